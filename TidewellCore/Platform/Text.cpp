@@ -13,6 +13,8 @@
 #include <cstdint>
 #include <stdexcept>
 
+#include "TidewellCore/Platform/Bytes.h"
+
 namespace {
 
 void check(UErrorCode status) {
@@ -35,13 +37,32 @@ std::string utf8(const icu::UnicodeString& text) {
 
 UChar32 codePoint(char32_t scalar) { return static_cast<UChar32>(scalar); }
 
-// The byte offset at which the next scalar after `offset` ends; an invalid sequence reads as U+FFFD.
+// ICU's macros convert between signs and widths without saying so.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wconversion"
+#pragma GCC diagnostic ignored "-Wsign-conversion"
+
+// Moves `offset` behind the next scalar; negative for an invalid byte sequence.
+UChar32 nextScalar(std::string_view text, std::size_t& offset) {
+  UChar32 scalar = 0;
+  U8_NEXT(text.data(), offset, text.size(), scalar);
+  return scalar;
+}
+
+void appendScalar(std::string& text, char32_t scalar) {
+  std::uint8_t buffer[U8_MAX_LENGTH];
+  std::size_t length = 0;
+  U8_APPEND_UNSAFE(buffer, length, static_cast<std::uint32_t>(scalar));
+  text.append(textOf({buffer, length}));
+}
+
+#pragma GCC diagnostic pop
+
+// The offset behind the scalar that begins at `offset`; an invalid byte sequence reads as U+FFFD.
 std::size_t decode(std::string_view text, std::size_t offset, char32_t& scalar) {
-  auto index = static_cast<std::int64_t>(offset);
-  UChar32 c = 0;
-  U8_NEXT_OR_FFFD(text.data(), index, static_cast<std::int64_t>(text.size()), c);
-  scalar = static_cast<char32_t>(c);
-  return static_cast<std::size_t>(index);
+  const UChar32 next = nextScalar(text, offset);
+  scalar = next < 0 ? U'\uFFFD' : static_cast<char32_t>(next);
+  return offset;
 }
 
 // The byte offsets at which user-perceived characters end, one after another, until `visit` says stop.
@@ -65,12 +86,8 @@ void forEachCharacterEnd(std::string_view text, Visitor visit) {
 
 bool Text::isValid(std::string_view utf8) {
   if (isASCII(utf8)) return true;
-  std::int64_t index = 0;
-  const auto size = static_cast<std::int64_t>(utf8.size());
-  while (index < size) {
-    UChar32 c = 0;
-    U8_NEXT(utf8.data(), index, size, c);
-    if (c < 0) return false;
+  for (std::size_t offset = 0; offset < utf8.size();) {
+    if (nextScalar(utf8, offset) < 0) return false;
   }
   return true;
 }
@@ -151,12 +168,7 @@ std::u32string Text::scalars(std::string_view text) {
 std::string Text::fromScalars(std::u32string_view scalars) {
   std::string result;
   result.reserve(scalars.size());
-  for (const char32_t scalar : scalars) {
-    std::uint8_t buffer[U8_MAX_LENGTH];
-    std::int32_t length = 0;
-    U8_APPEND_UNSAFE(buffer, length, codePoint(scalar));
-    result.append(reinterpret_cast<const char*>(buffer), static_cast<std::size_t>(length));
-  }
+  for (const char32_t scalar : scalars) appendScalar(result, scalar);
   return result;
 }
 
