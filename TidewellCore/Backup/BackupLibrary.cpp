@@ -17,12 +17,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-fs::path homeFolder() {
-  if (const char* home = std::getenv("HOME"); home != nullptr && *home != '\0') return home;
-  const passwd* user = ::getpwuid(::getuid());
-  return user == nullptr ? fs::path("/") : fs::path(user->pw_dir);
-}
-
 std::error_code listingError(const fs::path& folder) {
   std::error_code error;
   const fs::directory_iterator iterator(folder, error);
@@ -50,8 +44,14 @@ bool standsBefore(const DiscoveredBackup& a, const DiscoveredBackup& b) {
 
 }  // namespace
 
+fs::path DefaultPaths::home() {
+  if (const char* home = std::getenv("HOME"); home != nullptr && *home != '\0') return home;
+  const passwd* user = ::getpwuid(::getuid());
+  return user == nullptr ? fs::path("/") : fs::path(user->pw_dir);
+}
+
 fs::path DefaultPaths::mobileSyncBackup() {
-  return homeFolder() / "Library" / "Application Support" / "MobileSync" / "Backup";
+  return home() / "Library" / "Application Support" / "MobileSync" / "Backup";
 }
 
 BackupAccess BackupLibrary::access(const fs::path& root) {

@@ -42,6 +42,7 @@ struct BackupLibrarySnapshot {
 
 namespace DefaultPaths {
 
+std::filesystem::path home();
 // Where backups are kept in this user's home folder.
 std::filesystem::path mobileSyncBackup();
 
