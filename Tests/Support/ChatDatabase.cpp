@@ -89,6 +89,8 @@ class ChatStorageRows {
   void add(const Chat& chat, std::int64_t position) {
     const std::int64_t pk = keyOr(chat.pk, position);
     const bool group = isGroupJID(chat.jid);
+    SQLValue groupInfo;
+    if (group) groupInfo = pk;
     writer_.insert("ZWACHATSESSION", {{"Z_PK", pk},
                                       {"Z_ENT", chatEntity},
                                       {"Z_OPT", 12},
@@ -98,7 +100,7 @@ class ChatStorageRows {
                                       {"ZREMOVED", 0},
                                       {"ZSESSIONTYPE", group ? 1 : 0},
                                       {"ZUNREADCOUNT", 0},
-                                      {"ZGROUPINFO", group ? SQLValue(pk) : SQLValue()},
+                                      {"ZGROUPINFO", groupInfo},
                                       {"ZCONTACTJID", chat.jid},
                                       {"ZPARTNERNAME", chat.name}});
     if (group) {
@@ -130,30 +132,31 @@ class ChatStorageRows {
 
   void add(const Message& message, std::int64_t position) {
     const std::int64_t pk = keyOr(message.pk, position);
-    const auto media = mediaOfMessage_.find(pk);
-    writer_.insert("ZWAMESSAGE",
-                   {{"Z_PK", pk},
-                    {"Z_ENT", messageEntity},
-                    {"Z_OPT", 4},
-                    {"ZDATAITEMVERSION", 3},
-                    {"ZFLAGS", 0},
-                    {"ZGROUPEVENTTYPE", 0},
-                    {"ZISFROMME", message.isFromMe},
-                    {"ZMESSAGEERRORSTATUS", 0},
-                    {"ZMESSAGESTATUS", 8},
-                    {"ZMESSAGETYPE", message.type},
-                    {"ZSORT", pk},
-                    {"ZSTARRED", 0},
-                    {"ZCHATSESSION", message.chat},
-                    {"ZGROUPMEMBER", message.member},
-                    {"ZMEDIAITEM", media == mediaOfMessage_.end() ? SQLValue() : SQLValue(media->second)},
-                    {"ZMESSAGEDATE", message.date},
-                    {"ZSENTDATE", message.date},
-                    {"ZFROMJID", message.fromJID},
-                    {"ZPUSHNAME", message.pushName},
-                    {"ZSTANZAID", sha1Hex(bytesOf(std::to_string(pk))).substr(0, 20)},
-                    {"ZTEXT", message.text},
-                    {"ZTOJID", message.toJID}});
+    SQLValue mediaItem;
+    if (const auto found = mediaOfMessage_.find(pk); found != mediaOfMessage_.end())
+      mediaItem = found->second;
+    writer_.insert("ZWAMESSAGE", {{"Z_PK", pk},
+                                  {"Z_ENT", messageEntity},
+                                  {"Z_OPT", 4},
+                                  {"ZDATAITEMVERSION", 3},
+                                  {"ZFLAGS", 0},
+                                  {"ZGROUPEVENTTYPE", 0},
+                                  {"ZISFROMME", message.isFromMe},
+                                  {"ZMESSAGEERRORSTATUS", 0},
+                                  {"ZMESSAGESTATUS", 8},
+                                  {"ZMESSAGETYPE", message.type},
+                                  {"ZSORT", pk},
+                                  {"ZSTARRED", 0},
+                                  {"ZCHATSESSION", message.chat},
+                                  {"ZGROUPMEMBER", message.member},
+                                  {"ZMEDIAITEM", mediaItem},
+                                  {"ZMESSAGEDATE", message.date},
+                                  {"ZSENTDATE", message.date},
+                                  {"ZFROMJID", message.fromJID},
+                                  {"ZPUSHNAME", message.pushName},
+                                  {"ZSTANZAID", sha1Hex(bytesOf(std::to_string(pk))).substr(0, 20)},
+                                  {"ZTEXT", message.text},
+                                  {"ZTOJID", message.toJID}});
   }
 
   void add(const MediaItem& item, std::int64_t position) {

@@ -20,11 +20,12 @@ constexpr double distantPast = -63'114'076'800;
 constexpr double distantFuture = 63'113'904'000;
 
 enum MessageType : std::int64_t {
-  textType = 0,
-  photoType,
-  videoType,
-  audioType,
+  photoType = 1,
+  videoType = 2,
+  audioType = 3,
+  groupEventType = 6,
   documentType = 8,
+  deletedType = 14,
   stickerType = 15
 };
 
@@ -47,7 +48,9 @@ std::string opaqueName(SeededRandom& random) {
 }
 
 SQLValue textOrNull(std::string_view text) {
-  return text.empty() ? SQLValue() : SQLValue(std::string(text));
+  SQLValue value;
+  if (!text.empty()) value = std::string(text);
+  return value;
 }
 
 /// A chat of the sample and who takes part in it.
@@ -90,7 +93,9 @@ class SampleWriter {
       addChat(person.jid(), textOrNull(person.chatName), person.language);
       if (!person.contact.empty()) app_.contacts.push_back(contactOf(person));
       if (!person.pushName.empty()) {
-        app_.pushNames.push_back({.jid = person.jid(), .name = std::string(person.pushName)});
+        PushName name{.jid = person.jid(), .name = std::string(person.pushName)};
+        if (app_.pushNames.size() % 6 == 5) name.name = bytesOf(person.pushName);
+        app_.pushNames.push_back(std::move(name));
       }
     }
     app_.contacts.front().lid = samplePeople()[1].jid();
@@ -101,8 +106,9 @@ class SampleWriter {
   Contact contactOf(const SamplePerson& person) {
     const std::string name(person.contact);
     const std::size_t variant = app_.contacts.size() % 5;
-    Contact contact{.whatsAppID = variant == 1 ? std::string(person.user) : person.jid(),
-                    .phoneNumber = "+" + std::string(person.user)};
+    Contact contact{.whatsAppID = person.jid(), .phoneNumber = "+" + std::string(person.user)};
+    if (variant == 1) contact.whatsAppID = std::string(person.user);
+    if (variant == 3) contact.whatsAppID = {};
     if (name.starts_with("Padaria")) {
       contact.businessName = name;
     } else {
@@ -131,7 +137,7 @@ class SampleWriter {
     } else {
       const std::string number = std::to_string(100'000 + random_.below(900'000));
       member.jid = random_.chance(50) ? "55119" + number + "00@s.whatsapp.net" : "20000000" + number + "@lid";
-      if (random_.chance(30)) member.contactName = opaqueName(random_);
+      if (random_.chance(50)) member.contactName = random_.chance(60) ? opaqueName(random_) : "";
       if (random_.chance(60))
         app_.pushNames.push_back({.jid = member.jid, .name = "Convidado " + number.substr(3)});
     }
@@ -151,9 +157,7 @@ class SampleWriter {
     const double talkGap = (lastDate - firstDate) * 8 / static_cast<double>(options_.messageCount);
     double date = firstDate;
     while (app_.messages.size() < options_.messageCount) {
-      // The last chat stays without a message; small numbers are picked more often.
-      const std::size_t chats = conversations_.size() - 1;
-      const Conversation& conversation = conversations_[random_.below(1 + random_.below(chats))];
+      const Conversation& conversation = pickConversation();
       double now = date;
       for (std::size_t left = 3 + random_.below(11); left > 0 && app_.messages.size() < options_.messageCount;
            --left) {
@@ -168,6 +172,13 @@ class SampleWriter {
     }
   }
 
+  /// The first chats are the busiest, the last one stays without a message.
+  const Conversation& pickConversation() {
+    const std::size_t chats = conversations_.size() - 1;
+    const std::size_t range = random_.chance(40) ? 1 + random_.below(chats) : chats;
+    return conversations_[random_.below(range)];
+  }
+
   void addMessage(const Conversation& conversation, double date) {
     const bool mine = random_.chance(45) && conversation.jid != "120363000000000099@newsletter";
     const std::size_t done = app_.messages.size();
@@ -179,15 +190,24 @@ class SampleWriter {
       message.date = date;
       message.fromJID = conversation.jid;
       if (!conversation.members.empty()) message.member = random_.pick(conversation.members);
-      if (random_.chance(25)) message.pushName = opaqueName(random_);
+      message.pushName = messagePushName();
     }
     const std::size_t share = options_.mediaCount;
     if ((done + 1) * share / options_.messageCount > done * share / options_.messageCount) {
       attachMedia(conversation, message, static_cast<std::int64_t>(done + 1));
+    } else if (random_.chance(2)) {
+      message.type = conversation.members.empty() ? deletedType : groupEventType;
     } else {
       message.text = sampleText(conversation.language, random_);
     }
     app_.messages.push_back(std::move(message));
+  }
+
+  SQLValue messagePushName() {
+    const std::size_t roll = random_.below(100);
+    if (roll < 25) return opaqueName(random_);
+    if (roll < 30) return bytesOf("Convidada");
+    return {};
   }
 
   void attachMedia(const Conversation& conversation, Message& message, std::int64_t pk) {

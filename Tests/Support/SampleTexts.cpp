@@ -149,7 +149,10 @@ std::span<const SampleGroup> sampleGroups() {
 
 std::string sampleText(Language language, SeededRandom& random) {
   std::string text = phrase(language, random);
-  while (random.chance(15)) text += (random.chance(50) ? " " : "\n") + phrase(language, random);
+  while (random.chance(15)) {
+    text += random.chance(50) ? " " : "\n";
+    text += phrase(language, random);
+  }
   if (random.chance(20)) text += std::string(" ") + random.pick(emoji);
   return text;
 }
