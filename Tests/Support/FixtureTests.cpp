@@ -63,7 +63,8 @@ Plist parsePlist(const Bytes& bytes) {
 
 Bytes item(const Bytes& blob, const std::string& tag) {
   const Bytes name = bytesOf(tag);
-  const auto found = std::ranges::search(blob, name).begin();
+  const auto found = std::search(blob.begin(), blob.end(), name.begin(), name.end());
+  if (found == blob.end()) return {};
   return {found + 8, found + 8 + found[7]};
 }
 
@@ -121,6 +122,7 @@ TEST(KeyBagBuilder, PasswordUnwrapsItsClassesOnly) {
   const KeyBagOptions options{.password = "pass"};
   const KeyBag bag = buildKeyBag(options, random);
   ASSERT_EQ(item(bag.blob, "ITER"), (Bytes{0, 0, 0, 10}));
+  ASSERT_EQ(item(bag.blob, "DPIC"), (Bytes{0, 0, 0, 100}));
   const Bytes key = passwordKey(options, item(bag.blob, "SALT"), item(bag.blob, "DPSL"));
 
   EXPECT_EQ(aesUnwrap(key, item(bag.blob, "WPKY")), bag.classKeys.at(1));
@@ -133,7 +135,7 @@ TEST(KeyBagBuilder, OlderBagsLackTheSecondDerivation) {
   SeededRandom random(7);
   const KeyBagOptions options{.password = "pass", .doubleIterations = std::nullopt, .wideIterations = true};
   const KeyBag bag = buildKeyBag(options, random);
-  EXPECT_TRUE(std::ranges::search(bag.blob, bytesOf("DPIC")).empty());
+  EXPECT_TRUE(item(bag.blob, "DPIC").empty());
   EXPECT_EQ(item(bag.blob, "ITER"), (Bytes{0, 0, 0, 0, 0, 0, 0, 10}));
   const Bytes key = pbkdf2(Digest::sha1, bytesOf("pass"), item(bag.blob, "SALT"), 10);
   EXPECT_EQ(aesUnwrap(key, item(bag.blob, "WPKY")), bag.classKeys.at(1));
@@ -150,11 +152,11 @@ TEST(PlistWriter, KeepsSignsAndLargeNumbers) {
 TEST(MBFileRecord, IsAKeyedArchiveWithReferences) {
   const Plist record =
       parsePlist(archive({.relativePath = "a/b.jpg", .size = 42, .encryptionKey = Bytes(44, 3)}));
-  const plist_t objects = plist_dict_get_item(record.get(), "$objects");
-  const plist_t root = plist_dict_get_item(plist_dict_get_item(record.get(), "$top"), "root");
+  plist_t objects = plist_dict_get_item(record.get(), "$objects");
+  plist_t root = plist_dict_get_item(plist_dict_get_item(record.get(), "$top"), "root");
   ASSERT_EQ(plist_get_node_type(root), PLIST_UID);
   ASSERT_EQ(nodeText(root), "1");
-  const plist_t file = plist_array_get_item(objects, 1);
+  plist_t file = plist_array_get_item(objects, 1);
   EXPECT_EQ(nodeText(plist_dict_get_item(file, "Size")), "42");
 
   const auto follow = [&](const char* key) {

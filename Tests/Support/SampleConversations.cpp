@@ -106,7 +106,7 @@ class SampleWriter {
   Contact contactOf(const SamplePerson& person) {
     const std::string name(person.contact);
     const std::size_t variant = app_.contacts.size() % 5;
-    Contact contact{.whatsAppID = person.jid(), .phoneNumber = "+" + std::string(person.user)};
+    Contact contact{.whatsAppID = person.jid(), .phoneNumber = std::string("+").append(person.user)};
     if (variant == 1) contact.whatsAppID = std::string(person.user);
     if (variant == 3) contact.whatsAppID = {};
     if (name.starts_with("Padaria")) {
