@@ -10,7 +10,7 @@
 
 namespace {
 
-/// Locks nothing but made-up chats, so it may be known.
+// Locks nothing but made-up chats, so it may be known.
 constexpr const char* demoPassword = "demo-password";
 
 std::filesystem::path writeDemo(const std::filesystem::path& folder) {

@@ -30,7 +30,7 @@ Database openDatabase(const fs::path& file) {
   return {handle, &sqlite3_close};
 }
 
-/// The first row's first column; "" for NULL and for no row.
+// The first row's first column; "" for NULL and for no row.
 std::string queryText(sqlite3* database, const std::string& sql) {
   sqlite3_stmt* statement = nullptr;
   EXPECT_EQ(sqlite3_prepare_v2(database, sql.c_str(), -1, &statement, nullptr), SQLITE_OK)
@@ -45,7 +45,7 @@ std::string queryText(sqlite3* database, const std::string& sql) {
   return text;
 }
 
-/// A string node's value, a number's in decimal; "" for anything else.
+// A string node's value, a number's in decimal; "" for anything else.
 std::string nodeText(plist_t node) {
   if (plist_get_node_type(node) == PLIST_STRING) return plist_get_string_ptr(node, nullptr);
   std::uint64_t number = 0;
@@ -87,7 +87,7 @@ BackupContents smallEncryptedBackup() {
   return contents;
 }
 
-/// The names and contents of every file below `root`, without what the clock decides.
+// The names and contents of every file below `root`, without what the clock decides.
 std::map<std::string, std::string> contentsBelow(const fs::path& root) {
   std::map<std::string, std::string> contents;
   for (const auto& [name, entry] : treeSnapshot(root)) contents[name] = entry.sha1;

@@ -31,7 +31,7 @@ CipherContext makeContext(const CipherRun& run, ByteView key, const std::uint8_t
   return context;
 }
 
-/// Absent when the cipher refuses the input.
+// Absent when the cipher refuses the input.
 std::optional<Bytes> process(EVP_CIPHER_CTX* context, ByteView input) {
   Bytes output(input.size() + 32);
   int written = 0;
