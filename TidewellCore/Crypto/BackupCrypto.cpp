@@ -1,0 +1,164 @@
+#include "TidewellCore/Crypto/BackupCrypto.h"
+
+#include <algorithm>
+
+#include "TidewellCore/Platform/FileDescriptor.h"
+#include "TidewellCore/TidewellError.h"
+
+namespace {
+
+constexpr std::size_t semiblock = 8;
+
+std::int64_t signedSize(std::size_t size) { return static_cast<std::int64_t>(size); }
+
+// Appends plaintext and never goes beyond the size that the file is known to have.
+class CappedWriter {
+ public:
+  CappedWriter(FileDescriptor& file, std::optional<std::int64_t> limit) : file_(file), limit_(limit) {}
+
+  void write(ByteView bytes) {
+    if (limit_) bytes = bytes.first(static_cast<std::size_t>(std::clamp<std::int64_t>(*limit_ - written_, 0, signedSize(bytes.size()))));
+    file_.write(bytes);
+    written_ += signedSize(bytes.size());
+  }
+
+  std::int64_t written() const { return written_; }
+
+ private:
+  FileDescriptor& file_;
+  std::optional<std::int64_t> limit_;
+  std::int64_t written_ = 0;
+};
+
+}  // namespace
+
+SecretBytes BackupCrypto::pbkdf2(ByteView password, ByteView salt, std::uint32_t iterations, std::size_t keyLength,
+                                 PBKDF2Hash hash) {
+  SecretBytes key(keyLength);
+  const auto derive = hash == PBKDF2Hash::sha256 ? tw_pbkdf2_hmac_sha256 : tw_pbkdf2_hmac_sha1;
+  if (derive(password.data(), password.size(), salt.data(), salt.size(), iterations, key.data(), key.size()) != 0) {
+    throw TidewellError::ioFailure("Could not derive the backup key.");
+  }
+  return key;
+}
+
+SecretBytes BackupCrypto::aesECB(ByteView key, ByteView block, bool encrypt) {
+  if (block.size() != blockSize) throw TidewellError::ioFailure("AES block must be 16 bytes.");
+  SecretBytes result(blockSize);
+  if (tw_aes_ecb_block(key.data(), key.size(), block.data(), result.data(), encrypt) != 0) {
+    throw TidewellError::ioFailure("AES operation failed.");
+  }
+  return result;
+}
+
+SecretBytes BackupCrypto::aesCBC(ByteView key, ByteView iv, ByteView input, CBCOptions options) {
+  if ((key.size() != 16 && key.size() != 32) || iv.size() != blockSize) {
+    throw TidewellError::ioFailure("AES-CBC used an unexpected key or IV size.");
+  }
+  SecretBytes result(input.size() + blockSize);
+  std::size_t length = result.size();
+  if (tw_aes256_cbc_crypt(key.data(), key.size(), iv.data(), input.data(), input.size(), result.data(), &length,
+                          options.encrypt, options.pkcs7) != 0) {
+    throw TidewellError::ioFailure("Could not decrypt a backup file.");
+  }
+  result.resize(length);
+  return result;
+}
+
+Bytes BackupCrypto::cbcDecryptRaw(ByteView key, ByteView iv, ByteView ciphertext) {
+  if (ciphertext.empty()) throw TidewellError::ioFailure("Could not decrypt a backup file.");
+  Bytes plaintext(ciphertext.size());
+  CBCDecryptor(key, iv).decrypt(ciphertext, plaintext);
+  return plaintext;
+}
+
+std::optional<std::size_t> BackupCrypto::pkcs7UnpaddedSize(ByteView bytes) {
+  if (bytes.empty()) return std::nullopt;
+  const std::uint8_t padding = bytes.back();
+  if (padding == 0 || padding > blockSize || padding > bytes.size()) return std::nullopt;
+  const bool isUniform = std::ranges::all_of(bytes.last(padding), [&](std::uint8_t byte) { return byte == padding; });
+  return isUniform ? std::optional(bytes.size() - padding) : std::nullopt;
+}
+
+std::optional<Bytes> BackupCrypto::pkcs7Unpad(ByteView bytes) {
+  const auto size = pkcs7UnpaddedSize(bytes);
+  if (!size) return std::nullopt;
+  return Bytes(bytes.begin(), bytes.begin() + signedSize(*size));
+}
+
+SecretBytes BackupCrypto::aesUnwrap(ByteView kek, ByteView wrapped) {
+  if (kek.size() != 32 || wrapped.size() < 3 * semiblock || wrapped.size() % semiblock != 0) {
+    throw TidewellError::ioFailure("A backup key has an unexpected size.");
+  }
+  const std::size_t n = wrapped.size() / semiblock - 1;
+  // The block A ‖ R[i] that each step decrypts; A stays in its first half throughout.
+  SecretBytes block(wrapped.begin(), wrapped.begin() + semiblock);
+  block.resize(blockSize);
+  SecretBytes registers(wrapped.begin() + semiblock, wrapped.end());
+  for (std::size_t j = 6; j-- > 0;) {
+    for (std::size_t i = n; i > 0; --i) {
+      std::uint64_t t = n * j + i;
+      for (std::size_t byte = semiblock; byte-- > 0; t >>= 8) block[byte] ^= static_cast<std::uint8_t>(t);
+      const auto r = registers.begin() + signedSize((i - 1) * semiblock);
+      std::copy_n(r, semiblock, block.begin() + semiblock);
+      block = aesECB(kek, block, /*encrypt=*/false);
+      std::copy_n(block.begin() + semiblock, semiblock, r);
+    }
+  }
+  if (!std::equal(rfc3394IV.begin(), rfc3394IV.end(), block.begin())) throw TidewellError::wrongBackupPassword();
+  return registers;
+}
+
+Bytes BackupCrypto::decryptBackupPayload(ByteView key, ByteView ciphertext, std::optional<std::int64_t> expectedSize) {
+  const ByteView blocks = ciphertext.first(ciphertext.size() / blockSize * blockSize);
+  Bytes plaintext = cbcDecryptRaw(key, zeroIV, blocks);
+  if (expectedSize && *expectedSize >= 0 && *expectedSize <= signedSize(plaintext.size())) {
+    plaintext.resize(static_cast<std::size_t>(*expectedSize));
+  } else if (const auto size = pkcs7UnpaddedSize(plaintext)) {
+    plaintext.resize(*size);
+  }
+  return plaintext;
+}
+
+std::int64_t BackupCrypto::decryptFile(const std::filesystem::path& source, const std::filesystem::path& destination,
+                                       ByteView key, std::optional<std::int64_t> expectedSize,
+                                       const CancellationCheck& isCancelled) {
+  FileDescriptor input = FileDescriptor::openForReading(source);
+  FileDescriptor output = FileDescriptor::create(destination);
+  CBCDecryptor decryptor(key, zeroIV);
+  CappedWriter writer(output, expectedSize);
+  Bytes chunk(chunkSize);
+  Bytes heldBack;  // the last block so far, already decrypted: it may be padding
+  for (bool isLast = false; !isLast;) {
+    throwIfCancelled(isCancelled);
+    const std::size_t count = input.read(chunk);
+    isLast = count < chunkSize;
+    const std::span<std::uint8_t> blocks = std::span(chunk).first(count / blockSize * blockSize);
+    if (blocks.empty()) break;
+    decryptor.decrypt(blocks, blocks);
+    writer.write(heldBack);
+    writer.write(blocks.first(blocks.size() - blockSize));
+    heldBack.assign(blocks.end() - blockSize, blocks.end());
+  }
+  const std::size_t kept = expectedSize ? heldBack.size() : pkcs7UnpaddedSize(heldBack).value_or(heldBack.size());
+  writer.write(ByteView(heldBack).first(kept));
+  output.close();
+  return writer.written();
+}
+
+std::optional<std::int64_t> BackupCrypto::paddedFileSize(const std::filesystem::path& source, ByteView key) {
+  FileDescriptor input = FileDescriptor::openForReading(source);
+  const std::int64_t size = input.size();
+  if (size < signedSize(blockSize) || size % signedSize(blockSize) != 0) return std::nullopt;
+  // A block is decrypted with the ciphertext block before it; the first with the zero IV.
+  Bytes tail(2 * blockSize);
+  const bool isSingleBlock = size == signedSize(blockSize);
+  const std::span<std::uint8_t> read = std::span(tail).subspan(isSingleBlock ? blockSize : 0);
+  input.seek(size - signedSize(read.size()));
+  if (input.read(read) != read.size()) return std::nullopt;
+  const ByteView all(tail);
+  const Bytes block = cbcDecryptRaw(key, all.first(blockSize), all.last(blockSize));
+  const auto unpadded = pkcs7UnpaddedSize(block);
+  if (!unpadded) return std::nullopt;
+  return size - signedSize(blockSize - *unpadded);
+}

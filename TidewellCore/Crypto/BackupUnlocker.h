@@ -1,0 +1,29 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "TidewellCore/Crypto/BackupKeyBag.h"
+#include "TidewellCore/Crypto/BackupUnlockReport.h"
+#include "TidewellCore/ExportProgress.h"
+
+// What an encrypted backup and its password yield: an unlocked key bag and the key of Manifest.db.
+struct BackupUnlocker {
+  BackupKeyBag keyBag;
+  std::optional<SecretBytes> manifestKey;
+
+  // Fills `report` as far as it comes, on failure too. Takes seconds.
+  static BackupUnlocker unlock(const std::filesystem::path& backup, std::string_view password,
+                               BackupUnlockReport& report, const RunControl& control = {});
+
+  // Writes the plaintext of Manifest.db to `copy`, making its folder when it is
+  // missing. The file is decrypted in memory in one piece.
+  // Throws TidewellError::manifestDecryptFailed and TidewellError::missingManifestDB.
+  void decryptManifestDatabase(const std::filesystem::path& encrypted, const std::filesystem::path& copy,
+                               BackupUnlockReport& report) const;
+
+  // The journal kind that a database's header names: "delete", "wal", "other(N)" or "unknown".
+  static std::string sqliteJournalName(ByteView header);
+};

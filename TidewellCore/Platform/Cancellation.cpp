@@ -1,0 +1,7 @@
+#include "TidewellCore/Platform/Cancellation.h"
+
+#include "TidewellCore/TidewellError.h"
+
+void throwIfCancelled(const CancellationCheck& isCancelled) {
+  if (isCancelled && isCancelled()) throw TidewellError::cancelled();
+}

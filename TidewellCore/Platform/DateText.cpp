@@ -1,0 +1,152 @@
+#include "TidewellCore/Platform/DateText.h"
+
+#include <fmt/format.h>
+#include <unicode/gregocal.h>
+#include <unicode/locid.h>
+#include <unicode/smpdtfmt.h>
+#include <unicode/timezone.h>
+#include <unicode/unistr.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <stdexcept>
+
+namespace {
+
+// Dates beyond the years ±9999 are shown as the last second within; nothing real lies there.
+constexpr double earliestShown = -377705116800;
+constexpr double latestShown = 253402300799;
+
+std::string identifierOf(const icu::TimeZone& zone) {
+  icu::UnicodeString id;
+  std::string result;
+  zone.getID(id).toUTF8String(result);
+  return result;
+}
+
+bool isListed(const char* const* codes, std::string_view code) {
+  for (; *codes != nullptr; ++codes) {
+    if (code == *codes) return true;
+  }
+  return false;
+}
+
+bool isKnownLanguage(std::string_view language) {
+  std::int32_t count = 0;
+  const icu::Locale* available = icu::Locale::getAvailableLocales(count);
+  return std::any_of(available, available + count,
+                     [&](const icu::Locale& locale) { return language == locale.getLanguage(); });
+}
+
+bool isKnownRegion(std::string_view region) {
+  const bool isArea = region.size() == 3 && std::ranges::all_of(region, [](char c) { return c >= '0' && c <= '9'; });
+  return region.empty() || isArea || isListed(icu::Locale::getISOCountries(), region);
+}
+
+std::optional<int> number(std::string_view digits) {
+  int value = 0;
+  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+  if (error != std::errc() || end != digits.data() + digits.size() || digits.front() == '-') return std::nullopt;
+  return value;
+}
+
+}  // namespace
+
+Date dateFromUnixTime(double seconds) { return Date(std::chrono::duration<double>(seconds)); }
+
+Date dateFromAppleTime(double seconds) { return dateFromUnixTime(seconds + appleReferenceDateUnixOffset); }
+
+double unixTime(Date date) { return date.time_since_epoch().count(); }
+
+TimeZone TimeZone::current() {
+  const std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::detectHostTimeZone());
+  return named(identifierOf(*zone)).value_or(TimeZone{});
+}
+
+std::optional<TimeZone> TimeZone::named(std::string_view identifier) {
+  const auto id = icu::UnicodeString::fromUTF8(
+      icu::StringPiece(identifier.data(), static_cast<std::int32_t>(identifier.size())));
+  const std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createTimeZone(id));
+  // ICU answers an unknown identifier with a zone of its own instead of an error.
+  if (identifier.empty() || *zone == icu::TimeZone::getUnknown()) return std::nullopt;
+  return TimeZone{.identifier = std::string(identifier)};
+}
+
+Locale Locale::current() { return {.identifier = icu::Locale::getDefault().getBaseName()}; }
+
+std::optional<Locale> Locale::named(std::string_view identifier) {
+  const icu::Locale locale = icu::Locale::createCanonical(std::string(identifier).c_str());
+  if (locale.isBogus() || !isKnownLanguage(locale.getLanguage()) || !isKnownRegion(locale.getCountry())) {
+    return std::nullopt;
+  }
+  return Locale{.identifier = locale.getName()};
+}
+
+std::string Locale::languageCode() const { return icu::Locale::createCanonical(identifier.c_str()).getLanguage(); }
+
+struct DateFormatter::Format {
+  icu::SimpleDateFormat icu;
+};
+
+DateFormatter::DateFormatter(std::string_view pattern, const TimeZone& timeZone, const Locale& locale) {
+  UErrorCode status = U_ZERO_ERROR;
+  const icu::UnicodeString zone = icu::UnicodeString::fromUTF8(timeZone.identifier);
+  format_.reset(new Format{icu::SimpleDateFormat(icu::UnicodeString::fromUTF8(std::string(pattern)),
+                                                 icu::Locale::createCanonical(locale.identifier.c_str()), status)});
+  if (U_FAILURE(status)) throw std::runtime_error(u_errorName(status));
+  std::unique_ptr<icu::Calendar> calendar(format_->icu.getCalendar()->clone());
+  calendar->adoptTimeZone(icu::TimeZone::createTimeZone(zone));
+  // Without this, dates before October 1582 would be written in the Julian calendar.
+  if (auto* gregorian = dynamic_cast<icu::GregorianCalendar*>(calendar.get())) {
+    gregorian->setGregorianChange(-std::numeric_limits<double>::max(), status);
+  }
+  format_->icu.adoptCalendar(calendar.release());
+}
+
+DateFormatter::~DateFormatter() = default;
+DateFormatter::DateFormatter(DateFormatter&&) noexcept = default;
+DateFormatter& DateFormatter::operator=(DateFormatter&&) noexcept = default;
+
+std::string DateFormatter::string(Date date) const {
+  const double seconds = std::floor(std::clamp(unixTime(date), earliestShown, latestShown));
+  icu::UnicodeString text;
+  std::string result;
+  format_->icu.format(seconds * U_MILLIS_PER_SECOND, text).toUTF8String(result);
+  return result;
+}
+
+std::string iso8601(Date date) {
+  const double seconds = std::floor(std::clamp(unixTime(date), earliestShown, latestShown));
+  const std::chrono::sys_seconds instant{std::chrono::seconds(static_cast<std::int64_t>(seconds))};
+  const auto midnight = std::chrono::floor<std::chrono::days>(instant);
+  const std::chrono::year_month_day day{midnight};
+  const std::chrono::hh_mm_ss time{instant - midnight};
+  return fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}Z", static_cast<int>(day.year()),
+                     static_cast<unsigned>(day.month()), static_cast<unsigned>(day.day()), time.hours().count(),
+                     time.minutes().count(), time.seconds().count());
+}
+
+std::optional<Date> dateFromISO8601(std::string_view text) {
+  // Every fixed place of "2024-05-01T12:00:00Z": where a number begins, how long it is, what follows it.
+  struct Field {
+    std::size_t offset, length;
+    char following;
+  };
+  constexpr std::array<Field, 6> fields{
+      {{0, 4, '-'}, {5, 2, '-'}, {8, 2, 'T'}, {11, 2, ':'}, {14, 2, ':'}, {17, 2, 'Z'}}};
+  if (text.size() != 20) return std::nullopt;
+  std::array<int, fields.size()> values{};
+  for (std::size_t i = 0; i < fields.size(); ++i) {
+    const std::optional<int> value = number(text.substr(fields[i].offset, fields[i].length));
+    if (!value || text[fields[i].offset + fields[i].length] != fields[i].following) return std::nullopt;
+    values[i] = *value;
+  }
+  const std::chrono::year_month_day day{std::chrono::year(values[0]), std::chrono::month(static_cast<unsigned>(values[1])),
+                                        std::chrono::day(static_cast<unsigned>(values[2]))};
+  if (!day.ok() || values[3] > 23 || values[4] > 59 || values[5] > 60) return std::nullopt;
+  return Date(std::chrono::sys_days(day) + std::chrono::hours(values[3]) + std::chrono::minutes(values[4]) +
+              std::chrono::seconds(values[5]));
+}

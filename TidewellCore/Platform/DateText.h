@@ -1,0 +1,63 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+// A point in time: seconds since 1970-01-01T00:00:00Z, with fractions.
+using Date = std::chrono::sys_time<std::chrono::duration<double>>;
+
+// iPhones count seconds from 2001-01-01T00:00:00Z; this is that day in Unix time.
+inline constexpr double appleReferenceDateUnixOffset = 978307200;
+
+Date dateFromUnixTime(double seconds);
+Date dateFromAppleTime(double seconds);
+double unixTime(Date date);
+
+// A time zone of the IANA database, by its identifier ("America/Sao_Paulo").
+struct TimeZone {
+  std::string identifier = "UTC";
+
+  // The system's zone, UTC when it cannot be told.
+  static TimeZone current();
+  // Absent when there is no such zone.
+  static std::optional<TimeZone> named(std::string_view identifier);
+
+  bool operator==(const TimeZone&) const = default;
+};
+
+// A language and region, by its identifier ("pt_BR").
+struct Locale {
+  std::string identifier = "en_US";
+
+  static Locale current();
+  // Takes "pt_BR" and "pt-BR" alike. Absent when language or region do not exist.
+  static std::optional<Locale> named(std::string_view identifier);
+  // The language alone, in lower case ("pt").
+  std::string languageCode() const;
+
+  bool operator==(const Locale&) const = default;
+};
+
+// Writes dates after a pattern of Unicode TR 35 ("yyyy-MM-dd_HHmmss") in the
+// proleptic calendar. Costly to make and cheap to use; one thread at a time.
+class DateFormatter {
+ public:
+  DateFormatter(std::string_view pattern, const TimeZone& timeZone, const Locale& locale);
+  ~DateFormatter();
+  DateFormatter(DateFormatter&&) noexcept;
+  DateFormatter& operator=(DateFormatter&&) noexcept;
+
+  std::string string(Date date) const;
+
+ private:
+  struct Format;
+  std::unique_ptr<Format> format_;
+};
+
+// "2024-05-01T12:00:00Z" (ISO 8601, whole seconds, UTC).
+std::string iso8601(Date date);
+// Reads that form alone; absent for any other text.
+std::optional<Date> dateFromISO8601(std::string_view text);

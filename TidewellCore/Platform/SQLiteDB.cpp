@@ -1,0 +1,228 @@
+#include "TidewellCore/Platform/SQLiteDB.h"
+
+#include <fmt/format.h>
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <charconv>
+
+#include "TidewellCore/Platform/Text.h"
+#include "TidewellCore/TidewellError.h"
+
+namespace {
+
+struct Mode {
+  int flags;
+  const char* stage;
+  std::vector<const char*> pragmas;
+};
+
+Mode modeOf(SQLiteDB::OpenMode mode) {
+  constexpr const char* refuseWrites = "PRAGMA query_only = ON;";
+  switch (mode) {
+    case SQLiteDB::OpenMode::readOnly:
+      return {SQLITE_OPEN_READONLY | SQLITE_OPEN_FULLMUTEX, "open Manifest.db read-only", {refuseWrites}};
+    case SQLiteDB::OpenMode::writableCopy:
+      return {SQLITE_OPEN_READWRITE | SQLITE_OPEN_FULLMUTEX,
+              "open writable SQLite copy",
+              {"PRAGMA journal_mode = DELETE;", refuseWrites}};
+    case SQLiteDB::OpenMode::create: break;
+  }
+  return {SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_FULLMUTEX, "create SQLite file", {}};
+}
+
+[[noreturn]] void fail(sqlite3* handle) { throw TidewellError::invalidDatabase(sqlite3_errmsg(handle)); }
+
+class Statement {
+ public:
+  Statement(sqlite3* handle, const std::string& sql) : handle_(handle) {
+    const int result = sqlite3_prepare_v2(handle, sql.c_str(), -1, &statement_, nullptr);
+    if (result != SQLITE_OK || statement_ == nullptr) fail(handle);
+  }
+  ~Statement() { sqlite3_finalize(statement_); }
+  Statement(const Statement&) = delete;
+  Statement& operator=(const Statement&) = delete;
+
+  void bind(int index, const std::string& text) {
+    check(sqlite3_bind_text(statement_, index, text.c_str(), -1, SQLITE_TRANSIENT));
+  }
+  void bind(int index, std::int64_t number) { check(sqlite3_bind_int64(statement_, index, number)); }
+  void bind(int index, const Bytes& blob) {
+    // A null pointer would bind NULL; an empty blob is one that points somewhere.
+    const void* data = blob.empty() ? static_cast<const void*>("") : blob.data();
+    check(sqlite3_bind_blob(statement_, index, data, static_cast<int>(blob.size()), SQLITE_TRANSIENT));
+  }
+
+  // False after the last row.
+  bool step() {
+    const int result = sqlite3_step(statement_);
+    if (result != SQLITE_ROW && result != SQLITE_DONE) fail(handle_);
+    return result == SQLITE_ROW;
+  }
+
+  SQLiteColumnNames columnNames() const {
+    std::vector<std::string> names;
+    for (int i = 0; i < sqlite3_column_count(statement_); ++i) names.emplace_back(sqlite3_column_name(statement_, i));
+    return std::make_shared<const std::vector<std::string>>(std::move(names));
+  }
+
+  // Overwrites the values of the row before, and reuses their memory.
+  void readRow(std::vector<SQLiteValue>& values) const {
+    for (std::size_t i = 0; i < values.size(); ++i) readColumn(static_cast<int>(i), values[i]);
+  }
+
+ private:
+  void check(int result) const {
+    if (result != SQLITE_OK) fail(handle_);
+  }
+
+  void readColumn(int column, SQLiteValue& value) const {
+    switch (sqlite3_column_type(statement_, column)) {
+      case SQLITE_INTEGER: value = static_cast<std::int64_t>(sqlite3_column_int64(statement_, column)); break;
+      case SQLITE_FLOAT: value = sqlite3_column_double(statement_, column); break;
+      case SQLITE_TEXT: readText(column, value); break;
+      case SQLITE_BLOB: readBlob(column, value); break;
+      default: value = SQLiteNull{};
+    }
+  }
+
+  void readText(int column, SQLiteValue& value) const {
+    const auto* data = reinterpret_cast<const char*>(sqlite3_column_text(statement_, column));
+    if (data == nullptr) throw std::bad_alloc();
+    const std::string_view text(data, static_cast<std::size_t>(sqlite3_column_bytes(statement_, column)));
+    if (!Text::isValid(text)) {
+      value = Text::repaired(text);
+    } else if (auto* kept = std::get_if<std::string>(&value)) {
+      kept->assign(text);
+    } else {
+      value.emplace<std::string>(text);
+    }
+  }
+
+  void readBlob(int column, SQLiteValue& value) const {
+    const auto* data = static_cast<const std::uint8_t*>(sqlite3_column_blob(statement_, column));
+    const auto size = static_cast<std::size_t>(sqlite3_column_bytes(statement_, column));
+    value = data == nullptr ? Bytes() : Bytes(data, data + size);
+  }
+
+  sqlite3* handle_;
+  sqlite3_stmt* statement_ = nullptr;
+};
+
+std::optional<std::int64_t> integerOf(std::string_view text) {
+  if (text.starts_with('+')) {
+    text.remove_prefix(1);
+    if (text.starts_with('-')) return std::nullopt;
+  }
+  std::int64_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  return number;
+}
+
+// {fmt} writes the shortest digits that read back the same; "1e+30" and "3" gain their fraction.
+std::string textOfReal(double number) {
+  std::string text = fmt::format("{}", number);
+  if (text.find_first_of(".n") == std::string::npos) text.insert(std::min(text.find('e'), text.size()), ".0");
+  return text;
+}
+
+std::optional<std::string> textOfValue(const SQLiteValue& value) {
+  if (const auto* text = std::get_if<std::string>(&value)) return *text;
+  if (const auto* number = std::get_if<std::int64_t>(&value)) return fmt::format("{}", *number);
+  if (const auto* real = std::get_if<double>(&value)) return textOfReal(*real);
+  return std::nullopt;
+}
+
+// Identifiers cannot be bound as parameters, so only plain ones are let into a statement.
+void requirePlainIdentifier(const std::string& name) {
+  const std::u32string scalars = Text::scalars(name);
+  const bool isPlain = !scalars.empty() && std::ranges::all_of(scalars, [](char32_t scalar) {
+    return scalar == U'_' || Text::isAlphanumeric(scalar);
+  });
+  if (!isPlain) throw TidewellError::invalidDatabase("Unsafe identifier: " + name);
+}
+
+}  // namespace
+
+const SQLiteValue* SQLiteRow::value(std::string_view name) const {
+  for (std::size_t i = values.size(); i-- > 0;) {
+    if ((*names)[i] == name) return &values[i];
+  }
+  return nullptr;
+}
+
+std::optional<std::int64_t> SQLiteRow::intValue(std::string_view name) const {
+  const SQLiteValue* found = value(name);
+  if (found == nullptr) return std::nullopt;
+  if (const auto* number = std::get_if<std::int64_t>(found)) return *number;
+  if (const auto* text = std::get_if<std::string>(found)) return integerOf(*text);
+  return std::nullopt;
+}
+
+std::optional<std::string> SQLiteRow::textValue(std::string_view name) const {
+  const SQLiteValue* found = value(name);
+  return found == nullptr ? std::nullopt : textOfValue(*found);
+}
+
+struct SQLiteDB::Connection {
+  sqlite3* handle = nullptr;
+
+  Connection() = default;
+  Connection(const Connection&) = delete;
+  Connection& operator=(const Connection&) = delete;
+  ~Connection() { sqlite3_close(handle); }
+};
+
+SQLiteDB::SQLiteDB(const std::string& path, OpenMode openMode, std::optional<std::string> stage)
+    : connection_(std::make_unique<Connection>()) {
+  const Mode mode = modeOf(openMode);
+  sqlite3*& handle = connection_->handle;
+  const int result = sqlite3_open_v2(path.c_str(), &handle, mode.flags, nullptr);
+  if (result != SQLITE_OK) {
+    const std::string message = handle != nullptr ? sqlite3_errmsg(handle) : fmt::format("SQLite open failed ({})", result);
+    throw TidewellError::databaseOpenFailed(stage.value_or(mode.stage), path, message);
+  }
+  for (const char* pragma : mode.pragmas) sqlite3_exec(handle, pragma, nullptr, nullptr, nullptr);
+}
+
+SQLiteDB::~SQLiteDB() = default;
+SQLiteDB::SQLiteDB(SQLiteDB&&) noexcept = default;
+SQLiteDB& SQLiteDB::operator=(SQLiteDB&&) noexcept = default;
+
+void SQLiteDB::query(const std::string& sql, const std::vector<Bind>& binds, const RowHandler& row) const {
+  if (!connection_) throw TidewellError::invalidDatabase("SQLite error");
+  Statement statement(connection_->handle, sql);
+  int index = 0;
+  for (const Bind& value : binds) {
+    ++index;
+    std::visit([&](const auto& parameter) { statement.bind(index, parameter); }, value);
+  }
+  SQLiteRow current{.names = statement.columnNames()};
+  current.values.resize(current.names->size(), SQLiteNull{});
+  while (statement.step()) {
+    statement.readRow(current.values);
+    row(current);
+  }
+}
+
+bool SQLiteDB::tableExists(const std::string& name) const {
+  requirePlainIdentifier(name);
+  bool exists = false;
+  query("SELECT name FROM sqlite_master WHERE type = 'table' AND name = ?", {name},
+        [&](const SQLiteRow& row) { exists = exists || row.textValue("name").has_value(); });
+  return exists;
+}
+
+std::set<std::string> SQLiteDB::columns(const std::string& table) const {
+  requirePlainIdentifier(table);
+  std::set<std::string> names;
+  query("PRAGMA table_info(" + table + ")", {}, [&](const SQLiteRow& row) {
+    if (const auto name = row.textValue("name")) {
+      std::string upper = *name;
+      std::ranges::transform(upper, upper.begin(), [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
+      names.insert(std::move(upper));
+    }
+  });
+  return names;
+}

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "TidewellCore/Platform/Bytes.h"
+
+struct SQLiteNull {
+  bool operator==(const SQLiteNull&) const = default;
+};
+
+// One column's value. Text is valid UTF-8: invalid bytes became U+FFFD when it was read.
+using SQLiteValue = std::variant<std::int64_t, double, std::string, Bytes, SQLiteNull>;
+
+// The names of a statement's result columns, shared by all of its rows.
+using SQLiteColumnNames = std::shared_ptr<const std::vector<std::string>>;
+
+// One result row: a value under each column name.
+struct SQLiteRow {
+  SQLiteColumnNames names;
+  std::vector<SQLiteValue> values;
+
+  // The value under a name; of two columns with one name the later. Null when there is none.
+  const SQLiteValue* value(std::string_view name) const;
+  // An integer, or text that is a base-10 signed 64-bit integer and nothing else.
+  std::optional<std::int64_t> intValue(std::string_view name) const;
+  // Text; an integer in decimal; a real as the shortest text that reads back the
+  // same, always with a fraction ("3.0").
+  std::optional<std::string> textValue(std::string_view name) const;
+};
+
+// One connection to an SQLite file, for one thread at a time. Statements are
+// prepared, stepped to their end and finalised within one call.
+class SQLiteDB {
+ public:
+  enum class OpenMode {
+    readOnly,      // never writes to the file
+    writableCopy,  // for working copies: folds a -wal file in, ends WAL mode, then refuses writes
+    create,        // makes the file when it is missing
+  };
+
+  using Bind = std::variant<std::string, std::int64_t, Bytes>;
+  using RowHandler = std::function<void(const SQLiteRow&)>;
+
+  // Throws TidewellError::databaseOpenFailed with `stage`, or with the mode's own stage text.
+  SQLiteDB(const std::string& path, OpenMode mode, std::optional<std::string> stage = std::nullopt);
+  ~SQLiteDB();
+  SQLiteDB(SQLiteDB&&) noexcept;
+  SQLiteDB& operator=(SQLiteDB&&) noexcept;
+
+  // Calls `row` for each result row in the statement's order; the row is good
+  // until the handler returns. Parameters are bound in order from the first.
+  // Throws TidewellError::invalidDatabase, rows already handed over or not.
+  void query(const std::string& sql, const std::vector<Bind>& binds, const RowHandler& row) const;
+
+  // Both throw TidewellError::invalidDatabase for a name that is no plain identifier.
+  bool tableExists(const std::string& name) const;
+  // Upper-cased; empty when there is no such table.
+  std::set<std::string> columns(const std::string& table) const;
+
+ private:
+  struct Connection;
+  std::unique_ptr<Connection> connection_;
+};

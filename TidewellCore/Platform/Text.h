@@ -1,0 +1,60 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+
+// Unicode text. Every string of the core is UTF-8; functions that take text
+// treat an invalid byte sequence as U+FFFD.
+namespace Text {
+
+bool isValid(std::string_view utf8);
+
+// The text with every invalid byte sequence replaced by U+FFFD.
+std::string repaired(std::string_view utf8);
+
+// Without white space and line breaks at both ends.
+std::string trimmed(std::string_view text);
+
+// Lower case by the language-neutral rules of Unicode.
+std::string lowercased(std::string_view text);
+
+// Canonical composition (NFC).
+std::string composed(std::string_view text);
+
+// At most the first `count` user-perceived characters (grapheme clusters).
+std::string firstCharacters(std::string_view text, std::size_t count);
+
+// The longest beginning of whole user-perceived characters that takes at most `limit` bytes.
+std::string cutToBytes(std::string_view text, std::size_t limit);
+
+std::u32string scalars(std::string_view text);
+std::string fromScalars(std::u32string_view scalars);
+
+// White space and line breaks: the Unicode property White_Space.
+bool isBlank(char32_t scalar);
+// Category Cc only; format characters (Cf) join emoji and are no controls.
+bool isControl(char32_t scalar);
+// The letter, mark and number categories.
+bool isAlphanumeric(char32_t scalar);
+// The value 0 to 9 of a decimal digit of any script, else -1.
+int digitValue(char32_t scalar);
+
+// The order in which a person of a locale expects names, letter case ignored.
+class NameOrder {
+ public:
+  explicit NameOrder(const std::string& localeIdentifier);
+  ~NameOrder();
+  NameOrder(const NameOrder&) = delete;
+  NameOrder& operator=(const NameOrder&) = delete;
+
+  // Negative, zero or positive as `a` stands before, with or after `b`.
+  int compare(std::string_view a, std::string_view b) const;
+
+ private:
+  struct Collator;
+  std::unique_ptr<Collator> collator_;
+};
+
+}  // namespace Text
