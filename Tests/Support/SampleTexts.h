@@ -34,7 +34,7 @@ struct SampleGroup {
 std::span<const SamplePerson> samplePeople();
 std::span<const SampleGroup> sampleGroups();
 
-// One to three short sentences, at times with an emoji.
+// A short sentence, seldom several, at times with an emoji.
 std::string sampleText(Language language, SeededRandom& random);
 
 }  // namespace Fixture
