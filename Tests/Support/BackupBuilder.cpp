@@ -29,7 +29,7 @@ CREATE INDEX FilesFlagsIdx ON Files(flags);
 CREATE TABLE Properties (key TEXT PRIMARY KEY, value BLOB);
 )sql";
 
-StoredFile databaseFile(const WhatsAppContents& app, const std::string& relativePath, Bytes content) {
+BackupFile databaseFile(const WhatsAppContents& app, const std::string& relativePath, Bytes content) {
   const auto options = app.databaseStorage.find(relativePath);
   return {.domain = app.domain,
           .relativePath = relativePath,
@@ -37,34 +37,34 @@ StoredFile databaseFile(const WhatsAppContents& app, const std::string& relative
           .storage = options == app.databaseStorage.end() ? StorageOptions{} : options->second};
 }
 
-void addDatabase(std::vector<StoredFile>& files, const WhatsAppContents& app, const std::string& name,
+void addDatabase(std::vector<BackupFile>& files, const WhatsAppContents& app, const std::string& name,
                  DatabaseFiles database) {
   files.push_back(databaseFile(app, name, std::move(database.main)));
   if (database.shm) files.push_back(databaseFile(app, name + "-shm", *std::move(database.shm)));
   if (database.wal) files.push_back(databaseFile(app, name + "-wal", *std::move(database.wal)));
 }
 
-void addApp(std::vector<StoredFile>& files, const WhatsAppContents& app) {
+void addApp(std::vector<BackupFile>& files, const WhatsAppContents& app) {
   if (app.withChatStorage) addDatabase(files, app, "ChatStorage.sqlite", writeChatStorage(app));
   if (app.withContacts) addDatabase(files, app, "ContactsV2.sqlite", writeContacts(app));
   for (const MediaFile& media : app.mediaFiles) {
     files.push_back({app.domain, "Message/" + media.localPath, media.content, media.storage});
   }
-  for (const StoredFile& file : app.files) {
+  for (const BackupFile& file : app.files) {
     files.push_back(file);
     if (file.domain.empty()) files.back().domain = app.domain;
   }
 }
 
-std::vector<StoredFile> allFiles(const BackupContents& contents) {
-  std::vector<StoredFile> files;
+std::vector<BackupFile> allFiles(const BackupContents& contents) {
+  std::vector<BackupFile> files;
   addApp(files, contents.whatsApp);
   if (contents.businessApp) addApp(files, *contents.businessApp);
   files.insert(files.end(), contents.otherFiles.begin(), contents.otherFiles.end());
   return files;
 }
 
-/// Whether a file of this name can lie in the backup folder without leaving it.
+// Whether a file of this name can lie in the backup folder without leaving it.
 bool canNameFile(const std::string& fileID) {
   return !fileID.empty() && fileID.size() <= 128 && fileID[0] != '.' &&
          fileID.find('/') == std::string::npos && fileID.find('\0') == std::string::npos;
@@ -75,7 +75,7 @@ Journal manifestJournal(const BackupContents& contents) {
   return contents.manifestJournal.value_or(Journal::rollback);
 }
 
-/// Stores files and lists them in Manifest.db.
+// Stores files and lists them in Manifest.db.
 class BackupWriter {
  public:
   BackupWriter(const BackupContents& contents, const fs::path& folder)
@@ -86,7 +86,7 @@ class BackupWriter {
     backup_.status = statusPlist(contents);
   }
 
-  WrittenBackup write(const std::vector<StoredFile>& files) {
+  WrittenBackup write(const std::vector<BackupFile>& files) {
     fs::create_directories(backup_.folder);
     if (contents_.encryption) lock(*contents_.encryption);
     writePlists();
@@ -128,7 +128,7 @@ class BackupWriter {
     list(fileIDOf(row.domain, row.relativePath), row, archive(record));
   }
 
-  void addFile(const StoredFile& file) {
+  void addFile(const BackupFile& file) {
     const StorageOptions& storage = file.storage;
     const bool locked = contents_.encryption && !storage.withoutKey;
     const Bytes key = locked ? random_.bytes(32) : Bytes{};
@@ -137,7 +137,7 @@ class BackupWriter {
     list(fileID, {file.domain, file.relativePath, 1}, record(file, key));
   }
 
-  void store(const std::string& fileID, const StoredFile& file, const Bytes& key) const {
+  void store(const std::string& fileID, const BackupFile& file, const Bytes& key) const {
     Bytes stored = key.empty() ? file.content : aesCbcEncrypt(key, file.content);
     if (file.storage.truncatedTo && *file.storage.truncatedTo < stored.size()) {
       stored.resize(*file.storage.truncatedTo);
@@ -145,7 +145,7 @@ class BackupWriter {
     writeFile(storedPath(backup_.folder, fileID), stored);
   }
 
-  SQLValue record(const StoredFile& file, const Bytes& key) {
+  SQLValue record(const BackupFile& file, const Bytes& key) {
     const StorageOptions& storage = file.storage;
     if (storage.withoutRecord) return {};
     if (storage.record) return *storage.record;
@@ -192,7 +192,7 @@ fs::path WrittenBackup::storedFile(std::string_view relativePath, std::string_vi
 
 WrittenBackup writeBackup(const BackupContents& contents, const fs::path& folder) {
   // The chat databases come first: one database is written at a time.
-  const std::vector<StoredFile> files = allFiles(contents);
+  const std::vector<BackupFile> files = allFiles(contents);
   return BackupWriter(contents, folder).write(files);
 }
 

@@ -8,13 +8,13 @@ std::string mediaPath(const std::string& jid, const std::string& uuid, const std
   return "Media/" + jid + "/" + uuid.substr(0, 1) + "/" + uuid.substr(1, 1) + "/" + uuid + "." + extension;
 }
 
-StoredFile profilePicture(const std::string& user, std::int64_t number, Bytes content,
+BackupFile profilePicture(const std::string& user, std::int64_t number, Bytes content,
                           const std::string& extension) {
   return {.relativePath = "Media/Profile/" + user + "-" + std::to_string(number) + "." + extension,
           .content = std::move(content)};
 }
 
-StoredFile thumbnail(const std::string& localPath, Bytes content) {
+BackupFile thumbnail(const std::string& localPath, Bytes content) {
   return {.relativePath = "Message/" + localPath.substr(0, localPath.rfind('.')) + ".thumb",
           .content = std::move(content)};
 }

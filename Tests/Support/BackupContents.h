@@ -12,20 +12,20 @@
 #include "Tests/Support/KeyBagBuilder.h"
 #include "Tests/Support/SQLValue.h"
 
-/// What a backup shall hold, as plain records with defaults: name what a test is about, leave the rest.
+// What a backup shall hold, as plain records with defaults: name what a test is about, leave the rest.
 namespace Fixture {
 
 inline constexpr std::string_view consumerDomain = "AppDomainGroup-group.net.whatsapp.WhatsApp.shared";
 inline constexpr std::string_view businessDomain = "AppDomainGroup-group.net.whatsapp.WhatsAppSMB.shared";
 
-/// Where a database's newest rows stand.
+// Where a database's newest rows stand.
 enum class Journal {
-  rollback,           ///< all in the main file, its header says "delete"
-  walHeader,          ///< all in the main file, its header says "wal", no companions
-  walWithPendingRows  ///< the last rows only in the -wal file, which lies beside the database with its -shm
+  rollback,           // all in the main file, its header says "delete"
+  walHeader,          // all in the main file, its header says "wal", no companions
+  walWithPendingRows  // the last rows only in the -wal file, which lies beside the database with its -shm
 };
 
-/// A row of ZWACHATSESSION. A `pk` of 0 means the row's position, counted from 1; so in all tables here.
+// A row of ZWACHATSESSION. A `pk` of 0 means the row's position, counted from 1; so in all tables here.
 struct Chat {
   std::int64_t pk = 0;
   SQLValue jid;
@@ -33,7 +33,7 @@ struct Chat {
   bool archived = false;
 };
 
-/// A row of ZWAMESSAGE. `date` is in seconds since 2001-01-01 UTC.
+// A row of ZWAMESSAGE. `date` is in seconds since 2001-01-01 UTC.
 struct Message {
   std::int64_t pk = 0;
   SQLValue chat;
@@ -47,7 +47,7 @@ struct Message {
   std::int64_t type = 0;
 };
 
-/// A row of ZWAGROUPMEMBER.
+// A row of ZWAGROUPMEMBER.
 struct GroupMember {
   std::int64_t pk = 0;
   SQLValue chat;
@@ -56,13 +56,13 @@ struct GroupMember {
   SQLValue firstName;
 };
 
-/// A row of ZWAPROFILEPUSHNAME.
+// A row of ZWAPROFILEPUSHNAME.
 struct PushName {
   SQLValue jid;
   SQLValue name;
 };
 
-/// A row of ZWAMEDIAITEM that stands for itself; a MediaFile with a message makes its own.
+// A row of ZWAMEDIAITEM that stands for itself; a MediaFile with a message makes its own.
 struct MediaItem {
   SQLValue message;
   SQLValue localPath;
@@ -73,7 +73,7 @@ struct MediaItem {
   SQLValue vCard;
 };
 
-/// A row of ZWAADDRESSBOOKCONTACT in ContactsV2.sqlite.
+// A row of ZWAADDRESSBOOKCONTACT in ContactsV2.sqlite.
 struct Contact {
   SQLValue fullName;
   SQLValue givenName;
@@ -85,45 +85,45 @@ struct Contact {
   SQLValue localizedPhoneNumber;
 };
 
-/// A row of ZWAPHONENUMBERLIDPAIR, a table that only newer databases have.
+// A row of ZWAPHONENUMBERLIDPAIR, a table that only newer databases have.
 struct LidPair {
   SQLValue lid;
   SQLValue phoneNumber;
 };
 
-/// How a file is stored and what the index says of it. The defaults tell the truth.
+// How a file is stored and what the index says of it. The defaults tell the truth.
 struct StorageOptions {
-  /// The size in the file's record when it is not the true one.
+  // The size in the file's record when it is not the true one.
   std::optional<std::int64_t> recordedSize;
   bool withoutSize = false;
-  /// Stored in clear, without a key in its record.
+  // Stored in clear, without a key in its record.
   bool withoutKey = false;
-  /// The `file` column is NULL.
+  // The `file` column is NULL.
   bool withoutRecord = false;
-  /// The bytes of the `file` column when they are not a well-formed record.
+  // The bytes of the `file` column when they are not a well-formed record.
   std::optional<Bytes> record;
   std::uint32_t protectionClass = 3;
-  /// Listed in the index, absent from the folder.
+  // Listed in the index, absent from the folder.
   bool missing = false;
-  /// The stored file is cut to so many bytes.
+  // The stored file is cut to so many bytes.
   std::optional<std::size_t> truncatedTo;
-  /// Instead of the SHA-1 of domain, "-" and path; nothing is stored when it cannot name a file.
+  // Instead of the SHA-1 of domain, "-" and path; nothing is stored when it cannot name a file.
   std::optional<std::string> fileID;
 };
 
-/// Any file of the backup. An empty domain stands for the one of the app that holds it.
-struct StoredFile {
+// Any file of the backup. An empty domain stands for the one of the app that holds it.
+struct BackupFile {
   std::string domain;
   std::string relativePath;
   Bytes content;
   StorageOptions storage;
 };
 
-/// A media file of a chat. `localPath` begins with "Media/" as in the chat database.
+// A media file of a chat. `localPath` begins with "Media/" as in the chat database.
 struct MediaFile {
   std::string localPath;
   Bytes content;
-  /// The message that carries it; absent, the file stands in the index alone.
+  // The message that carries it; absent, the file stands in the index alone.
   std::optional<std::int64_t> message;
   SQLValue title;
   SQLValue duration;
@@ -131,14 +131,14 @@ struct MediaFile {
   StorageOptions storage;
 };
 
-/// A row of the index without a stored file: `flags` 2 for a folder, 4 for a link.
+// A row of the index without a stored file: `flags` 2 for a folder, 4 for a link.
 struct IndexRow {
   std::string domain;
   std::string relativePath;
   std::int64_t flags = 2;
 };
 
-/// What one of the two apps left in its shared container.
+// What one of the two apps left in its shared container.
 struct WhatsAppContents {
   std::string domain = std::string(consumerDomain);
   bool withChatStorage = true;
@@ -148,17 +148,17 @@ struct WhatsAppContents {
   std::vector<GroupMember> members;
   std::vector<PushName> pushNames;
   std::vector<MediaItem> mediaItems;
-  /// Absent: the table is absent.
+  // Absent: the table is absent.
   std::optional<std::vector<LidPair>> lidPairs;
   std::vector<Contact> contacts;
   std::vector<MediaFile> mediaFiles;
-  /// Thumbnails, profile pictures and whatever else the container holds.
-  std::vector<StoredFile> files;
+  // Thumbnails, profile pictures and whatever else the container holds.
+  std::vector<BackupFile> files;
   Journal journal = Journal::walWithPendingRows;
-  /// Statements run on the finished databases, e.g. to drop a column.
+  // Statements run on the finished databases, e.g. to drop a column.
   std::string chatStorageSQL;
   std::string contactsSQL;
-  /// By relative path, e.g. "ChatStorage.sqlite-wal".
+  // By relative path, e.g. "ChatStorage.sqlite-wal".
   std::map<std::string, StorageOptions> databaseStorage;
 };
 
@@ -173,31 +173,31 @@ struct BackupContents {
   std::string deviceName = "Ana's iPhone";
   std::string productType = "iPhone14,5";
   std::string iosVersion = "17.5.1";
-  /// Unix seconds.
+  // Unix seconds.
   std::int64_t backupTime = 1'717'243'200;
   std::string uniqueIdentifier = "00008110-000A1B2C3D4E5F60";
   std::optional<Encryption> encryption;
   WhatsAppContents whatsApp;
-  /// Give it `.domain = std::string(businessDomain)`.
+  // Give it `.domain = std::string(businessDomain)`.
   std::optional<WhatsAppContents> businessApp;
-  std::vector<StoredFile> otherFiles;
+  std::vector<BackupFile> otherFiles;
   std::vector<IndexRow> indexRows;
-  /// Of Manifest.db; absent: as iOS leaves it, "wal" in the header when encrypted, rollback when plain.
-  /// Pending rows (the last quarter) are possible in plain backups only.
+  // Of Manifest.db; absent: as iOS leaves it, "wal" in the header when encrypted, rollback when plain.
+  // Pending rows (the last quarter) are possible in plain backups only.
   std::optional<Journal> manifestJournal;
   std::string manifestSQL;
-  /// Every key, identifier and salt comes from it.
+  // Every key, identifier and salt comes from it.
   std::uint64_t seed = 1;
 };
 
-/// "Media/<jid>/<x>/<y>/<uuid>.<extension>", the two folders being the uuid's first two digits.
+// "Media/<jid>/<x>/<y>/<uuid>.<extension>", the two folders being the uuid's first two digits.
 std::string mediaPath(const std::string& jid, const std::string& uuid, const std::string& extension);
 
-/// "Media/Profile/<user>-<number>.<extension>", a file of WhatsAppContents::files.
-StoredFile profilePicture(const std::string& user, std::int64_t number, Bytes content,
+// "Media/Profile/<user>-<number>.<extension>", a file of WhatsAppContents::files.
+BackupFile profilePicture(const std::string& user, std::int64_t number, Bytes content,
                           const std::string& extension = "jpg");
 
-/// The file beside a media file that shares its stem and ends in ".thumb".
-StoredFile thumbnail(const std::string& localPath, Bytes content);
+// The file beside a media file that shares its stem and ends in ".thumb".
+BackupFile thumbnail(const std::string& localPath, Bytes content);
 
 }  // namespace Fixture

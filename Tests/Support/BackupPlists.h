@@ -3,7 +3,7 @@
 #include "Tests/Support/BackupContents.h"
 #include "Tests/Support/PlistWriter.h"
 
-/// The device folder's three property lists; the keys of an encrypted backup are added by its writer.
+// The device folder's three property lists; the keys of an encrypted backup are added by its writer.
 namespace Fixture {
 
 PlistDictionary infoPlist(const BackupContents& contents);

@@ -10,7 +10,7 @@ namespace Fixture {
 using Bytes = std::vector<std::uint8_t>;
 using ByteView = std::span<const std::uint8_t>;
 
-/// The bytes of a text, e.g. for a BLOB column that holds UTF-8.
+// The bytes of a text, e.g. for a BLOB column that holds UTF-8.
 inline Bytes bytesOf(std::string_view text) {
   return {text.begin(), text.end()};
 }

@@ -16,7 +16,7 @@ namespace {
 
 enum class Part { settled, pending };
 
-/// Core Data's entity numbers, one per table.
+// Core Data's entity numbers, one per table.
 enum Entity : std::int64_t {
   chatEntity = 4,
   infoEntity,
@@ -26,7 +26,7 @@ enum Entity : std::int64_t {
   pushNameEntity = 11
 };
 
-/// A chat's place among the rows that are written in two parts.
+// A chat's place among the rows that are written in two parts.
 template <typename Record, typename Write>
 void eachOf(const std::vector<Record>& records, Part part, Write write) {
   const std::size_t settled = settledCount(records.size());
@@ -45,7 +45,7 @@ bool isGroupJID(const SQLValue& jid) {
   return text != nullptr && text->ends_with("@g.us");
 }
 
-/// Media rows come from the files that messages carry, then from the items given by hand.
+// Media rows come from the files that messages carry, then from the items given by hand.
 std::vector<MediaItem> allMediaItems(const WhatsAppContents& app) {
   std::vector<MediaItem> items;
   for (const MediaFile& file : app.mediaFiles) {
@@ -61,7 +61,7 @@ std::vector<MediaItem> allMediaItems(const WhatsAppContents& app) {
   return items;
 }
 
-/// Writes the rows of one chat database, once for each part.
+// Writes the rows of one chat database, once for each part.
 class ChatStorageRows {
  public:
   ChatStorageRows(const WhatsAppContents& app, DatabaseWriter& writer)

@@ -5,10 +5,10 @@
 
 namespace Fixture {
 
-/// ChatStorage.sqlite. Of every table the last quarter of the rows, at least one, is pending.
+// ChatStorage.sqlite. Of every table the last quarter of the rows, at least one, is pending.
 DatabaseFiles writeChatStorage(const WhatsAppContents& app);
 
-/// ContactsV2.sqlite, in the same way.
+// ContactsV2.sqlite, in the same way.
 DatabaseFiles writeContacts(const WhatsAppContents& app);
 
 }  // namespace Fixture

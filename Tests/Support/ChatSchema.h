@@ -1,7 +1,7 @@
 #pragma once
 
-/// The tables and columns that the app's own databases have, made by Core Data: every entity has
-/// Z_PK, Z_ENT and Z_OPT, dates are TIMESTAMP in seconds since 2001-01-01 UTC.
+// The tables and columns that the app's own databases have, made by Core Data: every entity has
+// Z_PK, Z_ENT and Z_OPT, dates are TIMESTAMP in seconds since 2001-01-01 UTC.
 namespace Fixture {
 
 inline constexpr const char* chatStorageSchema = R"sql(

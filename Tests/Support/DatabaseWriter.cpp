@@ -14,12 +14,12 @@ void check(int result, sqlite3* handle, const std::string& sql) {
   throw std::runtime_error(std::string(sqlite3_errmsg(handle)) + " in: " + sql);
 }
 
-/// 0 makes the generator random again.
+// 0 makes the generator random again.
 void seedSQLite(int seed) {
   sqlite3_test_control(SQLITE_TESTCTRL_PRNG_SEED, seed, nullptr);
 }
 
-/// The value must live until the statement was stepped: SQLite keeps no copy.
+// The value must live until the statement was stepped: SQLite keeps no copy.
 void bind(sqlite3_stmt* statement, int index, const SQLValue& value) {
   std::visit(
       [&](const auto& held) {

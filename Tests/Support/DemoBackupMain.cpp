@@ -10,7 +10,7 @@
 
 namespace {
 
-/// Locks nothing but made-up chats, so it may be known.
+// Locks nothing but made-up chats, so it may be known.
 constexpr const char* demoPassword = "demo-password";
 
 std::filesystem::path writeDemo(const std::filesystem::path& folder) {
@@ -18,7 +18,7 @@ std::filesystem::path writeDemo(const std::filesystem::path& folder) {
   options.encryption = Fixture::Encryption{
       .keyBag = {.password = demoPassword, .iterations = 10'000, .doubleIterations = 10'000'000}};
   const Fixture::BackupContents contents = Fixture::sampleBackup(options);
-  const std::filesystem::path device = folder / contents.uniqueIdentifier;
+  std::filesystem::path device = folder / contents.uniqueIdentifier;
   const std::filesystem::path passwordFile = folder / "password.txt";
   // Only what an earlier run left is replaced: it always wrote the password first.
   if (std::filesystem::exists(device) && !std::filesystem::exists(passwordFile)) {

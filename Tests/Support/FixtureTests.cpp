@@ -30,7 +30,7 @@ Database openDatabase(const fs::path& file) {
   return {handle, &sqlite3_close};
 }
 
-/// The first row's first column; "" for NULL and for no row.
+// The first row's first column; "" for NULL and for no row.
 std::string queryText(sqlite3* database, const std::string& sql) {
   sqlite3_stmt* statement = nullptr;
   EXPECT_EQ(sqlite3_prepare_v2(database, sql.c_str(), -1, &statement, nullptr), SQLITE_OK)
@@ -45,7 +45,7 @@ std::string queryText(sqlite3* database, const std::string& sql) {
   return text;
 }
 
-/// A string node's value, a number's in decimal; "" for anything else.
+// A string node's value, a number's in decimal; "" for anything else.
 std::string nodeText(plist_t node) {
   if (plist_get_node_type(node) == PLIST_STRING) return plist_get_string_ptr(node, nullptr);
   std::uint64_t number = 0;
@@ -63,7 +63,8 @@ Plist parsePlist(const Bytes& bytes) {
 
 Bytes item(const Bytes& blob, const std::string& tag) {
   const Bytes name = bytesOf(tag);
-  const auto found = std::ranges::search(blob, name).begin();
+  const auto found = std::search(blob.begin(), blob.end(), name.begin(), name.end());
+  if (found == blob.end()) return {};
   return {found + 8, found + 8 + found[7]};
 }
 
@@ -86,7 +87,7 @@ BackupContents smallEncryptedBackup() {
   return contents;
 }
 
-/// The names and contents of every file below `root`, without what the clock decides.
+// The names and contents of every file below `root`, without what the clock decides.
 std::map<std::string, std::string> contentsBelow(const fs::path& root) {
   std::map<std::string, std::string> contents;
   for (const auto& [name, entry] : treeSnapshot(root)) contents[name] = entry.sha1;
@@ -121,6 +122,7 @@ TEST(KeyBagBuilder, PasswordUnwrapsItsClassesOnly) {
   const KeyBagOptions options{.password = "pass"};
   const KeyBag bag = buildKeyBag(options, random);
   ASSERT_EQ(item(bag.blob, "ITER"), (Bytes{0, 0, 0, 10}));
+  ASSERT_EQ(item(bag.blob, "DPIC"), (Bytes{0, 0, 0, 100}));
   const Bytes key = passwordKey(options, item(bag.blob, "SALT"), item(bag.blob, "DPSL"));
 
   EXPECT_EQ(aesUnwrap(key, item(bag.blob, "WPKY")), bag.classKeys.at(1));
@@ -133,7 +135,7 @@ TEST(KeyBagBuilder, OlderBagsLackTheSecondDerivation) {
   SeededRandom random(7);
   const KeyBagOptions options{.password = "pass", .doubleIterations = std::nullopt, .wideIterations = true};
   const KeyBag bag = buildKeyBag(options, random);
-  EXPECT_TRUE(std::ranges::search(bag.blob, bytesOf("DPIC")).empty());
+  EXPECT_TRUE(item(bag.blob, "DPIC").empty());
   EXPECT_EQ(item(bag.blob, "ITER"), (Bytes{0, 0, 0, 0, 0, 0, 0, 10}));
   const Bytes key = pbkdf2(Digest::sha1, bytesOf("pass"), item(bag.blob, "SALT"), 10);
   EXPECT_EQ(aesUnwrap(key, item(bag.blob, "WPKY")), bag.classKeys.at(1));
@@ -150,11 +152,11 @@ TEST(PlistWriter, KeepsSignsAndLargeNumbers) {
 TEST(MBFileRecord, IsAKeyedArchiveWithReferences) {
   const Plist record =
       parsePlist(archive({.relativePath = "a/b.jpg", .size = 42, .encryptionKey = Bytes(44, 3)}));
-  const plist_t objects = plist_dict_get_item(record.get(), "$objects");
-  const plist_t root = plist_dict_get_item(plist_dict_get_item(record.get(), "$top"), "root");
+  plist_t objects = plist_dict_get_item(record.get(), "$objects");
+  plist_t root = plist_dict_get_item(plist_dict_get_item(record.get(), "$top"), "root");
   ASSERT_EQ(plist_get_node_type(root), PLIST_UID);
   ASSERT_EQ(nodeText(root), "1");
-  const plist_t file = plist_array_get_item(objects, 1);
+  plist_t file = plist_array_get_item(objects, 1);
   EXPECT_EQ(nodeText(plist_dict_get_item(file, "Size")), "42");
 
   const auto follow = [&](const char* key) {

@@ -9,7 +9,7 @@ namespace Fixture {
 
 namespace {
 
-/// The archive's object table; references are indices into it.
+// The archive's object table; references are indices into it.
 class ObjectTable {
  public:
   PlistUID add(PlistValue object) {

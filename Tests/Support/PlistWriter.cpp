@@ -17,7 +17,7 @@ namespace {
 using Node = std::unique_ptr<std::remove_pointer_t<plist_t>, decltype(&plist_free)>;
 using Buffer = std::unique_ptr<char, decltype(&std::free)>;
 
-/// The library's own constructor has no sign for numbers above the signed range; its XML reader has.
+// The library's own constructor has no sign for numbers above the signed range; its XML reader has.
 plist_t largeUnsignedNode(std::uint64_t number) {
   const std::string xml = "<plist version=\"1.0\"><integer>" + std::to_string(number) + "</integer></plist>";
   plist_t node = nullptr;

@@ -14,19 +14,19 @@ namespace Fixture {
 struct PlistValue;
 
 using PlistArray = std::vector<PlistValue>;
-/// Keys keep the order in which they are given.
+// Keys keep the order in which they are given.
 using PlistDictionary = std::vector<std::pair<std::string, PlistValue>>;
 
 struct PlistDate {
   double secondsSince2001 = 0;
 };
 
-/// A reference of a keyed archive.
+// A reference of a keyed archive.
 struct PlistUID {
   std::uint64_t value = 0;
 };
 
-/// One property-list value. Converts from what it can hold, so that nested lists read like the file.
+// One property-list value. Converts from what it can hold, so that nested lists read like the file.
 struct PlistValue {
   std::variant<PlistDictionary, PlistArray, std::string, std::int64_t, std::uint64_t, bool, double, PlistDate,
                Bytes, PlistUID>
@@ -45,13 +45,13 @@ struct PlistValue {
   PlistValue(std::unsigned_integral auto number) : value(std::uint64_t{number}) {}
 };
 
-/// Sets `key` to `value`, in its old place when it is there already.
+// Sets `key` to `value`, in its old place when it is there already.
 void setKey(PlistDictionary& dictionary, const std::string& key, PlistValue value);
 
-/// Removes `key` when it is there.
+// Removes `key` when it is there.
 void removeKey(PlistDictionary& dictionary, const std::string& key);
 
-/// Both throw std::runtime_error when the writer refuses the value.
+// Both throw std::runtime_error when the writer refuses the value.
 Bytes binaryPlist(const PlistValue& root);
 std::string xmlPlist(const PlistValue& root);
 

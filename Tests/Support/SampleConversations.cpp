@@ -40,7 +40,7 @@ std::string base64(const Bytes& bytes) {
   return text;
 }
 
-/// What newer versions put where a name was: a protobuf's bytes in base64.
+// What newer versions put where a name was: a protobuf's bytes in base64.
 std::string opaqueName(SeededRandom& random) {
   Bytes message = {0x0A, 0x1C};
   append(message, random.bytes(28));
@@ -53,12 +53,12 @@ SQLValue textOrNull(std::string_view text) {
   return value;
 }
 
-/// A chat of the sample and who takes part in it.
+// A chat of the sample and who takes part in it.
 struct Conversation {
   std::int64_t pk = 0;
   std::string jid;
   Language language = Language::english;
-  /// Keys of a group's members; empty in all other chats.
+  // Keys of a group's members; empty in all other chats.
   std::vector<std::int64_t> members;
 };
 
@@ -102,11 +102,11 @@ class SampleWriter {
     app_.lidPairs = {{.lid = samplePeople()[18].jid(), .phoneNumber = "5511900012345"}};
   }
 
-  /// Names as text or as blob, identifiers with and without their server part or absent.
+  // Names as text or as blob, identifiers with and without their server part or absent.
   Contact contactOf(const SamplePerson& person) {
     const std::string name(person.contact);
     const std::size_t variant = app_.contacts.size() % 5;
-    Contact contact{.whatsAppID = person.jid(), .phoneNumber = "+" + std::string(person.user)};
+    Contact contact{.whatsAppID = person.jid(), .phoneNumber = std::string("+").append(person.user)};
     if (variant == 1) contact.whatsAppID = std::string(person.user);
     if (variant == 3) contact.whatsAppID = {};
     if (name.starts_with("Padaria")) {
@@ -127,7 +127,7 @@ class SampleWriter {
     }
   }
 
-  /// A person of the address book, or a stranger with a name of their own, an opaque one, or none.
+  // A person of the address book, or a stranger with a name of their own, an opaque one, or none.
   std::int64_t addMember(std::int64_t chat) {
     GroupMember member{.chat = chat};
     if (random_.chance(60)) {
@@ -152,7 +152,7 @@ class SampleWriter {
     addChat("5511900013131@s.whatsapp.net", "Só silêncio", Language::portuguese);
   }
 
-  /// Talks of a few messages in one chat, one talk after the other; the keys follow the dates.
+  // Talks of a few messages in one chat, one talk after the other; the keys follow the dates.
   void addMessages() {
     const double talkGap = (lastDate - firstDate) * 8 / static_cast<double>(options_.messageCount);
     double date = firstDate;
@@ -172,7 +172,7 @@ class SampleWriter {
     }
   }
 
-  /// The first chats are the busiest, the last one stays without a message.
+  // The first chats are the busiest, the last one stays without a message.
   const Conversation& pickConversation() {
     const std::size_t chats = conversations_.size() - 1;
     const std::size_t range = random_.chance(40) ? 1 + random_.below(chats) : chats;
@@ -253,7 +253,7 @@ class SampleWriter {
     return document(jid, roll < 97);
   }
 
-  /// A forwarded photo has the bytes of the one it came from.
+  // A forwarded photo has the bytes of the one it came from.
   Bytes photo() {
     if (lastPhoto_.empty() || !random_.chance(5)) {
       const auto width = static_cast<std::uint32_t>(160 + 16 * random_.below(8));
@@ -275,7 +275,7 @@ class SampleWriter {
     return {.localPath = mediaPath(jid, random_.uuid(), extension), .content = std::move(content)};
   }
 
-  /// Files that no message carries: in a known chat, and in a chat that has no record any more.
+  // Files that no message carries: in a known chat, and in a chat that has no record any more.
   void addLooseMedia() {
     for (const std::string& jid : {conversations_.front().jid, std::string("5511900014141@s.whatsapp.net")}) {
       for (int count = 0; count < 4; ++count) app_.mediaFiles.push_back(media(jid, "jpg", photo()));

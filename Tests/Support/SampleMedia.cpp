@@ -30,7 +30,7 @@ Pattern randomPattern(SeededRandom& random) {
   return pattern;
 }
 
-/// Whether the pattern darkens this place: stripes, checks, rings or a hill's outline.
+// Whether the pattern darkens this place: stripes, checks, rings or a hill's outline.
 bool isShaded(const Pattern& pattern, std::uint32_t x, std::uint32_t y) {
   switch (pattern.shape) {
     case 0:
@@ -59,7 +59,7 @@ std::vector<JSAMPLE> pixelRow(const Pattern& pattern, std::uint32_t width, std::
   return row;
 }
 
-/// Bits of a WebP lossless stream, least significant first.
+// Bits of a WebP lossless stream, least significant first.
 class BitWriter {
  public:
   void put(std::uint32_t value, unsigned count) {
@@ -69,7 +69,7 @@ class BitWriter {
       ++used_;
     }
   }
-  /// A prefix code of one symbol, which then takes no bits, or of 0 and 255, which take one each.
+  // A prefix code of one symbol, which then takes no bits, or of 0 and 255, which take one each.
   void putCode(bool bothExtremes, std::uint32_t symbol = 0) {
     put(1, 1);
     put(bothExtremes ? 1 : 0, 1);
@@ -89,7 +89,7 @@ void appendLittleEndian(Bytes& target, std::size_t value) {
     target.push_back(static_cast<std::uint8_t>(value >> shift));
 }
 
-/// Fills up with noise to the wanted length.
+// Fills up with noise to the wanted length.
 Bytes padded(std::string_view start, SeededRandom& random, std::size_t byteCount) {
   Bytes content = bytesOf(start);
   if (content.size() < byteCount) append(content, random.bytes(byteCount - content.size()));
@@ -126,7 +126,7 @@ Bytes jpegPhoto(SeededRandom& random, std::uint32_t width, std::uint32_t height)
   return content;
 }
 
-/// The lossless bitstream of RFC 9649, section 3, without transforms and with one code group.
+// The lossless bitstream of RFC 9649, section 3, without transforms and with one code group.
 Bytes webpSticker(SeededRandom& random) {
   constexpr std::uint32_t side = 64;
   constexpr std::uint32_t middle = side / 2;

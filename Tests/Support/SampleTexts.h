@@ -10,11 +10,11 @@ namespace Fixture {
 
 enum class Language { portuguese, english, arabic, hebrew, japanese, chinese };
 
-/// Someone the phone's owner writes with. An empty `contact` is not in the address book.
+// Someone the phone's owner writes with. An empty `contact` is not in the address book.
 struct SamplePerson {
   std::string_view user;
   std::string_view server;
-  /// The chat's partner name, "" for NULL.
+  // The chat's partner name, "" for NULL.
   std::string_view chatName;
   std::string_view contact;
   std::string_view pushName;
@@ -34,7 +34,7 @@ struct SampleGroup {
 std::span<const SamplePerson> samplePeople();
 std::span<const SampleGroup> sampleGroups();
 
-/// One to three short sentences, at times with an emoji.
+// A short sentence, seldom several, at times with an emoji.
 std::string sampleText(Language language, SeededRandom& random);
 
 }  // namespace Fixture

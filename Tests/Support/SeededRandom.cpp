@@ -4,7 +4,7 @@
 
 namespace Fixture {
 
-/// SplitMix64, by Sebastiano Vigna (public domain).
+// SplitMix64, by Sebastiano Vigna (public domain).
 std::uint64_t SeededRandom::next() {
   state_ += 0x9E3779B97F4A7C15U;
   std::uint64_t mixed = state_;

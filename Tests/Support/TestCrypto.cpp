@@ -31,7 +31,7 @@ CipherContext makeContext(const CipherRun& run, ByteView key, const std::uint8_t
   return context;
 }
 
-/// Absent when the cipher refuses the input.
+// Absent when the cipher refuses the input.
 std::optional<Bytes> process(EVP_CIPHER_CTX* context, ByteView input) {
   Bytes output(input.size() + 32);
   int written = 0;
@@ -40,7 +40,7 @@ std::optional<Bytes> process(EVP_CIPHER_CTX* context, ByteView input) {
   }
   int last = 0;
   if (EVP_CipherFinal_ex(context, output.data() + written, &last) != 1) return std::nullopt;
-  output.resize(static_cast<std::size_t>(written + last));
+  output.resize(static_cast<std::size_t>(written) + static_cast<std::size_t>(last));
   return output;
 }
 

@@ -8,15 +8,12 @@
 #include "TidewellCore/Platform/FileDescriptor.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PlistSupport.h"
+#include "TidewellCore/Platform/SQLiteHeader.h"
 #include "TidewellCore/TidewellError.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-
-// The SQLite file format, section 1.3: how a database begins, and where its write version stands.
-constexpr std::string_view sqliteHeader("SQLite format 3\0", 16);
-constexpr std::size_t writeVersionOffset = 18;
 
 BackupKeyBag readKeyBag(const PropertyListDictionary& manifest, BackupUnlockReport& report) {
   const Bytes* data = PlistSupport::data(entry(manifest, "BackupKeyBag"));
@@ -63,7 +60,7 @@ void BackupUnlocker::decryptManifestDatabase(const fs::path& encrypted, const fs
   const SecretBytes padded = BackupCrypto::aesCBC(*manifestKey, BackupCrypto::zeroIV, ciphertext, {});
   const ByteView plaintext = ByteView(padded).first(BackupCrypto::pkcs7UnpaddedSize(padded).value_or(padded.size()));
   report.manifestDecryptedByteCount = static_cast<std::int64_t>(plaintext.size());
-  report.sqliteHeaderOK = textOf(plaintext).starts_with(sqliteHeader);
+  report.sqliteHeaderOK = textOf(plaintext).starts_with(SQLiteHeader::magic);
   if (!report.sqliteHeaderOK) {
     throw TidewellError::manifestDecryptFailed(
         fmt::format("Decrypted {} bytes from {}-byte Manifest.db, but the file does not start with a SQLite header.",
@@ -74,8 +71,8 @@ void BackupUnlocker::decryptManifestDatabase(const fs::path& encrypted, const fs
 }
 
 std::string BackupUnlocker::sqliteJournalName(ByteView header) {
-  if (header.size() <= writeVersionOffset) return "unknown";
-  const unsigned version = header[writeVersionOffset];
+  if (header.size() <= SQLiteHeader::writeVersionOffset) return "unknown";
+  const unsigned version = header[SQLiteHeader::writeVersionOffset];
   if (version == 1) return "delete";
   return version == 2 ? "wal" : fmt::format("other({})", version);
 }

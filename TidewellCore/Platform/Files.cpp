@@ -69,6 +69,11 @@ std::vector<Files::Entry> entriesOf(fs::directory_iterator iterator) {
 
 }  // namespace
 
+bool Files::exists(const fs::path& path) {
+  std::error_code ignored;
+  return fs::exists(path, ignored);
+}
+
 bool Files::isRegularFile(const fs::path& path) { return regularFileSize(path).has_value(); }
 
 std::optional<std::int64_t> Files::regularFileSize(const fs::path& path) {

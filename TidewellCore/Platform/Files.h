@@ -15,6 +15,8 @@
 // std::filesystem::filesystem_error unless a function says otherwise.
 namespace Files {
 
+// Whether anything stands there, links followed; what cannot be looked at does not.
+bool exists(const std::filesystem::path& path);
 // Whether a regular file stands there; a link is none.
 bool isRegularFile(const std::filesystem::path& path);
 // The length in bytes of a regular file; absent for anything else. Links are not followed.

@@ -154,6 +154,17 @@ std::string Text::cutToBytes(std::string_view text, std::size_t limit) {
   return std::string(text.substr(0, end));
 }
 
+std::size_t Text::displayWidth(std::string_view text) {
+  std::size_t width = 0;
+  for (const char32_t scalar : scalars(text)) {
+    constexpr std::uint32_t marks = U_GC_MN_MASK | U_GC_ME_MASK | U_GC_CF_MASK;
+    if ((U_GET_GC_MASK(codePoint(scalar)) & marks) != 0) continue;
+    const int eastAsian = u_getIntPropertyValue(codePoint(scalar), UCHAR_EAST_ASIAN_WIDTH);
+    width += eastAsian == U_EA_FULLWIDTH || eastAsian == U_EA_WIDE ? 2 : 1;
+  }
+  return width;
+}
+
 std::u32string Text::scalars(std::string_view text) {
   std::u32string result;
   result.reserve(text.size());

@@ -29,6 +29,9 @@ std::string firstCharacters(std::string_view text, std::size_t count);
 // The longest beginning of whole user-perceived characters that takes at most `limit` bytes.
 std::string cutToBytes(std::string_view text, std::size_t limit);
 
+// The columns that a text takes on a terminal: two for a wide character, none for a mark.
+std::size_t displayWidth(std::string_view text);
+
 std::u32string scalars(std::string_view text);
 std::string fromScalars(std::u32string_view scalars);
 

@@ -1,0 +1,106 @@
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+
+#include "TidewellCLI/Commands.h"
+#include "TidewellCLI/HumanText.h"
+#include "TidewellCLI/Interruption.h"
+#include "TidewellCLI/JsonRecords.h"
+#include "TidewellCLI/Output.h"
+#include "TidewellCLI/PasswordSource.h"
+#include "TidewellCLI/ProgressDisplay.h"
+#include "TidewellCore/Export/Exporter.h"
+#include "TidewellCore/Platform/PathText.h"
+
+namespace {
+
+struct Options {
+  std::string backup;
+  std::string destination;
+  ExportOptions wanted = ExportOptions::defaultOptions();
+  PasswordSource password;
+  TimeZone timeZone = TimeZone::current();
+  Locale locale = Locale::current();
+  bool noTranscripts = false;
+  bool noProgress = false;
+  bool json = false;
+};
+
+MediaKinds parseKinds(const std::string& list) {
+  MediaKinds kinds;
+  for (const std::string& name : CLI::detail::split(list, ',')) {
+    const auto kind = MediaKind::fromRawValue(name);
+    if (!kind) throw CLI::ValidationError("--kinds", "unknown kind \"" + name + "\"");
+    kinds.insert(*kind);
+  }
+  return kinds;
+}
+
+TimeZone parseTimeZone(const std::string& identifier) {
+  if (const auto timeZone = TimeZone::named(identifier)) return *timeZone;
+  throw CLI::ValidationError("--time-zone", "unknown time zone \"" + identifier + "\"");
+}
+
+Locale parseLocale(const std::string& identifier) {
+  if (const auto locale = Locale::named(identifier)) return *locale;
+  throw CLI::ValidationError("--locale", "unknown locale \"" + identifier + "\"");
+}
+
+void print(const ExportSummary& summary) {
+  printLine("Export finished");
+  printLine("Saved to " + PathText::text(summary.destination));
+  std::string counts = fmt::format("{} copied · {} already present · {} transcripts · {} failed", summary.copiedCount,
+                                   summary.skippedExistingCount, summary.transcriptCount, summary.failedCount);
+  if (summary.unresolvedArchiveLinkCount > 0) {
+    counts += fmt::format(" · {} archive links missing files", summary.unresolvedArchiveLinkCount);
+  }
+  printLine(counts);
+}
+
+ExportSummary exportBackup(const Options& options) {
+  const Exporter exporter{.timeZone = options.timeZone,
+                          .locale = options.locale,
+                          .transcriptStyle = TranscriptStyle::matching(options.locale)};
+  const std::filesystem::path backup = PathText::path(options.backup);
+  const SecretBytes password = options.password.read(exporter.inspect(backup).isEncrypted);
+  ProgressDisplay display(!options.noProgress);
+  return exporter.exportBackup(
+      {.backup = backup,
+       .destination = PathText::path(options.destination),
+       .options = options.wanted,
+       .password = passwordText(password)},
+      {.progress = [&](const ExportProgress& progress) { display.show(progress); },
+       .isCancelled = Interruption::check()});
+}
+
+int run(const Options& options) {
+  const ExportSummary summary = exportBackup(options);
+  options.json ? printJson(JsonRecords::json(summary)) : print(summary);
+  return summary.failedCount > 0 ? ExitCode::copiesFailed : ExitCode::done;
+}
+
+}  // namespace
+
+void addExportCommand(CLI::App& app, int& exitCode) {
+  const auto options = std::make_shared<Options>();
+  CLI::App* command = app.add_subcommand("export", "Copy the media of a backup into one folder per chat");
+  command->add_option("BACKUP", options->backup, "The backup's device folder")->required();
+  command->add_option("DESTINATION", options->destination, "Where to save; made when it is missing")->required();
+  command->add_option_function<std::string>(
+      "--kinds", [options](const std::string& list) { options->wanted.includedKinds = parseKinds(list); },
+      "The kinds to copy, separated by commas: photos, videos, voiceNotes, stickers, documents");
+  command->add_flag("--no-transcripts", options->noTranscripts, "Write no transcripts");
+  options->password.addOptions(*command);
+  command->add_option_function<std::string>(
+      "--time-zone", [options](const std::string& id) { options->timeZone = parseTimeZone(id); },
+      "The time zone of dates in file names, as \"Europe/Lisbon\" (default: the system's)");
+  command->add_option_function<std::string>(
+      "--locale", [options](const std::string& id) { options->locale = parseLocale(id); },
+      "The language and region of what is written, as \"pt_BR\" (default: the system's)");
+  command->add_flag("--no-progress", options->noProgress, "Show no progress");
+  command->add_flag("--json", options->json, "Print one JSON object");
+  command->callback([options, &exitCode] {
+    options->wanted.exportTranscripts = !options->noTranscripts;
+    exitCode = runReporting(options->json ? Format::json : Format::human, [&] { return run(*options); });
+  });
+}

@@ -1,0 +1,63 @@
+#include "TidewellCLI/HumanText.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+
+#include "TidewellCore/Platform/Text.h"
+
+namespace {
+
+std::string padded(const std::string& text, std::size_t width, HumanText::Alignment alignment) {
+  const std::string blanks(width - std::min(width, Text::displayWidth(text)), ' ');
+  return alignment == HumanText::Alignment::right ? blanks + text : text + blanks;
+}
+
+std::string line(const std::vector<HumanText::Column>& columns, const std::vector<std::size_t>& widths,
+                 const HumanText::Row& cells) {
+  std::string text;
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    if (i > 0) text += "  ";
+    text += padded(cells[i], widths[i], columns[i].alignment);
+  }
+  return text.substr(0, text.find_last_not_of(' ') + 1);
+}
+
+}  // namespace
+
+std::string HumanText::size(std::int64_t bytes) {
+  constexpr std::array<const char*, 6> units{"kB", "MB", "GB", "TB", "PB", "EB"};
+  constexpr double step = 1000;
+  if (bytes < 1000) return fmt::format("{} {}", bytes, bytes == 1 ? "byte" : "bytes");
+  double amount = static_cast<double>(bytes) / step;
+  std::size_t unit = 0;
+  // 999.95 would be written as 1000.0.
+  for (; amount >= 999.95 && unit + 1 < units.size(); ++unit) amount /= step;
+  return fmt::format("{:.1f} {}", amount, units[unit]);
+}
+
+std::string HumanText::date(const std::optional<Date>& date) {
+  if (!date) return "unknown";
+  return DateFormatter("yyyy-MM-dd HH:mm", TimeZone::current(), Locale{}).string(*date);
+}
+
+std::string HumanText::safe(std::string_view text) {
+  std::u32string scalars = Text::scalars(text);
+  std::ranges::replace_if(scalars, Text::isControl, U'\uFFFD');
+  return Text::fromScalars(scalars);
+}
+
+std::vector<std::string> HumanText::table(const std::vector<Column>& columns, const std::vector<Row>& rows) {
+  Row titles;
+  for (const Column& column : columns) titles.push_back(column.title);
+  std::vector<std::size_t> widths(columns.size());
+  const auto widen = [&](const Row& cells) {
+    for (std::size_t i = 0; i < columns.size(); ++i) widths[i] = std::max(widths[i], Text::displayWidth(cells[i]));
+  };
+  widen(titles);
+  std::ranges::for_each(rows, widen);
+  std::vector<std::string> lines{line(columns, widths, titles)};
+  for (const Row& row : rows) lines.push_back(line(columns, widths, row));
+  return lines;
+}

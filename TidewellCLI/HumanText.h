@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "TidewellCore/Platform/DateText.h"
+
+// How records read on a terminal.
+namespace HumanText {
+
+// "3 bytes", "1.2 MB": decimal units, as file managers show them.
+std::string size(std::int64_t bytes);
+// "2024-05-01 14:03" in this computer's time zone; "unknown" without a date.
+std::string date(const std::optional<Date>& date);
+// Text from a backup, without the control characters that would steer the terminal.
+std::string safe(std::string_view text);
+
+enum class Alignment { left, right };
+struct Column {
+  std::string title;
+  Alignment alignment = Alignment::left;
+};
+using Row = std::vector<std::string>;
+// A heading and a line for each row, columns two blanks apart.
+std::vector<std::string> table(const std::vector<Column>& columns, const std::vector<Row>& rows);
+
+}  // namespace HumanText

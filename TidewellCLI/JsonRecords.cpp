@@ -1,0 +1,68 @@
+#include "TidewellCLI/JsonRecords.h"
+
+#include "TidewellCore/Platform/PathText.h"
+#include "TidewellCore/Platform/RawValue.h"
+
+namespace {
+
+void add(Json::Object& object, const char* key, const std::optional<std::string>& text) {
+  if (text) object.emplace(key, *text);
+}
+
+Json json(const DiscoveredBackup& backup) {
+  const BackupInfo& info = backup.info;
+  Json::Object object{{"url", PathText::text(info.url)}, {"isEncrypted", info.isEncrypted}};
+  add(object, "deviceName", info.deviceName);
+  add(object, "productType", info.productType);
+  add(object, "iosVersion", info.iosVersion);
+  add(object, "uniqueIdentifier", info.uniqueIdentifier);
+  if (info.backupDate) object.emplace("backupDate", iso8601(*info.backupDate));
+  if (backup.byteCount) object.emplace("byteCount", *backup.byteCount);
+  return object;
+}
+
+Json json(const ScanChat& chat) {
+  return Json::Object{{"jid", chat.jid},
+                      {"name", chat.name},
+                      {"messageCount", chat.messageCount},
+                      {"mediaFileCount", chat.mediaFileCount},
+                      {"mediaBytes", chat.mediaBytes}};
+}
+
+}  // namespace
+
+Json JsonRecords::json(const BackupLibrarySnapshot& snapshot) {
+  Json::Array backups;
+  for (const DiscoveredBackup& backup : snapshot.backups) backups.push_back(::json(backup));
+  return Json::Object{{"access", rawValue(snapshot.access)}, {"backups", std::move(backups)}};
+}
+
+Json JsonRecords::json(const ScanResult& result) {
+  Json::Object stats;
+  for (const auto& [kind, kindStats] : result.statsByKind) {
+    stats.emplace(kind.rawValue(), Json::Object{{"count", kindStats.count}, {"byteCount", kindStats.byteCount}});
+  }
+  Json::Array chats;
+  for (const ScanChat& chat : result.chats) chats.push_back(::json(chat));
+  return Json::Object{{"chatCount", result.chatCount},
+                      {"mediaFileCount", result.mediaFileCount},
+                      {"totalBytes", result.totalBytes},
+                      {"statsByKind", std::move(stats)},
+                      {"skippedThumbnailCount", result.skippedThumbnailCount},
+                      {"hasChatStorage", result.hasChatStorage},
+                      {"whatsAppDomain", result.whatsAppDomain},
+                      {"chats", std::move(chats)}};
+}
+
+Json JsonRecords::json(const ExportSummary& summary) {
+  Json::Object object{{"copiedCount", summary.copiedCount},
+                      {"skippedExistingCount", summary.skippedExistingCount},
+                      {"transcriptCount", summary.transcriptCount},
+                      {"failedCount", summary.failedCount},
+                      {"totalBytesCopied", summary.totalBytesCopied},
+                      {"destination", PathText::text(summary.destination)},
+                      {"chatFolderCount", summary.chatFolderCount},
+                      {"unresolvedArchiveLinkCount", summary.unresolvedArchiveLinkCount}};
+  if (summary.archiveIndexURL) object.emplace("archiveIndexURL", PathText::text(*summary.archiveIndexURL));
+  return object;
+}

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <functional>
+#include <string_view>
+
+#include "TidewellCore/Platform/Json.h"
+
+namespace ExitCode {
+
+inline constexpr int done = 0;
+inline constexpr int failed = 1;
+inline constexpr int usage = 2;
+inline constexpr int copiesFailed = 3;
+inline constexpr int interrupted = 130;
+
+}  // namespace ExitCode
+
+// How a command's result is wanted on standard output.
+enum class Format { human, json };
+
+// Runs a command's work, which returns an exit code. A failure is reported, as
+// one JSON object on standard output or as text on standard error.
+int runReporting(Format format, const std::function<int()>& work);
+
+void printLine(std::string_view line);
+void printErrorLine(std::string_view line);
+// One object and a line break.
+void printJson(const Json& json);

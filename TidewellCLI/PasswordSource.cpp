@@ -1,0 +1,90 @@
+#include "TidewellCLI/PasswordSource.h"
+
+#include <fcntl.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <cerrno>
+#include <system_error>
+
+#include "TidewellCLI/Interruption.h"
+#include "TidewellCLI/Output.h"
+#include "TidewellCore/Platform/Bytes.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t longestLine = 64 << 10;
+
+// Reads byte by byte, so that nothing behind the line is taken and no buffer keeps a copy.
+SecretBytes readFirstLine(int file, const fs::path& name) {
+  SecretBytes line;
+  line.reserve(256);
+  for (std::uint8_t byte = 0; line.size() < longestLine;) {
+    const ssize_t count = ::read(file, &byte, 1);
+    if (count < 0 && errno == EINTR) {
+      throwIfCancelled(Interruption::check());
+      continue;
+    }
+    if (count < 0) throw fs::filesystem_error("Could not read the password", name, {errno, std::generic_category()});
+    if (count == 0 || byte == '\n') break;
+    line.push_back(byte);
+  }
+  if (!line.empty() && line.back() == '\r') line.pop_back();
+  return line;
+}
+
+SecretBytes readFromFile(const fs::path& path) {
+  const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (file < 0) throw fs::filesystem_error("Could not open the password file", path, {errno, std::generic_category()});
+  const std::shared_ptr<void> closer(nullptr, [file](void*) { ::close(file); });
+  return readFirstLine(file, path);
+}
+
+// Keeps the terminal from showing what is typed while it lives.
+class HiddenInput {
+ public:
+  HiddenInput() {
+    ::tcgetattr(STDIN_FILENO, &before_);
+    termios hidden = before_;
+    hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+    ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &hidden);
+  }
+  ~HiddenInput() { ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &before_); }
+  HiddenInput(const HiddenInput&) = delete;
+  HiddenInput& operator=(const HiddenInput&) = delete;
+
+ private:
+  termios before_{};
+};
+
+SecretBytes askOnTerminal() {
+  std::fputs("Password of this backup: ", stderr);
+  std::fflush(stderr);
+  const std::shared_ptr<void> lineBreak(nullptr, [](void*) { printErrorLine(""); });
+  const HiddenInput hidden;
+  return readFirstLine(STDIN_FILENO, "the terminal");
+}
+
+}  // namespace
+
+void PasswordSource::addOptions(CLI::App& command) {
+  CLI::Option* fileOption =
+      command.add_option("--password-file", file, "Read the backup's password from the first line of this file");
+  command.add_flag("--password-stdin", fromStandardInput, "Read the password from the first line of standard input")
+      ->excludes(fileOption);
+}
+
+SecretBytes PasswordSource::read(bool isEncrypted) const {
+  if (!isEncrypted) return {};
+  if (!file.empty()) return readFromFile(file);
+  if (fromStandardInput) return readFirstLine(STDIN_FILENO, "standard input");
+  return ::isatty(STDIN_FILENO) == 1 ? askOnTerminal() : SecretBytes();
+}
+
+std::optional<std::string_view> passwordText(const SecretBytes& password) {
+  if (password.empty()) return std::nullopt;
+  return textOf(password);
+}

@@ -1,0 +1,84 @@
+#include "TidewellCLI/ProgressDisplay.h"
+
+#include <fmt/format.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include "TidewellCLI/HumanText.h"
+#include "TidewellCLI/Output.h"
+#include "TidewellCore/Export/ExportTiming.h"
+#include "TidewellCore/Platform/Text.h"
+
+namespace {
+
+using Phase = ExportProgress::Phase;
+
+const char* title(Phase phase) {
+  switch (phase) {
+    case Phase::preparing: return "Preparing…";
+    case Phase::unlocking: return "Unlocking backup…";
+    case Phase::readingChats: return "Reading chats…";
+    case Phase::copyingMedia: return "Copying media";
+    case Phase::writingTranscripts: return "Writing transcripts";
+    case Phase::finished: return "Finished";
+  }
+  return "";
+}
+
+std::size_t terminalWidth() {
+  constexpr std::size_t usual = 80;
+  winsize size{};
+  const bool isKnown = ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+  return isKnown ? size.ws_col : usual;
+}
+
+std::string bar(double fraction) {
+  constexpr std::size_t width = 20;
+  const auto filled = static_cast<std::size_t>(fraction * static_cast<double>(width));
+  return "[" + std::string(filled, '#') + std::string(width - filled, '-') + "]";
+}
+
+// A terminal that wraps a line cannot redraw it.
+std::string fitted(std::string text, std::size_t width) {
+  for (std::size_t count = width; Text::displayWidth(text) > width; --count) text = Text::firstCharacters(text, count);
+  return text;
+}
+
+}  // namespace
+
+ProgressDisplay::ProgressDisplay(bool isShown) : isShown_(isShown), isTerminal_(::isatty(STDERR_FILENO) == 1) {}
+
+ProgressDisplay::~ProgressDisplay() { clear(); }
+
+void ProgressDisplay::show(const ExportProgress& progress) {
+  if (!isShown_) return;
+  const bool isNewPhase = phase_ != progress.phase;
+  if (isNewPhase) {
+    phase_ = progress.phase;
+    phaseStart_ = std::chrono::steady_clock::now();
+  }
+  if (isTerminal_) {
+    fmt::print(stderr, "\r\033[K{}", fitted(line(progress), terminalWidth() - 1));
+    std::fflush(stderr);
+    isDrawn_ = true;
+  } else if (isNewPhase) {
+    printErrorLine(title(progress.phase));
+  }
+}
+
+void ProgressDisplay::clear() {
+  if (isDrawn_) fmt::print(stderr, "\r\033[K");
+  isDrawn_ = false;
+}
+
+std::string ProgressDisplay::line(const ExportProgress& progress) const {
+  std::string text = title(progress.phase);
+  if (progress.phase != Phase::copyingMedia && progress.phase != Phase::writingTranscripts) return text;
+  text += fmt::format(" {} {} of {}", bar(progress.fraction()), progress.completed, progress.total);
+  const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - phaseStart_;
+  if (const auto seconds = ExportTiming::remaining(elapsed.count(), progress.completed, progress.total)) {
+    text += " · " + ExportTiming::formatRemaining(*seconds);
+  }
+  if (!progress.currentFileName.empty()) text += " · " + HumanText::safe(progress.currentFileName);
+  return text;
+}

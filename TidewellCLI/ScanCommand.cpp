@@ -1,0 +1,78 @@
+#include <CLI/CLI.hpp>
+
+#include "TidewellCLI/Commands.h"
+#include "TidewellCLI/HumanText.h"
+#include "TidewellCLI/Interruption.h"
+#include "TidewellCLI/JsonRecords.h"
+#include "TidewellCLI/Output.h"
+#include "TidewellCLI/PasswordSource.h"
+#include "TidewellCore/Export/Exporter.h"
+#include "TidewellCore/Platform/PathText.h"
+
+namespace {
+
+using HumanText::Alignment;
+
+struct Options {
+  std::string backup;
+  PasswordSource password;
+  bool json = false;
+};
+
+void printTable(const std::vector<HumanText::Column>& columns, const std::vector<HumanText::Row>& rows) {
+  for (const std::string& line : HumanText::table(columns, rows)) printLine(line);
+}
+
+void printKinds(const ScanResult& result) {
+  std::vector<HumanText::Row> rows;
+  for (const MediaKind kind : MediaKind::allCases) {
+    rows.push_back({std::string(kind.displayName()), std::to_string(result.count({kind})),
+                    HumanText::size(result.bytes({kind}))});
+  }
+  rows.push_back({"Total", std::to_string(result.mediaFileCount), HumanText::size(result.totalBytes)});
+  printTable({{"Kind"}, {"Files", Alignment::right}, {"Size", Alignment::right}}, rows);
+}
+
+void printChats(const ScanResult& result) {
+  std::vector<HumanText::Row> rows;
+  for (const ScanChat& chat : result.chats) {
+    rows.push_back({HumanText::safe(chat.name), std::to_string(chat.messageCount), std::to_string(chat.mediaFileCount),
+                    HumanText::size(chat.mediaBytes)});
+  }
+  printTable({{"Chat"}, {"Messages", Alignment::right}, {"Files", Alignment::right}, {"Size", Alignment::right}}, rows);
+}
+
+void print(const ScanResult& result) {
+  if (!result.hasChatStorage) printLine("This backup holds no WhatsApp chat database.");
+  printKinds(result);
+  printLine("");
+  if (!result.chats.empty()) printChats(result);
+  printLine(std::to_string(result.chatCount) + " chats · " + std::to_string(result.skippedThumbnailCount) +
+            " thumbnails left out");
+}
+
+void printDiagnostics(const BackupUnlockReport& report) {
+  for (const std::string& line : report.diagnosticLines()) printErrorLine(line);
+}
+
+int run(const Options& options) {
+  const Exporter exporter;
+  const std::filesystem::path backup = PathText::path(options.backup);
+  const SecretBytes password = options.password.read(exporter.inspect(backup).isEncrypted);
+  const ScanResult result = exporter.scan(backup, passwordText(password), printDiagnostics, Interruption::check());
+  options.json ? printJson(JsonRecords::json(result)) : print(result);
+  return ExitCode::done;
+}
+
+}  // namespace
+
+void addScanCommand(CLI::App& app, int& exitCode) {
+  const auto options = std::make_shared<Options>();
+  CLI::App* command = app.add_subcommand("scan", "Show the chats and media of a backup");
+  command->add_option("BACKUP", options->backup, "The backup's device folder")->required();
+  options->password.addOptions(*command);
+  command->add_flag("--json", options->json, "Print one JSON object");
+  command->callback([options, &exitCode] {
+    exitCode = runReporting(options->json ? Format::json : Format::human, [&] { return run(*options); });
+  });
+}

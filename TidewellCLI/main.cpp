@@ -1,0 +1,24 @@
+#include <CLI/CLI.hpp>
+
+#include "TidewellCLI/Commands.h"
+#include "TidewellCLI/Interruption.h"
+#include "TidewellCLI/Output.h"
+
+int main(int argumentCount, char** arguments) {
+  Interruption::install();
+  int exitCode = ExitCode::done;
+  CLI::App app("Gets WhatsApp chats and media out of a local iPhone backup. The backup is never changed.", "tidewell");
+  app.set_version_flag("--version", "tidewell " TIDEWELL_VERSION);
+  app.require_subcommand(1);
+  addListCommand(app, exitCode);
+  addScanCommand(app, exitCode);
+  addExportCommand(app, exitCode);
+  try {
+    app.parse(argumentCount, arguments);
+  } catch (const CLI::ParseError& error) {
+    // Help and the version are told by such an error, too.
+    return app.exit(error) == 0 ? ExitCode::done : ExitCode::usage;
+  }
+  const bool isWritten = std::fflush(stdout) == 0;
+  return exitCode == ExitCode::done && !isWritten ? ExitCode::failed : exitCode;
+}

@@ -1,0 +1,124 @@
+#include "TidewellCore/Backup/ManifestStore.h"
+
+#include <algorithm>
+#include <array>
+#include <set>
+#include <string_view>
+
+#include "TidewellCore/Crypto/MBFileArchive.h"
+#include "TidewellCore/MediaKind.h"
+#include "TidewellCore/Platform/Files.h"
+#include "TidewellCore/Platform/PathText.h"
+#include "TidewellCore/Platform/SQLiteDB.h"
+#include "TidewellCore/TidewellError.h"
+
+namespace {
+
+// The consumer app and the business app.
+constexpr std::array<const char*, 2> domainPatterns{"%whatsapp.WhatsApp.shared", "%whatsapp.WhatsAppSMB.shared"};
+constexpr std::array<const char*, 4> requiredColumns{"FILEID", "DOMAIN", "RELATIVEPATH", "FLAGS"};
+
+constexpr const char* interestingPaths = R"()
+  AND (
+        relativePath = 'ChatStorage.sqlite'
+     OR relativePath = 'ChatStorage.sqlite-wal'
+     OR relativePath = 'ChatStorage.sqlite-shm'
+     OR relativePath = 'ContactsV2.sqlite'
+     OR relativePath = 'ContactsV2.sqlite-wal'
+     OR relativePath = 'ContactsV2.sqlite-shm'
+     OR relativePath LIKE 'Message/Media/%'
+     OR relativePath LIKE 'Media/Profile/%'
+  ))";
+
+std::string selection(bool hasRecords) {
+  std::string sql = "SELECT fileID, domain, relativePath, flags";
+  if (hasRecords) sql += ", file";
+  sql += "\nFROM Files\nWHERE flags = 1\n  AND (";
+  for (std::size_t i = 0; i < domainPatterns.size(); ++i) sql += i == 0 ? "domain LIKE ?" : " OR domain LIKE ?";
+  return sql + interestingPaths;
+}
+
+// Returns whether the index keeps a record of each file.
+bool checkSchema(const SQLiteDB& database) {
+  if (!database.tableExists("Files")) throw TidewellError::invalidDatabase("Manifest.db has no Files table.");
+  const std::set<std::string> columns = database.columns("Files");
+  for (const char* column : requiredColumns) {
+    if (columns.contains(column)) continue;
+    throw TidewellError::invalidDatabase("Manifest.db is missing column " + std::string(column) + ".");
+  }
+  return columns.contains("FILE");
+}
+
+ManifestFile readFile(const SQLiteRow& row) {
+  ManifestFile file{.fileID = row.textValue("fileID").value_or(""),
+                    .domain = row.textValue("domain").value_or(""),
+                    .relativePath = row.textValue("relativePath").value_or(""),
+                    .flags = row.intValue("flags").value_or(0)};
+  const SQLiteValue* record = row.value("file");
+  if (const auto* blob = record == nullptr ? nullptr : std::get_if<Bytes>(record)) {
+    MBFileArchive::Metadata metadata = MBFileArchive::metadata(*blob);
+    file.encryptionKey = std::move(metadata.encryptionKey);
+    file.plaintextSize = metadata.size;
+  }
+  return file;
+}
+
+std::vector<ManifestFile> readFiles(const SQLiteDB& database) {
+  std::vector<ManifestFile> files;
+  database.query(selection(checkSchema(database)), {domainPatterns.begin(), domainPatterns.end()},
+                 [&](const SQLiteRow& row) { files.push_back(readFile(row)); });
+  return files;
+}
+
+void sortIntoLists(ManifestStore& store) {
+  for (const ManifestFile& file : store.files) {
+    if (file.relativePath.starts_with("Media/Profile/")) {
+      store.profilePictures.push_back(file);
+    } else if (file.relativePath.starts_with("Message/Media/")) {
+      const bool isThumbnail = MediaKind::isSkippedThumbnail(PathText::lastComponent(file.relativePath));
+      (isThumbnail ? store.skippedThumbnails : store.media).push_back(file);
+    }
+  }
+}
+
+// The first file of that path, of one app's container when `domain` is given.
+std::optional<ManifestFile> firstFile(const ManifestStore& store, const std::string& path,
+                                      const std::optional<std::string>& domain = std::nullopt) {
+  const auto found = std::ranges::find_if(store.files, [&](const ManifestFile& file) {
+    return file.relativePath == path && (!domain || file.domain == *domain);
+  });
+  return found == store.files.end() ? std::nullopt : std::optional(*found);
+}
+
+// A journal fits only the database beside which it was written, so it is
+// taken from the same container.
+std::optional<ManifestFile> companion(const ManifestStore& store, const std::optional<ManifestFile>& database,
+                                      const char* ending) {
+  if (!database) return std::nullopt;
+  return firstFile(store, database->relativePath + ending, database->domain);
+}
+
+void pickDatabases(ManifestStore& store) {
+  store.chatStorage = firstFile(store, "ChatStorage.sqlite");
+  if (store.chatStorage) store.contacts = firstFile(store, "ContactsV2.sqlite", store.chatStorage->domain);
+  if (!store.contacts) store.contacts = firstFile(store, "ContactsV2.sqlite");
+  store.chatStorageWAL = companion(store, store.chatStorage, "-wal");
+  store.chatStorageSHM = companion(store, store.chatStorage, "-shm");
+  store.contactsWAL = companion(store, store.contacts, "-wal");
+  store.contactsSHM = companion(store, store.contacts, "-shm");
+}
+
+}  // namespace
+
+ManifestStore ManifestStore::load(const std::filesystem::path& backup,
+                                  const std::optional<std::filesystem::path>& manifestDatabase, bool isWritableCopy) {
+  const std::filesystem::path index = manifestDatabase.value_or(backup / "Manifest.db");
+  if (!Files::isRegularFile(index)) throw TidewellError::missingManifestDB();
+  const SQLiteDB database(PathText::text(index),
+                          isWritableCopy ? SQLiteDB::OpenMode::writableCopy : SQLiteDB::OpenMode::readOnly,
+                          isWritableCopy ? "open decrypted Manifest.db" : "open Manifest.db");
+  ManifestStore store{.files = readFiles(database)};
+  pickDatabases(store);
+  sortIntoLists(store);
+  return store;
+}

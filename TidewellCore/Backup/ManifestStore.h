@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "TidewellCore/Platform/Bytes.h"
+
+// One file of the backup, as its file index lists it.
+struct ManifestFile {
+  std::string fileID;        // the stored file's name: SHA-1 of domain, "-" and path in hexadecimal
+  std::string domain;        // the app's container, "AppDomainGroup-…"
+  std::string relativePath;  // inside the container
+  std::int64_t flags = 0;    // 1 for a regular file
+  std::optional<Bytes> encryptionKey;         // wrapped; meaningless in a plain backup
+  std::optional<std::int64_t> plaintextSize;  // as the phone recorded it, in bytes; can be wrong
+
+  bool operator==(const ManifestFile&) const = default;
+};
+
+// WhatsApp's part of a backup's file index (docs/formats/file-index.md).
+struct ManifestStore {
+  std::vector<ManifestFile> files;  // all of the below, in the index's order
+  std::optional<ManifestFile> chatStorage;
+  std::optional<ManifestFile> chatStorageWAL;
+  std::optional<ManifestFile> chatStorageSHM;
+  std::optional<ManifestFile> contacts;
+  std::optional<ManifestFile> contactsWAL;
+  std::optional<ManifestFile> contactsSHM;
+  std::vector<ManifestFile> media;
+  std::vector<ManifestFile> skippedThumbnails;
+  std::vector<ManifestFile> profilePictures;
+
+  // `manifestDatabase` stands in for the backup's own Manifest.db;
+  // `isWritableCopy` says that it is a working copy of ours. Throws
+  // TidewellError::missingManifestDB, ::invalidDatabase and ::databaseOpenFailed.
+  static ManifestStore load(const std::filesystem::path& backup,
+                            const std::optional<std::filesystem::path>& manifestDatabase = std::nullopt,
+                            bool isWritableCopy = false);
+
+  bool operator==(const ManifestStore&) const = default;
+};

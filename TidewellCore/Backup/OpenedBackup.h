@@ -1,0 +1,78 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string_view>
+
+#include "TidewellCore/Backup/BackupInfo.h"
+#include "TidewellCore/Backup/ManifestStore.h"
+#include "TidewellCore/Crypto/BackupUnlocker.h"
+#include "TidewellCore/ExportProgress.h"
+#include "TidewellCore/Platform/TemporaryFolder.h"
+
+// A stored file and what is needed to read it.
+struct StoredFile {
+  std::filesystem::path location;
+  std::optional<Bytes> encryptionKey;  // wrapped; absent for a file that is stored plain
+  std::optional<std::int64_t> size;    // of the plaintext; absent when only its padding tells
+};
+
+// A backup that can be read, with the keys of an encrypted one and the working
+// folder it needs; the folder goes with its owner. Never writes into the backup.
+class OpenedBackup {
+ public:
+  // Throws what BackupInspector, BackupUnlocker and SQLiteDB throw, and
+  // TidewellError::needsBackupPassword for a password that is absent or empty.
+  // `unlockReport` is called once for an encrypted backup, on failure too.
+  static OpenedBackup open(const std::filesystem::path& backup, std::optional<std::string_view> password,
+                           const RunControl& control = {}, const UnlockObserver& unlockReport = {});
+
+  const std::filesystem::path& url() const { return info_.url; }
+  const BackupInfo& info() const { return info_; }
+  const std::optional<BackupUnlocker>& unlocker() const { return unlocker_; }
+  const std::optional<BackupUnlockReport>& unlockReport() const { return unlockReport_; }
+  // The backup's own Manifest.db, or the working copy of it.
+  std::filesystem::path manifestDatabaseURL() const;
+  bool usesTemporaryManifest() const { return workingFolder_.has_value(); }
+
+  // Where a file is stored: "3d/3d0d7e5f…" in the backup. Absent for an
+  // identifier that is not fit to be a path.
+  std::optional<std::filesystem::path> location(const ManifestFile& file) const;
+
+  // The recorded size of the plaintext, else the stored file's, else 0.
+  std::int64_t sourceSize(const ManifestFile& file) const;
+  // The size of the plaintext as the stored file bears it out, whatever was
+  // recorded; absent when the stored file is missing or was cut short.
+  std::optional<std::int64_t> provenSize(const ManifestFile& file) const;
+
+  // Writes the plaintext of a file. Throws TidewellError::chatStorageUnreadable
+  // when it is not stored, and what decrypting or copying reports.
+  void materialize(const ManifestFile& file, const std::filesystem::path& destination) const;
+  // The same for a file whose place is known; returns the bytes written. What
+  // was written before a failure is left for the caller to remove.
+  std::int64_t writePlaintext(const StoredFile& file, const std::filesystem::path& destination,
+                              const CancellationCheck& isCancelled = {}) const;
+
+ private:
+  explicit OpenedBackup(BackupInfo info) : info_(std::move(info)) {}
+
+  void unlock(std::string_view password, const RunControl& control, BackupUnlockReport& report);
+  void copyManifest();
+  bool isEncrypted(const ManifestFile& file) const { return file.encryptionKey && unlocker_; }
+
+  BackupInfo info_;
+  std::optional<BackupUnlocker> unlocker_;
+  std::optional<TemporaryFolder> workingFolder_;
+  std::optional<BackupUnlockReport> unlockReport_;
+};
+
+namespace TemporaryBackupDatabase {
+
+// Makes a working copy of one database file, or of a companion. A recorded size
+// that would cut it short is not believed. Without an opened backup the stored
+// file is copied as it is.
+void copyDatabaseFile(const std::filesystem::path& backup, const ManifestFile& file,
+                      const std::filesystem::path& destination, const OpenedBackup* opened);
+
+}  // namespace TemporaryBackupDatabase

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "TidewellCore/Platform/DateText.h"
+
+// What WhatsApp stores, a record for each row. `pk` is the row's primary key (Z_PK).
+
+struct ChatRecord {
+  std::int64_t pk = 0;
+  std::string jid;   // empty when it is not stored
+  std::string name;  // empty when it is not stored
+
+  bool operator==(const ChatRecord&) const = default;
+};
+
+struct MessageRecord {
+  std::int64_t pk = 0;
+  std::optional<std::int64_t> chatPK;
+  std::optional<Date> date;
+  std::optional<std::string> text;
+  bool isFromMe = false;
+  std::optional<std::string> fromJID;
+  std::optional<std::string> pushName;  // as it is stored, plausible or not
+  std::optional<std::int64_t> groupMemberPK;
+  std::optional<std::string> mediaLocalPath;  // in the backup, beginning with "Message/"
+
+  bool operator==(const MessageRecord&) const = default;
+};
+
+struct GroupMemberRecord {
+  std::int64_t pk = 0;
+  std::optional<std::string> jid;
+  std::optional<std::string> contactName;
+  std::optional<std::string> firstName;
+
+  bool operator==(const GroupMemberRecord&) const = default;
+};

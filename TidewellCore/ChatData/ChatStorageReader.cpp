@@ -1,0 +1,185 @@
+#include "TidewellCore/ChatData/ChatStorageReader.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <limits>
+
+#include "TidewellCore/ChatData/NameResolver.h"
+#include "TidewellCore/ChatData/TableReader.h"
+#include "TidewellCore/Platform/PathText.h"
+#include "TidewellCore/TidewellError.h"
+
+namespace {
+
+SQLiteDB open(const std::filesystem::path& copiedDatabase) {
+  try {
+    return {PathText::text(copiedDatabase), SQLiteDB::OpenMode::writableCopy};
+  } catch (const TidewellError& error) {
+    throw TidewellError::chatStorageUnreadable(error.errorDescription());
+  }
+}
+
+std::optional<std::string> plausible(std::optional<std::string> name) {
+  if (!name || !NameResolver::isPlausibleDisplayName(*name)) return std::nullopt;
+  return name;
+}
+
+void loadChats(const SQLiteDB& database, ChatStorageSnapshot& snapshot) {
+  TableReader table(database, "ZWACHATSESSION");
+  const std::string pk = table.select({"Z_PK"});
+  const std::string jid = table.select({"ZCONTACTJID", "ZJID", "ZPARTNERJID"});
+  const std::string name = table.select({"ZPARTNERNAME", "ZPARTNER", "ZCONTACTNAME"});
+  if (pk.empty()) return;
+  table.forEachRow([&](const SQLiteRow& row) {
+    const auto key = row.intValue(pk);
+    if (!key) return;
+    snapshot.chats.insert_or_assign(
+        *key,
+        ChatRecord{.pk = *key, .jid = row.textValue(jid).value_or(""), .name = row.textValue(name).value_or("")});
+  });
+  for (const auto& [key, chat] : snapshot.chats) {
+    if (!chat.jid.empty()) snapshot.chatsByJID.insert_or_assign(chat.jid, chat);
+  }
+}
+
+void loadGroupMembers(const SQLiteDB& database, ContactDirectory& directory) {
+  TableReader table(database, "ZWAGROUPMEMBER");
+  const std::string pk = table.select({"Z_PK"});
+  const std::string contactName = table.select({"ZCONTACTNAME", "ZNAME", "ZMEMBERNAME"});
+  const std::string firstName = table.select({"ZFIRSTNAME"});
+  const std::string jid = table.select({"ZMEMBERJID", "ZJID"});
+  if (pk.empty()) return;
+  table.forEachRow([&](const SQLiteRow& row) {
+    const auto key = row.intValue(pk);
+    if (!key) return;
+    directory.groupMembers.insert_or_assign(*key, GroupMemberRecord{.pk = *key,
+                                                                    .jid = row.textValue(jid),
+                                                                    .contactName = plausible(row.textValue(contactName)),
+                                                                    .firstName = plausible(row.textValue(firstName))});
+  });
+}
+
+void loadProfilePushNames(const SQLiteDB& database, ContactDirectory& directory) {
+  TableReader table(database, "ZWAPROFILEPUSHNAME");
+  const std::string jid = table.select({"ZJID", "ZCONTACTJID"});
+  const std::string name = table.select({"ZPUSHNAME", "ZNAME"});
+  if (jid.empty() || name.empty()) return;
+  table.forEachRow([&](const SQLiteRow& row) {
+    const std::string owner = row.textValue(jid).value_or("");
+    const auto pushName = plausible(textOrUTF8(row.value(name)));
+    if (!owner.empty() && pushName) directory.addPushName(owner, *pushName);
+  });
+}
+
+void loadLIDPairs(const SQLiteDB& database, ContactDirectory& directory) {
+  TableReader table(database, "ZWAPHONENUMBERLIDPAIR");
+  const std::string lid = table.select({"ZLID"});
+  const std::string phone = table.select({"ZPHONENUMBER"});
+  if (lid.empty() || phone.empty()) return;
+  table.forEachRow([&](const SQLiteRow& row) {
+    const auto identity = NameResolver::trimmedNonEmpty(row.textValue(lid));
+    const auto number = NameResolver::trimmedNonEmpty(row.textValue(phone));
+    if (identity && number) directory.link(NameResolver::lidJID(*identity), NameResolver::whatsAppJID(*number));
+  });
+}
+
+std::optional<double> realNumber(const SQLiteValue* value) {
+  if (value == nullptr) return std::nullopt;
+  if (const auto* integer = std::get_if<std::int64_t>(value)) return static_cast<double>(*integer);
+  if (const auto* real = std::get_if<double>(value)) return *real;
+  const auto* text = std::get_if<std::string>(value);
+  if (text == nullptr) return std::nullopt;
+  double number = 0;
+  const auto [end, error] = std::from_chars(text->data(), text->data() + text->size(), number);
+  return error == std::errc() && end == text->data() + text->size() ? std::optional(number) : std::nullopt;
+}
+
+std::optional<Date> date(const SQLiteValue* value) {
+  const auto seconds = realNumber(value);
+  if (!seconds || !std::isfinite(*seconds)) return std::nullopt;
+  return dateFromAppleTime(*seconds);
+}
+
+// A name stored as text is kept as it is; one stored as bytes only when it reads like a name.
+std::optional<std::string> messagePushName(const SQLiteValue* value) {
+  const bool isBlob = value != nullptr && std::holds_alternative<Bytes>(*value);
+  return isBlob ? plausible(textOrUTF8(value)) : textOrUTF8(value);
+}
+
+void loadMessages(const SQLiteDB& database, ChatStorageSnapshot& snapshot) {
+  TableReader table(database, "ZWAMESSAGE");
+  const std::string pk = table.select({"Z_PK"});
+  const std::string chat = table.select({"ZCHATSESSION"});
+  const std::string sent = table.select({"ZMESSAGEDATE", "ZDATE"});
+  const std::string text = table.select({"ZTEXT", "ZMESSAGETEXT"});
+  const std::string isFromMe = table.select({"ZISFROMME", "ZFROMMe"});
+  const std::string fromJID = table.select({"ZFROMJID", "ZSENDERJID"});
+  const std::string pushName = table.select({"ZPUSHNAME"});
+  const std::string groupMember = table.select({"ZGROUPMEMBER"});
+  if (pk.empty() || chat.empty()) return;
+  table.forEachRow([&](const SQLiteRow& row) {
+    const auto key = row.intValue(pk);
+    const auto chatPK = row.intValue(chat);
+    if (!key || !chatPK) return;
+    snapshot.messagesByChat[*chatPK].push_back({.pk = *key,
+                                                .chatPK = chatPK,
+                                                .date = date(row.value(sent)),
+                                                .text = row.textValue(text),
+                                                .isFromMe = row.intValue(isFromMe).value_or(0) != 0,
+                                                .fromJID = row.textValue(fromJID),
+                                                .pushName = messagePushName(row.value(pushName)),
+                                                .groupMemberPK = row.intValue(groupMember)});
+  });
+  const auto sortDate = [](const MessageRecord& message) {
+    return message.date ? unixTime(*message.date) : -std::numeric_limits<double>::infinity();
+  };
+  for (auto& [chatPK, messages] : snapshot.messagesByChat) {
+    std::ranges::stable_sort(messages, {}, sortDate);
+    messages.shrink_to_fit();
+  }
+}
+
+std::unordered_map<std::int64_t, ChatStorageSnapshot::MessagePosition> positionsByPK(
+    const ChatStorageSnapshot& snapshot) {
+  std::unordered_map<std::int64_t, ChatStorageSnapshot::MessagePosition> positions;
+  for (const auto& [chatPK, messages] : snapshot.messagesByChat) {
+    for (std::size_t index = 0; index < messages.size(); ++index) positions[messages[index].pk] = {chatPK, index};
+  }
+  return positions;
+}
+
+void attachMediaPaths(const SQLiteDB& database, ChatStorageSnapshot& snapshot) {
+  TableReader table(database, "ZWAMEDIAITEM");
+  const std::string message = table.select({"ZMESSAGE"});
+  const std::string path = table.select({"ZMEDIALOCALPATH", "ZLOCALPATH"});
+  if (message.empty() || path.empty()) return;
+  const auto positions = positionsByPK(snapshot);
+  const auto attach = [&](const SQLiteRow& row) {
+    const auto key = row.intValue(message);
+    std::string relativePath = row.textValue(path).value_or("");
+    const auto position = key ? positions.find(*key) : positions.end();
+    if (position == positions.end() || relativePath.empty()) return;
+    if (!relativePath.starts_with("Message/")) relativePath.insert(0, "Message/");
+    const auto& [chatPK, index] = position->second;
+    snapshot.messagesByChat[chatPK][index].mediaLocalPath = relativePath;
+    snapshot.mediaByRelativePath.insert_or_assign(std::move(relativePath), position->second);
+  };
+  table.forEachRow(attach, path + " LIKE 'Media/%'");
+}
+
+}  // namespace
+
+ChatStorageSnapshot ChatStorageReader::load(const std::filesystem::path& copiedDatabase) {
+  const SQLiteDB database = open(copiedDatabase);
+  ChatStorageSnapshot snapshot;
+  loadChats(database, snapshot);
+  ContactDirectory directory;
+  loadGroupMembers(database, directory);
+  loadProfilePushNames(database, directory);
+  loadLIDPairs(database, directory);
+  snapshot.setDirectory(std::move(directory));
+  loadMessages(database, snapshot);
+  attachMediaPaths(database, snapshot);
+  return snapshot;
+}

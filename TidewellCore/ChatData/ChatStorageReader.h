@@ -1,0 +1,14 @@
+#pragma once
+
+#include <filesystem>
+
+#include "TidewellCore/ChatData/ChatStorageSnapshot.h"
+
+namespace ChatStorageReader {
+
+// Reads a working copy of ChatStorage.sqlite (docs/formats/chat-schema.md).
+// A missing table leaves its part empty. Throws
+// TidewellError::chatStorageUnreadable and TidewellError::invalidDatabase.
+ChatStorageSnapshot load(const std::filesystem::path& copiedDatabase);
+
+}  // namespace ChatStorageReader

@@ -1,0 +1,66 @@
+#include "TidewellCore/ChatData/ContactsReader.h"
+
+#include "TidewellCore/ChatData/NameResolver.h"
+#include "TidewellCore/ChatData/TableReader.h"
+#include "TidewellCore/Platform/PathText.h"
+
+namespace {
+
+using ContactTable = std::map<std::string, AddressBookContact, std::less<>>;
+
+// Text, numbers as text, and bytes that are text; nothing for what shows nothing.
+std::optional<std::string> field(const SQLiteRow& row, const std::string& column) {
+  const SQLiteValue* value = row.value(column);
+  if (value != nullptr && std::holds_alternative<Bytes>(*value)) return NameResolver::trimmedNonEmpty(textOrUTF8(value));
+  return NameResolver::trimmedNonEmpty(row.textValue(column));
+}
+
+// Of two contacts with one key the first stays, unless it has no name.
+void file(ContactTable& table, const std::string& jid, const AddressBookContact& contact) {
+  for (const std::string& key : NameResolver::lookupKeys(jid)) {
+    const auto [entry, isNew] = table.try_emplace(key, contact);
+    if (!isNew && !entry->second.bestName()) entry->second = contact;
+  }
+}
+
+// A contact without a WhatsApp identifier is known by its number, if that begins with the country code.
+std::optional<std::string> phoneJID(const AddressBookContact& contact) {
+  if (contact.whatsAppID || !contact.phoneNumber || !contact.phoneNumber->starts_with('+')) return contact.whatsAppID;
+  return NameResolver::whatsAppJID(*contact.phoneNumber);
+}
+
+}  // namespace
+
+std::vector<AddressBookContact> ContactsReader::load(const std::filesystem::path& copiedDatabase) {
+  const SQLiteDB database(PathText::text(copiedDatabase), SQLiteDB::OpenMode::writableCopy);
+  TableReader table(database, "ZWAADDRESSBOOKCONTACT");
+  const std::string fullName = table.select({"ZFULLNAME", "ZDISPLAYNAME"});
+  const std::string givenName = table.select({"ZGIVENNAME", "ZFIRSTNAME"});
+  const std::string businessName = table.select({"ZBUSINESSNAME"});
+  const std::string whatsAppID = table.select({"ZWHATSAPPID", "ZCONTACTJID", "ZJID"});
+  const std::string lid = table.select({"ZLID"});
+  const std::string phoneNumber = table.select({"ZPHONENUMBER"});
+  const std::string localizedNumber = table.select({"ZLOCALIZEDPHONENUMBER"});
+  std::vector<AddressBookContact> contacts;
+  table.forEachRow([&](const SQLiteRow& row) {
+    AddressBookContact contact{.fullName = field(row, fullName),
+                               .givenName = field(row, givenName),
+                               .businessName = field(row, businessName),
+                               .phoneNumber = field(row, phoneNumber)};
+    if (const auto identifier = field(row, whatsAppID)) contact.whatsAppID = NameResolver::whatsAppJID(*identifier);
+    if (const auto identifier = field(row, lid)) contact.lid = NameResolver::lidJID(*identifier);
+    if (!contact.phoneNumber) contact.phoneNumber = field(row, localizedNumber);
+    contacts.push_back(std::move(contact));
+  });
+  return contacts;
+}
+
+ContactDirectory ContactsReader::directory(const std::vector<AddressBookContact>& contacts, ContactDirectory base) {
+  for (const AddressBookContact& contact : contacts) {
+    const auto phone = phoneJID(contact);
+    if (phone) file(base.contactsByWhatsAppID, *phone, contact);
+    if (contact.lid) file(base.contactsByLID, *contact.lid, contact);
+    if (phone && contact.lid) base.link(*contact.lid, *phone);
+  }
+  return base;
+}

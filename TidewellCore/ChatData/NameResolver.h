@@ -1,0 +1,46 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+struct ContactDirectory;
+struct GroupMemberRecord;
+
+// Which name stands for a chat and for the sender of a message.
+namespace NameResolver {
+
+// The spellings under which a JID is filed and looked up, the most telling first:
+// trimmed, lower-cased, its user part, that lower-cased, its digits.
+std::vector<std::string> lookupKeys(std::string_view jid);
+bool isGroup(std::string_view jid);
+// The ASCII digits of a text, in order.
+std::string digitsOnly(std::string_view text);
+// A JID from a number or from a JID.
+std::string whatsAppJID(std::string_view identifier);
+std::string lidJID(std::string_view identifier);
+
+// "+55 11 90000-1111"; takes digits only, country code first.
+std::string formatPhoneDigits(std::string_view digits);
+// Absent for groups, for LIDs and below 8 digits.
+std::optional<std::string> formattedPhone(std::string_view jid);
+
+// Whether a text can be a person's name: something to read, and no machine identifier.
+bool isPlausibleDisplayName(std::string_view name);
+// A long run of letters and digits without order, as hashes and base64 leave it.
+bool looksLikeOpaqueBlob(std::string_view text);
+// A name that shows nothing: blanks and directional marks alone, or nothing at all.
+bool isPlaceholderPartnerName(std::string_view name);
+std::optional<std::string> trimmedNonEmpty(const std::optional<std::string>& text);
+
+// The member's contact name, else first name.
+std::optional<std::string> groupMemberDisplayName(const GroupMemberRecord& member);
+// The name of a chat; its JID when no name is known.
+std::string chatTitle(std::string_view partnerName, std::string_view jid, const ContactDirectory& directory);
+// The name of a sender in a group. `member` may be null.
+std::optional<std::string> resolveIdentity(const std::optional<std::string>& jid,
+                                           const std::optional<std::string>& messagePushName,
+                                           const GroupMemberRecord* member, const ContactDirectory& directory);
+
+}  // namespace NameResolver

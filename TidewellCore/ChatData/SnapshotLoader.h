@@ -1,0 +1,16 @@
+#pragma once
+
+#include "TidewellCore/Backup/ManifestStore.h"
+#include "TidewellCore/Backup/OpenedBackup.h"
+#include "TidewellCore/ChatData/ChatStorageSnapshot.h"
+
+namespace SnapshotLoader {
+
+// Reads the chat and the contacts database of a backup from working copies,
+// which are gone when it returns or throws. Empty where the backup has neither.
+// Throws TidewellError::chatStorageUnreadable, ::invalidDatabase, ::cancelled,
+// and what making the copies reports.
+ChatStorageSnapshot load(const OpenedBackup& opened, const ManifestStore& manifest,
+                         const CancellationCheck& isCancelled = {});
+
+}  // namespace SnapshotLoader

@@ -1,0 +1,44 @@
+#include "TidewellCore/ChatData/TableReader.h"
+
+#include <algorithm>
+
+#include "TidewellCore/Platform/Text.h"
+
+namespace {
+
+// Column names are ASCII.
+std::string upperCased(std::string_view name) {
+  std::string upper(name);
+  std::ranges::transform(upper, upper.begin(),
+                         [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
+  return upper;
+}
+
+}  // namespace
+
+TableReader::TableReader(const SQLiteDB& database, std::string table)
+    : database_(database), table_(std::move(table)), exists_(database.tableExists(table_)) {
+  if (exists_) columns_ = database.columns(table_);
+}
+
+std::string TableReader::select(std::initializer_list<const char*> candidates) {
+  const auto* found = std::ranges::find_if(
+      candidates, [&](const char* candidate) { return columns_.contains(upperCased(candidate)); });
+  if (found == candidates.end()) return {};
+  selected_ += (selected_.empty() ? "" : ", ") + std::string(*found);
+  return *found;
+}
+
+void TableReader::forEachRow(const SQLiteDB::RowHandler& row, const std::string& condition) const {
+  if (selected_.empty()) return;
+  const std::string where = condition.empty() ? "" : " WHERE " + condition;
+  database_.query("SELECT " + selected_ + " FROM " + table_ + where, {}, row);
+}
+
+std::optional<std::string> textOrUTF8(const SQLiteValue* value) {
+  if (value == nullptr) return std::nullopt;
+  if (const auto* text = std::get_if<std::string>(value)) return *text;
+  const auto* blob = std::get_if<Bytes>(value);
+  if (blob == nullptr || !Text::isValid(textOf(*blob))) return std::nullopt;
+  return std::string(textOf(*blob));
+}

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <initializer_list>
+#include <set>
+#include <string>
+
+#include "TidewellCore/Platform/SQLiteDB.h"
+
+// Reads one table whose columns differ between versions of WhatsApp: a reader
+// names the candidates of each field and gets the column that is there.
+class TableReader {
+ public:
+  TableReader(const SQLiteDB& database, std::string table);
+
+  // Whether the table is there.
+  bool exists() const { return exists_; }
+  // Selects the first candidate that is a column and returns its name, under
+  // which rows then hold it; empty when there is none, and rows hold nothing then.
+  std::string select(std::initializer_list<const char*> candidates);
+  // One pass over the selected columns; `condition` is SQL that follows WHERE.
+  void forEachRow(const SQLiteDB::RowHandler& row, const std::string& condition = {}) const;
+
+ private:
+  const SQLiteDB& database_;
+  std::string table_;
+  bool exists_;
+  std::set<std::string> columns_;
+  std::string selected_;
+};
+
+// Text as it is, and bytes that are valid UTF-8; anything else is absent.
+std::optional<std::string> textOrUTF8(const SQLiteValue* value);

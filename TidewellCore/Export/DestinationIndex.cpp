@@ -1,0 +1,105 @@
+#include "TidewellCore/Export/DestinationIndex.h"
+
+#include "TidewellCore/FileNaming.h"
+#include "TidewellCore/Platform/Files.h"
+#include "TidewellCore/Platform/PathText.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int lastVariant = 64;
+
+DestinationIndex::Files filesOf(const fs::path& folder) {
+  DestinationIndex::Files files;
+  std::error_code error;
+  for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
+    const std::string name = PathText::text(entry->path().filename());
+    if (const auto size = Files::regularFileSize(entry->path())) {
+      files.insert_or_assign(FileNaming::normalizedKey(name), DestinationIndex::FileEntry{name, *size});
+    }
+  }
+  return files;
+}
+
+}  // namespace
+
+DestinationIndex DestinationIndex::load(const fs::path& contentRoot) {
+  DestinationIndex index{.destination = contentRoot};
+  for (const std::string& folder : FolderAllocator::existingChatFolders(contentRoot)) {
+    index.folderByKey.emplace(FileNaming::normalizedKey(folder), folder);
+    index.filesByFolder.emplace(folder, filesOf(contentRoot / folder));
+  }
+  return index;
+}
+
+std::optional<std::string> DestinationIndex::diskFolder(std::string_view matching) const {
+  const auto found = folderByKey.find(FileNaming::normalizedKey(matching));
+  return found == folderByKey.end() ? std::nullopt : std::optional(found->second);
+}
+
+const DestinationIndex::Files* DestinationIndex::filesIn(std::string_view folder) const {
+  // The exact spelling first: a file system may hold two folders with one key.
+  auto found = filesByFolder.find(std::string(folder));
+  if (found == filesByFolder.end()) found = filesByFolder.find(diskFolder(folder).value_or(""));
+  return found == filesByFolder.end() ? nullptr : &found->second;
+}
+
+std::set<std::string> DestinationIndex::existingNameKeys(std::string_view folder) const {
+  std::set<std::string> keys;
+  if (const Files* files = filesIn(folder)) {
+    for (const auto& [key, entry] : *files) keys.insert(key);
+  }
+  return keys;
+}
+
+FolderAllocator::FolderContents DestinationIndex::mediaNameSets() const {
+  FolderAllocator::FolderContents sets;
+  for (const auto& [folder, files] : filesByFolder) sets.emplace(folder, existingNameKeys(folder));
+  return sets;
+}
+
+const DestinationIndex::FileEntry* DestinationIndex::file(std::string_view folder, std::string_view name) const {
+  const Files* files = filesIn(folder);
+  if (files == nullptr) return nullptr;
+  const auto found = files->find(FileNaming::normalizedKey(name));
+  return found == files->end() ? nullptr : &found->second;
+}
+
+bool DestinationIndex::contains(std::string_view relativePath) const {
+  const auto slash = relativePath.find('/');
+  if (slash == std::string_view::npos) return false;
+  return file(relativePath.substr(0, slash), relativePath.substr(slash + 1)) != nullptr;
+}
+
+std::optional<fs::path> DestinationIndex::url(std::string_view folder, std::string_view name) const {
+  const FileEntry* entry = file(folder, name);
+  if (entry == nullptr) return std::nullopt;
+  const std::string onDisk = filesByFolder.contains(std::string(folder)) ? std::string(folder) : *diskFolder(folder);
+  return destination / PathText::path(onDisk) / PathText::path(entry->name);
+}
+
+std::optional<std::string> DestinationIndex::existingSameSizeVariant(std::string_view folder, std::string_view desired,
+                                                                     std::int64_t sourceSize,
+                                                                     const std::set<std::string>& claimed) const {
+  const Files* files = filesIn(folder);
+  if (sourceSize < 0 || files == nullptr || files->empty()) return std::nullopt;
+  for (int index = 1; index <= lastVariant; ++index) {
+    const std::string key = FileNaming::normalizedKey(FileNaming::variant(desired, index));
+    const auto found = files->find(key);
+    if (found != files->end() && found->second.size == sourceSize && !claimed.contains(key)) return found->second.name;
+  }
+  return std::nullopt;
+}
+
+void DestinationIndex::addFile(const std::string& folder, const std::string& name, std::int64_t size) {
+  const std::string onDisk = filesByFolder.contains(folder) ? folder : diskFolder(folder).value_or(folder);
+  folderByKey.emplace(FileNaming::normalizedKey(onDisk), onDisk);
+  filesByFolder[onDisk].insert_or_assign(FileNaming::normalizedKey(name), FileEntry{name, size});
+}
+
+void DestinationIndex::removeFile(std::string_view folder, std::string_view name) {
+  auto found = filesByFolder.find(std::string(folder));
+  if (found == filesByFolder.end()) found = filesByFolder.find(diskFolder(folder).value_or(""));
+  if (found != filesByFolder.end()) found->second.erase(FileNaming::normalizedKey(name));
+}

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+
+namespace DiskSpace {
+
+// The bytes that this user can still write to the volume of `path`, which need
+// not exist yet. Throws TidewellError::ioFailure when the volume does not tell.
+std::int64_t availableBytes(const std::filesystem::path& path);
+
+// Whether `needed` bytes fit, `margin` (a factor) being kept free for what comes
+// with them. A product beyond 64 bits is a fault of the program.
+bool hasEnoughSpace(std::int64_t needed, std::int64_t available, double margin);
+
+}  // namespace DiskSpace

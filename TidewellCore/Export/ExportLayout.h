@@ -1,0 +1,26 @@
+#pragma once
+
+#include <filesystem>
+
+// The shape of an export's destination: all content in its folder "messages"
+// (the content root), and the archive's page beside that.
+namespace ExportLayout {
+
+// Makes the content root, with "_viewer" in it by which it is recognised, and
+// returns it. A "messages" that is not an export's is moved aside; the folders
+// of an older export without a content root are moved into it; working files
+// of an interrupted export are removed. `untouched` (the backup), and whatever
+// holds it, stays where it is. Throws what the file system reports.
+std::filesystem::path prepare(const std::filesystem::path& destination, const std::filesystem::path& untouched);
+
+// The content root of a destination that may be an older export, or the content root itself.
+std::filesystem::path resolveContentRoot(const std::filesystem::path& destination);
+bool looksLikeContentRoot(const std::filesystem::path& folder);
+// Where the archive's data files are, or would be.
+std::filesystem::path viewerDataDirectory(const std::filesystem::path& destination);
+
+// Moves a file or folder into `to`, merging folders. Of a file that stands on
+// both sides with other bytes both are kept, the moved one under a free name.
+void mergeMove(const std::filesystem::path& from, const std::filesystem::path& to);
+
+}  // namespace ExportLayout

@@ -1,0 +1,120 @@
+#include "TidewellCore/Export/ExportPlanner.h"
+
+#include <algorithm>
+
+#include "TidewellCore/FileNaming.h"
+#include "TidewellCore/Platform/PathText.h"
+
+namespace {
+
+using ExportPlanner::LeftoverFolders;
+using ExportPlanner::PlannedCopy;
+using ExportPlanner::Request;
+
+// What is already spoken for in one chat folder, by key.
+struct FolderState {
+  std::set<std::string> used;     // names on disk, and names given out
+  std::set<std::string> claimed;  // names on disk that a request was matched with
+};
+
+class Planner {
+ public:
+  Planner(const FolderAssignment& folders, const LeftoverFolders& leftovers, DestinationIndex& index)
+      : folders_(folders), leftovers_(leftovers), index_(index) {}
+
+  PlannedCopy plan(const Request& request) {
+    const std::string& folder = folders_.at(request.chatJID);
+    FolderState& state = stateOf(folder);
+    PlannedCopy copy = copyOf(request);
+    const auto present = index_.existingSameSizeVariant(folder, request.desiredName, request.sourceSize, state.claimed);
+    if (present) {
+      copy.alreadyPresent = true;
+      copy.exportedName = *present;
+      state.claimed.insert(FileNaming::normalizedKey(*present));
+    } else {
+      takeLeftover(request, copy);
+      copy.exportedName = FileNaming::uniquify(request.desiredName, state.used);
+      state.claimed.insert(FileNaming::normalizedKey(copy.exportedName));
+    }
+    copy.dest = index_.destination / PathText::path(folder) / PathText::path(copy.exportedName);
+    return copy;
+  }
+
+ private:
+  FolderState& stateOf(const std::string& folder) {
+    const auto [state, isNew] = states_.try_emplace(folder);
+    if (isNew) state->second.used = index_.existingNameKeys(folder);
+    return state->second;
+  }
+
+  static PlannedCopy copyOf(const Request& request) {
+    return {.source = request.source,
+            .date = request.date,
+            .relativePath = request.relativePath,
+            .chatJID = request.chatJID,
+            .kind = request.kind,
+            .sourceSize = request.sourceSize,
+            .encryptionKey = request.encryptionKey};
+  }
+
+  // Takes the file of a former folder as the source, when one holds it.
+  void takeLeftover(const Request& request, PlannedCopy& copy) {
+    const auto former = leftovers_.find(request.chatJID);
+    if (former == leftovers_.end()) return;
+    for (const std::string& folder : former->second) {
+      const auto name = index_.existingSameSizeVariant(folder, request.desiredName, request.sourceSize, {});
+      if (!name) continue;
+      copy.source = *index_.url(folder, *name);
+      copy.leftoverFolder = folder;
+      index_.removeFile(folder, *name);
+      return;
+    }
+  }
+
+  const FolderAssignment& folders_;
+  const LeftoverFolders& leftovers_;
+  DestinationIndex& index_;
+  std::map<std::string, FolderState> states_;
+};
+
+// Every name that ties a folder to a chat: what was remembered for any of its
+// JIDs, and the folders that were called after them.
+std::vector<std::string> formerNames(const std::string& jid, const ExportPlanner::LeftoverSearch& search) {
+  std::vector<std::string> jids = search.snapshot.aliasJIDs(jid);
+  if (const auto paths = search.pathJIDs.find(jid); paths != search.pathJIDs.end()) {
+    std::ranges::copy(paths->second, std::back_inserter(jids));
+  }
+  std::vector<std::string> names;
+  for (const std::string& alias : jids) {
+    if (const auto folder = search.persisted.find(alias); folder != search.persisted.end()) names.push_back(folder->second);
+    names.push_back(FileNaming::sanitizeFolderName(alias));
+  }
+  return names;
+}
+
+}  // namespace
+
+std::vector<PlannedCopy> ExportPlanner::plan(const std::vector<Request>& requests, const FolderAssignment& folderForJID,
+                                             const LeftoverFolders& leftoversByOwner, DestinationIndex& index) {
+  Planner planner(folderForJID, leftoversByOwner, index);
+  std::vector<PlannedCopy> copies;
+  copies.reserve(requests.size());
+  for (const Request& request : requests) copies.push_back(planner.plan(request));
+  return copies;
+}
+
+LeftoverFolders ExportPlanner::leftoverFoldersByOwner(const LeftoverSearch& search) {
+  std::set<std::string> current;
+  for (const auto& [jid, folder] : search.folderNames) current.insert(FileNaming::normalizedKey(folder));
+  LeftoverFolders leftovers;
+  for (const auto& [jid, folder] : search.folderNames) {
+    std::vector<std::string> found;
+    for (const std::string& name : formerNames(jid, search)) {
+      const auto onDisk = search.index.diskFolder(name);
+      if (!onDisk || current.contains(FileNaming::normalizedKey(name))) continue;
+      if (std::ranges::find(found, *onDisk) == found.end()) found.push_back(*onDisk);
+    }
+    if (!found.empty()) leftovers.emplace(jid, std::move(found));
+  }
+  return leftovers;
+}

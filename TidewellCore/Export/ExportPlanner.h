@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "TidewellCore/ChatData/ChatStorageSnapshot.h"
+#include "TidewellCore/Export/DestinationIndex.h"
+#include "TidewellCore/Export/FolderManifest.h"
+#include "TidewellCore/MediaKind.h"
+#include "TidewellCore/Platform/Bytes.h"
+
+// Decides, before a byte is copied, where every file goes and what is there already.
+namespace ExportPlanner {
+
+// A media file that the export wants.
+struct Request {
+  std::filesystem::path source;  // in the backup; empty when it cannot be stored anywhere
+  std::string relativePath;      // "Message/Media/…"
+  std::string desiredName;
+  std::string chatJID;
+  MediaKind kind = MediaKind::documents;
+  std::int64_t sourceSize = 0;  // bytes of plaintext; negative when the stored file is missing or cut short
+  std::optional<Date> date;
+  std::optional<Bytes> encryptionKey;  // wrapped; absent in a plain backup
+
+  bool operator==(const Request&) const = default;
+};
+
+// What becomes of a request.
+struct PlannedCopy {
+  std::filesystem::path source;
+  std::filesystem::path dest;
+  std::optional<Date> date;
+  std::string relativePath;
+  std::string exportedName;  // the file name of `dest`
+  std::string chatJID;
+  MediaKind kind = MediaKind::documents;
+  std::int64_t sourceSize = 0;
+  bool alreadyPresent = false;  // nothing is to be copied
+  std::optional<Bytes> encryptionKey;
+  // Set when `source` is an earlier export's file, plaintext already: the former
+  // folder it is to be moved from.
+  std::optional<std::string> leftoverFolder;
+
+  bool operator==(const PlannedCopy&) const = default;
+};
+
+// Folders that were a chat's in an earlier export and are not now, by the chat's JID.
+using LeftoverFolders = std::map<std::string, std::vector<std::string>>;
+
+// One copy for each request, in their order. `folderForJID` names a folder for
+// every chat. Files to be moved out of a leftover folder leave the index.
+std::vector<PlannedCopy> plan(const std::vector<Request>& requests, const FolderAssignment& folderForJID,
+                              const LeftoverFolders& leftoversByOwner, DestinationIndex& index);
+
+// The JID folders of each chat's media paths, by the chat's JID.
+using PathJIDs = std::map<std::string, std::set<std::string>>;
+
+struct LeftoverSearch {
+  const FolderAssignment& folderNames;  // this run's, for the chats to search for
+  const PathJIDs& pathJIDs;
+  const FolderAssignment& persisted;
+  const ChatStorageSnapshot& snapshot;
+  const DestinationIndex& index;
+};
+LeftoverFolders leftoverFoldersByOwner(const LeftoverSearch& search);
+
+}  // namespace ExportPlanner

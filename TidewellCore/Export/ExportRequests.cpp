@@ -1,0 +1,31 @@
+#include "TidewellCore/Export/ExportRequests.h"
+
+#include "TidewellCore/FileNaming.h"
+#include "TidewellCore/Platform/PathText.h"
+
+namespace {
+
+constexpr std::int64_t unknownSize = -1;
+
+}  // namespace
+
+std::vector<ExportPlanner::Request> ExportRequests::build(const ManifestStore& manifest,
+                                                          const ChatStorageSnapshot& snapshot,
+                                                          const OpenedBackup& opened, const Wish& wish) {
+  std::vector<ExportPlanner::Request> requests;
+  for (const ManifestFile& file : manifest.media) {
+    const MediaKind kind = MediaKind::classify(PathText::extension(file.relativePath));
+    if (!wish.kinds.contains(kind)) continue;
+    const MessageRecord* message = snapshot.mediaMessage(file.relativePath);
+    const std::optional<Date> date = message == nullptr ? std::nullopt : message->date;
+    requests.push_back({.source = opened.location(file).value_or(std::filesystem::path()),
+                        .relativePath = file.relativePath,
+                        .desiredName = FileNaming::exportFileName(date, file.relativePath, wish.stamps),
+                        .chatJID = snapshot.ownerJID(file.relativePath, FileNaming::chatJID(file.relativePath)),
+                        .kind = kind,
+                        .sourceSize = opened.provenSize(file).value_or(unknownSize),
+                        .date = date,
+                        .encryptionKey = opened.unlocker() ? file.encryptionKey : std::nullopt});
+  }
+  return requests;
+}

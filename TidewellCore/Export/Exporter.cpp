@@ -1,0 +1,135 @@
+#include "TidewellCore/Export/Exporter.h"
+
+#include "TidewellCore/Backup/BackupInspector.h"
+#include "TidewellCore/Backup/ManifestStore.h"
+#include "TidewellCore/Backup/OpenedBackup.h"
+#include "TidewellCore/ChatData/SnapshotLoader.h"
+#include "TidewellCore/Export/DiskSpace.h"
+#include "TidewellCore/Export/ExportLayout.h"
+#include "TidewellCore/Export/ExportPlan.h"
+#include "TidewellCore/Export/ExportRequests.h"
+#include "TidewellCore/Export/FolderManifest.h"
+#include "TidewellCore/Export/MediaCopier.h"
+#include "TidewellCore/Export/ProgressReporter.h"
+#include "TidewellCore/FileNaming.h"
+#include "TidewellCore/Platform/Files.h"
+#include "TidewellCore/Platform/PathText.h"
+#include "TidewellCore/Platform/SaturatingAdd.h"
+#include "TidewellCore/TidewellError.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using Phase = ExportProgress::Phase;
+
+ManifestStore loadManifest(const OpenedBackup& opened) {
+  return ManifestStore::load(opened.url(), opened.manifestDatabaseURL(), opened.usesTemporaryManifest());
+}
+
+// Nothing in a backup is ever changed, so nothing is exported into one.
+void requireOutsideBackup(const fs::path& destination, const fs::path& backup) {
+  const fs::path relative = fs::weakly_canonical(destination).lexically_relative(fs::weakly_canonical(backup));
+  const bool isInside = !relative.empty() && *relative.begin() != "..";
+  if (isInside) throw TidewellError::destinationNotWritable(PathText::text(destination));
+}
+
+void requireWhatsApp(const ManifestStore& manifest) {
+  if (manifest.chatStorage || !manifest.media.empty()) return;
+  throw TidewellError::chatStorageUnreadable("This backup holds no WhatsApp data.");
+}
+
+fs::path prepareDestination(const ExportJob& job) {
+  try {
+    requireOutsideBackup(job.destination, job.backup);
+    return ExportLayout::prepare(job.destination, job.backup);
+  } catch (const fs::filesystem_error&) {
+    throw TidewellError::destinationNotWritable(PathText::text(job.destination));
+  }
+}
+
+void requireSpace(std::int64_t needed, const fs::path& contentRoot) {
+  constexpr double margin = 1.03;
+  const std::int64_t available = DiskSpace::availableBytes(contentRoot);
+  // The first comparison keeps sizes that no volume could hold from the second.
+  if (needed <= available && DiskSpace::hasEnoughSpace(needed, available, margin)) return;
+  throw TidewellError::ioFailure("Not enough free space — choose another folder");
+}
+
+bool isCancellation(const std::exception& error) {
+  const auto* known = dynamic_cast<const TidewellError*>(&error);
+  return known != nullptr && known->is<TidewellError::Cancelled>();
+}
+
+void count(MediaCopier::Outcome outcome, const ExportPlanner::PlannedCopy& copy, ExportSummary& summary) {
+  if (outcome == MediaCopier::Outcome::alreadyPresent) {
+    ++summary.skippedExistingCount;
+  } else {
+    ++summary.copiedCount;
+    summary.totalBytesCopied = saturatingAdd(summary.totalBytesCopied, copy.sourceSize);
+  }
+}
+
+void copyMedia(ExportPlan& plan, const OpenedBackup& opened, const RunControl& control, ProgressReporter& progress,
+               ExportSummary& summary) {
+  MediaCopier copier(opened, plan.index, control.isCancelled);
+  progress.begin(Phase::copyingMedia, static_cast<std::int64_t>(plan.copies.size()));
+  std::int64_t completed = 0;
+  for (const ExportPlanner::PlannedCopy& copy : plan.copies) {
+    throwIfCancelled(control.isCancelled);
+    progress.report(copy.exportedName, completed);
+    try {
+      count(copier.carryOut(copy), copy, summary);
+    } catch (const std::exception& error) {
+      if (isCancellation(error)) throw;
+      ++summary.failedCount;
+    }
+    progress.report(copy.exportedName, ++completed);
+  }
+  copier.removeEmptied(plan.leftovers);
+}
+
+}  // namespace
+
+BackupInfo Exporter::inspect(const fs::path& backup) const { return BackupInspector::inspect(backup); }
+
+ScanResult Exporter::scan(const fs::path& backup, std::optional<std::string_view> password,
+                          const UnlockObserver& unlockReport, const CancellationCheck& isCancelled) const {
+  const OpenedBackup opened = OpenedBackup::open(backup, password, {.isCancelled = isCancelled}, unlockReport);
+  throwIfCancelled(isCancelled);
+  const ManifestStore manifest = loadManifest(opened);
+  const ChatStorageSnapshot snapshot = SnapshotLoader::load(opened, manifest, isCancelled);
+  return ScanSummary::summarize(snapshot, manifest, opened, locale);
+}
+
+ExportSummary Exporter::exportBackup(const ExportJob& job, const RunControl& control) const {
+  ProgressReporter progress(control.progress);
+  progress.begin(Phase::preparing);
+  const OpenedBackup opened = OpenedBackup::open(job.backup, job.password, control);
+  throwIfCancelled(control.isCancelled);
+
+  progress.begin(Phase::readingChats);
+  const ManifestStore manifest = loadManifest(opened);
+  requireWhatsApp(manifest);
+  const ChatStorageSnapshot snapshot = SnapshotLoader::load(opened, manifest, control.isCancelled);
+
+  const fs::path contentRoot = prepareDestination(job);
+  const DateFormatter stamps = FileNaming::stampFormatter(timeZone, locale);
+  const auto requests =
+      ExportRequests::build(manifest, snapshot, opened, {.kinds = job.options.includedKinds, .stamps = stamps});
+  ExportPlan plan = ExportPlan::make(requests, snapshot, job.destination, contentRoot);
+  requireSpace(plan.bytesToCopy(), contentRoot);
+  throwIfCancelled(control.isCancelled);
+
+  // Saved before copying, so that an interrupted export keeps its folder names.
+  FolderManifest::save(contentRoot, plan.remembered);
+  ExportSummary summary{.destination = job.destination,
+                        .chatFolderCount = static_cast<std::int64_t>(plan.folders.size())};
+  copyMedia(plan, opened, control, progress, summary);
+  FolderManifest::save(contentRoot, plan.remembered);
+
+  throwIfCancelled(control.isCancelled);
+  progress.begin(Phase::finished);
+  return summary;
+}
+
+std::int64_t Exporter::freeSpace(const fs::path& folder) const { return DiskSpace::availableBytes(folder); }

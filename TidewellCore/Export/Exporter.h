@@ -1,0 +1,43 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string_view>
+
+#include "TidewellCore/Backup/BackupInfo.h"
+#include "TidewellCore/ChatData/ScanResult.h"
+#include "TidewellCore/Crypto/BackupUnlockReport.h"
+#include "TidewellCore/Export/ExportOptions.h"
+#include "TidewellCore/Export/ExportSummary.h"
+#include "TidewellCore/ExportProgress.h"
+#include "TidewellCore/TranscriptStyle.h"
+
+// What is to be exported, and where to.
+struct ExportJob {
+  std::filesystem::path backup;
+  std::filesystem::path destination;
+  ExportOptions options = ExportOptions::defaultOptions();
+  std::optional<std::string_view> password;  // the caller's; must outlive the run
+};
+
+// The front of the core: looks into backups and exports them. Works on the
+// caller's thread; every operation throws TidewellError, and what the file
+// system or a property list reports.
+struct Exporter {
+  TimeZone timeZone = TimeZone::current();  // of the dates in names and transcripts
+  Locale locale = Locale::current();
+  TranscriptStyle transcriptStyle = TranscriptStyle::matching(Locale::current());
+
+  BackupInfo inspect(const std::filesystem::path& backup) const;
+
+  // `unlockReport` is called once for an encrypted backup, on failure too.
+  ScanResult scan(const std::filesystem::path& backup, std::optional<std::string_view> password,
+                  const UnlockObserver& unlockReport = {}, const CancellationCheck& isCancelled = {}) const;
+
+  // A file that cannot be copied is counted and does not end the run. An
+  // export into the same destination copies only what is new.
+  ExportSummary exportBackup(const ExportJob& job, const RunControl& control = {}) const;
+
+  // In bytes, for a folder that need not exist yet.
+  std::int64_t freeSpace(const std::filesystem::path& folder) const;
+};

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "TidewellCore/ChatData/ChatStorageSnapshot.h"
+#include "TidewellCore/Export/FolderManifest.h"
+
+// Gives every chat a folder of its own, the same at every export.
+namespace FolderAllocator {
+
+// The keys of the file names that each folder on disk holds, by the folder's name.
+using FolderContents = std::map<std::string, std::set<std::string>>;
+// The names that an export gives the files of each chat, by JID.
+using PlannedNames = std::map<std::string, std::vector<std::string>>;
+
+// What `assign` decides from. No two names are compared but by their key.
+struct Choice {
+  std::vector<std::string> jids;
+  FolderAssignment persisted;
+  FolderContents existing;
+  PlannedNames exportFileNames;
+  std::function<std::string(const std::string& jid)> desiredName;
+  std::function<std::vector<std::string>(const std::string& jid)> historicalNames;
+  std::function<bool(const std::string& folder, const std::string& jid)> canAdopt;
+};
+
+// In this order: the folder remembered; the folder that already holds most of
+// the chat's files; a folder with a name that the chat has or had; a new one.
+FolderAssignment assign(const Choice& choice);
+
+// `assign` with the names that a backup's chats have and had. A folder
+// remembered for a chat that this backup lacks stays that chat's.
+FolderAssignment allocate(const PlannedNames& exportFileNames, const FolderContents& existing,
+                          const FolderAssignment& persisted, const ChatStorageSnapshot& snapshot);
+
+// What is to be remembered: the chats of this export, and those that only earlier exports had.
+FolderAssignment withAbsentChats(const FolderAssignment& assigned, const FolderAssignment& persisted,
+                                 const ChatStorageSnapshot& snapshot);
+
+// The folders of a content root that may be chats', in ascending order; empty when it cannot be listed.
+std::vector<std::string> existingChatFolders(const std::filesystem::path& contentRoot);
+bool isReserved(std::string_view folder);
+// Named after a JID, or with nothing to read in its name.
+bool isLegacyFolderName(std::string_view folder);
+// A folder named after a JID belongs to the chat of that JID alone.
+bool isAdoptableFolder(std::string_view folder, std::string_view jid);
+// Names that earlier exports may have given a chat's folder.
+std::vector<std::string> historicalNames(std::string_view jid, const ChatStorageSnapshot& snapshot);
+// `persisted` with an entry for both forms of a chat's JID, phone and LID.
+FolderAssignment expandPersisted(FolderAssignment persisted, const std::vector<std::string>& jids,
+                                 const ChatStorageSnapshot& snapshot);
+
+}  // namespace FolderAllocator

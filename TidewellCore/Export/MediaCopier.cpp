@@ -1,0 +1,98 @@
+#include "TidewellCore/Export/MediaCopier.h"
+
+#include <algorithm>
+#include <array>
+
+#include "TidewellCore/Export/FolderNames.h"
+#include "TidewellCore/Platform/Files.h"
+#include "TidewellCore/Platform/PathText.h"
+#include "TidewellCore/TidewellError.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using ExportPlanner::PlannedCopy;
+
+[[noreturn]] void failAsOccupied(const fs::path& path) {
+  throw fs::filesystem_error("Something else stands in the file's place", path,
+                             std::make_error_code(std::errc::file_exists));
+}
+
+void setDate(const fs::path& file, const PlannedCopy& copy) {
+  if (copy.date) Files::setModificationDate(file, *copy.date);
+}
+
+bool isWithoutOwnContent(const Files::Entry& entry) {
+  constexpr std::array<std::string_view, 3> names{FolderNames::textTranscript, FolderNames::htmlTranscript, ".DS_Store"};
+  return !entry.isFolder && std::ranges::find(names, entry.name) != names.end();
+}
+
+void removeIfEmptied(const fs::path& folder) {
+  const std::vector<Files::Entry> entries = Files::list(folder);
+  if (!std::ranges::all_of(entries, isWithoutOwnContent)) return;
+  for (const Files::Entry& entry : entries) fs::remove(folder / entry.name);
+  fs::remove(folder);
+}
+
+}  // namespace
+
+MediaCopier::MediaCopier(const OpenedBackup& opened, DestinationIndex& index, CancellationCheck isCancelled)
+    : opened_(opened), index_(index), isCancelled_(std::move(isCancelled)) {}
+
+MediaCopier::Outcome MediaCopier::carryOut(const PlannedCopy& copy) {
+  if (copy.alreadyPresent) return Outcome::alreadyPresent;
+  fs::create_directories(copy.dest.parent_path());
+  const std::string folder = PathText::text(copy.dest.parent_path().filename());
+  if (isPresent(copy)) {
+    index_.addFile(folder, copy.exportedName, copy.sourceSize);
+    return Outcome::alreadyPresent;
+  }
+  copy.leftoverFolder ? move(copy) : write(copy);
+  index_.addFile(folder, copy.exportedName, copy.sourceSize);
+  return Outcome::copied;
+}
+
+// The plan gives no name that is taken, so what stands there has come since. A
+// file of that size is the one wanted; any other makes room for it.
+bool MediaCopier::isPresent(const PlannedCopy& copy) const {
+  const auto size = Files::regularFileSize(copy.dest);
+  if (!size) return false;
+  if (copy.sourceSize >= 0 && *size == copy.sourceSize) return true;
+  fs::remove(copy.dest);
+  return false;
+}
+
+void MediaCopier::move(const PlannedCopy& copy) {
+  if (!Files::moveToFree(copy.source, copy.dest)) failAsOccupied(copy.dest);
+  index_.removeFile(*copy.leftoverFolder, PathText::text(copy.source.filename()));
+  setDate(copy.dest, copy);
+}
+
+void MediaCopier::write(const PlannedCopy& copy) const {
+  if (copy.sourceSize < 0) throw TidewellError::ioFailure("The stored file is missing or cut short.");
+  const fs::path partial = copy.dest.parent_path() / Files::partialName();
+  try {
+    const StoredFile stored{.location = copy.source, .encryptionKey = copy.encryptionKey, .size = copy.sourceSize};
+    if (opened_.writePlaintext(stored, partial, isCancelled_) != copy.sourceSize) {
+      throw TidewellError::ioFailure("The stored file is missing or cut short.");
+    }
+    setDate(partial, copy);
+    if (!Files::renameToFree(partial, copy.dest)) failAsOccupied(copy.dest);
+  } catch (...) {
+    std::error_code ignored;
+    fs::remove(partial, ignored);
+    throw;
+  }
+}
+
+void MediaCopier::removeEmptied(const ExportPlanner::LeftoverFolders& leftovers) const {
+  for (const auto& [jid, folders] : leftovers) {
+    for (const std::string& folder : folders) {
+      try {
+        removeIfEmptied(index_.destination / PathText::path(folder));
+      } catch (const fs::filesystem_error&) {
+        // What cannot be removed stays, and harms nothing.
+      }
+    }
+  }
+}
