@@ -156,6 +156,13 @@ TEST(FileNaming, StampsAnAbsentDateAsUndated) {
   EXPECT_EQ(FileNaming::exportFileName(std::nullopt, "a.jpg", utc, english), "undated_a.jpg");
 }
 
+TEST(FileNaming, StampsTheDistantPastAndFutureWithoutAShift) {
+  EXPECT_EQ(FileNaming::stamp(FileNaming::dateFromAppleTimestamp(-63114076800), utc, english),
+            "0001-01-01_000000");
+  EXPECT_EQ(FileNaming::stamp(FileNaming::dateFromAppleTimestamp(63113904000), utc, english),
+            "4001-01-01_000000");
+}
+
 TEST(FileNaming, PutsTheStampBeforeTheCleanedName) {
   const Date date = dateFromUnixTime(1680704553);
   EXPECT_EQ(FileNaming::exportFileName(date, "IMG-20230405-WA0007.jpg", utc, english),

@@ -70,6 +70,13 @@ TEST(DateText, HeedsDaylightSaving) {
   EXPECT_EQ(formatted("HH:mm", 1711846800, "Europe/Lisbon"), "02:00");
 }
 
+TEST(DateText, FormatsTheDistantPastAsTheFirstDayOfTheYearOne) {
+  EXPECT_EQ(formatted("yyyy-MM-dd_HHmmss", distantPast + 978307200, "UTC"), "0001-01-01_000000");
+  EXPECT_EQ(formatted("yyyy-MM-dd_HHmmss", distantFuture + 978307200, "UTC"), "4001-01-01_000000");
+  EXPECT_EQ(formatted("yyyy-MM-dd", -12219292800, "UTC"), "1582-10-15");
+  EXPECT_EQ(formatted("yyyy-MM-dd", -12219292801, "UTC"), "1582-10-04") << "the last Julian day";
+}
+
 TEST(DateText, FormatsInTheLanguageOfTheLocale) {
   EXPECT_EQ(formatted("MMMM", 1714564800, "UTC", "pt_BR"), "maio");
   EXPECT_EQ(formatted("MMMM", 1714564800, "UTC", "en_US"), "May");

@@ -1,7 +1,6 @@
 #include "TidewellCore/Platform/DateText.h"
 
 #include <fmt/format.h>
-#include <unicode/gregocal.h>
 #include <unicode/locid.h>
 #include <unicode/smpdtfmt.h>
 #include <unicode/timezone.h>
@@ -11,7 +10,6 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <limits>
 #include <stdexcept>
 
 namespace {
@@ -99,10 +97,6 @@ DateFormatter::DateFormatter(std::string_view pattern, const TimeZone& timeZone,
   if (U_FAILURE(status)) throw std::runtime_error(u_errorName(status));
   std::unique_ptr<icu::Calendar> calendar(format_->icu.getCalendar()->clone());
   calendar->adoptTimeZone(icu::TimeZone::createTimeZone(zone));
-  // Without this, dates before October 1582 would be written in the Julian calendar.
-  if (auto* gregorian = dynamic_cast<icu::GregorianCalendar*>(calendar.get())) {
-    gregorian->setGregorianChange(-std::numeric_limits<double>::max(), status);
-  }
   format_->icu.adoptCalendar(calendar.release());
 }
 
