@@ -105,6 +105,12 @@ TEST(TimeZone, KnowsTheZonesOfTheDatabase) {
   }
 }
 
+TEST(TimeZone, RefusesUnknownZones) {
+  for (const char* identifier : {"", "Mars/Olympus", "america sao paulo", "Etc/Unknown", "\xFF"}) {
+    EXPECT_EQ(TimeZone::named(identifier), std::nullopt) << identifier;
+  }
+}
+
 TEST(TimeZone, CurrentIsOneThatExists) {
   EXPECT_TRUE(TimeZone::named(TimeZone::current().identifier));
 }

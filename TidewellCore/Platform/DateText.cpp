@@ -69,7 +69,7 @@ std::optional<TimeZone> TimeZone::named(std::string_view identifier) {
       icu::StringPiece(identifier.data(), static_cast<std::int32_t>(identifier.size())));
   const std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createTimeZone(id));
   // ICU answers an unknown identifier with a zone of its own instead of an error.
-  if (identifier.empty() || *zone == icu::TimeZone::getUnknown()) return std::nullopt;
+  if (identifier.empty() || identifierOf(*zone) == UCAL_UNKNOWN_ZONE_ID) return std::nullopt;
   return TimeZone{.identifier = std::string(identifier)};
 }
 
