@@ -40,6 +40,15 @@ TEST(Json, ReadsTheWholeRangeOfSignedNumbers) {
             "[9223372036854775807,-9223372036854775808]");
 }
 
+TEST(Json, ANumberBeyondTheSignedRangeNeverChangesItsSign) {
+  for (const char* text : {"9223372036854775808", "18446744073709551615", "18446744073709551616"}) {
+    const auto json = Json::parse(text);
+    ASSERT_TRUE(json) << text;
+    ASSERT_NE(json->as<double>(), nullptr) << text;
+    EXPECT_GE(*json->as<double>(), 9.2e18) << text;
+  }
+}
+
 TEST(Json, RefusesWhatIsNoJSON) {
   for (const char* text :
        {"", " ", "{", "[1,]", "{\"a\"}", "nul", "[1] x", "'a'", "\"\xFF\"", "{1:2}", "NaN"}) {
