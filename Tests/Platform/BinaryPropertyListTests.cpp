@@ -124,6 +124,10 @@ TEST(BinaryPropertyList, ReadsIntegersOf16Bytes) {
   expectRefused("15 " + std::string(64, '0'));
 }
 
+TEST(BinaryPropertyList, RefusesNegativeNumbersThatNeedMoreThan64Bits) {
+  expectRefused("14 FFFFFFFFFFFFFFFF 0000000000000000");  // -2^64
+}
+
 TEST(BinaryPropertyList, ReadsRealNumbers) {
   EXPECT_EQ(*object("22 3FC00000").as<double>(), 1.5);
   EXPECT_EQ(*object("23 BFF8000000000000").as<double>(), -1.5);
