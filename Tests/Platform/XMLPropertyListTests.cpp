@@ -52,6 +52,13 @@ TEST(XMLPropertyList, ReadsIntegers) {
   EXPECT_EQ(*value("<integer>18446744073709551615</integer>").as<std::uint64_t>(), UINT64_MAX);
 }
 
+TEST(XMLPropertyList, RefusesWhatIsNoInteger) {
+  for (const char* text : {"", "-", "+", "12a", "1.5", "18446744073709551616", "-9223372036854775809", "0x",
+                           "+-7", "0x-7", "1 2"}) {
+    expectRefused(std::string("<integer>") + text + "</integer>");
+  }
+}
+
 TEST(XMLPropertyList, RefusesWhatIsNoRealDateOrData) {
   for (const char* text : {"", "x", "1,5", "1.5.5"}) expectRefused(std::string("<real>") + text + "</real>");
   for (const char* text : {"", "yesterday", "2024-05-01", "2024-13-01T00:00:00Z"}) {

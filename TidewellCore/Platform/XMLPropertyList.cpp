@@ -13,10 +13,16 @@
 
 namespace {
 
+[[noreturn]] void failOnNumber() {
+  throw PropertyListError("The property list holds a number that cannot be read.");
+}
+
 // Unsigned numbers and signed ones, in decimal or, after "0x", in base 16.
 PropertyListValue integerValue(std::string_view text) {
   const bool isHex = text.starts_with("0x") || text.starts_with("0X");
-  if (isHex || text.starts_with('+')) text.remove_prefix(isHex ? 2 : 1);
+  const bool hasPrefix = isHex || text.starts_with('+');
+  if (hasPrefix) text.remove_prefix(isHex ? 2 : 1);
+  if (hasPrefix && text.starts_with('-')) failOnNumber();
   const char* end = text.data() + text.size();
   std::int64_t number = 0;
   auto result = std::from_chars(text.data(), end, number, isHex ? 16 : 10);
@@ -24,14 +30,14 @@ PropertyListValue integerValue(std::string_view text) {
   std::uint64_t large = 0;
   result = std::from_chars(text.data(), end, large, isHex ? 16 : 10);
   if (result.ec == std::errc() && result.ptr == end) return {large};
-  throw PropertyListError("The property list holds a number that cannot be read.");
+  failOnNumber();
 }
 
 PropertyListValue realValue(std::string_view text) {
   double number = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
   if (error == std::errc() && end == text.data() + text.size()) return {number};
-  throw PropertyListError("The property list holds a number that cannot be read.");
+  failOnNumber();
 }
 
 PropertyListValue dateValue(std::string_view text) {
