@@ -134,6 +134,12 @@ TEST(XMLPropertyList, RefusesEntityDeclarations) {
   }
 }
 
+TEST(XMLPropertyList, RefusesUndeclaredEntities) {
+  EXPECT_THROW(value("<string>a&b;c</string>"), PropertyListError);
+  EXPECT_THROW(parsed(std::string(appleDoctype) + "<plist><string>a&b;c</string></plist>"), PropertyListError)
+      << "a document type elsewhere could declare it, yet it is never fetched";
+}
+
 TEST(XMLPropertyList, RefusesMisplacedElements) {
   for (const char* element :
        {"<dict><string>x</string></dict>", "<dict><key>a</key></dict>",

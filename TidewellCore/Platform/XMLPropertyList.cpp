@@ -167,6 +167,12 @@ void XMLCALL entityDeclaration(void* userData, const XML_Char*, int, const XML_C
   session(userData).run([] { throw PropertyListError("The property list declares entities."); });
 }
 
+// Where the document type stands elsewhere, expat takes an unknown entity for one
+// that is declared there, and would leave it out of the text.
+void XMLCALL skippedEntity(void* userData, const XML_Char*, int) {
+  session(userData).run([] { throw PropertyListError("The property list refers to an unknown entity."); });
+}
+
 void parseInSlices(Session& session, ByteView data) {
   constexpr std::size_t slice = 1 << 20;
   XML_Status status = XML_STATUS_OK;
@@ -193,6 +199,7 @@ PropertyList parseXMLPropertyList(ByteView data) {
   XML_SetElementHandler(parser.get(), beginElement, endElement);
   XML_SetCharacterDataHandler(parser.get(), characters);
   XML_SetEntityDeclHandler(parser.get(), entityDeclaration);
+  XML_SetSkippedEntityHandler(parser.get(), skippedEntity);
   parseInSlices(session, data);
   return session.builder.root();
 }
