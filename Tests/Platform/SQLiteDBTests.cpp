@@ -83,6 +83,10 @@ TEST_F(SQLiteDBTest, TheCallersStageIsTold) {
             TidewellError::databaseOpenFailed("read the contacts", file_, "unable to open database file"));
 }
 
+TEST_F(SQLiteDBTest, APathIsNoURI) {
+  EXPECT_TRUE(errorOf([] { SQLiteDB("file::memory:", SQLiteDB::OpenMode::readOnly); }));
+}
+
 TEST_F(SQLiteDBTest, CreatesAFile) {
   open(SQLiteDB::OpenMode::create).query("CREATE TABLE t (a)", {}, {});
   EXPECT_TRUE(open(SQLiteDB::OpenMode::readOnly).tableExists("t"));
