@@ -317,6 +317,15 @@ TEST_F(FilesAcrossVolumesTest, MovesContentAndDate) {
   EXPECT_THAT(namesIn(other_), ElementsAre("to"));
 }
 
+TEST_F(FilesAcrossVolumesTest, MovesAFileFromTheYear4001) {
+  Fixture::writeFile(other_ / "from", "hello");
+  Files::setModificationDate(other_ / "from", dateFromAppleTime(63113904000));
+  EXPECT_TRUE(Files::moveToFree(other_ / "from", at("to")));
+  EXPECT_EQ(content(at("to")), "hello");
+  EXPECT_GT(modifiedTime(at("to")).tv_sec, 1'800'000'000)
+      << "a date of the future, as far as the volume can say it";
+}
+
 TEST_F(FilesAcrossVolumesTest, MovesAFileFromTheYear1) {
   Fixture::writeFile(other_ / "from", "hello");
   Files::setModificationDate(other_ / "from", dateFromAppleTime(-63114076800));
