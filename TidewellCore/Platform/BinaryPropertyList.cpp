@@ -72,11 +72,10 @@ PropertyListValue integerValue(ByteView bytes) {
   const std::uint64_t low = readBigEndian(bytes.last(std::min<std::size_t>(bytes.size(), 8)));
   if (bytes.size() <= 8) return {static_cast<std::int64_t>(low)};
   const std::uint64_t high = readBigEndian(bytes.first(8));
-  const bool isNegative = high == std::numeric_limits<std::uint64_t>::max();
+  const bool isSigned = low <= std::uint64_t{std::numeric_limits<std::int64_t>::max()};
+  const bool isNegative = high == std::numeric_limits<std::uint64_t>::max() && !isSigned;
   if (high != 0 && !isNegative) fail("a number is too large");
-  if (isNegative || low <= std::uint64_t{std::numeric_limits<std::int64_t>::max()}) {
-    return {static_cast<std::int64_t>(low)};
-  }
+  if (isSigned || isNegative) return {static_cast<std::int64_t>(low)};
   return {low};
 }
 

@@ -1,7 +1,6 @@
 #include "TidewellCore/Platform/DateText.h"
 
 #include <fmt/format.h>
-#include <unicode/gregocal.h>
 #include <unicode/locid.h>
 #include <unicode/smpdtfmt.h>
 #include <unicode/timezone.h>
@@ -11,7 +10,6 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <limits>
 #include <stdexcept>
 
 namespace {
@@ -71,7 +69,7 @@ std::optional<TimeZone> TimeZone::named(std::string_view identifier) {
       icu::StringPiece(identifier.data(), static_cast<std::int32_t>(identifier.size())));
   const std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createTimeZone(id));
   // ICU answers an unknown identifier with a zone of its own instead of an error.
-  if (identifier.empty() || *zone == icu::TimeZone::getUnknown()) return std::nullopt;
+  if (identifier.empty() || identifierOf(*zone) == UCAL_UNKNOWN_ZONE_ID) return std::nullopt;
   return TimeZone{.identifier = std::string(identifier)};
 }
 
@@ -99,10 +97,6 @@ DateFormatter::DateFormatter(std::string_view pattern, const TimeZone& timeZone,
   if (U_FAILURE(status)) throw std::runtime_error(u_errorName(status));
   std::unique_ptr<icu::Calendar> calendar(format_->icu.getCalendar()->clone());
   calendar->adoptTimeZone(icu::TimeZone::createTimeZone(zone));
-  // Without this, dates before October 1582 would be written in the Julian calendar.
-  if (auto* gregorian = dynamic_cast<icu::GregorianCalendar*>(calendar.get())) {
-    gregorian->setGregorianChange(-std::numeric_limits<double>::max(), status);
-  }
   format_->icu.adoptCalendar(calendar.release());
 }
 

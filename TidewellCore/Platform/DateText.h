@@ -41,8 +41,9 @@ struct Locale {
   bool operator==(const Locale&) const = default;
 };
 
-// Writes dates after a pattern of Unicode TR 35 ("yyyy-MM-dd_HHmmss") in the
-// proleptic calendar. Costly to make and cheap to use; one thread at a time.
+// Writes dates after a pattern of Unicode TR 35 ("yyyy-MM-dd_HHmmss"), those
+// before October 1582 in the Julian calendar, by which Apple's distant past is the
+// first day of the year 1. Costly to make and cheap to use; one thread at a time.
 class DateFormatter {
  public:
   DateFormatter(std::string_view pattern, const TimeZone& timeZone, const Locale& locale);
@@ -57,7 +58,7 @@ class DateFormatter {
   std::unique_ptr<Format> format_;
 };
 
-// "2024-05-01T12:00:00Z" (ISO 8601, whole seconds, UTC).
+// "2024-05-01T12:00:00Z" (ISO 8601, whole seconds, UTC, Gregorian for all time).
 std::string iso8601(Date date);
 // Reads that form alone; absent for any other text.
 std::optional<Date> dateFromISO8601(std::string_view text);

@@ -57,6 +57,22 @@ void copyThroughBuffer(FileDescriptor& from, FileDescriptor& to, const Cancellat
   }
 }
 
+// The system's own times hold dates that std::filesystem's clock overflows on.
+timespec modificationTime(const fs::path& path) {
+  struct stat status {};
+  if (::lstat(path.c_str(), &status) != 0) fail("Could not read the file's date", path, {});
+  return status.st_mtim;
+}
+
+void setModificationTime(const fs::path& path, timespec modified) {
+  timespec unchanged{};
+  unchanged.tv_nsec = UTIME_OMIT;
+  const std::array<timespec, 2> times{unchanged, modified};
+  if (::utimensat(AT_FDCWD, path.c_str(), times.data(), AT_SYMLINK_NOFOLLOW) != 0) {
+    fail("Could not set the file's date", path, {});
+  }
+}
+
 std::vector<Files::Entry> entriesOf(fs::directory_iterator iterator) {
   std::vector<Files::Entry> entries;
   for (const fs::directory_entry& entry : iterator) {
@@ -156,7 +172,7 @@ bool Files::moveToFree(const fs::path& from, const fs::path& to) {
     if (Files::copy(from, partial) != regularFileSize(from)) {
       throw fs::filesystem_error("The file changed while it was moved", from, to, std::make_error_code(std::errc::io_error));
     }
-    fs::last_write_time(partial, fs::last_write_time(from));
+    setModificationTime(partial, modificationTime(from));
     if (renameToFree(partial, to)) return fs::remove(from);
   } catch (...) {
     std::error_code ignored;
@@ -190,12 +206,7 @@ void Files::setModificationDate(const fs::path& path, Date date) {
   timespec modified{};
   modified.tv_sec = static_cast<time_t>(whole);
   modified.tv_nsec = std::min(static_cast<long>((seconds - whole) * 1e9), 999'999'999L);
-  timespec unchanged{};
-  unchanged.tv_nsec = UTIME_OMIT;
-  const std::array<timespec, 2> times{unchanged, modified};
-  if (::utimensat(AT_FDCWD, path.c_str(), times.data(), AT_SYMLINK_NOFOLLOW) != 0) {
-    fail("Could not set the file's date", path, {});
-  }
+  setModificationTime(path, modified);
 }
 
 std::string Files::partialName() {

@@ -1,16 +1,23 @@
 #include "TidewellCore/Platform/Json.h"
 
+#include <limits>
 #include <nlohmann/json.hpp>
 
 namespace {
 
 constexpr int depthLimit = 64;
 
+// An integer where it fits, else the nearest real number.
+Json unsignedNumber(std::uint64_t number) {
+  if (number > std::uint64_t{std::numeric_limits<std::int64_t>::max()}) return static_cast<double>(number);
+  return static_cast<std::int64_t>(number);
+}
+
 Json fromLibrary(const nlohmann::json& source) {
   switch (source.type()) {
     case nlohmann::json::value_t::boolean: return source.get<bool>();
-    case nlohmann::json::value_t::number_integer:
-    case nlohmann::json::value_t::number_unsigned: return source.get<std::int64_t>();
+    case nlohmann::json::value_t::number_integer: return source.get<std::int64_t>();
+    case nlohmann::json::value_t::number_unsigned: return unsignedNumber(source.get<std::uint64_t>());
     case nlohmann::json::value_t::number_float: return source.get<double>();
     case nlohmann::json::value_t::string: return source.get<std::string>();
     case nlohmann::json::value_t::array: {

@@ -31,6 +31,9 @@ Mode modeOf(SQLiteDB::OpenMode mode) {
   return {SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_FULLMUTEX, "create SQLite file", {}};
 }
 
+// Some builds of SQLite take a name that begins with "file:" for a URI.
+std::string plainPath(const std::string& path) { return path.starts_with("file:") ? "./" + path : path; }
+
 [[noreturn]] void fail(sqlite3* handle) { throw TidewellError::invalidDatabase(sqlite3_errmsg(handle)); }
 
 class Statement {
@@ -178,7 +181,7 @@ SQLiteDB::SQLiteDB(const std::string& path, OpenMode openMode, std::optional<std
     : connection_(std::make_unique<Connection>()) {
   const Mode mode = modeOf(openMode);
   sqlite3*& handle = connection_->handle;
-  const int result = sqlite3_open_v2(path.c_str(), &handle, mode.flags, nullptr);
+  const int result = sqlite3_open_v2(plainPath(path).c_str(), &handle, mode.flags, nullptr);
   if (result != SQLITE_OK) {
     const std::string message = handle != nullptr ? sqlite3_errmsg(handle) : fmt::format("SQLite open failed ({})", result);
     throw TidewellError::databaseOpenFailed(stage.value_or(mode.stage), path, message);

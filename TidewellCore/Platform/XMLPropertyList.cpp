@@ -13,10 +13,16 @@
 
 namespace {
 
+[[noreturn]] void failOnNumber() {
+  throw PropertyListError("The property list holds a number that cannot be read.");
+}
+
 // Unsigned numbers and signed ones, in decimal or, after "0x", in base 16.
 PropertyListValue integerValue(std::string_view text) {
   const bool isHex = text.starts_with("0x") || text.starts_with("0X");
-  if (isHex || text.starts_with('+')) text.remove_prefix(isHex ? 2 : 1);
+  const bool hasPrefix = isHex || text.starts_with('+');
+  if (hasPrefix) text.remove_prefix(isHex ? 2 : 1);
+  if (hasPrefix && text.starts_with('-')) failOnNumber();
   const char* end = text.data() + text.size();
   std::int64_t number = 0;
   auto result = std::from_chars(text.data(), end, number, isHex ? 16 : 10);
@@ -24,14 +30,14 @@ PropertyListValue integerValue(std::string_view text) {
   std::uint64_t large = 0;
   result = std::from_chars(text.data(), end, large, isHex ? 16 : 10);
   if (result.ec == std::errc() && result.ptr == end) return {large};
-  throw PropertyListError("The property list holds a number that cannot be read.");
+  failOnNumber();
 }
 
 PropertyListValue realValue(std::string_view text) {
   double number = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
   if (error == std::errc() && end == text.data() + text.size()) return {number};
-  throw PropertyListError("The property list holds a number that cannot be read.");
+  failOnNumber();
 }
 
 PropertyListValue dateValue(std::string_view text) {
@@ -161,6 +167,12 @@ void XMLCALL entityDeclaration(void* userData, const XML_Char*, int, const XML_C
   session(userData).run([] { throw PropertyListError("The property list declares entities."); });
 }
 
+// Where the document type stands elsewhere, expat takes an unknown entity for one
+// that is declared there, and would leave it out of the text.
+void XMLCALL skippedEntity(void* userData, const XML_Char*, int) {
+  session(userData).run([] { throw PropertyListError("The property list refers to an unknown entity."); });
+}
+
 void parseInSlices(Session& session, ByteView data) {
   constexpr std::size_t slice = 1 << 20;
   XML_Status status = XML_STATUS_OK;
@@ -187,6 +199,7 @@ PropertyList parseXMLPropertyList(ByteView data) {
   XML_SetElementHandler(parser.get(), beginElement, endElement);
   XML_SetCharacterDataHandler(parser.get(), characters);
   XML_SetEntityDeclHandler(parser.get(), entityDeclaration);
+  XML_SetSkippedEntityHandler(parser.get(), skippedEntity);
   parseInSlices(session, data);
   return session.builder.root();
 }

@@ -1,0 +1,141 @@
+#include "TidewellCore/Platform/DateText.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+namespace {
+
+constexpr double distantPast = -63114076800;  // what Apple's frameworks call so, in seconds since 2001
+constexpr double distantFuture = 63113904000;
+
+std::string formatted(const char* pattern, double unixSeconds, const char* zone,
+                      const char* locale = "en_US") {
+  return DateFormatter(pattern, {.identifier = zone}, {.identifier = locale})
+      .string(dateFromUnixTime(unixSeconds));
+}
+
+TEST(DateText, CountsAppleTimeFrom2001) {
+  EXPECT_EQ(iso8601(dateFromAppleTime(0)), "2001-01-01T00:00:00Z");
+  EXPECT_EQ(unixTime(dateFromAppleTime(0.5)), 978307200.5);
+  EXPECT_EQ(dateFromUnixTime(978307200), dateFromAppleTime(0));
+}
+
+TEST(DateText, WritesISO8601InUTC) {
+  EXPECT_EQ(iso8601(dateFromUnixTime(1714564800)), "2024-05-01T12:00:00Z");
+  EXPECT_EQ(iso8601(dateFromUnixTime(1714564800.999)), "2024-05-01T12:00:00Z");
+  EXPECT_EQ(iso8601(dateFromUnixTime(-0.5)), "1969-12-31T23:59:59Z") << "rounded down, not towards zero";
+  EXPECT_EQ(iso8601(dateFromUnixTime(951782400)), "2000-02-29T00:00:00Z");
+}
+
+TEST(DateText, TheDistantPastAndFutureKeepTheirSecond) {
+  // ISO 8601 counts by the Gregorian rules before 1582 too. By the Julian rules the distant past is
+  // the first day of the year 1, by these the day two days earlier.
+  EXPECT_EQ(iso8601(dateFromAppleTime(distantPast)), "0000-12-30T00:00:00Z");
+  EXPECT_EQ(iso8601(dateFromAppleTime(distantFuture)), "4001-01-01T00:00:00Z");
+  EXPECT_EQ(dateFromISO8601("0000-12-30T00:00:00Z"), dateFromAppleTime(distantPast));
+  EXPECT_EQ(dateFromISO8601("4001-01-01T00:00:00Z"), dateFromAppleTime(distantFuture));
+}
+
+TEST(DateText, DatesWithoutEndAreWrittenAsTheLastOnes) {
+  EXPECT_EQ(iso8601(dateFromUnixTime(1e300)), "9999-12-31T23:59:59Z");
+  EXPECT_EQ(iso8601(dateFromUnixTime(-1e300)), "-9999-01-01T00:00:00Z");
+}
+
+TEST(DateText, ReadsISO8601) {
+  EXPECT_EQ(dateFromISO8601("2024-05-01T12:00:00Z"), dateFromUnixTime(1714564800));
+  EXPECT_EQ(dateFromISO8601("1970-01-01T00:00:00Z"), dateFromUnixTime(0));
+  EXPECT_EQ(dateFromISO8601("2016-12-31T23:59:60Z"), dateFromISO8601("2017-01-01T00:00:00Z"))
+      << "a leap second";
+}
+
+TEST(DateText, ReadsNothingElseAsADate) {
+  for (const char* text :
+       {"", "2024-05-01", "2024-05-01T12:00:00", "2024-05-01 12:00:00Z", "2024-05-01T12:00:00+01:00",
+        "2024-13-01T12:00:00Z", "2024-02-30T12:00:00Z", "2023-02-29T12:00:00Z", "2024-05-01T24:00:00Z",
+        "2024-05-01T12:60:00Z", "2024-05-01T12:00:61Z", "2024-5-001T12:00:00Z", "2024-05-01T12:00:-1Z",
+        "+024-05-01T12:00:00Z", "-024-05-01T12:00:00Z", "2024-05-01t12:00:00z", " 2024-05-01T12:00:00Z"}) {
+    EXPECT_EQ(dateFromISO8601(text), std::nullopt) << text;
+  }
+}
+
+TEST(DateText, FormatsInTheGivenZone) {
+  EXPECT_EQ(formatted("yyyy-MM-dd HH:mm:ss", 1714564800, "UTC"), "2024-05-01 12:00:00");
+  EXPECT_EQ(formatted("yyyy-MM-dd HH:mm:ss", 1714564800, "America/Sao_Paulo"), "2024-05-01 09:00:00");
+  EXPECT_EQ(formatted("yyyy-MM-dd HH:mm:ss", 1714564800, "Asia/Kathmandu"), "2024-05-01 17:45:00");
+}
+
+TEST(DateText, HeedsDaylightSaving) {
+  EXPECT_EQ(formatted("HH:mm", 1711846799, "Europe/Lisbon"), "00:59");
+  EXPECT_EQ(formatted("HH:mm", 1711846800, "Europe/Lisbon"), "02:00");
+}
+
+TEST(DateText, FormatsTheDistantPastAsTheFirstDayOfTheYearOne) {
+  EXPECT_EQ(formatted("yyyy-MM-dd_HHmmss", distantPast + 978307200, "UTC"), "0001-01-01_000000");
+  EXPECT_EQ(formatted("yyyy-MM-dd_HHmmss", distantFuture + 978307200, "UTC"), "4001-01-01_000000");
+  EXPECT_EQ(formatted("yyyy-MM-dd", -12219292800, "UTC"), "1582-10-15");
+  EXPECT_EQ(formatted("yyyy-MM-dd", -12219292801, "UTC"), "1582-10-04") << "the last Julian day";
+}
+
+TEST(DateText, FormatsInTheLanguageOfTheLocale) {
+  EXPECT_EQ(formatted("MMMM", 1714564800, "UTC", "pt_BR"), "maio");
+  EXPECT_EQ(formatted("MMMM", 1714564800, "UTC", "en_US"), "May");
+  EXPECT_EQ(formatted("yyyy", 1714564800, "UTC", "ar_EG"), "٢٠٢٤");
+}
+
+TEST(DateText, FractionsOfASecondAreCutOff) {
+  EXPECT_EQ(formatted("ss", 59.9999, "UTC"), "59");
+  EXPECT_EQ(formatted("ss", -0.0001, "UTC"), "59");
+}
+
+TEST(DateText, FormatsDatesWithoutEnd) {
+  EXPECT_EQ(formatted("yyyy-MM-dd", 1e300, "UTC"), "9999-12-31");
+  EXPECT_NO_THROW(formatted("yyyy-MM-dd", -1e300, "UTC"));
+}
+
+TEST(DateText, AFormatterCanBeMoved) {
+  DateFormatter first("ss", {}, {});
+  DateFormatter second = std::move(first);
+  EXPECT_EQ(second.string(dateFromUnixTime(7)), "07");
+}
+
+TEST(TimeZone, KnowsTheZonesOfTheDatabase) {
+  for (const char* identifier : {"UTC", "America/Sao_Paulo", "Asia/Kathmandu", "Europe/Lisbon", "GMT"}) {
+    EXPECT_EQ(TimeZone::named(identifier), TimeZone{.identifier = identifier});
+  }
+}
+
+TEST(TimeZone, RefusesUnknownZones) {
+  for (const char* identifier : {"", "Mars/Olympus", "america sao paulo", "Etc/Unknown", "\xFF"}) {
+    EXPECT_EQ(TimeZone::named(identifier), std::nullopt) << identifier;
+  }
+}
+
+TEST(TimeZone, CurrentIsOneThatExists) {
+  EXPECT_TRUE(TimeZone::named(TimeZone::current().identifier));
+}
+
+TEST(Locale, TakesBothSeparators) {
+  EXPECT_EQ(Locale::named("pt_BR"), Locale{.identifier = "pt_BR"});
+  EXPECT_EQ(Locale::named("pt-BR"), Locale{.identifier = "pt_BR"});
+  EXPECT_EQ(Locale::named("PT_br"), Locale{.identifier = "pt_BR"});
+  EXPECT_EQ(Locale::named("de"), Locale{.identifier = "de"});
+}
+
+TEST(Locale, RefusesUnknownLanguagesAndRegions) {
+  for (const char* identifier : {"", "xx_YY", "pt_QQ", "klingon", "_BR", "english"}) {
+    EXPECT_EQ(Locale::named(identifier), std::nullopt) << identifier;
+  }
+}
+
+TEST(Locale, TellsItsLanguageInLowerCase) {
+  EXPECT_EQ(Locale{.identifier = "pt_BR"}.languageCode(), "pt");
+  EXPECT_EQ(Locale{.identifier = "PT-br"}.languageCode(), "pt");
+  EXPECT_EQ(Locale{.identifier = "zh_Hant_TW"}.languageCode(), "zh");
+}
+
+TEST(Locale, CurrentHasALanguage) {
+  EXPECT_NE(Locale::current().languageCode(), "");
+}
+
+}  // namespace

@@ -1,0 +1,323 @@
+#include "TidewellCore/Platform/SQLiteDB.h"
+
+#include <gmock/gmock.h>
+#include <sqlite3.h>
+
+#include <cstdlib>
+
+#include "Tests/Support/DatabaseWriter.h"
+#include "Tests/Support/Failures.h"
+#include "Tests/Support/TemporaryDirectory.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+
+// Writes straight through SQLite, so that the layer is not judged by itself.
+void execute(const fs::path& file, const std::string& sql) {
+  sqlite3* handle = nullptr;
+  ASSERT_EQ(sqlite3_open(file.c_str(), &handle), SQLITE_OK);
+  EXPECT_EQ(sqlite3_exec(handle, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK)
+      << sqlite3_errmsg(handle);
+  sqlite3_close(handle);
+}
+
+class SQLiteDBTest : public testing::Test {
+ protected:
+  SQLiteDB database(const std::string& sql) const {
+    execute(file_, sql);
+    return SQLiteDB(file_, SQLiteDB::OpenMode::readOnly);
+  }
+  SQLiteDB open(SQLiteDB::OpenMode mode) const { return SQLiteDB(file_, mode); }
+
+  const Fixture::TemporaryDirectory folder_;
+  const fs::path file_ = folder_ / "some.db";
+};
+
+std::vector<std::optional<std::string>> texts(const SQLiteDB& database, const std::string& sql,
+                                              const std::vector<SQLiteDB::Bind>& binds = {}) {
+  std::vector<std::optional<std::string>> result;
+  database.query(sql, binds, [&](const SQLiteRow& row) { result.push_back(row.textValue((*row.names)[0])); });
+  return result;
+}
+
+// The first column of the first row.
+SQLiteValue valueOf(const SQLiteDB& database, const std::string& sql,
+                    const std::vector<SQLiteDB::Bind>& binds = {}) {
+  SQLiteValue result = SQLiteNull{};
+  database.query(sql, binds, [&](const SQLiteRow& row) { result = row.values[0]; });
+  return result;
+}
+
+std::optional<TidewellError> errorOf(const std::function<void()>& action) {
+  try {
+    action();
+  } catch (const TidewellError& error) {
+    return error;
+  }
+  return std::nullopt;
+}
+
+TEST_F(SQLiteDBTest, AMissingFileIsNotOpened) {
+  using Mode = SQLiteDB::OpenMode;
+  EXPECT_EQ(
+      errorOf([&] { open(Mode::readOnly); }),
+      TidewellError::databaseOpenFailed("open Manifest.db read-only", file_, "unable to open database file"));
+  EXPECT_EQ(
+      errorOf([&] { open(Mode::writableCopy); }),
+      TidewellError::databaseOpenFailed("open writable SQLite copy", file_, "unable to open database file"));
+  EXPECT_FALSE(fs::exists(file_));
+}
+
+TEST_F(SQLiteDBTest, AMissingFolderIsNotCreated) {
+  const std::string path = folder_ / "missing" / "some.db";
+  EXPECT_EQ(errorOf([&] { SQLiteDB(path, SQLiteDB::OpenMode::create); }),
+            TidewellError::databaseOpenFailed("create SQLite file", path, "unable to open database file"));
+}
+
+TEST_F(SQLiteDBTest, TheCallersStageIsTold) {
+  EXPECT_EQ(errorOf([&] { SQLiteDB(file_, SQLiteDB::OpenMode::readOnly, "read the contacts"); }),
+            TidewellError::databaseOpenFailed("read the contacts", file_, "unable to open database file"));
+}
+
+TEST_F(SQLiteDBTest, APathIsNoURI) {
+  EXPECT_TRUE(errorOf([] { SQLiteDB("file::memory:", SQLiteDB::OpenMode::readOnly); }));
+}
+
+TEST_F(SQLiteDBTest, CreatesAFile) {
+  open(SQLiteDB::OpenMode::create).query("CREATE TABLE t (a)", {}, {});
+  EXPECT_TRUE(open(SQLiteDB::OpenMode::readOnly).tableExists("t"));
+}
+
+TEST_F(SQLiteDBTest, ReadOnlyRefusesWrites) {
+  const SQLiteDB db = database("CREATE TABLE t (a)");
+  EXPECT_TRUE(
+      errorOf([&] { db.query("INSERT INTO t VALUES (1)", {}, {}); })->is<TidewellError::InvalidDatabase>());
+  EXPECT_THAT(texts(db, "SELECT a FROM t"), IsEmpty());
+}
+
+TEST_F(SQLiteDBTest, ReadsEveryTypeOfValue) {
+  const SQLiteDB db = database(
+      "CREATE TABLE t (a, b, c, d, e, f); INSERT INTO t VALUES (-7, 1.5, 'Zoë', x'00FF', x'', NULL)");
+  std::vector<SQLiteValue> values;
+  db.query("SELECT * FROM t", {}, [&](const SQLiteRow& row) { values = row.values; });
+  EXPECT_THAT(values,
+              ElementsAre(SQLiteValue(std::int64_t{-7}), SQLiteValue(1.5), SQLiteValue(std::string("Zoë")),
+                          SQLiteValue(Bytes{0x00, 0xFF}), SQLiteValue(Bytes{}), SQLiteValue(SQLiteNull{})));
+}
+
+TEST_F(SQLiteDBTest, RowsKeepTheStatementsOrder) {
+  const SQLiteDB db = database("CREATE TABLE t (a); INSERT INTO t VALUES (2), (1), (3)");
+  EXPECT_THAT(texts(db, "SELECT a FROM t ORDER BY a DESC"), ElementsAre("3", "2", "1"));
+}
+
+TEST_F(SQLiteDBTest, ARowDoesNotInheritFromTheRowBefore) {
+  const SQLiteDB db =
+      database("CREATE TABLE t (a); INSERT INTO t VALUES ('long text before'), ('x'), (NULL), (x''), (1)");
+  std::vector<SQLiteValue> values;
+  db.query("SELECT a FROM t ORDER BY rowid", {},
+           [&](const SQLiteRow& row) { values.push_back(row.values[0]); });
+  EXPECT_THAT(values,
+              ElementsAre(SQLiteValue(std::string("long text before")), SQLiteValue(std::string("x")),
+                          SQLiteValue(SQLiteNull{}), SQLiteValue(Bytes{}), SQLiteValue(std::int64_t{1})));
+}
+
+TEST_F(SQLiteDBTest, ValuesAreLookedUpByColumnName) {
+  const SQLiteDB db = database("CREATE TABLE t (a)");
+  db.query("SELECT 1 AS x, 2 AS y, 3 AS x", {}, [](const SQLiteRow& row) {
+    EXPECT_EQ(row.intValue("y"), 2);
+    EXPECT_EQ(row.intValue("x"), 3) << "of two columns with one name the later counts";
+    EXPECT_EQ(row.value("z"), nullptr);
+    EXPECT_EQ(row.value("Y"), nullptr);
+  });
+}
+
+TEST_F(SQLiteDBTest, BindsParametersInOrder) {
+  const SQLiteDB db = database("CREATE TABLE t (a)");
+  EXPECT_EQ(valueOf(db, "SELECT ? || ?", {"a", "b"}), SQLiteValue(std::string("ab")));
+  EXPECT_EQ(valueOf(db, "SELECT ?", {std::int64_t{INT64_MIN}}), SQLiteValue(std::int64_t{INT64_MIN}));
+  EXPECT_EQ(valueOf(db, "SELECT ?", {Bytes{1, 0, 2}}), SQLiteValue(Bytes{1, 0, 2}));
+  EXPECT_EQ(valueOf(db, "SELECT typeof(?)", {Bytes{}}), SQLiteValue(std::string("blob")));
+  EXPECT_EQ(valueOf(db, "SELECT ?", {"'; DROP TABLE t; --"}),
+            SQLiteValue(std::string("'; DROP TABLE t; --")));
+}
+
+TEST_F(SQLiteDBTest, TooManyParametersAreAFailureAndTheConnectionStaysUsable) {
+  const SQLiteDB db = database("CREATE TABLE t (a)");
+  EXPECT_TRUE(errorOf([&] { valueOf(db, "SELECT 1", {"a"}); })->is<TidewellError::InvalidDatabase>());
+  EXPECT_EQ(valueOf(db, "SELECT 1"), SQLiteValue(std::int64_t{1}));
+}
+
+TEST_F(SQLiteDBTest, AFaultyStatementTellsWhy) {
+  const SQLiteDB db = database("CREATE TABLE t (a)");
+  EXPECT_EQ(errorOf([&] { valueOf(db, "SELECT b FROM t"); }),
+            TidewellError::invalidDatabase("no such column: b"));
+  EXPECT_TRUE(errorOf([&] { valueOf(db, ""); })->is<TidewellError::InvalidDatabase>())
+      << "an empty statement";
+}
+
+TEST_F(SQLiteDBTest, AStatementThatFailsMidwayHasDeliveredTheEarlierRows) {
+  const SQLiteDB db = database("CREATE TABLE t (a); INSERT INTO t VALUES (1), (2), (-9223372036854775808)");
+  std::vector<std::int64_t> seen;
+  const auto error = errorOf([&] {
+    db.query("SELECT abs(a) AS a FROM t ORDER BY rowid", {},
+             [&](const SQLiteRow& row) { seen.push_back(*row.intValue("a")); });
+  });
+  EXPECT_EQ(error, TidewellError::invalidDatabase("integer overflow"));
+  EXPECT_THAT(seen, ElementsAre(1, 2));
+  EXPECT_EQ(valueOf(db, "SELECT 1"), SQLiteValue(std::int64_t{1}));
+}
+
+TEST_F(SQLiteDBTest, WhatTheHandlerThrowsEndsTheStatement) {
+  const SQLiteDB db = database("CREATE TABLE t (a); INSERT INTO t VALUES (1), (2)");
+  EXPECT_EQ(errorOf([&] {
+              db.query("SELECT a FROM t", {}, [](const SQLiteRow&) { throw TidewellError::cancelled(); });
+            }),
+            TidewellError::cancelled());
+  EXPECT_THAT(texts(db, "SELECT a FROM t"), ElementsAre("1", "2"));
+}
+
+TEST_F(SQLiteDBTest, AFileThatIsNoDatabaseIsInvalid) {
+  Fixture::writeFile(file_, std::string(4096, 'x'));
+  EXPECT_EQ(errorOf([&] { open(SQLiteDB::OpenMode::readOnly).tableExists("t"); }),
+            TidewellError::invalidDatabase("file is not a database"));
+}
+
+TEST_F(SQLiteDBTest, AMalformedPageIsAFailureAndNoCrash) {
+  std::string rows = "CREATE TABLE t (a); INSERT INTO t VALUES (1)";
+  for (int i = 0; i < 3000; ++i) rows += ", ('" + std::string(20, 'x') + std::to_string(i) + "')";
+  execute(file_, rows);
+  Bytes bytes = Fixture::readFile(file_);
+  std::fill(bytes.begin() + 4096, bytes.end() - 4096, std::uint8_t{0xEE});
+  Fixture::writeFile(file_, ByteView(bytes));
+  EXPECT_TRUE(errorOf([&] {
+                texts(open(SQLiteDB::OpenMode::readOnly), "SELECT a FROM t");
+              })->is<TidewellError::InvalidDatabase>());
+}
+
+TEST_F(SQLiteDBTest, ReadsIntegersFromIntegersAndPlainText) {
+  const SQLiteDB db = database("CREATE TABLE t (a)");
+  const auto intOf = [&](const std::string& expression) {
+    std::optional<std::int64_t> result;
+    db.query("SELECT " + expression + " AS a", {}, [&](const SQLiteRow& row) { result = row.intValue("a"); });
+    return result;
+  };
+  EXPECT_EQ(intOf("7"), 7);
+  EXPECT_EQ(intOf("'+12'"), 12);
+  EXPECT_EQ(intOf("'-12'"), -12);
+  EXPECT_EQ(intOf("'9223372036854775807'"), INT64_MAX);
+  EXPECT_EQ(intOf("'-9223372036854775808'"), INT64_MIN);
+  for (const char* other : {"'12a'", "''", "'+'", "'-'", "' 12'", "'12 '", "'9223372036854775808'", "'+-1'",
+                            "'1.0'", "1.0", "x'3132'", "NULL", "'0x10'"}) {
+    EXPECT_EQ(intOf(other), std::nullopt) << other;
+  }
+  db.query("SELECT 1 AS a", {}, [](const SQLiteRow& row) { EXPECT_EQ(row.intValue("b"), std::nullopt); });
+}
+
+TEST_F(SQLiteDBTest, ReadsTextFromTextAndNumbers) {
+  const SQLiteDB db = database("CREATE TABLE t (a)");
+  const auto textOf = [&](const std::string& expression) { return texts(db, "SELECT " + expression)[0]; };
+  EXPECT_EQ(textOf("'Zoë'"), "Zoë");
+  EXPECT_EQ(textOf("''"), "");
+  EXPECT_EQ(textOf("42"), "42");
+  EXPECT_EQ(textOf("-9223372036854775808"), "-9223372036854775808");
+  EXPECT_EQ(textOf("1.5"), "1.5");
+  EXPECT_EQ(textOf("3.0"), "3.0");
+  EXPECT_EQ(textOf("-0.1"), "-0.1");
+  EXPECT_EQ(textOf("x'41'"), std::nullopt);
+  EXPECT_EQ(textOf("NULL"), std::nullopt);
+}
+
+TEST(SQLiteRow, TextOfARealReadsBackTheSame) {
+  for (const double number : {0.1, 1e300, 1e-300, 1e22, 123456789012345680.0, 5e-324, 714564800.123456}) {
+    const SQLiteRow row{.names = std::make_shared<const std::vector<std::string>>(1, "a"),
+                        .values = {number}};
+    EXPECT_EQ(std::strtod(row.textValue("a")->c_str(), nullptr), number);
+    EXPECT_NE(row.textValue("a")->find('.'), std::string::npos) << *row.textValue("a");
+  }
+}
+
+TEST_F(SQLiteDBTest, RepairsTextThatIsNoUTF8) {
+  const SQLiteDB db = database("CREATE TABLE t (a)");
+  EXPECT_THAT(texts(db, "SELECT CAST(x'61FF62' AS TEXT)"), ElementsAre("a\uFFFD"
+                                                                       "b"));
+}
+
+TEST_F(SQLiteDBTest, TellsWhetherATableExists) {
+  const SQLiteDB db =
+      database("CREATE TABLE ZWAMESSAGE (a); CREATE VIEW aView AS SELECT 1; CREATE TABLE größe (a)");
+  EXPECT_TRUE(db.tableExists("ZWAMESSAGE"));
+  EXPECT_TRUE(db.tableExists("größe"));
+  EXPECT_FALSE(db.tableExists("ZWAMESSAG"));
+  EXPECT_FALSE(db.tableExists("aView")) << "a view is no table";
+}
+
+TEST_F(SQLiteDBTest, ListsColumnsInUpperCase) {
+  const SQLiteDB db = database("CREATE TABLE t (Z_PK INTEGER, zText, ZfromJID)");
+  EXPECT_THAT(db.columns("t"), UnorderedElementsAre("Z_PK", "ZTEXT", "ZFROMJID"));
+  EXPECT_THAT(db.columns("missing"), IsEmpty());
+}
+
+TEST_F(SQLiteDBTest, RefusesUnsafeIdentifiers) {
+  const SQLiteDB db = database("CREATE TABLE t (a)");
+  for (const std::string& name :
+       {std::string("two words"), std::string(), std::string("t;"), std::string("t'"), std::string("t)"),
+        std::string("t\0x", 3), std::string("t\xFF"), std::string("😀")}) {
+    EXPECT_EQ(errorOf([&] { db.tableExists(name); }),
+              TidewellError::invalidDatabase("Unsafe identifier: " + name));
+    EXPECT_EQ(errorOf([&] { db.columns(name); }),
+              TidewellError::invalidDatabase("Unsafe identifier: " + name));
+  }
+  EXPECT_TRUE(db.tableExists("t"));
+}
+
+// A working copy of a database that was in WAL mode, newest row in its -wal file alone.
+class SQLiteWALTest : public SQLiteDBTest {
+ protected:
+  void SetUp() override {
+    Fixture::DatabaseWriter writer(Fixture::Journal::walWithPendingRows);
+    writer.execute("CREATE TABLE t (a)");
+    writer.execute("INSERT INTO t VALUES ('settled')");
+    writer.checkpoint();
+    writer.execute("INSERT INTO t VALUES ('pending')");
+    const Fixture::DatabaseFiles files = writer.finish();
+    Fixture::writeFile(file_, ByteView(files.main));
+    ASSERT_TRUE(files.wal);
+    Fixture::writeFile(folder_ / "some.db-wal", ByteView(*files.wal));
+  }
+};
+
+TEST_F(SQLiteWALTest, AWritableCopyFoldsTheWALIn) {
+  EXPECT_THAT(texts(open(SQLiteDB::OpenMode::writableCopy), "SELECT a FROM t"),
+              ElementsAre("settled", "pending"));
+  EXPECT_FALSE(fs::exists(folder_ / "some.db-wal"));
+  EXPECT_FALSE(fs::exists(folder_ / "some.db-shm"));
+}
+
+TEST_F(SQLiteWALTest, AWritableCopyEndsUpInDeleteMode) {
+  const SQLiteDB db = open(SQLiteDB::OpenMode::writableCopy);
+  EXPECT_EQ(valueOf(db, "PRAGMA journal_mode"), SQLiteValue(std::string("delete")));
+  EXPECT_EQ(Fixture::readFile(file_)[18], 1) << "the write version of the header";
+}
+
+TEST_F(SQLiteWALTest, AWritableCopyRefusesWrites) {
+  const SQLiteDB db = open(SQLiteDB::OpenMode::writableCopy);
+  EXPECT_TRUE(errorOf([&] { db.query("DELETE FROM t", {}, {}); })->is<TidewellError::InvalidDatabase>());
+  EXPECT_THAT(texts(db, "SELECT a FROM t"), ElementsAre("settled", "pending"));
+}
+
+TEST_F(SQLiteWALTest, WithoutItsWALACopyLacksTheNewestRow) {
+  fs::remove(folder_ / "some.db-wal");
+  EXPECT_THAT(texts(open(SQLiteDB::OpenMode::writableCopy), "SELECT a FROM t"), ElementsAre("settled"));
+}
+
+TEST_F(SQLiteWALTest, AConnectionCanBeMoved) {
+  SQLiteDB first = open(SQLiteDB::OpenMode::writableCopy);
+  const SQLiteDB second = std::move(first);
+  EXPECT_THAT(texts(second, "SELECT count(*) FROM t"), ElementsAre("2"));
+}
+
+}  // namespace
