@@ -44,8 +44,10 @@ struct HandMade {
   }
 
   static void append(Bytes& file, std::uint64_t number, std::size_t size) {
-    for (std::size_t i = size; i-- > 0;)
-      file.push_back(i < 8 ? static_cast<std::uint8_t>(number >> (8 * i)) : 0);
+    for (std::size_t i = size; i-- > 0;) {
+      const std::uint64_t byte = i < 8 ? number >> (8 * i) : 0;
+      file.push_back(static_cast<std::uint8_t>(byte & 0xFF));
+    }
   }
 };
 
