@@ -1,7 +1,14 @@
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 #include "Tests/Fuzz/FuzzTargets.h"
 #include "Tests/Fuzz/SeedCorpus.h"
+
+// What a test is called, instead of the bytes of its parameter.
+void PrintTo(const FuzzTarget& target, std::ostream* stream) {
+  *stream << target.name;
+}
 
 namespace {
 
