@@ -55,6 +55,20 @@ TEST(ExporterDestination, InsideTheBackupIsRefused) {
   EXPECT_EQ(Fixture::treeSnapshot(scene.backup), before);
 }
 
+TEST(ExporterDestination, InsideTheBackupIsRefusedWhenItIsGivenRelativeToIt) {
+  Scene scene;
+  const CurrentFolder current(scene.backup);
+  const auto before = Fixture::treeSnapshot(scene.backup);
+  for (const char* place : {"out", "new/deep", ".", "3d/../out"}) {
+    scene.destination = place;
+    EXPECT_EQ(failureOf(scene), TidewellError::destinationNotWritable(place));
+  }
+  scene.backup = ".";
+  scene.destination = "out";
+  EXPECT_EQ(failureOf(scene), TidewellError::destinationNotWritable("out"));
+  EXPECT_EQ(Fixture::treeSnapshot(fs::current_path()), before);
+}
+
 TEST(ExporterDestination, AboveTheBackupIsFine) {
   Scene scene;
   scene.destination = scene.folder.path();

@@ -28,9 +28,7 @@ ManifestStore loadManifest(const OpenedBackup& opened) {
 
 // Nothing in a backup is ever changed, so nothing is exported into one.
 void requireOutsideBackup(const fs::path& destination, const fs::path& backup) {
-  const fs::path relative = fs::weakly_canonical(destination).lexically_relative(fs::weakly_canonical(backup));
-  const bool isInside = !relative.empty() && *relative.begin() != "..";
-  if (isInside) throw TidewellError::destinationNotWritable(PathText::text(destination));
+  if (Files::isWithin(destination, backup)) throw TidewellError::destinationNotWritable(PathText::text(destination));
 }
 
 void requireWhatsApp(const ManifestStore& manifest) {
