@@ -137,6 +137,12 @@ TEST_F(ExportLayoutTest, LeavesTheFoldersThatHoldBackups) {
   EXPECT_TRUE(fs::exists(root / "device/Manifest.plist"));
 }
 
+TEST_F(ExportLayoutTest, DoesNotMoveABackupInAMessagesFolderAside) {
+  writeFile(root / "messages/mine/3d/3d00", "the backup being read");
+  EXPECT_THROW(ExportLayout::prepare(root, root / "messages/mine"), fs::filesystem_error);
+  EXPECT_EQ(filesBelow(root), (Files{{"messages/mine/3d/3d00", "the backup being read"}}));
+}
+
 TEST_F(ExportLayoutTest, RemovesWhatACrashLeftHalfDone) {
   prepare();
   writeFile(root / ".tidewell-partial-1-1/_viewer/x", "1");

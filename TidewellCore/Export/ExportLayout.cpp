@@ -33,9 +33,20 @@ bool isAsideName(const std::string& name) {
          key.find_first_not_of("0123456789", prefix.size()) == std::string::npos;
 }
 
-void moveForeignContentAside(const fs::path& destination) {
+[[noreturn]] void failAsOccupied(const fs::path& content) {
+  throw fs::filesystem_error("Something else stands in the export's place", content,
+                             std::make_error_code(std::errc::file_exists));
+}
+
+// A backup, or a folder above one, must never be moved while it is being read.
+bool holdsBackup(const fs::path& folder, const fs::path& backup) {
+  return Files::exists(folder / "Manifest.plist") || Files::isWithin(backup, folder);
+}
+
+void moveForeignContentAside(const fs::path& destination, const fs::path& untouched) {
   const fs::path content = destination / FolderNames::content;
   if (!Files::isFolder(content) || Files::isFolder(content / FolderNames::viewer)) return;
+  if (holdsBackup(content, untouched)) failAsOccupied(content);
   std::set<std::string> used = keysOf(Files::list(destination));
   used.insert(FolderNames::content);
   while (!Files::renameToFree(content, destination / FileNaming::uniquify(asideName, used))) continue;
@@ -50,8 +61,7 @@ void makeContentRoot(const fs::path& destination) {
   fs::create_directories(partial / FolderNames::viewer);
   if (Files::renameToFree(partial, content)) return;
   fs::remove_all(partial);
-  throw fs::filesystem_error("Something else stands in the export's place", content,
-                             std::make_error_code(std::errc::file_exists));
+  failAsOccupied(content);
 }
 
 bool hasSignOfOlderExport(const std::vector<Files::Entry>& entries) {
@@ -65,14 +75,6 @@ bool isExportsOwnFile(const Files::Entry& entry) {
   if (entry.isFolder) return false;
   return entry.name == FolderNames::textTranscript || entry.name == FolderNames::htmlTranscript ||
          FileNaming::hasExportStamp(entry.name);
-}
-
-// A backup, or a folder above one, must never be moved while it is being read.
-bool holdsBackup(const fs::path& folder, const fs::path& backup) {
-  if (Files::exists(folder / "Manifest.plist")) return true;
-  std::error_code ignored;
-  const fs::path relative = fs::weakly_canonical(backup, ignored).lexically_relative(fs::weakly_canonical(folder, ignored));
-  return !relative.empty() && *relative.begin() != "..";
 }
 
 struct Migration {
@@ -141,7 +143,7 @@ bool moveWhole(const fs::path& from, const fs::path& to) {
 
 fs::path ExportLayout::prepare(const fs::path& destination, const fs::path& untouched) {
   fs::create_directories(destination);
-  moveForeignContentAside(destination);
+  moveForeignContentAside(destination, untouched);
   makeContentRoot(destination);
   const fs::path content = destination / FolderNames::content;
   removeAllPartials(destination, content);
