@@ -127,6 +127,16 @@ TEST_F(ExportLayoutTest, MigratesAFlatOlderExportWhole) {
   EXPECT_FALSE(fs::exists(root / "_Viewer"));
 }
 
+TEST_F(ExportLayoutTest, LeavesLinksWhereTheyAre) {
+  holdOlderExport();
+  writeFile(folder / "elsewhere/_transcript.txt", "text");
+  fs::create_directories(root);
+  fs::create_directory_symlink("../elsewhere", root / "Ana");
+  prepare();
+  EXPECT_TRUE(fs::is_symlink(root / "Ana"));
+  EXPECT_TRUE(fs::exists(root / "Ana/_transcript.txt"));
+}
+
 TEST_F(ExportLayoutTest, LeavesTheFoldersThatHoldBackups) {
   holdOlderExport();
   writeFile(root / "device/Manifest.plist", "another backup");

@@ -147,7 +147,9 @@ fs::path ExportLayout::prepare(const fs::path& destination, const fs::path& unto
   makeContentRoot(destination);
   const fs::path content = destination / FolderNames::content;
   removeAllPartials(destination, content);
-  const std::vector<Files::Entry> entries = Files::list(destination);
+  std::vector<Files::Entry> entries = Files::list(destination);
+  // A link is none of an export's making, and may lead elsewhere once it is moved.
+  std::erase_if(entries, [&](const Files::Entry& entry) { return fs::is_symlink(destination / entry.name); });
   const Migration migration{.destination = destination,
                             .content = content,
                             .untouched = untouched,
