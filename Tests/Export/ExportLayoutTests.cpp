@@ -127,6 +127,15 @@ TEST_F(ExportLayoutTest, MigratesAFlatOlderExportWhole) {
   EXPECT_FALSE(fs::exists(root / "_Viewer"));
 }
 
+TEST_F(ExportLayoutTest, AnInterruptedMigrationIsContinued) {
+  holdOlderExport();
+  writeFile(root / "Zoe/photo.jpg", "z");
+  const ExportTest::SmallVolume volume(root / "Bob", 1 << 20);
+  if (!volume.isMounted()) GTEST_SKIP() << "This user cannot mount a volume.";
+  EXPECT_THROW(prepare(), fs::filesystem_error) << "a volume cannot be renamed";
+  EXPECT_TRUE(fs::exists(root / ".tidewell-manifest.json")) << "the sign must stay until all has moved";
+}
+
 TEST_F(ExportLayoutTest, LeavesLinksWhereTheyAre) {
   holdOlderExport();
   writeFile(folder / "elsewhere/_transcript.txt", "text");

@@ -64,11 +64,14 @@ void makeContentRoot(const fs::path& destination) {
   failAsOccupied(content);
 }
 
+bool isOlderViewer(const Files::Entry& entry) {
+  return entry.isFolder && Text::lowercased(entry.name) == FolderNames::viewer;
+}
+
+bool isOlderManifest(const Files::Entry& entry) { return !entry.isFolder && entry.name == FolderManifest::fileName; }
+
 bool hasSignOfOlderExport(const std::vector<Files::Entry>& entries) {
-  return std::ranges::any_of(entries, [](const Files::Entry& entry) {
-    const bool isViewer = entry.isFolder && Text::lowercased(entry.name) == FolderNames::viewer;
-    return isViewer || (!entry.isFolder && entry.name == FolderManifest::fileName);
-  });
+  return std::ranges::any_of(entries, isOlderViewer) || std::ranges::any_of(entries, isOlderManifest);
 }
 
 bool isExportsOwnFile(const Files::Entry& entry) {
@@ -83,15 +86,19 @@ struct Migration {
   fs::path untouched;
   bool isOlderExport = false;
 
-  void move(const Files::Entry& entry) const {
-    const fs::path from = destination / entry.name;
-    if (entry.name == FolderManifest::fileName && !entry.isFolder) {
-      ExportLayout::mergeMove(from, content / entry.name);
-    } else if (entry.isFolder && Text::lowercased(entry.name) == FolderNames::viewer) {
-      ExportLayout::mergeMove(from, content / FolderNames::viewer);
-    } else if (isChatFolder(entry)) {
-      ExportLayout::mergeMove(from, content / entry.name);
+  // The signs of an older export move last, so that an interrupted migration is continued.
+  void run(const std::vector<Files::Entry>& entries) const {
+    for (const Files::Entry& entry : entries) {
+      if (isChatFolder(entry)) move(entry, entry.name);
     }
+    for (const Files::Entry& entry : entries) {
+      if (isOlderViewer(entry)) move(entry, FolderNames::viewer);
+      if (isOlderManifest(entry)) move(entry, FolderManifest::fileName);
+    }
+  }
+
+  void move(const Files::Entry& entry, const std::string& name) const {
+    ExportLayout::mergeMove(destination / entry.name, content / name);
   }
 
   bool isChatFolder(const Files::Entry& entry) const {
@@ -154,7 +161,7 @@ fs::path ExportLayout::prepare(const fs::path& destination, const fs::path& unto
                             .content = content,
                             .untouched = untouched,
                             .isOlderExport = hasSignOfOlderExport(entries)};
-  for (const Files::Entry& entry : entries) migration.move(entry);
+  migration.run(entries);
   return content;
 }
 
