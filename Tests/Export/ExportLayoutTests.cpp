@@ -249,6 +249,15 @@ TEST_F(MergeMoveTest, KeepsAFileAndAFolderOfOneName) {
             (Files{{"to/a-2", "file"}, {"to/a/b", "in folder"}, {"to/c", "file too"}, {"to/c-2/d", "in folder too"}}));
 }
 
+TEST_F(MergeMoveTest, KeepsOneOfTwoHardLinksToAFile) {
+  writeFile(root / "to/a", "a");
+  fs::create_directories(root / "from");
+  fs::create_hard_link(root / "to/a", root / "from/a");
+  merge();
+  EXPECT_EQ(filesBelow(root), (Files{{"to/a", "a"}}));
+  EXPECT_FALSE(fs::exists(root / "from"));
+}
+
 TEST_F(MergeMoveTest, MovesALinkAsALink) {
   writeFile(root / "from/a", "1");
   writeFile(root / "to/a", "2");

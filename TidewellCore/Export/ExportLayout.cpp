@@ -122,6 +122,15 @@ void removeAllPartials(const fs::path& destination, const fs::path& content) {
   for (const std::string& folder : FolderAllocator::existingChatFolders(content)) removePartials(content / folder);
 }
 
+// Whether both name one entry of one folder, however it is spelt. Two hard links are two entries.
+bool areOnePlace(const fs::path& a, const fs::path& b) {
+  std::error_code ignored;
+  if (a == b) return true;
+  if (!fs::equivalent(a, b, ignored)) return false;
+  const bool areFiles = Files::isRegularFile(a) && Files::isRegularFile(b);
+  return !areFiles || fs::equivalent(a.parent_path(), b.parent_path(), ignored);
+}
+
 // A folder itself; a link to one is moved as the link it is.
 bool isRealFolder(const fs::path& path) { return fs::is_directory(fs::symlink_status(path)); }
 
@@ -190,8 +199,7 @@ fs::path ExportLayout::viewerDataDirectory(const fs::path& destination) {
 }
 
 void ExportLayout::mergeMove(const fs::path& from, const fs::path& to) {
-  std::error_code ignored;
-  if (from == to || fs::equivalent(from, to, ignored)) return;
+  if (areOnePlace(from, to)) return;
   if (moveWhole(from, to)) return;
   if (isRealFolder(from) && isRealFolder(to)) return mergeFolder(from, to);
   const bool areFiles = Files::isRegularFile(from) && Files::isRegularFile(to);
