@@ -48,6 +48,14 @@ TEST_P(ExporterDamageTest, AMissingFileIsACountedFailure) {
   expectFailures(1);
 }
 
+TEST_P(ExporterDamageTest, AllOfAChatsFilesMissingMakesNoFolder) {
+  photo().storage.missing = true;
+  video().storage.missing = true;
+  scene.write();
+  expectFailures(2);
+  EXPECT_FALSE(fs::exists(scene.content / "Ana"));
+}
+
 TEST_P(ExporterDamageTest, AFileThatIsGoneStaysInTheExport) {
   scene.run();
   const auto before = ExportTest::filesBelow(scene.destination);

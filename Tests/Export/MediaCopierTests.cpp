@@ -99,6 +99,13 @@ TEST_F(MediaCopierTest, AFileOfAnotherSizeThanPlannedIsAFailureThatLeavesNothing
   EXPECT_FALSE(index.contains("Ana/a.jpg"));
 }
 
+TEST_F(MediaCopierTest, AFileThatCannotBeReadMakesNoFolder) {
+  PlannedCopy copy = copyTo("a.jpg");
+  copy.sourceSize = -1;
+  EXPECT_THROW(carryOut(copy), TidewellError);
+  EXPECT_TRUE(fs::is_empty(root));
+}
+
 TEST_F(MediaCopierTest, ACancelledCopyLeavesNothing) {
   try {
     carryOut(copyTo("a.jpg"), [] { return true; });

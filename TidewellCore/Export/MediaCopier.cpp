@@ -13,6 +13,8 @@ namespace {
 namespace fs = std::filesystem;
 using ExportPlanner::PlannedCopy;
 
+[[noreturn]] void failAsCut() { throw TidewellError::ioFailure("The stored file is missing or cut short."); }
+
 [[noreturn]] void failAsOccupied(const fs::path& path) {
   throw fs::filesystem_error("Something else stands in the file's place", path,
                              std::make_error_code(std::errc::file_exists));
@@ -41,6 +43,7 @@ MediaCopier::MediaCopier(const OpenedBackup& opened, DestinationIndex& index, Ca
 
 MediaCopier::Outcome MediaCopier::carryOut(const PlannedCopy& copy) {
   if (copy.alreadyPresent) return Outcome::alreadyPresent;
+  if (copy.sourceSize < 0) failAsCut();
   fs::create_directories(copy.dest.parent_path());
   const std::string folder = PathText::text(copy.dest.parent_path().filename());
   if (isPresent(copy)) {
@@ -69,13 +72,10 @@ void MediaCopier::move(const PlannedCopy& copy) {
 }
 
 void MediaCopier::write(const PlannedCopy& copy) const {
-  if (copy.sourceSize < 0) throw TidewellError::ioFailure("The stored file is missing or cut short.");
   const fs::path partial = copy.dest.parent_path() / Files::partialName();
   try {
     const StoredFile stored{.location = copy.source, .encryptionKey = copy.encryptionKey, .size = copy.sourceSize};
-    if (opened_.writePlaintext(stored, partial, isCancelled_) != copy.sourceSize) {
-      throw TidewellError::ioFailure("The stored file is missing or cut short.");
-    }
+    if (opened_.writePlaintext(stored, partial, isCancelled_) != copy.sourceSize) failAsCut();
     setDate(partial, copy);
     if (!Files::renameToFree(partial, copy.dest)) failAsOccupied(copy.dest);
   } catch (...) {
