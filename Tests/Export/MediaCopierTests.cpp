@@ -79,6 +79,13 @@ TEST_F(MediaCopierTest, ReplacesAFileOfAnotherSizeThatCameSinceThePlan) {
   EXPECT_EQ(filesBelow(root), (Files{{"Ana/a.jpg", "stored"}}));
 }
 
+TEST_F(MediaCopierTest, KeepsAFileOfAnotherSizeWhenItsReplacementFails) {
+  writeFile(root / "Ana/a.jpg", "half");
+  fs::remove(source);
+  EXPECT_ANY_THROW(carryOut(copyTo("a.jpg")));
+  EXPECT_EQ(filesBelow(root), (Files{{"Ana/a.jpg", "half"}}));
+}
+
 TEST_F(MediaCopierTest, ReplacesNeitherALinkNorAFolder) {
   writeFile(folder / "own", "half");
   fs::create_directories(root / "Ana/b.jpg");
@@ -130,6 +137,17 @@ TEST_F(MediaCopierTest, MovesAFileOutOfAFormerFolder) {
   EXPECT_EQ(ExportTest::modified(root / "Ana/b.jpg"), 1'600'000'000);
   EXPECT_TRUE(index.contains("Ana/b.jpg"));
   EXPECT_FALSE(index.contains("Old/a.jpg"));
+}
+
+TEST_F(MediaCopierTest, AMovedFileNeverReplacesAnother) {
+  writeFile(root / "Old/a.jpg", "earlier");
+  writeFile(root / "Ana/b.jpg", "other");
+  PlannedCopy copy = copyTo("b.jpg");
+  copy.source = root / "Old/a.jpg";
+  copy.leftoverFolder = "Old";
+  copy.sourceSize = 7;
+  EXPECT_THROW(carryOut(copy), fs::filesystem_error);
+  EXPECT_EQ(filesBelow(root), (Files{{"Ana/b.jpg", "other"}, {"Old/a.jpg", "earlier"}}));
 }
 
 TEST_F(MediaCopierTest, RemovesAFormerFolderThatHoldsNothingMoreThanTranscripts) {

@@ -21,7 +21,6 @@ class MediaCopier {
   void removeEmptied(const ExportPlanner::LeftoverFolders& leftovers) const;
 
  private:
-  bool isPresent(const ExportPlanner::PlannedCopy& copy) const;
   void move(const ExportPlanner::PlannedCopy& copy);
   void write(const ExportPlanner::PlannedCopy& copy) const;
 
