@@ -131,6 +131,30 @@ TEST_P(LeftoverTest, TheUsersFilesStayInTheFormerFolder) {
             (std::map<std::string, std::string>{{"notes.txt", "notes"}, {"_transcript.txt", "ours"}}));
 }
 
+// A photo lies in Bea's media folder, but a message of Ana's carries it.
+TEST(ExporterFolders, TheFolderOfAnotherChatIsNotRemovedForAFileThatMovedOutOfIt) {
+  Scene scene;
+  auto& app = scene.contents.whatsApp;
+  app.mediaFiles = {media(bea, "aa1", "jpg", "a photo")};
+  scene.write();
+  scene.run();
+  ASSERT_TRUE(fs::exists(scene.content / "Bea/undated_aa1.jpg"));
+  fs::rename(scene.content / "Bea/undated_aa1.jpg", scene.content / "Bea" / photo);
+  Fixture::writeFile(scene.content / "Bea/_transcript.txt", "all that is left of Bea's chat");
+  app.mediaFiles = {media(bea, "aa1", "jpg", "a photo", 1)};
+  scene.write();
+  scene.run();
+  EXPECT_EQ(ExportTest::textOf(scene.content / "Ana" / photo), "a photo");
+  EXPECT_EQ(ExportTest::textOf(scene.content / "Bea/_transcript.txt"), "all that is left of Bea's chat");
+  EXPECT_EQ(FolderManifest::load(scene.destination).at(bea), "Bea");
+  // Neither is it without the manifest, when it is called by Bea's JID.
+  fs::rename(scene.content / "Bea", scene.content / bea);
+  fs::remove(scene.content / ".tidewell-manifest.json");
+  fs::remove(scene.content / "_viewer/folders.json");
+  scene.run();
+  EXPECT_TRUE(fs::exists(scene.content / bea / "_transcript.txt"));
+}
+
 TEST(ExporterFolders, AManifestFromElsewhereLeadsNowhere) {
   const Scene scene;
   fs::create_directories(scene.content / "_viewer");

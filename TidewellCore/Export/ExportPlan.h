@@ -14,6 +14,7 @@ struct ExportPlan {
   FolderAssignment folders;      // one for each chat of this export
   FolderAssignment remembered;   // these, and those of chats that only earlier exports had
   ExportPlanner::LeftoverFolders leftovers;
+  ExportPlanner::LeftoverFolders removable;  // of the leftovers, those that are no other chat's
   std::vector<ExportPlanner::PlannedCopy> copies;  // in the order of the requests
   DestinationIndex index;
 

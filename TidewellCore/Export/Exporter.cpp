@@ -83,7 +83,7 @@ void copyMedia(ExportPlan& plan, const OpenedBackup& opened, const RunControl& c
     }
     progress.report(copy.exportedName, ++completed);
   }
-  copier.removeEmptied(plan.leftovers);
+  copier.removeEmptied(plan.removable);
 }
 
 }  // namespace

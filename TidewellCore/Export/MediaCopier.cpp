@@ -79,8 +79,8 @@ void MediaCopier::write(const PlannedCopy& copy) const {
   }
 }
 
-void MediaCopier::removeEmptied(const ExportPlanner::LeftoverFolders& leftovers) const {
-  for (const auto& [jid, folders] : leftovers) {
+void MediaCopier::removeEmptied(const ExportPlanner::LeftoverFolders& formerFolders) const {
+  for (const auto& [jid, folders] : formerFolders) {
     for (const std::string& folder : folders) {
       try {
         removeIfEmptied(index_.destination / PathText::path(folder));

@@ -18,7 +18,7 @@ class MediaCopier {
 
   // Removes the folders that held a chat's files in an earlier export and now
   // hold nothing more than its transcripts.
-  void removeEmptied(const ExportPlanner::LeftoverFolders& leftovers) const;
+  void removeEmptied(const ExportPlanner::LeftoverFolders& formerFolders) const;
 
  private:
   void move(const ExportPlanner::PlannedCopy& copy);
