@@ -131,6 +131,19 @@ TEST_P(LeftoverTest, TheUsersFilesStayInTheFormerFolder) {
             (std::map<std::string, std::string>{{"notes.txt", "notes"}, {"_transcript.txt", "ours"}}));
 }
 
+TEST_P(LeftoverTest, AnInterruptedMoveIsContinued) {
+  bool isCopying = false;
+  const RunControl control{
+      .progress =
+          [&](const ExportProgress& report) { isCopying = report.phase == ExportProgress::Phase::copyingMedia; },
+      .isCancelled = [&] { return isCopying; }};
+  EXPECT_THROW(scene.run(ExportOptions::defaultOptions(), control), TidewellError);
+  ASSERT_TRUE(fs::exists(former));
+  scene.run();
+  EXPECT_EQ(ExportTest::textOf(moved), "a newer photo");
+  EXPECT_FALSE(fs::exists(former));
+}
+
 // A photo lies in Bea's media folder, but a message of Ana's carries it.
 TEST(ExporterFolders, TheFolderOfAnotherChatIsNotRemovedForAFileThatMovedOutOfIt) {
   Scene scene;

@@ -54,6 +54,8 @@ ExportPlan ExportPlan::make(const std::vector<ExportPlanner::Request>& requests,
   const FolderAssignment persisted = FolderAllocator::expandPersisted(loaded, keysOf(names), snapshot);
   plan.folders = FolderAllocator::allocate(names, plan.index.mediaNameSets(), persisted, snapshot);
   plan.remembered = FolderAllocator::withAbsentChats(plan.folders, loaded, snapshot);
+  plan.rememberedMeanwhile = plan.remembered;
+  plan.rememberedMeanwhile.insert(loaded.begin(), loaded.end());
   plan.leftovers = ExportPlanner::leftoverFoldersByOwner({.folderNames = plan.folders,
                                                           .pathJIDs = pathJIDsByChat(requests),
                                                           .persisted = persisted,

@@ -119,7 +119,7 @@ ExportSummary Exporter::exportBackup(const ExportJob& job, const RunControl& con
   throwIfCancelled(control.isCancelled);
 
   // Saved before copying, so that an interrupted export keeps its folder names.
-  FolderManifest::save(contentRoot, plan.remembered);
+  FolderManifest::save(contentRoot, plan.rememberedMeanwhile);
   ExportSummary summary{.destination = job.destination,
                         .chatFolderCount = static_cast<std::int64_t>(plan.folders.size())};
   copyMedia(plan, opened, control, progress, summary);
