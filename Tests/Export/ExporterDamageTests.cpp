@@ -170,6 +170,16 @@ TEST(ExporterDamage, ABackupWithoutWhatsAppSaysSo) {
   EXPECT_FALSE(fs::exists(scene.destination));
 }
 
+TEST(ExporterDamage, AChatWithoutAnythingToReadInItsJIDIsExported) {
+  Scene scene;
+  scene.contents.whatsApp.mediaFiles.push_back(media(" ", "fa6", "jpg", "whose?"));
+  scene.contents.whatsApp.mediaFiles.push_back({.localPath = "Media", .content = {}});
+  scene.write();
+  const ExportSummary summary = scene.run();
+  EXPECT_EQ(summary.failedCount, 0);
+  EXPECT_EQ(summary.copiedCount, 6);
+}
+
 TEST(ExporterDamage, NamesThatWouldLeadOutOfTheContentRootAreCleaned) {
   Scene scene;
   scene.contents.whatsApp.chats[0].name = "../../up";
