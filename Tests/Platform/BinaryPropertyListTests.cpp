@@ -299,6 +299,23 @@ TEST(BinaryPropertyList, RefusesDeepNesting) {
   expectRefused(nested(300'000), "as deep as no stack is");
 }
 
+TEST(BinaryPropertyList, RefusesDepthThatGrowsBySharing) {
+  // The root names a list, then one that holds it, then one that holds that: no reader stands deep in
+  // it while reading, but each list is one level deeper than the last.
+  const auto staircase = [](std::size_t steps) {
+    const auto reference = [](std::size_t i) { return hexByte(i >> 24) + hexByte(i >> 16) + hexByte(i >> 8) + hexByte(i); };
+    HandMade file{.objects = {"AF12" + reference(steps)}, .offsetSize = 4, .referenceSize = 4};
+    for (std::size_t i = 1; i <= steps; ++i) {
+      file.objects[0] += reference(i);
+      file.objects.push_back(i == 1 ? "A0" : "A1" + reference(i - 1));
+    }
+    return file;
+  };
+  EXPECT_NO_THROW(parsed(staircase(PropertyListLimits::depth - 1)));
+  expectRefused(staircase(PropertyListLimits::depth), "one level too many");
+  expectRefused(staircase(200'000), "deeper than a stack unwinds");
+}
+
 TEST(BinaryPropertyList, RefusesObjectsThatOverlap) {
   // Many texts that all lie in the same bytes would cost the square of the file's size.
   const std::string text = "4F 12 00001000" + std::string(2 * 4096, '0');

@@ -1,5 +1,6 @@
 #include "TidewellCore/Platform/BinaryPropertyList.h"
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <limits>
@@ -117,6 +118,7 @@ class Reader {
   explicit Reader(ByteView file) : file_(file), trailer_(readTrailer()) {
     objects_.resize(static_cast<std::size_t>(trailer_.objectCount));
     states_.resize(objects_.size(), State::unread);
+    heights_.resize(objects_.size());
   }
 
   // Builds the root's objects without recursion: a container waits on the
@@ -250,7 +252,17 @@ class Reader {
     open_.push_back({.index = index, .object = readObject(index)});
   }
 
+  // Sharing builds a deep tree out of shallow pieces, and what is built is
+  // destroyed level by level: its own depth counts, not that of the stack alone.
+  void measure(const Open& done) {
+    std::size_t below = 0;
+    for (const std::size_t index : done.object.references) below = std::max<std::size_t>(below, heights_[index]);
+    if (below >= PropertyListLimits::depth) fail("it is nested too deeply");
+    heights_[done.index] = static_cast<std::uint16_t>(below + 1);
+  }
+
   void finish(const Open& done) {
+    measure(done);
     objects_[done.index] = PropertyList(containerOrLeaf(done.object));
     states_[done.index] = State::built;
   }
@@ -281,6 +293,7 @@ class Reader {
   std::size_t charged_ = 0;
   std::vector<PropertyList> objects_;
   std::vector<State> states_;
+  std::vector<std::uint16_t> heights_;  // levels below and with an object that is built
   std::vector<Open> open_;
 };
 
