@@ -1,0 +1,5 @@
+target_sources(TidewellCoreTests PRIVATE
+  ${CMAKE_CURRENT_LIST_DIR}/BackupInspectorTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/BackupLibraryTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/MaterializeTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/StoredFileLocationTests.cpp)
