@@ -3,4 +3,5 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/BackupLibraryTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ManifestStoreTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MaterializeTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/OpenedBackupTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/StoredFileLocationTests.cpp)

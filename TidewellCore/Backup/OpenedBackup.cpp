@@ -17,10 +17,12 @@ namespace fs = std::filesystem;
 constexpr const char* indexName = "Manifest.db";
 constexpr const char* workingFolderPrefix = "Tidewell-manifest-";
 
-// Reading such an index in place would write beside it, or lack its newest rows.
+// Reading such an index in place would write beside it, lack its newest rows,
+// or wait for a FIFO that somebody put beside it.
 bool needsWorkingCopy(const fs::path& index) {
   for (const char* ending : SQLiteHeader::companionEndings) {
-    if (Files::isRegularFile(index.native() + ending)) return true;
+    std::error_code ignored;
+    if (fs::exists(fs::symlink_status(index.native() + ending, ignored))) return true;
   }
   const auto header = SQLiteHeader::read(index);
   return header && header->isWAL;
