@@ -133,7 +133,7 @@ void TemporaryBackupDatabase::copyDatabaseFile(const fs::path& backup, const Man
     return;
   }
   ManifestFile uncut = file;
-  if (const auto size = opened->provenSize(file)) uncut.plaintextSize = size;
+  uncut.plaintextSize = opened->provenSize(file);
   opened->materialize(uncut, destination);
   const auto header = SQLiteHeader::read(destination);
   if (!header || Files::regularFileSize(destination) >= header->databaseSize) return;
