@@ -61,16 +61,15 @@ ExportSummary exportBackup(const Options& options) {
   const Exporter exporter{.timeZone = options.timeZone,
                           .locale = options.locale,
                           .transcriptStyle = TranscriptStyle::matching(options.locale)};
-  const std::filesystem::path backup = PathText::path(options.backup);
+  const std::filesystem::path backup = absolutePath(options.backup);
   const SecretBytes password = options.password.read(exporter.inspect(backup).isEncrypted);
   ProgressDisplay display(!options.noProgress);
-  return exporter.exportBackup(
-      {.backup = backup,
-       .destination = PathText::path(options.destination),
-       .options = options.wanted,
-       .password = passwordText(password)},
-      {.progress = [&](const ExportProgress& progress) { display.show(progress); },
-       .isCancelled = Interruption::check()});
+  return exporter.exportBackup({.backup = backup,
+                                .destination = absolutePath(options.destination),
+                                .options = options.wanted,
+                                .password = passwordText(password)},
+                               {.progress = [&](const ExportProgress& progress) { display.show(progress); },
+                                .isCancelled = Interruption::check()});
 }
 
 int run(const Options& options) {

@@ -29,12 +29,16 @@ std::string line(const std::vector<HumanText::Column>& columns, const std::vecto
 std::string HumanText::size(std::int64_t bytes) {
   constexpr std::array<const char*, 6> units{"kB", "MB", "GB", "TB", "PB", "EB"};
   constexpr double step = 1000;
-  if (bytes < 1000) return fmt::format("{} {}", bytes, bytes == 1 ? "byte" : "bytes");
+  if (bytes < 1000) return counted(bytes, "byte");
   double amount = static_cast<double>(bytes) / step;
   std::size_t unit = 0;
   // 999.95 would be written as 1000.0.
   for (; amount >= 999.95 && unit + 1 < units.size(); ++unit) amount /= step;
   return fmt::format("{:.1f} {}", amount, units[unit]);
+}
+
+std::string HumanText::counted(std::int64_t count, std::string_view thing) {
+  return fmt::format("{} {}{}", count, thing, count == 1 ? "" : "s");
 }
 
 std::string HumanText::date(const std::optional<Date>& date) {
@@ -46,6 +50,17 @@ std::string HumanText::safe(std::string_view text) {
   std::u32string scalars = Text::scalars(text);
   std::ranges::replace_if(scalars, Text::isControl, U'\uFFFD');
   return Text::fromScalars(scalars);
+}
+
+std::string HumanText::name(std::string_view text) {
+  constexpr std::size_t widest = 44;
+  const std::string whole = safe(text);
+  return Text::displayWidth(whole) <= widest ? whole : fitted(whole, widest - 1) + "…";
+}
+
+std::string HumanText::fitted(std::string text, std::size_t width) {
+  for (std::size_t count = width; Text::displayWidth(text) > width; --count) text = Text::firstCharacters(text, count);
+  return text;
 }
 
 std::vector<std::string> HumanText::table(const std::vector<Column>& columns, const std::vector<Row>& rows) {

@@ -13,10 +13,16 @@ namespace HumanText {
 
 // "3 bytes", "1.2 MB": decimal units, as file managers show them.
 std::string size(std::int64_t bytes);
+// "1 chat", "2 chats".
+std::string counted(std::int64_t count, std::string_view thing);
 // "2024-05-01 14:03" in this computer's time zone; "unknown" without a date.
 std::string date(const std::optional<Date>& date);
 // Text from a backup, without the control characters that would steer the terminal.
 std::string safe(std::string_view text);
+// The same, cut with "…" to fit a column.
+std::string name(std::string_view text);
+// At most as many terminal columns as `width`.
+std::string fitted(std::string text, std::size_t width);
 
 enum class Alignment { left, right };
 struct Column {

@@ -17,7 +17,7 @@ struct Options {
 
 HumanText::Row row(const DiscoveredBackup& backup, bool withSizes) {
   const BackupInfo& info = backup.info;
-  HumanText::Row cells{HumanText::safe(info.deviceName.value_or("iPhone")),
+  HumanText::Row cells{HumanText::name(info.deviceName.value_or("iPhone")),
                        HumanText::safe(info.iosVersion.value_or("unknown")), HumanText::date(info.backupDate),
                        info.isEncrypted ? "yes" : "no"};
   if (withSizes) cells.push_back(HumanText::size(backup.byteCount.value_or(0)));
@@ -38,7 +38,7 @@ void print(const BackupLibrarySnapshot& snapshot, const Options& options) {
 }
 
 int run(const Options& options) {
-  BackupLibrarySnapshot snapshot = BackupLibrary::diagnose(PathText::path(options.root));
+  BackupLibrarySnapshot snapshot = BackupLibrary::diagnose(absolutePath(options.root));
   if (options.sizes) {
     for (DiscoveredBackup& backup : snapshot.backups) {
       backup.byteCount = BackupLibrary::folderByteCount(backup.info.url);

@@ -37,6 +37,11 @@ int runReporting(Format format, const std::function<int()>& work) {
   }
 }
 
+std::filesystem::path absolutePath(const std::string& argument) {
+  const std::filesystem::path path = std::filesystem::absolute(argument).lexically_normal();
+  return path.has_filename() || path == path.root_path() ? path : path.parent_path();
+}
+
 void printLine(std::string_view line) { fmt::print("{}\n", line); }
 
 void printErrorLine(std::string_view line) { fmt::print(stderr, "{}\n", line); }

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <filesystem>
 #include <functional>
+#include <string>
 #include <string_view>
 
 #include "TidewellCore/Platform/Json.h"
@@ -21,6 +23,9 @@ enum class Format { human, json };
 // Runs a command's work, which returns an exit code. A failure is reported, as
 // one JSON object on standard output or as text on standard error.
 int runReporting(Format format, const std::function<int()>& work);
+
+// The folder that an argument names, from the root and without "." and "..".
+std::filesystem::path absolutePath(const std::string& argument);
 
 void printLine(std::string_view line);
 void printErrorLine(std::string_view line);

@@ -61,10 +61,11 @@ class HiddenInput {
 };
 
 SecretBytes askOnTerminal() {
+  // Hidden before it is asked for: what is typed at the first sight of the question counts.
+  const HiddenInput hidden;
   std::fputs("Password of this backup: ", stderr);
   std::fflush(stderr);
   const std::shared_ptr<void> lineBreak(nullptr, [](void*) { printErrorLine(""); });
-  const HiddenInput hidden;
   return readFirstLine(STDIN_FILENO, "the terminal");
 }
 

@@ -7,7 +7,6 @@
 #include "TidewellCLI/HumanText.h"
 #include "TidewellCLI/Output.h"
 #include "TidewellCore/Export/ExportTiming.h"
-#include "TidewellCore/Platform/Text.h"
 
 namespace {
 
@@ -15,12 +14,18 @@ using Phase = ExportProgress::Phase;
 
 const char* title(Phase phase) {
   switch (phase) {
-    case Phase::preparing: return "Preparing…";
-    case Phase::unlocking: return "Unlocking backup…";
-    case Phase::readingChats: return "Reading chats…";
-    case Phase::copyingMedia: return "Copying media";
-    case Phase::writingTranscripts: return "Writing transcripts";
-    case Phase::finished: return "Finished";
+    case Phase::preparing:
+      return "Preparing…";
+    case Phase::unlocking:
+      return "Unlocking backup…";
+    case Phase::readingChats:
+      return "Reading chats…";
+    case Phase::copyingMedia:
+      return "Copying media";
+    case Phase::writingTranscripts:
+      return "Writing transcripts";
+    case Phase::finished:
+      return "Finished";
   }
   return "";
 }
@@ -38,12 +43,6 @@ std::string bar(double fraction) {
   return "[" + std::string(filled, '#') + std::string(width - filled, '-') + "]";
 }
 
-// A terminal that wraps a line cannot redraw it.
-std::string fitted(std::string text, std::size_t width) {
-  for (std::size_t count = width; Text::displayWidth(text) > width; --count) text = Text::firstCharacters(text, count);
-  return text;
-}
-
 }  // namespace
 
 ProgressDisplay::ProgressDisplay(bool isShown) : isShown_(isShown), isTerminal_(::isatty(STDERR_FILENO) == 1) {}
@@ -58,7 +57,8 @@ void ProgressDisplay::show(const ExportProgress& progress) {
     phaseStart_ = std::chrono::steady_clock::now();
   }
   if (isTerminal_) {
-    fmt::print(stderr, "\r\033[K{}", fitted(line(progress), terminalWidth() - 1));
+    // A terminal that wraps a line cannot redraw it.
+    fmt::print(stderr, "\r\033[K{}", HumanText::fitted(line(progress), terminalWidth() - 1));
     std::fflush(stderr);
     isDrawn_ = true;
   } else if (isNewPhase) {

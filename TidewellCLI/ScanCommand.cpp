@@ -7,7 +7,6 @@
 #include "TidewellCLI/Output.h"
 #include "TidewellCLI/PasswordSource.h"
 #include "TidewellCore/Export/Exporter.h"
-#include "TidewellCore/Platform/PathText.h"
 
 namespace {
 
@@ -26,8 +25,8 @@ void printTable(const std::vector<HumanText::Column>& columns, const std::vector
 void printKinds(const ScanResult& result) {
   std::vector<HumanText::Row> rows;
   for (const MediaKind kind : MediaKind::allCases) {
-    rows.push_back({std::string(kind.displayName()), std::to_string(result.count({kind})),
-                    HumanText::size(result.bytes({kind}))});
+    rows.push_back(
+        {std::string(kind.displayName()), std::to_string(result.count({kind})), HumanText::size(result.bytes({kind}))});
   }
   rows.push_back({"Total", std::to_string(result.mediaFileCount), HumanText::size(result.totalBytes)});
   printTable({{"Kind"}, {"Files", Alignment::right}, {"Size", Alignment::right}}, rows);
@@ -36,7 +35,7 @@ void printKinds(const ScanResult& result) {
 void printChats(const ScanResult& result) {
   std::vector<HumanText::Row> rows;
   for (const ScanChat& chat : result.chats) {
-    rows.push_back({HumanText::safe(chat.name), std::to_string(chat.messageCount), std::to_string(chat.mediaFileCount),
+    rows.push_back({HumanText::name(chat.name), std::to_string(chat.messageCount), std::to_string(chat.mediaFileCount),
                     HumanText::size(chat.mediaBytes)});
   }
   printTable({{"Chat"}, {"Messages", Alignment::right}, {"Files", Alignment::right}, {"Size", Alignment::right}}, rows);
@@ -45,10 +44,13 @@ void printChats(const ScanResult& result) {
 void print(const ScanResult& result) {
   if (!result.hasChatStorage) printLine("This backup holds no WhatsApp chat database.");
   printKinds(result);
+  if (!result.chats.empty()) {
+    printLine("");
+    printChats(result);
+  }
   printLine("");
-  if (!result.chats.empty()) printChats(result);
-  printLine(std::to_string(result.chatCount) + " chats · " + std::to_string(result.skippedThumbnailCount) +
-            " thumbnails left out");
+  printLine(HumanText::counted(result.chatCount, "chat") + " · " +
+            HumanText::counted(result.skippedThumbnailCount, "thumbnail") + " left out");
 }
 
 void printDiagnostics(const BackupUnlockReport& report) {
@@ -57,7 +59,7 @@ void printDiagnostics(const BackupUnlockReport& report) {
 
 int run(const Options& options) {
   const Exporter exporter;
-  const std::filesystem::path backup = PathText::path(options.backup);
+  const std::filesystem::path backup = absolutePath(options.backup);
   const SecretBytes password = options.password.read(exporter.inspect(backup).isEncrypted);
   const ScanResult result = exporter.scan(backup, passwordText(password), printDiagnostics, Interruption::check());
   options.json ? printJson(JsonRecords::json(result)) : print(result);

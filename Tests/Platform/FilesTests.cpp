@@ -63,6 +63,15 @@ TEST_F(FilesTest, OnlyARegularFileIsOne) {
   EXPECT_FALSE(Files::isRegularFile("/dev/null"));
 }
 
+TEST_F(FilesTest, KnowsWhetherAnythingStandsThere) {
+  EXPECT_TRUE(Files::exists(make("file")));
+  EXPECT_TRUE(Files::exists(folder_.path()));
+  EXPECT_TRUE(Files::exists(link("link", "file")));
+  EXPECT_FALSE(Files::exists(link("dangling", "nowhere")));
+  EXPECT_FALSE(Files::exists(at("missing")));
+  EXPECT_FALSE(Files::exists(at("file") / "below"));
+}
+
 TEST_F(FilesTest, MeasuresRegularFilesOnly) {
   EXPECT_EQ(Files::regularFileSize(make("file", "hello")), 5);
   EXPECT_EQ(Files::regularFileSize(make("empty", "")), 0);

@@ -65,6 +65,14 @@ TEST(Text, CutsToBytesBetweenCharacters) {
   EXPECT_EQ(Text::cutToBytes("ae\u0301", 3), "a");
 }
 
+TEST(Text, MeasuresTheColumnsOfATerminal) {
+  EXPECT_EQ(Text::displayWidth("abc"), 3u);
+  EXPECT_EQ(Text::displayWidth("日本"), 4u);
+  EXPECT_EQ(Text::displayWidth("e\u0301"), 1u);
+  EXPECT_EQ(Text::displayWidth("a\u200Bb"), 2u);
+  EXPECT_EQ(Text::displayWidth(""), 0u);
+}
+
 TEST(Text, ScalarsAndTextConvertBothWays) {
   EXPECT_EQ(Text::scalars("aé日🎉"), U"aé日🎉");
   EXPECT_EQ(Text::fromScalars(U"aé日🎉"), "aé日🎉");

@@ -14,10 +14,14 @@ inline Bytes fromHex(std::string_view digits) {
   bool isHalf = false;
   for (const char c : digits) {
     if (c == ' ' || c == '\n') continue;
-    const std::size_t value = std::string_view("0123456789abcdef").find(c >= 'A' && c <= 'F' ? c + 32 : c);
-    if (value == std::string_view::npos) throw std::runtime_error("This is no hexadecimal digit.");
-    if (!isHalf) bytes.push_back(0);
-    bytes.back() = static_cast<std::uint8_t>(bytes.back() << 4 | value);
+    const std::size_t place = std::string_view("0123456789abcdefABCDEF").find(c);
+    if (place == std::string_view::npos) throw std::runtime_error("This is no hexadecimal digit.");
+    const std::size_t value = place < 16 ? place : place - 6;
+    if (isHalf) {
+      bytes.back() = static_cast<std::uint8_t>(bytes.back() * 16u + value);
+    } else {
+      bytes.push_back(static_cast<std::uint8_t>(value));
+    }
     isHalf = !isHalf;
   }
   if (isHalf) throw std::runtime_error("A hexadecimal digit is left over.");

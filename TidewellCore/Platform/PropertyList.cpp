@@ -3,7 +3,10 @@
 #include "TidewellCore/Platform/BinaryPropertyList.h"
 #include "TidewellCore/Platform/XMLPropertyList.h"
 
-PropertyList::PropertyList() : PropertyList(PropertyListValue{}) {}
+PropertyList::PropertyList() {
+  static const auto null = std::make_shared<const PropertyListValue>();
+  value_ = null;
+}
 
 PropertyList::PropertyList(PropertyListValue value)
     : value_(std::make_shared<const PropertyListValue>(std::move(value))) {}

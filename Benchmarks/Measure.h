@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <string>
+
+// Times mean nothing on a busy machine, ratios of times taken in turns do.
+namespace Measure {
+
+struct Comparison {
+  double ours = 0;       // median seconds
+  double reference = 0;  // median seconds
+
+  double ratio() const { return ours / reference; }
+};
+// Runs both in turns and takes the median of each.
+Comparison compare(const std::function<void()>& ours, const std::function<void()>& reference);
+
+// The memory that `work` takes at its peak, in bytes, measured in a process of its own.
+std::int64_t peakMemory(const std::function<void()>& work);
+
+// Runs a shell command; a failure ends the program.
+void shell(const std::string& command);
+void makeRandomFile(const std::filesystem::path& file, std::size_t megabytes);
+
+void report(const std::string& what, const std::string& reference, const Comparison& comparison);
+
+}  // namespace Measure
+
+void measureCopying(const std::filesystem::path& folder);
+void measureDecryption(const std::filesystem::path& folder);
+void measureMessages(const std::filesystem::path& folder);

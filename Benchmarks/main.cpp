@@ -1,0 +1,10 @@
+#include "Benchmarks/Measure.h"
+#include "Tests/Support/TemporaryDirectory.h"
+
+int main() {
+  const Fixture::TemporaryDirectory folder;
+  // Memory that this process freed would be used again unseen, so the messages come first.
+  measureMessages(folder.path());
+  measureCopying(folder.path());
+  measureDecryption(folder.path());
+}

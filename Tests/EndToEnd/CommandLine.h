@@ -1,0 +1,42 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "Tests/Support/TemporaryDirectory.h"
+#include "TidewellCore/Platform/Json.h"
+
+// What a run of the program left.
+struct Finished {
+  int exitCode = -1;  // negative when a signal ended it
+  std::string output;
+  std::string errors;
+
+  // Standard output as one JSON object; fails the test when it is anything else.
+  Json::Object json() const;
+};
+
+// Runs the built `tidewell` as a user would: in a folder of its own, with its
+// own home and temporary folder, and nothing else of this process's environment.
+class CommandLine {
+ public:
+  CommandLine();
+
+  // `input` is all that standard input holds.
+  Finished run(const std::vector<std::string>& arguments, const std::string& input = {}) const;
+  // Sends `signal` when the program's errors hold `text`.
+  Finished interrupt(const std::vector<std::string>& arguments, const std::string& text, int signal) const;
+  // On a terminal of its own, with `typed` as the keys; output and errors come together.
+  Finished runOnTerminal(const std::vector<std::string>& arguments, const std::string& typed) const;
+
+  std::filesystem::path operator/(const std::string& name) const { return folder_ / name; }
+  // What the program left in its temporary folder.
+  std::vector<std::string> temporaryFiles() const;
+
+ private:
+  std::vector<std::string> environment() const;
+  [[noreturn]] void become(const std::vector<std::string>& arguments) const;
+
+  Fixture::TemporaryDirectory folder_;
+};

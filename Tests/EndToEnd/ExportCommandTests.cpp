@@ -1,0 +1,143 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+#include "Tests/EndToEnd/CommandLine.h"
+#include "Tests/Support/BackupBuilder.h"
+#include "Tests/Support/SampleConversations.h"
+
+using testing::HasSubstr;
+using testing::Not;
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* ana = "5511900001111@s.whatsapp.net";
+constexpr const char* password = "correct horse";
+
+Fixture::BackupContents twoFiles() {
+  return {.whatsApp = {.chats = {{.jid = ana, .name = "Ana"}},
+                       .messages = {{.chat = 1, .date = 700000000}, {.chat = 1, .date = 700000060}},
+                       .mediaFiles = {{.localPath = Fixture::mediaPath(ana, "ab-photo", "jpg"),
+                                       .content = Fixture::Bytes(1200, 7),
+                                       .message = 1},
+                                      {.localPath = Fixture::mediaPath(ana, "cd-note", "opus"),
+                                       .content = Fixture::Bytes(300, 8),
+                                       .message = 2}}}};
+}
+
+Fixture::BackupContents encrypted(Fixture::BackupContents contents, std::uint32_t rounds = 100) {
+  contents.encryption = Fixture::Encryption{.keyBag = {.password = password, .doubleIterations = rounds}};
+  return contents;
+}
+
+std::vector<std::string> filesIn(const fs::path& folder) {
+  std::vector<std::string> names;
+  for (const auto& entry : fs::directory_iterator(folder)) names.push_back(entry.path().filename());
+  std::ranges::sort(names);
+  return names;
+}
+
+TEST(ExportCommand, LeavesEachChatsFilesInAFolderNamedAfterIt) {
+  const CommandLine commandLine;
+  Fixture::writeBackup(twoFiles(), commandLine / "device");
+  const Finished finished = commandLine.run({"export", "device", "saved"});
+  EXPECT_EQ(finished.exitCode, 0) << finished.errors;
+  EXPECT_EQ(finished.output, "Export finished\nSaved to " + (commandLine / "saved").string() +
+                                 "\n2 copied · 0 already present · 0 transcripts · 0 failed\n");
+  EXPECT_EQ(finished.errors, "Preparing…\nReading chats…\nCopying media\nFinished\n");
+  EXPECT_THAT(filesIn(commandLine / "saved/messages/Ana"),
+              testing::ElementsAre("2023-03-08_202640_ab-photo.jpg", "2023-03-08_202740_cd-note.opus"));
+}
+
+TEST(ExportCommand, CopiesNothingTheSecondTimeAndNeverChangesTheBackup) {
+  const CommandLine commandLine;
+  Fixture::writeBackup(encrypted(Fixture::sampleBackup({.messageCount = 300, .mediaCount = 60})),
+                       commandLine / "device");
+  const auto backup = Fixture::treeSnapshot(commandLine / "device");
+  const std::vector<std::string> arguments{"export", "device", "saved", "--password-stdin", "--json"};
+  const Json::Object first = commandLine.run(arguments, password).json();
+  const auto saved = Fixture::treeSnapshot(commandLine / "saved/messages/Ana");
+  const Json::Object second = commandLine.run(arguments, password).json();
+  EXPECT_GT(*first.at("copiedCount").as<std::int64_t>(), 0);
+  EXPECT_EQ(*second.at("copiedCount").as<std::int64_t>(), 0);
+  EXPECT_EQ(*second.at("skippedExistingCount").as<std::int64_t>(), *first.at("copiedCount").as<std::int64_t>());
+  EXPECT_EQ(Fixture::treeSnapshot(commandLine / "saved/messages/Ana"), saved);
+  EXPECT_EQ(Fixture::treeSnapshot(commandLine / "device"), backup);
+  EXPECT_TRUE(commandLine.temporaryFiles().empty());
+}
+
+TEST(ExportCommand, CopiesOnlyTheKindsAskedFor) {
+  const CommandLine commandLine;
+  Fixture::writeBackup(twoFiles(), commandLine / "device");
+  EXPECT_EQ(commandLine.run({"export", "device", "saved", "--kinds", "voiceNotes,documents"}).exitCode, 0);
+  EXPECT_THAT(filesIn(commandLine / "saved/messages/Ana"), testing::ElementsAre("2023-03-08_202740_cd-note.opus"));
+}
+
+TEST(ExportCommand, StampsNamesInTheTimeZoneAskedFor) {
+  const CommandLine commandLine;
+  Fixture::writeBackup(twoFiles(), commandLine / "device");
+  const std::vector<std::string> arguments{"export",   "device", "saved",        "--time-zone", "America/Sao_Paulo",
+                                           "--locale", "pt-BR",  "--no-progress"};
+  const Finished finished = commandLine.run(arguments);
+  EXPECT_EQ(finished.errors, "");
+  EXPECT_TRUE(fs::exists(commandLine / "saved/messages/Ana/2023-03-08_172640_ab-photo.jpg"));
+}
+
+TEST(ExportCommand, EndsWithThreeWhenACopyFailed) {
+  const CommandLine commandLine;
+  Fixture::BackupContents contents = twoFiles();
+  contents.whatsApp.mediaFiles[0].storage.missing = true;
+  Fixture::writeBackup(contents, commandLine / "device");
+  const Finished finished = commandLine.run({"export", "device", "saved"});
+  EXPECT_EQ(finished.exitCode, 3);
+  EXPECT_THAT(finished.output, HasSubstr("1 copied · 0 already present · 0 transcripts · 1 failed\n"));
+}
+
+TEST(ExportCommand, RefusesToWriteIntoTheBackup) {
+  const CommandLine commandLine;
+  Fixture::writeBackup(twoFiles(), commandLine / "device");
+  const auto before = Fixture::treeSnapshot(commandLine / "device");
+  const Finished finished = commandLine.run({"export", "device", "device/saved"});
+  EXPECT_EQ(finished.exitCode, 1);
+  EXPECT_THAT(finished.errors, HasSubstr("Cannot write to the destination folder"));
+  EXPECT_EQ(Fixture::treeSnapshot(commandLine / "device"), before);
+}
+
+TEST(ExportCommand, ReportsADestinationThatIsAFile) {
+  const CommandLine commandLine;
+  Fixture::writeBackup(twoFiles(), commandLine / "device");
+  Fixture::writeFile(commandLine / "saved", "mine");
+  const Json::Object object = commandLine.run({"export", "device", "saved", "--json"}).json();
+  const Json::Object& error = *object.at("error").as<Json::Object>();
+  EXPECT_EQ(*error.at("case").as<std::string>(), "destinationNotWritable");
+  EXPECT_TRUE(error.contains("recoverySuggestion"));
+}
+
+TEST(ExportCommand, StopsAtTheFirstInterruptionAndCleansUp) {
+  for (const int signal : {SIGINT, SIGTERM}) {
+    const CommandLine commandLine;
+    // Enough rounds for the signal to arrive while the key is derived.
+    Fixture::writeBackup(encrypted(twoFiles(), 3'000'000), commandLine / "device");
+    Fixture::writeFile(commandLine / "password.txt", password);
+    const Finished finished =
+        commandLine.interrupt({"export", "device", "saved", "--password-file", "password.txt"}, "Unlocking", signal);
+    EXPECT_EQ(finished.exitCode, 130);
+    EXPECT_THAT(finished.errors, HasSubstr("The export was cancelled.\n"));
+    EXPECT_TRUE(commandLine.temporaryFiles().empty());
+    EXPECT_FALSE(fs::exists(commandLine / "saved"));
+  }
+}
+
+TEST(ExportCommand, RedrawsOneProgressLineOnATerminal) {
+  const CommandLine commandLine;
+  Fixture::writeBackup(encrypted(twoFiles()), commandLine / "device");
+  const Finished finished = commandLine.runOnTerminal({"export", "device", "saved"}, std::string(password) + "\n");
+  EXPECT_EQ(finished.exitCode, 0);
+  EXPECT_THAT(finished.output, HasSubstr("\r\033[KCopying media [####################] 2 of 2"));
+  EXPECT_THAT(finished.output, Not(HasSubstr(password)));
+}
+
+}  // namespace

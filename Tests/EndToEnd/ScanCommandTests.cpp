@@ -1,0 +1,115 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Tests/EndToEnd/CommandLine.h"
+#include "Tests/Support/BackupBuilder.h"
+
+using testing::HasSubstr;
+using testing::Not;
+
+namespace {
+
+constexpr const char* ana = "5511900001111@s.whatsapp.net";
+
+Fixture::BackupContents smallBackup() {
+  return {.whatsApp = {.chats = {{.jid = ana, .name = "Ana"}},
+                       .messages = {{.chat = 1, .date = 700000000, .text = "oi"}, {.chat = 1, .date = 700000001}},
+                       .mediaFiles = {{.localPath = Fixture::mediaPath(ana, "ab-photo", "jpg"),
+                                       .content = Fixture::Bytes(1200, 7),
+                                       .message = 2}}}};
+}
+
+Fixture::BackupContents encryptedBackup() {
+  Fixture::BackupContents contents = smallBackup();
+  contents.encryption = Fixture::Encryption{.keyBag = {.password = "correct horse"}};
+  return contents;
+}
+
+TEST(ScanCommand, ShowsChatsAndKindsOfAPlainBackup) {
+  const CommandLine commandLine;
+  Fixture::writeBackup(smallBackup(), commandLine / "device");
+  const Finished finished = commandLine.run({"scan", "device"});
+  EXPECT_EQ(finished.exitCode, 0);
+  EXPECT_EQ(finished.errors, "");
+  EXPECT_THAT(finished.output, HasSubstr("Photos           1   1.2 kB\n"));
+  EXPECT_THAT(finished.output, HasSubstr("\n\nChat  Messages  Files    Size\nAna          2      1  1.2 kB\n"
+                                         "\n1 chat · 0 thumbnails left out\n"));
+}
+
+TEST(ScanCommand, GivesTheFieldsOfTheResultAsJson) {
+  const CommandLine commandLine;
+  Fixture::writeBackup(smallBackup(), commandLine / "device");
+  const Json::Object object = commandLine.run({"scan", "device", "--json"}).json();
+  for (const char* key : {"chatCount", "totalBytes", "statsByKind", "skippedThumbnailCount", "hasChatStorage",
+                          "whatsAppDomain", "chats"}) {
+    EXPECT_TRUE(object.contains(key)) << key;
+  }
+  const Json::Object& photos = *object.at("statsByKind").as<Json::Object>()->at("photos").as<Json::Object>();
+  EXPECT_EQ(*photos.at("count").as<std::int64_t>(), 1);
+  EXPECT_EQ(*photos.at("byteCount").as<std::int64_t>(), 1200);
+  const Json::Object& chat = *object.at("chats").as<Json::Array>()->at(0).as<Json::Object>();
+  EXPECT_EQ(*chat.at("jid").as<std::string>(), ana);
+  EXPECT_EQ(*chat.at("messageCount").as<std::int64_t>(), 2);
+}
+
+TEST(ScanCommand, TakesThePasswordFromAFileOrStandardInput) {
+  const CommandLine commandLine;
+  Fixture::writeBackup(encryptedBackup(), commandLine / "device");
+  Fixture::writeFile(commandLine / "password.txt", "correct horse\r\nsecond line\n");
+  EXPECT_EQ(commandLine.run({"scan", "device", "--password-file", "password.txt"}).exitCode, 0);
+  EXPECT_EQ(commandLine.run({"scan", "device", "--password-stdin"}, "correct horse\nmore").exitCode, 0);
+  EXPECT_EQ(commandLine.run({"scan", "device", "--password-stdin"}, "correct horse").exitCode, 0);
+}
+
+TEST(ScanCommand, AsksForThePasswordOnATerminalWithoutShowingIt) {
+  const CommandLine commandLine;
+  Fixture::writeBackup(encryptedBackup(), commandLine / "device");
+  const Finished finished = commandLine.runOnTerminal({"scan", "device"}, "correct horse\n");
+  EXPECT_EQ(finished.exitCode, 0) << finished.output;
+  EXPECT_THAT(finished.output, HasSubstr("Password of this backup: "));
+  EXPECT_THAT(finished.output, HasSubstr("Ana "));
+  EXPECT_THAT(finished.output, Not(HasSubstr("correct horse")));
+}
+
+TEST(ScanCommand, NeedsAPasswordWhenThereIsNoWayToAskForIt) {
+  const CommandLine commandLine;
+  Fixture::writeBackup(encryptedBackup(), commandLine / "device");
+  const Finished finished = commandLine.run({"scan", "device"});
+  EXPECT_EQ(finished.exitCode, 1);
+  EXPECT_THAT(finished.errors, HasSubstr("This iPhone backup is encrypted. Enter the password you set in Finder.\n\n"));
+  const Json::Object error = *commandLine.run({"scan", "device", "--json"}).json().at("error").as<Json::Object>();
+  EXPECT_EQ(*error.at("case").as<std::string>(), "needsBackupPassword");
+}
+
+TEST(ScanCommand, PrintsTheUnlockStagesOnSuccessAndOnFailure) {
+  const CommandLine commandLine;
+  Fixture::writeBackup(encryptedBackup(), commandLine / "device");
+  EXPECT_THAT(commandLine.run({"scan", "device", "--password-stdin"}, "correct horse").errors,
+              HasSubstr("unlock: class keys 8/11 unwrapped\n"));
+  const Finished refused = commandLine.run({"scan", "device", "--password-stdin", "--json"}, "wrong");
+  EXPECT_EQ(refused.exitCode, 1);
+  EXPECT_THAT(refused.errors, HasSubstr("unlock: class keys 0/11 unwrapped\n"));
+  EXPECT_THAT(refused.errors, Not(HasSubstr("wrong")));
+  EXPECT_EQ(*refused.json().at("error").as<Json::Object>()->at("case").as<std::string>(), "wrongBackupPassword");
+  EXPECT_TRUE(commandLine.temporaryFiles().empty());
+}
+
+TEST(ScanCommand, ReportsAFolderThatIsNoBackup) {
+  const CommandLine commandLine;
+  std::filesystem::create_directory(commandLine / "empty");
+  EXPECT_THAT(commandLine.run({"scan", "empty"}).errors,
+              testing::StartsWith("This folder isn't an iPhone backup.\n\n"));
+  const Json::Object object = commandLine.run({"scan", "nowhere", "--json"}).json();
+  EXPECT_EQ(*object.at("error").as<Json::Object>()->at("case").as<std::string>(), "backupNotFound");
+}
+
+TEST(ScanCommand, ReportsWhatIsPassedOnAsAnIOFailure) {
+  const CommandLine commandLine;
+  Fixture::writeBackup(smallBackup(), commandLine / "device");
+  Fixture::writeFile(commandLine / "device/Manifest.plist", "not a property list");
+  const Finished finished = commandLine.run({"scan", "device", "--json"});
+  EXPECT_EQ(finished.exitCode, 1);
+  EXPECT_EQ(*finished.json().at("error").as<Json::Object>()->at("case").as<std::string>(), "ioFailure");
+}
+
+}  // namespace

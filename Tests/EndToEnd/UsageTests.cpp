@@ -1,0 +1,52 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Tests/EndToEnd/CommandLine.h"
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+namespace {
+
+TEST(Usage, TellsItsVersion) {
+  const Finished finished = CommandLine().run({"--version"});
+  EXPECT_EQ(finished.exitCode, 0);
+  EXPECT_THAT(finished.output, StartsWith("tidewell "));
+}
+
+TEST(Usage, HelpsWithEveryCommand) {
+  const CommandLine commandLine;
+  EXPECT_THAT(commandLine.run({"--help"}).output, HasSubstr("export"));
+  for (const std::string command : {"list", "scan", "export"}) {
+    const Finished finished = commandLine.run({command, "--help"});
+    EXPECT_EQ(finished.exitCode, 0) << command;
+    EXPECT_THAT(finished.output, HasSubstr("--json")) << command;
+  }
+}
+
+TEST(Usage, EndsWithTwoForWhatItDoesNotUnderstand) {
+  const CommandLine commandLine;
+  const std::vector<std::vector<std::string>> wrong{
+      {},
+      {"bake"},
+      {"list", "--frobnicate"},
+      {"scan"},
+      {"export", "backup"},
+      {"export", "backup", "destination", "surplus"},
+      {"export", "backup", "destination", "--kinds", "photos,paintings"},
+      {"export", "backup", "destination", "--kinds", ""},
+      {"export", "backup", "destination", "--time-zone", "Mars/Olympus"},
+      {"export", "backup", "destination", "--locale", "xx_QQ"},
+      {"scan", "backup", "--password-stdin", "--password-file", "file"},
+      {"scan", "backup", "--password", "secret"},
+  };
+  for (const auto& arguments : wrong) {
+    const Finished finished = commandLine.run(arguments);
+    EXPECT_EQ(finished.exitCode, 2) << testing::PrintToString(arguments);
+    EXPECT_NE(finished.errors, "") << testing::PrintToString(arguments);
+    EXPECT_EQ(finished.output, "") << testing::PrintToString(arguments);
+  }
+  EXPECT_FALSE(std::filesystem::exists(commandLine / "destination"));
+}
+
+}  // namespace
