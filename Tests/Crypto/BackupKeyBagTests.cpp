@@ -159,6 +159,14 @@ TEST(BackupKeyBag, EveryCutOfABagIsRefusedOrReadable) {
   }
 }
 
+TEST(BackupKeyBag, ACountOfRoundsThatWouldTakeHoursIsUnusable) {
+  for (const char* tag : {"ITER", "DPIC"}) {
+    Bytes blob = header();
+    appendItem(blob, tag, 4'000'000'000U);
+    EXPECT_THAT([&] { BackupKeyBag::parse(withClassKey(blob)); }, failsWith(unusable)) << tag;
+  }
+}
+
 TEST(BackupKeyBag, WithoutSaltRoundsOrKeysItIsUnusable) {
   Bytes noSalt;
   appendItem(noSalt, "UUID", Bytes(16));

@@ -33,7 +33,8 @@ struct ManifestStore {
   std::vector<ManifestFile> skippedThumbnails;
   std::vector<ManifestFile> profilePictures;
 
-  // `manifestDatabase` stands in for the backup's own Manifest.db;
+  // `manifestDatabase` stands in for the backup's own Manifest.db, which SQLite
+  // would write beside if it were in WAL mode (OpenedBackup sees to that);
   // `isWritableCopy` says that it is a working copy of ours. Throws
   // TidewellError::missingManifestDB, ::invalidDatabase and ::databaseOpenFailed.
   static ManifestStore load(const std::filesystem::path& backup,

@@ -24,7 +24,7 @@ class OpenedBackup {
  public:
   // Throws what BackupInspector, BackupUnlocker and SQLiteDB throw, and
   // TidewellError::needsBackupPassword for a password that is absent or empty.
-  // `unlockReport` is called once for an encrypted backup, on failure too.
+  // `unlockReport` is called once when a password was tried, on failure too.
   static OpenedBackup open(const std::filesystem::path& backup, std::optional<std::string_view> password,
                            const RunControl& control = {}, const UnlockObserver& unlockReport = {});
 

@@ -15,6 +15,9 @@ constexpr std::size_t classNumberSize = 4;
 constexpr std::size_t shortestPersistentKey = 8;
 constexpr std::size_t derivedKeySize = 32;
 constexpr std::uint32_t wrappedWithPassword = 2;
+// Phones ask for 10,000,000 rounds, a few seconds; a derivation cannot be
+// interrupted, so a damaged count must not keep it busy for hours.
+constexpr std::int64_t mostIterations = 200'000'000;
 
 Bytes copied(ByteView bytes) { return {bytes.begin(), bytes.end()}; }
 
@@ -22,6 +25,10 @@ Bytes copied(ByteView bytes) { return {bytes.begin(), bytes.end()}; }
 std::uint32_t integer(ByteView value) {
   if (value.size() != 4 && value.size() != 8) return 0;
   return static_cast<std::uint32_t>(readBigEndian(value.last(4)));
+}
+
+bool asksForTooMuch(const BackupKeyBag& bag) {
+  return bag.iterations > mostIterations || bag.doubleIterations.value_or(0) > mostIterations;
 }
 
 class Parser {
@@ -34,7 +41,7 @@ class Parser {
       data = data.subspan(itemHeaderSize + length);
     }
     closeClassKey();
-    if (bag_.salt.empty() || bag_.iterations == 0 || bag_.classKeys.empty()) {
+    if (bag_.salt.empty() || bag_.iterations == 0 || bag_.classKeys.empty() || asksForTooMuch(bag_)) {
       throw TidewellError::ioFailure("This encrypted backup is missing a usable key bag.");
     }
     return std::move(bag_);

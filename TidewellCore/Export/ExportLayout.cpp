@@ -110,8 +110,10 @@ struct Migration {
 };
 
 void removePartials(const fs::path& folder) {
-  for (const Files::Entry& entry : Files::list(folder)) {
-    if (entry.name.starts_with(Files::partialPrefix)) fs::remove_all(folder / entry.name);
+  std::error_code ignored;  // what cannot be listed or removed harms nothing
+  for (fs::directory_iterator entry(folder, ignored), end; entry != end; entry.increment(ignored)) {
+    const std::string name = PathText::text(entry->path().filename());
+    if (name.starts_with(Files::partialPrefix)) fs::remove_all(entry->path(), ignored);
   }
 }
 

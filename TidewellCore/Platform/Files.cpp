@@ -73,16 +73,6 @@ void setModificationTime(const fs::path& path, timespec modified) {
   }
 }
 
-std::vector<Files::Entry> entriesOf(fs::directory_iterator iterator) {
-  std::vector<Files::Entry> entries;
-  for (const fs::directory_entry& entry : iterator) {
-    std::error_code ignored;
-    entries.push_back({.name = PathText::text(entry.path().filename()), .isFolder = entry.is_directory(ignored)});
-  }
-  std::ranges::sort(entries, {}, &Files::Entry::name);
-  return entries;
-}
-
 }  // namespace
 
 bool Files::exists(const fs::path& path) {
@@ -109,15 +99,24 @@ bool Files::isWithin(const fs::path& path, const fs::path& folder) {
   return !relative.empty() && *relative.begin() != "..";
 }
 
-std::vector<Files::Entry> Files::list(const fs::path& folder) { return entriesOf(fs::directory_iterator(folder)); }
+std::vector<Files::Entry> Files::list(const fs::path& folder) {
+  std::vector<Entry> entries;
+  for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
+    std::error_code ignored;
+    entries.push_back({.name = PathText::text(entry.path().filename()), .isFolder = entry.is_directory(ignored)});
+  }
+  std::ranges::sort(entries, {}, &Entry::name);
+  return entries;
+}
 
 std::vector<Files::Entry> Files::listVisible(const fs::path& folder) {
-  std::error_code error;
-  fs::directory_iterator iterator(folder, error);
-  if (error) return {};
-  std::vector<Entry> entries = entriesOf(std::move(iterator));
-  std::erase_if(entries, [](const Entry& entry) { return entry.name.starts_with('.'); });
-  return entries;
+  try {
+    std::vector<Entry> entries = list(folder);
+    std::erase_if(entries, [](const Entry& entry) { return entry.name.starts_with('.'); });
+    return entries;
+  } catch (const fs::filesystem_error&) {
+    return {};
+  }
 }
 
 Bytes Files::read(const fs::path& path, std::int64_t limit) {

@@ -64,8 +64,8 @@ class Statement {
   }
 
   SQLiteColumnNames columnNames() const {
-    std::vector<std::string> names;
-    for (int i = 0; i < sqlite3_column_count(statement_); ++i) names.emplace_back(sqlite3_column_name(statement_, i));
+    std::vector<std::string> names(static_cast<std::size_t>(sqlite3_column_count(statement_)));
+    for (std::size_t i = 0; i < names.size(); ++i) names[i] = sqlite3_column_name(statement_, static_cast<int>(i));
     return std::make_shared<const std::vector<std::string>>(std::move(names));
   }
 
@@ -177,7 +177,7 @@ struct SQLiteDB::Connection {
   ~Connection() { sqlite3_close(handle); }
 };
 
-SQLiteDB::SQLiteDB(const std::string& path, OpenMode openMode, std::optional<std::string> stage)
+SQLiteDB::SQLiteDB(const std::string& path, OpenMode openMode, const std::optional<std::string>& stage)
     : connection_(std::make_unique<Connection>()) {
   const Mode mode = modeOf(openMode);
   sqlite3*& handle = connection_->handle;

@@ -50,7 +50,7 @@ class SQLiteDB {
   using RowHandler = std::function<void(const SQLiteRow&)>;
 
   // Throws TidewellError::databaseOpenFailed with `stage`, or with the mode's own stage text.
-  SQLiteDB(const std::string& path, OpenMode mode, std::optional<std::string> stage = std::nullopt);
+  SQLiteDB(const std::string& path, OpenMode mode, const std::optional<std::string>& stage = std::nullopt);
   ~SQLiteDB();
   SQLiteDB(SQLiteDB&&) noexcept;
   SQLiteDB& operator=(SQLiteDB&&) noexcept;
