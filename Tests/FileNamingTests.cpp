@@ -139,6 +139,10 @@ TEST(FileNaming, CutsAFolderNameAt255Bytes) {
   EXPECT_EQ(FileNaming::sanitizeFolderName(repeated(family, 180)), repeated(family, 10));
 }
 
+TEST(FileNaming, NamesAFolderAfterOneCharacterLongerThanAName) {
+  EXPECT_EQ(FileNaming::sanitizeFolderName("Z" + repeated("\u0301", 200)), "Z" + repeated("\u0301", 127));
+}
+
 TEST(FileNaming, StampsADateInItsZone) {
   const Date date = dateFromUnixTime(1680704553);  // 2023-04-05T14:22:33Z
   EXPECT_EQ(FileNaming::stamp(date, utc, english), "2023-04-05_142233");

@@ -65,6 +65,10 @@ TEST(Text, CutsToBytesBetweenCharacters) {
   EXPECT_EQ(Text::cutToBytes("ae\u0301", 3), "a");
 }
 
+TEST(Text, CutsThroughACharacterThatIsTooLongByItself) {
+  EXPECT_EQ(Text::cutToBytes("e\u0301\u0301\u0301", 6), "e\u0301\u0301");
+}
+
 TEST(Text, MeasuresTheColumnsOfATerminal) {
   EXPECT_EQ(Text::displayWidth("abc"), 3u);
   EXPECT_EQ(Text::displayWidth("日本"), 4u);

@@ -82,6 +82,13 @@ void forEachCharacterEnd(std::string_view text, Visitor visit) {
   }
 }
 
+// The last offset up to `limit` at which a scalar ends.
+std::size_t scalarBoundary(std::string_view text, std::size_t limit) {
+  const auto isInside = [&](std::size_t offset) { return (static_cast<unsigned char>(text[offset]) & 0xC0) == 0x80; };
+  while (limit > 0 && isInside(limit)) --limit;
+  return limit;
+}
+
 }  // namespace
 
 bool Text::isValid(std::string_view utf8) {
@@ -151,7 +158,7 @@ std::string Text::cutToBytes(std::string_view text, std::size_t limit) {
     end = characterEnd;
     return true;
   });
-  return std::string(text.substr(0, end));
+  return std::string(text.substr(0, end == 0 ? scalarBoundary(text, limit) : end));
 }
 
 std::size_t Text::displayWidth(std::string_view text) {

@@ -26,7 +26,8 @@ std::string composed(std::string_view text);
 // At most the first `count` user-perceived characters (grapheme clusters).
 std::string firstCharacters(std::string_view text, std::size_t count);
 
-// The longest beginning of whole user-perceived characters that takes at most `limit` bytes.
+// The longest beginning of whole user-perceived characters that takes at most
+// `limit` bytes; when not even the first fits, as many of its scalars as do.
 std::string cutToBytes(std::string_view text, std::size_t limit);
 
 // The columns that a text takes on a terminal: two for a wide character, none for a mark.
