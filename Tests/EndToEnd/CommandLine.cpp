@@ -140,6 +140,7 @@ Finished CommandLine::runOnTerminal(const std::vector<std::string>& arguments, c
   int terminal = -1;
   winsize size{.ws_row = 24, .ws_col = 80, .ws_xpixel = 0, .ws_ypixel = 0};
   const pid_t child = ::forkpty(&terminal, nullptr, nullptr, &size);
+  if (child < 0) throw std::runtime_error("this machine has no pseudo-terminals");
   if (child == 0) become(arguments);
   Finished finished;
   bool isTyped = false;
