@@ -57,7 +57,8 @@ fs::path DefaultPaths::mobileSyncBackup() {
 BackupAccess BackupLibrary::access(const fs::path& root) {
   if (Files::isFolder(root)) return listingError(root) ? BackupAccess::denied : BackupAccess::readable;
   if (Files::exists(root)) return BackupAccess::missing;
-  const fs::path parent = root.parent_path();
+  // A slash at the end would make the root its own parent.
+  const fs::path parent = (root.has_filename() ? root : root.parent_path()).parent_path();
   if (!Files::isFolder(parent)) return BackupAccess::missing;
   return isPermissionError(listingError(parent)) ? BackupAccess::denied : BackupAccess::missing;
 }

@@ -17,10 +17,12 @@ namespace fs = std::filesystem;
 constexpr const char* indexName = "Manifest.db";
 constexpr const char* workingFolderPrefix = "Tidewell-manifest-";
 
-// Reading such an index in place would write beside it, or lack its newest rows.
+// Reading such an index in place would write beside it, lack its newest rows,
+// or wait for a FIFO that somebody put beside it.
 bool needsWorkingCopy(const fs::path& index) {
   for (const char* ending : SQLiteHeader::companionEndings) {
-    if (Files::isRegularFile(index.native() + ending)) return true;
+    std::error_code ignored;
+    if (fs::exists(fs::symlink_status(index.native() + ending, ignored))) return true;
   }
   const auto header = SQLiteHeader::read(index);
   return header && header->isWAL;
@@ -131,7 +133,7 @@ void TemporaryBackupDatabase::copyDatabaseFile(const fs::path& backup, const Man
     return;
   }
   ManifestFile uncut = file;
-  if (const auto size = opened->provenSize(file)) uncut.plaintextSize = size;
+  uncut.plaintextSize = opened->provenSize(file);
   opened->materialize(uncut, destination);
   const auto header = SQLiteHeader::read(destination);
   if (!header || Files::regularFileSize(destination) >= header->databaseSize) return;

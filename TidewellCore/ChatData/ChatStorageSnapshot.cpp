@@ -81,7 +81,10 @@ std::string ChatStorageSnapshot::ownerJID(std::string_view mediaPath, const std:
 std::string ChatStorageSnapshot::senderName(const MessageRecord& message, const ChatRecord* chat,
                                             const TranscriptStyle& style) const {
   if (message.isFromMe) return style.youLabel;
-  if (chat != nullptr && !JID::isGroup(chat->jid)) return titleOf(*chat);
+  if (chat != nullptr && !JID::isGroup(chat->jid)) {
+    const std::string title = titleOf(*chat);
+    return title.empty() || JID::isLID(title) ? style.unknownSenderLabel : title;
+  }
   const GroupMemberRecord* member = directory.groupMember(message.groupMemberPK);
   const auto name =
       NameResolver::resolveIdentity(groupSenderJID(message, member), message.pushName, member, directory);

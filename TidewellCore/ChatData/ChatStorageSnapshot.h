@@ -36,7 +36,8 @@ struct ChatStorageSnapshot {
   // Replaces the directory and what is derived from it.
   void setDirectory(ContactDirectory completed);
 
-  // The record of a chat; of several the phone's. Null when there is none.
+  // The record of that very JID, else that of its canonical JID, else the first
+  // of the same person. Null when there is none.
   const ChatRecord* chat(std::string_view jid) const;
   // The phone's JID for a LID that the directory knows; else the JID, trimmed.
   std::string canonicalChatJID(std::string_view jid) const;
@@ -51,7 +52,7 @@ struct ChatStorageSnapshot {
   // else that of its path, else UnknownChatJID.
   std::string ownerJID(std::string_view mediaPath, const std::optional<std::string>& pathJID) const;
 
-  // Who wrote a message. `chat` is the message's record, or null.
+  // Who wrote a message; never the digits of a LID. `chat` is the message's record, or null.
   std::string senderName(const MessageRecord& message, const ChatRecord* chat, const TranscriptStyle& style) const;
 
  private:

@@ -23,11 +23,15 @@ CharacterClass classOf(char c) {
   return std::string_view("+/=_-").find(c) != std::string_view::npos ? CharacterClass::mark : CharacterClass::other;
 }
 
-// The share of neighbours of different classes. A capital before small letters
-// does not count, so "MariaFernanda" has few switches and base64 has many.
+bool partsWords(char c) { return c == '-' || c == '_'; }
+
+// The share of neighbours of different classes. Neither a capital before small
+// letters counts nor what parts words, so "MariaFernanda" and "maria-fernanda"
+// have few switches and base64 has many.
 double switchRate(std::string_view text) {
   std::size_t switches = 0;
   for (std::size_t i = 1; i < text.size(); ++i) {
+    if (partsWords(text[i - 1]) || partsWords(text[i])) continue;
     const CharacterClass before = classOf(text[i - 1]);
     const CharacterClass after = classOf(text[i]);
     const bool isCapital = before == CharacterClass::upper && after == CharacterClass::lower;
@@ -110,13 +114,14 @@ bool NameResolver::isPlausibleDisplayName(std::string_view name) {
 
 bool NameResolver::looksLikeOpaqueBlob(std::string_view text) {
   constexpr std::size_t suspicious = 16;
-  constexpr std::size_t veryLong = 24;
+  // Of names written without blanks hardly any reach this rate, of base64 nearly all.
+  constexpr double machineRate = 0.25;
   const std::string run = Text::trimmed(text);
   const bool isPlainRun =
       std::ranges::none_of(run, [](char c) { return classOf(c) == CharacterClass::other; });
   if (run.size() < suspicious || !isPlainRun) return false;
   if (isHexadecimal(run) || run.ends_with('=')) return true;
-  return switchRate(run) >= (run.size() < veryLong ? 0.4 : 0.3);
+  return switchRate(run) >= machineRate;
 }
 
 bool NameResolver::isPlaceholderPartnerName(std::string_view name) {

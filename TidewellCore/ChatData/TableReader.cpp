@@ -25,8 +25,10 @@ std::string TableReader::select(std::initializer_list<const char*> candidates) {
   const auto* found = std::ranges::find_if(
       candidates, [&](const char* candidate) { return columns_.contains(upperCased(candidate)); });
   if (found == candidates.end()) return {};
-  selected_ += (selected_.empty() ? "" : ", ") + std::string(*found);
-  return *found;
+  // Without a name of its own a result column is called as the table declares it, in any letter case.
+  const std::string name = *found;
+  selected_ += (selected_.empty() ? "" : ", ") + name + " AS " + name;
+  return name;
 }
 
 void TableReader::forEachRow(const SQLiteDB::RowHandler& row, const std::string& condition) const {

@@ -1,0 +1,341 @@
+#include "TidewellCore/ChatData/ChatStorageReader.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "Tests/ChatData/ReadDatabases.h"
+#include "Tests/Support/Failures.h"
+#include "TidewellCore/TidewellError.h"
+
+namespace Fixture {
+namespace {
+
+using testing::ElementsAre;
+
+constexpr const char* ana = "5511900001111@s.whatsapp.net";
+
+std::vector<std::int64_t> keysOf(const std::vector<MessageRecord>& messages) {
+  std::vector<std::int64_t> keys;
+  for (const MessageRecord& message : messages) keys.push_back(message.pk);
+  return keys;
+}
+
+MessageRecord onlyMessage(const Message& message) {
+  return readChats({.chats = {{.jid = ana}}, .messages = {message}}).messagesByChat.at(1).at(0);
+}
+
+TEST(ChatStorageReader, ReadsChatsMessagesMembersAndMedia) {
+  const std::string local = mediaPath(ana, "ab0c1d2e-0000-4000-8000-000000000001", "jpg");
+  const ChatStorageSnapshot snapshot = readChats(
+      {.chats = {{.pk = 7, .jid = ana, .name = "Ana"}},
+       .messages = {{.pk = 40,
+                     .chat = 7,
+                     .date = 700000000.25,
+                     .text = "oi 👋",
+                     .isFromMe = 1,
+                     .fromJID = ana,
+                     .pushName = "Aninha",
+                     .member = 3}},
+       .members = {{.pk = 3, .chat = 7, .jid = ana, .contactName = "Ana Souza", .firstName = "Ana"}},
+       .mediaFiles = {{.localPath = local, .message = 40}}});
+  EXPECT_EQ(snapshot.chats.at(7), (ChatRecord{.pk = 7, .jid = ana, .name = "Ana"}));
+  EXPECT_EQ(snapshot.chatsByJID.at(ana).pk, 7);
+  const MessageRecord expected{.pk = 40,
+                               .chatPK = 7,
+                               .date = dateFromUnixTime(978307200 + 700000000.25),
+                               .text = "oi 👋",
+                               .isFromMe = true,
+                               .fromJID = ana,
+                               .pushName = "Aninha",
+                               .groupMemberPK = 3,
+                               .mediaLocalPath = "Message/" + local};
+  EXPECT_EQ(snapshot.messagesByChat.at(7).at(0), expected);
+  EXPECT_EQ(snapshot.directory.groupMembers.at(3),
+            (GroupMemberRecord{.pk = 3, .jid = ana, .contactName = "Ana Souza", .firstName = "Ana"}));
+  EXPECT_EQ(*snapshot.mediaMessage("Message/" + local), expected);
+}
+
+TEST(ChatStorageReader, ReadsTheRowsOfEveryJournal) {
+  for (const Journal journal : {Journal::rollback, Journal::walHeader, Journal::walWithPendingRows}) {
+    WhatsAppContents app{.chats = {{.jid = ana}}, .journal = journal};
+    for (int i = 0; i < 8; ++i) app.messages.push_back({.chat = 1, .date = i});
+    EXPECT_EQ(readChats(app).messagesByChat.at(1).size(), 8U);
+  }
+}
+
+TEST(ChatStorageReader, OrdersMessagesByDateAndKeepsTiesAsTheyAreStored) {
+  const ChatStorageSnapshot snapshot = readChats({.messages = {{.chat = 1, .date = 30},
+                                                               {.chat = 1, .date = 10.5},
+                                                               {.chat = 1},
+                                                               {.chat = 1, .date = 10},
+                                                               {.chat = 1, .date = 30},
+                                                               {.chat = 1, .date = 10.25},
+                                                               {.chat = 1},
+                                                               {.chat = 1, .date = 30}}});
+  EXPECT_THAT(keysOf(snapshot.messagesByChat.at(1)), ElementsAre(3, 7, 4, 6, 2, 1, 5, 8));
+}
+
+TEST(ChatStorageReader, SentinelDatesNeitherCrashNorShiftAnything) {
+  const ChatStorageSnapshot snapshot = readChats({.messages = {{.chat = 1, .date = 63113904000},
+                                                               {.chat = 1, .date = 10},
+                                                               {.chat = 1},
+                                                               {.chat = 1, .date = -63114076800}}});
+  const auto& messages = snapshot.messagesByChat.at(1);
+  EXPECT_THAT(keysOf(messages), ElementsAre(3, 4, 2, 1));
+  EXPECT_EQ(messages[1].date, dateFromUnixTime(-62135769600)) << "0001-01-01";
+  EXPECT_EQ(messages[2].date, dateFromAppleTime(10));
+  EXPECT_EQ(messages[3].date, dateFromUnixTime(64092211200)) << "4001-01-01";
+}
+
+TEST(ChatStorageReader, DateZeroIsTheFirstDayOf2001) {
+  EXPECT_EQ(onlyMessage({.chat = 1, .date = 0}).date, dateFromUnixTime(978307200));
+}
+
+TEST(ChatStorageReader, DatesMayBeWrittenAsText) {
+  // A column of any other type would turn such text into a number by itself.
+  const auto dateOf = [](const std::string& value) {
+    return readChatSQL(
+               "CREATE TABLE ZWAMESSAGE (Z_PK INTEGER PRIMARY KEY, ZCHATSESSION, ZMESSAGEDATE BLOB);"
+               "INSERT INTO ZWAMESSAGE VALUES (1, 1, " +
+               value + ")")
+        .messagesByChat.at(1)
+        .at(0)
+        .date;
+  };
+  EXPECT_EQ(dateOf("'700000000.25'"), dateFromAppleTime(700000000.25));
+  EXPECT_EQ(dateOf("'-5'"), dateFromAppleTime(-5));
+  for (const char* none :
+       {"'yesterday'", "'12 o clock'", "''", "x'3132'", "NULL", "'nan'", "'inf'", "9e999", "-9e999"}) {
+    EXPECT_EQ(dateOf(none), std::nullopt) << none;
+  }
+}
+
+TEST(ChatStorageReader, TakesTheOlderDateColumnWhenTheNewerIsMissing) {
+  const ChatStorageSnapshot snapshot =
+      readChats({.messages = {{.chat = 1, .date = 20}, {.chat = 1, .date = 10}},
+                 .chatStorageSQL = "ALTER TABLE ZWAMESSAGE RENAME COLUMN ZMESSAGEDATE TO ZDATE"});
+  EXPECT_THAT(keysOf(snapshot.messagesByChat.at(1)), ElementsAre(2, 1));
+}
+
+TEST(ChatStorageReader, WithoutADateColumnEveryMessageIsUndatedAndKeepsItsPlace) {
+  const ChatStorageSnapshot snapshot =
+      readChats({.messages = {{.pk = 5, .chat = 1, .date = 20}, {.pk = 9, .chat = 1, .date = 10}},
+                 .chatStorageSQL = "ALTER TABLE ZWAMESSAGE DROP COLUMN ZMESSAGEDATE"});
+  EXPECT_THAT(keysOf(snapshot.messagesByChat.at(1)), ElementsAre(5, 9));
+  EXPECT_EQ(snapshot.messagesByChat.at(1)[0].date, std::nullopt);
+}
+
+TEST(ChatStorageReader, ReadsEveryCandidateColumnInAnyLetterCase) {
+  const std::string columns[] = {
+      "ZCHATSESSION, ZMESSAGEDATE, ZTEXT, ZISFROMME, ZFROMJID, ZPUSHNAME, ZGROUPMEMBER, Z_PK",
+      "ZCHATSESSION, ZDATE, ZMESSAGETEXT, ZFROMMe, ZSENDERJID, ZPUSHNAME, ZGROUPMEMBER, Z_PK",
+      "ZCHATSESSION, ZDATE, ZMESSAGETEXT, ZFROMME, ZSENDERJID, ZPUSHNAME, ZGROUPMEMBER, Z_PK",
+      "zchatsession, zmessagedate, zText, zIsFromMe, zfromjid, zpushname, zgroupmember, z_pk"};
+  const MessageRecord expected{.pk = 3,
+                               .chatPK = 1,
+                               .date = dateFromAppleTime(10),
+                               .text = "a",
+                               .isFromMe = true,
+                               .fromJID = "j",
+                               .pushName = "p",
+                               .groupMemberPK = 2};
+  for (const std::string& names : columns) {
+    const ChatStorageSnapshot snapshot =
+        readChatSQL("CREATE TABLE ZWAMESSAGE (" + names +
+                    "); INSERT INTO ZWAMESSAGE VALUES (1, 10, 'a', 1, 'j', 'p', 2, 3)");
+    ASSERT_TRUE(snapshot.messagesByChat.contains(1)) << names;
+    EXPECT_EQ(snapshot.messagesByChat.at(1).at(0), expected) << names;
+  }
+}
+
+TEST(ChatStorageReader, TakesTheFirstCandidateThatIsThere) {
+  const ChatStorageSnapshot snapshot = readChatSQL(
+      "CREATE TABLE ZWACHATSESSION (Z_PK, ZPARTNERJID, ZJID, ZCONTACTNAME, ZPARTNER);"
+      "INSERT INTO ZWACHATSESSION VALUES (1, 'partner', 'jid', 'contact', 'name');"
+      "CREATE TABLE ZWAGROUPMEMBER (Z_PK, ZJID, ZMEMBERNAME, ZNAME);"
+      "INSERT INTO ZWAGROUPMEMBER VALUES (1, 'jid', 'Member', 'Name');"
+      "CREATE TABLE ZWAPROFILEPUSHNAME (ZCONTACTJID, ZNAME);"
+      "INSERT INTO ZWAPROFILEPUSHNAME VALUES ('a@s', 'Ana')");
+  EXPECT_EQ(snapshot.chats.at(1), (ChatRecord{.pk = 1, .jid = "jid", .name = "name"}));
+  EXPECT_EQ(snapshot.directory.groupMembers.at(1),
+            (GroupMemberRecord{.pk = 1, .jid = "jid", .contactName = "Name"}));
+  EXPECT_EQ(snapshot.directory.pushName("a@s"), "Ana");
+}
+
+TEST(ChatStorageReader, RowsWithoutAUsableKeyOrChatAreSkipped) {
+  const ChatStorageSnapshot snapshot = readChatSQL(
+      "CREATE TABLE ZWACHATSESSION (Z_PK, ZCONTACTJID); INSERT INTO ZWACHATSESSION VALUES"
+      " ('x', 'a'), (NULL, 'b'), (x'31', 'c'), (1.5, 'd'), ('4', 'e');"
+      "CREATE TABLE ZWAMESSAGE (Z_PK, ZCHATSESSION); INSERT INTO ZWAMESSAGE VALUES"
+      " (1, NULL), ('x', 1), (NULL, 1), (2, 'x'), ('3', '1'), (4, 1)");
+  EXPECT_EQ(snapshot.chats.size(), 1U);
+  EXPECT_EQ(snapshot.chats.at(4).jid, "e");
+  ASSERT_EQ(snapshot.messagesByChat.size(), 1U);
+  EXPECT_THAT(keysOf(snapshot.messagesByChat.at(1)), ElementsAre(3, 4));
+}
+
+TEST(ChatStorageReader, NumbersBecomeTextAndBytesAreNone) {
+  EXPECT_EQ(onlyMessage({.chat = 1, .text = bytesOf("bytes")}).text, std::nullopt);
+  const ChatStorageSnapshot snapshot = readChatSQL(
+      "CREATE TABLE ZWAMESSAGE (Z_PK, ZCHATSESSION, ZTEXT BLOB, ZFROMJID BLOB);"
+      "INSERT INTO ZWAMESSAGE VALUES (1, 1, 42, 5511900001111), (2, 1, 1.5, NULL)");
+  EXPECT_EQ(snapshot.messagesByChat.at(1)[0].text, "42");
+  EXPECT_EQ(snapshot.messagesByChat.at(1)[0].fromJID, "5511900001111");
+  EXPECT_EQ(snapshot.messagesByChat.at(1)[1].text, "1.5");
+  EXPECT_EQ(snapshot.messagesByChat.at(1)[1].fromJID, std::nullopt);
+}
+
+TEST(ChatStorageReader, AMessageIsFromMeForEveryIntegerButZero) {
+  const std::pair<SQLValue, bool> cases[] = {
+      {0, false}, {1, true}, {-1, true}, {2, true}, {"x", false}, {SQLValue{}, false}, {bytesOf("1"), false}};
+  for (const auto& [value, expected] : cases) {
+    EXPECT_EQ(onlyMessage({.chat = 1, .isFromMe = value}).isFromMe, expected);
+  }
+}
+
+TEST(ChatStorageReader, AMessagesPushNameIsJudgedOnlyWhenItIsStoredAsBytes) {
+  const std::string blob = "CgtKb2huIFNtaXRoEgA=";
+  EXPECT_EQ(onlyMessage({.chat = 1, .pushName = blob}).pushName, blob);
+  EXPECT_EQ(onlyMessage({.chat = 1, .pushName = bytesOf(blob)}).pushName, std::nullopt);
+  EXPECT_EQ(onlyMessage({.chat = 1, .pushName = bytesOf("João")}).pushName, "João");
+  EXPECT_EQ(onlyMessage({.chat = 1, .pushName = Bytes{'A', 0xFF, 'b'}}).pushName, std::nullopt);
+  EXPECT_EQ(onlyMessage({.chat = 1, .pushName = bytesOf("")}).pushName, std::nullopt);
+}
+
+TEST(ChatStorageReader, AProfilesPushNameIsAlwaysJudged) {
+  const ContactDirectory directory = readChats({.pushNames = {{.jid = "1@s", .name = "CgtKb2huIFNtaXRoEgA="},
+                                                              {.jid = "2@s", .name = bytesOf("João")},
+                                                              {.jid = "3@s", .name = Bytes{0xFF, 0xFE}},
+                                                              {.jid = "4@s", .name = "  "},
+                                                              {.jid = "", .name = "Nobody"},
+                                                              {.jid = "6@s", .name = "Rui"}}})
+                                         .directory;
+  EXPECT_EQ(directory.pushName("1@s"), std::nullopt);
+  EXPECT_EQ(directory.pushName("2@s"), "João");
+  EXPECT_EQ(directory.pushName("3@s"), std::nullopt);
+  EXPECT_EQ(directory.pushName("4@s"), std::nullopt);
+  EXPECT_EQ(directory.pushName("6@s"), "Rui");
+  EXPECT_FALSE(directory.profilePushName.contains(""));
+}
+
+TEST(ChatStorageReader, ImplausibleMemberNamesAreDropped) {
+  const auto members = readChats({.members = {{.contactName = "0123456789abcdef0123", .firstName = " "},
+                                              {.contactName = "Ana", .firstName = "Rui"}}})
+                           .directory.groupMembers;
+  EXPECT_EQ(members.at(1), (GroupMemberRecord{.pk = 1}));
+  EXPECT_EQ(members.at(2), (GroupMemberRecord{.pk = 2, .contactName = "Ana", .firstName = "Rui"}));
+}
+
+TEST(ChatStorageReader, MediaPathsBelowMediaGainTheirContainersPrefix) {
+  const ChatStorageSnapshot snapshot =
+      readChats({.messages = {{.chat = 1}, {.chat = 1}, {.chat = 1}, {.chat = 1}},
+                 .mediaItems = {{.message = 1, .localPath = "Media/a/1.jpg"},
+                                {.message = 2, .localPath = "Message/Media/a/2.jpg"},
+                                {.message = 3, .localPath = "Elsewhere/3.jpg"},
+                                {.message = 4, .localPath = "MEDIA/a/4.jpg"},
+                                {.message = 99, .localPath = "Media/a/99.jpg"},
+                                {.message = "x", .localPath = "Media/a/x.jpg"}}});
+  const auto& messages = snapshot.messagesByChat.at(1);
+  EXPECT_EQ(messages[0].mediaLocalPath, "Message/Media/a/1.jpg");
+  EXPECT_EQ(messages[1].mediaLocalPath, std::nullopt) << "such a path does not begin with Media/";
+  EXPECT_EQ(messages[2].mediaLocalPath, std::nullopt);
+  EXPECT_EQ(messages[3].mediaLocalPath, "Message/MEDIA/a/4.jpg");
+  EXPECT_EQ(snapshot.mediaByRelativePath.size(), 2U);
+}
+
+TEST(ChatStorageReader, MediaFollowTheirMessageThroughTheSorting) {
+  const ChatStorageSnapshot snapshot =
+      readChats({.messages = {{.chat = 1, .date = 3}, {.chat = 1, .date = 1}},
+                 .mediaItems = {{.message = 1, .localPath = "Media/a/1.jpg"}}});
+  ASSERT_NE(snapshot.mediaMessage("Message/Media/a/1.jpg"), nullptr);
+  EXPECT_EQ(snapshot.mediaMessage("Message/Media/a/1.jpg")->pk, 1);
+}
+
+TEST(ChatStorageReader, ADatabaseWithoutChatsStillGivesMessagesAndMedia) {
+  const ChatStorageSnapshot snapshot =
+      readChats({.messages = {{.chat = 1}},
+                 .mediaItems = {{.message = 1, .localPath = "Media/a@s/1.jpg"}},
+                 .journal = Journal::rollback,
+                 .chatStorageSQL = "DROP TABLE ZWACHATSESSION"});
+  EXPECT_EQ(snapshot.messagesByChat.at(1).size(), 1U);
+  EXPECT_EQ(snapshot.chat("a@s"), nullptr);
+  EXPECT_EQ(snapshot.ownerJID("Message/Media/a@s/1.jpg", "a@s"), "a@s");
+  EXPECT_EQ(snapshot.ownerJID("Message/Media/a@s/1.jpg", std::nullopt), "Unknown");
+}
+
+// A table that is missing, or that has none of the columns it is read by.
+class IncompleteDatabase : public testing::TestWithParam<const char*> {
+ protected:
+  void expectOnlyThatPartEmpty(const std::string& sql) const {
+    const ChatStorageSnapshot snapshot =
+        readChats({.chats = {{.jid = ana, .name = "Ana"}},
+                   .messages = {{.chat = 1, .date = 1}},
+                   .members = {{.jid = ana, .contactName = "Ana"}},
+                   .pushNames = {{.jid = ana, .name = "Ana"}},
+                   .mediaItems = {{.message = 1, .localPath = "Media/a/1.jpg"}},
+                   .journal = Journal::rollback,
+                   .chatStorageSQL = sql});
+    const auto isWhole = [](std::string_view table) { return table != GetParam(); };
+    EXPECT_EQ(!snapshot.chats.empty(), isWhole("ZWACHATSESSION")) << sql;
+    EXPECT_EQ(!snapshot.directory.groupMembers.empty(), isWhole("ZWAGROUPMEMBER")) << sql;
+    EXPECT_EQ(!snapshot.directory.profilePushName.empty(), isWhole("ZWAPROFILEPUSHNAME")) << sql;
+    EXPECT_EQ(!snapshot.messagesByChat.empty(), isWhole("ZWAMESSAGE")) << sql;
+    EXPECT_EQ(!snapshot.mediaByRelativePath.empty(), isWhole("ZWAMEDIAITEM") && isWhole("ZWAMESSAGE")) << sql;
+  }
+};
+
+TEST_P(IncompleteDatabase, LeavesOnlyThatPartEmpty) {
+  const std::string table = GetParam();
+  expectOnlyThatPartEmpty("DROP TABLE " + table);
+  expectOnlyThatPartEmpty("DROP TABLE " + table + "; CREATE TABLE " + table + " (odd); INSERT INTO " + table +
+                          " VALUES (1)");
+}
+
+INSTANTIATE_TEST_SUITE_P(OfEachTable, IncompleteDatabase,
+                         testing::Values("ZWACHATSESSION", "ZWAGROUPMEMBER", "ZWAPROFILEPUSHNAME",
+                                         "ZWAMESSAGE", "ZWAMEDIAITEM"));
+
+TEST(ChatStorageReader, LidsAndNumbersArePairedByTheirOwnTable) {
+  const std::vector<LidPair> pairs = {{.lid = "777@lid", .phoneNumber = ana},
+                                      {.lid = "888", .phoneNumber = "+49 30 001111"},
+                                      {.lid = " ", .phoneNumber = "1"},
+                                      {.lid = "999", .phoneNumber = SQLValue{}}};
+  const ContactDirectory directory = readChats({.lidPairs = pairs}).directory;
+  EXPECT_EQ(directory.phoneJID("777@lid"), ana);
+  EXPECT_EQ(directory.phoneJID("888@lid"), "4930001111@s.whatsapp.net");
+  EXPECT_EQ(directory.lidJID(ana), "777@lid");
+  EXPECT_EQ(directory.phoneJID("999@lid"), std::nullopt);
+}
+
+TEST(ChatStorageReader, InvalidUTF8InTextIsReplaced) {
+  const ChatStorageSnapshot snapshot = readChatSQL(
+      "CREATE TABLE ZWAMESSAGE (Z_PK, ZCHATSESSION, ZTEXT);"
+      "INSERT INTO ZWAMESSAGE VALUES (1, 1, CAST(x'61FF62' AS TEXT))");
+  EXPECT_EQ(snapshot.messagesByChat.at(1)[0].text, "a\uFFFDb");
+}
+
+TEST(ChatStorageReader, AnAbsentDatabaseIsUnreadableWithTheReason) {
+  const TemporaryDirectory folder;
+  try {
+    ChatStorageReader::load(folder / "absent.sqlite");
+    ADD_FAILURE() << "there is no such file";
+  } catch (const TidewellError& error) {
+    ASSERT_TRUE(error.is<TidewellError::ChatStorageUnreadable>());
+    EXPECT_THAT(error.errorDescription(), testing::HasSubstr("unable to open database file"));
+  }
+}
+
+TEST(ChatStorageReader, DamagedPagesAreReportedAndGiveNoPartOfASnapshot) {
+  WhatsAppContents app{.chats = {{.jid = ana}}, .journal = Journal::rollback};
+  for (int i = 0; i < 500; ++i) app.messages.push_back({.chat = 1, .date = i, .text = std::string(100, 'a')});
+  const TemporaryDirectory folder;
+  Bytes bytes = writeChatStorage(app).main;
+  std::fill(bytes.end() - 30 * 4096, bytes.end(), std::uint8_t{0xEE});
+  writeFile(folder / "db", bytes);
+  EXPECT_THAT([&] { ChatStorageReader::load(folder / "db"); },
+              failsWith(TidewellError::invalidDatabase("database disk image is malformed")));
+}
+
+}  // namespace
+}  // namespace Fixture

@@ -1,0 +1,112 @@
+#include "TidewellCore/ChatData/ChatStorageSnapshot.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Tests/ChatData/ReadDatabases.h"
+
+namespace Fixture {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr const char* phone = "5511900001111@s.whatsapp.net";
+constexpr const char* lid = "77001122334455@lid";
+
+// The address book knows Ana by her number and by her LID.
+WhatsAppContents ana(std::vector<Chat> chats) {
+  return {.chats = std::move(chats),
+          .contacts = {{.fullName = "Ana Souza", .whatsAppID = phone, .lid = lid}}};
+}
+
+TEST(ChatStorageSnapshot, ALidBecomesTheNumberThatTheDirectoryKnows) {
+  const ChatStorageSnapshot snapshot = readApp(ana({}));
+  EXPECT_EQ(snapshot.canonicalChatJID(lid), phone);
+  EXPECT_EQ(snapshot.canonicalChatJID("  77001122334455@LID\n"), phone);
+  EXPECT_EQ(snapshot.canonicalChatJID(phone), phone);
+}
+
+TEST(ChatStorageSnapshot, AnUnknownLidStaysAsItIsWrittenWithoutBlanks) {
+  const ChatStorageSnapshot snapshot = readApp(ana({}));
+  EXPECT_EQ(snapshot.canonicalChatJID(" 99@LID "), "99@LID");
+  EXPECT_EQ(snapshot.canonicalChatJID(" Us-1@g.us "), "Us-1@g.us");
+  EXPECT_EQ(snapshot.canonicalChatJID(" \n"), "");
+  EXPECT_EQ(snapshot.canonicalChatJID("77001122334455@lid@x"), "77001122334455@lid@x")
+      << "the server is all that follows the first @";
+}
+
+TEST(ChatStorageSnapshot, ThePairsOfTheChatDatabaseServeAsWellAsTheAddressBook) {
+  const std::vector<LidPair> pairs = {{.lid = lid, .phoneNumber = phone}};
+  EXPECT_EQ(readChats({.lidPairs = pairs}).canonicalChatJID(lid), phone);
+}
+
+TEST(ChatStorageSnapshot, AliasesAreTheCanonicalJidThenItsCounterpart) {
+  const ChatStorageSnapshot snapshot = readApp(ana({}));
+  EXPECT_THAT(snapshot.aliasJIDs(phone), ElementsAre(phone, lid));
+  EXPECT_THAT(snapshot.aliasJIDs(lid), ElementsAre(phone, lid));
+  EXPECT_THAT(snapshot.aliasJIDs("99@lid"), ElementsAre("99@lid"));
+  EXPECT_THAT(snapshot.aliasJIDs("1-2@g.us"), ElementsAre("1-2@g.us"));
+  EXPECT_THAT(snapshot.aliasJIDs("  "), IsEmpty());
+}
+
+TEST(ChatStorageSnapshot, AChatIsFoundByItsJidByItsCanonicalJidAndByItsCounterpart) {
+  const ChatStorageSnapshot both = readApp(ana({{.jid = lid}, {.jid = phone}}));
+  EXPECT_EQ(both.chat(lid)->pk, 1) << "the record of that very JID comes first";
+  EXPECT_EQ(both.chat(phone)->pk, 2);
+  EXPECT_EQ(both.chat(" 77001122334455@LID ")->pk, 2);
+  const ChatStorageSnapshot alone = readApp(ana({{.jid = "77001122334455@LID"}}));
+  EXPECT_EQ(alone.chat(phone)->pk, 1);
+  EXPECT_EQ(alone.chat(lid)->pk, 1);
+  EXPECT_EQ(alone.chat("99@lid"), nullptr);
+  EXPECT_EQ(alone.chat(""), nullptr);
+}
+
+TEST(ChatStorageSnapshot, OfChatsWithOneJidTheLaterCounts) {
+  const WhatsAppContents app{.chats = {{.jid = phone, .name = "A"}, {.jid = phone, .name = "B"}}};
+  EXPECT_EQ(readChats(app).chat(phone)->name, "B");
+}
+
+TEST(ChatStorageSnapshot, TwoRecordsOfOnePersonShareTheTitleOfThePhones) {
+  const ChatStorageSnapshot snapshot =
+      readApp(ana({{.jid = lid, .name = "Aninha"}, {.jid = phone, .name = "Ana"}}));
+  EXPECT_EQ(snapshot.chatTitle(lid), "Ana");
+  EXPECT_EQ(snapshot.chatTitle(phone), "Ana");
+  EXPECT_THAT(snapshot.chatPKsByCanonicalJID.at(phone), ElementsAre(1, 2));
+  EXPECT_EQ(readApp(ana({{.jid = lid, .name = "Aninha"}})).chatTitle(phone), "Aninha");
+}
+
+TEST(ChatStorageSnapshot, MediaWithoutAKnownChatHaveATitleOfTheirOwn) {
+  const ChatStorageSnapshot snapshot = readApp(ana({}));
+  EXPECT_EQ(snapshot.chatTitle("Unknown"), "Unknown");
+  EXPECT_EQ(snapshot.chatTitle(""), "Unknown");
+  EXPECT_EQ(snapshot.chatTitle("4930001111@s.whatsapp.net"), "+4930001111");
+  EXPECT_EQ(snapshot.chatTitle(phone), "Ana Souza") << "nobody chatted with her";
+}
+
+TEST(ChatStorageSnapshot, MediaAreFoundWithAndWithoutTheirContainersPrefix) {
+  const ChatStorageSnapshot snapshot =
+      readChats({.messages = {{.chat = 1}}, .mediaItems = {{.message = 1, .localPath = "Media/a/1.jpg"}}});
+  ASSERT_NE(snapshot.mediaMessage("Message/Media/a/1.jpg"), nullptr);
+  EXPECT_EQ(snapshot.mediaMessage("Media/a/1.jpg"), snapshot.mediaMessage("Message/Media/a/1.jpg"));
+  EXPECT_EQ(snapshot.mediaMessage("Message/Media/a/2.jpg"), nullptr);
+  EXPECT_EQ(snapshot.mediaMessage(""), nullptr);
+}
+
+TEST(ChatStorageSnapshot, AMediaFileBelongsToTheChatOfItsMessage) {
+  WhatsAppContents app = ana({{.jid = lid}, {.jid = ""}});
+  app.messages = {{.chat = 1}, {.chat = 2}, {.chat = 99}};
+  app.mediaItems = {{.message = 1, .localPath = "Media/x/1.jpg"},
+                    {.message = 2, .localPath = "Media/x/2.jpg"},
+                    {.message = 3, .localPath = "Media/x/3.jpg"}};
+  const ChatStorageSnapshot snapshot = readApp(app);
+  EXPECT_EQ(snapshot.ownerJID("Message/Media/x/1.jpg", "x@g.us"), phone);
+  EXPECT_EQ(snapshot.ownerJID("Message/Media/x/2.jpg", "x@g.us"), "x@g.us") << "its chat has no JID";
+  EXPECT_EQ(snapshot.ownerJID("Message/Media/x/3.jpg", lid), phone) << "its chat is not there";
+  EXPECT_EQ(snapshot.ownerJID("Message/Media/x/4.jpg", lid), phone) << "no message carries it";
+  EXPECT_EQ(snapshot.ownerJID("Message/Media/x/4.jpg", ""), "Unknown");
+  EXPECT_EQ(snapshot.ownerJID("Message/Media/x/4.jpg", std::nullopt), "Unknown");
+}
+
+}  // namespace
+}  // namespace Fixture
