@@ -74,8 +74,9 @@ const MessageRecord* ChatStorageSnapshot::mediaMessage(std::string_view relative
 std::string ChatStorageSnapshot::ownerJID(std::string_view mediaPath, const std::optional<std::string>& pathJID) const {
   const MessageRecord* message = mediaMessage(mediaPath);
   const auto owner = message != nullptr && message->chatPK ? chats.find(*message->chatPK) : chats.end();
-  if (owner != chats.end() && !owner->second.jid.empty()) return canonicalChatJID(owner->second.jid);
-  return pathJID && !pathJID->empty() ? canonicalChatJID(*pathJID) : std::string(UnknownChatJID);
+  std::string jid = owner == chats.end() ? "" : canonicalChatJID(owner->second.jid);
+  if (jid.empty() && pathJID) jid = canonicalChatJID(*pathJID);
+  return jid.empty() ? std::string(UnknownChatJID) : jid;
 }
 
 std::string ChatStorageSnapshot::senderName(const MessageRecord& message, const ChatRecord* chat,

@@ -33,9 +33,20 @@ bool isAsideName(const std::string& name) {
          key.find_first_not_of("0123456789", prefix.size()) == std::string::npos;
 }
 
-void moveForeignContentAside(const fs::path& destination) {
+[[noreturn]] void failAsOccupied(const fs::path& content) {
+  throw fs::filesystem_error("Something else stands in the export's place", content,
+                             std::make_error_code(std::errc::file_exists));
+}
+
+// A backup, or a folder above one, must never be moved while it is being read.
+bool holdsBackup(const fs::path& folder, const fs::path& backup) {
+  return Files::exists(folder / "Manifest.plist") || Files::isWithin(backup, folder);
+}
+
+void moveForeignContentAside(const fs::path& destination, const fs::path& untouched) {
   const fs::path content = destination / FolderNames::content;
   if (!Files::isFolder(content) || Files::isFolder(content / FolderNames::viewer)) return;
+  if (holdsBackup(content, untouched)) failAsOccupied(content);
   std::set<std::string> used = keysOf(Files::list(destination));
   used.insert(FolderNames::content);
   while (!Files::renameToFree(content, destination / FileNaming::uniquify(asideName, used))) continue;
@@ -50,15 +61,17 @@ void makeContentRoot(const fs::path& destination) {
   fs::create_directories(partial / FolderNames::viewer);
   if (Files::renameToFree(partial, content)) return;
   fs::remove_all(partial);
-  throw fs::filesystem_error("Something else stands in the export's place", content,
-                             std::make_error_code(std::errc::file_exists));
+  failAsOccupied(content);
 }
 
+bool isOlderViewer(const Files::Entry& entry) {
+  return entry.isFolder && Text::lowercased(entry.name) == FolderNames::viewer;
+}
+
+bool isOlderManifest(const Files::Entry& entry) { return !entry.isFolder && entry.name == FolderManifest::fileName; }
+
 bool hasSignOfOlderExport(const std::vector<Files::Entry>& entries) {
-  return std::ranges::any_of(entries, [](const Files::Entry& entry) {
-    const bool isViewer = entry.isFolder && Text::lowercased(entry.name) == FolderNames::viewer;
-    return isViewer || (!entry.isFolder && entry.name == FolderManifest::fileName);
-  });
+  return std::ranges::any_of(entries, isOlderViewer) || std::ranges::any_of(entries, isOlderManifest);
 }
 
 bool isExportsOwnFile(const Files::Entry& entry) {
@@ -67,29 +80,25 @@ bool isExportsOwnFile(const Files::Entry& entry) {
          FileNaming::hasExportStamp(entry.name);
 }
 
-// A backup, or a folder above one, must never be moved while it is being read.
-bool holdsBackup(const fs::path& folder, const fs::path& backup) {
-  if (Files::exists(folder / "Manifest.plist")) return true;
-  std::error_code ignored;
-  const fs::path relative = fs::weakly_canonical(backup, ignored).lexically_relative(fs::weakly_canonical(folder, ignored));
-  return !relative.empty() && *relative.begin() != "..";
-}
-
 struct Migration {
   fs::path destination;
   fs::path content;
   fs::path untouched;
   bool isOlderExport = false;
 
-  void move(const Files::Entry& entry) const {
-    const fs::path from = destination / entry.name;
-    if (entry.name == FolderManifest::fileName && !entry.isFolder) {
-      ExportLayout::mergeMove(from, content / entry.name);
-    } else if (entry.isFolder && Text::lowercased(entry.name) == FolderNames::viewer) {
-      ExportLayout::mergeMove(from, content / FolderNames::viewer);
-    } else if (isChatFolder(entry)) {
-      ExportLayout::mergeMove(from, content / entry.name);
+  // The signs of an older export move last, so that an interrupted migration is continued.
+  void run(const std::vector<Files::Entry>& entries) const {
+    for (const Files::Entry& entry : entries) {
+      if (isChatFolder(entry)) move(entry, entry.name);
     }
+    for (const Files::Entry& entry : entries) {
+      if (isOlderViewer(entry)) move(entry, FolderNames::viewer);
+      if (isOlderManifest(entry)) move(entry, FolderManifest::fileName);
+    }
+  }
+
+  void move(const Files::Entry& entry, const std::string& name) const {
+    ExportLayout::mergeMove(destination / entry.name, content / name);
   }
 
   bool isChatFolder(const Files::Entry& entry) const {
@@ -111,6 +120,15 @@ void removeAllPartials(const fs::path& destination, const fs::path& content) {
   removePartials(content);
   removePartials(content / FolderNames::viewer);
   for (const std::string& folder : FolderAllocator::existingChatFolders(content)) removePartials(content / folder);
+}
+
+// Whether both name one entry of one folder, however it is spelt. Two hard links are two entries.
+bool areOnePlace(const fs::path& a, const fs::path& b) {
+  std::error_code ignored;
+  if (a == b) return true;
+  if (!fs::equivalent(a, b, ignored)) return false;
+  const bool areFiles = Files::isRegularFile(a) && Files::isRegularFile(b);
+  return !areFiles || fs::equivalent(a.parent_path(), b.parent_path(), ignored);
 }
 
 // A folder itself; a link to one is moved as the link it is.
@@ -141,16 +159,18 @@ bool moveWhole(const fs::path& from, const fs::path& to) {
 
 fs::path ExportLayout::prepare(const fs::path& destination, const fs::path& untouched) {
   fs::create_directories(destination);
-  moveForeignContentAside(destination);
+  moveForeignContentAside(destination, untouched);
   makeContentRoot(destination);
   const fs::path content = destination / FolderNames::content;
   removeAllPartials(destination, content);
-  const std::vector<Files::Entry> entries = Files::list(destination);
+  std::vector<Files::Entry> entries = Files::list(destination);
+  // A link is none of an export's making, and may lead elsewhere once it is moved.
+  std::erase_if(entries, [&](const Files::Entry& entry) { return fs::is_symlink(destination / entry.name); });
   const Migration migration{.destination = destination,
                             .content = content,
                             .untouched = untouched,
                             .isOlderExport = hasSignOfOlderExport(entries)};
-  for (const Files::Entry& entry : entries) migration.move(entry);
+  migration.run(entries);
   return content;
 }
 
@@ -179,8 +199,7 @@ fs::path ExportLayout::viewerDataDirectory(const fs::path& destination) {
 }
 
 void ExportLayout::mergeMove(const fs::path& from, const fs::path& to) {
-  std::error_code ignored;
-  if (from == to || fs::equivalent(from, to, ignored)) return;
+  if (areOnePlace(from, to)) return;
   if (moveWhole(from, to)) return;
   if (isRealFolder(from) && isRealFolder(to)) return mergeFolder(from, to);
   const bool areFiles = Files::isRegularFile(from) && Files::isRegularFile(to);

@@ -1,5 +1,7 @@
 #include "TidewellCore/Export/ExportPlan.h"
 
+#include <algorithm>
+
 #include "TidewellCore/FileNaming.h"
 #include "TidewellCore/Platform/SaturatingAdd.h"
 
@@ -25,6 +27,23 @@ std::vector<std::string> keysOf(const FolderAllocator::PlannedNames& names) {
   return jids;
 }
 
+// A file's path may lead to the folder of another chat, which is not to be
+// removed with what it holds of that chat.
+ExportPlanner::LeftoverFolders withoutOthersFolders(ExportPlanner::LeftoverFolders leftovers,
+                                                    const FolderAssignment& remembered,
+                                                    const ChatStorageSnapshot& snapshot) {
+  std::set<std::string> rememberedKeys;
+  for (const auto& [jid, folder] : remembered) rememberedKeys.insert(FileNaming::normalizedKey(folder));
+  for (auto& [owner, folders] : leftovers) {
+    const std::vector<std::string> aliases = snapshot.aliasJIDs(owner);
+    std::erase_if(folders, [&](const std::string& folder) {
+      const auto isOwners = [&](const std::string& jid) { return FolderAllocator::isAdoptableFolder(folder, jid); };
+      return rememberedKeys.contains(FileNaming::normalizedKey(folder)) || std::ranges::none_of(aliases, isOwners);
+    });
+  }
+  return leftovers;
+}
+
 }  // namespace
 
 ExportPlan ExportPlan::make(const std::vector<ExportPlanner::Request>& requests, const ChatStorageSnapshot& snapshot,
@@ -35,11 +54,14 @@ ExportPlan ExportPlan::make(const std::vector<ExportPlanner::Request>& requests,
   const FolderAssignment persisted = FolderAllocator::expandPersisted(loaded, keysOf(names), snapshot);
   plan.folders = FolderAllocator::allocate(names, plan.index.mediaNameSets(), persisted, snapshot);
   plan.remembered = FolderAllocator::withAbsentChats(plan.folders, loaded, snapshot);
+  plan.rememberedMeanwhile = plan.remembered;
+  plan.rememberedMeanwhile.insert(loaded.begin(), loaded.end());
   plan.leftovers = ExportPlanner::leftoverFoldersByOwner({.folderNames = plan.folders,
                                                           .pathJIDs = pathJIDsByChat(requests),
                                                           .persisted = persisted,
                                                           .snapshot = snapshot,
                                                           .index = plan.index});
+  plan.removable = withoutOthersFolders(plan.leftovers, plan.remembered, snapshot);
   plan.copies = ExportPlanner::plan(requests, plan.folders, plan.leftovers, plan.index);
   return plan;
 }

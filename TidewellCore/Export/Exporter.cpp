@@ -28,9 +28,7 @@ ManifestStore loadManifest(const OpenedBackup& opened) {
 
 // Nothing in a backup is ever changed, so nothing is exported into one.
 void requireOutsideBackup(const fs::path& destination, const fs::path& backup) {
-  const fs::path relative = fs::weakly_canonical(destination).lexically_relative(fs::weakly_canonical(backup));
-  const bool isInside = !relative.empty() && *relative.begin() != "..";
-  if (isInside) throw TidewellError::destinationNotWritable(PathText::text(destination));
+  if (Files::isWithin(destination, backup)) throw TidewellError::destinationNotWritable(PathText::text(destination));
 }
 
 void requireWhatsApp(const ManifestStore& manifest) {
@@ -85,7 +83,7 @@ void copyMedia(ExportPlan& plan, const OpenedBackup& opened, const RunControl& c
     }
     progress.report(copy.exportedName, ++completed);
   }
-  copier.removeEmptied(plan.leftovers);
+  copier.removeEmptied(plan.removable);
 }
 
 }  // namespace
@@ -121,7 +119,7 @@ ExportSummary Exporter::exportBackup(const ExportJob& job, const RunControl& con
   throwIfCancelled(control.isCancelled);
 
   // Saved before copying, so that an interrupted export keeps its folder names.
-  FolderManifest::save(contentRoot, plan.remembered);
+  FolderManifest::save(contentRoot, plan.rememberedMeanwhile);
   ExportSummary summary{.destination = job.destination,
                         .chatFolderCount = static_cast<std::int64_t>(plan.folders.size())};
   copyMedia(plan, opened, control, progress, summary);

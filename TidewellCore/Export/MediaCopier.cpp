@@ -13,9 +13,19 @@ namespace {
 namespace fs = std::filesystem;
 using ExportPlanner::PlannedCopy;
 
+[[noreturn]] void failAsCut() { throw TidewellError::ioFailure("The stored file is missing or cut short."); }
+
 [[noreturn]] void failAsOccupied(const fs::path& path) {
   throw fs::filesystem_error("Something else stands in the file's place", path,
                              std::make_error_code(std::errc::file_exists));
+}
+
+// The plan gives no name that is taken, so a file there has come since. It
+// makes room for the copy when that is whole; anything else stays.
+void moveIntoPlace(const fs::path& partial, const fs::path& dest) {
+  if (Files::renameToFree(partial, dest)) return;
+  if (!Files::isRegularFile(dest)) failAsOccupied(dest);
+  fs::rename(partial, dest);
 }
 
 void setDate(const fs::path& file, const PlannedCopy& copy) {
@@ -41,25 +51,12 @@ MediaCopier::MediaCopier(const OpenedBackup& opened, DestinationIndex& index, Ca
 
 MediaCopier::Outcome MediaCopier::carryOut(const PlannedCopy& copy) {
   if (copy.alreadyPresent) return Outcome::alreadyPresent;
+  if (copy.sourceSize < 0) failAsCut();
   fs::create_directories(copy.dest.parent_path());
-  const std::string folder = PathText::text(copy.dest.parent_path().filename());
-  if (isPresent(copy)) {
-    index_.addFile(folder, copy.exportedName, copy.sourceSize);
-    return Outcome::alreadyPresent;
-  }
-  copy.leftoverFolder ? move(copy) : write(copy);
-  index_.addFile(folder, copy.exportedName, copy.sourceSize);
-  return Outcome::copied;
-}
-
-// The plan gives no name that is taken, so what stands there has come since. A
-// file of that size is the one wanted; any other makes room for it.
-bool MediaCopier::isPresent(const PlannedCopy& copy) const {
-  const auto size = Files::regularFileSize(copy.dest);
-  if (!size) return false;
-  if (copy.sourceSize >= 0 && *size == copy.sourceSize) return true;
-  fs::remove(copy.dest);
-  return false;
+  const bool hasCome = Files::regularFileSize(copy.dest) == copy.sourceSize;
+  if (!hasCome) copy.leftoverFolder ? move(copy) : write(copy);
+  index_.addFile(PathText::text(copy.dest.parent_path().filename()), copy.exportedName, copy.sourceSize);
+  return hasCome ? Outcome::alreadyPresent : Outcome::copied;
 }
 
 void MediaCopier::move(const PlannedCopy& copy) {
@@ -69,15 +66,12 @@ void MediaCopier::move(const PlannedCopy& copy) {
 }
 
 void MediaCopier::write(const PlannedCopy& copy) const {
-  if (copy.sourceSize < 0) throw TidewellError::ioFailure("The stored file is missing or cut short.");
   const fs::path partial = copy.dest.parent_path() / Files::partialName();
   try {
     const StoredFile stored{.location = copy.source, .encryptionKey = copy.encryptionKey, .size = copy.sourceSize};
-    if (opened_.writePlaintext(stored, partial, isCancelled_) != copy.sourceSize) {
-      throw TidewellError::ioFailure("The stored file is missing or cut short.");
-    }
+    if (opened_.writePlaintext(stored, partial, isCancelled_) != copy.sourceSize) failAsCut();
     setDate(partial, copy);
-    if (!Files::renameToFree(partial, copy.dest)) failAsOccupied(copy.dest);
+    moveIntoPlace(partial, copy.dest);
   } catch (...) {
     std::error_code ignored;
     fs::remove(partial, ignored);
@@ -85,8 +79,8 @@ void MediaCopier::write(const PlannedCopy& copy) const {
   }
 }
 
-void MediaCopier::removeEmptied(const ExportPlanner::LeftoverFolders& leftovers) const {
-  for (const auto& [jid, folders] : leftovers) {
+void MediaCopier::removeEmptied(const ExportPlanner::LeftoverFolders& formerFolders) const {
+  for (const auto& [jid, folders] : formerFolders) {
     for (const std::string& folder : folders) {
       try {
         removeIfEmptied(index_.destination / PathText::path(folder));

@@ -18,10 +18,9 @@ class MediaCopier {
 
   // Removes the folders that held a chat's files in an earlier export and now
   // hold nothing more than its transcripts.
-  void removeEmptied(const ExportPlanner::LeftoverFolders& leftovers) const;
+  void removeEmptied(const ExportPlanner::LeftoverFolders& formerFolders) const;
 
  private:
-  bool isPresent(const ExportPlanner::PlannedCopy& copy) const;
   void move(const ExportPlanner::PlannedCopy& copy);
   void write(const ExportPlanner::PlannedCopy& copy) const;
 

@@ -103,6 +103,12 @@ bool Files::isFolder(const fs::path& path) {
   return fs::is_directory(path, ignored);
 }
 
+bool Files::isWithin(const fs::path& path, const fs::path& folder) {
+  const auto whole = [](const fs::path& place) { return fs::weakly_canonical(fs::absolute(place)); };
+  const fs::path relative = whole(path).lexically_relative(whole(folder));
+  return !relative.empty() && *relative.begin() != "..";
+}
+
 std::vector<Files::Entry> Files::list(const fs::path& folder) { return entriesOf(fs::directory_iterator(folder)); }
 
 std::vector<Files::Entry> Files::listVisible(const fs::path& folder) {

@@ -22,6 +22,8 @@ bool isRegularFile(const std::filesystem::path& path);
 // The length in bytes of a regular file; absent for anything else. Links are not followed.
 std::optional<std::int64_t> regularFileSize(const std::filesystem::path& path);
 bool isFolder(const std::filesystem::path& path);
+// Whether `path` is `folder` or lies in it, links followed. Neither need exist, and both may be relative.
+bool isWithin(const std::filesystem::path& path, const std::filesystem::path& folder);
 
 struct Entry {
   std::string name;

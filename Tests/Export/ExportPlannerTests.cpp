@@ -1,0 +1,151 @@
+#include "TidewellCore/Export/ExportPlanner.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "Tests/Export/ExportScene.h"
+#include "TidewellCore/Export/ExportPlan.h"
+
+namespace {
+
+using ExportPlanner::LeftoverFolders;
+using ExportPlanner::PlannedCopy;
+using ExportPlanner::Request;
+using ExportTest::ana;
+using ExportTest::anaLID;
+using ExportTest::bea;
+
+Request request(const std::string& name, std::int64_t size, const std::string& jid = ana) {
+  return {.source = "/backup/" + name,
+          .relativePath = "Message/Media/" + jid + "/a/b/" + name,
+          .desiredName = name,
+          .chatJID = jid,
+          .kind = MediaKind::photos,
+          .sourceSize = size,
+          .date = dateFromUnixTime(5),
+          .encryptionKey = Bytes{1, 2}};
+}
+
+DestinationIndex indexWith(const std::string& folder, const std::vector<std::pair<std::string, int>>& files) {
+  DestinationIndex index{.destination = "/out/messages"};
+  for (const auto& [name, size] : files) index.addFile(folder, name, size);
+  return index;
+}
+
+TEST(ExportPlanner, PlansACopyForEachRequestInTheirOrder) {
+  DestinationIndex index{.destination = "/out/messages"};
+  const std::vector<Request> requests{request("b.jpg", 1), request("a.jpg", 2, bea)};
+  const auto plan = ExportPlanner::plan(requests, {{ana, "Ana"}, {bea, "Bea"}}, {}, index);
+  ASSERT_EQ(plan.size(), 2U);
+  EXPECT_EQ(plan[0], (PlannedCopy{.source = "/backup/b.jpg",
+                                  .dest = "/out/messages/Ana/b.jpg",
+                                  .date = dateFromUnixTime(5),
+                                  .relativePath = "Message/Media/" + ana + "/a/b/b.jpg",
+                                  .exportedName = "b.jpg",
+                                  .chatJID = ana,
+                                  .kind = MediaKind::photos,
+                                  .sourceSize = 1,
+                                  .encryptionKey = Bytes{1, 2}}));
+  EXPECT_EQ(plan[1].dest, "/out/messages/Bea/a.jpg");
+}
+
+TEST(ExportPlanner, AFileOfThatNameAndSizeIsThereAlready) {
+  DestinationIndex index = indexWith("Ana", {{"2023-01-01_101010_a.jpg", 10}});
+  const auto plan = ExportPlanner::plan({request("2023-01-01_101010_a.jpg", 10)}, {{ana, "Ana"}}, {}, index);
+  EXPECT_TRUE(plan[0].alreadyPresent);
+  EXPECT_EQ(plan[0].exportedName, "2023-01-01_101010_a.jpg");
+}
+
+TEST(ExportPlanner, AFileOfThatNameAndAnotherSizeIsKeptBesideTheNewCopy) {
+  DestinationIndex index = indexWith("Ana", {{"2023-01-01_101010_a.jpg", 11}});
+  const auto plan = ExportPlanner::plan({request("2023-01-01_101010_a.jpg", 10)}, {{ana, "Ana"}}, {}, index);
+  EXPECT_FALSE(plan[0].alreadyPresent);
+  EXPECT_EQ(plan[0].dest, "/out/messages/Ana/2023-01-01_101010_a-2.jpg");
+}
+
+TEST(ExportPlanner, OfTwoEqualRequestsOnlyOneCanBeThereAlready) {
+  DestinationIndex index = indexWith("Ana", {{"a.jpg", 10}});
+  const std::vector<Request> requests{request("a.jpg", 10), request("a.jpg", 10), request("A.jpg", 10)};
+  const auto plan = ExportPlanner::plan(requests, {{ana, "Ana"}}, {}, index);
+  EXPECT_TRUE(plan[0].alreadyPresent);
+  EXPECT_FALSE(plan[1].alreadyPresent);
+  EXPECT_EQ(plan[1].exportedName, "a-2.jpg");
+  EXPECT_FALSE(plan[2].alreadyPresent);
+  EXPECT_EQ(plan[2].exportedName, "A-3.jpg");
+}
+
+TEST(ExportPlanner, NamesAreUniqueWithinAFolderOnly) {
+  DestinationIndex index{.destination = "/out/messages"};
+  const std::vector<Request> requests{request("a.jpg", 1), request("a.jpg", 1, bea)};
+  const auto plan = ExportPlanner::plan(requests, {{ana, "Ana"}, {bea, "Bea"}}, {}, index);
+  EXPECT_EQ(plan[1].dest, "/out/messages/Bea/a.jpg");
+}
+
+TEST(ExportPlanner, AnUnknownSizeIsNeverThereAlready) {
+  DestinationIndex index = indexWith("Ana", {{"a.jpg", 0}});
+  EXPECT_FALSE(ExportPlanner::plan({request("a.jpg", -1)}, {{ana, "Ana"}}, {}, index).front().alreadyPresent);
+}
+
+TEST(ExportPlanner, TakesAFileOutOfTheChatsFormerFolder) {
+  DestinationIndex index = indexWith("Old", {{"a-2.jpg", 10}});
+  index.addFile("Ana", "a.jpg", 99);
+  const LeftoverFolders leftovers{{ana, {"Gone", "Old"}}};
+  const std::vector<Request> requests{request("a.jpg", 10), request("a.jpg", 10)};
+  const auto plan = ExportPlanner::plan(requests, {{ana, "Ana"}}, leftovers, index);
+  EXPECT_EQ(plan[0].source, "/out/messages/Old/a-2.jpg");
+  EXPECT_EQ(plan[0].leftoverFolder, "Old");
+  EXPECT_EQ(plan[0].dest, "/out/messages/Ana/a-2.jpg");
+  EXPECT_FALSE(plan[0].alreadyPresent);
+  EXPECT_FALSE(index.contains("Old/a-2.jpg"));
+  EXPECT_EQ(plan[1].source, "/backup/a.jpg") << "one file is moved once";
+  EXPECT_EQ(plan[1].exportedName, "a-3.jpg");
+}
+
+TEST(ExportPlanner, LeavesTheFormerFoldersOfOtherChatsAlone) {
+  DestinationIndex index = indexWith("Old", {{"a.jpg", 10}});
+  const auto plan = ExportPlanner::plan({request("a.jpg", 10)}, {{ana, "Ana"}}, {{bea, {"Old"}}}, index);
+  EXPECT_FALSE(plan[0].leftoverFolder);
+}
+
+TEST(ExportPlanner, FindsTheFormerFoldersOfAllOfAChatsJIDs) {
+  const auto snapshot = ExportTest::snapshotOf({{ana, "Ana"}}, {{anaLID, ana}});
+  DestinationIndex index;
+  for (const char* folder : {"Ana", "By LID", "5511900009999@s.whatsapp.net", "Somebody"}) {
+    index.addFile(folder, "a.jpg", 1);
+  }
+  index.addFile(ana, "a.jpg", 1);
+  const ExportPlanner::PathJIDs paths{{ana, {ana, "5511900009999@s.whatsapp.net"}}};
+  const FolderAssignment persisted{{ana, "ANA"}, {anaLID, "by lid"}, {bea, "Somebody"}};
+  const auto leftovers = ExportPlanner::leftoverFoldersByOwner(
+      {.folderNames = {{ana, "Ana"}}, .pathJIDs = paths, .persisted = persisted, .snapshot = snapshot, .index = index});
+  EXPECT_EQ(leftovers, (LeftoverFolders{{ana, {ana, "By LID", "5511900009999@s.whatsapp.net"}}}));
+}
+
+TEST(ExportPlanner, AFolderInUseIsNobodysFormerFolder) {
+  const auto snapshot = ExportTest::snapshotOf({{ana, "Ana"}, {bea, "Bea"}});
+  DestinationIndex index = indexWith("Ana", {{"a.jpg", 1}});
+  const auto leftovers = ExportPlanner::leftoverFoldersByOwner({.folderNames = {{ana, "Ana-2"}, {bea, "Ana"}},
+                                                                .pathJIDs = {},
+                                                                .persisted = {{ana, "Ana"}},
+                                                                .snapshot = snapshot,
+                                                                .index = index});
+  EXPECT_EQ(leftovers, LeftoverFolders{});
+}
+
+TEST(ExportPlan, CountsOnlyTheBytesThatAreToBeWritten) {
+  const ExportPlan plan{.copies = {{.sourceSize = 100},
+                                   {.sourceSize = 20, .alreadyPresent = true},
+                                   {.sourceSize = 3, .leftoverFolder = "Old"},
+                                   {.sourceSize = -1}}};
+  EXPECT_EQ(plan.bytesToCopy(), 100);
+}
+
+TEST(ExportPlan, HugeSizesDoNotOverflowTheirSum) {
+  constexpr std::int64_t largest = std::numeric_limits<std::int64_t>::max();
+  const ExportPlan plan{.copies = {{.sourceSize = largest}, {.sourceSize = largest}}};
+  EXPECT_EQ(plan.bytesToCopy(), largest);
+}
+
+}  // namespace

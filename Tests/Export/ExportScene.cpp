@@ -1,0 +1,125 @@
+#include "Tests/Export/ExportScene.h"
+
+#include <sys/mount.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <string_view>
+
+namespace ExportTest {
+
+namespace fs = std::filesystem;
+
+Fixture::MediaFile media(const std::string& jid, const std::string& name, const std::string& extension,
+                         const std::string& content, std::optional<std::int64_t> message,
+                         Fixture::StorageOptions storage) {
+  return {.localPath = Fixture::mediaPath(jid, name, extension),
+          .content = Fixture::bytesOf(content),
+          .message = message,
+          .storage = std::move(storage)};
+}
+
+Fixture::BackupContents smallBackup(bool isEncrypted) {
+  Fixture::BackupContents contents;
+  if (isEncrypted) contents.encryption = Fixture::Encryption{};
+  Fixture::WhatsAppContents& app = contents.whatsApp;
+  app.chats = {{.jid = ana, .name = "Ana"}, {.jid = group, .name = "Us"}, {.jid = bea, .name = "Bea"}};
+  app.messages = {{.chat = 1, .date = firstDate},
+                  {.chat = 1, .date = firstDate + 1.25, .isFromMe = 1},
+                  {.chat = 2, .date = firstDate + 60},
+                  {.chat = 3, .date = firstDate + 3600}};
+  app.mediaFiles = {media(ana, "aa1", "jpg", "a photo", 1), media(ana, "ab2", "mp4", "a video, sixteen", 2),
+                    media(group, "ca3", "opus", "a voice note", 3), media(bea, "da4", "webp", "a sticker", 4),
+                    media(bea, "ea5", "pdf", "a document that no message carries")};
+  app.files = {Fixture::thumbnail(app.mediaFiles[0].localPath, Fixture::bytesOf("a thumbnail"))};
+  return contents;
+}
+
+std::string encryptionName(const testing::TestParamInfo<bool>& isEncrypted) {
+  return isEncrypted.param ? "Encrypted" : "Plain";
+}
+
+std::map<std::string, std::string> filesBelow(const fs::path& root) {
+  std::map<std::string, std::string> files;
+  for (const auto& entry : fs::recursive_directory_iterator(root)) {
+    if (entry.symlink_status().type() != fs::file_type::regular) continue;
+    files.emplace(entry.path().lexically_relative(root).generic_string(), textOf(entry.path()));
+  }
+  return files;
+}
+
+std::vector<std::string> foldersBelow(const fs::path& root) {
+  std::vector<std::string> folders;
+  for (const auto& entry : fs::recursive_directory_iterator(root)) {
+    if (entry.is_directory()) folders.push_back(entry.path().lexically_relative(root).generic_string());
+  }
+  std::ranges::sort(folders);
+  return folders;
+}
+
+bool holdsPartials(const fs::path& root) {
+  const fs::recursive_directory_iterator entries(root);
+  return std::any_of(begin(entries), end(entries), [](const fs::directory_entry& entry) {
+    return entry.path().filename().string().starts_with(".tidewell-partial-");
+  });
+}
+
+std::string textOf(const fs::path& file) {
+  const Fixture::Bytes bytes = Fixture::readFile(file);
+  return {bytes.begin(), bytes.end()};
+}
+
+std::int64_t modified(const fs::path& file) {
+  struct stat status {};
+  if (::lstat(file.c_str(), &status) != 0) return -1;
+  return status.st_mtim.tv_sec;
+}
+
+ChatStorageSnapshot snapshotOf(const std::vector<std::pair<std::string, std::string>>& chats,
+                               const std::vector<std::pair<std::string, std::string>>& lids) {
+  ChatStorageSnapshot snapshot;
+  for (const auto& [jid, name] : chats) {
+    const auto pk = static_cast<std::int64_t>(snapshot.chats.size() + 1);
+    const ChatRecord chat{.pk = pk, .jid = jid, .name = name};
+    snapshot.chats.emplace(pk, chat);
+    snapshot.chatsByJID.emplace(jid, chat);
+  }
+  ContactDirectory directory;
+  for (const auto& [lid, phone] : lids) directory.link(lid, phone);
+  snapshot.setDirectory(std::move(directory));
+  return snapshot;
+}
+
+void Scene::write() {
+  fs::remove_all(backup);
+  Fixture::writeBackup(contents, backup);
+}
+
+ExportSummary Scene::run(const ExportOptions& options, const RunControl& control) const {
+  const Exporter exporter{.timeZone = TimeZone{"UTC"}, .locale = Locale{"en_US"}};
+  ExportJob job{.backup = backup, .destination = destination, .options = options};
+  if (contents.encryption) job.password = contents.encryption->keyBag.password;
+  return exporter.exportBackup(job, control);
+}
+
+SmallVolume::SmallVolume(fs::path place, std::int64_t byteCount) : place_(std::move(place)) {
+  fs::create_directories(place_);
+  const std::string size = "size=" + std::to_string(byteCount);
+  isMounted_ = ::mount("tmpfs", place_.c_str(), "tmpfs", 0, size.c_str()) == 0;
+}
+
+SmallVolume::~SmallVolume() {
+  if (isMounted_) ::umount2(place_.c_str(), MNT_DETACH);
+}
+
+PrivateTemporaryFolder::PrivateTemporaryFolder() {
+  if (const char* before = std::getenv("TMPDIR")) before_ = before;
+  ::setenv("TMPDIR", folder_.path().c_str(), 1);
+}
+
+PrivateTemporaryFolder::~PrivateTemporaryFolder() {
+  before_ ? ::setenv("TMPDIR", before_->c_str(), 1) : ::unsetenv("TMPDIR");
+}
+
+}  // namespace ExportTest

@@ -1,0 +1,192 @@
+#include "TidewellCore/Export/FolderAllocator.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "Tests/Export/ExportScene.h"
+#include "Tests/Support/TemporaryDirectory.h"
+
+namespace {
+
+using ExportTest::ana;
+using ExportTest::anaLID;
+using ExportTest::bea;
+using ExportTest::snapshotOf;
+using Names = std::vector<std::string>;
+
+// Chats that are all called by the user part of their JID, "1@x" by "1".
+FolderAllocator::Choice choiceFor(Names jids) {
+  return {.jids = std::move(jids),
+          .desiredName = [](const std::string& jid) { return jid.substr(0, jid.find('@')); },
+          .historicalNames = [](const std::string&) { return Names{}; },
+          .canAdopt = [](const std::string&, const std::string&) { return true; }};
+}
+
+TEST(FolderAllocator, GivesEveryChatAFolderNamedAfterIt) {
+  EXPECT_EQ(FolderAllocator::assign(choiceFor({"2@x", "1@x"})), (FolderAssignment{{"1@x", "1"}, {"2@x", "2"}}));
+}
+
+TEST(FolderAllocator, LeavesOutAChatWithoutJID) {
+  EXPECT_EQ(FolderAllocator::assign(choiceFor({"", "1@x"})), (FolderAssignment{{"1@x", "1"}}));
+}
+
+TEST(FolderAllocator, TellsChatsOfOneNameApartInTheOrderOfTheirJIDs) {
+  auto choice = choiceFor({"9@x", "10@x", "8@x"});
+  choice.desiredName = [](const std::string& jid) { return jid == "9@x" ? "FAMILY" : "Family"; };
+  EXPECT_EQ(FolderAllocator::assign(choice),
+            (FolderAssignment{{"10@x", "Family"}, {"8@x", "Family-2"}, {"9@x", "FAMILY-3"}}));
+}
+
+TEST(FolderAllocator, TellsComposedAndDecomposedNamesApart) {
+  auto choice = choiceFor({"1@x", "2@x"});
+  choice.desiredName = [](const std::string& jid) { return jid == "1@x" ? "A\u0301" : "\u00C1"; };
+  EXPECT_EQ(FolderAllocator::assign(choice), (FolderAssignment{{"1@x", "A\u0301"}, {"2@x", "\u00C1-2"}}));
+}
+
+TEST(FolderAllocator, CallsAChatWithoutTitleByItsJID) {
+  auto choice = choiceFor({"1@x"});
+  choice.desiredName = [](const std::string&) { return ""; };
+  EXPECT_EQ(FolderAllocator::assign(choice), (FolderAssignment{{"1@x", "1@x"}}));
+}
+
+TEST(FolderAllocator, CleansTheNamesOfNewFolders) {
+  auto choice = choiceFor({"1@x", "2@x"});
+  choice.desiredName = [](const std::string& jid) { return jid == "1@x" ? "../a:b" : " . "; };
+  EXPECT_EQ(FolderAllocator::assign(choice), (FolderAssignment{{"1@x", "a-b"}, {"2@x", "Untitled"}}));
+}
+
+TEST(FolderAllocator, NeverGivesOutTheNamesOfItsOwnFolders) {
+  auto choice = choiceFor({"avatars@x", "Messages@x", "_viewer@x"});
+  choice.persisted = {{"avatars@x", "avatars"}};
+  EXPECT_EQ(FolderAllocator::assign(choice),
+            (FolderAssignment{{"Messages@x", "Messages-2"}, {"_viewer@x", "_viewer-2"}, {"avatars@x", "avatars-2"}}));
+}
+
+TEST(FolderAllocator, PrefersTheRememberedFolderToEverythingElse) {
+  auto choice = choiceFor({"1@x"});
+  choice.persisted = {{"1@x", "remembered"}};
+  choice.existing = {{"1", {"a.jpg"}}, {"full", {"a.jpg", "b.jpg"}}};
+  choice.exportFileNames = {{"1@x", {"a.jpg", "b.jpg"}}};
+  EXPECT_EQ(FolderAllocator::assign(choice), (FolderAssignment{{"1@x", "remembered"}}));
+}
+
+TEST(FolderAllocator, GivesAFolderRememberedTwiceToTheFirstChat) {
+  auto choice = choiceFor({"2@x", "1@x"});
+  choice.persisted = {{"1@x", "Same"}, {"2@x", "same"}};
+  EXPECT_EQ(FolderAllocator::assign(choice), (FolderAssignment{{"1@x", "Same"}, {"2@x", "2"}}));
+}
+
+TEST(FolderAllocator, SpellsAFolderAsItIsOnDisk) {
+  auto choice = choiceFor({"1@x", "Ana@x"});
+  choice.persisted = {{"1@x", "FAMILIA\u0301"}};
+  choice.existing = {{"famili\u00E1", {}}, {"ANA", {}}};
+  EXPECT_EQ(FolderAllocator::assign(choice), (FolderAssignment{{"1@x", "famili\u00E1"}, {"Ana@x", "ANA"}}));
+}
+
+TEST(FolderAllocator, FindsTheFolderThatHoldsMostOfTheChatsFiles) {
+  auto choice = choiceFor({"1@x"});
+  choice.existing = {{"1", {}}, {"few", {"a.jpg"}}, {"most", {"a.jpg", "b.jpg", "other.jpg"}}};
+  choice.exportFileNames = {{"1@x", {"A.jpg", "b.JPG", "c.jpg"}}};
+  EXPECT_EQ(FolderAllocator::assign(choice), (FolderAssignment{{"1@x", "most"}}));
+}
+
+TEST(FolderAllocator, TakesTheFirstOfFoldersThatHoldEquallyMany) {
+  auto choice = choiceFor({"1@x"});
+  choice.existing = {{"b", {"a.jpg"}}, {"c", {"a.jpg"}}, {"d", {}}};
+  choice.exportFileNames = {{"1@x", {"a.jpg"}}};
+  EXPECT_EQ(FolderAllocator::assign(choice), (FolderAssignment{{"1@x", "b"}}));
+}
+
+TEST(FolderAllocator, TakesNoFolderForItsFilesThatTheChatMayNotHave) {
+  auto choice = choiceFor({"1@x"});
+  choice.existing = {{"others", {"a.jpg", "b.jpg"}}, {"own", {"a.jpg"}}};
+  choice.exportFileNames = {{"1@x", {"a.jpg", "b.jpg"}}};
+  choice.canAdopt = [](const std::string& folder, const std::string&) { return folder != "others"; };
+  EXPECT_EQ(FolderAllocator::assign(choice), (FolderAssignment{{"1@x", "own"}}));
+}
+
+TEST(FolderAllocator, AdoptsAFolderWithANameThatTheChatHadBefore) {
+  auto choice = choiceFor({"1@x"});
+  choice.historicalNames = [](const std::string&) { return Names{"Old/name", "Older"}; };
+  choice.existing = {{"Older", {}}, {"Old-name", {}}};
+  EXPECT_EQ(FolderAllocator::assign(choice), (FolderAssignment{{"1@x", "Old-name"}}));
+  choice.existing = {{"Older-16", {}}};
+  EXPECT_EQ(FolderAllocator::assign(choice), (FolderAssignment{{"1@x", "Older-16"}}));
+  choice.existing = {{"Older-17", {}}};
+  EXPECT_EQ(FolderAllocator::assign(choice), (FolderAssignment{{"1@x", "1"}}));
+}
+
+TEST(FolderAllocator, MakesANewFolderBesideOneOfTheSameNameThatIsNotTheChats) {
+  auto choice = choiceFor({"1@x"});
+  choice.existing = {{"1", {}}};
+  choice.canAdopt = [](const std::string&, const std::string&) { return false; };
+  EXPECT_EQ(FolderAllocator::assign(choice), (FolderAssignment{{"1@x", "1-2"}}));
+}
+
+TEST(FolderAllocator, AFolderNamedAfterAJIDIsForThatChatAlone) {
+  EXPECT_TRUE(FolderAllocator::isAdoptableFolder("Ana", ana));
+  EXPECT_TRUE(FolderAllocator::isAdoptableFolder("5511900001111@S.WhatsApp.net", ana));
+  EXPECT_FALSE(FolderAllocator::isAdoptableFolder(ana, bea));
+  EXPECT_FALSE(FolderAllocator::isAdoptableFolder(anaLID, ana));
+  EXPECT_FALSE(FolderAllocator::isAdoptableFolder("1-2@G.US", ana));
+  const auto snapshot = snapshotOf({{ana, "Ana"}, {bea, "Bea"}});
+  const auto folders =
+      FolderAllocator::allocate({{ana, {"a.jpg"}}, {bea, {"a.jpg"}}}, {{ana, {"a.jpg"}}}, {}, snapshot);
+  EXPECT_EQ(folders, (FolderAssignment{{ana, ana}, {bea, "Bea"}}));
+}
+
+TEST(FolderAllocator, KeepsTheFolderOfAChatThatThisBackupLacks) {
+  const auto snapshot = snapshotOf({{bea, "Ana"}});
+  const FolderAllocator::PlannedNames names{{bea, {"a.jpg"}}};
+  const FolderAssignment persisted{{ana, "Ana"}};
+  const auto folders = FolderAllocator::allocate(names, {{"Ana", {"a.jpg"}}}, persisted, snapshot);
+  EXPECT_EQ(folders, (FolderAssignment{{bea, "Ana-2"}}));
+  EXPECT_EQ(FolderAllocator::withAbsentChats(folders, persisted, snapshot),
+            (FolderAssignment{{ana, "Ana"}, {bea, "Ana-2"}}));
+}
+
+TEST(FolderAllocator, ForgetsTheOtherFormOfAJIDThatHasAFolder) {
+  const auto snapshot = snapshotOf({{ana, "Ana"}}, {{anaLID, ana}});
+  EXPECT_EQ(FolderAllocator::withAbsentChats({{ana, "Ana"}}, {{anaLID, "Old"}}, snapshot),
+            (FolderAssignment{{ana, "Ana"}}));
+}
+
+TEST(FolderAllocator, RemembersAFolderForBothFormsOfAJID) {
+  const auto snapshot = snapshotOf({{ana, "Ana"}}, {{anaLID, ana}});
+  const FolderAssignment both{{ana, "Ana"}, {anaLID, "Ana"}};
+  EXPECT_EQ(FolderAllocator::expandPersisted({{anaLID, "Ana"}}, {ana}, snapshot), both);
+  EXPECT_EQ(FolderAllocator::expandPersisted({{ana, "Ana"}}, {ana}, snapshot), both);
+  EXPECT_EQ(FolderAllocator::expandPersisted({{ana, "A"}, {anaLID, "L"}}, {ana}, snapshot),
+            (FolderAssignment{{ana, "A"}, {anaLID, "L"}}));
+}
+
+TEST(FolderAllocator, KnowsTheNamesThatEarlierExportsMayHaveGiven) {
+  const auto snapshot = snapshotOf({{ana, "Ana/Silva"}}, {{anaLID, ana}});
+  const Names names = FolderAllocator::historicalNames(ana, snapshot);
+  const Names expected{"Ana/Silva", "Ana-Silva", ana, anaLID, "+55 11 90000-1111"};
+  ASSERT_GE(names.size(), expected.size());
+  EXPECT_EQ(Names(names.begin(), names.begin() + 5), expected);
+}
+
+TEST(FolderAllocator, ListsTheFoldersThatMayBeChats) {
+  const Fixture::TemporaryDirectory root;
+  for (const char* name : {"Bea", "ana", ".hidden", "_viewer", "AVATARS", "Messages", "_other"}) {
+    std::filesystem::create_directory(root / name);
+  }
+  Fixture::writeFile(root / "a file", "");
+  EXPECT_EQ(FolderAllocator::existingChatFolders(root.path()), (Names{"Bea", "_other", "ana"}));
+  EXPECT_EQ(FolderAllocator::existingChatFolders(root / "missing"), Names{});
+}
+
+TEST(FolderAllocator, KnowsNamesThatOnlyOlderExportsGave) {
+  EXPECT_TRUE(FolderAllocator::isLegacyFolderName(ana));
+  EXPECT_TRUE(FolderAllocator::isLegacyFolderName("12@LID"));
+  EXPECT_TRUE(FolderAllocator::isLegacyFolderName("1-2@g.us-2"));
+  EXPECT_TRUE(FolderAllocator::isLegacyFolderName("\u200E \u200F"));
+  EXPECT_FALSE(FolderAllocator::isLegacyFolderName("Ana"));
+}
+
+}  // namespace

@@ -1,0 +1,171 @@
+#include "TidewellCore/Export/MediaCopier.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <map>
+#include <string>
+
+#include "Tests/Export/ExportScene.h"
+#include "Tests/Support/TemporaryDirectory.h"
+#include "TidewellCore/TidewellError.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using ExportPlanner::PlannedCopy;
+using ExportTest::filesBelow;
+using Fixture::writeFile;
+using Files = std::map<std::string, std::string>;
+using Outcome = MediaCopier::Outcome;
+
+// A stored file "source" of 6 bytes, and a content root.
+struct MediaCopierTest : testing::Test {
+  MediaCopierTest() {
+    Fixture::writeBackup({}, folder / "device");
+    writeFile(source, "stored");
+    fs::create_directories(root);
+  }
+
+  PlannedCopy copyTo(const std::string& name) const {
+    return {.source = source,
+            .dest = root / "Ana" / name,
+            .date = dateFromUnixTime(1'600'000'000),
+            .exportedName = name,
+            .sourceSize = 6};
+  }
+
+  Outcome carryOut(const PlannedCopy& copy, const CancellationCheck& isCancelled = {}) {
+    const OpenedBackup opened = OpenedBackup::open(folder / "device", std::nullopt);
+    return MediaCopier(opened, index, isCancelled).carryOut(copy);
+  }
+
+  void removeEmptied(const ExportPlanner::LeftoverFolders& leftovers) {
+    const OpenedBackup opened = OpenedBackup::open(folder / "device", std::nullopt);
+    MediaCopier(opened, index, {}).removeEmptied(leftovers);
+  }
+
+  Fixture::TemporaryDirectory folder;
+  fs::path source = folder / "source";
+  fs::path root = folder / "messages";
+  DestinationIndex index{.destination = root};
+};
+
+TEST_F(MediaCopierTest, MakesTheFolderAndTheFileWithTheMessagesDate) {
+  EXPECT_EQ(carryOut(copyTo("a.jpg")), Outcome::copied);
+  EXPECT_EQ(filesBelow(root), (Files{{"Ana/a.jpg", "stored"}}));
+  EXPECT_EQ(ExportTest::modified(root / "Ana/a.jpg"), 1'600'000'000);
+  ASSERT_TRUE(index.contains("Ana/a.jpg"));
+  EXPECT_EQ(index.file("Ana", "a.jpg")->size, 6);
+}
+
+TEST_F(MediaCopierTest, DoesNotTouchAFileThatIsThereAlready) {
+  PlannedCopy copy = copyTo("a.jpg");
+  copy.alreadyPresent = true;
+  EXPECT_EQ(carryOut(copy), Outcome::alreadyPresent);
+  EXPECT_EQ(filesBelow(root), Files{});
+}
+
+TEST_F(MediaCopierTest, KeepsAFileOfTheSameSizeThatCameSinceThePlan) {
+  writeFile(root / "Ana/a.jpg", "sextet");
+  EXPECT_EQ(carryOut(copyTo("a.jpg")), Outcome::alreadyPresent);
+  EXPECT_EQ(filesBelow(root), (Files{{"Ana/a.jpg", "sextet"}}));
+  EXPECT_TRUE(index.contains("Ana/a.jpg"));
+}
+
+TEST_F(MediaCopierTest, ReplacesAFileOfAnotherSizeThatCameSinceThePlan) {
+  writeFile(root / "Ana/a.jpg", "half");
+  EXPECT_EQ(carryOut(copyTo("a.jpg")), Outcome::copied);
+  EXPECT_EQ(filesBelow(root), (Files{{"Ana/a.jpg", "stored"}}));
+}
+
+TEST_F(MediaCopierTest, KeepsAFileOfAnotherSizeWhenItsReplacementFails) {
+  writeFile(root / "Ana/a.jpg", "half");
+  fs::remove(source);
+  EXPECT_ANY_THROW(carryOut(copyTo("a.jpg")));
+  EXPECT_EQ(filesBelow(root), (Files{{"Ana/a.jpg", "half"}}));
+}
+
+TEST_F(MediaCopierTest, ReplacesNeitherALinkNorAFolder) {
+  writeFile(folder / "own", "half");
+  fs::create_directories(root / "Ana/b.jpg");
+  fs::create_symlink(folder / "own", root / "Ana/a.jpg");
+  EXPECT_THROW(carryOut(copyTo("a.jpg")), fs::filesystem_error);
+  EXPECT_THROW(carryOut(copyTo("b.jpg")), fs::filesystem_error);
+  EXPECT_TRUE(fs::is_symlink(root / "Ana/a.jpg"));
+  EXPECT_TRUE(fs::is_directory(root / "Ana/b.jpg"));
+  EXPECT_EQ(ExportTest::textOf(folder / "own"), "half");
+  EXPECT_FALSE(ExportTest::holdsPartials(root));
+}
+
+TEST_F(MediaCopierTest, AFileOfAnotherSizeThanPlannedIsAFailureThatLeavesNothing) {
+  PlannedCopy copy = copyTo("a.jpg");
+  copy.sourceSize = 7;
+  EXPECT_THROW(carryOut(copy), TidewellError);
+  EXPECT_EQ(filesBelow(root), Files{});
+  EXPECT_FALSE(index.contains("Ana/a.jpg"));
+}
+
+TEST_F(MediaCopierTest, AFileThatCannotBeReadMakesNoFolder) {
+  PlannedCopy copy = copyTo("a.jpg");
+  copy.sourceSize = -1;
+  EXPECT_THROW(carryOut(copy), TidewellError);
+  EXPECT_TRUE(fs::is_empty(root));
+}
+
+TEST_F(MediaCopierTest, ACancelledCopyLeavesNothing) {
+  try {
+    carryOut(copyTo("a.jpg"), [] { return true; });
+    // A file system that shares blocks copies in one step, too quick to be cancelled.
+    EXPECT_EQ(filesBelow(root), (Files{{"Ana/a.jpg", "stored"}}));
+  } catch (const TidewellError& error) {
+    EXPECT_EQ(error, TidewellError::cancelled());
+    EXPECT_EQ(filesBelow(root), Files{});
+  }
+}
+
+TEST_F(MediaCopierTest, MovesAFileOutOfAFormerFolder) {
+  writeFile(root / "Old/a.jpg", "earlier");
+  index.addFile("Old", "a.jpg", 7);
+  PlannedCopy copy = copyTo("b.jpg");
+  copy.source = root / "Old/a.jpg";
+  copy.leftoverFolder = "Old";
+  copy.sourceSize = 7;
+  copy.encryptionKey = Bytes(44, 7);
+  EXPECT_EQ(carryOut(copy), Outcome::copied);
+  EXPECT_EQ(filesBelow(root), (Files{{"Ana/b.jpg", "earlier"}}));
+  EXPECT_EQ(ExportTest::modified(root / "Ana/b.jpg"), 1'600'000'000);
+  EXPECT_TRUE(index.contains("Ana/b.jpg"));
+  EXPECT_FALSE(index.contains("Old/a.jpg"));
+}
+
+TEST_F(MediaCopierTest, AMovedFileNeverReplacesAnother) {
+  writeFile(root / "Old/a.jpg", "earlier");
+  writeFile(root / "Ana/b.jpg", "other");
+  PlannedCopy copy = copyTo("b.jpg");
+  copy.source = root / "Old/a.jpg";
+  copy.leftoverFolder = "Old";
+  copy.sourceSize = 7;
+  EXPECT_THROW(carryOut(copy), fs::filesystem_error);
+  EXPECT_EQ(filesBelow(root), (Files{{"Ana/b.jpg", "other"}, {"Old/a.jpg", "earlier"}}));
+}
+
+TEST_F(MediaCopierTest, RemovesAFormerFolderThatHoldsNothingMoreThanTranscripts) {
+  writeFile(root / "Old/_transcript.txt", "1");
+  writeFile(root / "Old/_transcript.html", "2");
+  writeFile(root / "Old/.DS_Store", "3");
+  fs::create_directory(root / "Empty");
+  removeEmptied({{"1@x", {"Old", "Gone", "Empty"}}});
+  EXPECT_TRUE(fs::is_empty(root));
+}
+
+TEST_F(MediaCopierTest, KeepsAFormerFolderThatHoldsAnythingElse) {
+  writeFile(root / "Old/_transcript.txt", "1");
+  writeFile(root / "Old/my notes.txt", "2");
+  fs::create_directories(root / "Older/_transcript.txt");
+  removeEmptied({{"1@x", {"Old", "Older"}}});
+  EXPECT_EQ(filesBelow(root), (Files{{"Old/_transcript.txt", "1"}, {"Old/my notes.txt", "2"}}));
+  EXPECT_TRUE(fs::exists(root / "Older/_transcript.txt"));
+}
+
+}  // namespace

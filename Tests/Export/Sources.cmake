@@ -1,0 +1,19 @@
+target_sources(TidewellCoreTests PRIVATE
+  ${CMAKE_CURRENT_LIST_DIR}/DestinationIndexTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/DiskSpaceTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ExportLayoutTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ExportPlannerTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ExportScene.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ExportTimingTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ExporterDamageTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ExporterDestinationTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ExporterFolderTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ExporterTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/FolderAllocatorTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/FolderManifestTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/MediaCopierTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ProgressReporterTests.cpp)
+
+# Where the golden listings are, to be compared and, on request, written anew.
+set_source_files_properties(${CMAKE_CURRENT_LIST_DIR}/ExporterTests.cpp PROPERTIES
+  COMPILE_DEFINITIONS TIDEWELL_GOLDEN_FOLDER="${CMAKE_CURRENT_LIST_DIR}/Golden")
