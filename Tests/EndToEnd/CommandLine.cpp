@@ -154,6 +154,17 @@ Finished CommandLine::runOnTerminal(const std::vector<std::string>& arguments, c
   return finished;
 }
 
+int CommandLine::runWithoutStreams(const std::vector<std::string>& arguments, const std::vector<int>& closed) const {
+  const pid_t child = ::fork();
+  if (child == 0) {
+    for (const int file : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+      ::dup2(::open("/dev/full", O_RDWR | O_CLOEXEC), file);
+    for (const int file : closed) ::close(file);
+    become(arguments);
+  }
+  return waitFor(child);
+}
+
 std::vector<std::string> CommandLine::temporaryFiles() const {
   std::vector<std::string> names;
   for (const auto& entry : fs::directory_iterator(folder_ / "temporary")) names.push_back(entry.path().filename());

@@ -30,6 +30,9 @@ class CommandLine {
   // On a terminal of its own, with `typed` as the keys; output and errors come together.
   Finished runOnTerminal(const std::vector<std::string>& arguments, const std::string& typed) const;
 
+  // With these of the standard streams closed, and the others at /dev/full; returns the exit code.
+  int runWithoutStreams(const std::vector<std::string>& arguments, const std::vector<int>& closed) const;
+
   std::filesystem::path operator/(const std::string& name) const { return folder_ / name; }
   // What the program left in its temporary folder.
   std::vector<std::string> temporaryFiles() const;
