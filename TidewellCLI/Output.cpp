@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 
 #include "TidewellCore/ErrorReport.h"
@@ -44,7 +45,10 @@ int runReporting(Format format, const std::function<int()>& work) {
 }
 
 std::filesystem::path absolutePath(const std::string& argument) {
-  const std::filesystem::path path = std::filesystem::absolute(argument).lexically_normal();
+  const std::filesystem::path given = std::filesystem::absolute(argument);
+  // What ".." leads to depends on the links before it, so only the file system can tell.
+  const bool leadsUp = std::ranges::find(given, "..") != given.end();
+  const std::filesystem::path path = (leadsUp ? std::filesystem::weakly_canonical(given) : given).lexically_normal();
   return path.has_filename() || path == path.root_path() ? path : path.parent_path();
 }
 

@@ -158,4 +158,15 @@ TEST(ExportCommand, CarriesOnWhenNobodyReadsItsMessages) {
   }
 }
 
+TEST(ExportCommand, FollowsALinkBeforeItGoesUp) {
+  const CommandLine commandLine;
+  Fixture::writeBackup(twoFiles(), commandLine / "shelf/device");
+  fs::create_directories(commandLine / "shelf/inner");
+  fs::create_directory_symlink(commandLine / "shelf/inner", commandLine / "link");
+  const Finished finished = commandLine.run({"export", "link/../device", "link/../saved/"});
+  EXPECT_EQ(finished.exitCode, 0) << finished.errors;
+  EXPECT_TRUE(fs::exists(commandLine / "shelf/saved/messages/Ana"));
+  EXPECT_FALSE(fs::exists(commandLine / "saved"));
+}
+
 }  // namespace
