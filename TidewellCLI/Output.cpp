@@ -1,11 +1,18 @@
 #include "TidewellCLI/Output.h"
 
-#include <fmt/core.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
 
 #include "TidewellCore/ErrorReport.h"
 #include "TidewellCore/TidewellError.h"
 
 namespace {
+
+// What cannot be written is remembered by the stream; it never ends the work.
+void write(std::FILE* stream, std::string_view text) { std::fwrite(text.data(), 1, text.size(), stream); }
 
 void reportAsJson(const ErrorReport& report) {
   Json::Object error{{"case", report.caseName}, {"errorDescription", report.errorDescription}};
@@ -38,12 +45,31 @@ int runReporting(Format format, const std::function<int()>& work) {
 }
 
 std::filesystem::path absolutePath(const std::string& argument) {
-  const std::filesystem::path path = std::filesystem::absolute(argument).lexically_normal();
+  const std::filesystem::path given = std::filesystem::absolute(argument);
+  // What ".." leads to depends on the links before it, so only the file system can tell.
+  const bool leadsUp = std::ranges::find(given, "..") != given.end();
+  const std::filesystem::path path = (leadsUp ? std::filesystem::weakly_canonical(given) : given).lexically_normal();
   return path.has_filename() || path == path.root_path() ? path : path.parent_path();
 }
 
-void printLine(std::string_view line) { fmt::print("{}\n", line); }
+void reserveStandardStreams() {
+  // The lowest free number is given out, so the streams are filled in their order.
+  for (int file = STDIN_FILENO; file <= STDERR_FILENO;) {
+    if (::fcntl(file, F_GETFD) >= 0) {
+      ++file;
+      continue;
+    }
+    // Opened the wrong way round, so that using it fails as before.
+    if (::open("/dev/null", file == STDIN_FILENO ? O_WRONLY : O_RDONLY) != file) return;
+  }
+}
 
-void printErrorLine(std::string_view line) { fmt::print(stderr, "{}\n", line); }
+void printLine(std::string_view line) { write(stdout, std::string(line) + "\n"); }
+
+void printError(std::string_view text) { write(stderr, text); }
+
+void printErrorLine(std::string_view line) { printError(std::string(line) + "\n"); }
+
+bool flushOutput() { return std::fflush(stdout) == 0 && std::ferror(stdout) == 0; }
 
 void printJson(const Json& json) { printLine(json.write()); }

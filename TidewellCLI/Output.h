@@ -27,7 +27,15 @@ int runReporting(Format format, const std::function<int()>& work);
 // The folder that an argument names, from the root and without "." and "..".
 std::filesystem::path absolutePath(const std::string& argument);
 
+// Keeps a standard stream that the caller closed from becoming the number of a
+// file that is opened later, into which messages would then be written.
+void reserveStandardStreams();
+
+// None of these throws: a reader that went away must not end the work.
 void printLine(std::string_view line);
+void printError(std::string_view text);
 void printErrorLine(std::string_view line);
 // One object and a line break.
 void printJson(const Json& json);
+// False when something that was printed could not be written.
+bool flushOutput();

@@ -22,6 +22,7 @@ constexpr std::size_t longestLine = 64 << 10;
 SecretBytes readFirstLine(int file, const fs::path& name) {
   SecretBytes line;
   line.reserve(256);
+  throwIfCancelled(Interruption::check());  // the signal may have come before there was a read to end
   for (std::uint8_t byte = 0; line.size() < longestLine;) {
     const ssize_t count = ::read(file, &byte, 1);
     if (count < 0 && errno == EINTR) {
@@ -38,6 +39,7 @@ SecretBytes readFirstLine(int file, const fs::path& name) {
 
 SecretBytes readFromFile(const fs::path& path) {
   const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (file < 0) throwIfCancelled(Interruption::check());  // a FIFO waits for its writer
   if (file < 0) throw fs::filesystem_error("Could not open the password file", path, {errno, std::generic_category()});
   const std::shared_ptr<void> closer(nullptr, [file](void*) { ::close(file); });
   return readFirstLine(file, path);

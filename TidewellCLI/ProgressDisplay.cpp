@@ -58,8 +58,7 @@ void ProgressDisplay::show(const ExportProgress& progress) {
   }
   if (isTerminal_) {
     // A terminal that wraps a line cannot redraw it.
-    fmt::print(stderr, "\r\033[K{}", HumanText::fitted(line(progress), terminalWidth() - 1));
-    std::fflush(stderr);
+    printError("\r\033[K" + HumanText::fitted(line(progress), terminalWidth() - 1));
     isDrawn_ = true;
   } else if (isNewPhase) {
     printErrorLine(title(progress.phase));
@@ -67,7 +66,7 @@ void ProgressDisplay::show(const ExportProgress& progress) {
 }
 
 void ProgressDisplay::clear() {
-  if (isDrawn_) fmt::print(stderr, "\r\033[K");
+  if (isDrawn_) printError("\r\033[K");
   isDrawn_ = false;
 }
 

@@ -5,6 +5,7 @@
 #include "TidewellCLI/Output.h"
 
 int main(int argumentCount, char** arguments) {
+  reserveStandardStreams();
   Interruption::install();
   int exitCode = ExitCode::done;
   CLI::App app("Gets WhatsApp chats and media out of a local iPhone backup. The backup is never changed.", "tidewell");
@@ -19,6 +20,7 @@ int main(int argumentCount, char** arguments) {
     // Help and the version are told by such an error, too.
     return app.exit(error) == 0 ? ExitCode::done : ExitCode::usage;
   }
-  const bool isWritten = std::fflush(stdout) == 0;
-  return exitCode == ExitCode::done && !isWritten ? ExitCode::failed : exitCode;
+  if (flushOutput()) return exitCode;
+  printErrorLine("The result could not be written.");
+  return exitCode == ExitCode::done ? ExitCode::failed : exitCode;
 }

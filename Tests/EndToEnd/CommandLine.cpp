@@ -8,9 +8,13 @@
 #include <unistd.h>
 
 #include <array>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <fstream>
 #include <functional>
+#include <iterator>
+#include <thread>
 
 namespace {
 
@@ -69,6 +73,23 @@ Finished collect(pid_t child, const Pipe& output, const Pipe& errors, const std:
   ::close(errors.readEnd);
   finished.exitCode = waitFor(child);
   return finished;
+}
+
+// The third field of proc_pid_stat(5), after a name in parentheses.
+char stateOf(pid_t process) {
+  std::ifstream file("/proc/" + std::to_string(process) + "/stat");
+  const std::string text{std::istreambuf_iterator<char>(file), {}};
+  const auto name = text.rfind(')');
+  return name == std::string::npos ? '?' : text.at(name + 2);
+}
+
+// Half a second without work tells a wait from a pause.
+void waitUntilAsleep(pid_t process) {
+  constexpr int enough = 50;
+  for (int asleep = 0; asleep < enough && stateOf(process) != 'Z';) {
+    asleep = stateOf(process) == 'S' ? asleep + 1 : 0;
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
 }
 
 }  // namespace
@@ -136,6 +157,19 @@ Finished CommandLine::interrupt(const std::vector<std::string>& arguments, const
   });
 }
 
+Finished CommandLine::interruptWaiting(const std::vector<std::string>& arguments, int signal) const {
+  const Pipe output, errors;
+  const pid_t child = ::fork();
+  if (child == 0) {
+    ::dup2(output.writeEnd, STDOUT_FILENO);
+    ::dup2(errors.writeEnd, STDERR_FILENO);
+    become(arguments);
+  }
+  waitUntilAsleep(child);
+  ::kill(child, signal);
+  return collect(child, output, errors, [](Finished&) {});
+}
+
 Finished CommandLine::runOnTerminal(const std::vector<std::string>& arguments, const std::string& typed) const {
   int terminal = -1;
   winsize size{.ws_row = 24, .ws_col = 80, .ws_xpixel = 0, .ws_ypixel = 0};
@@ -153,6 +187,17 @@ Finished CommandLine::runOnTerminal(const std::vector<std::string>& arguments, c
   ::close(terminal);
   finished.exitCode = waitFor(child);
   return finished;
+}
+
+int CommandLine::runWithoutStreams(const std::vector<std::string>& arguments, const std::vector<int>& closed) const {
+  const pid_t child = ::fork();
+  if (child == 0) {
+    for (const int file : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+      ::dup2(::open("/dev/full", O_RDWR | O_CLOEXEC), file);
+    for (const int file : closed) ::close(file);
+    become(arguments);
+  }
+  return waitFor(child);
 }
 
 std::vector<std::string> CommandLine::temporaryFiles() const {

@@ -27,8 +27,13 @@ class CommandLine {
   Finished run(const std::vector<std::string>& arguments, const std::string& input = {}) const;
   // Sends `signal` when the program's errors hold `text`.
   Finished interrupt(const std::vector<std::string>& arguments, const std::string& text, int signal) const;
+  // Sends `signal` when the program has come to wait for something.
+  Finished interruptWaiting(const std::vector<std::string>& arguments, int signal) const;
   // On a terminal of its own, with `typed` as the keys; output and errors come together.
   Finished runOnTerminal(const std::vector<std::string>& arguments, const std::string& typed) const;
+
+  // With these of the standard streams closed, and the others at /dev/full; returns the exit code.
+  int runWithoutStreams(const std::vector<std::string>& arguments, const std::vector<int>& closed) const;
 
   std::filesystem::path operator/(const std::string& name) const { return folder_ / name; }
   // What the program left in its temporary folder.

@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <csignal>
 
 #include "Tests/EndToEnd/CommandLine.h"
@@ -138,6 +140,33 @@ TEST(ExportCommand, RedrawsOneProgressLineOnATerminal) {
   EXPECT_EQ(finished.exitCode, 0);
   EXPECT_THAT(finished.output, HasSubstr("\r\033[KCopying media [####################] 2 of 2"));
   EXPECT_THAT(finished.output, Not(HasSubstr(password)));
+}
+
+TEST(ExportCommand, CarriesOnWhenNobodyReadsItsMessages) {
+  const CommandLine commandLine;
+  Fixture::writeBackup(twoFiles(), commandLine / "device");
+  ASSERT_EQ(commandLine.run({"export", "device", "expected"}).exitCode, 0);
+  const std::vector<std::vector<int>> closings{
+      {}, {STDERR_FILENO}, {STDOUT_FILENO}, {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}};
+  for (const std::vector<int>& closed : closings) {
+    fs::remove_all(commandLine / "saved");
+    // The result, which is lost, is what the export cannot do without.
+    EXPECT_EQ(commandLine.runWithoutStreams({"export", "device", "saved"}, closed), 1);
+    EXPECT_EQ(Fixture::treeSnapshot(commandLine / "saved/messages/Ana"),
+              Fixture::treeSnapshot(commandLine / "expected/messages/Ana"));
+    EXPECT_EQ(commandLine.runWithoutStreams({"export", "nowhere", "saved", "--json"}, closed), 1);
+  }
+}
+
+TEST(ExportCommand, FollowsALinkBeforeItGoesUp) {
+  const CommandLine commandLine;
+  Fixture::writeBackup(twoFiles(), commandLine / "shelf/device");
+  fs::create_directories(commandLine / "shelf/inner");
+  fs::create_directory_symlink(commandLine / "shelf/inner", commandLine / "link");
+  const Finished finished = commandLine.run({"export", "link/../device", "link/../saved/"});
+  EXPECT_EQ(finished.exitCode, 0) << finished.errors;
+  EXPECT_TRUE(fs::exists(commandLine / "shelf/saved/messages/Ana"));
+  EXPECT_FALSE(fs::exists(commandLine / "saved"));
 }
 
 }  // namespace

@@ -1,5 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <csignal>
 
 #include "Tests/EndToEnd/CommandLine.h"
 #include "Tests/Support/BackupBuilder.h"
@@ -79,6 +82,16 @@ TEST(ScanCommand, NeedsAPasswordWhenThereIsNoWayToAskForIt) {
   EXPECT_THAT(finished.errors, HasSubstr("This iPhone backup is encrypted. Enter the password you set in Finder.\n\n"));
   const Json::Object error = *commandLine.run({"scan", "device", "--json"}).json().at("error").as<Json::Object>();
   EXPECT_EQ(*error.at("case").as<std::string>(), "needsBackupPassword");
+}
+
+TEST(ScanCommand, CanBeInterruptedWhileItWaitsForThePasswordFile) {
+  const CommandLine commandLine;
+  Fixture::writeBackup(encryptedBackup(), commandLine / "device");
+  ASSERT_EQ(::mkfifo((commandLine / "password").c_str(), 0600), 0);
+  for (const int signal : {SIGINT, SIGTERM}) {
+    const Finished finished = commandLine.interruptWaiting({"scan", "device", "--password-file", "password"}, signal);
+    EXPECT_EQ(finished.exitCode, 130) << finished.errors;
+  }
 }
 
 TEST(ScanCommand, PrintsTheUnlockStagesOnSuccessAndOnFailure) {

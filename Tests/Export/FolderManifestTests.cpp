@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 #include <string>
 
@@ -47,6 +48,20 @@ TEST(FolderManifest, LeavesTheSameBytesForTheViewer) {
   fs::create_directory(root / "_viewer");
   FolderManifest::save(root.path(), {{"1@x", "Ana"}});
   EXPECT_EQ(ExportTest::textOf(root / "_viewer/folders.json"), ExportTest::textOf(root / ".tidewell-manifest.json"));
+}
+
+TEST(FolderManifest, KeepsTheDatesOfFilesThatSayTheSame) {
+  const TemporaryDirectory root;
+  fs::create_directory(root / "_viewer");
+  const fs::file_time_type old = fs::file_time_type::clock::now() - std::chrono::hours(48);
+  FolderManifest::save(root.path(), {{"1@x", "Ana"}});
+  for (const char* file : {".tidewell-manifest.json", "_viewer/folders.json"}) fs::last_write_time(root / file, old);
+  FolderManifest::save(root.path(), {{"1@x", "Ana"}});
+  for (const char* file : {".tidewell-manifest.json", "_viewer/folders.json"}) {
+    EXPECT_EQ(fs::last_write_time(root / file), old) << file;
+  }
+  FolderManifest::save(root.path(), {{"1@x", "Eva"}});
+  EXPECT_GT(fs::last_write_time(root / "_viewer/folders.json"), old);
 }
 
 TEST(FolderManifest, SavingTellsWhenItCannotWrite) {

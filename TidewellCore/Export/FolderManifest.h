@@ -18,7 +18,7 @@ inline constexpr const char* viewerFileName = "folders.json";  // a copy in "_vi
 // the folder above. Empty when none can be read. Names unfit for a path are left out.
 FolderAssignment load(const std::filesystem::path& destination);
 
-// Throws what writing reports.
+// A file that says the same already keeps its date. Throws what writing reports.
 void save(const std::filesystem::path& contentRoot, const FolderAssignment& folders);
 
 }  // namespace FolderManifest
