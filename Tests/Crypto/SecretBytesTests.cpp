@@ -38,6 +38,10 @@ void* operator new(std::size_t size) {
   if (void* memory = std::malloc(size == 0 ? 1 : size)) return memory;
   throw std::bad_alloc();
 }
+// The standard library's sorting buffers come from here and are freed below like all others.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  return std::malloc(size == 0 ? 1 : size);
+}
 void operator delete(void* memory) noexcept {
   watch.freed(memory);
   std::free(memory);
