@@ -1,5 +1,6 @@
 target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/DestinationIndexTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/DestinationLockTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/DiskSpaceTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportLayoutTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportPlannerTests.cpp
@@ -12,6 +13,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/FolderAllocatorTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/FolderManifestTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MediaCopierTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/MergeMoveTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ProgressReporterTests.cpp)
 
 # Where the golden listings are, to be compared and, on request, written anew.

@@ -8,6 +8,7 @@
 #include "TidewellCore/Export/FolderAllocator.h"
 #include "TidewellCore/Export/FolderManifest.h"
 #include "TidewellCore/Export/FolderNames.h"
+#include "TidewellCore/Export/MergeMove.h"
 #include "TidewellCore/FileNaming.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
@@ -18,12 +19,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::string_view asideName = "Messages";
-
-std::set<std::string> keysOf(const std::vector<Files::Entry>& entries) {
-  std::set<std::string> keys;
-  for (const Files::Entry& entry : entries) keys.insert(FileNaming::normalizedKey(entry.name));
-  return keys;
-}
 
 // "Messages-2", "Messages-3", …: the names given to what was moved aside.
 bool isAsideName(const std::string& name) {
@@ -47,7 +42,7 @@ void moveForeignContentAside(const fs::path& destination, const fs::path& untouc
   const fs::path content = destination / FolderNames::content;
   if (!Files::isFolder(content) || Files::isFolder(content / FolderNames::viewer)) return;
   if (holdsBackup(content, untouched)) failAsOccupied(content);
-  std::set<std::string> used = keysOf(Files::list(destination));
+  std::set<std::string> used = MergeMove::usedNames(destination);
   used.insert(FolderNames::content);
   while (!Files::renameToFree(content, destination / FileNaming::uniquify(asideName, used))) continue;
 }
@@ -98,7 +93,7 @@ struct Migration {
   }
 
   void move(const Files::Entry& entry, const std::string& name) const {
-    ExportLayout::mergeMove(destination / entry.name, content / name);
+    MergeMove::move(destination / entry.name, content / name);
   }
 
   bool isChatFolder(const Files::Entry& entry) const {
@@ -122,39 +117,6 @@ void removeAllPartials(const fs::path& destination, const fs::path& content) {
   removePartials(content);
   removePartials(content / FolderNames::viewer);
   for (const std::string& folder : FolderAllocator::existingChatFolders(content)) removePartials(content / folder);
-}
-
-// Whether both name one entry of one folder, however it is spelt. Two hard links are two entries.
-bool areOnePlace(const fs::path& a, const fs::path& b) {
-  std::error_code ignored;
-  if (a == b) return true;
-  if (!fs::equivalent(a, b, ignored)) return false;
-  const bool areFiles = Files::isRegularFile(a) && Files::isRegularFile(b);
-  return !areFiles || fs::equivalent(a.parent_path(), b.parent_path(), ignored);
-}
-
-// A folder itself; a link to one is moved as the link it is.
-bool isRealFolder(const fs::path& path) { return fs::is_directory(fs::symlink_status(path)); }
-
-void moveUnderFreeName(const fs::path& from, const fs::path& folder, const std::string& name) {
-  std::set<std::string> used = keysOf(Files::list(folder));
-  while (!Files::moveToFree(from, folder / FileNaming::uniquify(name, used))) continue;
-}
-
-void mergeFolder(const fs::path& from, const fs::path& to) {
-  for (const Files::Entry& entry : Files::list(from)) ExportLayout::mergeMove(from / entry.name, to / entry.name);
-  fs::remove(from);
-}
-
-// Tries a plain move; false when the target is taken or on another volume.
-bool moveWhole(const fs::path& from, const fs::path& to) {
-  try {
-    return isRealFolder(from) ? Files::renameToFree(from, to) : Files::moveToFree(from, to);
-  } catch (const fs::filesystem_error& error) {
-    if (error.code() != std::errc::cross_device_link || !isRealFolder(from)) throw;
-  }
-  fs::create_directory(to);
-  return false;
 }
 
 }  // namespace
@@ -198,16 +160,4 @@ fs::path ExportLayout::viewerDataDirectory(const fs::path& destination) {
     if (Files::exists(dataIn(root) / FolderNames::archiveChats)) return dataIn(root);
   }
   return dataIn(resolveContentRoot(destination));
-}
-
-void ExportLayout::mergeMove(const fs::path& from, const fs::path& to) {
-  if (areOnePlace(from, to)) return;
-  if (moveWhole(from, to)) return;
-  if (isRealFolder(from) && isRealFolder(to)) return mergeFolder(from, to);
-  const bool areFiles = Files::isRegularFile(from) && Files::isRegularFile(to);
-  if (areFiles && Files::haveSameBytes(from, to)) {
-    fs::remove(from);
-  } else {
-    moveUnderFreeName(from, to.parent_path(), PathText::text(to.filename()));
-  }
 }

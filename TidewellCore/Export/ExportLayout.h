@@ -19,8 +19,4 @@ bool looksLikeContentRoot(const std::filesystem::path& folder);
 // Where the archive's data files are, or would be.
 std::filesystem::path viewerDataDirectory(const std::filesystem::path& destination);
 
-// Moves a file or folder into `to`, merging folders. Of a file that stands on
-// both sides with other bytes both are kept, the moved one under a free name.
-void mergeMove(const std::filesystem::path& from, const std::filesystem::path& to);
-
 }  // namespace ExportLayout

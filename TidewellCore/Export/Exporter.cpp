@@ -4,6 +4,7 @@
 #include "TidewellCore/Backup/ManifestStore.h"
 #include "TidewellCore/Backup/OpenedBackup.h"
 #include "TidewellCore/ChatData/SnapshotLoader.h"
+#include "TidewellCore/Export/DestinationLock.h"
 #include "TidewellCore/Export/DiskSpace.h"
 #include "TidewellCore/Export/ExportLayout.h"
 #include "TidewellCore/Export/ExportPlan.h"
@@ -36,13 +37,26 @@ void requireWhatsApp(const ManifestStore& manifest) {
   throw TidewellError::chatStorageUnreadable("This backup holds no WhatsApp data.");
 }
 
-fs::path prepareDestination(const ExportJob& job) {
+// What keeps the destination from being made ready is told as one thing.
+template <typename Work>
+auto inDestination(const ExportJob& job, Work work) {
   try {
-    requireOutsideBackup(job.destination, job.backup);
-    return ExportLayout::prepare(job.destination, job.backup);
+    return work();
   } catch (const fs::filesystem_error&) {
     throw TidewellError::destinationNotWritable(PathText::text(job.destination));
   }
+}
+
+DestinationLock lockDestination(const ExportJob& job) {
+  return inDestination(job, [&] {
+    requireOutsideBackup(job.destination, job.backup);
+    fs::create_directories(job.destination);
+    return DestinationLock(job.destination);
+  });
+}
+
+fs::path prepareDestination(const ExportJob& job) {
+  return inDestination(job, [&] { return ExportLayout::prepare(job.destination, job.backup); });
 }
 
 void requireSpace(std::int64_t needed, const fs::path& contentRoot) {
@@ -110,6 +124,7 @@ ExportSummary Exporter::exportBackup(const ExportJob& job, const RunControl& con
   requireWhatsApp(manifest);
   const ChatStorageSnapshot snapshot = SnapshotLoader::load(opened, manifest, control.isCancelled);
 
+  const DestinationLock lock = lockDestination(job);
   const fs::path contentRoot = prepareDestination(job);
   const DateFormatter stamps = FileNaming::stampFormatter(timeZone, locale);
   const auto requests =

@@ -1,0 +1,35 @@
+#include "TidewellCore/Export/DestinationLock.h"
+
+#include <gtest/gtest.h>
+
+#include "TidewellCore/TidewellError.h"
+#include "Tests/Support/TemporaryDirectory.h"
+
+namespace {
+
+TEST(DestinationLock, LetsOneExportAtATimeIntoADestination) {
+  const Fixture::TemporaryDirectory folder;
+  {
+    const DestinationLock first(folder.path());
+    try {
+      const DestinationLock second(folder.path());
+      FAIL() << "both hold it";
+    } catch (const TidewellError& error) {
+      EXPECT_TRUE(error.is<TidewellError::IOFailure>());
+    }
+  }
+  EXPECT_NO_THROW(DestinationLock(folder.path()));
+}
+
+TEST(DestinationLock, LeavesNothingInTheDestination) {
+  const Fixture::TemporaryDirectory folder;
+  const DestinationLock lock(folder.path());
+  EXPECT_TRUE(Fixture::treeSnapshot(folder.path()).empty());
+}
+
+TEST(DestinationLock, NeedsAFolder) {
+  const Fixture::TemporaryDirectory folder;
+  EXPECT_THROW(DestinationLock(folder / "nowhere"), std::filesystem::filesystem_error);
+}
+
+}  // namespace

@@ -1,0 +1,22 @@
+#include "TidewellCore/Export/DestinationLock.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+
+#include "TidewellCore/TidewellError.h"
+
+DestinationLock::DestinationLock(const std::filesystem::path& destination)
+    : folder_(::open(destination.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+  if (folder_ < 0) {
+    throw std::filesystem::filesystem_error("Could not open the folder", destination, {errno, std::generic_category()});
+  }
+  if (::flock(folder_, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK) return;
+  ::close(folder_);
+  throw TidewellError::ioFailure("Another export is writing into this folder. Wait until it has finished.");
+}
+
+DestinationLock::~DestinationLock() { ::close(folder_); }

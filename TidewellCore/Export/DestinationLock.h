@@ -1,0 +1,19 @@
+#pragma once
+
+#include <filesystem>
+
+// Keeps two exports from writing into one destination at the same time: each
+// would take the other's working files for those of a crash. Held while it
+// lives, and gone with the process; a file system without locks gives none.
+class DestinationLock {
+ public:
+  // Throws TidewellError::ioFailure when another export holds it, and what
+  // opening the folder, which must be there, reports.
+  explicit DestinationLock(const std::filesystem::path& destination);
+  ~DestinationLock();
+  DestinationLock(const DestinationLock&) = delete;
+  DestinationLock& operator=(const DestinationLock&) = delete;
+
+ private:
+  int folder_ = -1;
+};
