@@ -166,6 +166,13 @@ TEST_P(EncryptedFileTest, AFileWithoutAKeyIsCopiedAsItIs) {
   EXPECT_EQ(opened.provenSize(file_), 5);
 }
 
+TEST_P(EncryptedFileTest, ARecordedSizeThatFillsAllBlocksCountsOnlyWithoutPadding) {
+  // 100 bytes are stored in 112, so a stale size of 112 would keep the padding.
+  EXPECT_EQ(open(Bytes(100, 0x5A), {.recordedSize = 112}).provenSize(file_), 100);
+  // Cut by the block of padding that follows full blocks, nothing is missing.
+  EXPECT_EQ(open(Bytes(96, 0x5A), {.truncatedTo = 96}).provenSize(file_), 96);
+}
+
 TEST_P(EncryptedFileTest, ACutFileHasNoProvenSize) {
   for (const std::size_t length : {0U, 48U, 50U, 111U}) {
     EXPECT_EQ(open(Bytes(100, 0x5A), {.truncatedTo = length}).provenSize(file_), std::nullopt) << length;

@@ -28,10 +28,14 @@ bool needsWorkingCopy(const fs::path& index) {
   return header && header->isWAL;
 }
 
-// Encryption pads a file to whole blocks; a full block is added or not when it fills them already.
-bool canBelongTogether(std::int64_t recordedSize, std::int64_t storedSize) {
-  constexpr auto block = static_cast<std::int64_t>(BackupCrypto::blockSize);
-  return storedSize % block == 0 && recordedSize >= 0 && recordedSize <= storedSize && storedSize - recordedSize <= block;
+constexpr auto blockSize = static_cast<std::int64_t>(BackupCrypto::blockSize);
+
+bool isWholeBlocks(std::int64_t storedSize) { return storedSize % blockSize == 0; }
+
+// Encryption pads a file to the next whole block, by a full one when it fills its blocks already.
+bool isPaddedTo(std::int64_t storedSize, const std::optional<std::int64_t>& recordedSize) {
+  return recordedSize && *recordedSize >= 0 && *recordedSize < storedSize && isWholeBlocks(storedSize) &&
+         storedSize - *recordedSize <= blockSize;
 }
 
 [[noreturn]] void failAsMissing(const ManifestFile& file) {
@@ -98,19 +102,24 @@ std::optional<std::int64_t> OpenedBackup::provenSize(const ManifestFile& file) c
   const auto stored = location(file);
   const auto storedSize = stored ? Files::regularFileSize(*stored) : std::nullopt;
   if (!storedSize || !isEncrypted(file)) return storedSize;
-  if (file.plaintextSize && canBelongTogether(*file.plaintextSize, *storedSize)) return file.plaintextSize;
-  if (*storedSize == 0) return file.plaintextSize ? std::nullopt : storedSize;
+  if (*storedSize == 0) return file.plaintextSize.value_or(0) == 0 ? storedSize : std::nullopt;
+  if (isPaddedTo(*storedSize, file.plaintextSize)) return file.plaintextSize;
   try {
-    return BackupCrypto::paddedFileSize(*stored, unlocker_->keyBag.unwrapPersistentKey(*file.encryptionKey));
+    const SecretBytes key = unlocker_->keyBag.unwrapPersistentKey(*file.encryptionKey);
+    if (const auto size = BackupCrypto::paddedFileSize(*stored, key)) return size;
   } catch (const std::exception&) {
     return std::nullopt;  // a key that does not open, or a file that does not read
   }
+  // Without padding, only a size that fills all blocks is whole.
+  return file.plaintextSize == storedSize && isWholeBlocks(*storedSize) ? storedSize : std::nullopt;
 }
 
-void OpenedBackup::materialize(const ManifestFile& file, const fs::path& destination) const {
+void OpenedBackup::materialize(const ManifestFile& file, const fs::path& destination,
+                               const CancellationCheck& isCancelled) const {
   const auto stored = location(file);
   if (!stored || !Files::isRegularFile(*stored)) failAsMissing(file);
-  writePlaintext({.location = *stored, .encryptionKey = file.encryptionKey, .size = file.plaintextSize}, destination);
+  writePlaintext({.location = *stored, .encryptionKey = file.encryptionKey, .size = file.plaintextSize}, destination,
+                 isCancelled);
 }
 
 std::int64_t OpenedBackup::writePlaintext(const StoredFile& file, const fs::path& destination,
@@ -125,18 +134,19 @@ std::int64_t OpenedBackup::writePlaintext(const StoredFile& file, const fs::path
 }
 
 void TemporaryBackupDatabase::copyDatabaseFile(const fs::path& backup, const ManifestFile& file,
-                                               const fs::path& destination, const OpenedBackup* opened) {
+                                               const fs::path& destination, const OpenedBackup* opened,
+                                               const CancellationCheck& isCancelled) {
   if (opened == nullptr) {
     const auto stored = storedFileLocation(backup, file.fileID);
     if (!stored || !Files::isRegularFile(*stored)) failAsMissing(file);
-    Files::copy(*stored, destination);
+    Files::copy(*stored, destination, isCancelled);
     return;
   }
   ManifestFile uncut = file;
   uncut.plaintextSize = opened->provenSize(file);
-  opened->materialize(uncut, destination);
+  opened->materialize(uncut, destination, isCancelled);
   const auto header = SQLiteHeader::read(destination);
   if (!header || Files::regularFileSize(destination) >= header->databaseSize) return;
   uncut.plaintextSize.reset();
-  opened->materialize(uncut, destination);
+  opened->materialize(uncut, destination, isCancelled);
 }

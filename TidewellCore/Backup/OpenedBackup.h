@@ -48,7 +48,8 @@ class OpenedBackup {
 
   // Writes the plaintext of a file. Throws TidewellError::chatStorageUnreadable
   // when it is not stored, and what decrypting or copying reports.
-  void materialize(const ManifestFile& file, const std::filesystem::path& destination) const;
+  void materialize(const ManifestFile& file, const std::filesystem::path& destination,
+                   const CancellationCheck& isCancelled = {}) const;
   // The same for a file whose place is known; returns the bytes written. What
   // was written before a failure is left for the caller to remove.
   std::int64_t writePlaintext(const StoredFile& file, const std::filesystem::path& destination,
@@ -73,6 +74,7 @@ namespace TemporaryBackupDatabase {
 // that would cut it short is not believed. Without an opened backup the stored
 // file is copied as it is.
 void copyDatabaseFile(const std::filesystem::path& backup, const ManifestFile& file,
-                      const std::filesystem::path& destination, const OpenedBackup* opened);
+                      const std::filesystem::path& destination, const OpenedBackup* opened,
+                      const CancellationCheck& isCancelled = {});
 
 }  // namespace TemporaryBackupDatabase

@@ -16,11 +16,12 @@ namespace fs = std::filesystem;
 using DatabaseFiles = std::array<const std::optional<ManifestFile>*, 3>;
 
 // Makes working copies side by side and returns the database's.
-fs::path copyDatabase(const OpenedBackup& opened, const DatabaseFiles& files, const fs::path& folder) {
+fs::path copyDatabase(const OpenedBackup& opened, const DatabaseFiles& files, const fs::path& folder,
+                      const CancellationCheck& isCancelled) {
   for (const auto* file : files) {
     if (!*file) continue;
     const fs::path copy = folder / PathText::path((*file)->relativePath);
-    TemporaryBackupDatabase::copyDatabaseFile(opened.url(), **file, copy, &opened);
+    TemporaryBackupDatabase::copyDatabaseFile(opened.url(), **file, copy, &opened, isCancelled);
   }
   return folder / PathText::path((*files[0])->relativePath);
 }
@@ -43,12 +44,12 @@ ChatStorageSnapshot SnapshotLoader::load(const OpenedBackup& opened, const Manif
   ChatStorageSnapshot snapshot;
   if (manifest.chatStorage) {
     snapshot = readChats(copyDatabase(
-        opened, {&manifest.chatStorage, &manifest.chatStorageWAL, &manifest.chatStorageSHM}, folder.path()));
+        opened, {&manifest.chatStorage, &manifest.chatStorageWAL, &manifest.chatStorageSHM}, folder.path(), isCancelled));
   }
   throwIfCancelled(isCancelled);
   if (manifest.contacts) {
     const fs::path copy =
-        copyDatabase(opened, {&manifest.contacts, &manifest.contactsWAL, &manifest.contactsSHM}, folder.path());
+        copyDatabase(opened, {&manifest.contacts, &manifest.contactsWAL, &manifest.contactsSHM}, folder.path(), isCancelled);
     snapshot.setDirectory(ContactsReader::directory(ContactsReader::load(copy), std::move(snapshot.directory)));
   }
   throwIfCancelled(isCancelled);
