@@ -51,11 +51,11 @@ TEST(FileNaming, ReplacesARightToLeftOverrideByADash) {
 TEST(FileNaming, ReplacesEveryDirectionalMark) {
   for (const char32_t mark :
        std::u32string(U"\u200E\u200F\u202A\u202B\u202C\u202D\u202E\u2066\u2067\u2068\u2069")) {
-    EXPECT_TRUE(FileNaming::isFormatMark(mark));
+    EXPECT_TRUE(Text::isDirectionalMark(mark));
     EXPECT_EQ(FileNaming::sanitizeFolderName("a" + Text::fromScalars({&mark, 1}) + "b"), "a-b");
   }
-  EXPECT_FALSE(FileNaming::isFormatMark(U'\u200D'));
-  EXPECT_FALSE(FileNaming::isFormatMark(U'\u2065'));
+  EXPECT_FALSE(Text::isDirectionalMark(U'\u200D'));
+  EXPECT_FALSE(Text::isDirectionalMark(U'\u2065'));
 }
 
 TEST(FileNaming, ReplacesSeparatorsAndControlCharacters) {

@@ -4,6 +4,9 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <cstdlib>
+#include <string_view>
+
 #include "TidewellCLI/HumanText.h"
 #include "TidewellCLI/Output.h"
 #include "TidewellCore/Export/ExportTiming.h"
@@ -30,6 +33,12 @@ const char* title(Phase phase) {
   return "";
 }
 
+// A terminal that knows how to erase a line.
+bool canRedraw() {
+  const char* kind = std::getenv("TERM");
+  return ::isatty(STDERR_FILENO) == 1 && kind != nullptr && std::string_view(kind) != "dumb";
+}
+
 std::size_t terminalWidth() {
   constexpr std::size_t usual = 80;
   winsize size{};
@@ -45,7 +54,7 @@ std::string bar(double fraction) {
 
 }  // namespace
 
-ProgressDisplay::ProgressDisplay(bool isShown) : isShown_(isShown), isTerminal_(::isatty(STDERR_FILENO) == 1) {}
+ProgressDisplay::ProgressDisplay(bool isShown) : isShown_(isShown), isTerminal_(canRedraw()) {}
 
 ProgressDisplay::~ProgressDisplay() { clear(); }
 

@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 
 #include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/Platform/Precondition.h"
@@ -16,12 +15,9 @@ constexpr std::size_t folderNameCharacters = 180;
 constexpr std::string_view stampPattern = "yyyy-MM-dd_HHmmss";
 constexpr std::string_view undated = "undated";
 
-constexpr std::array<char32_t, 11> formatMarks{0x200E, 0x200F, 0x202A, 0x202B, 0x202C, 0x202D,
-                                               0x202E, 0x2066, 0x2067, 0x2068, 0x2069};
-
 bool needsReplacing(char32_t scalar) {
   return scalar == U'/' || scalar == U':' || scalar == U'\\' || Text::isControl(scalar) ||
-         FileNaming::isFormatMark(scalar);
+         Text::isDirectionalMark(scalar);
 }
 
 std::string cleaned(std::string_view text) {
@@ -58,10 +54,6 @@ std::string fittedFileName(std::string_view name) {
 std::string FileNaming::normalizedKey(std::string_view name) { return Text::lowercased(Text::composed(name)); }
 
 bool FileNaming::namesMatch(std::string_view a, std::string_view b) { return normalizedKey(a) == normalizedKey(b); }
-
-bool FileNaming::isFormatMark(char32_t scalar) {
-  return std::ranges::find(formatMarks, scalar) != formatMarks.end();
-}
 
 std::string FileNaming::sanitizeFileName(std::string_view original) {
   constexpr std::string_view fallback = "file";

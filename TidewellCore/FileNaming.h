@@ -20,9 +20,6 @@ inline constexpr std::size_t maximumNameBytes = 255;
 std::string normalizedKey(std::string_view name);
 bool namesMatch(std::string_view a, std::string_view b);
 
-// Directional marks that names are cleaned of, and that count as blank.
-bool isFormatMark(char32_t scalar);
-
 // A safe file name from the last component of `original`; "file" when nothing is left.
 std::string sanitizeFileName(std::string_view original);
 // A safe folder name; "Untitled" when nothing is left.

@@ -4,7 +4,6 @@
 
 #include "TidewellCore/ChatData/ContactDirectory.h"
 #include "TidewellCore/ChatData/JID.h"
-#include "TidewellCore/FileNaming.h"
 #include "TidewellCore/Platform/Text.h"
 
 namespace {
@@ -127,7 +126,7 @@ bool NameResolver::looksLikeOpaqueBlob(std::string_view text) {
 bool NameResolver::isPlaceholderPartnerName(std::string_view name) {
   constexpr std::u32string_view zeroWidth = U"\u200B\u2060\uFEFF";
   return std::ranges::all_of(Text::scalars(name), [&](char32_t scalar) {
-    return Text::isBlank(scalar) || FileNaming::isFormatMark(scalar) || zeroWidth.find(scalar) != std::u32string_view::npos;
+    return Text::isBlank(scalar) || Text::isDirectionalMark(scalar) || zeroWidth.find(scalar) != std::u32string_view::npos;
   });
 }
 

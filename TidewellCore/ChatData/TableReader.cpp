@@ -4,18 +4,6 @@
 
 #include "TidewellCore/Platform/Text.h"
 
-namespace {
-
-// Column names are ASCII.
-std::string upperCased(std::string_view name) {
-  std::string upper(name);
-  std::ranges::transform(upper, upper.begin(),
-                         [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
-  return upper;
-}
-
-}  // namespace
-
 TableReader::TableReader(const SQLiteDB& database, std::string table)
     : database_(database), table_(std::move(table)), exists_(database.tableExists(table_)) {
   if (exists_) columns_ = database.columns(table_);
@@ -23,7 +11,7 @@ TableReader::TableReader(const SQLiteDB& database, std::string table)
 
 std::string TableReader::select(std::initializer_list<const char*> candidates) {
   const auto* found = std::ranges::find_if(
-      candidates, [&](const char* candidate) { return columns_.contains(upperCased(candidate)); });
+      candidates, [&](const char* candidate) { return columns_.contains(Text::uppercasedASCII(candidate)); });
   if (found == candidates.end()) return {};
   // Without a name of its own a result column is called as the table declares it, in any letter case.
   const std::string name = *found;

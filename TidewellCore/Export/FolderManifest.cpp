@@ -1,7 +1,6 @@
 #include "TidewellCore/Export/FolderManifest.h"
 
 #include <optional>
-#include <set>
 #include <vector>
 
 #include "TidewellCore/Export/FolderNames.h"

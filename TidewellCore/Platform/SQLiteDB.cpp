@@ -221,11 +221,7 @@ std::set<std::string> SQLiteDB::columns(const std::string& table) const {
   requirePlainIdentifier(table);
   std::set<std::string> names;
   query("PRAGMA table_info(" + table + ")", {}, [&](const SQLiteRow& row) {
-    if (const auto name = row.textValue("name")) {
-      std::string upper = *name;
-      std::ranges::transform(upper, upper.begin(), [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
-      names.insert(std::move(upper));
-    }
+    if (const auto name = row.textValue("name")) names.insert(Text::uppercasedASCII(*name));
   });
   return names;
 }

@@ -128,6 +128,14 @@ std::string Text::lowercased(std::string_view text) {
   return result;
 }
 
+std::string Text::uppercasedASCII(std::string_view text) {
+  std::string result(text);
+  for (char& c : result) {
+    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+  }
+  return result;
+}
+
 std::string Text::composed(std::string_view text) {
   if (isASCII(text)) return std::string(text);
   UErrorCode status = U_ZERO_ERROR;
@@ -193,6 +201,11 @@ std::string Text::fromScalars(std::u32string_view scalars) {
 bool Text::isBlank(char32_t scalar) { return u_isUWhiteSpace(codePoint(scalar)); }
 
 bool Text::isControl(char32_t scalar) { return u_charType(codePoint(scalar)) == U_CONTROL_CHAR; }
+
+bool Text::isDirectionalMark(char32_t scalar) {
+  constexpr std::u32string_view marks = U"\u200E\u200F\u202A\u202B\u202C\u202D\u202E\u2066\u2067\u2068\u2069";
+  return marks.find(scalar) != std::u32string_view::npos;
+}
 
 bool Text::isAlphanumeric(char32_t scalar) {
   return (U_GET_GC_MASK(codePoint(scalar)) & (U_GC_L_MASK | U_GC_M_MASK | U_GC_N_MASK)) != 0;

@@ -20,6 +20,9 @@ std::string trimmed(std::string_view text);
 // Lower case by the language-neutral rules of Unicode.
 std::string lowercased(std::string_view text);
 
+// The letters a to z in capitals, everything else as it is: how SQL compares identifiers.
+std::string uppercasedASCII(std::string_view text);
+
 // Canonical composition (NFC).
 std::string composed(std::string_view text);
 
@@ -40,6 +43,8 @@ std::string fromScalars(std::u32string_view scalars);
 bool isBlank(char32_t scalar);
 // Category Cc only; format characters (Cf) join emoji and are no controls.
 bool isControl(char32_t scalar);
+// The marks that set the direction of text, and nothing else: they are invisible.
+bool isDirectionalMark(char32_t scalar);
 // The letter, mark and number categories.
 bool isAlphanumeric(char32_t scalar);
 // The value 0 to 9 of a decimal digit of any script, else -1.
