@@ -11,11 +11,10 @@
 namespace {
 
 TEST(ErrorReport, ShowsTheCoresOwnErrors) {
-  EXPECT_EQ(
-      ErrorReport::of(TidewellError::destinationNotWritable("/out")),
-      (ErrorReport{.caseName = "destinationNotWritable",
-                   .errorDescription = "Cannot write to the destination folder “/out”.",
-                   .recoverySuggestion = "Choose a folder you can write to, such as Documents or Desktop."}));
+  EXPECT_EQ(ErrorReport::of(TidewellError::destinationNotWritable("/out")),
+            (ErrorReport{.caseName = "destinationNotWritable",
+                         .errorDescription = "Cannot write to the destination folder “/out”.",
+                         .recoverySuggestion = "Choose a folder you can write to, such as Documents or Desktop."}));
   EXPECT_EQ(ErrorReport::of(TidewellError::cancelled()),
             (ErrorReport{.caseName = "cancelled", .errorDescription = "The export was cancelled."}));
 }

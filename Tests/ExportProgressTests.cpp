@@ -25,9 +25,7 @@ TEST(ExportProgress, FractionIsTheShareOfWorkDone) {
   EXPECT_EQ((ExportProgress{.completed = 4, .total = 4}.fraction()), 1.0);
 }
 
-TEST(ExportProgress, FractionIsNotClamped) {
-  EXPECT_EQ((ExportProgress{.completed = 3, .total = 2}.fraction()), 1.5);
-}
+TEST(ExportProgress, FractionIsNotClamped) { EXPECT_EQ((ExportProgress{.completed = 3, .total = 2}.fraction()), 1.5); }
 
 TEST(ExportProgress, OnlyTheFirstThreePhasesAreIndeterminate) {
   for (const Phase phase : {Phase::preparing, Phase::unlocking, Phase::readingChats}) {
@@ -63,8 +61,7 @@ TEST(ExportProgress, PhasesAreDeclaredInTheOrderOfARun) {
 }
 
 TEST(ExportProgress, EqualsByEveryField) {
-  const ExportProgress progress{
-      .phase = Phase::copyingMedia, .currentFileName = "a.jpg", .completed = 1, .total = 2};
+  const ExportProgress progress{.phase = Phase::copyingMedia, .currentFileName = "a.jpg", .completed = 1, .total = 2};
   EXPECT_EQ(progress, ExportProgress(progress));
   ExportProgress other = progress;
   other.currentFileName = "b.jpg";

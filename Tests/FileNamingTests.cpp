@@ -49,8 +49,7 @@ TEST(FileNaming, ReplacesARightToLeftOverrideByADash) {
 }
 
 TEST(FileNaming, ReplacesEveryDirectionalMark) {
-  for (const char32_t mark :
-       std::u32string(U"\u200E\u200F\u202A\u202B\u202C\u202D\u202E\u2066\u2067\u2068\u2069")) {
+  for (const char32_t mark : std::u32string(U"\u200E\u200F\u202A\u202B\u202C\u202D\u202E\u2066\u2067\u2068\u2069")) {
     EXPECT_TRUE(Text::isDirectionalMark(mark));
     EXPECT_EQ(FileNaming::sanitizeFolderName("a" + Text::fromScalars({&mark, 1}) + "b"), "a-b");
   }
@@ -161,10 +160,8 @@ TEST(FileNaming, StampsAnAbsentDateAsUndated) {
 }
 
 TEST(FileNaming, StampsTheDistantPastAndFutureWithoutAShift) {
-  EXPECT_EQ(FileNaming::stamp(FileNaming::dateFromAppleTimestamp(-63114076800), utc, english),
-            "0001-01-01_000000");
-  EXPECT_EQ(FileNaming::stamp(FileNaming::dateFromAppleTimestamp(63113904000), utc, english),
-            "4001-01-01_000000");
+  EXPECT_EQ(FileNaming::stamp(FileNaming::dateFromAppleTimestamp(-63114076800), utc, english), "0001-01-01_000000");
+  EXPECT_EQ(FileNaming::stamp(FileNaming::dateFromAppleTimestamp(63113904000), utc, english), "4001-01-01_000000");
 }
 
 TEST(FileNaming, PutsTheStampBeforeTheCleanedName) {
@@ -183,8 +180,7 @@ TEST(FileNaming, OneFormatterServesManyFiles) {
 }
 
 TEST(FileNaming, AnExportedNameFitsAFileSystemAndKeepsItsExtension) {
-  const std::string name =
-      FileNaming::exportFileName(dateFromUnixTime(0), repeated("日", 150) + ".jpeg", utc, english);
+  const std::string name = FileNaming::exportFileName(dateFromUnixTime(0), repeated("日", 150) + ".jpeg", utc, english);
   EXPECT_EQ(name, "1970-01-01_000000_" + repeated("日", 77) + ".jpeg");
   EXPECT_LE(name.size(), FileNaming::maximumNameBytes);
 }
@@ -193,16 +189,15 @@ TEST(FileNaming, RecognisesItsOwnStamps) {
   EXPECT_TRUE(FileNaming::hasExportStamp("2023-04-05_142233_a.jpg"));
   EXPECT_TRUE(FileNaming::hasExportStamp("undated_a.jpg"));
   for (const char* locale : {"en_US", "pt_BR", "ar_EG", "fa_IR", "th_TH", "mr_IN", "ja_JP"}) {
-    const auto name =
-        FileNaming::exportFileName(dateFromUnixTime(1680704553), "a.jpg", utc, {.identifier = locale});
+    const auto name = FileNaming::exportFileName(dateFromUnixTime(1680704553), "a.jpg", utc, {.identifier = locale});
     EXPECT_TRUE(FileNaming::hasExportStamp(name)) << locale << ": " << name;
   }
 }
 
 TEST(FileNaming, TakesNoOtherNameForAStamp) {
-  for (const char* name : {"2023-04-05_142233", "2023-04-05_1422_a.jpg", "20230405_142233_a.jpg",
-                           "undated.jpg", "IMG-20230405-WA0007.jpg", "2023-04-05 142233_a.jpg", "",
-                           "x2023-04-05_142233_a.jpg", "202a-04-05_142233_a.jpg"}) {
+  for (const char* name :
+       {"2023-04-05_142233", "2023-04-05_1422_a.jpg", "20230405_142233_a.jpg", "undated.jpg", "IMG-20230405-WA0007.jpg",
+        "2023-04-05 142233_a.jpg", "", "x2023-04-05_142233_a.jpg", "202a-04-05_142233_a.jpg"}) {
     EXPECT_FALSE(FileNaming::hasExportStamp(name)) << name;
   }
 }
@@ -280,8 +275,8 @@ TEST(FileNaming, FindsTheChatOfAMediaPath) {
 }
 
 TEST(FileNaming, FindsNoChatInOtherPaths) {
-  for (const char* path : {"message/Media/x/y", "Message/media/x/y", "Media/x/y", "Message/Media",
-                           "Message/Media/", "", "x/Message/Media/y", "Message/Media///"}) {
+  for (const char* path : {"message/Media/x/y", "Message/media/x/y", "Media/x/y", "Message/Media", "Message/Media/", "",
+                           "x/Message/Media/y", "Message/Media///"}) {
     EXPECT_EQ(FileNaming::chatJID(path), std::nullopt) << path;
   }
 }
@@ -289,9 +284,8 @@ TEST(FileNaming, FindsNoChatInOtherPaths) {
 TEST(FileNaming, JoinsOnlyVisibleSingleComponentsToPaths) {
   EXPECT_TRUE(FileNaming::isSafeComponent("Ana"));
   EXPECT_TRUE(FileNaming::isSafeComponent(repeated("x", 255)));
-  for (const std::string& name :
-       {std::string(), std::string("."), std::string(".."), std::string(".hidden"), std::string("a/b"),
-        std::string("/"), std::string("a\0b", 3), repeated("x", 256)}) {
+  for (const std::string& name : {std::string(), std::string("."), std::string(".."), std::string(".hidden"),
+                                  std::string("a/b"), std::string("/"), std::string("a\0b", 3), repeated("x", 256)}) {
     EXPECT_FALSE(FileNaming::isSafeComponent(name)) << name;
   }
 }

@@ -15,8 +15,7 @@ void expectKind(MediaKind kind, const std::vector<std::string>& extensions) {
 }
 
 TEST(MediaKind, ClassifiesEveryKnownExtension) {
-  expectKind(MediaKind::photos,
-             {"jpg", "jpeg", "png", "heic", "heif", "gif", "tif", "tiff", "bmp", "raw", "dng"});
+  expectKind(MediaKind::photos, {"jpg", "jpeg", "png", "heic", "heif", "gif", "tif", "tiff", "bmp", "raw", "dng"});
   expectKind(MediaKind::videos, {"mp4", "mov", "m4v", "avi", "3gp", "3gpp", "mkv", "webm"});
   expectKind(MediaKind::voiceNotes, {"opus", "m4a", "aac", "amr", "caf", "ogg", "mp3", "wav"});
   expectKind(MediaKind::stickers, {"webp"});
@@ -34,8 +33,8 @@ TEST(MediaKind, IgnoresLetterCaseOfExtensions) {
 }
 
 TEST(MediaKind, RecognisesThumbnails) {
-  for (const char* name : {"photo.jpg.thumb", "clip.mmsthumb", "page.favicon", "PHOTO.THUMB", "a.FavIcon",
-                           ".thumb", "Media/x/photo.thumb"}) {
+  for (const char* name : {"photo.jpg.thumb", "clip.mmsthumb", "page.favicon", "PHOTO.THUMB", "a.FavIcon", ".thumb",
+                           "Media/x/photo.thumb"}) {
     EXPECT_TRUE(MediaKind::isSkippedThumbnail(name)) << name;
   }
 }
@@ -74,8 +73,7 @@ TEST(MediaKind, SortsInTheOrderOfTheList) {
 }
 
 TEST(MediaKind, SkipsThumbnailsLinkPreviewsAndMessageThumbnails) {
-  EXPECT_THAT(MediaKind::skippedThumbnailExtensions,
-              testing::UnorderedElementsAre("thumb", "favicon", "mmsthumb"));
+  EXPECT_THAT(MediaKind::skippedThumbnailExtensions, testing::UnorderedElementsAre("thumb", "favicon", "mmsthumb"));
 }
 
 }  // namespace

@@ -9,8 +9,7 @@ namespace {
 constexpr const char* chooseDeviceFolder =
     "Choose the device folder that contains Manifest.plist, Manifest.db, and two-character subfolders. "
     "That is usually ~/Library/Application Support/MobileSync/Backup/<UDID>.";
-constexpr const char* enterPassword =
-    "This iPhone backup is encrypted. Enter the password you set in Finder.";
+constexpr const char* enterPassword = "This iPhone backup is encrypted. Enter the password you set in Finder.";
 constexpr const char* passwordAdvice =
     "Encrypted Finder backups are supported. Enter the password you chose when you turned on “Encrypt local "
     "backup” in Finder or iTunes.\n\nLorewick unlocks the backup on this Mac only. The password is not "
@@ -25,34 +24,26 @@ struct Wording {
 
 std::vector<Wording> wordings() {
   return {
-      {TidewellError::backupNotFound("/x y"),
-       "backupNotFound",
-       "The backup folder “/x y” does not exist.",
-       {}},
+      {TidewellError::backupNotFound("/x y"), "backupNotFound", "The backup folder “/x y” does not exist.", {}},
       {TidewellError::notABackup("/secret/detail"), "notABackup", "This folder isn't an iPhone backup.",
        chooseDeviceFolder},
       {TidewellError::multipleDeviceBackups({"a", "b"}), "multipleDeviceBackups",
        "That folder contains more than one device backup.",
        "Open the Backup folder and select one device folder (the one that contains Manifest.plist)."},
-      {TidewellError::manifestDecryptFailed("Why."), "manifestDecryptFailed",
-       "Could not decrypt Manifest.db. Why.",
+      {TidewellError::manifestDecryptFailed("Why."), "manifestDecryptFailed", "Could not decrypt Manifest.db. Why.",
        "The backup password unlocked the key bag, but Manifest.db still did not decrypt to a SQLite file. "
        "Try the "
        "password again. If it keeps failing, run tidewell scan on that backup and send the diagnostic lines "
        "(they "
        "never include the password)."},
-      {TidewellError::databaseOpenFailed("open Manifest.db read-only", "/x/Manifest.db",
-                                         "file is not a database"),
+      {TidewellError::databaseOpenFailed("open Manifest.db read-only", "/x/Manifest.db", "file is not a database"),
        "databaseOpenFailed",
        "Could not open the backup database (open Manifest.db read-only). file is not a database "
        "[/x/Manifest.db]",
        "The decrypted Manifest.db could not be opened. A Finder backup in WAL mode needs a writable "
        "temporary copy. "
        "If this keeps happening, run tidewell scan and send the diagnostic lines."},
-      {TidewellError::invalidDatabase("Why."),
-       "invalidDatabase",
-       "Could not read the backup database. Why.",
-       {}},
+      {TidewellError::invalidDatabase("Why."), "invalidDatabase", "Could not read the backup database. Why.", {}},
       {TidewellError::chatStorageUnreadable("Why."),
        "chatStorageUnreadable",
        "Could not read WhatsApp’s chat database. Why.",
@@ -92,12 +83,10 @@ TEST(TidewellError, TheTableAboveHoldsEveryCaseOnce) {
 TEST(TidewellError, EqualsByCaseAndPayload) {
   const auto all = wordings();
   for (std::size_t i = 0; i < all.size(); ++i) {
-    for (std::size_t j = 0; j < all.size(); ++j)
-      EXPECT_EQ(all[i].error == all[j].error, i == j) << i << ' ' << j;
+    for (std::size_t j = 0; j < all.size(); ++j) EXPECT_EQ(all[i].error == all[j].error, i == j) << i << ' ' << j;
   }
   EXPECT_NE(TidewellError::ioFailure("a"), TidewellError::ioFailure("b"));
-  EXPECT_NE(TidewellError::databaseOpenFailed("s", "p", "m"),
-            TidewellError::databaseOpenFailed("s", "m", "p"));
+  EXPECT_NE(TidewellError::databaseOpenFailed("s", "p", "m"), TidewellError::databaseOpenFailed("s", "m", "p"));
   EXPECT_NE(TidewellError::notABackup("a"), TidewellError::notABackup("b")) << "an unseen payload counts";
 }
 
@@ -113,8 +102,6 @@ TEST(TidewellError, KeepsTheFoldersItFound) {
             (std::vector<std::string>{"a", "b"}));
 }
 
-TEST(TidewellError, IsCaughtAsAStandardException) {
-  EXPECT_THROW(throw TidewellError::cancelled(), std::exception);
-}
+TEST(TidewellError, IsCaughtAsAStandardException) { EXPECT_THROW(throw TidewellError::cancelled(), std::exception); }
 
 }  // namespace

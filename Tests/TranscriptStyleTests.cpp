@@ -10,22 +10,19 @@ TEST(TranscriptStyle, EnglishHasItsWords) {
 }
 
 TEST(TranscriptStyle, PortugueseHasItsWords) {
-  EXPECT_EQ(
-      TranscriptStyle::portuguese(),
-      (TranscriptStyle{.youLabel = "Você", .unknownSenderLabel = "Desconhecido", .languageCode = "pt-BR"}));
+  EXPECT_EQ(TranscriptStyle::portuguese(),
+            (TranscriptStyle{.youLabel = "Você", .unknownSenderLabel = "Desconhecido", .languageCode = "pt-BR"}));
 }
 
 TEST(TranscriptStyle, IsPortugueseForEveryRegionOfTheLanguage) {
   for (const char* identifier : {"pt", "pt_BR", "pt_PT", "pt-BR", "PT_br", "pt_AO", "pt_Latn_BR"}) {
-    EXPECT_EQ(TranscriptStyle::matching({.identifier = identifier}), TranscriptStyle::portuguese())
-        << identifier;
+    EXPECT_EQ(TranscriptStyle::matching({.identifier = identifier}), TranscriptStyle::portuguese()) << identifier;
   }
 }
 
 TEST(TranscriptStyle, IsEnglishForEveryOtherLanguage) {
   for (const char* identifier : {"en_US", "de_DE", "es_BR", "en_PT", "pa_IN", ""}) {
-    EXPECT_EQ(TranscriptStyle::matching({.identifier = identifier}), TranscriptStyle::english())
-        << identifier;
+    EXPECT_EQ(TranscriptStyle::matching({.identifier = identifier}), TranscriptStyle::english()) << identifier;
   }
 }
 

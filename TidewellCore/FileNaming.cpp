@@ -41,9 +41,7 @@ std::string fitted(std::string_view stem, std::string_view ending) {
 }
 
 // The extension with its dot, or nothing.
-std::string_view dottedExtension(std::string_view name) {
-  return name.substr(PathText::withoutExtension(name).size());
-}
+std::string_view dottedExtension(std::string_view name) { return name.substr(PathText::withoutExtension(name).size()); }
 
 std::string fittedFileName(std::string_view name) {
   return fitted(PathText::withoutExtension(name), dottedExtension(name));

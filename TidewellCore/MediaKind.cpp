@@ -45,9 +45,8 @@ MediaKind MediaKind::classify(std::string_view fileExtension) {
 bool MediaKind::isSkippedThumbnail(std::string_view fileName) {
   const std::string name = Text::lowercased(fileName);
   if (contains(skippedThumbnailExtensions, PathText::extension(name))) return true;
-  return std::ranges::any_of(skippedThumbnailExtensions, [&](std::string_view extension) {
-    return name.ends_with("." + std::string(extension));
-  });
+  return std::ranges::any_of(skippedThumbnailExtensions,
+                             [&](std::string_view extension) { return name.ends_with("." + std::string(extension)); });
 }
 
 std::optional<MediaKind> MediaKind::fromRawValue(std::string_view raw) {

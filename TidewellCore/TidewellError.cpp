@@ -83,11 +83,21 @@ struct Suggestion {
 };
 
 // In the order of the variant's alternatives.
-constexpr std::array<std::string_view, std::variant_size_v<TidewellError::Case>> caseNames{
-    "backupNotFound",     "notABackup",      "multipleDeviceBackups", "manifestDecryptFailed",
-    "databaseOpenFailed", "invalidDatabase", "chatStorageUnreadable", "destinationNotWritable",
-    "ioFailure",          "missingManifestPlist", "missingManifestDB", "encryptedBackup",
-    "needsBackupPassword", "wrongBackupPassword", "cancelled"};
+constexpr std::array<std::string_view, std::variant_size_v<TidewellError::Case>> caseNames{"backupNotFound",
+                                                                                           "notABackup",
+                                                                                           "multipleDeviceBackups",
+                                                                                           "manifestDecryptFailed",
+                                                                                           "databaseOpenFailed",
+                                                                                           "invalidDatabase",
+                                                                                           "chatStorageUnreadable",
+                                                                                           "destinationNotWritable",
+                                                                                           "ioFailure",
+                                                                                           "missingManifestPlist",
+                                                                                           "missingManifestDB",
+                                                                                           "encryptedBackup",
+                                                                                           "needsBackupPassword",
+                                                                                           "wrongBackupPassword",
+                                                                                           "cancelled"};
 
 }  // namespace
 
@@ -97,9 +107,7 @@ std::string_view TidewellError::caseName() const { return caseNames[value_.index
 
 std::optional<std::string> TidewellError::recoverySuggestion() const { return std::visit(Suggestion(), value_); }
 
-TidewellError TidewellError::backupNotFound(std::string path) {
-  return TidewellError(BackupNotFound{std::move(path)});
-}
+TidewellError TidewellError::backupNotFound(std::string path) { return TidewellError(BackupNotFound{std::move(path)}); }
 TidewellError TidewellError::notABackup(std::string detail) { return TidewellError(NotABackup{std::move(detail)}); }
 TidewellError TidewellError::multipleDeviceBackups(std::vector<std::string> folderNames) {
   return TidewellError(MultipleDeviceBackups{std::move(folderNames)});

@@ -68,10 +68,10 @@ class TidewellError : public std::exception {
   struct Cancelled {
     bool operator==(const Cancelled&) const = default;
   };
-  using Case = std::variant<BackupNotFound, NotABackup, MultipleDeviceBackups, ManifestDecryptFailed,
-                            DatabaseOpenFailed, InvalidDatabase, ChatStorageUnreadable, DestinationNotWritable,
-                            IOFailure, MissingManifestPlist, MissingManifestDB, EncryptedBackup,
-                            NeedsBackupPassword, WrongBackupPassword, Cancelled>;
+  using Case =
+      std::variant<BackupNotFound, NotABackup, MultipleDeviceBackups, ManifestDecryptFailed, DatabaseOpenFailed,
+                   InvalidDatabase, ChatStorageUnreadable, DestinationNotWritable, IOFailure, MissingManifestPlist,
+                   MissingManifestDB, EncryptedBackup, NeedsBackupPassword, WrongBackupPassword, Cancelled>;
 
   explicit TidewellError(Case value);
 

@@ -120,8 +120,7 @@ TEST_F(BackupInspectorTest, ADamagedStatusCostsOnlyTheDate) {
 
 TEST_F(BackupInspectorTest, SaysThatAPathDoesNotExist) {
   const fs::path absent = folder_ / "absent";
-  EXPECT_THAT([&] { BackupInspector::inspect(absent); },
-              failsWith(TidewellError::backupNotFound(absent.string())));
+  EXPECT_THAT([&] { BackupInspector::inspect(absent); }, failsWith(TidewellError::backupNotFound(absent.string())));
 }
 
 TEST_F(BackupInspectorTest, AFileIsNoBackup) {
@@ -137,8 +136,7 @@ TEST_F(BackupInspectorTest, AFolderWithOneDeviceFolderIsNotOpenedInTheUsersStead
 }
 
 TEST_F(BackupInspectorTest, NamesTheDeviceFoldersOfAFolderWithSeveral) {
-  for (const char* name : {"b", "a", "Z", "é", ".hidden"})
-    writeFile(folder_ / name / "Manifest.plist", "not read");
+  for (const char* name : {"b", "a", "Z", "é", ".hidden"}) writeFile(folder_ / name / "Manifest.plist", "not read");
   writeFile(folder_ / "no backup" / "Info.plist", "not read");
   writeFile(folder_ / "file", "not read");
   EXPECT_THAT([&] { BackupInspector::inspect(folder_.path()); },
@@ -164,11 +162,9 @@ TEST_F(BackupInspectorTest, TheIndexOfAnEncryptedBackupIsLookedForLater) {
 TEST_F(BackupInspectorTest, ReportsAPropertyListThatIsNoDictionary) {
   inspect();
   writeFile(device_ / "Info.plist", xmlPlist(PlistArray{}));
-  EXPECT_THAT([&] { BackupInspector::inspect(device_); },
-              failsWith("“Info.plist” is not a dictionary plist."));
+  EXPECT_THAT([&] { BackupInspector::inspect(device_); }, failsWith("“Info.plist” is not a dictionary plist."));
   writeFile(device_ / "Manifest.plist", binaryPlist("text"));
-  EXPECT_THAT([&] { BackupInspector::inspect(device_); },
-              failsWith("“Manifest.plist” is not a dictionary plist."));
+  EXPECT_THAT([&] { BackupInspector::inspect(device_); }, failsWith("“Manifest.plist” is not a dictionary plist."));
 }
 
 TEST_F(BackupInspectorTest, PassesOnThatAPropertyListCannotBeParsed) {

@@ -45,13 +45,10 @@ PlistDictionary info(double date, const std::string& deviceName = "") {
 }
 
 // Lets everybody pass through a test's folder, whoever made it.
-void openToAll(const fs::path& folder) {
-  fs::permissions(folder, fs::perms(0755));
-}
+void openToAll(const fs::path& folder) { fs::permissions(folder, fs::perms(0755)); }
 
 BackupAccess accessAsUnprivilegedUser(const fs::path& root) {
-  return static_cast<BackupAccess>(
-      asUnprivilegedUser([&] { return static_cast<int>(BackupLibrary::access(root)); }));
+  return static_cast<BackupAccess>(asUnprivilegedUser([&] { return static_cast<int>(BackupLibrary::access(root)); }));
 }
 
 TEST_F(BackupLibraryTest, ListsRealBackupsAndLeavesThemUntouched) {
@@ -81,8 +78,7 @@ TEST_F(BackupLibraryTest, ARootThatMayNotBeListedIsDenied) {
   EXPECT_EQ(accessAsUnprivilegedUser(root_), BackupAccess::readable);
   fs::permissions(root_, fs::perms(0));
   EXPECT_EQ(accessAsUnprivilegedUser(root_), BackupAccess::denied);
-  const int count =
-      asUnprivilegedUser([&] { return static_cast<int>(BackupLibrary::diagnose(root_).backups.size()); });
+  const int count = asUnprivilegedUser([&] { return static_cast<int>(BackupLibrary::diagnose(root_).backups.size()); });
   EXPECT_EQ(count, 0);
   fs::permissions(root_, fs::perms(0700));
 }

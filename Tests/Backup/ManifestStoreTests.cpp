@@ -49,17 +49,14 @@ std::vector<std::string> pathsOf(const std::vector<ManifestFile>& files) {
   return paths;
 }
 
-std::string domainOf(const std::optional<ManifestFile>& file) {
-  return file ? file->domain : "none";
-}
+std::string domainOf(const std::optional<ManifestFile>& file) { return file ? file->domain : "none"; }
 
 BackupContents withFiles(std::vector<BackupFile> files) {
   return {.whatsApp = {.withChatStorage = false, .withContacts = false, .files = std::move(files)}};
 }
 
 TEST_F(ManifestStoreTest, FindsTheDatabasesWithTheirCompanions) {
-  const ManifestStore store =
-      load({.whatsApp = {.chats = {{.name = "Ana"}}, .contacts = {{.fullName = "Ana"}}}});
+  const ManifestStore store = load({.whatsApp = {.chats = {{.name = "Ana"}}, .contacts = {{.fullName = "Ana"}}}});
   ASSERT_TRUE(store.chatStorage && store.chatStorageWAL && store.chatStorageSHM);
   ASSERT_TRUE(store.contacts && store.contactsWAL && store.contactsSHM);
   EXPECT_EQ(store.chatStorage->relativePath, "ChatStorage.sqlite");
@@ -83,9 +80,8 @@ TEST_F(ManifestStoreTest, TakesTheSharedContainersOfBothAppsAndNoOther) {
   BackupContents contents = withFiles({});
   for (const char* domain :
        {"AppDomainGroup-group.net.whatsapp.WhatsApp.shared", "x-whatsapp.WhatsApp.shared",
-        "AppDomainGroup-group.net.whatsapp.WhatsAppSMB.shared",
-        "AppDomainGroup-group.net.whatsapp.WhatsApp.private", "AppDomain-net.whatsapp.WhatsApp",
-        "AppDomainGroup-group.net.whatsapp.WhatsApp.shared.more", "HomeDomain"}) {
+        "AppDomainGroup-group.net.whatsapp.WhatsAppSMB.shared", "AppDomainGroup-group.net.whatsapp.WhatsApp.private",
+        "AppDomain-net.whatsapp.WhatsApp", "AppDomainGroup-group.net.whatsapp.WhatsApp.shared.more", "HomeDomain"}) {
     contents.otherFiles.push_back({domain, "Message/Media/a/b.jpg", bytesOf("x")});
   }
   std::vector<std::string> domains;
@@ -170,8 +166,7 @@ TEST_F(ManifestStoreTest, ContactsOfTheOtherAppAreBetterThanNone) {
 }
 
 TEST_F(ManifestStoreTest, AJournalWithoutItsDatabaseIsNotTaken) {
-  const ManifestStore store =
-      load(withFiles({{"", "ChatStorage.sqlite-wal"}, {"", "ContactsV2.sqlite-shm"}}));
+  const ManifestStore store = load(withFiles({{"", "ChatStorage.sqlite-wal"}, {"", "ContactsV2.sqlite-shm"}}));
   EXPECT_FALSE(store.chatStorageWAL);
   EXPECT_FALSE(store.contactsSHM);
   EXPECT_EQ(store.files.size(), 2U);
@@ -182,8 +177,7 @@ TEST_F(ManifestStoreTest, ReadsSizeAndKeyFromTheRecords) {
   contents.encryption = Encryption{};
   const WrittenBackup backup = writeBackup(contents, device_);
   writeFile(folder_ / "plain/Manifest.db", backup.manifestDatabase);
-  const ManifestStore store =
-      ManifestStore::load(device_, folder_ / "plain/Manifest.db", /*isWritableCopy=*/true);
+  const ManifestStore store = ManifestStore::load(device_, folder_ / "plain/Manifest.db", /*isWritableCopy=*/true);
   ASSERT_EQ(store.media.size(), 1U);
   EXPECT_EQ(store.media[0].plaintextSize, 42);
   ASSERT_TRUE(store.media[0].encryptionKey);
@@ -191,10 +185,9 @@ TEST_F(ManifestStoreTest, ReadsSizeAndKeyFromTheRecords) {
 }
 
 TEST_F(ManifestStoreTest, ARecordThatIsMissingOrDamagedLeavesSizeAndKeyAbsent) {
-  const ManifestStore store =
-      load(withFiles({{"", "Message/Media/a/1.jpg", Bytes(4), {.withoutRecord = true}},
-                      {"", "Message/Media/a/2.jpg", Bytes(4), {.record = bytesOf("bplist00")}},
-                      {"", "Message/Media/a/3.jpg", Bytes(4), {.record = Bytes{}}}}));
+  const ManifestStore store = load(withFiles({{"", "Message/Media/a/1.jpg", Bytes(4), {.withoutRecord = true}},
+                                              {"", "Message/Media/a/2.jpg", Bytes(4), {.record = bytesOf("bplist00")}},
+                                              {"", "Message/Media/a/3.jpg", Bytes(4), {.record = Bytes{}}}}));
   ASSERT_EQ(store.media.size(), 3U);
   for (const ManifestFile& file : store.media) {
     EXPECT_FALSE(file.plaintextSize) << file.relativePath;
@@ -206,10 +199,10 @@ TEST_F(ManifestStoreTest, AnOlderIndexWithoutRecordsLoads) {
   const ManifestStore store = loadIndex(
       "CREATE TABLE Files (fileID TEXT, domain TEXT, relativePath TEXT, flags INTEGER);"
       "INSERT INTO Files VALUES ('ab', 'whatsapp.WhatsApp.shared', 'ChatStorage.sqlite', 1)");
-  EXPECT_EQ(store.chatStorage, (ManifestFile{.fileID = "ab",
-                                             .domain = "whatsapp.WhatsApp.shared",
-                                             .relativePath = "ChatStorage.sqlite",
-                                             .flags = 1}));
+  EXPECT_EQ(
+      store.chatStorage,
+      (ManifestFile{
+          .fileID = "ab", .domain = "whatsapp.WhatsApp.shared", .relativePath = "ChatStorage.sqlite", .flags = 1}));
 }
 
 TEST_F(ManifestStoreTest, ColumnNamesMayBeInAnyLetterCase) {
@@ -264,8 +257,7 @@ TEST_F(ManifestStoreTest, AnIndexThatIsNoDatabaseIsReported) {
 
 TEST_F(ManifestStoreTest, DamagedPagesOfTheIndexAreReported) {
   std::vector<BackupFile> files;
-  for (int i = 0; i < 300; ++i)
-    files.push_back({"", "Message/Media/a/" + std::to_string(i) + ".jpg", bytesOf("x")});
+  for (int i = 0; i < 300; ++i) files.push_back({"", "Message/Media/a/" + std::to_string(i) + ".jpg", bytesOf("x")});
   writeBackup(withFiles(std::move(files)), device_);
   Bytes index = readFile(device_ / "Manifest.db");
   ASSERT_GT(index.size(), 16U * 4096);

@@ -31,8 +31,7 @@ class StoredFileTest : public testing::TestWithParam<bool> {
     fs::remove_all(device_);
     backup_ = writeBackup(contents, device_);
     OpenedBackup opened = OpenedBackup::open(device_, "correct horse");
-    file_ = ManifestStore::load(opened.url(), opened.manifestDatabaseURL(), opened.usesTemporaryManifest())
-                .media.at(0);
+    file_ = ManifestStore::load(opened.url(), opened.manifestDatabaseURL(), opened.usesTemporaryManifest()).media.at(0);
     before_ = treeSnapshot(device_);
     return opened;
   }
@@ -45,9 +44,8 @@ class StoredFileTest : public testing::TestWithParam<bool> {
   fs::path stored() const { return backup_.storedFile(path); }
 
   void expectMissing(const OpenedBackup& opened) const {
-    EXPECT_THAT(
-        [&] { opened.materialize(file_, target_); },
-        failsWith(TidewellError::chatStorageUnreadable("Missing backup file for Message/Media/a/1.jpg.")));
+    EXPECT_THAT([&] { opened.materialize(file_, target_); },
+                failsWith(TidewellError::chatStorageUnreadable("Missing backup file for Message/Media/a/1.jpg.")));
     EXPECT_FALSE(fs::exists(target_));
     EXPECT_EQ(opened.provenSize(file_), std::nullopt);
   }
@@ -85,9 +83,7 @@ TEST_P(StoredFileTest, ReplacesWhatStoodAtTheDestination) {
   EXPECT_EQ(readFile(folder_ / "elsewhere"), bytesOf("untouched"));
 }
 
-TEST_P(StoredFileTest, IsReportedByItsPathWhenItIsAbsent) {
-  expectMissing(open(bytesOf("x"), {.missing = true}));
-}
+TEST_P(StoredFileTest, IsReportedByItsPathWhenItIsAbsent) { expectMissing(open(bytesOf("x"), {.missing = true})); }
 
 TEST_P(StoredFileTest, CountsAsMissingWhenItIsAFIFO) {
   const OpenedBackup opened = open(bytesOf("x"), {.missing = true});
@@ -151,8 +147,7 @@ TEST_P(StoredFileTest, WithoutARecordedSizeItsPaddingTellsTheEnd) {
 
 TEST_P(StoredFileTest, StopsWhenItIsCancelled) {
   const OpenedBackup opened = open(Bytes(600'000, 1));
-  const StoredFile file{
-      .location = stored(), .encryptionKey = file_.encryptionKey, .size = file_.plaintextSize};
+  const StoredFile file{.location = stored(), .encryptionKey = file_.encryptionKey, .size = file_.plaintextSize};
   EXPECT_THAT([&] { opened.writePlaintext(file, target_, [] { return true; }); },
               failsWith(TidewellError::cancelled()));
 }
@@ -182,8 +177,7 @@ TEST_P(EncryptedFileTest, ACutFileHasNoProvenSize) {
 TEST_P(EncryptedFileTest, AFileOfALockedClassIsReportedAndHasNoProvenSize) {
   const OpenedBackup opened = open(Bytes(100, 1), {.withoutSize = true, .protectionClass = 11});
   EXPECT_EQ(opened.provenSize(file_), std::nullopt);
-  EXPECT_THAT([&] { opened.materialize(file_, target_); },
-              failsWith("This backup is missing protection class 11."));
+  EXPECT_THAT([&] { opened.materialize(file_, target_); }, failsWith("This backup is missing protection class 11."));
 }
 
 TEST_P(EncryptedFileTest, AnEmptyStoredFileNeedsNoKey) {
@@ -197,8 +191,7 @@ TEST_P(EncryptedFileTest, AnEmptyStoredFileNeedsNoKey) {
 
 TEST(OpenedPlainBackup, IgnoresKeysInItsRecords) {
   const TemporaryDirectory folder;
-  BackupContents contents{.encryption = Encryption{},
-                          .whatsApp = {.withChatStorage = false, .withContacts = false}};
+  BackupContents contents{.encryption = Encryption{}, .whatsApp = {.withChatStorage = false, .withContacts = false}};
   contents.whatsApp.files = {{"", path, bytesOf("x")}};
   writeBackup(contents, folder / "encrypted");
   const OpenedBackup encrypted = OpenedBackup::open(folder / "encrypted", "correct horse");

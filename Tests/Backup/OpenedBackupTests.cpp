@@ -53,9 +53,8 @@ class OpenedBackupTest : public testing::Test {
   }
 
   OpenedBackup open(std::optional<std::string_view> given, const CancellationCheck& isCancelled = {}) {
-    const RunControl control{
-        .progress = [&](const ExportProgress& progress) { progress_.push_back(progress); },
-        .isCancelled = isCancelled};
+    const RunControl control{.progress = [&](const ExportProgress& progress) { progress_.push_back(progress); },
+                             .isCancelled = isCancelled};
     return OpenedBackup::open(device_, given, control,
                               [&](const BackupUnlockReport& report) { reports_.push_back(report); });
   }
@@ -184,8 +183,7 @@ TEST_F(OpenedBackupTest, AReadOnlyBackupIsReadWithoutTheRightToWrite) {
     }
     fs::permissions(device_, fs::perms(0555));
     rememberBackup();
-    EXPECT_EQ(asUnprivilegedUser([&] { return static_cast<int>(index(open(std::nullopt)).media.size()); }),
-              1);
+    EXPECT_EQ(asUnprivilegedUser([&] { return static_cast<int>(index(open(std::nullopt)).media.size()); }), 1);
     EXPECT_EQ(treeSnapshot(device_), before_);
     for (const auto& item : fs::recursive_directory_iterator(device_)) {
       if (item.is_directory()) fs::permissions(item, fs::perms(0755));
@@ -298,8 +296,7 @@ TEST_F(OpenedBackupTest, AnAbsentManifestKeyIsReported) {
   contents.encryption->withoutManifestKey = true;
   write(contents);
   expectFailure(TidewellError::manifestDecryptFailed("ManifestKey is missing after the key bag unlocked."));
-  EXPECT_EQ(reports_[0],
-            (BackupUnlockReport{.keyBagParsed = true, .classKeyCount = 11, .classKeysUnwrapped = 8}));
+  EXPECT_EQ(reports_[0], (BackupUnlockReport{.keyBagParsed = true, .classKeyCount = 11, .classKeysUnwrapped = 8}));
   EXPECT_EQ(reports_[0].diagnosticLines()[2], "unlock: ManifestKey class missing");
 }
 
@@ -367,8 +364,7 @@ TEST_F(OpenedBackupTest, CancellingAtAnyStageLeavesNothingBehind) {
   for (int stage = 1; stage <= stages; ++stage) {
     reports_.clear();
     checks = 0;
-    EXPECT_THAT([&] { open(password, [&] { return ++checks == stage; }); },
-                failsWith(TidewellError::cancelled()))
+    EXPECT_THAT([&] { open(password, [&] { return ++checks == stage; }); }, failsWith(TidewellError::cancelled()))
         << stage;
     EXPECT_EQ(checks, stage) << "nothing goes on after a cancellation";
     EXPECT_THAT(reports_, SizeIs(1)) << stage;
@@ -409,8 +405,7 @@ TEST_F(OpenedBackupTest, NeitherReportNorErrorHoldsThePassword) {
   } catch (const TidewellError& error) {
     EXPECT_EQ(error.errorDescription().find(secret), std::string::npos);
   }
-  for (const std::string& line : reports_.at(0).diagnosticLines())
-    EXPECT_EQ(line.find(secret), std::string::npos);
+  for (const std::string& line : reports_.at(0).diagnosticLines()) EXPECT_EQ(line.find(secret), std::string::npos);
 }
 
 }  // namespace

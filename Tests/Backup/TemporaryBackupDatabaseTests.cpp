@@ -45,9 +45,8 @@ class TemporaryBackupDatabaseTest : public testing::Test {
   std::int64_t messageCount() const {
     const SQLiteDB database(PathText::text(folder_ / name), SQLiteDB::OpenMode::writableCopy);
     std::string verdict;
-    database.query("PRAGMA integrity_check", {}, [&](const SQLiteRow& row) {
-      verdict = row.textValue("integrity_check").value_or("none");
-    });
+    database.query("PRAGMA integrity_check", {},
+                   [&](const SQLiteRow& row) { verdict = row.textValue("integrity_check").value_or("none"); });
     EXPECT_EQ(verdict, "ok");
     std::int64_t count = -1;
     database.query("SELECT count(*) AS n FROM ZWAMESSAGE", {},
@@ -67,8 +66,8 @@ class TemporaryBackupDatabaseTest : public testing::Test {
 
 TEST_F(TemporaryBackupDatabaseTest, ADatabaseIsCopiedWholeWhateverSizeWasRecorded) {
   constexpr std::int64_t huge = std::numeric_limits<std::int64_t>::max();
-  for (const std::int64_t size : {-huge - 1, std::int64_t{-1}, std::int64_t{0}, std::int64_t{50},
-                                  std::int64_t{4096}, std::int64_t{12'000}, std::int64_t{9'000'000}, huge}) {
+  for (const std::int64_t size : {-huge - 1, std::int64_t{-1}, std::int64_t{0}, std::int64_t{50}, std::int64_t{4096},
+                                  std::int64_t{12'000}, std::int64_t{9'000'000}, huge}) {
     BackupContents backup = contents();
     backup.whatsApp.databaseStorage[name] = {.recordedSize = size};
     fs::remove_all(device_);
@@ -134,9 +133,8 @@ TEST_F(TemporaryBackupDatabaseTest, AMissingCompanionIsNamed) {
   BackupContents backup = contents(Journal::walWithPendingRows);
   backup.whatsApp.databaseStorage["ChatStorage.sqlite-wal"] = {.missing = true};
   write(backup);
-  EXPECT_THAT(
-      [&] { copy(store_.chatStorageWAL); },
-      failsWith(TidewellError::chatStorageUnreadable("Missing backup file for ChatStorage.sqlite-wal.")));
+  EXPECT_THAT([&] { copy(store_.chatStorageWAL); },
+              failsWith(TidewellError::chatStorageUnreadable("Missing backup file for ChatStorage.sqlite-wal.")));
 }
 
 TEST_F(TemporaryBackupDatabaseTest, AStoredFileIsCopiedAsItIsWithoutAnOpenedBackup) {
@@ -153,8 +151,7 @@ TEST_F(TemporaryBackupDatabaseTest, AMissingFileIsNamedWithoutAnOpenedBackupToo)
   const auto copying = [&](const ManifestFile& file) {
     return [&, file] { TemporaryBackupDatabase::copyDatabaseFile(device_, file, folder_ / "copy", nullptr); };
   };
-  const TidewellError missing =
-      TidewellError::chatStorageUnreadable("Missing backup file for ChatStorage.sqlite.");
+  const TidewellError missing = TidewellError::chatStorageUnreadable("Missing backup file for ChatStorage.sqlite.");
   fs::remove(stored);
   EXPECT_THAT(copying(*store_.chatStorage), failsWith(missing));
   ASSERT_EQ(::mkfifo(stored.c_str(), 0600), 0);

@@ -27,18 +27,18 @@ MessageRecord onlyMessage(const Message& message) {
 
 TEST(ChatStorageReader, ReadsChatsMessagesMembersAndMedia) {
   const std::string local = mediaPath(ana, "ab0c1d2e-0000-4000-8000-000000000001", "jpg");
-  const ChatStorageSnapshot snapshot = readChats(
-      {.chats = {{.pk = 7, .jid = ana, .name = "Ana"}},
-       .messages = {{.pk = 40,
-                     .chat = 7,
-                     .date = 700000000.25,
-                     .text = "oi 👋",
-                     .isFromMe = 1,
-                     .fromJID = ana,
-                     .pushName = "Aninha",
-                     .member = 3}},
-       .members = {{.pk = 3, .chat = 7, .jid = ana, .contactName = "Ana Souza", .firstName = "Ana"}},
-       .mediaFiles = {{.localPath = local, .message = 40}}});
+  const ChatStorageSnapshot snapshot =
+      readChats({.chats = {{.pk = 7, .jid = ana, .name = "Ana"}},
+                 .messages = {{.pk = 40,
+                               .chat = 7,
+                               .date = 700000000.25,
+                               .text = "oi 👋",
+                               .isFromMe = 1,
+                               .fromJID = ana,
+                               .pushName = "Aninha",
+                               .member = 3}},
+                 .members = {{.pk = 3, .chat = 7, .jid = ana, .contactName = "Ana Souza", .firstName = "Ana"}},
+                 .mediaFiles = {{.localPath = local, .message = 40}}});
   EXPECT_EQ(snapshot.chats.at(7), (ChatRecord{.pk = 7, .jid = ana, .name = "Ana"}));
   EXPECT_EQ(snapshot.chatsByJID.at(ana).pk, 7);
   const MessageRecord expected{.pk = 40,
@@ -77,10 +77,9 @@ TEST(ChatStorageReader, OrdersMessagesByDateAndKeepsTiesAsTheyAreStored) {
 }
 
 TEST(ChatStorageReader, SentinelDatesNeitherCrashNorShiftAnything) {
-  const ChatStorageSnapshot snapshot = readChats({.messages = {{.chat = 1, .date = 63113904000},
-                                                               {.chat = 1, .date = 10},
-                                                               {.chat = 1},
-                                                               {.chat = 1, .date = -63114076800}}});
+  const ChatStorageSnapshot snapshot = readChats(
+      {.messages = {
+           {.chat = 1, .date = 63113904000}, {.chat = 1, .date = 10}, {.chat = 1}, {.chat = 1, .date = -63114076800}}});
   const auto& messages = snapshot.messagesByChat.at(1);
   EXPECT_THAT(keysOf(messages), ElementsAre(3, 4, 2, 1));
   EXPECT_EQ(messages[1].date, dateFromUnixTime(-62135769600)) << "0001-01-01";
@@ -141,9 +140,8 @@ TEST(ChatStorageReader, ReadsEveryCandidateColumnInAnyLetterCase) {
                                .pushName = "p",
                                .groupMemberPK = 2};
   for (const std::string& names : columns) {
-    const ChatStorageSnapshot snapshot =
-        readChatSQL("CREATE TABLE ZWAMESSAGE (" + names +
-                    "); INSERT INTO ZWAMESSAGE VALUES (1, 10, 'a', 1, 'j', 'p', 2, 3)");
+    const ChatStorageSnapshot snapshot = readChatSQL(
+        "CREATE TABLE ZWAMESSAGE (" + names + "); INSERT INTO ZWAMESSAGE VALUES (1, 10, 'a', 1, 'j', 'p', 2, 3)");
     ASSERT_TRUE(snapshot.messagesByChat.contains(1)) << names;
     EXPECT_EQ(snapshot.messagesByChat.at(1).at(0), expected) << names;
   }
@@ -158,8 +156,7 @@ TEST(ChatStorageReader, TakesTheFirstCandidateThatIsThere) {
       "CREATE TABLE ZWAPROFILEPUSHNAME (ZCONTACTJID, ZNAME);"
       "INSERT INTO ZWAPROFILEPUSHNAME VALUES ('a@s', 'Ana')");
   EXPECT_EQ(snapshot.chats.at(1), (ChatRecord{.pk = 1, .jid = "jid", .name = "name"}));
-  EXPECT_EQ(snapshot.directory.groupMembers.at(1),
-            (GroupMemberRecord{.pk = 1, .jid = "jid", .contactName = "Name"}));
+  EXPECT_EQ(snapshot.directory.groupMembers.at(1), (GroupMemberRecord{.pk = 1, .jid = "jid", .contactName = "Name"}));
   EXPECT_EQ(snapshot.directory.pushName("a@s"), "Ana");
 }
 
@@ -187,8 +184,8 @@ TEST(ChatStorageReader, NumbersBecomeTextAndBytesAreNone) {
 }
 
 TEST(ChatStorageReader, AMessageIsFromMeForEveryIntegerButZero) {
-  const std::pair<SQLValue, bool> cases[] = {
-      {0, false}, {1, true}, {-1, true}, {2, true}, {"x", false}, {SQLValue{}, false}, {bytesOf("1"), false}};
+  const std::pair<SQLValue, bool> cases[] = {{0, false},   {1, true},           {-1, true},           {2, true},
+                                             {"x", false}, {SQLValue{}, false}, {bytesOf("1"), false}};
   for (const auto& [value, expected] : cases) {
     EXPECT_EQ(onlyMessage({.chat = 1, .isFromMe = value}).isFromMe, expected);
   }
@@ -228,14 +225,13 @@ TEST(ChatStorageReader, ImplausibleMemberNamesAreDropped) {
 }
 
 TEST(ChatStorageReader, MediaPathsBelowMediaGainTheirContainersPrefix) {
-  const ChatStorageSnapshot snapshot =
-      readChats({.messages = {{.chat = 1}, {.chat = 1}, {.chat = 1}, {.chat = 1}},
-                 .mediaItems = {{.message = 1, .localPath = "Media/a/1.jpg"},
-                                {.message = 2, .localPath = "Message/Media/a/2.jpg"},
-                                {.message = 3, .localPath = "Elsewhere/3.jpg"},
-                                {.message = 4, .localPath = "MEDIA/a/4.jpg"},
-                                {.message = 99, .localPath = "Media/a/99.jpg"},
-                                {.message = "x", .localPath = "Media/a/x.jpg"}}});
+  const ChatStorageSnapshot snapshot = readChats({.messages = {{.chat = 1}, {.chat = 1}, {.chat = 1}, {.chat = 1}},
+                                                  .mediaItems = {{.message = 1, .localPath = "Media/a/1.jpg"},
+                                                                 {.message = 2, .localPath = "Message/Media/a/2.jpg"},
+                                                                 {.message = 3, .localPath = "Elsewhere/3.jpg"},
+                                                                 {.message = 4, .localPath = "MEDIA/a/4.jpg"},
+                                                                 {.message = 99, .localPath = "Media/a/99.jpg"},
+                                                                 {.message = "x", .localPath = "Media/a/x.jpg"}}});
   const auto& messages = snapshot.messagesByChat.at(1);
   EXPECT_EQ(messages[0].mediaLocalPath, "Message/Media/a/1.jpg");
   EXPECT_EQ(messages[1].mediaLocalPath, std::nullopt) << "such a path does not begin with Media/";
@@ -245,19 +241,17 @@ TEST(ChatStorageReader, MediaPathsBelowMediaGainTheirContainersPrefix) {
 }
 
 TEST(ChatStorageReader, MediaFollowTheirMessageThroughTheSorting) {
-  const ChatStorageSnapshot snapshot =
-      readChats({.messages = {{.chat = 1, .date = 3}, {.chat = 1, .date = 1}},
-                 .mediaItems = {{.message = 1, .localPath = "Media/a/1.jpg"}}});
+  const ChatStorageSnapshot snapshot = readChats({.messages = {{.chat = 1, .date = 3}, {.chat = 1, .date = 1}},
+                                                  .mediaItems = {{.message = 1, .localPath = "Media/a/1.jpg"}}});
   ASSERT_NE(snapshot.mediaMessage("Message/Media/a/1.jpg"), nullptr);
   EXPECT_EQ(snapshot.mediaMessage("Message/Media/a/1.jpg")->pk, 1);
 }
 
 TEST(ChatStorageReader, ADatabaseWithoutChatsStillGivesMessagesAndMedia) {
-  const ChatStorageSnapshot snapshot =
-      readChats({.messages = {{.chat = 1}},
-                 .mediaItems = {{.message = 1, .localPath = "Media/a@s/1.jpg"}},
-                 .journal = Journal::rollback,
-                 .chatStorageSQL = "DROP TABLE ZWACHATSESSION"});
+  const ChatStorageSnapshot snapshot = readChats({.messages = {{.chat = 1}},
+                                                  .mediaItems = {{.message = 1, .localPath = "Media/a@s/1.jpg"}},
+                                                  .journal = Journal::rollback,
+                                                  .chatStorageSQL = "DROP TABLE ZWACHATSESSION"});
   EXPECT_EQ(snapshot.messagesByChat.at(1).size(), 1U);
   EXPECT_EQ(snapshot.chat("a@s"), nullptr);
   EXPECT_EQ(snapshot.ownerJID("Message/Media/a@s/1.jpg", "a@s"), "a@s");
@@ -268,14 +262,13 @@ TEST(ChatStorageReader, ADatabaseWithoutChatsStillGivesMessagesAndMedia) {
 class IncompleteDatabase : public testing::TestWithParam<const char*> {
  protected:
   void expectOnlyThatPartEmpty(const std::string& sql) const {
-    const ChatStorageSnapshot snapshot =
-        readChats({.chats = {{.jid = ana, .name = "Ana"}},
-                   .messages = {{.chat = 1, .date = 1}},
-                   .members = {{.jid = ana, .contactName = "Ana"}},
-                   .pushNames = {{.jid = ana, .name = "Ana"}},
-                   .mediaItems = {{.message = 1, .localPath = "Media/a/1.jpg"}},
-                   .journal = Journal::rollback,
-                   .chatStorageSQL = sql});
+    const ChatStorageSnapshot snapshot = readChats({.chats = {{.jid = ana, .name = "Ana"}},
+                                                    .messages = {{.chat = 1, .date = 1}},
+                                                    .members = {{.jid = ana, .contactName = "Ana"}},
+                                                    .pushNames = {{.jid = ana, .name = "Ana"}},
+                                                    .mediaItems = {{.message = 1, .localPath = "Media/a/1.jpg"}},
+                                                    .journal = Journal::rollback,
+                                                    .chatStorageSQL = sql});
     const auto isWhole = [](std::string_view table) { return table != GetParam(); };
     EXPECT_EQ(!snapshot.chats.empty(), isWhole("ZWACHATSESSION")) << sql;
     EXPECT_EQ(!snapshot.directory.groupMembers.empty(), isWhole("ZWAGROUPMEMBER")) << sql;
@@ -293,8 +286,8 @@ TEST_P(IncompleteDatabase, LeavesOnlyThatPartEmpty) {
 }
 
 INSTANTIATE_TEST_SUITE_P(OfEachTable, IncompleteDatabase,
-                         testing::Values("ZWACHATSESSION", "ZWAGROUPMEMBER", "ZWAPROFILEPUSHNAME",
-                                         "ZWAMESSAGE", "ZWAMEDIAITEM"));
+                         testing::Values("ZWACHATSESSION", "ZWAGROUPMEMBER", "ZWAPROFILEPUSHNAME", "ZWAMESSAGE",
+                                         "ZWAMEDIAITEM"));
 
 TEST(ChatStorageReader, LidsAndNumbersArePairedByTheirOwnTable) {
   const std::vector<LidPair> pairs = {{.lid = "777@lid", .phoneNumber = ana},

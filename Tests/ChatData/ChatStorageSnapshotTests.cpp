@@ -16,8 +16,7 @@ constexpr const char* lid = "77001122334455@lid";
 
 // The address book knows Ana by her number and by her LID.
 WhatsAppContents ana(std::vector<Chat> chats) {
-  return {.chats = std::move(chats),
-          .contacts = {{.fullName = "Ana Souza", .whatsAppID = phone, .lid = lid}}};
+  return {.chats = std::move(chats), .contacts = {{.fullName = "Ana Souza", .whatsAppID = phone, .lid = lid}}};
 }
 
 TEST(ChatStorageSnapshot, ALidBecomesTheNumberThatTheDirectoryKnows) {
@@ -68,8 +67,7 @@ TEST(ChatStorageSnapshot, OfChatsWithOneJidTheLaterCounts) {
 }
 
 TEST(ChatStorageSnapshot, TwoRecordsOfOnePersonShareTheTitleOfThePhones) {
-  const ChatStorageSnapshot snapshot =
-      readApp(ana({{.jid = lid, .name = "Aninha"}, {.jid = phone, .name = "Ana"}}));
+  const ChatStorageSnapshot snapshot = readApp(ana({{.jid = lid, .name = "Aninha"}, {.jid = phone, .name = "Ana"}}));
   EXPECT_EQ(snapshot.chatTitle(lid), "Ana");
   EXPECT_EQ(snapshot.chatTitle(phone), "Ana");
   EXPECT_THAT(snapshot.chatPKsByCanonicalJID.at(phone), ElementsAre(1, 2));

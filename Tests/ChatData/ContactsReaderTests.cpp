@@ -45,11 +45,10 @@ TEST(ContactsReader, ReadsTheRowsOfTheLogToo) {
 }
 
 TEST(ContactsReader, TakesOlderColumnsWhenTheNewerAreMissing) {
-  const AddressBookContact contact =
-      only({.fullName = "Ana Souza", .givenName = "Ana", .whatsAppID = phone},
-           "ALTER TABLE ZWAADDRESSBOOKCONTACT RENAME COLUMN ZFULLNAME TO ZDISPLAYNAME;"
-           "ALTER TABLE ZWAADDRESSBOOKCONTACT RENAME COLUMN ZGIVENNAME TO ZFIRSTNAME;"
-           "ALTER TABLE ZWAADDRESSBOOKCONTACT RENAME COLUMN ZWHATSAPPID TO ZJID");
+  const AddressBookContact contact = only({.fullName = "Ana Souza", .givenName = "Ana", .whatsAppID = phone},
+                                          "ALTER TABLE ZWAADDRESSBOOKCONTACT RENAME COLUMN ZFULLNAME TO ZDISPLAYNAME;"
+                                          "ALTER TABLE ZWAADDRESSBOOKCONTACT RENAME COLUMN ZGIVENNAME TO ZFIRSTNAME;"
+                                          "ALTER TABLE ZWAADDRESSBOOKCONTACT RENAME COLUMN ZWHATSAPPID TO ZJID");
   EXPECT_EQ(contact.fullName, "Ana Souza");
   EXPECT_EQ(contact.givenName, "Ana");
   EXPECT_EQ(contact.whatsAppID, phone);
@@ -101,8 +100,7 @@ TEST(ContactsReader, OfTwoContactsWithOneNumberTheFirstWithANameCounts) {
                 .contact(phone)
                 ->fullName,
             "Ana");
-  EXPECT_EQ(filed({{.whatsAppID = phone}, {.fullName = "Rui", .whatsAppID = phone}}).contact(phone)->fullName,
-            "Rui");
+  EXPECT_EQ(filed({{.whatsAppID = phone}, {.fullName = "Rui", .whatsAppID = phone}}).contact(phone)->fullName, "Rui");
 }
 
 TEST(ContactsReader, MembersPushNamesAndPairsOfTheChatDatabaseAreKept) {

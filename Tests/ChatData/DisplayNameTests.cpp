@@ -93,8 +93,7 @@ std::string base64(const std::string& bytes) {
   std::string text;
   for (std::size_t i = 0; i + 3 <= bytes.size(); i += 3) {
     unsigned group = 0;
-    for (std::size_t byte = i; byte < i + 3; ++byte)
-      group = group << 8 | static_cast<unsigned char>(bytes[byte]);
+    for (std::size_t byte = i; byte < i + 3; ++byte) group = group << 8 | static_cast<unsigned char>(bytes[byte]);
     for (const int shift : {18, 12, 6, 0}) text += alphabet[group >> shift & 63];
   }
   return text;

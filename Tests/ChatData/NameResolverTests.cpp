@@ -24,9 +24,8 @@ ContactDirectory withPushName(const std::string& jid, const std::string& name) {
 }
 
 TEST(NameResolver, LookupKeysGoFromTheMostTellingToTheDigits) {
-  EXPECT_THAT(
-      NameResolver::lookupKeys(" +55 11-Ab@S.WhatsApp.net\n"),
-      ElementsAre("+55 11-Ab@S.WhatsApp.net", "+55 11-ab@s.whatsapp.net", "+55 11-Ab", "+55 11-ab", "5511"));
+  EXPECT_THAT(NameResolver::lookupKeys(" +55 11-Ab@S.WhatsApp.net\n"),
+              ElementsAre("+55 11-Ab@S.WhatsApp.net", "+55 11-ab@s.whatsapp.net", "+55 11-Ab", "+55 11-ab", "5511"));
   EXPECT_THAT(NameResolver::lookupKeys(phone), ElementsAre(phone, "5511900001111"));
   EXPECT_THAT(NameResolver::lookupKeys("ana"), ElementsAre("ana"));
   EXPECT_THAT(NameResolver::lookupKeys("@lid"), ElementsAre("@lid"));
@@ -70,8 +69,8 @@ TEST(NameResolver, OnlyPeoplesJidsOfEightDigitsAndMoreAreNumbers) {
 }
 
 TEST(NameResolver, NamesThatShowNothingArePlaceholders) {
-  for (const char* name : {"", " ", "\n\t", "\u00A0", "\u200E", "\u200F \u202A\u202C", "\u2066\u2069",
-                           "\u200B", "\uFEFF", "\u2060", "\u3000"}) {
+  for (const char* name : {"", " ", "\n\t", "\u00A0", "\u200E", "\u200F \u202A\u202C", "\u2066\u2069", "\u200B",
+                           "\uFEFF", "\u2060", "\u3000"}) {
     EXPECT_TRUE(NameResolver::isPlaceholderPartnerName(name)) << testing::PrintToString(name);
   }
   for (const char* name : {"A", "\u200EAna", ".", "0", "👋", "\u200E+55 11"}) {
@@ -108,8 +107,7 @@ TEST(AddressBookContact, IsCalledByItsFullNameThenItsBusinessThenItsGivenName) {
 }
 
 TEST(ContactDirectory, FindsAContactHoweverItsJidIsWritten) {
-  const ContactDirectory directory =
-      directoryOf({{.fullName = "Ana", .whatsAppID = "5511900001111@s.whatsapp.net"}});
+  const ContactDirectory directory = directoryOf({{.fullName = "Ana", .whatsAppID = "5511900001111@s.whatsapp.net"}});
   for (const char* jid : {"5511900001111@s.whatsapp.net", "5511900001111@S.WHATSAPP.NET", " 5511900001111 ",
                           "+55 11 90000-1111", "+55 (11) 90000.1111@s.whatsapp.net"}) {
     ASSERT_NE(directory.contact(jid), nullptr) << jid;

@@ -18,8 +18,7 @@ using testing::IsEmpty;
 constexpr const char* phone = "5511900001111@s.whatsapp.net";
 constexpr const char* lid = "77001122334455@lid";
 
-MediaFile media(const std::string& localPath, std::size_t size,
-                std::optional<std::int64_t> message = std::nullopt) {
+MediaFile media(const std::string& localPath, std::size_t size, std::optional<std::int64_t> message = std::nullopt) {
   return {.localPath = localPath, .content = Bytes(size, 1), .message = message};
 }
 
@@ -30,15 +29,12 @@ ScanResult scan(const BackupContents& contents, const std::string& locale = "en_
   const OpenedBackup opened = OpenedBackup::open(folder / "device", "correct horse");
   const ManifestStore manifest =
       ManifestStore::load(opened.url(), opened.manifestDatabaseURL(), opened.usesTemporaryManifest());
-  ScanResult result =
-      ScanSummary::summarize(SnapshotLoader::load(opened, manifest), manifest, opened, Locale{locale});
+  ScanResult result = ScanSummary::summarize(SnapshotLoader::load(opened, manifest), manifest, opened, Locale{locale});
   EXPECT_EQ(treeSnapshot(folder / "device"), before) << "the backup was touched";
   return result;
 }
 
-ScanResult scan(WhatsAppContents app) {
-  return scan(BackupContents{.whatsApp = std::move(app)});
-}
+ScanResult scan(WhatsAppContents app) { return scan(BackupContents{.whatsApp = std::move(app)}); }
 
 std::vector<std::string> namesOf(const ScanResult& result) {
   std::vector<std::string> names;
@@ -70,15 +66,13 @@ TEST(ScanSummary, CountsChatsFilesAndBytesByKind) {
     EXPECT_EQ(result.skippedThumbnailCount, 1);
     EXPECT_TRUE(result.hasChatStorage);
     EXPECT_EQ(result.whatsAppDomain, consumerDomain);
-    const std::map<MediaKind, MediaTypeStats> stats = {
-        {MediaKind::photos, {.count = 2, .byteCount = 120}},
-        {MediaKind::voiceNotes, {.count = 1, .byteCount = 3}},
-        {MediaKind::documents, {.count = 1, .byteCount = 4000}}};
+    const std::map<MediaKind, MediaTypeStats> stats = {{MediaKind::photos, {.count = 2, .byteCount = 120}},
+                                                       {MediaKind::voiceNotes, {.count = 1, .byteCount = 3}},
+                                                       {MediaKind::documents, {.count = 1, .byteCount = 4000}}};
     EXPECT_EQ(result.statsByKind, stats);
     EXPECT_THAT(
         result.chats,
-        ElementsAre(ScanChat{
-            .jid = phone, .name = "Ana", .messageCount = 2, .mediaFileCount = 4, .mediaBytes = 4123}));
+        ElementsAre(ScanChat{.jid = phone, .name = "Ana", .messageCount = 2, .mediaFileCount = 4, .mediaBytes = 4123}));
   }
 }
 
@@ -104,25 +98,22 @@ TEST(ScanSummary, HugeRecordedSizesDoNotOverflowASum) {
 }
 
 TEST(ScanSummary, MediaWithoutAMessageAndAChatFolderAreUnknown) {
-  const ScanResult result =
-      scan({.withChatStorage = false,
-            .withContacts = false,
-            .files = {{"", "Message/Media/1.jpg", Bytes(5)}, {"", "Message/Media//", Bytes(6)}}});
+  const ScanResult result = scan({.withChatStorage = false,
+                                  .withContacts = false,
+                                  .files = {{"", "Message/Media/1.jpg", Bytes(5)}, {"", "Message/Media//", Bytes(6)}}});
   EXPECT_FALSE(result.hasChatStorage);
   // The first piece below Media is the chat's folder, whatever it is called.
   EXPECT_THAT(jidsOf(result), ElementsAre("1.jpg", "Unknown"));
-  EXPECT_EQ(result.chats[1],
-            (ScanChat{.jid = "Unknown", .name = "Unknown", .mediaFileCount = 1, .mediaBytes = 6}));
+  EXPECT_EQ(result.chats[1], (ScanChat{.jid = "Unknown", .name = "Unknown", .mediaFileCount = 1, .mediaBytes = 6}));
 }
 
 TEST(ScanSummary, ListsChatsWithMessagesWithMediaAndWithBoth) {
-  const ScanResult result =
-      scan({.chats = {{.jid = "1-1@g.us", .name = "Messages"},
-                      {.jid = "2-2@g.us", .name = "Media"},
-                      {.jid = "3-3@g.us", .name = "Neither"},
-                      {.jid = "4-4@g.us", .name = "Both"}},
-            .messages = {{.chat = 1}, {.chat = 4}},
-            .mediaFiles = {media("Media/2-2@g.us/1.jpg", 1), media("Media/x/2.jpg", 1, 2)}});
+  const ScanResult result = scan({.chats = {{.jid = "1-1@g.us", .name = "Messages"},
+                                            {.jid = "2-2@g.us", .name = "Media"},
+                                            {.jid = "3-3@g.us", .name = "Neither"},
+                                            {.jid = "4-4@g.us", .name = "Both"}},
+                                  .messages = {{.chat = 1}, {.chat = 4}},
+                                  .mediaFiles = {media("Media/2-2@g.us/1.jpg", 1), media("Media/x/2.jpg", 1, 2)}});
   EXPECT_THAT(namesOf(result), ElementsAre("Both", "Media", "Messages"));
   EXPECT_EQ(result.chatCount, 3);
 }
@@ -133,9 +124,9 @@ TEST(ScanSummary, BothRecordsOfOnePersonAreOneRow) {
                                   .contacts = {{.whatsAppID = phone, .lid = lid}},
                                   .mediaFiles = {media(std::string("Media/") + lid + "/1.jpg", 10),
                                                  media(std::string("Media/") + phone + "/2.jpg", 5)}});
-  EXPECT_THAT(result.chats,
-              ElementsAre(ScanChat{
-                  .jid = phone, .name = "Ana", .messageCount = 3, .mediaFileCount = 2, .mediaBytes = 15}));
+  EXPECT_THAT(
+      result.chats,
+      ElementsAre(ScanChat{.jid = phone, .name = "Ana", .messageCount = 3, .mediaFileCount = 2, .mediaBytes = 15}));
 }
 
 TEST(ScanSummary, NamesThatDifferInLetterCaseAloneAreOrderedByJid) {
@@ -169,9 +160,8 @@ TEST(ScanSummary, ABackupWithoutWhatsAppIsEmpty) {
 
 TEST(ScanSummary, OfBothAppsTheChatDatabasesDomainIsNamed) {
   BackupContents contents{.whatsApp = {.withChatStorage = false, .withContacts = false}};
-  contents.businessApp = WhatsAppContents{.domain = std::string(businessDomain),
-                                          .chats = {{.jid = phone, .name = "Ana"}},
-                                          .messages = {{.chat = 1}}};
+  contents.businessApp = WhatsAppContents{
+      .domain = std::string(businessDomain), .chats = {{.jid = phone, .name = "Ana"}}, .messages = {{.chat = 1}}};
   const ScanResult result = scan(contents);
   EXPECT_EQ(result.whatsAppDomain, businessDomain);
   EXPECT_THAT(namesOf(result), ElementsAre("Ana"));

@@ -33,8 +33,7 @@ std::string senderInChat(const Chat& chat, WhatsAppContents app = {}) {
 
 TEST(SenderName, TheOwnerIsAlwaysYou) {
   EXPECT_EQ(senderInGroup({.isFromMe = 1, .fromJID = phone, .pushName = "Ana"}), "You");
-  const WhatsAppContents app{.chats = {{.jid = phone, .name = "Ana"}},
-                             .messages = {{.chat = 1, .isFromMe = 1}}};
+  const WhatsAppContents app{.chats = {{.jid = phone, .name = "Ana"}}, .messages = {{.chat = 1, .isFromMe = 1}}};
   EXPECT_EQ(senderIn(app), "You");
   EXPECT_EQ(senderIn(app, TranscriptStyle::portuguese()), TranscriptStyle::portuguese().youLabel);
 }
@@ -42,8 +41,7 @@ TEST(SenderName, TheOwnerIsAlwaysYou) {
 TEST(SenderName, TheOtherSideOfAChatHasTheChatsName) {
   EXPECT_EQ(senderInChat({.jid = phone, .name = "Ana"}), "Ana");
   EXPECT_EQ(senderInChat({.jid = phone}), "+55 11 90000-1111");
-  EXPECT_EQ(senderInChat({.jid = phone}, {.contacts = {{.fullName = "Ana S", .whatsAppID = phone}}}),
-            "Ana S");
+  EXPECT_EQ(senderInChat({.jid = phone}, {.contacts = {{.fullName = "Ana S", .whatsAppID = phone}}}), "Ana S");
 }
 
 TEST(SenderName, TheAddressBookComesFirstInAGroup) {
@@ -71,8 +69,7 @@ TEST(SenderName, ThenTheMemberThenTheProfileThenTheMessageThenTheNumber) {
 }
 
 TEST(SenderName, TheMemberTellsTheJidWhenTheMessagesIsMissingOrTheGroups) {
-  const WhatsAppContents app{.members = {{.jid = phone}},
-                             .contacts = {{.fullName = "Ana", .whatsAppID = phone}}};
+  const WhatsAppContents app{.members = {{.jid = phone}}, .contacts = {{.fullName = "Ana", .whatsAppID = phone}}};
   EXPECT_EQ(senderInGroup({.member = 1}, app), "Ana");
   EXPECT_EQ(senderInGroup({.fromJID = group, .member = 1}, app), "Ana");
   EXPECT_EQ(senderInGroup({.fromJID = " ", .member = 1}, app), "Ana");
@@ -91,13 +88,9 @@ TEST(SenderName, ALidInAGroupShowsItsContactAPushNameOrUnknownAndNeverDigits) {
   EXPECT_EQ(senderInGroup(message), "Unknown");
   EXPECT_EQ(senderInGroup(message, {.lidPairs = pair}), "Unknown");
   EXPECT_EQ(senderInGroup({.fromJID = lid, .pushName = "Pushed"}), "Pushed");
-  EXPECT_EQ(senderInGroup(message, {.contacts = {{.fullName = "Ana", .whatsAppID = phone, .lid = lid}}}),
-            "Ana");
-  EXPECT_EQ(
-      senderInGroup(message, {.lidPairs = pair, .contacts = {{.fullName = "Ana", .whatsAppID = phone}}}),
-      "Ana");
-  EXPECT_EQ(senderInGroup(message, {.pushNames = {{.jid = phone, .name = "Profile"}}, .lidPairs = pair}),
-            "Profile");
+  EXPECT_EQ(senderInGroup(message, {.contacts = {{.fullName = "Ana", .whatsAppID = phone, .lid = lid}}}), "Ana");
+  EXPECT_EQ(senderInGroup(message, {.lidPairs = pair, .contacts = {{.fullName = "Ana", .whatsAppID = phone}}}), "Ana");
+  EXPECT_EQ(senderInGroup(message, {.pushNames = {{.jid = phone, .name = "Profile"}}, .lidPairs = pair}), "Profile");
 }
 
 TEST(SenderName, ALidInItsOwnChatNeverShowsDigits) {
@@ -123,9 +116,9 @@ TEST(SenderName, BothRecordsOfOnePersonNameTheSenderAlike) {
                .messages = {{.chat = 1}, {.chat = 2}},
                .contacts = {{.whatsAppID = phone, .lid = lid}}});
   for (const std::int64_t pk : {1, 2}) {
-    EXPECT_EQ(snapshot.senderName(snapshot.messagesByChat.at(pk).at(0), &snapshot.chats.at(pk),
-                                  TranscriptStyle::english()),
-              "Ana");
+    EXPECT_EQ(
+        snapshot.senderName(snapshot.messagesByChat.at(pk).at(0), &snapshot.chats.at(pk), TranscriptStyle::english()),
+        "Ana");
   }
 }
 

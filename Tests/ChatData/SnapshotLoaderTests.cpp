@@ -42,8 +42,7 @@ class SnapshotLoaderTest : public testing::TestWithParam<bool> {
     std::optional<ChatStorageSnapshot> snapshot;
     try {
       const OpenedBackup opened = OpenedBackup::open(device_, "correct horse");
-      const auto manifest =
-          ManifestStore::load(device_, opened.manifestDatabaseURL(), opened.usesTemporaryManifest());
+      const auto manifest = ManifestStore::load(device_, opened.manifestDatabaseURL(), opened.usesTemporaryManifest());
       snapshot = SnapshotLoader::load(opened, manifest, isCancelled);
     } catch (...) {
       EXPECT_EQ(treeSnapshot(device_), before) << "the backup was touched";
@@ -57,9 +56,7 @@ class SnapshotLoaderTest : public testing::TestWithParam<bool> {
     EXPECT_THAT([&] { load(); }, failsWith(TidewellError::chatStorageUnreadable(detail)));
   }
 
-  void TearDown() override {
-    EXPECT_THAT(temporary_.names(), IsEmpty()) << "working folders are left behind";
-  }
+  void TearDown() override { EXPECT_THAT(temporary_.names(), IsEmpty()) << "working folders are left behind"; }
 
   TemporaryDirectory folder_;
   PrivateTemporaryFolder temporary_;
@@ -120,8 +117,7 @@ TEST_P(SnapshotLoaderTest, CancellingAtAnyStageLeavesNothingBehind) {
   EXPECT_GE(stages, 2);
   for (int stage = 1; stage <= stages; ++stage) {
     checks = 0;
-    EXPECT_THAT([&] { load([&] { return ++checks == stage; }); }, failsWith(TidewellError::cancelled()))
-        << stage;
+    EXPECT_THAT([&] { load([&] { return ++checks == stage; }); }, failsWith(TidewellError::cancelled())) << stage;
     EXPECT_THAT(temporary_.names(), IsEmpty()) << stage;
   }
 }
@@ -170,8 +166,7 @@ TEST_F(DamagedChatStorage, MalformedPagesAreUnreadable) {
   Bytes bytes = readFile(stored);
   std::fill(bytes.end() - 30 * 4096, bytes.end(), std::uint8_t{0xEE});
   writeFile(stored, bytes);
-  EXPECT_THAT([&] { load(); },
-              failsWith(TidewellError::chatStorageUnreadable("database disk image is malformed")));
+  EXPECT_THAT([&] { load(); }, failsWith(TidewellError::chatStorageUnreadable("database disk image is malformed")));
 }
 
 TEST_F(DamagedChatStorage, ACutDatabaseIsUnreadableAtEveryLength) {

@@ -13,8 +13,8 @@ using BackupCrypto::PBKDF2Hash;
 using Fixture::failsWith;
 using Fixture::fromHex;
 
-std::string derived(std::string_view password, std::string_view salt, std::uint32_t rounds,
-                    std::size_t length, PBKDF2Hash hash) {
+std::string derived(std::string_view password, std::string_view salt, std::uint32_t rounds, std::size_t length,
+                    PBKDF2Hash hash) {
   return Fixture::hex(BackupCrypto::pbkdf2(bytesOf(password), bytesOf(salt), rounds, length, hash));
 }
 
@@ -22,14 +22,11 @@ std::string derived(std::string_view password, std::string_view salt, std::uint3
 TEST(BackupCrypto, DerivesKeysWithSHA1AsInRFC6070) {
   EXPECT_EQ(derived("password", "salt", 1, 20, PBKDF2Hash::sha1), "0c60c80f961f0e71f3a9b524af6012062fe037a6");
   EXPECT_EQ(derived("password", "salt", 2, 20, PBKDF2Hash::sha1), "ea6c014dc72d6f8ccd1ed92ace1d41f0d8de8957");
-  EXPECT_EQ(derived("password", "salt", 4096, 20, PBKDF2Hash::sha1),
-            "4b007901b765489abead49d926f721d065a429c1");
-  EXPECT_EQ(
-      derived("passwordPASSWORDpassword", "saltSALTsaltSALTsaltSALTsaltSALTsalt", 4096, 25, PBKDF2Hash::sha1),
-      "3d2eec4fe41c849b80c8d83662c0e44a8b291a964cf2f07038");
+  EXPECT_EQ(derived("password", "salt", 4096, 20, PBKDF2Hash::sha1), "4b007901b765489abead49d926f721d065a429c1");
+  EXPECT_EQ(derived("passwordPASSWORDpassword", "saltSALTsaltSALTsaltSALTsaltSALTsalt", 4096, 25, PBKDF2Hash::sha1),
+            "3d2eec4fe41c849b80c8d83662c0e44a8b291a964cf2f07038");
   using std::string_view_literals::operator""sv;
-  EXPECT_EQ(derived("pass\0word"sv, "sa\0lt"sv, 4096, 16, PBKDF2Hash::sha1),
-            "56fa6aa75548099dcc37d7f03425e0c3");
+  EXPECT_EQ(derived("pass\0word"sv, "sa\0lt"sv, 4096, 16, PBKDF2Hash::sha1), "56fa6aa75548099dcc37d7f03425e0c3");
 }
 
 // RFC 7914, section 11.
@@ -66,10 +63,8 @@ TEST(BackupCrypto, EncryptsABlockAsInSP800_38A) {
 }
 
 TEST(BackupCrypto, ABlockHas16BytesAndAKey16Or32) {
-  EXPECT_THAT([] { BackupCrypto::aesECB(Bytes(32), Bytes(15), true); },
-              failsWith("AES block must be 16 bytes."));
-  EXPECT_THAT([] { BackupCrypto::aesECB(Bytes(32), Bytes(32), true); },
-              failsWith("AES block must be 16 bytes."));
+  EXPECT_THAT([] { BackupCrypto::aesECB(Bytes(32), Bytes(15), true); }, failsWith("AES block must be 16 bytes."));
+  EXPECT_THAT([] { BackupCrypto::aesECB(Bytes(32), Bytes(32), true); }, failsWith("AES block must be 16 bytes."));
   EXPECT_THAT([] { BackupCrypto::aesECB(Bytes(24), Bytes(16), true); }, failsWith("AES operation failed."));
 }
 
@@ -83,17 +78,15 @@ TEST(BackupCrypto, ChainsBlocksAsInSP800_38A) {
   struct Vector {
     Bytes key, cipher;
   };
-  for (const Vector& vector :
-       {Vector{fromHex("2b7e151628aed2a6abf7158809cf4f3c"),
-               fromHex("7649abac8119b246cee98e9b12e9197d5086cb9b507219ee95db113a917678b2"
-                       "73bed6b8e3c1743b7116e69e222295163ff1caa1681fac09120eca307586e1a7")},
-        Vector{fromHex("603deb1015ca71be2b73aef0857d77811f352c073b6108d72d9810a30914dff4"),
-               fromHex("f58c4c04d6e5f1ba779eabfb5f7bfbd69cfc4e967edb808d679f777bc6702c7d"
-                       "39f23369a9d9bacfa530e26304231461b2eb05e2c39be9fcda6c19078c6a9d1b")}}) {
+  for (const Vector& vector : {Vector{fromHex("2b7e151628aed2a6abf7158809cf4f3c"),
+                                      fromHex("7649abac8119b246cee98e9b12e9197d5086cb9b507219ee95db113a917678b2"
+                                              "73bed6b8e3c1743b7116e69e222295163ff1caa1681fac09120eca307586e1a7")},
+                               Vector{fromHex("603deb1015ca71be2b73aef0857d77811f352c073b6108d72d9810a30914dff4"),
+                                      fromHex("f58c4c04d6e5f1ba779eabfb5f7bfbd69cfc4e967edb808d679f777bc6702c7d"
+                                              "39f23369a9d9bacfa530e26304231461b2eb05e2c39be9fcda6c19078c6a9d1b")}}) {
     EXPECT_EQ(Fixture::hex(BackupCrypto::aesCBC(vector.key, sampleIV, samplePlain, {.encrypt = true})),
               Fixture::hex(vector.cipher));
-    EXPECT_EQ(Fixture::hex(BackupCrypto::aesCBC(vector.key, sampleIV, vector.cipher, {})),
-              Fixture::hex(samplePlain));
+    EXPECT_EQ(Fixture::hex(BackupCrypto::aesCBC(vector.key, sampleIV, vector.cipher, {})), Fixture::hex(samplePlain));
     EXPECT_EQ(BackupCrypto::cbcDecryptRaw(vector.key, sampleIV, vector.cipher), samplePlain);
   }
 }
@@ -149,8 +142,7 @@ TEST(BackupCrypto, UnwrapsKeysAsInRFC3394) {
   const auto unwrapped = [](const char* wrapped) {
     return Fixture::hex(BackupCrypto::aesUnwrap(kek, fromHex(wrapped)));
   };
-  EXPECT_EQ(unwrapped("64E8C3F9CE0F5BA2 63E9777905818A2A 93C8191E7D6E8AE7"),
-            "00112233445566778899aabbccddeeff");
+  EXPECT_EQ(unwrapped("64E8C3F9CE0F5BA2 63E9777905818A2A 93C8191E7D6E8AE7"), "00112233445566778899aabbccddeeff");
   EXPECT_EQ(unwrapped("A8F9BC1612C68B3F F6E6F4FBE30E71E4 769C8B80A32CB895 8CD5D17D6B254DA1"),
             "00112233445566778899aabbccddeeff0001020304050607");
   EXPECT_EQ(unwrapped("28C9F404C4B810F4 CBCCB35CFB87F826 3F5786E2D80ED326 CBC7F0E71A99F43B FB988B9B7A02DD21"),
@@ -177,9 +169,7 @@ TEST(BackupCrypto, AnyChangedBitOfAWrappedKeyIsNoticed) {
   for (std::size_t i = 0; i < wrapped.size(); ++i) {
     Bytes changed = wrapped;
     changed[i] ^= 1;
-    EXPECT_THAT([&] { BackupCrypto::aesUnwrap(kek, changed); },
-                failsWith(TidewellError::wrongBackupPassword()))
-        << i;
+    EXPECT_THAT([&] { BackupCrypto::aesUnwrap(kek, changed); }, failsWith(TidewellError::wrongBackupPassword())) << i;
   }
 }
 
@@ -190,8 +180,7 @@ TEST(BackupCrypto, UnwrappingWithAnotherKeySaysTheWrongPassword) {
 
 TEST(BackupCrypto, UnwrappingRefusesOtherSizes) {
   for (const std::size_t size : std::vector<std::size_t>{0, 8, 16, 23, 25, 39}) {
-    EXPECT_THAT([=] { BackupCrypto::aesUnwrap(kek, Bytes(size)); },
-                failsWith("A backup key has an unexpected size."))
+    EXPECT_THAT([=] { BackupCrypto::aesUnwrap(kek, Bytes(size)); }, failsWith("A backup key has an unexpected size."))
         << size;
   }
   for (const std::size_t size : std::vector<std::size_t>{0, 16, 24, 31}) {
@@ -207,14 +196,10 @@ class PayloadTest : public testing::Test {
   const Bytes plain_ = Fixture::SeededRandom(6).bytes(100);
   const Bytes cipher_ = Fixture::aesCbcEncrypt(key_, plain_);
 
-  Bytes first(std::size_t count) const {
-    return {plain_.begin(), plain_.begin() + static_cast<std::ptrdiff_t>(count)};
-  }
+  Bytes first(std::size_t count) const { return {plain_.begin(), plain_.begin() + static_cast<std::ptrdiff_t>(count)}; }
 };
 
-TEST_F(PayloadTest, IsCutToItsPadding) {
-  EXPECT_EQ(BackupCrypto::decryptBackupPayload(key_, cipher_, {}), plain_);
-}
+TEST_F(PayloadTest, IsCutToItsPadding) { EXPECT_EQ(BackupCrypto::decryptBackupPayload(key_, cipher_, {}), plain_); }
 
 TEST_F(PayloadTest, IsCutToItsSize) {
   EXPECT_EQ(BackupCrypto::decryptBackupPayload(key_, cipher_, 33), first(33));
@@ -236,8 +221,7 @@ TEST_F(PayloadTest, APartOfABlockAtTheEndIsIgnored) {
 
 TEST_F(PayloadTest, WithoutValidPaddingItStaysAsItIs) {
   const Bytes whole = first(96);
-  EXPECT_EQ(BackupCrypto::decryptBackupPayload(
-                key_, Fixture::aesCbcEncrypt(key_, whole, Fixture::Padding::none), {}),
+  EXPECT_EQ(BackupCrypto::decryptBackupPayload(key_, Fixture::aesCbcEncrypt(key_, whole, Fixture::Padding::none), {}),
             whole);
 }
 

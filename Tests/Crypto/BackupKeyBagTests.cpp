@@ -70,19 +70,18 @@ TEST(BackupKeyBag, ReadsEveryItem) {
   appendItem(blob, "KTYP", 4U);
   appendItem(blob, "WPKY", Bytes(40, 0x77));
   const BackupKeyBag bag = BackupKeyBag::parse(blob);
-  EXPECT_EQ(bag, (BackupKeyBag{.type = 1,
-                               .uuid = Bytes(16, 0xAA),
-                               .wrap = 7,
-                               .salt = Bytes(20, 0x55),
-                               .iterations = 10000,
-                               .doubleSalt = Bytes(20, 0x66),
-                               .doubleIterations = 10000000,
-                               .classKeys = {{3,
-                                              {.uuid = Bytes(16, 0xC1),
-                                               .clas = 3,
-                                               .wrap = 2,
-                                               .keyType = 4,
-                                               .wrappedKey = Bytes(40, 0x77)}}}}));
+  EXPECT_EQ(
+      bag,
+      (BackupKeyBag{
+          .type = 1,
+          .uuid = Bytes(16, 0xAA),
+          .wrap = 7,
+          .salt = Bytes(20, 0x55),
+          .iterations = 10000,
+          .doubleSalt = Bytes(20, 0x66),
+          .doubleIterations = 10000000,
+          .classKeys = {
+              {3, {.uuid = Bytes(16, 0xC1), .clas = 3, .wrap = 2, .keyType = 4, .wrappedKey = Bytes(40, 0x77)}}}}));
   EXPECT_EQ(bag.unwrappedClassKeyCount(), 0u) << "a bag that was just read is locked";
 }
 
@@ -153,8 +152,7 @@ TEST(BackupKeyBag, EveryCutOfABagIsRefusedOrReadable) {
     try {
       EXPECT_FALSE(BackupKeyBag::parse(ByteView(whole).first(size)).classKeys.empty());
     } catch (const TidewellError& error) {
-      EXPECT_TRUE(error == TidewellError::ioFailure(truncated) ||
-                  error == TidewellError::ioFailure(unusable));
+      EXPECT_TRUE(error == TidewellError::ioFailure(truncated) || error == TidewellError::ioFailure(unusable));
     }
   }
 }
@@ -184,9 +182,7 @@ TEST(BackupKeyBag, WithoutSaltRoundsOrKeysItIsUnusable) {
   }
 }
 
-TEST(BackupKeyBag, UnlocksWithBothDerivations) {
-  expectUnlocks({.password = "correct horse"});
-}
+TEST(BackupKeyBag, UnlocksWithBothDerivations) { expectUnlocks({.password = "correct horse"}); }
 
 TEST(BackupKeyBag, UnlocksAnOldBagWithASingleDerivation) {
   expectUnlocks({.password = "correct horse", .doubleIterations = std::nullopt});
@@ -197,13 +193,9 @@ TEST(BackupKeyBag, NoRoundsOrNoSaltMeansASingleDerivation) {
   expectUnlocks({.password = "correct horse", .emptyDoubleSalt = true});
 }
 
-TEST(BackupKeyBag, UnlocksWithAWideCount) {
-  expectUnlocks({.password = "correct horse", .wideIterations = true});
-}
+TEST(BackupKeyBag, UnlocksWithAWideCount) { expectUnlocks({.password = "correct horse", .wideIterations = true}); }
 
-TEST(BackupKeyBag, APasswordIsItsUTF8Bytes) {
-  expectUnlocks({.password = "Señor 🎉 пароль"});
-}
+TEST(BackupKeyBag, APasswordIsItsUTF8Bytes) { expectUnlocks({.password = "Señor 🎉 пароль"}); }
 
 TEST(BackupKeyBag, TheRoundsOfRecentBackupsUnlockToo) {
   expectUnlocks({.password = "correct horse", .iterations = 10'000, .doubleIterations = 20'000});
@@ -218,14 +210,12 @@ TEST(BackupKeyBag, AWrongPasswordIsSaidToBeWrong) {
 }
 
 TEST(BackupKeyBag, AnEmptyPasswordDerivesNoKey) {
-  BackupKeyBag bag =
-      BackupKeyBag::parse(makeBag({.password = "correct horse", .doubleIterations = std::nullopt}).blob);
+  BackupKeyBag bag = BackupKeyBag::parse(makeBag({.password = "correct horse", .doubleIterations = std::nullopt}).blob);
   EXPECT_THAT([&] { bag.unlock(""); }, failsWith("Could not derive the backup key."));
 }
 
 TEST(BackupKeyBag, KeysOfTheDeviceStayLocked) {
-  BackupKeyBag bag =
-      BackupKeyBag::parse(makeBag({.password = "x", .passwordClasses = {3}, .deviceClasses = {9}}).blob);
+  BackupKeyBag bag = BackupKeyBag::parse(makeBag({.password = "x", .passwordClasses = {3}, .deviceClasses = {9}}).blob);
   bag.unlock("x");
   EXPECT_EQ(bag.unwrappedClassKeyCount(), 1u);
   EXPECT_EQ(bag.classKeys.at(9).unwrappedKey, std::nullopt);
@@ -250,8 +240,7 @@ TEST(BackupKeyBag, CancellationIsAskedBeforeBetweenAndAfterTheDerivations) {
   for (int stage = 1; stage <= 3; ++stage) {
     BackupKeyBag bag = BackupKeyBag::parse(blob);
     int asked = 0;
-    EXPECT_THAT([&] { bag.unlock("x", [&] { return ++asked == stage; }); },
-                failsWith(TidewellError::cancelled()));
+    EXPECT_THAT([&] { bag.unlock("x", [&] { return ++asked == stage; }); }, failsWith(TidewellError::cancelled()));
     EXPECT_EQ(asked, stage);
     EXPECT_EQ(bag.unwrappedClassKeyCount(), 0u);
   }

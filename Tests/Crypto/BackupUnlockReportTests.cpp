@@ -7,11 +7,11 @@ namespace {
 using testing::ElementsAre;
 
 TEST(BackupUnlockReport, AnEmptyReportShowsItsDefaults) {
-  EXPECT_THAT(BackupUnlockReport{}.diagnosticLines(),
-              ElementsAre("unlock: keybag parsed no", "unlock: class keys 0/0 unwrapped",
-                          "unlock: ManifestKey class missing", "unlock: Manifest.db ciphertext 0 bytes",
-                          "unlock: Manifest.db decrypted 0 bytes", "unlock: SQLite header missing",
-                          "unlock: SQLite journal unknown", "unlock: writable temp copy no"));
+  EXPECT_THAT(
+      BackupUnlockReport{}.diagnosticLines(),
+      ElementsAre("unlock: keybag parsed no", "unlock: class keys 0/0 unwrapped", "unlock: ManifestKey class missing",
+                  "unlock: Manifest.db ciphertext 0 bytes", "unlock: Manifest.db decrypted 0 bytes",
+                  "unlock: SQLite header missing", "unlock: SQLite journal unknown", "unlock: writable temp copy no"));
 }
 
 TEST(BackupUnlockReport, AFullReportShowsEveryStage) {
@@ -24,11 +24,11 @@ TEST(BackupUnlockReport, AFullReportShowsEveryStage) {
                                   .sqliteHeaderOK = true,
                                   .sqliteJournal = "wal",
                                   .openedAsWritableCopy = true};
-  EXPECT_THAT(report.diagnosticLines(),
-              ElementsAre("unlock: keybag parsed yes", "unlock: class keys 8/11 unwrapped",
-                          "unlock: ManifestKey class 3", "unlock: Manifest.db ciphertext 4112 bytes",
-                          "unlock: Manifest.db decrypted 4096 bytes", "unlock: SQLite header ok",
-                          "unlock: SQLite journal wal", "unlock: writable temp copy yes"));
+  EXPECT_THAT(
+      report.diagnosticLines(),
+      ElementsAre("unlock: keybag parsed yes", "unlock: class keys 8/11 unwrapped", "unlock: ManifestKey class 3",
+                  "unlock: Manifest.db ciphertext 4112 bytes", "unlock: Manifest.db decrypted 4096 bytes",
+                  "unlock: SQLite header ok", "unlock: SQLite journal wal", "unlock: writable temp copy yes"));
 }
 
 }  // namespace

@@ -55,22 +55,21 @@ TEST_F(BackupUnlockerTest, ReportsEveryStage) {
   const auto cipherSize = fs::file_size(backup_ / "Manifest.db");
   EXPECT_THAT(
       report_.diagnosticLines(),
-      ElementsAre(
-          "unlock: keybag parsed yes", "unlock: class keys 8/11 unwrapped", "unlock: ManifestKey class 4",
-          "unlock: Manifest.db ciphertext " + std::to_string(cipherSize) + " bytes",
-          "unlock: Manifest.db decrypted " + std::to_string(written_.manifestDatabase.size()) + " bytes",
-          "unlock: SQLite header ok", "unlock: SQLite journal wal", "unlock: writable temp copy no"));
+      ElementsAre("unlock: keybag parsed yes", "unlock: class keys 8/11 unwrapped", "unlock: ManifestKey class 4",
+                  "unlock: Manifest.db ciphertext " + std::to_string(cipherSize) + " bytes",
+                  "unlock: Manifest.db decrypted " + std::to_string(written_.manifestDatabase.size()) + " bytes",
+                  "unlock: SQLite header ok", "unlock: SQLite journal wal", "unlock: writable temp copy no"));
 }
 
 TEST_F(BackupUnlockerTest, AWrongPasswordStopsAtTheClassKeys) {
   write();
   EXPECT_THAT([&] { BackupUnlocker::unlock(backup_, "incorrect", report_); },
               failsWith(TidewellError::wrongBackupPassword()));
-  EXPECT_THAT(report_.diagnosticLines(),
-              ElementsAre("unlock: keybag parsed yes", "unlock: class keys 0/11 unwrapped",
-                          "unlock: ManifestKey class missing", "unlock: Manifest.db ciphertext 0 bytes",
-                          "unlock: Manifest.db decrypted 0 bytes", "unlock: SQLite header missing",
-                          "unlock: SQLite journal unknown", "unlock: writable temp copy no"));
+  EXPECT_THAT(
+      report_.diagnosticLines(),
+      ElementsAre("unlock: keybag parsed yes", "unlock: class keys 0/11 unwrapped", "unlock: ManifestKey class missing",
+                  "unlock: Manifest.db ciphertext 0 bytes", "unlock: Manifest.db decrypted 0 bytes",
+                  "unlock: SQLite header missing", "unlock: SQLite journal unknown", "unlock: writable temp copy no"));
 }
 
 TEST_F(BackupUnlockerTest, NeitherReportNorErrorHoldsThePassword) {
@@ -82,8 +81,7 @@ TEST_F(BackupUnlockerTest, NeitherReportNorErrorHoldsThePassword) {
   } catch (const TidewellError& error) {
     EXPECT_EQ(std::string(error.what()).find(wrong), std::string::npos);
   }
-  for (const std::string& reported : report_.diagnosticLines())
-    EXPECT_EQ(reported.find(wrong), std::string::npos);
+  for (const std::string& reported : report_.diagnosticLines()) EXPECT_EQ(reported.find(wrong), std::string::npos);
 }
 
 TEST_F(BackupUnlockerTest, TellsThatItIsUnlocking) {
@@ -119,8 +117,7 @@ TEST_F(BackupUnlockerTest, CancellingBetweenTheDerivationsLeavesNoWorkingFolder)
   write();
   const auto before = Fixture::treeSnapshot(folder_.path());
   int asked = 0;
-  EXPECT_THAT([&] { unlock({.isCancelled = [&] { return ++asked == 4; }}); },
-              failsWith(TidewellError::cancelled()));
+  EXPECT_THAT([&] { unlock({.isCancelled = [&] { return ++asked == 4; }}); }, failsWith(TidewellError::cancelled()));
   EXPECT_EQ(Fixture::treeSnapshot(folder_.path()), before);
 }
 
@@ -161,9 +158,8 @@ TEST_F(BackupUnlockerTest, AMissingManifestKeyIsNoticedWhenTheIndexIsDecrypted) 
   const BackupUnlocker unlocker = unlock();
   EXPECT_EQ(unlocker.manifestKey, std::nullopt);
   EXPECT_EQ(line(2), "unlock: ManifestKey class missing");
-  EXPECT_THAT(
-      [&] { decrypt(unlocker); },
-      failsWith(TidewellError::manifestDecryptFailed("ManifestKey is missing after the key bag unlocked.")));
+  EXPECT_THAT([&] { decrypt(unlocker); },
+              failsWith(TidewellError::manifestDecryptFailed("ManifestKey is missing after the key bag unlocked.")));
 }
 
 TEST_F(BackupUnlockerTest, AManifestKeyOfALockedClassNamesIt) {
@@ -182,28 +178,25 @@ TEST_F(BackupUnlockerTest, TheIndexOpensAfterItsJournalIsConverted) {
   write();
   decrypt(unlock());
   EXPECT_EQ(report_.sqliteJournal, "wal");
-  EXPECT_TRUE(SQLiteDB(copy_, SQLiteDB::OpenMode::writableCopy, "convert decrypted Manifest.db")
-                  .tableExists("Files"));
+  EXPECT_TRUE(SQLiteDB(copy_, SQLiteDB::OpenMode::writableCopy, "convert decrypted Manifest.db").tableExists("Files"));
   EXPECT_EQ(report_.sqliteJournal, "wal") << "still the journal from before";
   EXPECT_EQ(Fixture::readFile(copy_)[18], 1);
 }
 
 TEST_F(BackupUnlockerTest, AnIndexWithoutPaddingIsTakenAsItIs) {
   write();
-  Fixture::writeFile(
-      backup_ / "Manifest.db",
-      Fixture::aesCbcEncrypt(written_.manifestKey, written_.manifestDatabase, Fixture::Padding::none));
+  Fixture::writeFile(backup_ / "Manifest.db",
+                     Fixture::aesCbcEncrypt(written_.manifestKey, written_.manifestDatabase, Fixture::Padding::none));
   decrypt(unlock());
   EXPECT_EQ(Fixture::readFile(copy_), written_.manifestDatabase);
 }
 
 TEST_F(BackupUnlockerTest, AnIndexThatIsNoDatabaseIsRefusedWithBothSizes) {
   write();
-  Fixture::writeFile(backup_ / "Manifest.db",
-                     Fixture::aesCbcEncrypt(written_.manifestKey, Bytes(4096, 0x41)));
-  EXPECT_THAT([&] { decrypt(unlock()); }, failsWith(TidewellError::manifestDecryptFailed(
-                                              "Decrypted 4096 bytes from 4112-byte Manifest.db, but "
-                                              "the file does not start with a SQLite header.")));
+  Fixture::writeFile(backup_ / "Manifest.db", Fixture::aesCbcEncrypt(written_.manifestKey, Bytes(4096, 0x41)));
+  EXPECT_THAT([&] { decrypt(unlock()); },
+              failsWith(TidewellError::manifestDecryptFailed("Decrypted 4096 bytes from 4112-byte Manifest.db, but "
+                                                             "the file does not start with a SQLite header.")));
   EXPECT_EQ(line(5), "unlock: SQLite header missing");
   EXPECT_FALSE(fs::exists(copy_)) << "nothing is written";
 }
@@ -221,8 +214,7 @@ TEST_F(BackupUnlockerTest, AMissingIndexIsSaidToBeMissing) {
   fs::remove(backup_ / "Manifest.db");
   EXPECT_THAT([&] { decrypt(unlock()); }, failsWith(TidewellError::missingManifestDB()));
   fs::create_symlink("/dev/zero", backup_ / "Manifest.db");
-  EXPECT_THAT([&] { decrypt(unlock()); }, failsWith(TidewellError::missingManifestDB()))
-      << "a link is no index";
+  EXPECT_THAT([&] { decrypt(unlock()); }, failsWith(TidewellError::missingManifestDB())) << "a link is no index";
 }
 
 TEST_F(BackupUnlockerTest, LeavesTheBackupAlone) {

@@ -52,8 +52,7 @@ TEST(CryptoShim, ABufferNeedsItsKeyItsIVAndRoom) {
   const auto crypt = [&](const Bytes* useKey, std::size_t keyLength, const Bytes* useIV, std::size_t inLength,
                          std::size_t room, bool pkcs7) {
     return tw_aes256_cbc_crypt(useKey == nullptr ? nullptr : useKey->data(), keyLength,
-                               useIV == nullptr ? nullptr : useIV->data(), block.data(), inLength, out.data(),
-                               &room,
+                               useIV == nullptr ? nullptr : useIV->data(), block.data(), inLength, out.data(), &room,
                                /*encrypt=*/true, pkcs7);
   };
   EXPECT_EQ(crypt(&key, 32, &iv, 16, 16, false), success);
@@ -66,21 +65,18 @@ TEST(CryptoShim, ABufferNeedsItsKeyItsIVAndRoom) {
   EXPECT_EQ(crypt(&key, 32, &iv, 15, 16, false), failure) << "no whole block and no padding";
   EXPECT_EQ(crypt(&key, 32, &iv, 16, 15, false), failure) << "no room";
   EXPECT_EQ(crypt(&key, 32, &iv, 16, 31, true), failure) << "no room for the padding";
-  EXPECT_EQ(
-      tw_aes256_cbc_crypt(key.data(), 32, iv.data(), block.data(), 16, out.data(), nullptr, true, false),
-      failure);
+  EXPECT_EQ(tw_aes256_cbc_crypt(key.data(), 32, iv.data(), block.data(), 16, out.data(), nullptr, true, false),
+            failure);
 }
 
 TEST(CryptoShim, TheProducedLengthIsWrittenBack) {
   Bytes out(32);
   std::size_t length = out.size();
-  ASSERT_EQ(tw_aes256_cbc_crypt(key.data(), 32, iv.data(), block.data(), 5, out.data(), &length, true, true),
-            success);
+  ASSERT_EQ(tw_aes256_cbc_crypt(key.data(), 32, iv.data(), block.data(), 5, out.data(), &length, true, true), success);
   EXPECT_EQ(length, 16u);
   Bytes plain(16);
   std::size_t plainLength = plain.size();
-  ASSERT_EQ(tw_aes256_cbc_crypt(key.data(), 32, iv.data(), out.data(), length, plain.data(), &plainLength,
-                                false, true),
+  ASSERT_EQ(tw_aes256_cbc_crypt(key.data(), 32, iv.data(), out.data(), length, plain.data(), &plainLength, false, true),
             success);
   EXPECT_EQ(plainLength, 5u);
 }
@@ -115,10 +111,8 @@ TEST(CBCDecryptor, RefusesOtherKeyAndIVSizes) {
 
 TEST(CBCDecryptor, RefusesPartsOfBlocksAndTooLittleRoom) {
   Bytes out(16);
-  EXPECT_THAT([&] { CBCDecryptor(key, iv).decrypt(Bytes(15), out); },
-              failsWith("Could not decrypt a backup file."));
-  EXPECT_THAT([&] { CBCDecryptor(key, iv).decrypt(Bytes(32), out); },
-              failsWith("Could not decrypt a backup file."));
+  EXPECT_THAT([&] { CBCDecryptor(key, iv).decrypt(Bytes(15), out); }, failsWith("Could not decrypt a backup file."));
+  EXPECT_THAT([&] { CBCDecryptor(key, iv).decrypt(Bytes(32), out); }, failsWith("Could not decrypt a backup file."));
 }
 
 }  // namespace

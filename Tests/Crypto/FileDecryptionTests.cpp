@@ -43,8 +43,7 @@ TEST_F(FileDecryptionTest, DecryptsFilesOfEverySizeAroundTheBordersOfAChunk) {
     const Bytes plain = random(size);
     storeEncrypted(plain);
     EXPECT_TRUE(decrypted() == plain) << size << " bytes by their padding";
-    EXPECT_TRUE(decrypted(static_cast<std::int64_t>(size)) == plain)
-        << size << " bytes by their recorded size";
+    EXPECT_TRUE(decrypted(static_cast<std::int64_t>(size)) == plain) << size << " bytes by their recorded size";
   }
 }
 
@@ -167,16 +166,14 @@ TEST_F(FileDecryptionTest, PassesOnWhatTheFileSystemSays) {
 TEST_F(FileDecryptionTest, RefusesLinksAndFIFOsWithoutBlocking) {
   storeEncrypted(random(50));
   std::filesystem::create_symlink("stored", folder_ / "link");
-  EXPECT_THROW(BackupCrypto::decryptFile(folder_ / "link", target_, key_, {}),
-               std::filesystem::filesystem_error);
+  EXPECT_THROW(BackupCrypto::decryptFile(folder_ / "link", target_, key_, {}), std::filesystem::filesystem_error);
   ASSERT_EQ(mkfifo((folder_ / "fifo").c_str(), 0600), 0);
-  EXPECT_THROW(BackupCrypto::decryptFile(folder_ / "fifo", target_, key_, {}),
-               std::filesystem::filesystem_error);
+  EXPECT_THROW(BackupCrypto::decryptFile(folder_ / "fifo", target_, key_, {}), std::filesystem::filesystem_error);
 }
 
 TEST_F(FileDecryptionTest, TheLastBlockTellsThePlaintextsLength) {
-  for (const std::size_t size : {std::size_t{0}, std::size_t{1}, std::size_t{15}, std::size_t{16},
-                                 std::size_t{100}, chunkSize, chunkSize + 1}) {
+  for (const std::size_t size :
+       {std::size_t{0}, std::size_t{1}, std::size_t{15}, std::size_t{16}, std::size_t{100}, chunkSize, chunkSize + 1}) {
     storeEncrypted(random(size));
     EXPECT_EQ(BackupCrypto::paddedFileSize(source_, key_), static_cast<std::int64_t>(size));
   }
@@ -189,8 +186,7 @@ TEST_F(FileDecryptionTest, AFileCutShortTellsNoLength) {
   EXPECT_EQ(BackupCrypto::paddedFileSize(source_, key_), std::nullopt) << "a single block without";
   for (const std::size_t size : std::vector<std::size_t>{0, 1, 15, 17, 100}) {
     store(Bytes(size));
-    EXPECT_EQ(BackupCrypto::paddedFileSize(source_, key_), std::nullopt)
-        << size << " bytes are no whole blocks";
+    EXPECT_EQ(BackupCrypto::paddedFileSize(source_, key_), std::nullopt) << size << " bytes are no whole blocks";
   }
 }
 

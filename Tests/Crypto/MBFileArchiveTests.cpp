@@ -31,8 +31,8 @@ std::optional<std::int64_t> sizeOf(PlistValue value) {
 }
 
 TEST(MBFileArchive, ReadsTheRecordOfAnEncryptedFile) {
-  const Bytes record = Fixture::archive(
-      {.relativePath = "a/b.jpg", .size = 123456, .protectionClass = 4, .encryptionKey = key});
+  const Bytes record =
+      Fixture::archive({.relativePath = "a/b.jpg", .size = 123456, .protectionClass = 4, .encryptionKey = key});
   EXPECT_EQ(MBFileArchive::metadata(record),
             (MBFileArchive::Metadata{.encryptionKey = key, .protectionClass = 4, .size = 123456}));
 }
@@ -46,16 +46,14 @@ TEST(MBFileArchive, ReadsSizeAndClassOfAPlainFile) {
 
 TEST(MBFileArchive, FindsTheKeyInEachOfItsPlaces) {
   const auto keyOf = [](PlistValue object) {
-    return MBFileArchive::metadata(archive({{"EncryptionKey", PlistUID{2}}}, {std::move(object)}))
-        .encryptionKey;
+    return MBFileArchive::metadata(archive({{"EncryptionKey", PlistUID{2}}}, {std::move(object)})).encryptionKey;
   };
   EXPECT_EQ(keyOf(key), key) << "raw bytes";
   EXPECT_EQ(keyOf(PlistDictionary{{"NS.data", key}}), key);
   EXPECT_EQ(keyOf(PlistDictionary{{"NS.bytes", key}}), key);
   EXPECT_EQ(keyOf(PlistDictionary{{"NS.bytes", Bytes(44, 1)}, {"NS.data", key}}), key) << "NS.data first";
   EXPECT_EQ(keyOf(PlistDictionary{{"NS.data", "text"}, {"NS.bytes", key}}), key);
-  EXPECT_EQ(MBFileArchive::metadata(archive({{"EncryptionKey", key}})).encryptionKey, key)
-      << "without a reference";
+  EXPECT_EQ(MBFileArchive::metadata(archive({{"EncryptionKey", key}})).encryptionKey, key) << "without a reference";
 }
 
 TEST(MBFileArchive, AReferenceMayBeADictionaryOrANumber) {
@@ -69,15 +67,12 @@ TEST(MBFileArchive, ReadsArchivesInXML) {
   const std::string xml = Fixture::xmlPlist(PlistDictionary{
       {"$top", PlistDictionary{{"root", PlistDictionary{{"CF$UID", 1}}}}},
       {"$objects",
-       PlistArray{"$null", PlistDictionary{{"Size", 7}, {"EncryptionKey", PlistDictionary{{"CF$UID", 2}}}},
-                  key}}});
-  EXPECT_EQ(MBFileArchive::metadata(bytesOf(xml)),
-            (MBFileArchive::Metadata{.encryptionKey = key, .size = 7}));
+       PlistArray{"$null", PlistDictionary{{"Size", 7}, {"EncryptionKey", PlistDictionary{{"CF$UID", 2}}}}, key}}});
+  EXPECT_EQ(MBFileArchive::metadata(bytesOf(xml)), (MBFileArchive::Metadata{.encryptionKey = key, .size = 7}));
 }
 
 TEST(MBFileArchive, AReferenceThatLeadsNowhereLeavesItsFieldAbsent) {
-  for (const PlistValue& reference :
-       {PlistValue(99), PlistValue(-1), PlistValue(PlistUID{99}), PlistValue("x")}) {
+  for (const PlistValue& reference : {PlistValue(99), PlistValue(-1), PlistValue(PlistUID{99}), PlistValue("x")}) {
     EXPECT_EQ(MBFileArchive::metadata(archive({{"Size", 7}}, {}, reference)).size, std::nullopt);
   }
 }
@@ -112,8 +107,7 @@ TEST(MBFileArchive, AProtectionClassHas32Bits) {
 TEST(MBFileArchive, AKeyOfSevenBytesIsNone) {
   const auto keyOf = [](std::size_t size) {
     // Filled with 0xFF, so that the search for something like a key finds nothing in it.
-    return MBFileArchive::metadata(archive({{"EncryptionKey", PlistUID{2}}}, {Bytes(size, 0xFF)}))
-        .encryptionKey;
+    return MBFileArchive::metadata(archive({{"EncryptionKey", PlistUID{2}}}, {Bytes(size, 0xFF)})).encryptionKey;
   };
   EXPECT_EQ(keyOf(8), Bytes(8, 0xFF));
   EXPECT_NE(keyOf(7), Bytes(7, 0xFF));
@@ -160,12 +154,11 @@ TEST(MBFileArchive, NeverThrows) {
 }
 
 TEST(MBFileArchive, ARecordOfAnotherShapeHasNoFields) {
-  for (const PlistValue& value :
-       {PlistValue(PlistArray{}), PlistValue("text"), PlistValue(PlistDictionary{}),
-        PlistValue(PlistDictionary{{"$top", 1}, {"$objects", 2}}),
-        PlistValue(PlistDictionary{{"$top", PlistDictionary{{"root", PlistUID{0}}}}}),
-        PlistValue(PlistDictionary{{"$top", PlistDictionary{{"root", PlistUID{0}}}},
-                                   {"$objects", PlistArray{"$null"}}})}) {
+  for (const PlistValue& value : {PlistValue(PlistArray{}), PlistValue("text"), PlistValue(PlistDictionary{}),
+                                  PlistValue(PlistDictionary{{"$top", 1}, {"$objects", 2}}),
+                                  PlistValue(PlistDictionary{{"$top", PlistDictionary{{"root", PlistUID{0}}}}}),
+                                  PlistValue(PlistDictionary{{"$top", PlistDictionary{{"root", PlistUID{0}}}},
+                                                             {"$objects", PlistArray{"$null"}}})}) {
     const auto metadata = MBFileArchive::metadata(Fixture::binaryPlist(value));
     EXPECT_EQ(metadata.size, std::nullopt);
     EXPECT_EQ(metadata.protectionClass, std::nullopt);

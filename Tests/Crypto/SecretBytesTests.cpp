@@ -27,9 +27,7 @@ struct Watch {
 
 Watch watch;
 
-void watchOver(const void* memory, std::size_t size) {
-  watch = {.memory = memory, .size = size};
-}
+void watchOver(const void* memory, std::size_t size) { watch = {.memory = memory, .size = size}; }
 
 }  // namespace
 
@@ -39,16 +37,12 @@ void* operator new(std::size_t size) {
   throw std::bad_alloc();
 }
 // The standard library's sorting buffers come from here and are freed below like all others.
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-  return std::malloc(size == 0 ? 1 : size);
-}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return std::malloc(size == 0 ? 1 : size); }
 void operator delete(void* memory) noexcept {
   watch.freed(memory);
   std::free(memory);
 }
-void operator delete(void* memory, std::size_t) noexcept {
-  operator delete(memory);
-}
+void operator delete(void* memory, std::size_t) noexcept { operator delete(memory); }
 
 namespace {
 

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "TidewellCore/TidewellError.h"
 #include "Tests/Support/TemporaryDirectory.h"
+#include "TidewellCore/TidewellError.h"
 
 namespace {
 

@@ -6,9 +6,7 @@
 #include "Tests/Fuzz/SeedCorpus.h"
 
 // What a test is called, instead of the bytes of its parameter.
-void PrintTo(const FuzzTarget& target, std::ostream* stream) {
-  *stream << target.name;
-}
+void PrintTo(const FuzzTarget& target, std::ostream* stream) { *stream << target.name; }
 
 namespace {
 
@@ -41,8 +39,7 @@ TEST_P(FuzzCorpusTest, IsReadWithoutAFaultWhenAnyByteIsWrong) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Parsers, FuzzCorpusTest,
-                         testing::ValuesIn(fuzzTargets().begin(), fuzzTargets().end()),
+INSTANTIATE_TEST_SUITE_P(Parsers, FuzzCorpusTest, testing::ValuesIn(fuzzTargets().begin(), fuzzTargets().end()),
                          [](const auto& target) { return std::string(target.param.name); });
 
 }  // namespace

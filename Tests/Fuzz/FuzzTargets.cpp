@@ -19,8 +19,7 @@ void checkTexts(const PropertyList& list) {
   if (text != nullptr) precondition(Text::isValid(*text), "text of a property list is UTF-8");
   const auto* entries = list.as<PropertyListDictionary>();
   if (entries == nullptr) return;
-  for (const auto& [key, value] : *entries)
-    precondition(Text::isValid(key), "keys of a property list are UTF-8");
+  for (const auto& [key, value] : *entries) precondition(Text::isValid(key), "keys of a property list are UTF-8");
 }
 
 void binaryPropertyList(ByteView input) {
@@ -49,8 +48,7 @@ void backupKeyBag(ByteView input) {
 
 void mbFileArchive(ByteView input) {
   const MBFileArchive::Metadata metadata = MBFileArchive::metadata(input);
-  if (metadata.encryptionKey)
-    precondition(metadata.encryptionKey->size() > 7, "a key is longer than 7 bytes");
+  if (metadata.encryptionKey) precondition(metadata.encryptionKey->size() > 7, "a key is longer than 7 bytes");
 }
 
 void json(ByteView input) {
@@ -69,6 +67,4 @@ constexpr std::array<FuzzTarget, 5> targets{{{"BinaryPropertyList", binaryProper
 
 }  // namespace
 
-std::span<const FuzzTarget> fuzzTargets() {
-  return targets;
-}
+std::span<const FuzzTarget> fuzzTargets() { return targets; }

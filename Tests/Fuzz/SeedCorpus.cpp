@@ -36,9 +36,8 @@ Seeds records() {
 
 Seeds keyBags() {
   Fixture::SeededRandom random(1);
-  return {
-      Fixture::buildKeyBag({.password = "x"}, random).blob,
-      Fixture::buildKeyBag({.password = "x", .doubleIterations = {}, .wideIterations = true}, random).blob};
+  return {Fixture::buildKeyBag({.password = "x"}, random).blob,
+          Fixture::buildKeyBag({.password = "x", .doubleIterations = {}, .wideIterations = true}, random).blob};
 }
 
 Seeds madeByCode(std::string_view target) {
@@ -59,8 +58,7 @@ Bytes content(const fs::path& file) {
 
 std::vector<Bytes> seedCorpus(std::string_view target) {
   std::vector<fs::path> files;
-  for (const auto& entry : fs::directory_iterator(fs::path(TIDEWELL_FUZZ_CORPUS) / target))
-    files.push_back(entry);
+  for (const auto& entry : fs::directory_iterator(fs::path(TIDEWELL_FUZZ_CORPUS) / target)) files.push_back(entry);
   if (files.empty()) throw std::runtime_error("The corpus of " + std::string(target) + " has no files.");
   std::ranges::sort(files);
   Seeds seeds = madeByCode(target);

@@ -25,9 +25,7 @@ TEST(Base64, DecodesEveryByte) {
   EXPECT_EQ(Base64::decode("+/+/"), (Bytes{0xFB, 0xFF, 0xBF}));
 }
 
-TEST(Base64, IgnoresWhiteSpaceAnywhere) {
-  EXPECT_EQ(decoded(" Zm\r\n\t9vYg = = \n"), "foob");
-}
+TEST(Base64, IgnoresWhiteSpaceAnywhere) { EXPECT_EQ(decoded(" Zm\r\n\t9vYg = = \n"), "foob"); }
 
 TEST(Base64, RefusesOtherCharacters) {
   for (const char* text : {"Zm9v!", "Zm-v", "Zm_v", "Zm9v\xFF", "Zm9v.", "<"})
@@ -35,8 +33,6 @@ TEST(Base64, RefusesOtherCharacters) {
   EXPECT_EQ(decoded(std::string_view("Zm9v\0", 5)), std::nullopt);
 }
 
-TEST(Base64, RefusesDataBehindItsPadding) {
-  EXPECT_EQ(decoded("Zg==Zg=="), std::nullopt);
-}
+TEST(Base64, RefusesDataBehindItsPadding) { EXPECT_EQ(decoded("Zg==Zg=="), std::nullopt); }
 
 }  // namespace

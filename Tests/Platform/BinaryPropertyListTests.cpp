@@ -51,26 +51,14 @@ struct HandMade {
   }
 };
 
-PropertyList parsed(const HandMade& file) {
-  return parseBinaryPropertyList(file.bytes());
-}
-PropertyList object(const std::string& hex) {
-  return parsed({.objects = {hex}});
-}
-void expectRefused(const HandMade& file, const char* why) {
-  EXPECT_THROW(parsed(file), PropertyListError) << why;
-}
-void expectRefused(const std::string& hex) {
-  expectRefused({.objects = {hex}}, hex.c_str());
-}
-PropertyList rewritten(const Fixture::PlistValue& value) {
-  return parsePropertyList(Fixture::binaryPlist(value));
-}
+PropertyList parsed(const HandMade& file) { return parseBinaryPropertyList(file.bytes()); }
+PropertyList object(const std::string& hex) { return parsed({.objects = {hex}}); }
+void expectRefused(const HandMade& file, const char* why) { EXPECT_THROW(parsed(file), PropertyListError) << why; }
+void expectRefused(const std::string& hex) { expectRefused({.objects = {hex}}, hex.c_str()); }
+PropertyList rewritten(const Fixture::PlistValue& value) { return parsePropertyList(Fixture::binaryPlist(value)); }
 
 // The lowest byte of a number as two digits.
-std::string hexByte(std::size_t number) {
-  return fmt::format("{:02X}", number & 0xFF);
-}
+std::string hexByte(std::size_t number) { return fmt::format("{:02X}", number & 0xFF); }
 
 TEST(BinaryPropertyList, ReadsWhatAnIndependentWriterWrites) {
   const PropertyList list = rewritten(PlistDictionary{{"text", "plain"},
@@ -103,9 +91,8 @@ TEST(BinaryPropertyList, ReadsWhatAnIndependentWriterWrites) {
 }
 
 TEST(BinaryPropertyList, ReadsIntegersOfEveryWidth) {
-  for (const std::int64_t number :
-       {std::int64_t{0}, std::int64_t{255}, std::int64_t{256}, std::int64_t{65536}, std::int64_t{1} << 32,
-        INT64_MAX, INT64_MIN, std::int64_t{-1}}) {
+  for (const std::int64_t number : {std::int64_t{0}, std::int64_t{255}, std::int64_t{256}, std::int64_t{65536},
+                                    std::int64_t{1} << 32, INT64_MAX, INT64_MIN, std::int64_t{-1}}) {
     EXPECT_EQ(*rewritten(number).as<std::int64_t>(), number);
   }
   EXPECT_EQ(*rewritten(std::uint64_t{1} << 63).as<std::uint64_t>(), std::uint64_t{1} << 63);
@@ -166,9 +153,7 @@ TEST(BinaryPropertyList, ReadsUTF16WithSurrogates) {
   EXPECT_EQ(*object("62 DF89D83C").as<std::string>(), "\uFFFD\uFFFD") << "a pair in the wrong order";
 }
 
-TEST(BinaryPropertyList, RepairsTextThatIsNoASCII) {
-  EXPECT_EQ(*object("52 61FF").as<std::string>(), "a\uFFFD");
-}
+TEST(BinaryPropertyList, RepairsTextThatIsNoASCII) { EXPECT_EQ(*object("52 61FF").as<std::string>(), "a\uFFFD"); }
 
 TEST(BinaryPropertyList, ReadsLongCounts) {
   EXPECT_EQ(*object("5F 1003 616263").as<std::string>(), "abc");
@@ -188,9 +173,7 @@ TEST(BinaryPropertyList, ReadsSetsAsLists) {
   EXPECT_EQ(parsed({.objects = {"C2 01 02", "08", "09"}}).as<PropertyListArray>()->size(), 2u);
 }
 
-TEST(BinaryPropertyList, ReadsNullAsNothing) {
-  EXPECT_NE(object("00").as<std::monostate>(), nullptr);
-}
+TEST(BinaryPropertyList, ReadsNullAsNothing) { EXPECT_NE(object("00").as<std::monostate>(), nullptr); }
 
 TEST(BinaryPropertyList, RefusesUnknownTypes) {
   for (const char* hex : {"01", "0F", "70", "90", "B0", "E0", "F0", "FF 1000"}) expectRefused(hex);
@@ -223,8 +206,7 @@ TEST(BinaryPropertyList, TheLastOfTwoEqualKeysWins) {
 }
 
 TEST(BinaryPropertyList, EveryTruncationIsRefused) {
-  const Bytes whole =
-      Fixture::binaryPlist(PlistDictionary{{"a", PlistArray{1, "text", Fixture::Bytes{1, 2, 3}}}});
+  const Bytes whole = Fixture::binaryPlist(PlistDictionary{{"a", PlistArray{1, "text", Fixture::Bytes{1, 2, 3}}}});
   for (std::size_t size = 0; size < whole.size(); ++size) {
     EXPECT_THROW(parseBinaryPropertyList(ByteView(whole).first(size)), PropertyListError) << size;
   }
@@ -303,7 +285,9 @@ TEST(BinaryPropertyList, RefusesDepthThatGrowsBySharing) {
   // The root names a list, then one that holds it, then one that holds that: no reader stands deep in
   // it while reading, but each list is one level deeper than the last.
   const auto staircase = [](std::size_t steps) {
-    const auto reference = [](std::size_t i) { return hexByte(i >> 24) + hexByte(i >> 16) + hexByte(i >> 8) + hexByte(i); };
+    const auto reference = [](std::size_t i) {
+      return hexByte(i >> 24) + hexByte(i >> 16) + hexByte(i >> 8) + hexByte(i);
+    };
     HandMade file{.objects = {"AF12" + reference(steps)}, .offsetSize = 4, .referenceSize = 4};
     for (std::size_t i = 1; i <= steps; ++i) {
       file.objects[0] += reference(i);
@@ -377,8 +361,7 @@ TEST(BinaryPropertyList, ReadsLargeTreesAsLibplistDoes) {
   PlistArray list;
   for (int i = 0; i < 2000; ++i) {
     const std::string number = std::to_string(i);
-    list.push_back(
-        PlistDictionary{{"name-" + number, "Zoë " + number}, {"list", PlistArray{number, number}}});
+    list.push_back(PlistDictionary{{"name-" + number, "Zoë " + number}, {"list", PlistArray{number, number}}});
   }
   const Bytes file = Fixture::binaryPlist(list);
   plist_t node = nullptr;

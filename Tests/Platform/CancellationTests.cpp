@@ -6,9 +6,7 @@
 
 namespace {
 
-TEST(Cancellation, AnEmptyCheckNeverCancels) {
-  EXPECT_NO_THROW(throwIfCancelled({}));
-}
+TEST(Cancellation, AnEmptyCheckNeverCancels) { EXPECT_NO_THROW(throwIfCancelled({})); }
 
 TEST(Cancellation, GoesOnWhileTheCheckSaysNo) {
   EXPECT_NO_THROW(throwIfCancelled([] { return false; }));

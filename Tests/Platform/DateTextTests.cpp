@@ -9,10 +9,8 @@ namespace {
 constexpr double distantPast = -63114076800;  // what Apple's frameworks call so, in seconds since 2001
 constexpr double distantFuture = 63113904000;
 
-std::string formatted(const char* pattern, double unixSeconds, const char* zone,
-                      const char* locale = "en_US") {
-  return DateFormatter(pattern, {.identifier = zone}, {.identifier = locale})
-      .string(dateFromUnixTime(unixSeconds));
+std::string formatted(const char* pattern, double unixSeconds, const char* zone, const char* locale = "en_US") {
+  return DateFormatter(pattern, {.identifier = zone}, {.identifier = locale}).string(dateFromUnixTime(unixSeconds));
 }
 
 TEST(DateText, CountsAppleTimeFrom2001) {
@@ -45,8 +43,7 @@ TEST(DateText, DatesWithoutEndAreWrittenAsTheLastOnes) {
 TEST(DateText, ReadsISO8601) {
   EXPECT_EQ(dateFromISO8601("2024-05-01T12:00:00Z"), dateFromUnixTime(1714564800));
   EXPECT_EQ(dateFromISO8601("1970-01-01T00:00:00Z"), dateFromUnixTime(0));
-  EXPECT_EQ(dateFromISO8601("2016-12-31T23:59:60Z"), dateFromISO8601("2017-01-01T00:00:00Z"))
-      << "a leap second";
+  EXPECT_EQ(dateFromISO8601("2016-12-31T23:59:60Z"), dateFromISO8601("2017-01-01T00:00:00Z")) << "a leap second";
 }
 
 TEST(DateText, ReadsNothingElseAsADate) {
@@ -111,9 +108,7 @@ TEST(TimeZone, RefusesUnknownZones) {
   }
 }
 
-TEST(TimeZone, CurrentIsOneThatExists) {
-  EXPECT_TRUE(TimeZone::named(TimeZone::current().identifier));
-}
+TEST(TimeZone, CurrentIsOneThatExists) { EXPECT_TRUE(TimeZone::named(TimeZone::current().identifier)); }
 
 TEST(Locale, TakesBothSeparators) {
   EXPECT_EQ(Locale::named("pt_BR"), Locale{.identifier = "pt_BR"});
@@ -134,8 +129,6 @@ TEST(Locale, TellsItsLanguageInLowerCase) {
   EXPECT_EQ(Locale{.identifier = "zh_Hant_TW"}.languageCode(), "zh");
 }
 
-TEST(Locale, CurrentHasALanguage) {
-  EXPECT_NE(Locale::current().languageCode(), "");
-}
+TEST(Locale, CurrentHasALanguage) { EXPECT_NE(Locale::current().languageCode(), ""); }
 
 }  // namespace

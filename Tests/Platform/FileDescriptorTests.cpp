@@ -54,8 +54,7 @@ TEST_F(FileDescriptorTest, RefusesAMissingFile) {
 TEST_F(FileDescriptorTest, RefusesALink) {
   Fixture::writeFile(folder_ / "target", "x");
   fs::create_symlink("target", file_);
-  EXPECT_EQ(errorOf([&] { FileDescriptor::openForReading(file_); }),
-            std::errc::too_many_symbolic_link_levels);
+  EXPECT_EQ(errorOf([&] { FileDescriptor::openForReading(file_); }), std::errc::too_many_symbolic_link_levels);
 }
 
 TEST_F(FileDescriptorTest, RefusesAFIFOWithoutWaitingForItsWriter) {

@@ -18,9 +18,7 @@ using testing::IsEmpty;
 constexpr std::size_t slice = 64 << 20;    // of a copy in the kernel
 constexpr std::size_t buffer = 256 << 10;  // of a copy through memory
 
-std::string content(const fs::path& file) {
-  return std::string(textOf(Fixture::readFile(file)));
-}
+std::string content(const fs::path& file) { return std::string(textOf(Fixture::readFile(file))); }
 
 std::vector<std::string> namesIn(const fs::path& folder) {
   std::vector<std::string> names;
@@ -245,8 +243,7 @@ TEST_F(FilesTest, ComparesBytes) {
   EXPECT_TRUE(Files::haveSameBytes(make("a", longText), make("b", longText)));
   EXPECT_TRUE(Files::haveSameBytes(make("c", ""), make("d", "")));
   EXPECT_FALSE(Files::haveSameBytes(at("a"), at("c")));
-  EXPECT_FALSE(Files::haveSameBytes(at("a"), make("e", std::string(buffer + 4, 'x') + "y")))
-      << "the last byte";
+  EXPECT_FALSE(Files::haveSameBytes(at("a"), make("e", std::string(buffer + 4, 'x') + "y"))) << "the last byte";
   EXPECT_FALSE(Files::haveSameBytes(make("f", "ab"), make("g", "ba")));
   EXPECT_THROW(Files::haveSameBytes(at("a"), at("missing")), fs::filesystem_error);
 }
@@ -296,8 +293,8 @@ class FilesAcrossVolumesTest : public FilesTest {
   void SetUp() override {
     struct stat here {
     }, there{};
-    if (stat(folder_.path().c_str(), &here) != 0 || stat("/dev/shm", &there) != 0 ||
-        here.st_dev == there.st_dev || access("/dev/shm", W_OK) != 0) {
+    if (stat(folder_.path().c_str(), &here) != 0 || stat("/dev/shm", &there) != 0 || here.st_dev == there.st_dev ||
+        access("/dev/shm", W_OK) != 0) {
       GTEST_SKIP() << "/dev/shm is no second volume here";
     }
     std::string pattern = "/dev/shm/tidewell-test-XXXXXX";
@@ -331,8 +328,7 @@ TEST_F(FilesAcrossVolumesTest, MovesAFileFromTheYear4001) {
   Files::setModificationDate(other_ / "from", dateFromAppleTime(63113904000));
   EXPECT_TRUE(Files::moveToFree(other_ / "from", at("to")));
   EXPECT_EQ(content(at("to")), "hello");
-  EXPECT_GT(modifiedTime(at("to")).tv_sec, 1'800'000'000)
-      << "a date of the future, as far as the volume can say it";
+  EXPECT_GT(modifiedTime(at("to")).tv_sec, 1'800'000'000) << "a date of the future, as far as the volume can say it";
 }
 
 TEST_F(FilesAcrossVolumesTest, MovesAFileFromTheYear1) {

@@ -36,8 +36,7 @@ TEST(Json, OffersAValueByItsTypeAlone) {
 }
 
 TEST(Json, ReadsTheWholeRangeOfSignedNumbers) {
-  EXPECT_EQ(rewritten("[9223372036854775807,-9223372036854775808]"),
-            "[9223372036854775807,-9223372036854775808]");
+  EXPECT_EQ(rewritten("[9223372036854775807,-9223372036854775808]"), "[9223372036854775807,-9223372036854775808]");
 }
 
 TEST(Json, ANumberBeyondTheSignedRangeNeverChangesItsSign) {
@@ -50,8 +49,7 @@ TEST(Json, ANumberBeyondTheSignedRangeNeverChangesItsSign) {
 }
 
 TEST(Json, RefusesWhatIsNoJSON) {
-  for (const char* text :
-       {"", " ", "{", "[1,]", "{\"a\"}", "nul", "[1] x", "'a'", "\"\xFF\"", "{1:2}", "NaN"}) {
+  for (const char* text : {"", " ", "{", "[1,]", "{\"a\"}", "nul", "[1] x", "'a'", "\"\xFF\"", "{1:2}", "NaN"}) {
     EXPECT_EQ(rewritten(text), std::nullopt) << text;
   }
 }
@@ -68,16 +66,13 @@ TEST(Json, DeepNestingCostsNoStack) {
 }
 
 TEST(Json, WritesKeysInByteOrder) {
-  const Json json =
-      Json::Object{{"b", Json(std::int64_t{1})}, {"B", Json()}, {"a", Json(true)}, {"é", Json("x")}};
+  const Json json = Json::Object{{"b", Json(std::int64_t{1})}, {"B", Json()}, {"a", Json(true)}, {"é", Json("x")}};
   EXPECT_EQ(json.write(), R"({"B":null,"a":true,"b":1,"é":"x"})");
 }
 
 TEST(Json, WritesALineForEveryEntryWhenIndented) {
-  const Json json =
-      Json::Object{{"folders", Json::Object{{"a", Json("b")}}}, {"version", Json(std::int64_t{1})}};
-  EXPECT_EQ(json.write(/*indented=*/true),
-            "{\n  \"folders\": {\n    \"a\": \"b\"\n  },\n  \"version\": 1\n}");
+  const Json json = Json::Object{{"folders", Json::Object{{"a", Json("b")}}}, {"version", Json(std::int64_t{1})}};
+  EXPECT_EQ(json.write(/*indented=*/true), "{\n  \"folders\": {\n    \"a\": \"b\"\n  },\n  \"version\": 1\n}");
 }
 
 TEST(Json, EscapesWhatTextNeedsEscaped) {
@@ -85,9 +80,7 @@ TEST(Json, EscapesWhatTextNeedsEscaped) {
   EXPECT_EQ(Json("Zoë 🎉 </script>").write(), "\"Zoë 🎉 </script>\"");
 }
 
-TEST(Json, WritesInvalidBytesAsReplacementCharacters) {
-  EXPECT_EQ(Json("a\xFF").write(), "\"a\uFFFD\"");
-}
+TEST(Json, WritesInvalidBytesAsReplacementCharacters) { EXPECT_EQ(Json("a\xFF").write(), "\"a\uFFFD\""); }
 
 TEST(Json, WritesEmptyContainers) {
   EXPECT_EQ(Json(Json::Array{}).write(), "[]");
@@ -101,8 +94,6 @@ TEST(Json, ReadsWhatItWrites) {
   EXPECT_EQ(rewritten(Json::parse(text)->write(/*indented=*/true)), text);
 }
 
-TEST(Json, TheLastOfTwoEqualKeysWins) {
-  EXPECT_EQ(rewritten(R"({"a":1,"a":2})"), R"({"a":2})");
-}
+TEST(Json, TheLastOfTwoEqualKeysWins) { EXPECT_EQ(rewritten(R"({"a":1,"a":2})"), R"({"a":2})"); }
 
 }  // namespace

@@ -13,9 +13,7 @@ PropertyList plist(T value) {
   return PropertyList(PropertyListValue{std::move(value)});
 }
 
-bool booleanOf(const PropertyList& value) {
-  return PlistSupport::boolean(&value);
-}
+bool booleanOf(const PropertyList& value) { return PlistSupport::boolean(&value); }
 
 TEST(PlistSupport, TakesTextThatIsNotEmpty) {
   EXPECT_EQ(PlistSupport::string(nullptr), std::nullopt);
@@ -81,11 +79,9 @@ TEST_F(PlistFileTest, ReadsBothForms) {
 
 TEST_F(PlistFileTest, NamesTheFileWhoseRootIsNoDictionary) {
   Fixture::writeFile(file_, Fixture::binaryPlist(Fixture::PlistArray{1, 2}));
-  EXPECT_THAT([&] { PlistSupport::dictionary(file_); },
-              Fixture::failsWith("“Info.plist” is not a dictionary plist."));
+  EXPECT_THAT([&] { PlistSupport::dictionary(file_); }, Fixture::failsWith("“Info.plist” is not a dictionary plist."));
   Fixture::writeFile(file_, Fixture::xmlPlist("text"));
-  EXPECT_THAT([&] { PlistSupport::dictionary(file_); },
-              Fixture::failsWith("“Info.plist” is not a dictionary plist."));
+  EXPECT_THAT([&] { PlistSupport::dictionary(file_); }, Fixture::failsWith("“Info.plist” is not a dictionary plist."));
 }
 
 TEST_F(PlistFileTest, PassesOnWhatTheParserAndTheFileSystemSay) {

@@ -20,8 +20,7 @@ using testing::UnorderedElementsAre;
 void execute(const fs::path& file, const std::string& sql) {
   sqlite3* handle = nullptr;
   ASSERT_EQ(sqlite3_open(file.c_str(), &handle), SQLITE_OK);
-  EXPECT_EQ(sqlite3_exec(handle, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK)
-      << sqlite3_errmsg(handle);
+  EXPECT_EQ(sqlite3_exec(handle, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(handle);
   sqlite3_close(handle);
 }
 
@@ -45,8 +44,7 @@ std::vector<std::optional<std::string>> texts(const SQLiteDB& database, const st
 }
 
 // The first column of the first row.
-SQLiteValue valueOf(const SQLiteDB& database, const std::string& sql,
-                    const std::vector<SQLiteDB::Bind>& binds = {}) {
+SQLiteValue valueOf(const SQLiteDB& database, const std::string& sql, const std::vector<SQLiteDB::Bind>& binds = {}) {
   SQLiteValue result = SQLiteNull{};
   database.query(sql, binds, [&](const SQLiteRow& row) { result = row.values[0]; });
   return result;
@@ -63,12 +61,10 @@ std::optional<TidewellError> errorOf(const std::function<void()>& action) {
 
 TEST_F(SQLiteDBTest, AMissingFileIsNotOpened) {
   using Mode = SQLiteDB::OpenMode;
-  EXPECT_EQ(
-      errorOf([&] { open(Mode::readOnly); }),
-      TidewellError::databaseOpenFailed("open Manifest.db read-only", file_, "unable to open database file"));
-  EXPECT_EQ(
-      errorOf([&] { open(Mode::writableCopy); }),
-      TidewellError::databaseOpenFailed("open writable SQLite copy", file_, "unable to open database file"));
+  EXPECT_EQ(errorOf([&] { open(Mode::readOnly); }),
+            TidewellError::databaseOpenFailed("open Manifest.db read-only", file_, "unable to open database file"));
+  EXPECT_EQ(errorOf([&] { open(Mode::writableCopy); }),
+            TidewellError::databaseOpenFailed("open writable SQLite copy", file_, "unable to open database file"));
   EXPECT_FALSE(fs::exists(file_));
 }
 
@@ -94,19 +90,17 @@ TEST_F(SQLiteDBTest, CreatesAFile) {
 
 TEST_F(SQLiteDBTest, ReadOnlyRefusesWrites) {
   const SQLiteDB db = database("CREATE TABLE t (a)");
-  EXPECT_TRUE(
-      errorOf([&] { db.query("INSERT INTO t VALUES (1)", {}, {}); })->is<TidewellError::InvalidDatabase>());
+  EXPECT_TRUE(errorOf([&] { db.query("INSERT INTO t VALUES (1)", {}, {}); })->is<TidewellError::InvalidDatabase>());
   EXPECT_THAT(texts(db, "SELECT a FROM t"), IsEmpty());
 }
 
 TEST_F(SQLiteDBTest, ReadsEveryTypeOfValue) {
-  const SQLiteDB db = database(
-      "CREATE TABLE t (a, b, c, d, e, f); INSERT INTO t VALUES (-7, 1.5, 'Zoë', x'00FF', x'', NULL)");
+  const SQLiteDB db =
+      database("CREATE TABLE t (a, b, c, d, e, f); INSERT INTO t VALUES (-7, 1.5, 'Zoë', x'00FF', x'', NULL)");
   std::vector<SQLiteValue> values;
   db.query("SELECT * FROM t", {}, [&](const SQLiteRow& row) { values = row.values; });
-  EXPECT_THAT(values,
-              ElementsAre(SQLiteValue(std::int64_t{-7}), SQLiteValue(1.5), SQLiteValue(std::string("Zoë")),
-                          SQLiteValue(Bytes{0x00, 0xFF}), SQLiteValue(Bytes{}), SQLiteValue(SQLiteNull{})));
+  EXPECT_THAT(values, ElementsAre(SQLiteValue(std::int64_t{-7}), SQLiteValue(1.5), SQLiteValue(std::string("Zoë")),
+                                  SQLiteValue(Bytes{0x00, 0xFF}), SQLiteValue(Bytes{}), SQLiteValue(SQLiteNull{})));
 }
 
 TEST_F(SQLiteDBTest, RowsKeepTheStatementsOrder) {
@@ -118,11 +112,9 @@ TEST_F(SQLiteDBTest, ARowDoesNotInheritFromTheRowBefore) {
   const SQLiteDB db =
       database("CREATE TABLE t (a); INSERT INTO t VALUES ('long text before'), ('x'), (NULL), (x''), (1)");
   std::vector<SQLiteValue> values;
-  db.query("SELECT a FROM t ORDER BY rowid", {},
-           [&](const SQLiteRow& row) { values.push_back(row.values[0]); });
-  EXPECT_THAT(values,
-              ElementsAre(SQLiteValue(std::string("long text before")), SQLiteValue(std::string("x")),
-                          SQLiteValue(SQLiteNull{}), SQLiteValue(Bytes{}), SQLiteValue(std::int64_t{1})));
+  db.query("SELECT a FROM t ORDER BY rowid", {}, [&](const SQLiteRow& row) { values.push_back(row.values[0]); });
+  EXPECT_THAT(values, ElementsAre(SQLiteValue(std::string("long text before")), SQLiteValue(std::string("x")),
+                                  SQLiteValue(SQLiteNull{}), SQLiteValue(Bytes{}), SQLiteValue(std::int64_t{1})));
 }
 
 TEST_F(SQLiteDBTest, ValuesAreLookedUpByColumnName) {
@@ -141,8 +133,7 @@ TEST_F(SQLiteDBTest, BindsParametersInOrder) {
   EXPECT_EQ(valueOf(db, "SELECT ?", {std::int64_t{INT64_MIN}}), SQLiteValue(std::int64_t{INT64_MIN}));
   EXPECT_EQ(valueOf(db, "SELECT ?", {Bytes{1, 0, 2}}), SQLiteValue(Bytes{1, 0, 2}));
   EXPECT_EQ(valueOf(db, "SELECT typeof(?)", {Bytes{}}), SQLiteValue(std::string("blob")));
-  EXPECT_EQ(valueOf(db, "SELECT ?", {"'; DROP TABLE t; --"}),
-            SQLiteValue(std::string("'; DROP TABLE t; --")));
+  EXPECT_EQ(valueOf(db, "SELECT ?", {"'; DROP TABLE t; --"}), SQLiteValue(std::string("'; DROP TABLE t; --")));
 }
 
 TEST_F(SQLiteDBTest, TooManyParametersAreAFailureAndTheConnectionStaysUsable) {
@@ -153,10 +144,8 @@ TEST_F(SQLiteDBTest, TooManyParametersAreAFailureAndTheConnectionStaysUsable) {
 
 TEST_F(SQLiteDBTest, AFaultyStatementTellsWhy) {
   const SQLiteDB db = database("CREATE TABLE t (a)");
-  EXPECT_EQ(errorOf([&] { valueOf(db, "SELECT b FROM t"); }),
-            TidewellError::invalidDatabase("no such column: b"));
-  EXPECT_TRUE(errorOf([&] { valueOf(db, ""); })->is<TidewellError::InvalidDatabase>())
-      << "an empty statement";
+  EXPECT_EQ(errorOf([&] { valueOf(db, "SELECT b FROM t"); }), TidewellError::invalidDatabase("no such column: b"));
+  EXPECT_TRUE(errorOf([&] { valueOf(db, ""); })->is<TidewellError::InvalidDatabase>()) << "an empty statement";
 }
 
 TEST_F(SQLiteDBTest, AStatementThatFailsMidwayHasDeliveredTheEarlierRows) {
@@ -173,10 +162,9 @@ TEST_F(SQLiteDBTest, AStatementThatFailsMidwayHasDeliveredTheEarlierRows) {
 
 TEST_F(SQLiteDBTest, WhatTheHandlerThrowsEndsTheStatement) {
   const SQLiteDB db = database("CREATE TABLE t (a); INSERT INTO t VALUES (1), (2)");
-  EXPECT_EQ(errorOf([&] {
-              db.query("SELECT a FROM t", {}, [](const SQLiteRow&) { throw TidewellError::cancelled(); });
-            }),
-            TidewellError::cancelled());
+  EXPECT_EQ(
+      errorOf([&] { db.query("SELECT a FROM t", {}, [](const SQLiteRow&) { throw TidewellError::cancelled(); }); }),
+      TidewellError::cancelled());
   EXPECT_THAT(texts(db, "SELECT a FROM t"), ElementsAre("1", "2"));
 }
 
@@ -210,8 +198,8 @@ TEST_F(SQLiteDBTest, ReadsIntegersFromIntegersAndPlainText) {
   EXPECT_EQ(intOf("'-12'"), -12);
   EXPECT_EQ(intOf("'9223372036854775807'"), INT64_MAX);
   EXPECT_EQ(intOf("'-9223372036854775808'"), INT64_MIN);
-  for (const char* other : {"'12a'", "''", "'+'", "'-'", "' 12'", "'12 '", "'9223372036854775808'", "'+-1'",
-                            "'1.0'", "1.0", "x'3132'", "NULL", "'0x10'"}) {
+  for (const char* other : {"'12a'", "''", "'+'", "'-'", "' 12'", "'12 '", "'9223372036854775808'", "'+-1'", "'1.0'",
+                            "1.0", "x'3132'", "NULL", "'0x10'"}) {
     EXPECT_EQ(intOf(other), std::nullopt) << other;
   }
   db.query("SELECT 1 AS a", {}, [](const SQLiteRow& row) { EXPECT_EQ(row.intValue("b"), std::nullopt); });
@@ -233,8 +221,7 @@ TEST_F(SQLiteDBTest, ReadsTextFromTextAndNumbers) {
 
 TEST(SQLiteRow, TextOfARealReadsBackTheSame) {
   for (const double number : {0.1, 1e300, 1e-300, 1e22, 123456789012345680.0, 5e-324, 714564800.123456}) {
-    const SQLiteRow row{.names = std::make_shared<const std::vector<std::string>>(1, "a"),
-                        .values = {number}};
+    const SQLiteRow row{.names = std::make_shared<const std::vector<std::string>>(1, "a"), .values = {number}};
     EXPECT_EQ(std::strtod(row.textValue("a")->c_str(), nullptr), number);
     EXPECT_NE(row.textValue("a")->find('.'), std::string::npos) << *row.textValue("a");
   }
@@ -247,8 +234,7 @@ TEST_F(SQLiteDBTest, RepairsTextThatIsNoUTF8) {
 }
 
 TEST_F(SQLiteDBTest, TellsWhetherATableExists) {
-  const SQLiteDB db =
-      database("CREATE TABLE ZWAMESSAGE (a); CREATE VIEW aView AS SELECT 1; CREATE TABLE größe (a)");
+  const SQLiteDB db = database("CREATE TABLE ZWAMESSAGE (a); CREATE VIEW aView AS SELECT 1; CREATE TABLE größe (a)");
   EXPECT_TRUE(db.tableExists("ZWAMESSAGE"));
   EXPECT_TRUE(db.tableExists("größe"));
   EXPECT_FALSE(db.tableExists("ZWAMESSAG"));
@@ -263,13 +249,10 @@ TEST_F(SQLiteDBTest, ListsColumnsInUpperCase) {
 
 TEST_F(SQLiteDBTest, RefusesUnsafeIdentifiers) {
   const SQLiteDB db = database("CREATE TABLE t (a)");
-  for (const std::string& name :
-       {std::string("two words"), std::string(), std::string("t;"), std::string("t'"), std::string("t)"),
-        std::string("t\0x", 3), std::string("t\xFF"), std::string("😀")}) {
-    EXPECT_EQ(errorOf([&] { db.tableExists(name); }),
-              TidewellError::invalidDatabase("Unsafe identifier: " + name));
-    EXPECT_EQ(errorOf([&] { db.columns(name); }),
-              TidewellError::invalidDatabase("Unsafe identifier: " + name));
+  for (const std::string& name : {std::string("two words"), std::string(), std::string("t;"), std::string("t'"),
+                                  std::string("t)"), std::string("t\0x", 3), std::string("t\xFF"), std::string("😀")}) {
+    EXPECT_EQ(errorOf([&] { db.tableExists(name); }), TidewellError::invalidDatabase("Unsafe identifier: " + name));
+    EXPECT_EQ(errorOf([&] { db.columns(name); }), TidewellError::invalidDatabase("Unsafe identifier: " + name));
   }
   EXPECT_TRUE(db.tableExists("t"));
 }
@@ -291,8 +274,7 @@ class SQLiteWALTest : public SQLiteDBTest {
 };
 
 TEST_F(SQLiteWALTest, AWritableCopyFoldsTheWALIn) {
-  EXPECT_THAT(texts(open(SQLiteDB::OpenMode::writableCopy), "SELECT a FROM t"),
-              ElementsAre("settled", "pending"));
+  EXPECT_THAT(texts(open(SQLiteDB::OpenMode::writableCopy), "SELECT a FROM t"), ElementsAre("settled", "pending"));
   EXPECT_FALSE(fs::exists(folder_ / "some.db-wal"));
   EXPECT_FALSE(fs::exists(folder_ / "some.db-shm"));
 }

@@ -38,9 +38,7 @@ TEST_F(SQLiteHeaderTest, StillTellsTheSizeOfACutDatabase) {
   EXPECT_EQ(read(ByteView(bytes).first(4096))->databaseSize, static_cast<std::int64_t>(bytes.size()));
 }
 
-TEST_F(SQLiteHeaderTest, KnowsWALMode) {
-  EXPECT_TRUE(read(database(Fixture::Journal::walHeader))->isWAL);
-}
+TEST_F(SQLiteHeaderTest, KnowsWALMode) { EXPECT_TRUE(read(database(Fixture::Journal::walHeader))->isWAL); }
 
 TEST_F(SQLiteHeaderTest, TheLargestPageSizeIsWrittenAsOne) {
   Bytes bytes = database(Fixture::Journal::rollback);

@@ -4,9 +4,7 @@
 
 namespace {
 
-TEST(SaturatingAdd, AddsSizes) {
-  EXPECT_EQ(saturatingAdd(40, 2), 42);
-}
+TEST(SaturatingAdd, AddsSizes) { EXPECT_EQ(saturatingAdd(40, 2), 42); }
 
 TEST(SaturatingAdd, StaysAtTheLargestNumber) {
   EXPECT_EQ(saturatingAdd(INT64_MAX, 1), INT64_MAX);

@@ -13,9 +13,9 @@ TEST(TemporaryFolder, IsNamedByItsPrefixAndAnUpperCaseUUID) {
   const TemporaryFolder folder("Tidewell-manifest-");
   EXPECT_EQ(folder.path().parent_path(), fs::temp_directory_path());
   // Version 4 and variant 1 of RFC 4122.
-  EXPECT_THAT(folder.path().filename().string(),
-              testing::MatchesRegex(
-                  "Tidewell-manifest-[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}"));
+  EXPECT_THAT(
+      folder.path().filename().string(),
+      testing::MatchesRegex("Tidewell-manifest-[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}"));
 }
 
 TEST(TemporaryFolder, IsOpenToItsUserAlone) {

@@ -85,16 +85,14 @@ TEST(Text, ScalarsAndTextConvertBothWays) {
 }
 
 TEST(Text, ControlsAreCategoryCcAlone) {
-  for (const char32_t scalar : {U'\0', U'\n', U'\x1F', U'\x7F', U'\x85', U'\x9F'})
-    EXPECT_TRUE(Text::isControl(scalar));
+  for (const char32_t scalar : {U'\0', U'\n', U'\x1F', U'\x7F', U'\x85', U'\x9F'}) EXPECT_TRUE(Text::isControl(scalar));
   for (const char32_t scalar : {U' ', U'a', U'\u00AD', U'\u200D', U'\u202E', U'\uFEFF'}) {
     EXPECT_FALSE(Text::isControl(scalar)) << static_cast<unsigned>(scalar);
   }
 }
 
 TEST(Text, BlanksAreWhiteSpace) {
-  for (const char32_t scalar :
-       {U' ', U'\t', U'\n', U'\r', U'\x85', U'\xA0', U'\u2003', U'\u2029', U'\u3000'}) {
+  for (const char32_t scalar : {U' ', U'\t', U'\n', U'\r', U'\x85', U'\xA0', U'\u2003', U'\u2029', U'\u3000'}) {
     EXPECT_TRUE(Text::isBlank(scalar)) << static_cast<unsigned>(scalar);
   }
   EXPECT_FALSE(Text::isBlank(U'a'));

@@ -12,12 +12,8 @@ constexpr const char* appleDoctype =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
     "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n";
 
-PropertyList parsed(const std::string& text) {
-  return parsePropertyList(bytesOf(text));
-}
-PropertyList value(const std::string& element) {
-  return parsed("<plist version=\"1.0\">" + element + "</plist>");
-}
+PropertyList parsed(const std::string& text) { return parsePropertyList(bytesOf(text)); }
+PropertyList value(const std::string& element) { return parsed("<plist version=\"1.0\">" + element + "</plist>"); }
 
 void expectRefused(const std::string& element) {
   EXPECT_THROW(value(element), PropertyListError) << element.substr(0, 100);
@@ -53,8 +49,8 @@ TEST(XMLPropertyList, ReadsIntegers) {
 }
 
 TEST(XMLPropertyList, RefusesWhatIsNoInteger) {
-  for (const char* text : {"", "-", "+", "12a", "1.5", "18446744073709551616", "-9223372036854775809", "0x",
-                           "+-7", "0x-7", "1 2"}) {
+  for (const char* text :
+       {"", "-", "+", "12a", "1.5", "18446744073709551616", "-9223372036854775809", "0x", "+-7", "0x-7", "1 2"}) {
     expectRefused(std::string("<integer>") + text + "</integer>");
   }
 }
@@ -73,8 +69,7 @@ TEST(XMLPropertyList, ReadsTheDistantPastAndFuture) {
 }
 
 TEST(XMLPropertyList, ReadsContainers) {
-  const PropertyList list =
-      value("<dict><key>a</key><array><integer>1</integer><dict/></array><key/><true/></dict>");
+  const PropertyList list = value("<dict><key>a</key><array><integer>1</integer><dict/></array><key/><true/></dict>");
   const auto& dictionary = *list.as<PropertyListDictionary>();
   ASSERT_EQ(dictionary.size(), 2u);
   const auto& array = *entry(dictionary, "a")->as<PropertyListArray>();
@@ -90,15 +85,14 @@ TEST(XMLPropertyList, TheLastOfTwoEqualKeysWins) {
 }
 
 TEST(XMLPropertyList, ReadsWhatAnIndependentWriterWrites) {
-  const std::string xml =
-      Fixture::xmlPlist(Fixture::PlistDictionary{{"text", "a<b&c"},
-                                                 {"number", -5},
-                                                 {"large", UINT64_MAX},
-                                                 {"real", 0.25},
-                                                 {"flag", true},
-                                                 {"data", Fixture::Bytes{0, 255}},
-                                                 {"list", Fixture::PlistArray{1, "x"}},
-                                                 {"date", Fixture::PlistDate{700000000}}});
+  const std::string xml = Fixture::xmlPlist(Fixture::PlistDictionary{{"text", "a<b&c"},
+                                                                     {"number", -5},
+                                                                     {"large", UINT64_MAX},
+                                                                     {"real", 0.25},
+                                                                     {"flag", true},
+                                                                     {"data", Fixture::Bytes{0, 255}},
+                                                                     {"list", Fixture::PlistArray{1, "x"}},
+                                                                     {"date", Fixture::PlistDate{700000000}}});
   const PropertyList list = parsed(xml);
   const auto& dictionary = *list.as<PropertyListDictionary>();
   EXPECT_EQ(*entry(dictionary, "text")->as<std::string>(), "a<b&c");
@@ -113,9 +107,9 @@ TEST(XMLPropertyList, ReadsWhatAnIndependentWriterWrites) {
 
 TEST(XMLPropertyList, ReadsOtherEncodings) {
   EXPECT_EQ(*parsed("\xEF\xBB\xBF<plist><string>é</string></plist>").as<std::string>(), "é");
-  EXPECT_EQ(*parsed("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><plist><string>\xE9</string></plist>")
-                 .as<std::string>(),
-            "é");
+  EXPECT_EQ(
+      *parsed("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><plist><string>\xE9</string></plist>").as<std::string>(),
+      "é");
   std::string utf16 = "\xFF\xFE";
   for (const char c : std::string("<plist><string>a</string></plist>")) utf16 += {c, '\0'};
   EXPECT_EQ(*parsed(utf16).as<std::string>(), "a");
@@ -129,8 +123,7 @@ TEST(XMLPropertyList, RefusesEntityDeclarations) {
   const std::string tail = "]><plist><string>&a;</string></plist>";
   for (const char* declaration : {"<!ENTITY a \"x\">", "<!ENTITY a SYSTEM \"file:///etc/passwd\">",
                                   "<!ENTITY % a \"x\">", "<!ENTITY a \"&b;&b;\"><!ENTITY b \"&c;&c;\">"}) {
-    EXPECT_THROW(parsed("<!DOCTYPE plist [" + std::string(declaration) + tail), PropertyListError)
-        << declaration;
+    EXPECT_THROW(parsed("<!DOCTYPE plist [" + std::string(declaration) + tail), PropertyListError) << declaration;
   }
 }
 
@@ -142,26 +135,22 @@ TEST(XMLPropertyList, RefusesUndeclaredEntities) {
 
 TEST(XMLPropertyList, RefusesMisplacedElements) {
   for (const char* element :
-       {"<dict><string>x</string></dict>", "<dict><key>a</key></dict>",
-        "<dict><key>a</key><key>b</key></dict>", "<array><key>a</key></array>", "<key>a</key>",
-        "<string><true/></string>", "<string>a<key>b</key></string>", "<true/><false/>", "<set/>",
-        "<plist><true/></plist>", "<array><plist/></array>", ""}) {
+       {"<dict><string>x</string></dict>", "<dict><key>a</key></dict>", "<dict><key>a</key><key>b</key></dict>",
+        "<array><key>a</key></array>", "<key>a</key>", "<string><true/></string>", "<string>a<key>b</key></string>",
+        "<true/><false/>", "<set/>", "<plist><true/></plist>", "<array><plist/></array>", ""}) {
     expectRefused(element);
   }
 }
 
 TEST(XMLPropertyList, RefusesWhatIsNoPropertyList) {
-  for (const char* text :
-       {"", "   ", "<html/>", "<dict/>", "<plist>", "<plist></dict>", "text", "<plist/><plist/>",
-        "<plist><string>\xFF</string></plist>", "<plist><string>a\x01</string></plist>"}) {
+  for (const char* text : {"", "   ", "<html/>", "<dict/>", "<plist>", "<plist></dict>", "text", "<plist/><plist/>",
+                           "<plist><string>\xFF</string></plist>", "<plist><string>a\x01</string></plist>"}) {
     EXPECT_THROW(parsed(text), PropertyListError) << text;
   }
 }
 
 TEST(XMLPropertyList, RefusesDeepNesting) {
-  const auto nested = [](std::size_t depth) {
-    return repeated("<array>", depth) + repeated("</array>", depth);
-  };
+  const auto nested = [](std::size_t depth) { return repeated("<array>", depth) + repeated("</array>", depth); };
   EXPECT_NO_THROW(value(nested(PropertyListLimits::depth - 1)));
   expectRefused(nested(PropertyListLimits::depth));
   expectRefused(nested(1'000'000));

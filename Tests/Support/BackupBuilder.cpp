@@ -66,8 +66,8 @@ std::vector<BackupFile> allFiles(const BackupContents& contents) {
 
 // Whether a file of this name can lie in the backup folder without leaving it.
 bool canNameFile(const std::string& fileID) {
-  return !fileID.empty() && fileID.size() <= 128 && fileID[0] != '.' &&
-         fileID.find('/') == std::string::npos && fileID.find('\0') == std::string::npos;
+  return !fileID.empty() && fileID.size() <= 128 && fileID[0] != '.' && fileID.find('/') == std::string::npos &&
+         fileID.find('\0') == std::string::npos;
 }
 
 Journal manifestJournal(const BackupContents& contents) {
@@ -108,8 +108,8 @@ class BackupWriter {
     backup_.manifestKey = random_.bytes(32);
     if (!encryption.withoutKeyBag) backup_.manifest.emplace_back("BackupKeyBag", backup_.keyBag->blob);
     if (encryption.withoutManifestKey) return;
-    backup_.manifest.emplace_back(
-        "ManifestKey", backup_.keyBag->persistentKey(encryption.manifestClass, backup_.manifestKey));
+    backup_.manifest.emplace_back("ManifestKey",
+                                  backup_.keyBag->persistentKey(encryption.manifestClass, backup_.manifestKey));
   }
 
   void writePlists() const {
@@ -200,8 +200,6 @@ std::string fileIDOf(std::string_view domain, std::string_view relativePath) {
   return sha1Hex(bytesOf(std::string(domain) + "-" + std::string(relativePath)));
 }
 
-fs::path storedPath(const fs::path& folder, const std::string& fileID) {
-  return folder / fileID.substr(0, 2) / fileID;
-}
+fs::path storedPath(const fs::path& folder, const std::string& fileID) { return folder / fileID.substr(0, 2) / fileID; }
 
 }  // namespace Fixture

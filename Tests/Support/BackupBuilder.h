@@ -24,8 +24,7 @@ struct WrittenBackup {
   Bytes manifestDatabase;
 
   // Where the file lies when neither `fileID` nor `missing` was asked for.
-  std::filesystem::path storedFile(std::string_view relativePath,
-                                   std::string_view domain = consumerDomain) const;
+  std::filesystem::path storedFile(std::string_view relativePath, std::string_view domain = consumerDomain) const;
 };
 
 // Makes `folder` a device folder as iOS leaves it: the three property lists, Manifest.db and every

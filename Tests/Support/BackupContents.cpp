@@ -8,8 +8,7 @@ std::string mediaPath(const std::string& jid, const std::string& uuid, const std
   return "Media/" + jid + "/" + uuid.substr(0, 1) + "/" + uuid.substr(1, 1) + "/" + uuid + "." + extension;
 }
 
-BackupFile profilePicture(const std::string& user, std::int64_t number, Bytes content,
-                          const std::string& extension) {
+BackupFile profilePicture(const std::string& user, std::int64_t number, Bytes content, const std::string& extension) {
   return {.relativePath = "Media/Profile/" + user + "-" + std::to_string(number) + "." + extension,
           .content = std::move(content)};
 }

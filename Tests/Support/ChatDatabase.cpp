@@ -32,13 +32,10 @@ void eachOf(const std::vector<Record>& records, Part part, Write write) {
   const std::size_t settled = settledCount(records.size());
   const std::size_t first = part == Part::settled ? 0 : settled;
   const std::size_t last = part == Part::settled ? settled : records.size();
-  for (std::size_t index = first; index < last; ++index)
-    write(records[index], static_cast<std::int64_t>(index + 1));
+  for (std::size_t index = first; index < last; ++index) write(records[index], static_cast<std::int64_t>(index + 1));
 }
 
-std::int64_t keyOr(std::int64_t pk, std::int64_t position) {
-  return pk == 0 ? position : pk;
-}
+std::int64_t keyOr(std::int64_t pk, std::int64_t position) { return pk == 0 ? position : pk; }
 
 bool isGroupJID(const SQLValue& jid) {
   const auto* text = std::get_if<std::string>(&jid);
@@ -74,11 +71,9 @@ class ChatStorageRows {
 
   void write(Part part) {
     eachOf(app_.chats, part, [&](const Chat& chat, std::int64_t position) { add(chat, position); });
-    eachOf(app_.members, part,
-           [&](const GroupMember& member, std::int64_t position) { add(member, position); });
+    eachOf(app_.members, part, [&](const GroupMember& member, std::int64_t position) { add(member, position); });
     eachOf(app_.pushNames, part, [&](const PushName& name, std::int64_t position) { add(name, position); });
-    eachOf(app_.messages, part,
-           [&](const Message& message, std::int64_t position) { add(message, position); });
+    eachOf(app_.messages, part, [&](const Message& message, std::int64_t position) { add(message, position); });
     eachOf(mediaItems_, part, [&](const MediaItem& item, std::int64_t position) { add(item, position); });
     if (app_.lidPairs) {
       eachOf(*app_.lidPairs, part, [&](const LidPair& pair, std::int64_t position) { add(pair, position); });
@@ -104,9 +99,8 @@ class ChatStorageRows {
                                       {"ZCONTACTJID", chat.jid},
                                       {"ZPARTNERNAME", chat.name}});
     if (group) {
-      writer_.insert(
-          "ZWAGROUPINFO",
-          {{"Z_PK", pk}, {"Z_ENT", infoEntity}, {"Z_OPT", 1}, {"ZSTATE", 0}, {"ZCHATSESSION", pk}});
+      writer_.insert("ZWAGROUPINFO",
+                     {{"Z_PK", pk}, {"Z_ENT", infoEntity}, {"Z_OPT", 1}, {"ZSTATE", 0}, {"ZCHATSESSION", pk}});
     }
   }
 
@@ -123,18 +117,15 @@ class ChatStorageRows {
   }
 
   void add(const PushName& name, std::int64_t position) {
-    writer_.insert("ZWAPROFILEPUSHNAME", {{"Z_PK", position},
-                                          {"Z_ENT", pushNameEntity},
-                                          {"Z_OPT", 1},
-                                          {"ZJID", name.jid},
-                                          {"ZPUSHNAME", name.name}});
+    writer_.insert(
+        "ZWAPROFILEPUSHNAME",
+        {{"Z_PK", position}, {"Z_ENT", pushNameEntity}, {"Z_OPT", 1}, {"ZJID", name.jid}, {"ZPUSHNAME", name.name}});
   }
 
   void add(const Message& message, std::int64_t position) {
     const std::int64_t pk = keyOr(message.pk, position);
     SQLValue mediaItem;
-    if (const auto found = mediaOfMessage_.find(pk); found != mediaOfMessage_.end())
-      mediaItem = found->second;
+    if (const auto found = mediaOfMessage_.find(pk); found != mediaOfMessage_.end()) mediaItem = found->second;
     writer_.insert("ZWAMESSAGE", {{"Z_PK", pk},
                                   {"Z_ENT", messageEntity},
                                   {"Z_OPT", 4},
@@ -175,11 +166,9 @@ class ChatStorageRows {
   }
 
   void add(const LidPair& pair, std::int64_t position) {
-    writer_.insert("ZWAPHONENUMBERLIDPAIR", {{"Z_PK", position},
-                                             {"Z_ENT", 16},
-                                             {"Z_OPT", 1},
-                                             {"ZLID", pair.lid},
-                                             {"ZPHONENUMBER", pair.phoneNumber}});
+    writer_.insert(
+        "ZWAPHONENUMBERLIDPAIR",
+        {{"Z_PK", position}, {"Z_ENT", 16}, {"Z_OPT", 1}, {"ZLID", pair.lid}, {"ZPHONENUMBER", pair.phoneNumber}});
   }
 
   const WhatsAppContents& app_;
@@ -188,16 +177,15 @@ class ChatStorageRows {
   std::map<std::int64_t, std::int64_t> mediaOfMessage_;
 };
 
-void addBookkeeping(DatabaseWriter& writer,
-                    const std::vector<std::pair<std::int64_t, const char*>>& entities) {
+void addBookkeeping(DatabaseWriter& writer, const std::vector<std::pair<std::int64_t, const char*>>& entities) {
   for (const auto& [number, name] : entities) {
     writer.insert("Z_PRIMARYKEY", {{"Z_ENT", number}, {"Z_NAME", name}, {"Z_SUPER", 0}, {"Z_MAX", 0}});
   }
-  writer.insert("Z_METADATA",
-                {{"Z_VERSION", 1},
-                 {"Z_UUID", "5C2E6F0A-91C4-4C1B-8B0E-2B7A3D1E9F44"},
-                 {"Z_PLIST", binaryPlist(PlistDictionary{{"NSPersistenceFrameworkVersion", 1327},
-                                                         {"NSStoreType", "SQLite"}})}});
+  writer.insert(
+      "Z_METADATA",
+      {{"Z_VERSION", 1},
+       {"Z_UUID", "5C2E6F0A-91C4-4C1B-8B0E-2B7A3D1E9F44"},
+       {"Z_PLIST", binaryPlist(PlistDictionary{{"NSPersistenceFrameworkVersion", 1327}, {"NSStoreType", "SQLite"}})}});
 }
 
 void addContact(DatabaseWriter& writer, const Contact& contact, std::int64_t position) {
@@ -243,9 +231,7 @@ DatabaseFiles writeContacts(const WhatsAppContents& app) {
   DatabaseWriter writer(app.journal);
   writer.execute(contactsSchema);
   addBookkeeping(writer, {{1, "WAAddressBookContact"}});
-  const auto add = [&](const Contact& contact, std::int64_t position) {
-    addContact(writer, contact, position);
-  };
+  const auto add = [&](const Contact& contact, std::int64_t position) { addContact(writer, contact, position); };
   eachOf(app.contacts, Part::settled, add);
   writer.checkpoint();
   eachOf(app.contacts, Part::pending, add);

@@ -15,9 +15,7 @@ void check(int result, sqlite3* handle, const std::string& sql) {
 }
 
 // 0 makes the generator random again.
-void seedSQLite(int seed) {
-  sqlite3_test_control(SQLITE_TESTCTRL_PRNG_SEED, seed, nullptr);
-}
+void seedSQLite(int seed) { sqlite3_test_control(SQLITE_TESTCTRL_PRNG_SEED, seed, nullptr); }
 
 // The value must live until the statement was stepped: SQLite keeps no copy.
 void bind(sqlite3_stmt* statement, int index, const SQLValue& value) {
@@ -79,8 +77,7 @@ void DatabaseWriter::execute(const std::string& sql) {
 sqlite3_stmt* DatabaseWriter::statement(std::string_view table, const SQLRow& row) {
   const std::string sql = insertSQL(table, row);
   sqlite3_stmt*& prepared = statements_[sql];
-  if (prepared == nullptr)
-    check(sqlite3_prepare_v2(handle_, sql.c_str(), -1, &prepared, nullptr), handle_, sql);
+  if (prepared == nullptr) check(sqlite3_prepare_v2(handle_, sql.c_str(), -1, &prepared, nullptr), handle_, sql);
   return prepared;
 }
 
@@ -109,8 +106,6 @@ DatabaseFiles DatabaseWriter::finish() {
   return files;
 }
 
-std::size_t settledCount(std::size_t count) {
-  return count * 3 / 4;
-}
+std::size_t settledCount(std::size_t count) { return count * 3 / 4; }
 
 }  // namespace Fixture

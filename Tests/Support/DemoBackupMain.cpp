@@ -15,8 +15,8 @@ constexpr const char* demoPassword = "demo-password";
 
 std::filesystem::path writeDemo(const std::filesystem::path& folder) {
   Fixture::SampleOptions options;
-  options.encryption = Fixture::Encryption{
-      .keyBag = {.password = demoPassword, .iterations = 10'000, .doubleIterations = 10'000'000}};
+  options.encryption =
+      Fixture::Encryption{.keyBag = {.password = demoPassword, .iterations = 10'000, .doubleIterations = 10'000'000}};
   const Fixture::BackupContents contents = Fixture::sampleBackup(options);
   std::filesystem::path device = folder / contents.uniqueIdentifier;
   const std::filesystem::path passwordFile = folder / "password.txt";

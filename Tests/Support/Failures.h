@@ -14,13 +14,9 @@ inline void PrintTo(const TidewellError& error, std::ostream* stream) {
 namespace Fixture {
 
 /// Matches a callable that throws exactly this error, payload included.
-inline auto failsWith(const TidewellError& error) {
-  return testing::Throws<TidewellError>(error);
-}
+inline auto failsWith(const TidewellError& error) { return testing::Throws<TidewellError>(error); }
 
 /// Matches a callable that throws TidewellError::ioFailure with this text.
-inline auto failsWith(const std::string& text) {
-  return failsWith(TidewellError::ioFailure(text));
-}
+inline auto failsWith(const std::string& text) { return failsWith(TidewellError::ioFailure(text)); }
 
 }  // namespace Fixture

@@ -33,8 +33,7 @@ Database openDatabase(const fs::path& file) {
 // The first row's first column; "" for NULL and for no row.
 std::string queryText(sqlite3* database, const std::string& sql) {
   sqlite3_stmt* statement = nullptr;
-  EXPECT_EQ(sqlite3_prepare_v2(database, sql.c_str(), -1, &statement, nullptr), SQLITE_OK)
-      << sqlite3_errmsg(database);
+  EXPECT_EQ(sqlite3_prepare_v2(database, sql.c_str(), -1, &statement, nullptr), SQLITE_OK) << sqlite3_errmsg(database);
   std::string text;
   if (sqlite3_step(statement) == SQLITE_ROW) {
     const void* bytes = sqlite3_column_blob(statement, 0);
@@ -56,8 +55,7 @@ std::string nodeText(plist_t node) {
 
 Plist parsePlist(const Bytes& bytes) {
   plist_t node = nullptr;
-  plist_from_memory(reinterpret_cast<const char*>(bytes.data()), static_cast<std::uint32_t>(bytes.size()),
-                    &node);
+  plist_from_memory(reinterpret_cast<const char*>(bytes.data()), static_cast<std::uint32_t>(bytes.size()), &node);
   return {node, &plist_free};
 }
 
@@ -69,16 +67,14 @@ Bytes item(const Bytes& blob, const std::string& tag) {
 }
 
 BackupContents smallBackup() {
-  const std::string path =
-      mediaPath("5511900001111@s.whatsapp.net", "ab0c1d2e-0000-4000-8000-000000000001", "jpg");
-  return {.whatsApp = {
-              .chats = {{.jid = "5511900001111@s.whatsapp.net", .name = "Ana"},
-                        {.jid = "1-2@g.us", .name = "Us"}},
-              .messages = {{.chat = 1, .date = 700000000, .text = "oi"},
-                           {.chat = 1, .date = 700000001.25, .text = "tudo bem?", .isFromMe = 1},
-                           {.chat = 2, .date = 700000002, .text = "the newest"}},
-              .contacts = {{.fullName = "Ana", .whatsAppID = "5511900001111"}, {.fullName = bytesOf("Rui")}},
-              .mediaFiles = {{.localPath = path, .content = bytesOf("not a photo"), .message = 1}}}};
+  const std::string path = mediaPath("5511900001111@s.whatsapp.net", "ab0c1d2e-0000-4000-8000-000000000001", "jpg");
+  return {
+      .whatsApp = {.chats = {{.jid = "5511900001111@s.whatsapp.net", .name = "Ana"}, {.jid = "1-2@g.us", .name = "Us"}},
+                   .messages = {{.chat = 1, .date = 700000000, .text = "oi"},
+                                {.chat = 1, .date = 700000001.25, .text = "tudo bem?", .isFromMe = 1},
+                                {.chat = 2, .date = 700000002, .text = "the newest"}},
+                   .contacts = {{.fullName = "Ana", .whatsAppID = "5511900001111"}, {.fullName = bytesOf("Rui")}},
+                   .mediaFiles = {{.localPath = path, .content = bytesOf("not a photo"), .message = 1}}}};
 }
 
 BackupContents smallEncryptedBackup() {
@@ -113,8 +109,7 @@ TEST(TestCrypto, WrapsAsRFC3394Section46) {
   for (std::uint8_t byte = 0; byte < 32; ++byte) kek.push_back(byte);
   for (unsigned digit = 0; digit < 16; ++digit) key.push_back(static_cast<std::uint8_t>(digit * 0x11));
   for (std::uint8_t byte = 0; byte < 16; ++byte) key.push_back(byte);
-  EXPECT_EQ(hex(aesWrap(kek, key)),
-            "28c9f404c4b810f4cbccb35cfb87f8263f5786e2d80ed326cbc7f0e71a99f43bfb988b9b7a02dd21");
+  EXPECT_EQ(hex(aesWrap(kek, key)), "28c9f404c4b810f4cbccb35cfb87f8263f5786e2d80ed326cbc7f0e71a99f43bfb988b9b7a02dd21");
 }
 
 TEST(KeyBagBuilder, PasswordUnwrapsItsClassesOnly) {
@@ -150,8 +145,7 @@ TEST(PlistWriter, KeepsSignsAndLargeNumbers) {
 }
 
 TEST(MBFileRecord, IsAKeyedArchiveWithReferences) {
-  const Plist record =
-      parsePlist(archive({.relativePath = "a/b.jpg", .size = 42, .encryptionKey = Bytes(44, 3)}));
+  const Plist record = parsePlist(archive({.relativePath = "a/b.jpg", .size = 42, .encryptionKey = Bytes(44, 3)}));
   plist_t objects = plist_dict_get_item(record.get(), "$objects");
   plist_t root = plist_dict_get_item(plist_dict_get_item(record.get(), "$top"), "root");
   ASSERT_EQ(plist_get_node_type(root), PLIST_UID);
@@ -178,8 +172,8 @@ TEST(BackupBuilder, PlainBackupListsAndStoresItsFiles) {
   EXPECT_EQ(readFile(backup.storedFile(path)), bytesOf("not a photo"));
 
   const Database index = openDatabase(folder / "device/Manifest.db");
-  EXPECT_EQ(queryText(index.get(), "SELECT relativePath FROM Files WHERE fileID = '" +
-                                       fileIDOf(consumerDomain, path) + "' AND flags = 1"),
+  EXPECT_EQ(queryText(index.get(), "SELECT relativePath FROM Files WHERE fileID = '" + fileIDOf(consumerDomain, path) +
+                                       "' AND flags = 1"),
             path);
   EXPECT_FALSE(fs::exists(folder / "device/Manifest.db-wal"));
   const Plist status = parsePlist(readFile(folder / "device/Status.plist"));
@@ -242,8 +236,8 @@ TEST(BackupBuilder, EncryptedFilesOpenWithTheirWrappedKeys) {
   EXPECT_EQ(plain[18], 2) << "the header says WAL";
   writeFile(folder / "plain.db", plain);
   const std::string path = "Message/" + smallBackup().whatsApp.mediaFiles[0].localPath;
-  const std::string record = queryText(openDatabase(folder / "plain.db").get(),
-                                       "SELECT file FROM Files WHERE relativePath = '" + path + "'");
+  const std::string record =
+      queryText(openDatabase(folder / "plain.db").get(), "SELECT file FROM Files WHERE relativePath = '" + path + "'");
   // The key is the record's only data object: marker 0x4F10, its length as one byte, the bytes.
   const std::size_t keyAt = record.find("\x4F\x10\x2C");
   ASSERT_NE(keyAt, std::string::npos);
@@ -295,9 +289,7 @@ TEST(SampleBackup, HoldsWhatWasAskedFor) {
   const WhatsAppContents app = sampleBackup({.messageCount = 500, .mediaCount = 100}).whatsApp;
   EXPECT_EQ(app.messages.size(), 500U);
   EXPECT_EQ(app.chats.size(), 40U);
-  EXPECT_EQ(
-      std::ranges::count_if(app.mediaFiles, [](const MediaFile& file) { return file.message.has_value(); }),
-      100);
+  EXPECT_EQ(std::ranges::count_if(app.mediaFiles, [](const MediaFile& file) { return file.message.has_value(); }), 100);
   for (const MediaFile& file : app.mediaFiles) {
     if (!file.localPath.ends_with(".jpg")) continue;
     EXPECT_EQ(hex(ByteView(file.content).first(3)), "ffd8ff") << file.localPath;

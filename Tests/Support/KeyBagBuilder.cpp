@@ -43,8 +43,7 @@ void appendHeader(Bytes& blob, SeededRandom& random) {
 
 Bytes KeyBag::persistentKey(std::uint32_t protectionClass, ByteView fileKey) const {
   Bytes key;
-  for (unsigned shift = 0; shift < 32; shift += 8)
-    key.push_back(static_cast<std::uint8_t>(protectionClass >> shift));
+  for (unsigned shift = 0; shift < 32; shift += 8) key.push_back(static_cast<std::uint8_t>(protectionClass >> shift));
   const auto found = classKeys.find(protectionClass);
   append(key, found == classKeys.end() ? Bytes(40, 0x5A) : aesWrap(found->second, fileKey));
   return key;
@@ -56,9 +55,7 @@ void appendItem(Bytes& blob, std::string_view tag, ByteView value) {
   append(blob, value);
 }
 
-void appendItem(Bytes& blob, std::string_view tag, std::uint32_t value) {
-  appendItem(blob, tag, bigEndian(value, 4));
-}
+void appendItem(Bytes& blob, std::string_view tag, std::uint32_t value) { appendItem(blob, tag, bigEndian(value, 4)); }
 
 void appendWideItem(Bytes& blob, std::string_view tag, std::uint64_t value) {
   appendItem(blob, tag, bigEndian(value, 8));

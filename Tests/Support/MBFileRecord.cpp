@@ -31,8 +31,7 @@ class ObjectTable {
 
 PlistUID addKey(ObjectTable& table, const Bytes& key) {
   const PlistUID data = table.add("");
-  const PlistUID dataClass =
-      table.addClass("NSMutableData", PlistArray{"NSMutableData", "NSData", "NSObject"});
+  const PlistUID dataClass = table.addClass("NSMutableData", PlistArray{"NSMutableData", "NSData", "NSObject"});
   table.replace(data, PlistDictionary{{"NS.data", key}, {"$class", dataClass}});
   return data;
 }

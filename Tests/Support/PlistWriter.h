@@ -28,8 +28,8 @@ struct PlistUID {
 
 // One property-list value. Converts from what it can hold, so that nested lists read like the file.
 struct PlistValue {
-  std::variant<PlistDictionary, PlistArray, std::string, std::int64_t, std::uint64_t, bool, double, PlistDate,
-               Bytes, PlistUID>
+  std::variant<PlistDictionary, PlistArray, std::string, std::int64_t, std::uint64_t, bool, double, PlistDate, Bytes,
+               PlistUID>
       value;
 
   PlistValue(PlistDictionary dictionary) : value(std::move(dictionary)) {}

@@ -73,16 +73,14 @@ class SampleWriter {
     addMessages();
     addLooseMedia();
     addProfilePictures();
-    BackupContents contents{
-        .deviceName = "iPhone de Ana", .encryption = options_.encryption, .seed = options_.seed};
+    BackupContents contents{.deviceName = "iPhone de Ana", .encryption = options_.encryption, .seed = options_.seed};
     contents.whatsApp = std::move(app_);
     addOtherFiles(contents);
     return contents;
   }
 
  private:
-  void addChat(const std::string& jid, SQLValue name, Language language,
-               std::vector<std::int64_t> members = {}) {
+  void addChat(const std::string& jid, SQLValue name, Language language, std::vector<std::int64_t> members = {}) {
     const auto pk = static_cast<std::int64_t>(app_.chats.size() + 1);
     app_.chats.push_back({.pk = pk, .jid = jid, .name = std::move(name), .archived = pk % 11 == 0});
     conversations_.push_back({pk, jid, language, std::move(members)});
@@ -138,8 +136,7 @@ class SampleWriter {
       const std::string number = std::to_string(100'000 + random_.below(900'000));
       member.jid = random_.chance(50) ? "55119" + number + "00@s.whatsapp.net" : "20000000" + number + "@lid";
       if (random_.chance(50)) member.contactName = random_.chance(60) ? opaqueName(random_) : "";
-      if (random_.chance(60))
-        app_.pushNames.push_back({.jid = member.jid, .name = "Convidado " + number.substr(3)});
+      if (random_.chance(60)) app_.pushNames.push_back({.jid = member.jid, .name = "Convidado " + number.substr(3)});
     }
     app_.members.push_back(std::move(member));
     return static_cast<std::int64_t>(app_.members.size());
@@ -159,8 +156,7 @@ class SampleWriter {
     while (app_.messages.size() < options_.messageCount) {
       const Conversation& conversation = pickConversation();
       double now = date;
-      for (std::size_t left = 3 + random_.below(11); left > 0 && app_.messages.size() < options_.messageCount;
-           --left) {
+      for (std::size_t left = 3 + random_.below(11); left > 0 && app_.messages.size() < options_.messageCount; --left) {
         addMessage(conversation, now);
         if (!random_.chance(6)) now += static_cast<double>(5 + random_.below(400));
       }
@@ -213,8 +209,7 @@ class SampleWriter {
   void attachMedia(const Conversation& conversation, Message& message, std::int64_t pk) {
     MediaFile file = makeMedia(conversation.jid, message);
     file.message = pk;
-    if (message.type == photoType && random_.chance(20))
-      file.title = sampleText(conversation.language, random_);
+    if (message.type == photoType && random_.chance(20)) file.title = sampleText(conversation.language, random_);
     addThumbnail(file, message.type);
     app_.mediaFiles.push_back(std::move(file));
   }
@@ -240,8 +235,8 @@ class SampleWriter {
     if (roll < 82) {
       message.type = audioType;
       const std::size_t length = 4'000 + random_.below(36'000);
-      MediaFile voice = roll < 79 ? media(jid, "opus", opusVoiceNote(random_, length))
-                                  : media(jid, "m4a", m4aAudio(random_, length));
+      MediaFile voice =
+          roll < 79 ? media(jid, "opus", opusVoiceNote(random_, length)) : media(jid, "m4a", m4aAudio(random_, length));
       voice.duration = static_cast<std::int64_t>(length / 2'000);
       return voice;
     }
@@ -297,14 +292,12 @@ class SampleWriter {
     // An app that writes while the phone is backed up: the record has the size from before.
     contents.whatsApp.databaseStorage["ChatStorage.sqlite"].recordedSize = 65'536;
     contents.whatsApp.files.push_back({.relativePath = "Axolotl.sqlite", .content = random_.bytes(8'192)});
-    contents.whatsApp.files.push_back(
-        {.relativePath = "Library/Preferences/group.net.whatsapp.WhatsApp.shared.plist",
-         .content = bytesOf("bplist00")});
-    contents.otherFiles = {
-        {"CameraRollDomain", "Media/DCIM/100APPLE/IMG_0001.JPG", jpegPhoto(random_, 320, 240)},
-        {"HomeDomain", "Library/SMS/sms.db", random_.bytes(12'288), {.protectionClass = 4}},
-        {"AppDomain-com.example.notes", "Documents/notes.json", bytesOf("[]\n")},
-        {"AppDomain-com.example.notes", "Documents/ChatStorage.sqlite", bytesOf("not WhatsApp's")}};
+    contents.whatsApp.files.push_back({.relativePath = "Library/Preferences/group.net.whatsapp.WhatsApp.shared.plist",
+                                       .content = bytesOf("bplist00")});
+    contents.otherFiles = {{"CameraRollDomain", "Media/DCIM/100APPLE/IMG_0001.JPG", jpegPhoto(random_, 320, 240)},
+                           {"HomeDomain", "Library/SMS/sms.db", random_.bytes(12'288), {.protectionClass = 4}},
+                           {"AppDomain-com.example.notes", "Documents/notes.json", bytesOf("[]\n")},
+                           {"AppDomain-com.example.notes", "Documents/ChatStorage.sqlite", bytesOf("not WhatsApp's")}};
     contents.indexRows = {{domain, "", 2},
                           {domain, "Message", 2},
                           {domain, "Message/Media", 2},
@@ -322,8 +315,6 @@ class SampleWriter {
 
 }  // namespace
 
-BackupContents sampleBackup(const SampleOptions& options) {
-  return SampleWriter(options).write();
-}
+BackupContents sampleBackup(const SampleOptions& options) { return SampleWriter(options).write(); }
 
 }  // namespace Fixture

@@ -44,8 +44,7 @@ bool isShaded(const Pattern& pattern, std::uint32_t x, std::uint32_t y) {
   }
 }
 
-std::vector<JSAMPLE> pixelRow(const Pattern& pattern, std::uint32_t width, std::uint32_t height,
-                              std::uint32_t y) {
+std::vector<JSAMPLE> pixelRow(const Pattern& pattern, std::uint32_t width, std::uint32_t height, std::uint32_t y) {
   std::vector<JSAMPLE> row;
   row.reserve(std::size_t{width} * 3);
   for (std::uint32_t x = 0; x < width; ++x) {
@@ -85,8 +84,7 @@ class BitWriter {
 };
 
 void appendLittleEndian(Bytes& target, std::size_t value) {
-  for (unsigned shift = 0; shift < 32; shift += 8)
-    target.push_back(static_cast<std::uint8_t>(value >> shift));
+  for (unsigned shift = 0; shift < 32; shift += 8) target.push_back(static_cast<std::uint8_t>(value >> shift));
 }
 
 // Fills up with noise to the wanted length.

@@ -19,8 +19,8 @@ constexpr std::array people = {
     SamplePerson{"5521900003333", phoneServer, "Ana", "Ana", "Aninha", portuguese},
     SamplePerson{"15550001111", phoneServer, "Michael O'Brien", "Michael O'Brien", "Mike", english},
     SamplePerson{"15550002222", phoneServer, "Grace 🌻", "Grace 🌻", "Grace", english},
-    SamplePerson{"447700900123", phoneServer, "Dr. Eleanor Whitfield-Hughes", "Dr. Eleanor Whitfield-Hughes",
-                 "Eleanor", english},
+    SamplePerson{"447700900123", phoneServer, "Dr. Eleanor Whitfield-Hughes", "Dr. Eleanor Whitfield-Hughes", "Eleanor",
+                 english},
     SamplePerson{"551130001111", phoneServer, "\u200E", "Padaria Central", "Padaria", portuguese},
     SamplePerson{"5531900004444", phoneServer, "\u202A\u202C", "", "Beto", portuguese},
     SamplePerson{"5541900005555", phoneServer, "", "", "", portuguese},
@@ -30,14 +30,14 @@ constexpr std::array people = {
     SamplePerson{"819000000111", phoneServer, "佐藤 健", "佐藤 健", "けん", japanese},
     SamplePerson{"8613000000111", phoneServer, "王芳", "王芳", "小芳", chinese},
     SamplePerson{"4930001111", phoneServer, "Jürgen Groß", "Jürgen Groß", "Jürgen", english},
-    SamplePerson{"55119000066", phoneServer, "Tia Célia 👩🏽‍🍳", "Tia Célia 👩🏽‍🍳",
-                 "Célia", portuguese},
-    SamplePerson{"5511900007777", phoneServer, "Eletricista <24h> & Reparos", "Eletricista <24h> & Reparos",
-                 "", portuguese},
+    SamplePerson{"55119000066", phoneServer, "Tia Célia 👩🏽‍🍳", "Tia Célia 👩🏽‍🍳", "Célia",
+                 portuguese},
+    SamplePerson{"5511900007777", phoneServer, "Eletricista <24h> & Reparos", "Eletricista <24h> & Reparos", "",
+                 portuguese},
     SamplePerson{"45678901234567", lidServer, "Paulo Nunes", "", "Paulo", portuguese},
     SamplePerson{"71234567890123", lidServer, "", "", "Duda", portuguese},
-    SamplePerson{"5511900008888", phoneServer, "Condomínio: Bloco B / Apto 12",
-                 "Condomínio: Bloco B / Apto 12", "Síndico", portuguese},
+    SamplePerson{"5511900008888", phoneServer, "Condomínio: Bloco B / Apto 12", "Condomínio: Bloco B / Apto 12",
+                 "Síndico", portuguese},
     SamplePerson{"15550003333", phoneServer, "sam", "Sam Okafor", "sam", english},
     SamplePerson{"15550004444", phoneServer, "SAM", "", "S.", english},
     SamplePerson{"5511900009999", phoneServer, "Vovó", "Vovó", "Lourdes", portuguese},
@@ -109,14 +109,12 @@ constexpr std::array englishTexts = {
 };
 
 constexpr std::array arabicTexts = {
-    "صباح الخير",       "كيف حالك؟", "أنا في الطريق", "شكراً جزيلاً", "نلتقي غداً إن شاء الله",
-    "الصورة جميلة جداً", "تمام 123"};
+    "صباح الخير", "كيف حالك؟", "أنا في الطريق", "شكراً جزيلاً", "نلتقي غداً إن شاء الله", "الصورة جميلة جداً", "تمام 123"};
 constexpr std::array hebrewTexts = {"בוקר טוב", "מה שלומך?",      "אני בדרך",  "תודה רבה",
                                     "נדבר מחר", "איזו תמונה יפה", "סגור 19:30"};
 constexpr std::array japaneseTexts = {"おはよう",     "今どこ？", "もうすぐ着きます", "ありがとう！",
                                       "写真送ってね", "了解です", "また明日"};
-constexpr std::array chineseTexts = {"早上好",     "你在哪儿？", "马上到", "谢谢！",
-                                     "照片很漂亮", "好的",       "明天见"};
+constexpr std::array chineseTexts = {"早上好", "你在哪儿？", "马上到", "谢谢！", "照片很漂亮", "好的", "明天见"};
 constexpr std::array emoji = {"😂", "❤️", "👍", "🙏", "🎉", "😅", "👩‍👩‍👧", "🇧🇷", "👍🏽", "☕"};
 
 std::string phrase(Language language, SeededRandom& random) {
@@ -139,13 +137,9 @@ std::string phrase(Language language, SeededRandom& random) {
 
 }  // namespace
 
-std::span<const SamplePerson> samplePeople() {
-  return people;
-}
+std::span<const SamplePerson> samplePeople() { return people; }
 
-std::span<const SampleGroup> sampleGroups() {
-  return groups;
-}
+std::span<const SampleGroup> sampleGroups() { return groups; }
 
 std::string sampleText(Language language, SeededRandom& random) {
   std::string text = phrase(language, random);

@@ -13,9 +13,7 @@ std::uint64_t SeededRandom::next() {
   return mixed ^ (mixed >> 31U);
 }
 
-std::size_t SeededRandom::below(std::size_t limit) {
-  return static_cast<std::size_t>(next() % limit);
-}
+std::size_t SeededRandom::below(std::size_t limit) { return static_cast<std::size_t>(next() % limit); }
 
 Bytes SeededRandom::bytes(std::size_t count) {
   Bytes result(count);

@@ -41,9 +41,7 @@ void writeFile(const fs::path& file, ByteView content) {
   if (!stream) throw std::runtime_error("Cannot write " + file.string());
 }
 
-void writeFile(const fs::path& file, std::string_view text) {
-  writeFile(file, bytesOf(text));
-}
+void writeFile(const fs::path& file, std::string_view text) { writeFile(file, bytesOf(text)); }
 
 std::map<std::string, TreeEntry> treeSnapshot(const fs::path& root) {
   std::map<std::string, TreeEntry> snapshot;

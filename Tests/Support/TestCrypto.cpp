@@ -78,8 +78,7 @@ Bytes pbkdf2(Digest digest, ByteView password, ByteView salt, std::uint32_t roun
   Bytes key(length);
   check(PKCS5_PBKDF2_HMAC(reinterpret_cast<const char*>(password.data()), static_cast<int>(password.size()),
                           salt.data(), static_cast<int>(salt.size()), static_cast<int>(rounds),
-                          digest == Digest::sha1 ? EVP_sha1() : EVP_sha256(), static_cast<int>(length),
-                          key.data()),
+                          digest == Digest::sha1 ? EVP_sha1() : EVP_sha256(), static_cast<int>(length), key.data()),
         "PBKDF2");
   return key;
 }
@@ -90,9 +89,7 @@ Bytes aesWrap(ByteView kek, ByteView key) {
   return *std::move(wrapped);
 }
 
-std::optional<Bytes> aesUnwrap(ByteView kek, ByteView wrapped) {
-  return processWrap(kek, wrapped, false);
-}
+std::optional<Bytes> aesUnwrap(ByteView kek, ByteView wrapped) { return processWrap(kek, wrapped, false); }
 
 Bytes aesCbcEncrypt(ByteView key, ByteView plaintext, Padding padding) {
   return processCbc(key, plaintext, true, padding);

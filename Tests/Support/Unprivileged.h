@@ -18,8 +18,7 @@ int asUnprivilegedUser(Work work) {
   const pid_t child = ::fork();
   if (child < 0) throw std::runtime_error("No child process could be started.");
   if (child == 0) {
-    if (::geteuid() == 0 &&
-        (::setgroups(0, nullptr) != 0 || ::setgid(nobody) != 0 || ::setuid(nobody) != 0)) {
+    if (::geteuid() == 0 && (::setgroups(0, nullptr) != 0 || ::setgid(nobody) != 0 || ::setuid(nobody) != 0)) {
       ::_exit(failed);
     }
     int result = failed;

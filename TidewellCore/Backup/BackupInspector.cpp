@@ -56,6 +56,7 @@ BackupInfo BackupInspector::inspect(const fs::path& backup) {
   info.isEncrypted = PlistSupport::boolean(entry(manifest, "IsEncrypted"));
   if (Files::exists(backup / "Info.plist")) readDeviceDetails(PlistSupport::dictionary(backup / "Info.plist"), info);
   if (!info.backupDate && Files::exists(backup / "Status.plist")) info.backupDate = statusDate(backup / "Status.plist");
-  if (!info.isEncrypted && !Files::exists(backup / "Manifest.db")) throw TidewellError::notABackup(PathText::text(backup));
+  if (!info.isEncrypted && !Files::exists(backup / "Manifest.db"))
+    throw TidewellError::notABackup(PathText::text(backup));
   return info;
 }

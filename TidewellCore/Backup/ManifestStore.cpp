@@ -32,8 +32,7 @@ constexpr const char* interestingPaths = R"()
 
 // A column that is not renamed keeps the letter case of the table's own declaration.
 std::string selection(bool hasRecords) {
-  std::string sql =
-      "SELECT fileID AS fileID, domain AS domain, relativePath AS relativePath, flags AS flags";
+  std::string sql = "SELECT fileID AS fileID, domain AS domain, relativePath AS relativePath, flags AS flags";
   if (hasRecords) sql += ", file AS file";
   sql += "\nFROM Files\nWHERE flags = 1\n  AND (";
   for (std::size_t i = 0; i < domainPatterns.size(); ++i) sql += i == 0 ? "domain LIKE ?" : " OR domain LIKE ?";

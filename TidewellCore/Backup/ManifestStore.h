@@ -10,10 +10,10 @@
 
 // One file of the backup, as its file index lists it.
 struct ManifestFile {
-  std::string fileID;        // the stored file's name: SHA-1 of domain, "-" and path in hexadecimal
-  std::string domain;        // the app's container, "AppDomainGroup-…"
-  std::string relativePath;  // inside the container
-  std::int64_t flags = 0;    // 1 for a regular file
+  std::string fileID;                         // the stored file's name: SHA-1 of domain, "-" and path in hexadecimal
+  std::string domain;                         // the app's container, "AppDomainGroup-…"
+  std::string relativePath;                   // inside the container
+  std::int64_t flags = 0;                     // 1 for a regular file
   std::optional<Bytes> encryptionKey;         // wrapped; meaningless in a plain backup
   std::optional<std::int64_t> plaintextSize;  // as the phone recorded it, in bytes; can be wrong
 

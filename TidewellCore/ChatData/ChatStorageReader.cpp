@@ -35,8 +35,7 @@ void loadChats(const SQLiteDB& database, ChatStorageSnapshot& snapshot) {
     const auto key = row.intValue(pk);
     if (!key) return;
     snapshot.chats.insert_or_assign(
-        *key,
-        ChatRecord{.pk = *key, .jid = row.textValue(jid).value_or(""), .name = row.textValue(name).value_or("")});
+        *key, ChatRecord{.pk = *key, .jid = row.textValue(jid).value_or(""), .name = row.textValue(name).value_or("")});
   });
   for (const auto& [key, chat] : snapshot.chats) {
     if (!chat.jid.empty()) snapshot.chatsByJID.insert_or_assign(chat.jid, chat);
@@ -53,10 +52,11 @@ void loadGroupMembers(const SQLiteDB& database, ContactDirectory& directory) {
   table.forEachRow([&](const SQLiteRow& row) {
     const auto key = row.intValue(pk);
     if (!key) return;
-    directory.groupMembers.insert_or_assign(*key, GroupMemberRecord{.pk = *key,
-                                                                    .jid = row.textValue(jid),
-                                                                    .contactName = plausible(row.textValue(contactName)),
-                                                                    .firstName = plausible(row.textValue(firstName))});
+    directory.groupMembers.insert_or_assign(*key,
+                                            GroupMemberRecord{.pk = *key,
+                                                              .jid = row.textValue(jid),
+                                                              .contactName = plausible(row.textValue(contactName)),
+                                                              .firstName = plausible(row.textValue(firstName))});
   });
 }
 

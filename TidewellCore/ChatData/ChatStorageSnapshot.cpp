@@ -87,7 +87,6 @@ std::string ChatStorageSnapshot::senderName(const MessageRecord& message, const 
     return title.empty() || JID::isLID(title) ? style.unknownSenderLabel : title;
   }
   const GroupMemberRecord* member = directory.groupMember(message.groupMemberPK);
-  const auto name =
-      NameResolver::resolveIdentity(groupSenderJID(message, member), message.pushName, member, directory);
+  const auto name = NameResolver::resolveIdentity(groupSenderJID(message, member), message.pushName, member, directory);
   return name.value_or(style.unknownSenderLabel);
 }

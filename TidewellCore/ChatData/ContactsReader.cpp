@@ -11,7 +11,8 @@ using ContactTable = std::map<std::string, AddressBookContact, std::less<>>;
 // Text, numbers as text, and bytes that are text; nothing for what shows nothing.
 std::optional<std::string> field(const SQLiteRow& row, const std::string& column) {
   const SQLiteValue* value = row.value(column);
-  if (value != nullptr && std::holds_alternative<Bytes>(*value)) return NameResolver::trimmedNonEmpty(textOrUTF8(value));
+  if (value != nullptr && std::holds_alternative<Bytes>(*value))
+    return NameResolver::trimmedNonEmpty(textOrUTF8(value));
   return NameResolver::trimmedNonEmpty(row.textValue(column));
 }
 

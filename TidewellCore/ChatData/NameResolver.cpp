@@ -116,8 +116,7 @@ bool NameResolver::looksLikeOpaqueBlob(std::string_view text) {
   // Of names written without blanks hardly any reach this rate, of base64 nearly all.
   constexpr double machineRate = 0.25;
   const std::string run = Text::trimmed(text);
-  const bool isPlainRun =
-      std::ranges::none_of(run, [](char c) { return classOf(c) == CharacterClass::other; });
+  const bool isPlainRun = std::ranges::none_of(run, [](char c) { return classOf(c) == CharacterClass::other; });
   if (run.size() < suspicious || !isPlainRun) return false;
   if (isHexadecimal(run) || run.ends_with('=')) return true;
   return switchRate(run) >= machineRate;
@@ -126,7 +125,8 @@ bool NameResolver::looksLikeOpaqueBlob(std::string_view text) {
 bool NameResolver::isPlaceholderPartnerName(std::string_view name) {
   constexpr std::u32string_view zeroWidth = U"\u200B\u2060\uFEFF";
   return std::ranges::all_of(Text::scalars(name), [&](char32_t scalar) {
-    return Text::isBlank(scalar) || Text::isDirectionalMark(scalar) || zeroWidth.find(scalar) != std::u32string_view::npos;
+    return Text::isBlank(scalar) || Text::isDirectionalMark(scalar) ||
+           zeroWidth.find(scalar) != std::u32string_view::npos;
   });
 }
 

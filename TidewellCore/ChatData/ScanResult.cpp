@@ -81,6 +81,7 @@ std::vector<ScanChat> ScanSummary::scanChats(const ChatStorageSnapshot& snapshot
   }
   // The rows come in the order of their JIDs, which a stable sort keeps among equal names.
   const Text::NameOrder order(locale.identifier);
-  std::ranges::stable_sort(chats, [&](const ScanChat& a, const ScanChat& b) { return order.compare(a.name, b.name) < 0; });
+  std::ranges::stable_sort(chats,
+                           [&](const ScanChat& a, const ScanChat& b) { return order.compare(a.name, b.name) < 0; });
   return chats;
 }

@@ -43,13 +43,14 @@ ChatStorageSnapshot SnapshotLoader::load(const OpenedBackup& opened, const Manif
   const TemporaryFolder folder("Tidewell-databases-");
   ChatStorageSnapshot snapshot;
   if (manifest.chatStorage) {
-    snapshot = readChats(copyDatabase(
-        opened, {&manifest.chatStorage, &manifest.chatStorageWAL, &manifest.chatStorageSHM}, folder.path(), isCancelled));
+    snapshot =
+        readChats(copyDatabase(opened, {&manifest.chatStorage, &manifest.chatStorageWAL, &manifest.chatStorageSHM},
+                               folder.path(), isCancelled));
   }
   throwIfCancelled(isCancelled);
   if (manifest.contacts) {
-    const fs::path copy =
-        copyDatabase(opened, {&manifest.contacts, &manifest.contactsWAL, &manifest.contactsSHM}, folder.path(), isCancelled);
+    const fs::path copy = copyDatabase(opened, {&manifest.contacts, &manifest.contactsWAL, &manifest.contactsSHM},
+                                       folder.path(), isCancelled);
     snapshot.setDirectory(ContactsReader::directory(ContactsReader::load(copy), std::move(snapshot.directory)));
   }
   throwIfCancelled(isCancelled);

@@ -17,7 +17,9 @@ class CappedWriter {
   CappedWriter(FileDescriptor& file, std::optional<std::int64_t> limit) : file_(file), limit_(limit) {}
 
   void write(ByteView bytes) {
-    if (limit_) bytes = bytes.first(static_cast<std::size_t>(std::clamp<std::int64_t>(*limit_ - written_, 0, signedSize(bytes.size()))));
+    if (limit_)
+      bytes = bytes.first(
+          static_cast<std::size_t>(std::clamp<std::int64_t>(*limit_ - written_, 0, signedSize(bytes.size()))));
     file_.write(bytes);
     written_ += signedSize(bytes.size());
   }

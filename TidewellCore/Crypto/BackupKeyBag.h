@@ -26,10 +26,10 @@ struct BackupKeyBag {
   std::uint32_t type = 0;
   Bytes uuid;
   std::uint32_t wrap = 0;
-  Bytes salt;                                     // of the SHA-1 derivation
-  std::int64_t iterations = 0;                    // of the SHA-1 derivation
-  std::optional<Bytes> doubleSalt;                // of the SHA-256 derivation that precedes it
-  std::optional<std::int64_t> doubleIterations;   // of the SHA-256 derivation that precedes it
+  Bytes salt;                                         // of the SHA-1 derivation
+  std::int64_t iterations = 0;                        // of the SHA-1 derivation
+  std::optional<Bytes> doubleSalt;                    // of the SHA-256 derivation that precedes it
+  std::optional<std::int64_t> doubleIterations;       // of the SHA-256 derivation that precedes it
   std::map<std::uint32_t, BackupClassKey> classKeys;  // by protection class number
 
   // Reads the bytes under "BackupKeyBag" of Manifest.plist. Throws TidewellError::ioFailure.

@@ -11,7 +11,7 @@ struct BackupUnlockReport {
   bool keyBagParsed = false;
   std::int64_t classKeyCount = 0;
   std::int64_t classKeysUnwrapped = 0;
-  std::optional<std::uint32_t> manifestKeyClass;   // the protection class that "ManifestKey" names
+  std::optional<std::uint32_t> manifestKeyClass;  // the protection class that "ManifestKey" names
   std::int64_t manifestCipherByteCount = 0;
   std::int64_t manifestDecryptedByteCount = 0;
   bool sqliteHeaderOK = false;

@@ -86,7 +86,8 @@ int tw_aes256_cbc_crypt(const std::uint8_t* key, std::size_t keyLength, const st
   for (std::size_t offset = 0; offset < inLength; offset += slice) {
     const std::size_t length = std::min(slice, inLength - offset);
     int written = 0;
-    if (EVP_CipherUpdate(context.get(), out + total, &written, in + offset, static_cast<int>(length)) != 1) return failure;
+    if (EVP_CipherUpdate(context.get(), out + total, &written, in + offset, static_cast<int>(length)) != 1)
+      return failure;
     total += static_cast<std::size_t>(written);
   }
   int written = 0;
@@ -113,7 +114,8 @@ CBCDecryptor::~CBCDecryptor() = default;
 
 void CBCDecryptor::decrypt(ByteView ciphertext, std::span<std::uint8_t> plaintext) {
   int written = 0;
-  const bool fits = ciphertext.size() % blockSize == 0 && plaintext.size() >= ciphertext.size() && fitsInt(ciphertext.size());
+  const bool fits =
+      ciphertext.size() % blockSize == 0 && plaintext.size() >= ciphertext.size() && fitsInt(ciphertext.size());
   if (!fits || EVP_CipherUpdate(context_->cipher.get(), plaintext.data(), &written, ciphertext.data(),
                                 static_cast<int>(ciphertext.size())) != 1) {
     throw TidewellError::ioFailure("Could not decrypt a backup file.");

@@ -11,11 +11,11 @@
 
 // All that an export is going to do, decided before the first byte is copied.
 struct ExportPlan {
-  FolderAssignment folders;      // one for each chat of this export
-  FolderAssignment remembered;   // these, and those of chats that only earlier exports had
+  FolderAssignment folders;              // one for each chat of this export
+  FolderAssignment remembered;           // these, and those of chats that only earlier exports had
   FolderAssignment rememberedMeanwhile;  // and the former folders, until all has moved out of them
   ExportPlanner::LeftoverFolders leftovers;
-  ExportPlanner::LeftoverFolders removable;  // of the leftovers, those that are no other chat's
+  ExportPlanner::LeftoverFolders removable;        // of the leftovers, those that are no other chat's
   std::vector<ExportPlanner::PlannedCopy> copies;  // in the order of the requests
   DestinationIndex index;
 

@@ -86,7 +86,8 @@ std::vector<std::string> formerNames(const std::string& jid, const ExportPlanner
   }
   std::vector<std::string> names;
   for (const std::string& alias : jids) {
-    if (const auto folder = search.persisted.find(alias); folder != search.persisted.end()) names.push_back(folder->second);
+    if (const auto folder = search.persisted.find(alias); folder != search.persisted.end())
+      names.push_back(folder->second);
     names.push_back(FileNaming::sanitizeFolderName(alias));
   }
   return names;

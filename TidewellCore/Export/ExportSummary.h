@@ -14,7 +14,7 @@ struct ExportSummary {
   std::filesystem::path destination;
   std::int64_t chatFolderCount = 0;
   std::optional<std::filesystem::path> archiveIndexURL;  // absent when no archive was written
-  std::int64_t unresolvedArchiveLinkCount = 0;  // archive messages whose media file is not in the export
+  std::int64_t unresolvedArchiveLinkCount = 0;           // archive messages whose media file is not in the export
 
   bool operator==(const ExportSummary&) const = default;
 };

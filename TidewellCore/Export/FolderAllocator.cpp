@@ -20,7 +20,8 @@ constexpr std::array<std::string_view, 3> jidSuffixes{LIDJIDSuffix, UserJIDSuffi
 
 bool isNamedLikeJID(std::string_view folder) {
   const std::string lower = Text::lowercased(folder);
-  return std::ranges::any_of(jidSuffixes, [&](std::string_view suffix) { return lower.find(suffix) != std::string::npos; });
+  return std::ranges::any_of(jidSuffixes,
+                             [&](std::string_view suffix) { return lower.find(suffix) != std::string::npos; });
 }
 
 // Each name as given and as a folder would be called, empty ones and repeats left out.
@@ -81,7 +82,8 @@ class Assigner {
 
   void takePersisted(const std::string& jid) {
     const auto folder = choice_.persisted.find(jid);
-    if (folder != choice_.persisted.end() && !folder->second.empty() && !isUsed(folder->second)) give(jid, folder->second);
+    if (folder != choice_.persisted.end() && !folder->second.empty() && !isUsed(folder->second))
+      give(jid, folder->second);
   }
 
   void takeByContent(const std::string& jid) {
@@ -93,7 +95,8 @@ class Assigner {
       if (folders == foldersByFileKey_.end()) continue;
       for (const std::string* folder : folders->second) ++counts[*folder];
     }
-    std::erase_if(counts, [&](const auto& entry) { return isUsed(entry.first) || !choice_.canAdopt(entry.first, jid); });
+    std::erase_if(counts,
+                  [&](const auto& entry) { return isUsed(entry.first) || !choice_.canAdopt(entry.first, jid); });
     const auto best = std::ranges::max_element(counts, {}, [](const auto& entry) { return entry.second; });
     if (best != counts.end()) give(jid, best->first);
   }
@@ -207,7 +210,8 @@ FolderAssignment FolderAllocator::expandPersisted(FolderAssignment persisted, co
   for (const auto& [jid, folder] : remembered) persisted.emplace(snapshot.canonicalChatJID(jid), folder);
   for (const std::string& jid : jids) {
     const std::vector<std::string> aliases = snapshot.aliasJIDs(jid);
-    const auto known = std::ranges::find_if(aliases, [&](const std::string& alias) { return persisted.contains(alias); });
+    const auto known =
+        std::ranges::find_if(aliases, [&](const std::string& alias) { return persisted.contains(alias); });
     if (known == aliases.end()) continue;
     const std::string folder = persisted.at(*known);
     for (const std::string& alias : aliases) persisted.emplace(alias, folder);

@@ -33,7 +33,8 @@ void setDate(const fs::path& file, const PlannedCopy& copy) {
 }
 
 bool isWithoutOwnContent(const Files::Entry& entry) {
-  constexpr std::array<std::string_view, 3> names{FolderNames::textTranscript, FolderNames::htmlTranscript, ".DS_Store"};
+  constexpr std::array<std::string_view, 3> names{FolderNames::textTranscript, FolderNames::htmlTranscript,
+                                                  ".DS_Store"};
   return !entry.isFolder && std::ranges::find(names, entry.name) != names.end();
 }
 

@@ -101,15 +101,24 @@ PropertyListValue singletonValue(std::uint8_t detail) {
 
 PropertyListValue leafValue(const RawObject& object) {
   switch (object.marker) {
-    case singleton: return singletonValue(object.detail);
-    case integer: return integerValue(object.payload);
-    case real: return {realNumber(object.payload)};
-    case date: return dateValue(object.payload);
-    case data: return {Bytes(object.payload.begin(), object.payload.end())};
-    case asciiString: return {asciiText(object.payload)};
-    case utf16String: return {utf16Text(object.payload)};
-    case uid: return {PropertyListUID{readBigEndian(object.payload)}};
-    default: fail("an object has an unknown type");
+    case singleton:
+      return singletonValue(object.detail);
+    case integer:
+      return integerValue(object.payload);
+    case real:
+      return {realNumber(object.payload)};
+    case date:
+      return dateValue(object.payload);
+    case data:
+      return {Bytes(object.payload.begin(), object.payload.end())};
+    case asciiString:
+      return {asciiText(object.payload)};
+    case utf16String:
+      return {utf16Text(object.payload)};
+    case uid:
+      return {PropertyListUID{readBigEndian(object.payload)}};
+    default:
+      fail("an object has an unknown type");
   }
 }
 
@@ -190,7 +199,8 @@ class Reader {
     const std::uint8_t first = charge(bytes(offset++, 1))[0];
     RawObject object{.marker = static_cast<std::uint8_t>(first >> 4), .detail = static_cast<std::uint8_t>(first & 0xF)};
     switch (object.marker) {
-      case singleton: break;
+      case singleton:
+        break;
       case integer:
       case real:
       case date:
@@ -201,7 +211,8 @@ class Reader {
         if (object.detail > 7) fail("a reference has an unknown size");
         object.payload = charge(bytes(offset, object.detail + std::size_t{1}));
         break;
-      default: readCounted(object, offset);
+      default:
+        readCounted(object, offset);
     }
     return object;
   }
@@ -221,12 +232,21 @@ class Reader {
     const auto items = static_cast<std::size_t>(count);
     switch (object.marker) {
       case data:
-      case asciiString: object.payload = charge(bytes(offset, items)); break;
-      case utf16String: object.payload = charge(bytes(offset, items * 2)); break;
+      case asciiString:
+        object.payload = charge(bytes(offset, items));
+        break;
+      case utf16String:
+        object.payload = charge(bytes(offset, items * 2));
+        break;
       case array:
-      case set: object.references = readReferences(offset, items); break;
-      case dictionary: object.references = readReferences(offset, items * 2); break;
-      default: fail("an object has an unknown type");
+      case set:
+        object.references = readReferences(offset, items);
+        break;
+      case dictionary:
+        object.references = readReferences(offset, items * 2);
+        break;
+      default:
+        fail("an object has an unknown type");
     }
   }
 

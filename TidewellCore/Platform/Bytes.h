@@ -14,6 +14,4 @@ inline ByteView bytesOf(std::string_view text) {
 }
 
 // The same memory, read as text; nothing is validated.
-inline std::string_view textOf(ByteView bytes) {
-  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
-}
+inline std::string_view textOf(ByteView bytes) { return {reinterpret_cast<const char*>(bytes.data()), bytes.size()}; }

@@ -65,8 +65,8 @@ TimeZone TimeZone::current() {
 }
 
 std::optional<TimeZone> TimeZone::named(std::string_view identifier) {
-  const auto id = icu::UnicodeString::fromUTF8(
-      icu::StringPiece(identifier.data(), static_cast<std::int32_t>(identifier.size())));
+  const auto id =
+      icu::UnicodeString::fromUTF8(icu::StringPiece(identifier.data(), static_cast<std::int32_t>(identifier.size())));
   const std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createTimeZone(id));
   // ICU answers an unknown identifier with a zone of its own instead of an error.
   if (identifier.empty() || identifierOf(*zone) == UCAL_UNKNOWN_ZONE_ID) return std::nullopt;
@@ -138,7 +138,8 @@ std::optional<Date> dateFromISO8601(std::string_view text) {
     if (!value || text[fields[i].offset + fields[i].length] != fields[i].following) return std::nullopt;
     values[i] = *value;
   }
-  const std::chrono::year_month_day day{std::chrono::year(values[0]), std::chrono::month(static_cast<unsigned>(values[1])),
+  const std::chrono::year_month_day day{std::chrono::year(values[0]),
+                                        std::chrono::month(static_cast<unsigned>(values[1])),
                                         std::chrono::day(static_cast<unsigned>(values[2]))};
   if (!day.ok() || values[3] > 23 || values[4] > 59 || values[5] > 60) return std::nullopt;
   return Date(std::chrono::sys_days(day) + std::chrono::hours(values[3]) + std::chrono::minutes(values[4]) +

@@ -123,7 +123,8 @@ Bytes Files::read(const fs::path& path, std::int64_t limit) {
   FileDescriptor file = FileDescriptor::openForReading(path);
   const std::int64_t size = file.size();
   if (size > limit) {
-    throw fs::filesystem_error("The file is too large to be read", path, std::make_error_code(std::errc::file_too_large));
+    throw fs::filesystem_error("The file is too large to be read", path,
+                               std::make_error_code(std::errc::file_too_large));
   }
   Bytes content(static_cast<std::size_t>(size));
   content.resize(file.read(content));
@@ -175,7 +176,8 @@ bool Files::moveToFree(const fs::path& from, const fs::path& to) {
   const fs::path partial = to.parent_path() / partialName();
   try {
     if (Files::copy(from, partial) != regularFileSize(from)) {
-      throw fs::filesystem_error("The file changed while it was moved", from, to, std::make_error_code(std::errc::io_error));
+      throw fs::filesystem_error("The file changed while it was moved", from, to,
+                                 std::make_error_code(std::errc::io_error));
     }
     setModificationTime(partial, modificationTime(from));
     if (renameToFree(partial, to)) return fs::remove(from);

@@ -15,11 +15,16 @@ Json unsignedNumber(std::uint64_t number) {
 
 Json fromLibrary(const nlohmann::json& source) {
   switch (source.type()) {
-    case nlohmann::json::value_t::boolean: return source.get<bool>();
-    case nlohmann::json::value_t::number_integer: return source.get<std::int64_t>();
-    case nlohmann::json::value_t::number_unsigned: return unsignedNumber(source.get<std::uint64_t>());
-    case nlohmann::json::value_t::number_float: return source.get<double>();
-    case nlohmann::json::value_t::string: return source.get<std::string>();
+    case nlohmann::json::value_t::boolean:
+      return source.get<bool>();
+    case nlohmann::json::value_t::number_integer:
+      return source.get<std::int64_t>();
+    case nlohmann::json::value_t::number_unsigned:
+      return unsignedNumber(source.get<std::uint64_t>());
+    case nlohmann::json::value_t::number_float:
+      return source.get<double>();
+    case nlohmann::json::value_t::string:
+      return source.get<std::string>();
     case nlohmann::json::value_t::array: {
       Json::Array items;
       for (const auto& item : source) items.push_back(fromLibrary(item));
@@ -30,7 +35,8 @@ Json fromLibrary(const nlohmann::json& source) {
       for (const auto& [key, value] : source.items()) entries.emplace(key, fromLibrary(value));
       return entries;
     }
-    default: return {};
+    default:
+      return {};
   }
 }
 
@@ -67,5 +73,5 @@ std::optional<Json> Json::parse(std::string_view text) {
 
 std::string Json::write(bool indented) const {
   return toLibrary(*this).dump(indented ? 2 : -1, ' ', /*ensure_ascii=*/false,
-                                        nlohmann::json::error_handler_t::replace);
+                               nlohmann::json::error_handler_t::replace);
 }

@@ -40,8 +40,8 @@ struct PropertyListUID {
 
 struct PropertyListValue {
   // Unsigned numbers appear only where a signed one cannot hold the value.
-  std::variant<std::monostate, bool, std::int64_t, std::uint64_t, double, Date, std::string, Bytes,
-               PropertyListArray, PropertyListDictionary, PropertyListUID>
+  std::variant<std::monostate, bool, std::int64_t, std::uint64_t, double, Date, std::string, Bytes, PropertyListArray,
+               PropertyListDictionary, PropertyListUID>
       content;
 };
 

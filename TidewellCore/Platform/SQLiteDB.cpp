@@ -26,7 +26,8 @@ Mode modeOf(SQLiteDB::OpenMode mode) {
       return {SQLITE_OPEN_READWRITE | SQLITE_OPEN_FULLMUTEX,
               "open writable SQLite copy",
               {"PRAGMA journal_mode = DELETE;", refuseWrites}};
-    case SQLiteDB::OpenMode::create: break;
+    case SQLiteDB::OpenMode::create:
+      break;
   }
   return {SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_FULLMUTEX, "create SQLite file", {}};
 }
@@ -81,11 +82,20 @@ class Statement {
 
   void readColumn(int column, SQLiteValue& value) const {
     switch (sqlite3_column_type(statement_, column)) {
-      case SQLITE_INTEGER: value = static_cast<std::int64_t>(sqlite3_column_int64(statement_, column)); break;
-      case SQLITE_FLOAT: value = sqlite3_column_double(statement_, column); break;
-      case SQLITE_TEXT: readText(column, value); break;
-      case SQLITE_BLOB: readBlob(column, value); break;
-      default: value = SQLiteNull{};
+      case SQLITE_INTEGER:
+        value = static_cast<std::int64_t>(sqlite3_column_int64(statement_, column));
+        break;
+      case SQLITE_FLOAT:
+        value = sqlite3_column_double(statement_, column);
+        break;
+      case SQLITE_TEXT:
+        readText(column, value);
+        break;
+      case SQLITE_BLOB:
+        readBlob(column, value);
+        break;
+      default:
+        value = SQLiteNull{};
     }
   }
 
@@ -183,7 +193,8 @@ SQLiteDB::SQLiteDB(const std::string& path, OpenMode openMode, const std::option
   sqlite3*& handle = connection_->handle;
   const int result = sqlite3_open_v2(plainPath(path).c_str(), &handle, mode.flags, nullptr);
   if (result != SQLITE_OK) {
-    const std::string message = handle != nullptr ? sqlite3_errmsg(handle) : fmt::format("SQLite open failed ({})", result);
+    const std::string message =
+        handle != nullptr ? sqlite3_errmsg(handle) : fmt::format("SQLite open failed ({})", result);
     throw TidewellError::databaseOpenFailed(stage.value_or(mode.stage), path, message);
   }
   for (const char* pragma : mode.pragmas) sqlite3_exec(handle, pragma, nullptr, nullptr, nullptr);

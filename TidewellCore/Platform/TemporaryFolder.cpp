@@ -27,7 +27,8 @@ std::string randomUUID() {
 TemporaryFolder::TemporaryFolder(std::string_view prefix)
     : path_(fs::temp_directory_path() / (std::string(prefix) + randomUUID())) {
   if (::mkdir(path_.c_str(), 0700) == 0) return;
-  throw fs::filesystem_error("Could not create a working folder", path_, std::error_code(errno, std::generic_category()));
+  throw fs::filesystem_error("Could not create a working folder", path_,
+                             std::error_code(errno, std::generic_category()));
 }
 
 TemporaryFolder::~TemporaryFolder() {

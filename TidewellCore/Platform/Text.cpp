@@ -25,9 +25,7 @@ bool isASCII(std::string_view text) {
   return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
-icu::StringPiece piece(std::string_view text) {
-  return {text.data(), static_cast<std::int32_t>(text.size())};
-}
+icu::StringPiece piece(std::string_view text) { return {text.data(), static_cast<std::int32_t>(text.size())}; }
 
 std::string utf8(const icu::UnicodeString& text) {
   std::string result;
@@ -219,8 +217,7 @@ struct Text::NameOrder::Collator {
 
 Text::NameOrder::NameOrder(const std::string& localeIdentifier) : collator_(std::make_unique<Collator>()) {
   UErrorCode status = U_ZERO_ERROR;
-  collator_->icu.reset(
-      icu::Collator::createInstance(icu::Locale::createCanonical(localeIdentifier.c_str()), status));
+  collator_->icu.reset(icu::Collator::createInstance(icu::Locale::createCanonical(localeIdentifier.c_str()), status));
   check(status);
   // Secondary strength tells accents apart and letter case not.
   collator_->icu->setStrength(icu::Collator::SECONDARY);

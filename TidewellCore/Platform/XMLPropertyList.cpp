@@ -13,9 +13,7 @@
 
 namespace {
 
-[[noreturn]] void failOnNumber() {
-  throw PropertyListError("The property list holds a number that cannot be read.");
-}
+[[noreturn]] void failOnNumber() { throw PropertyListError("The property list holds a number that cannot be read."); }
 
 // Unsigned numbers and signed ones, in decimal or, after "0x", in base 16.
 PropertyListValue integerValue(std::string_view text) {
