@@ -43,7 +43,8 @@ UChar32 codePoint(char32_t scalar) { return static_cast<UChar32>(scalar); }
 // Moves `offset` behind the next scalar; negative for an invalid byte sequence.
 UChar32 nextScalar(std::string_view text, std::size_t& offset) {
   UChar32 scalar = 0;
-  U8_NEXT(text.data(), offset, text.size(), scalar);
+  const char* bytes = text.data();
+  U8_NEXT(bytes, offset, text.size(), scalar);
   return scalar;
 }
 
