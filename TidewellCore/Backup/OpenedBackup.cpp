@@ -146,7 +146,8 @@ void TemporaryBackupDatabase::copyDatabaseFile(const fs::path& backup, const Man
   uncut.plaintextSize = opened->provenSize(file);
   opened->materialize(uncut, destination, isCancelled);
   const auto header = SQLiteHeader::read(destination);
-  if (!header || Files::regularFileSize(destination) >= header->databaseSize) return;
+  const bool isWhole = !header || Files::regularFileSize(destination) >= header->databaseSize;
+  if (isWhole || !uncut.plaintextSize) return;
   uncut.plaintextSize.reset();
   opened->materialize(uncut, destination, isCancelled);
 }

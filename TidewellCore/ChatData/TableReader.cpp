@@ -4,9 +4,8 @@
 
 #include "TidewellCore/Platform/Text.h"
 
-TableReader::TableReader(const SQLiteDB& database, std::string table)
-    : database_(database), table_(std::move(table)), exists_(database.tableExists(table_)) {
-  if (exists_) columns_ = database.columns(table_);
+TableReader::TableReader(const SQLiteDB& database, std::string table) : database_(database), table_(std::move(table)) {
+  if (database.tableExists(table_)) columns_ = database.columns(table_);
 }
 
 std::string TableReader::select(std::initializer_list<const char*> candidates) {

@@ -10,10 +10,9 @@
 // names the candidates of each field and gets the column that is there.
 class TableReader {
  public:
+  // A missing table has no columns. The database must outlive the reader.
   TableReader(const SQLiteDB& database, std::string table);
 
-  // Whether the table is there.
-  bool exists() const { return exists_; }
   // Selects the first candidate that is a column and returns its name, under
   // which rows then hold it; empty when there is none, and rows hold nothing then.
   std::string select(std::initializer_list<const char*> candidates);
@@ -23,7 +22,6 @@ class TableReader {
  private:
   const SQLiteDB& database_;
   std::string table_;
-  bool exists_;
   std::set<std::string> columns_;
   std::string selected_;
 };

@@ -73,6 +73,12 @@ void setModificationTime(const fs::path& path, timespec modified) {
   }
 }
 
+// Waits until the file's bytes are on the disk.
+void flush(const fs::path& path) {
+  const FileDescriptor file = FileDescriptor::openForReading(path);
+  if (::fsync(file.number()) != 0) file.fail("Could not write the file");
+}
+
 }  // namespace
 
 bool Files::exists(const fs::path& path) {
@@ -136,8 +142,8 @@ void Files::writeAtomically(const fs::path& path, std::string_view content) {
   try {
     FileDescriptor file = FileDescriptor::create(partial);
     file.write(bytesOf(content));
-    if (::fsync(file.number()) != 0) file.fail("Could not write the file");
     file.close();
+    flush(partial);
     fs::rename(partial, path);
   } catch (...) {
     std::error_code ignored;
@@ -180,6 +186,7 @@ bool Files::moveToFree(const fs::path& from, const fs::path& to) {
                                  std::make_error_code(std::errc::io_error));
     }
     setModificationTime(partial, modificationTime(from));
+    flush(partial);  // the only other copy is about to be removed
     if (renameToFree(partial, to)) return fs::remove(from);
   } catch (...) {
     std::error_code ignored;
