@@ -1,5 +1,7 @@
 #include "TidewellCore/Backup/OpenedBackup.h"
 
+#include <algorithm>
+
 #include "TidewellCore/Backup/BackupInspector.h"
 #include "TidewellCore/Backup/StoredFileLocation.h"
 #include "TidewellCore/Crypto/BackupCrypto.h"
@@ -112,6 +114,22 @@ std::optional<std::int64_t> OpenedBackup::provenSize(const ManifestFile& file) c
   }
   // Without padding, only a size that fills all blocks is whole.
   return file.plaintextSize == storedSize && isWholeBlocks(*storedSize) ? storedSize : std::nullopt;
+}
+
+Bytes OpenedBackup::firstBytes(const ManifestFile& file, std::size_t count) const {
+  const auto stored = location(file);
+  if (!stored) failAsMissing(file);
+  FileDescriptor input = FileDescriptor::openForReading(*stored);
+  Bytes bytes((count + BackupCrypto::blockSize - 1) / BackupCrypto::blockSize * BackupCrypto::blockSize);
+  bytes.resize(input.read(bytes));
+  if (isEncrypted(file)) {
+    const SecretBytes key = unlocker_->keyBag.unwrapPersistentKey(*file.encryptionKey);
+    const ByteView blocks = ByteView(bytes).first(bytes.size() / BackupCrypto::blockSize * BackupCrypto::blockSize);
+    bytes = BackupCrypto::cbcDecryptRaw(key, BackupCrypto::zeroIV, blocks);
+  }
+  const auto known = static_cast<std::size_t>(provenSize(file).value_or(0));
+  bytes.resize(std::min({bytes.size(), count, known}));
+  return bytes;
 }
 
 void OpenedBackup::materialize(const ManifestFile& file, const fs::path& destination,

@@ -46,6 +46,10 @@ class OpenedBackup {
   // recorded; absent when the stored file is missing or was cut short.
   std::optional<std::int64_t> provenSize(const ManifestFile& file) const;
 
+  // The first bytes of the plaintext, at most `count`, fewer when the file is
+  // shorter. Throws what reading and decrypting report.
+  Bytes firstBytes(const ManifestFile& file, std::size_t count) const;
+
   // Writes the plaintext of a file. Throws TidewellError::chatStorageUnreadable
   // when it is not stored, and what decrypting or copying reports.
   void materialize(const ManifestFile& file, const std::filesystem::path& destination,

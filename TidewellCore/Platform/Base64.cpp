@@ -1,5 +1,7 @@
 #include "TidewellCore/Platform/Base64.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr std::string_view alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -28,4 +30,15 @@ std::optional<Bytes> Base64::decode(std::string_view text) {
     result.push_back(static_cast<std::uint8_t>(pending >> pendingBits));
   }
   return result;
+}
+
+std::string Base64::encode(ByteView bytes) {
+  std::string text;
+  for (std::size_t i = 0; i < bytes.size(); i += 3) {
+    const ByteView group = bytes.subspan(i, std::min<std::size_t>(3, bytes.size() - i));
+    std::uint32_t bits = 0;
+    for (std::size_t j = 0; j < 3; ++j) bits = bits << 8 | (j < group.size() ? group[j] : 0U);
+    for (std::size_t j = 0; j < 4; ++j) text += j <= group.size() ? alphabet[bits >> (18 - 6 * j) & 63U] : '=';
+  }
+  return text;
 }

@@ -44,6 +44,8 @@ bool isKnownRegion(std::string_view region) {
   return region.empty() || isArea || isListed(icu::Locale::getISOCountries(), region);
 }
 
+icu::Locale icuLocale(const Locale& locale) { return icu::Locale::createCanonical(locale.identifier.c_str()); }
+
 std::optional<int> number(std::string_view digits) {
   int value = 0;
   const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
@@ -86,18 +88,32 @@ std::optional<Locale> Locale::named(std::string_view identifier) {
 std::string Locale::languageCode() const { return icu::Locale::createCanonical(identifier.c_str()).getLanguage(); }
 
 struct DateFormatter::Format {
-  icu::SimpleDateFormat icu;
+  std::unique_ptr<icu::DateFormat> icu;
+
+  Format(icu::DateFormat* owned, const TimeZone& timeZone) : icu(owned) {
+    if (!icu) throw std::runtime_error(u_errorName(U_MISSING_RESOURCE_ERROR));
+    icu->adoptTimeZone(icu::TimeZone::createTimeZone(icu::UnicodeString::fromUTF8(timeZone.identifier)));
+  }
 };
+
+DateFormatter::DateFormatter(std::unique_ptr<Format> format) : format_(std::move(format)) {}
 
 DateFormatter::DateFormatter(std::string_view pattern, const TimeZone& timeZone, const Locale& locale) {
   UErrorCode status = U_ZERO_ERROR;
-  const icu::UnicodeString zone = icu::UnicodeString::fromUTF8(timeZone.identifier);
-  format_.reset(new Format{icu::SimpleDateFormat(icu::UnicodeString::fromUTF8(std::string(pattern)),
-                                                 icu::Locale::createCanonical(locale.identifier.c_str()), status)});
+  format_ = std::make_unique<Format>(
+      new icu::SimpleDateFormat(icu::UnicodeString::fromUTF8(std::string(pattern)), icuLocale(locale), status),
+      timeZone);
   if (U_FAILURE(status)) throw std::runtime_error(u_errorName(status));
-  std::unique_ptr<icu::Calendar> calendar(format_->icu.getCalendar()->clone());
-  calendar->adoptTimeZone(icu::TimeZone::createTimeZone(zone));
-  format_->icu.adoptCalendar(calendar.release());
+}
+
+DateFormatter DateFormatter::fullDate(const TimeZone& timeZone, const Locale& locale) {
+  icu::DateFormat* format = icu::DateFormat::createDateInstance(icu::DateFormat::kFull, icuLocale(locale));
+  return DateFormatter(std::make_unique<Format>(format, timeZone));
+}
+
+DateFormatter DateFormatter::mediumTime(const TimeZone& timeZone, const Locale& locale) {
+  icu::DateFormat* format = icu::DateFormat::createTimeInstance(icu::DateFormat::kMedium, icuLocale(locale));
+  return DateFormatter(std::make_unique<Format>(format, timeZone));
 }
 
 DateFormatter::~DateFormatter() = default;
@@ -108,7 +124,7 @@ std::string DateFormatter::string(Date date) const {
   const double seconds = std::floor(std::clamp(unixTime(date), earliestShown, latestShown));
   icu::UnicodeString text;
   std::string result;
-  format_->icu.format(seconds * U_MILLIS_PER_SECOND, text).toUTF8String(result);
+  format_->icu->format(seconds * U_MILLIS_PER_SECOND, text).toUTF8String(result);
   return result;
 }
 

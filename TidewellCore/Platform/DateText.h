@@ -41,12 +41,16 @@ struct Locale {
   bool operator==(const Locale&) const = default;
 };
 
-// Writes dates after a pattern of Unicode TR 35 ("yyyy-MM-dd_HHmmss"), those
-// before October 1582 in the Julian calendar, by which Apple's distant past is the
+// Writes dates after a pattern of Unicode TR 35 ("yyyy-MM-dd_HHmmss") or in a
+// style of the locale, those before October 1582 in the Julian calendar, by which Apple's distant past is the
 // first day of the year 1. Costly to make and cheap to use; one thread at a time.
 class DateFormatter {
  public:
   DateFormatter(std::string_view pattern, const TimeZone& timeZone, const Locale& locale);
+  // The day as a locale spells it out: "Wednesday, May 1, 2024".
+  static DateFormatter fullDate(const TimeZone& timeZone, const Locale& locale);
+  // The time of day to the second: "2:05:09 PM", with the locale's own spaces.
+  static DateFormatter mediumTime(const TimeZone& timeZone, const Locale& locale);
   ~DateFormatter();
   DateFormatter(DateFormatter&&) noexcept;
   DateFormatter& operator=(DateFormatter&&) noexcept;
@@ -55,6 +59,7 @@ class DateFormatter {
 
  private:
   struct Format;
+  explicit DateFormatter(std::unique_ptr<Format> format);
   std::unique_ptr<Format> format_;
 };
 

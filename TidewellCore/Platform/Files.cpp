@@ -79,6 +79,16 @@ void flush(const fs::path& path) {
   if (::fsync(file.number()) != 0) file.fail("Could not write the file");
 }
 
+bool holds(const fs::path& path, std::string_view content) {
+  const auto length = static_cast<std::int64_t>(content.size());
+  if (Files::regularFileSize(path) != length) return false;
+  try {
+    return textOf(Files::read(path, length)) == content;
+  } catch (const fs::filesystem_error&) {
+    return false;
+  }
+}
+
 }  // namespace
 
 bool Files::exists(const fs::path& path) {
@@ -150,6 +160,10 @@ void Files::writeAtomically(const fs::path& path, std::string_view content) {
     fs::remove(partial, ignored);
     throw;
   }
+}
+
+void Files::writeWhenDifferent(const fs::path& path, std::string_view content) {
+  if (!holds(path, content)) writeAtomically(path, content);
 }
 
 std::int64_t Files::copy(const fs::path& from, const fs::path& to, const CancellationCheck& isCancelled) {

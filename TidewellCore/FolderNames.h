@@ -8,7 +8,9 @@ namespace FolderNames {
 
 inline constexpr const char* content = "messages";  // the content root
 inline constexpr const char* viewer = "_viewer";
-inline constexpr const char* viewerData = "data";  // in the viewer's folder
+inline constexpr const char* viewerStyleSheet = "app.css";  // in the viewer's folder
+inline constexpr const char* viewerScript = "app.js";       // in the viewer's folder
+inline constexpr const char* viewerData = "data";           // in the viewer's folder
 inline constexpr const char* avatars = "avatars";
 inline constexpr const char* archivePage = "index.html";
 inline constexpr const char* archiveChats = "chats.js";  // in the viewer's data folder
