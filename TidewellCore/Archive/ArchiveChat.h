@@ -1,0 +1,41 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "TidewellCore/MediaKind.h"
+
+// What the Chat Archive shows, as the exporter hands it over.
+
+struct ArchiveMedia {
+  MediaKind kind = MediaKind::documents;
+  std::optional<std::string> relativePath;  // of the file, from the content root; absent when it was not exported
+  std::optional<std::string> fileName;
+  bool exported = false;  // the file stands in the export
+
+  bool operator==(const ArchiveMedia&) const = default;
+};
+
+struct ArchiveMessage {
+  std::string id;  // unique in its chat
+  bool fromMe = false;
+  std::string sender;               // as it is shown
+  std::optional<double> timestamp;  // seconds since 1970-01-01T00:00:00Z
+  std::optional<std::string> text;
+  std::optional<ArchiveMedia> media;
+
+  bool operator==(const ArchiveMessage&) const = default;
+};
+
+struct ArchiveChat {
+  std::string id;  // unique in the archive and fit for a file name: ChatArchiveWriter::safeID
+  std::string name;
+  std::string jid;
+  std::string folder;  // in the content root; empty when the chat has none
+  bool isGroup = false;
+  std::vector<ArchiveMessage> messages;           // undated first, then oldest first
+  std::optional<std::string> avatarRelativePath;  // from the content root
+
+  bool operator==(const ArchiveChat&) const = default;
+};

@@ -1,0 +1,201 @@
+#include "TidewellCore/Archive/ChatArchiveWriter.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "TidewellCore/Archive/ChatArchiveAssets.h"
+#include "TidewellCore/Archive/ChatArchiveJSON.h"
+#include "TidewellCore/Archive/ChatArchiveStrings.h"
+#include "TidewellCore/Archive/ReadableText.h"
+#include "TidewellCore/Archive/ViewerTexts.h"
+#include "TidewellCore/FileNaming.h"
+#include "TidewellCore/FolderNames.h"
+#include "TidewellCore/Platform/Files.h"
+#include "TidewellCore/Platform/PathText.h"
+#include "TidewellCore/Platform/Text.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using ReadableText::cleaned;
+
+constexpr std::size_t longestID = 200;  // leaves room for what file names add to it
+constexpr std::size_t previewCharacters = 100;
+constexpr double withoutActivity = -1;
+
+std::string dataFileName(std::string_view id) { return "chat-" + std::string(id) + ".js"; }
+
+// Browsers know dates up to 100,000,000 days from 1970 (ECMA-262, "Time Values and Time Range").
+std::int64_t wholeSeconds(double timestamp) {
+  constexpr double latest = 8'640'000'000'000;
+  return std::llround(std::clamp(timestamp, -latest, latest));
+}
+
+bool isKept(char c) {
+  return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '-' || c == '_' || c == '.';
+}
+
+Json::Object mediaDictionary(const ArchiveMedia& media) {
+  Json::Object json{{"exported", media.exported}, {"kind", media.kind.rawValue()}};
+  if (media.relativePath) json.emplace("path", *media.relativePath);
+  if (media.fileName) json.emplace("name", cleaned(*media.fileName));
+  return json;
+}
+
+Json::Object textTable(const TranscriptStyle& style) {
+  const ChatArchiveStrings& strings = ChatArchiveStrings::forStyle(style);
+  const bool isPortuguese = strings == ChatArchiveStrings::brazilianPortuguese();
+  const ViewerTexts& controls = isPortuguese ? ViewerTexts::brazilianPortuguese() : ViewerTexts::english();
+  Json::Object table;
+  for (const auto& [name, text] : ChatArchiveStrings::fields()) table.emplace(name, strings.*text);
+  for (const auto& [name, text] : ViewerTexts::fields()) table.emplace(name, controls.*text);
+  return table;
+}
+
+bool isOurs(const fs::path& page) {
+  constexpr std::int64_t largestPage = 1 << 20;
+  try {
+    const Bytes content = Files::read(page, largestPage);
+    return textOf(content).find(ChatArchiveAssets::pageMark) != std::string_view::npos;
+  } catch (const fs::filesystem_error&) {
+    return false;
+  }
+}
+
+void makeRoomForPage(const fs::path& page) {
+  if (!fs::exists(fs::symlink_status(page)) || isOurs(page)) return;
+  const std::string name = PathText::text(page.filename());
+  std::set<std::string> used{FileNaming::normalizedKey(name)};
+  while (!Files::renameToFree(page, page.parent_path() / FileNaming::uniquify(name, used))) continue;
+}
+
+}  // namespace
+
+ChatArchiveWriter::ChatArchiveWriter(Setting setting) : setting_(std::move(setting)), blocks_(dataFolder()) {
+  fs::create_directories(dataFolder());
+}
+
+fs::path ChatArchiveWriter::dataFolder() const {
+  return setting_.contentRoot / FolderNames::viewer / FolderNames::viewerData;
+}
+
+void ChatArchiveWriter::add(const ArchiveChat& chat) {
+  std::string script = "window.__CHAT_PAYLOAD = {\"messages\":[";
+  blocks_.beginChat(chat.id);
+  for (const ArchiveMessage& message : chat.messages) {
+    if (&message != &chat.messages.front()) script += ',';
+    const std::size_t begin = script.size();
+    ChatArchiveJSON::append(script, dictionary(message));
+    blocks_.add(std::string_view(script).substr(begin));
+  }
+  script += "]};\n";
+  Files::writeWhenDifferent(dataFolder() / dataFileName(chat.id), script);
+  chats_.push_back(summary(chat, setting_.style));
+}
+
+fs::path ChatArchiveWriter::finish() {
+  writeViewer();
+  writeChatList();
+  const bool isFlat = setting_.contentRoot == setting_.destination;
+  const std::string base = isFlat ? "" : PathText::text(setting_.contentRoot.filename()) + "/";
+  const fs::path page = setting_.destination / FolderNames::archivePage;
+  makeRoomForPage(page);
+  Files::writeWhenDifferent(page, ChatArchiveAssets::indexHTML(ChatArchiveStrings::forStyle(setting_.style),
+                                                               base + FolderNames::viewer + "/"));
+  blocks_.removeOthers();
+  return page;
+}
+
+void ChatArchiveWriter::writeViewer() const {
+  const fs::path viewer = setting_.contentRoot / FolderNames::viewer;
+  Files::writeWhenDifferent(viewer / FolderNames::viewerStyleSheet, ChatArchiveAssets::styleSheet());
+  Files::writeWhenDifferent(viewer / FolderNames::viewerScript, ChatArchiveAssets::script());
+}
+
+void ChatArchiveWriter::writeChatList() {
+  const Json::Object archive{{"blocks", blocks_.finish()},
+                             {"strings", textTable(setting_.style)},
+                             {"timeZone", setting_.timeZone.identifier},
+                             {"title", ChatArchiveStrings::forStyle(setting_.style).title}};
+  Json::Array list;
+  for (const ArchiveChatSummary& chat : sortedByActivity(chats_, setting_.style)) list.emplace_back(dictionary(chat));
+  Files::writeWhenDifferent(
+      dataFolder() / FolderNames::archiveChats,
+      ChatArchiveJSON::assignment("ARCHIVE", archive) + ChatArchiveJSON::assignment("CHATS", std::move(list)));
+}
+
+fs::path ChatArchiveWriter::write(Setting setting, const std::vector<ArchiveChat>& chats) {
+  ChatArchiveWriter writer(std::move(setting));
+  for (const ArchiveChat& chat : chats) writer.add(chat);
+  return writer.finish();
+}
+
+std::vector<ArchiveChatSummary> ChatArchiveWriter::sortedByActivity(std::vector<ArchiveChatSummary> chats,
+                                                                    const TranscriptStyle& style) {
+  const Text::NameOrder names(style.languageCode);
+  std::ranges::stable_sort(chats, [&](const ArchiveChatSummary& a, const ArchiveChatSummary& b) {
+    const double activityOfA = a.lastTimestamp.value_or(withoutActivity);
+    const double activityOfB = b.lastTimestamp.value_or(withoutActivity);
+    if (activityOfA != activityOfB) return activityOfA > activityOfB;
+    return names.compare(a.name, b.name) < 0;
+  });
+  return chats;
+}
+
+std::string ChatArchiveWriter::safeID(std::string_view jid, std::optional<std::int64_t> pk) {
+  if (jid.empty()) return "chat-" + std::to_string(pk.value_or(0));
+  std::string id(jid.substr(0, longestID));
+  std::ranges::replace_if(
+      id, [](char c) { return !isKept(c); }, '_');
+  if (id.front() == '.') id.front() = '_';  // a hidden file's name
+  return id;
+}
+
+void ChatArchiveWriter::giveIDs(std::vector<ArchiveChat>& chats) {
+  std::set<std::string> used;
+  for (ArchiveChat& chat : chats) chat.id = FileNaming::uniquify(safeID(chat.jid, std::nullopt), used);
+}
+
+ArchiveChatSummary ChatArchiveWriter::summary(const ArchiveChat& chat, const TranscriptStyle& style) {
+  const auto lastDated = std::find_if(chat.messages.rbegin(), chat.messages.rend(),
+                                      [](const ArchiveMessage& message) { return message.timestamp.has_value(); });
+  return {.id = chat.id,
+          .name = chat.name,
+          .jid = chat.jid,
+          .folder = chat.folder,
+          .isGroup = chat.isGroup,
+          .preview = preview(chat.messages.empty() ? nullptr : &chat.messages.back(), style),
+          .messageCount = static_cast<std::int64_t>(chat.messages.size()),
+          .lastTimestamp = lastDated == chat.messages.rend() ? std::nullopt : lastDated->timestamp,
+          .avatarRelativePath = chat.avatarRelativePath};
+}
+
+std::string ChatArchiveWriter::preview(const ArchiveMessage* message, const TranscriptStyle& style) {
+  if (message == nullptr) return {};
+  std::string content = ReadableText::onOneLine(cleaned(message->text.value_or("")));
+  content = Text::firstCharacters(content, previewCharacters);
+  if (content.empty() && message->media) content = ChatArchiveStrings::forStyle(style).mediaLabel(message->media->kind);
+  return message->fromMe && !content.empty() ? style.youLabel + ": " + content : content;
+}
+
+Json::Object ChatArchiveWriter::dictionary(const ArchiveChatSummary& chat) {
+  Json::Object json{{"id", chat.id},
+                    {"name", cleaned(chat.name)},
+                    {"jid", cleaned(chat.jid)},
+                    {"folder", chat.folder},
+                    {"group", chat.isGroup},
+                    {"preview", chat.preview},
+                    {"count", chat.messageCount},
+                    {"file", dataFileName(chat.id)}};
+  if (chat.lastTimestamp) json.emplace("lastTs", wholeSeconds(*chat.lastTimestamp));
+  if (chat.avatarRelativePath) json.emplace("avatar", *chat.avatarRelativePath);
+  return json;
+}
+
+Json::Object ChatArchiveWriter::dictionary(const ArchiveMessage& message) {
+  Json::Object json{{"id", message.id}, {"me", message.fromMe}, {"sender", cleaned(message.sender)}};
+  if (message.timestamp) json.emplace("ts", wholeSeconds(*message.timestamp));
+  if (message.text && !message.text->empty()) json.emplace("text", cleaned(*message.text));
+  if (message.media) json.emplace("media", mediaDictionary(*message.media));
+  return json;
+}

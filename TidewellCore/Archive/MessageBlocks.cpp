@@ -1,0 +1,89 @@
+#include "TidewellCore/Archive/MessageBlocks.h"
+
+#include <fmt/format.h>
+
+#include <array>
+
+#include "TidewellCore/Crypto/CryptoShim.h"
+#include "TidewellCore/Platform/Bytes.h"
+#include "TidewellCore/Platform/Files.h"
+#include "TidewellCore/Platform/PathText.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t fullSize = 1 << 20;  // bytes of lines
+constexpr std::string_view prefix = "block-";
+constexpr std::string_view ending = ".js";
+constexpr std::string_view opening = "window.__BLOCK_PAYLOAD = String.raw`";
+constexpr std::string_view closing = "`;\n";
+
+// The two characters that mean something in a template literal stand only
+// within JSON texts, where they can be written as escapes.
+void appendForTemplate(std::string& lines, std::string_view json) {
+  for (const char c : json) {
+    if (c == '`') {
+      lines += "\\u0060";
+    } else if (c == '$') {
+      lines += "\\u0024";
+    } else {
+      lines += c;
+    }
+  }
+}
+
+}  // namespace
+
+void MessageBlocks::beginChat(const std::string& id) {
+  if (next_ > firstOfChat_) chats_.emplace_back(Json::Array{chatID_, firstOfChat_, next_ - firstOfChat_});
+  chatID_ = id;
+  firstOfChat_ = next_ = 0;
+}
+
+void MessageBlocks::add(std::string_view message) {
+  if (!lines_.empty()) lines_ += '\n';
+  appendForTemplate(lines_, message);
+  ++next_;
+  if (lines_.size() >= fullSize) write();
+}
+
+Json::Array MessageBlocks::finish() {
+  write();
+  return std::move(directory_);
+}
+
+void MessageBlocks::write() {
+  if (next_ > firstOfChat_) chats_.emplace_back(Json::Array{chatID_, firstOfChat_, next_ - firstOfChat_});
+  firstOfChat_ = next_;
+  if (lines_.empty()) return;
+  const std::string content = script(lines_);
+  const std::string name = fileName(content);
+  Files::writeWhenDifferent(folder_ / PathText::path(name), content);
+  directory_.emplace_back(Json::Object{{"file", name}, {"chats", std::move(chats_)}});
+  names_.insert(name);
+  chats_.clear();
+  lines_.clear();
+}
+
+void MessageBlocks::removeOthers() const {
+  for (const Files::Entry& entry : Files::listVisible(folder_)) {
+    const bool isBlock = entry.name.starts_with(prefix) && entry.name.ends_with(ending) && !entry.isFolder;
+    if (isBlock && !names_.contains(entry.name)) fs::remove(folder_ / PathText::path(entry.name));
+  }
+}
+
+std::string MessageBlocks::fileName(std::string_view content) {
+  std::array<std::uint8_t, 32> digest{};
+  const ByteView bytes = bytesOf(content);
+  tw_sha256(bytes.data(), bytes.size(), digest.data());
+  return fmt::format("{}{:02x}{}", prefix, fmt::join(std::span(digest).first(8), ""), ending);
+}
+
+std::string MessageBlocks::script(std::string_view lines) { return std::string(opening).append(lines).append(closing); }
+
+std::string_view MessageBlocks::lines(std::string_view script) {
+  if (script.size() < opening.size() + closing.size()) return {};
+  if (!script.starts_with(opening) || !script.ends_with(closing)) return {};
+  return script.substr(opening.size(), script.size() - opening.size() - closing.size());
+}

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "TidewellCore/Platform/Json.h"
+
+// All messages of an archive once more, as lines of JSON in files of about a
+// megabyte: a browser reads such a text a hundred times faster than it builds
+// the objects of a whole chat, so this is what the viewer searches, and what it
+// opens long chats from (docs/formats/chat-archive.md).
+//
+// A block's file is named after its content. So the blocks that a chat list
+// names stay as they are until another list has taken its place.
+class MessageBlocks {
+ public:
+  // `folder` is that of the archive's data files, and exists when `add` is called.
+  explicit MessageBlocks(std::filesystem::path folder) : folder_(std::move(folder)) {}
+
+  // The messages added from now on are those of this chat, in order.
+  void beginChat(const std::string& id);
+  // The JSON of a message, with its keys in byte order.
+  void add(std::string_view message);
+  // Writes what is left and returns the directory of the blocks: for each its
+  // "file" and the "chats" in it, as [ID, index of its first message, count].
+  Json::Array finish();
+  // Removes the blocks of earlier exports. To be called when the new directory is in place.
+  void removeOthers() const;
+
+  static std::string fileName(std::string_view content);
+  // The script of a block around its lines, and the lines of such a script;
+  // empty when it is none.
+  static std::string script(std::string_view lines);
+  static std::string_view lines(std::string_view script);
+
+ private:
+  void write();
+
+  std::filesystem::path folder_;
+  std::string lines_;
+  Json::Array chats_;  // of the block that is being filled
+  std::string chatID_;
+  std::int64_t firstOfChat_ = 0;
+  std::int64_t next_ = 0;
+  Json::Array directory_;
+  std::set<std::string> names_;
+};

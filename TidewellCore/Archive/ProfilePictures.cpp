@@ -1,0 +1,154 @@
+#include "TidewellCore/Archive/ProfilePictures.h"
+
+#include <algorithm>
+#include <charconv>
+#include <tuple>
+
+#include "TidewellCore/ChatData/JID.h"
+#include "TidewellCore/FolderNames.h"
+#include "TidewellCore/Platform/Files.h"
+#include "TidewellCore/Platform/PathText.h"
+#include "TidewellCore/Platform/Text.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t headerSize = 16;
+
+std::optional<std::int64_t> signedNumber(std::string_view text) {
+  if (text.starts_with('+')) {
+    text.remove_prefix(1);
+    if (text.starts_with('-')) return std::nullopt;
+  }
+  std::int64_t value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (text.empty() || error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  return value;
+}
+
+bool hasAt(ByteView bytes, std::size_t offset, std::string_view expected) {
+  return bytes.size() >= offset + expected.size() && textOf(bytes.subspan(offset, expected.size())) == expected;
+}
+
+std::optional<ProfilePictureFormat> formatOf(const ManifestFile& file, const OpenedBackup& backup) {
+  try {
+    return ProfilePictures::detectFormat(backup.firstBytes(file, headerSize));
+  } catch (const std::exception&) {
+    return std::nullopt;  // a file or a key that does not read
+  }
+}
+
+bool isBetter(const ProfilePictureCandidate& a, const ProfilePictureCandidate& b) {
+  const auto rank = [](const ProfilePictureCandidate& candidate) {
+    return std::tuple(!candidate.isThumb, candidate.version, candidate.sourceSize);
+  };
+  if (rank(a) != rank(b)) return rank(a) > rank(b);
+  return a.file.relativePath < b.file.relativePath;
+}
+
+// True when the copy is new, false when the same bytes were there already.
+bool copyPicture(const ManifestFile& file, const OpenedBackup& backup, const fs::path& target,
+                 const CancellationCheck& isCancelled) {
+  const fs::path partial = target.parent_path() / Files::partialName();
+  try {
+    ManifestFile whole = file;
+    whole.plaintextSize = backup.provenSize(file);
+    backup.materialize(whole, partial, isCancelled);
+    const bool isThere = Files::isRegularFile(target) && Files::haveSameBytes(partial, target);
+    isThere ? fs::remove(partial), void() : fs::rename(partial, target);
+    return !isThere;
+  } catch (...) {
+    std::error_code ignored;
+    fs::remove(partial, ignored);
+    throw;
+  }
+}
+
+}  // namespace
+
+std::optional<ProfilePictures::FileName> ProfilePictures::parseFileName(std::string_view path) {
+  const std::string_view name = PathText::lastComponent(path);
+  const auto dot = name.rfind('.');
+  if (dot == std::string_view::npos) return std::nullopt;
+  const std::string_view stem = name.substr(0, dot);
+  const auto hyphen = stem.rfind('-');
+  if (hyphen == std::string_view::npos || hyphen == 0) return std::nullopt;
+  const auto version = signedNumber(stem.substr(hyphen + 1));
+  if (!version) return std::nullopt;
+  return FileName{.jidUser = std::string(stem.substr(0, hyphen)), .version = *version};
+}
+
+ProfilePictures::Index ProfilePictures::index(const std::vector<ManifestFile>& files, const OpenedBackup& backup) {
+  Index byUser;
+  for (const ManifestFile& file : files) {
+    const auto name = parseFileName(file.relativePath);
+    if (!name) continue;
+    byUser[name->jidUser].push_back({.file = file,
+                                     .jidUser = name->jidUser,
+                                     .version = name->version,
+                                     .isThumb = Text::lowercased(PathText::extension(file.relativePath)) == "thumb",
+                                     .sourceSize = backup.sourceSize(file)});
+  }
+  return byUser;
+}
+
+std::vector<std::string> ProfilePictures::matchingUsers(std::string_view jid, const ChatStorageSnapshot& snapshot) {
+  std::vector<std::string> users;
+  const auto add = [&](std::string_view alias) {
+    std::string user(JID::userPart(alias));
+    if (!user.empty() && std::ranges::find(users, user) == users.end()) users.push_back(std::move(user));
+  };
+  add(jid);
+  for (const std::string& alias : snapshot.aliasJIDs(jid)) add(alias);
+  return users;
+}
+
+std::optional<ProfilePictureFormat> ProfilePictures::detectFormat(ByteView bytes) {
+  const ByteView header = bytes.first(std::min(bytes.size(), headerSize));
+  if (hasAt(header, 0, "\xFF\xD8\xFF")) return ProfilePictureFormat::jpeg;
+  if (hasAt(header, 0, "\x89PNG\r\n\x1A\n")) return ProfilePictureFormat::png;
+  if (hasAt(header, 0, "GIF87a") || hasAt(header, 0, "GIF89a")) return ProfilePictureFormat::gif;
+  if (hasAt(header, 0, "RIFF") && hasAt(header, 8, "WEBP")) return ProfilePictureFormat::webp;
+  constexpr std::array<std::string_view, 4> heicBrands{"heic", "heif", "mif1", "msf1"};
+  const bool isHEIC = std::ranges::any_of(heicBrands, [&](std::string_view brand) { return hasAt(header, 8, brand); });
+  if (hasAt(header, 4, "ftyp") && isHEIC) return ProfilePictureFormat::heic;
+  return std::nullopt;
+}
+
+std::optional<ProfilePictures::Selection> ProfilePictures::select(std::string_view jid,
+                                                                  const ChatStorageSnapshot& snapshot,
+                                                                  const Index& byUser, const OpenedBackup& backup) {
+  std::vector<const ProfilePictureCandidate*> candidates;
+  for (const std::string& user : matchingUsers(jid, snapshot)) {
+    const auto found = byUser.find(user);
+    if (found == byUser.end()) continue;
+    for (const ProfilePictureCandidate& candidate : found->second) candidates.push_back(&candidate);
+  }
+  std::ranges::stable_sort(candidates, [](const auto* a, const auto* b) { return isBetter(*a, *b); });
+  for (const ProfilePictureCandidate* candidate : candidates) {
+    if (const auto format = formatOf(candidate->file, backup)) return Selection{*candidate, *format};
+  }
+  return std::nullopt;
+}
+
+ProfilePictures::Outcome ProfilePictures::attachAndCopy(std::vector<ArchiveChat>& chats, const Source& source,
+                                                        const fs::path& contentRoot,
+                                                        const CancellationCheck& isCancelled) {
+  const Index byUser = index(source.files, source.backup);
+  const fs::path folder = contentRoot / FolderNames::avatars;
+  Outcome outcome;
+  for (ArchiveChat& chat : chats) {
+    throwIfCancelled(isCancelled);
+    const auto best = select(chat.jid, source.snapshot, byUser, source.backup);
+    bool isCopied = false;
+    if (best) {
+      const std::string name = chat.id + "." + std::string(rawValue(best->format));
+      fs::create_directories(folder);
+      isCopied = copyPicture(best->candidate.file, source.backup, folder / PathText::path(name), isCancelled);
+      chat.avatarRelativePath = std::string(FolderNames::avatars) + "/" + name;
+    }
+    isCopied ? ++outcome.copied : ++outcome.skipped;
+  }
+  return outcome;
+}

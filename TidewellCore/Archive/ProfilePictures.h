@@ -1,0 +1,89 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "TidewellCore/Archive/ArchiveChat.h"
+#include "TidewellCore/Backup/OpenedBackup.h"
+#include "TidewellCore/ChatData/ChatStorageSnapshot.h"
+#include "TidewellCore/Platform/RawValue.h"
+
+// The image formats in which WhatsApp keeps profile pictures, whatever their
+// names say. The raw value is the extension of a copy.
+enum class ProfilePictureFormat { jpeg, png, gif, webp, heic };
+
+constexpr std::array<std::pair<ProfilePictureFormat, std::string_view>, 5> rawValueTable(ProfilePictureFormat) {
+  using enum ProfilePictureFormat;
+  return {{{jpeg, "jpeg"}, {png, "png"}, {gif, "gif"}, {webp, "webp"}, {heic, "heic"}}};
+}
+
+// A file of the backup that may be somebody's picture.
+struct ProfilePictureCandidate {
+  ManifestFile file;
+  std::string jidUser;          // the user part of the JID that it is filed under
+  std::int64_t version = 0;     // grows with every new picture
+  bool isThumb = false;         // the small form
+  std::int64_t sourceSize = 0;  // bytes
+
+  bool operator==(const ProfilePictureCandidate&) const = default;
+};
+
+// Finds the picture of each chat and copies it into the export.
+namespace ProfilePictures {
+
+struct FileName {
+  std::string jidUser;
+  std::int64_t version = 0;
+
+  bool operator==(const FileName&) const = default;
+};
+// "<user>-<version>.<extension>"; the user part of a group has a hyphen of its own.
+std::optional<FileName> parseFileName(std::string_view path);
+
+// The candidates by the user part of their JID.
+using Index = std::map<std::string, std::vector<ProfilePictureCandidate>, std::less<>>;
+Index index(const std::vector<ManifestFile>& files, const OpenedBackup& backup);
+
+// The user parts of a chat's JIDs, phone and LID, without repeats.
+std::vector<std::string> matchingUsers(std::string_view jid, const ChatStorageSnapshot& snapshot);
+
+// Tells the format from the first 16 bytes of a file.
+std::optional<ProfilePictureFormat> detectFormat(ByteView header);
+
+struct Selection {
+  ProfilePictureCandidate candidate;
+  ProfilePictureFormat format = ProfilePictureFormat::jpeg;
+
+  bool operator==(const Selection&) const = default;
+};
+// The best of a chat's pictures: a full picture before a thumbnail, then the
+// newest, then the largest, then the first by its path. Files in no known
+// format, or that cannot be read, are passed over.
+std::optional<Selection> select(std::string_view jid, const ChatStorageSnapshot& snapshot, const Index& byUser,
+                                const OpenedBackup& backup);
+
+// What the pictures are taken from.
+struct Source {
+  const std::vector<ManifestFile>& files;
+  const ChatStorageSnapshot& snapshot;
+  const OpenedBackup& backup;
+};
+struct Outcome {
+  std::int64_t copied = 0;
+  std::int64_t skipped = 0;  // chats without a picture that can be read, and pictures that are there already
+
+  bool operator==(const Outcome&) const = default;
+};
+// Copies each chat's picture to "avatars" in the content root, named after the
+// chat, and gives the chat its path. Throws TidewellError::cancelled.
+Outcome attachAndCopy(std::vector<ArchiveChat>& chats, const Source& source, const std::filesystem::path& contentRoot,
+                      const CancellationCheck& isCancelled = {});
+
+}  // namespace ProfilePictures

@@ -1,0 +1,2 @@
+# The parts of the viewer's script, in the order in which they are joined.
+set(VIEWER_SCRIPTS app.js)
