@@ -7,9 +7,9 @@
 
 #include "TidewellCore/Export/FolderAllocator.h"
 #include "TidewellCore/Export/FolderManifest.h"
-#include "TidewellCore/Export/FolderNames.h"
 #include "TidewellCore/Export/MergeMove.h"
 #include "TidewellCore/FileNaming.h"
+#include "TidewellCore/FolderNames.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/Platform/Text.h"

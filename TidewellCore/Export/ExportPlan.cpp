@@ -7,10 +7,22 @@
 
 namespace {
 
-FolderAllocator::PlannedNames namesByChat(const std::vector<ExportPlanner::Request>& requests) {
+FolderAllocator::PlannedNames namesByChat(const ExportPlan::Wish& wish) {
   FolderAllocator::PlannedNames names;
-  for (const ExportPlanner::Request& request : requests) names[request.chatJID].push_back(request.desiredName);
+  for (const std::string& jid : wish.jidsOfTranscripts) names[jid];
+  for (const ExportPlanner::Request& request : wish.requests) names[request.chatJID].push_back(request.desiredName);
   return names;
+}
+
+// Those of the requests that an earlier export carried out.
+std::vector<ExportPlanner::PlannedCopy> carriedOutBefore(std::vector<ExportPlanner::Request> requests,
+                                                         const FolderAssignment& folders,
+                                                         const DestinationIndex& index) {
+  std::erase_if(requests, [&](const ExportPlanner::Request& request) { return !folders.contains(request.chatJID); });
+  DestinationIndex untouched = index;
+  std::vector<ExportPlanner::PlannedCopy> copies = ExportPlanner::plan(requests, folders, {}, untouched);
+  std::erase_if(copies, [](const ExportPlanner::PlannedCopy& copy) { return !copy.alreadyPresent; });
+  return copies;
 }
 
 ExportPlanner::PathJIDs pathJIDsByChat(const std::vector<ExportPlanner::Request>& requests) {
@@ -46,23 +58,23 @@ ExportPlanner::LeftoverFolders withoutOthersFolders(ExportPlanner::LeftoverFolde
 
 }  // namespace
 
-ExportPlan ExportPlan::make(const std::vector<ExportPlanner::Request>& requests, const ChatStorageSnapshot& snapshot,
-                            const std::filesystem::path& destination, const std::filesystem::path& contentRoot) {
-  ExportPlan plan{.index = DestinationIndex::load(contentRoot)};
-  const FolderAssignment loaded = FolderManifest::load(destination);
-  const FolderAllocator::PlannedNames names = namesByChat(requests);
+ExportPlan ExportPlan::make(const Wish& wish, const ChatStorageSnapshot& snapshot) {
+  ExportPlan plan{.index = DestinationIndex::load(wish.contentRoot)};
+  const FolderAssignment loaded = FolderManifest::load(wish.destination);
+  const FolderAllocator::PlannedNames names = namesByChat(wish);
   const FolderAssignment persisted = FolderAllocator::expandPersisted(loaded, keysOf(names), snapshot);
   plan.folders = FolderAllocator::allocate(names, plan.index.mediaNameSets(), persisted, snapshot);
   plan.remembered = FolderAllocator::withAbsentChats(plan.folders, loaded, snapshot);
   plan.rememberedMeanwhile = plan.remembered;
   plan.rememberedMeanwhile.insert(loaded.begin(), loaded.end());
   plan.leftovers = ExportPlanner::leftoverFoldersByOwner({.folderNames = plan.folders,
-                                                          .pathJIDs = pathJIDsByChat(requests),
+                                                          .pathJIDs = pathJIDsByChat(wish.requests),
                                                           .persisted = persisted,
                                                           .snapshot = snapshot,
                                                           .index = plan.index});
   plan.removable = withoutOthersFolders(plan.leftovers, plan.remembered, snapshot);
-  plan.copies = ExportPlanner::plan(requests, plan.folders, plan.leftovers, plan.index);
+  plan.earlier = carriedOutBefore(wish.leftOut, plan.folders, plan.index);
+  plan.copies = ExportPlanner::plan(wish.requests, plan.folders, plan.leftovers, plan.index);
   return plan;
 }
 

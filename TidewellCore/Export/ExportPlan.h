@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <string>
 #include <vector>
 
 #include "TidewellCore/ChatData/ChatStorageSnapshot.h"
@@ -15,12 +16,20 @@ struct ExportPlan {
   FolderAssignment remembered;           // these, and those of chats that only earlier exports had
   FolderAssignment rememberedMeanwhile;  // and the former folders, until all has moved out of them
   ExportPlanner::LeftoverFolders leftovers;
-  ExportPlanner::LeftoverFolders removable;        // of the leftovers, those that are no other chat's
-  std::vector<ExportPlanner::PlannedCopy> copies;  // in the order of the requests
+  ExportPlanner::LeftoverFolders removable;         // of the leftovers, those that are no other chat's
+  std::vector<ExportPlanner::PlannedCopy> copies;   // in the order of the requests
+  std::vector<ExportPlanner::PlannedCopy> earlier;  // what the export leaves out and an earlier one copied
   DestinationIndex index;
 
-  static ExportPlan make(const std::vector<ExportPlanner::Request>& requests, const ChatStorageSnapshot& snapshot,
-                         const std::filesystem::path& destination, const std::filesystem::path& contentRoot);
+  // What is to be exported, and where to.
+  struct Wish {
+    std::vector<ExportPlanner::Request> requests;
+    std::vector<ExportPlanner::Request> leftOut;  // of the kinds that are not wanted
+    std::vector<std::string> jidsOfTranscripts;   // chats that get a folder even without media
+    std::filesystem::path destination;
+    std::filesystem::path contentRoot;
+  };
+  static ExportPlan make(const Wish& wish, const ChatStorageSnapshot& snapshot);
 
   // The bytes that the copies still take on the destination's volume.
   std::int64_t bytesToCopy() const;

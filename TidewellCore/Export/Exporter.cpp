@@ -4,6 +4,8 @@
 #include "TidewellCore/Backup/ManifestStore.h"
 #include "TidewellCore/Backup/OpenedBackup.h"
 #include "TidewellCore/ChatData/SnapshotLoader.h"
+#include "TidewellCore/Export/ArchiveExport.h"
+#include "TidewellCore/Export/ChatLines.h"
 #include "TidewellCore/Export/DestinationLock.h"
 #include "TidewellCore/Export/DiskSpace.h"
 #include "TidewellCore/Export/ExportLayout.h"
@@ -57,6 +59,33 @@ DestinationLock lockDestination(const ExportJob& job) {
 
 fs::path prepareDestination(const ExportJob& job) {
   return inDestination(job, [&] { return ExportLayout::prepare(job.destination, job.backup); });
+}
+
+// What was read of a backup.
+struct Reading {
+  const OpenedBackup& opened;
+  const ManifestStore& manifest;
+  const ChatStorageSnapshot& snapshot;
+};
+
+MediaKinds allBut(const MediaKinds& kinds) {
+  MediaKinds others(MediaKind::allCases.begin(), MediaKind::allCases.end());
+  std::erase_if(others, [&](MediaKind kind) { return kinds.contains(kind); });
+  return others;
+}
+
+ExportPlan makePlan(const ExportJob& job, const Reading& reading, const fs::path& contentRoot,
+                    const DateFormatter& stamps) {
+  const auto& [opened, manifest, snapshot] = reading;
+  const MediaKinds others = allBut(job.options.includedKinds);
+  ExportPlan::Wish wish{.destination = job.destination, .contentRoot = contentRoot};
+  wish.requests =
+      ExportRequests::build(manifest, snapshot, opened, {.kinds = job.options.includedKinds, .stamps = stamps});
+  if (job.options.exportTranscripts) {
+    wish.leftOut = ExportRequests::build(manifest, snapshot, opened, {.kinds = others, .stamps = stamps});
+    wish.jidsOfTranscripts = ChatLines(snapshot).chatsWithMessages();
+  }
+  return ExportPlan::make(wish, snapshot);
 }
 
 void requireSpace(std::int64_t needed, const fs::path& contentRoot) {
@@ -126,10 +155,8 @@ ExportSummary Exporter::exportBackup(const ExportJob& job, const RunControl& con
 
   const DestinationLock lock = lockDestination(job);
   const fs::path contentRoot = prepareDestination(job);
-  const DateFormatter stamps = FileNaming::stampFormatter(timeZone, locale);
-  const auto requests =
-      ExportRequests::build(manifest, snapshot, opened, {.kinds = job.options.includedKinds, .stamps = stamps});
-  ExportPlan plan = ExportPlan::make(requests, snapshot, job.destination, contentRoot);
+  ExportPlan plan = makePlan(job, {.opened = opened, .manifest = manifest, .snapshot = snapshot}, contentRoot,
+                             FileNaming::stampFormatter(timeZone, locale));
   requireSpace(plan.bytesToCopy(), contentRoot);
   throwIfCancelled(control.isCancelled);
 
@@ -139,7 +166,23 @@ ExportSummary Exporter::exportBackup(const ExportJob& job, const RunControl& con
                         .chatFolderCount = static_cast<std::int64_t>(plan.folders.size())};
   copyMedia(plan, opened, control, progress, summary);
   FolderManifest::save(contentRoot, plan.remembered);
+  throwIfCancelled(control.isCancelled);
 
+  if (job.options.exportTranscripts) {
+    const auto [transcriptCount, page, unresolvedLinkCount] =
+        ArchiveExport::write({.opened = opened, .manifest = manifest, .snapshot = snapshot, .plan = plan},
+                             {.archive = {.destination = job.destination,
+                                          .contentRoot = contentRoot,
+                                          .style = transcriptStyle,
+                                          .timeZone = timeZone},
+                              .locale = locale,
+                              .kinds = job.options.includedKinds},
+                             control.isCancelled, progress);
+    summary.transcriptCount = transcriptCount;
+    summary.archiveIndexURL = page;
+    summary.unresolvedArchiveLinkCount = unresolvedLinkCount;
+    FolderManifest::save(contentRoot, plan.remembered);
+  }
   throwIfCancelled(control.isCancelled);
   progress.begin(Phase::finished);
   return summary;

@@ -6,8 +6,8 @@
 
 #include "TidewellCore/ChatData/JID.h"
 #include "TidewellCore/ChatData/NameResolver.h"
-#include "TidewellCore/Export/FolderNames.h"
 #include "TidewellCore/FileNaming.h"
+#include "TidewellCore/FolderNames.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/Text.h"
 

@@ -3,8 +3,8 @@
 #include <optional>
 #include <vector>
 
-#include "TidewellCore/Export/FolderNames.h"
 #include "TidewellCore/FileNaming.h"
+#include "TidewellCore/FolderNames.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/Json.h"
 #include "TidewellCore/Platform/PathText.h"
@@ -49,18 +49,6 @@ std::optional<FolderAssignment> read(const fs::path& file) {
   }
 }
 
-bool holds(const fs::path& file, std::string_view text) {
-  try {
-    return textOf(Files::read(file, largestFile)) == text;
-  } catch (const fs::filesystem_error&) {
-    return false;
-  }
-}
-
-void writeWhenDifferent(const fs::path& file, std::string_view text) {
-  if (!holds(file, text)) Files::writeAtomically(file, text);
-}
-
 void appendBoth(const fs::path& folder, std::vector<fs::path>& files) {
   files.push_back(folder / FolderManifest::fileName);
   files.push_back(folder / FolderNames::viewer / FolderManifest::viewerFileName);
@@ -92,7 +80,7 @@ void FolderManifest::save(const fs::path& contentRoot, const FolderAssignment& f
   Json::Object map;
   for (const auto& [jid, folder] : folders) map.emplace(jid, folder);
   const std::string text = Json(Json::Object{{"folders", std::move(map)}, {"version", version}}).write(true) + "\n";
-  writeWhenDifferent(contentRoot / fileName, text);
+  Files::writeWhenDifferent(contentRoot / fileName, text);
   const fs::path viewer = contentRoot / FolderNames::viewer;
-  if (Files::isFolder(viewer)) writeWhenDifferent(viewer / viewerFileName, text);
+  if (Files::isFolder(viewer)) Files::writeWhenDifferent(viewer / viewerFileName, text);
 }

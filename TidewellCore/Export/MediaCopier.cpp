@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "TidewellCore/Export/FolderNames.h"
+#include "TidewellCore/FolderNames.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/TidewellError.h"

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "TidewellCore/Archive/ChatArchiveWriter.h"
+#include "TidewellCore/Backup/OpenedBackup.h"
+#include "TidewellCore/Export/ChatLines.h"
+#include "TidewellCore/Export/ExportPlan.h"
+#include "TidewellCore/Export/ProgressReporter.h"
+
+// The part of an export that people read: the transcripts in the chats'
+// folders, the profile pictures and the Chat Archive.
+namespace ArchiveExport {
+
+struct Source {
+  const OpenedBackup& opened;
+  const ManifestStore& manifest;
+  const ChatStorageSnapshot& snapshot;
+  const ExportPlan& plan;  // carried out
+};
+
+struct Setting {
+  ChatArchiveWriter::Setting archive;
+  Locale locale;            // of the dates in transcripts
+  const MediaKinds& kinds;  // that the export was asked for
+};
+
+struct Outcome {
+  std::int64_t transcriptCount = 0;  // files
+  std::filesystem::path page;
+  std::int64_t unresolvedLinkCount = 0;  // messages with a medium of a wanted kind that is not in the export
+};
+
+// Holds one chat's messages in memory at a time. Throws what the file system
+// reports, and TidewellError::cancelled.
+Outcome write(const Source& source, const Setting& setting, const CancellationCheck& isCancelled,
+              ProgressReporter& progress);
+
+}  // namespace ArchiveExport
