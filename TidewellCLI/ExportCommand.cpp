@@ -55,6 +55,7 @@ void print(const ExportSummary& summary) {
     counts += fmt::format(" · {} archive links missing files", summary.unresolvedArchiveLinkCount);
   }
   printLine(counts);
+  if (summary.archiveIndexURL) printLine("To read the chats, open " + PathText::text(*summary.archiveIndexURL));
 }
 
 ExportSummary exportBackup(const Options& options) {
@@ -82,13 +83,13 @@ int run(const Options& options) {
 
 void addExportCommand(CLI::App& app, int& exitCode) {
   const auto options = std::make_shared<Options>();
-  CLI::App* command = app.add_subcommand("export", "Copy the media of a backup into one folder per chat");
+  CLI::App* command = app.add_subcommand("export", "Save a backup's chats and media, one folder per chat");
   command->add_option("BACKUP", options->backup, "The backup's device folder")->required();
   command->add_option("DESTINATION", options->destination, "Where to save; made when it is missing")->required();
   command->add_option_function<std::string>(
       "--kinds", [options](const std::string& list) { options->wanted.includedKinds = parseKinds(list); },
       "The kinds to copy, separated by commas: photos, videos, voiceNotes, stickers, documents");
-  command->add_flag("--no-transcripts", options->noTranscripts, "Write no transcripts");
+  command->add_flag("--no-transcripts", options->noTranscripts, "Write no transcripts and no archive page");
   options->password.addOptions(*command);
   command->add_option_function<std::string>(
       "--time-zone", [options](const std::string& id) { options->timeZone = parseTimeZone(id); },

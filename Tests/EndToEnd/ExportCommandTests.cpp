@@ -48,10 +48,14 @@ TEST(ExportCommand, LeavesEachChatsFilesInAFolderNamedAfterIt) {
   const Finished finished = commandLine.run({"export", "device", "saved"});
   EXPECT_EQ(finished.exitCode, 0) << finished.errors;
   EXPECT_EQ(finished.output, "Export finished\nSaved to " + (commandLine / "saved").string() +
-                                 "\n2 copied · 0 already present · 0 transcripts · 0 failed\n");
-  EXPECT_EQ(finished.errors, "Preparing…\nReading chats…\nCopying media\nFinished\n");
+                                 "\n2 copied · 0 already present · 2 transcripts · 0 failed\n"
+                                 "To read the chats, open " +
+                                 (commandLine / "saved/index.html").string() + "\n");
+  EXPECT_EQ(finished.errors, "Preparing…\nReading chats…\nCopying media\nWriting transcripts\nFinished\n");
   EXPECT_THAT(filesIn(commandLine / "saved/messages/Ana"),
-              testing::ElementsAre("2023-03-08_202640_ab-photo.jpg", "2023-03-08_202740_cd-note.opus"));
+              testing::ElementsAre("2023-03-08_202640_ab-photo.jpg", "2023-03-08_202740_cd-note.opus",
+                                   "_transcript.html", "_transcript.txt"));
+  EXPECT_THAT(filesIn(commandLine / "saved"), testing::ElementsAre("index.html", "messages"));
 }
 
 TEST(ExportCommand, CopiesNothingTheSecondTimeAndNeverChangesTheBackup) {
@@ -74,7 +78,11 @@ TEST(ExportCommand, CopiesNothingTheSecondTimeAndNeverChangesTheBackup) {
 TEST(ExportCommand, CopiesOnlyTheKindsAskedFor) {
   const CommandLine commandLine;
   Fixture::writeBackup(twoFiles(), commandLine / "device");
-  EXPECT_EQ(commandLine.run({"export", "device", "saved", "--kinds", "voiceNotes,documents"}).exitCode, 0);
+  const Finished finished =
+      commandLine.run({"export", "device", "saved", "--kinds", "voiceNotes,documents", "--no-transcripts"});
+  EXPECT_EQ(finished.exitCode, 0);
+  EXPECT_THAT(finished.output, HasSubstr("1 copied · 0 already present · 0 transcripts · 0 failed\n"));
+  EXPECT_THAT(filesIn(commandLine / "saved"), testing::ElementsAre("messages"));
   EXPECT_THAT(filesIn(commandLine / "saved/messages/Ana"), testing::ElementsAre("2023-03-08_202740_cd-note.opus"));
 }
 
@@ -95,7 +103,8 @@ TEST(ExportCommand, EndsWithThreeWhenACopyFailed) {
   Fixture::writeBackup(contents, commandLine / "device");
   const Finished finished = commandLine.run({"export", "device", "saved"});
   EXPECT_EQ(finished.exitCode, 3);
-  EXPECT_THAT(finished.output, HasSubstr("1 copied · 0 already present · 0 transcripts · 1 failed\n"));
+  EXPECT_THAT(finished.output,
+              HasSubstr("1 copied · 0 already present · 2 transcripts · 1 failed · 1 archive links missing files\n"));
 }
 
 TEST(ExportCommand, RefusesToWriteIntoTheBackup) {
@@ -145,13 +154,13 @@ TEST(ExportCommand, RedrawsOneProgressLineOnATerminal) {
 TEST(ExportCommand, CarriesOnWhenNobodyReadsItsMessages) {
   const CommandLine commandLine;
   Fixture::writeBackup(twoFiles(), commandLine / "device");
-  ASSERT_EQ(commandLine.run({"export", "device", "expected"}).exitCode, 0);
+  ASSERT_EQ(commandLine.run({"export", "device", "expected", "--no-transcripts"}).exitCode, 0);
   const std::vector<std::vector<int>> closings{
       {}, {STDERR_FILENO}, {STDOUT_FILENO}, {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}};
   for (const std::vector<int>& closed : closings) {
     fs::remove_all(commandLine / "saved");
     // The result, which is lost, is what the export cannot do without.
-    EXPECT_EQ(commandLine.runWithoutStreams({"export", "device", "saved"}, closed), 1);
+    EXPECT_EQ(commandLine.runWithoutStreams({"export", "device", "saved", "--no-transcripts"}, closed), 1);
     EXPECT_EQ(Fixture::treeSnapshot(commandLine / "saved/messages/Ana"),
               Fixture::treeSnapshot(commandLine / "expected/messages/Ana"));
     EXPECT_EQ(commandLine.runWithoutStreams({"export", "nowhere", "saved", "--json"}, closed), 1);

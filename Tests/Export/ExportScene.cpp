@@ -91,6 +91,12 @@ ChatStorageSnapshot snapshotOf(const std::vector<std::pair<std::string, std::str
   return snapshot;
 }
 
+ExportOptions mediaAlone() {
+  ExportOptions options = ExportOptions::defaultOptions();
+  options.exportTranscripts = false;
+  return options;
+}
+
 void Scene::write() {
   fs::remove_all(backup);
   Fixture::writeBackup(contents, backup);

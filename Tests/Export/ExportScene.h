@@ -52,14 +52,16 @@ std::int64_t modified(const std::filesystem::path& file);
 ChatStorageSnapshot snapshotOf(const std::vector<std::pair<std::string, std::string>>& chats,
                                const std::vector<std::pair<std::string, std::string>>& lids = {});
 
+// Every kind of media and no transcripts: what most tests are about.
+ExportOptions mediaAlone();
+
 class Scene {
  public:
   explicit Scene(Fixture::BackupContents initial = smallBackup()) : contents(std::move(initial)) { write(); }
 
   // Replaces the backup by what `contents` holds now.
   void write();
-  ExportSummary run(const ExportOptions& options = ExportOptions::defaultOptions(),
-                    const RunControl& control = {}) const;
+  ExportSummary run(const ExportOptions& options = mediaAlone(), const RunControl& control = {}) const;
 
   Fixture::TemporaryDirectory folder;
   Fixture::BackupContents contents;

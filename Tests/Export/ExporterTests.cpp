@@ -116,7 +116,8 @@ TEST_P(ExporterTest, PassesThroughItsPhasesInOrder) {
     EXPECT_GE(report.total, 1);
     EXPECT_LE(report.completed, report.total);
   }
-  std::vector<Phase> expected{Phase::preparing, Phase::readingChats, Phase::copyingMedia, Phase::finished};
+  std::vector<Phase> expected{Phase::preparing, Phase::readingChats, Phase::copyingMedia, Phase::writingTranscripts,
+                              Phase::finished};
   if (GetParam()) expected.insert(expected.begin() + 1, Phase::unlocking);
   EXPECT_EQ(phases, expected);
   const auto last = std::ranges::find(reports.rbegin(), reports.rend(), Phase::copyingMedia,
