@@ -1,2 +1,23 @@
-# The parts of the viewer's script, in the order in which they are joined.
-set(VIEWER_SCRIPTS app.js)
+# The viewer's script, in the order in which its files are joined.
+set(VIEWER_SCRIPTS
+  texts.js
+  format.js
+  fold.js
+  dom.js
+  loader.js
+  messages.js
+  heights.js
+  scroller.js
+  listbox.js
+  chat-list.js
+  search.js
+  search-view.js
+  links.js
+  media.js
+  bubble.js
+  thread.js
+  thread-tools.js
+  lightbox.js
+  route.js
+  app.js
+)

@@ -1,0 +1,111 @@
+// One message of a thread with what stands above it: its day, and in groups its sender.
+
+const GROUPED_SECONDS = 300;
+
+function sameRun(one, other) {
+  return Boolean(
+    one && other &&
+      one.me === other.me &&
+      one.sender === other.sender &&
+      hasContent(one) && hasContent(other) &&
+      hasTime(one.ts) === hasTime(other.ts) &&
+      (!hasTime(one.ts) || other.ts - one.ts < GROUPED_SECONDS) &&
+      !startsDay(other, one),
+  );
+}
+
+const hasContent = (message) => Boolean(message.text || message.media);
+
+// Whether `message` is the first of its day, `before` being the one before it.
+function startsDay(message, before) {
+  if (!before) return true;
+  if (!hasTime(message.ts) || !hasTime(before.ts)) return hasTime(message.ts) !== hasTime(before.ts);
+  if (message.ts - before.ts >= DAY_SECONDS) return true;
+  return dayNumber(message.ts) !== dayNumber(before.ts);
+}
+
+// `thread` is {chat, messages, query, target, later}.
+function messageItem(thread, index) {
+  const message = thread.messages.at(index);
+  const item = element("div.item", { role: "presentation" });
+  if (!message) {
+    item.classList.add("pending");
+    return item;
+  }
+  const before = thread.messages.at(index - 1);
+  const after = thread.messages.at(index + 1);
+  if ((index === 0 || before) && startsDay(message, before)) item.append(dayDivider(message));
+  const look = { opens: !sameRun(before, message), closes: !sameRun(message, after) };
+  item.append(hasContent(message) ? bubble(thread, index, message, look) : notice(thread, index, message));
+  if (index === 0) item.classList.add("oldest");
+  if (index === thread.messages.count - 1) item.classList.add("newest");
+  return item;
+}
+
+function dayDivider(message) {
+  const day = hasTime(message.ts) ? formatDay(message.ts) : text("undated");
+  return element("div.day", { role: "separator", "aria-label": day }, element("span", {}, day));
+}
+
+function article(selector, thread, index, message) {
+  const made = element(selector, {
+    "aria-posinset": index + 1,
+    "aria-setsize": thread.messages.count,
+    "aria-label": [message.sender, hasTime(message.ts) ? formatMoment(message.ts) : ""].filter(Boolean).join(", "),
+  });
+  made.dataset.id = message.id;
+  made.index = index;
+  if (message.id === thread.target) made.classList.add("target");
+  return made;
+}
+
+// What WhatsApp itself notes down (someone joined, a call) comes without words.
+function notice(thread, index, message) {
+  const made = article("article.message.notice", thread, index, message);
+  made.append(element("span", {}, text("emptyMessage")), ...timeOf(message));
+  return made;
+}
+
+function bubble(thread, index, message, { opens, closes }) {
+  const made = article("article.message", thread, index, message);
+  made.classList.toggle("me", message.me);
+  made.classList.toggle("opens", opens);
+  made.classList.toggle("closes", closes);
+  const inside = element("div.bubble");
+  if (opens && thread.chat.group && !message.me && message.sender) {
+    inside.append(element("div.sender.tone-" + toneOf(message.sender), { dir: "auto" }, message.sender));
+  }
+  if (message.media) {
+    inside.classList.add("with-" + kindOf(message.media).label);
+    if (!message.text) inside.classList.add("bare");
+    inside.append(mediaOf(message.media, thread.later));
+  }
+  if (message.text) inside.append(words(message, thread.query));
+  else inside.append(...timeOf(message));
+  made.append(inside);
+  return made;
+}
+
+// The time follows the last line when there is room, on the side where the text ends.
+function words(message, query) {
+  const made = element("div.text", { dir: "auto" }, element("span.body", {}, ...richText(message.text, query)));
+  if (isJumbo(message)) made.classList.add("jumbo");
+  made.append(...timeOf(message));
+  return made;
+}
+
+function timeOf(message) {
+  if (!hasTime(message.ts)) return [];
+  const time = element("time.time", { title: formatMoment(message.ts) }, formatTime(message.ts));
+  time.dateTime = dateOf(message.ts).toISOString();
+  return [time];
+}
+
+const EMOJI_ONLY = /^(?:\p{Extended_Pictographic}|\p{Emoji_Modifier}|\p{Regional_Indicator}|[\u200d\ufe0f\u20e3\s])+$/u;
+const LETTERS = new Intl.Segmenter(undefined, { granularity: "grapheme" });
+
+// One to three emoji alone are shown large.
+function isJumbo({ text: words, media }) {
+  if (media || words.length > 40 || !EMOJI_ONLY.test(words)) return false;
+  return [...LETTERS.segment(words.trim())].length <= 3;
+}

@@ -1,0 +1,74 @@
+// The list of chats, in the archive's order, narrowed by the filter.
+class ChatList {
+  constructor({ open }) {
+    this.shown = CHATS;
+    this.filter = "";
+    this.openId = null;
+    this.names = null;
+    this.host = byId("chat-list");
+    this.note = byId("chat-list-note");
+    this.list = new Listbox(this.host, {
+      row: (index) => chatRow(this.shown[index]),
+      height: 72,
+      picked: (index) => open(this.shown[index]),
+    });
+    this.list.chosen = (index) => this.shown[index].id === this.openId;
+    this.list.steerFrom(byId("search"));
+    this.fill();
+  }
+
+  narrow(filter) {
+    const wanted = foldQuery(filter);
+    if (wanted === this.filter) return;
+    this.filter = wanted;
+    this.names ||= CHATS.map((chat) => fold(chat.name || ""));
+    this.shown = wanted === "" ? CHATS : CHATS.filter((_, index) => this.names[index].includes(wanted));
+    this.fill();
+  }
+
+  fill() {
+    this.list.fill(this.shown.length);
+    show(this.shown.length === 0, this.note);
+    this.note.textContent = CHATS.length === 0 ? text("noChats") : text("noChatsMatch");
+  }
+
+  // Marks the open chat and keeps it in view.
+  mark(id) {
+    if (id === this.openId) return;
+    this.openId = id;
+    this.list.redraw();
+    const index = this.shown.findIndex((chat) => chat.id === id);
+    if (index < 0) return;
+    this.list.active = index;
+    if (this.host.clientHeight > 0) this.list.activate(index);
+  }
+}
+
+function chatRow(chat) {
+  const when = hasTime(chat.lastTs)
+    ? element("time", { dateTime: dateOf(chat.lastTs).toISOString() }, formatListDate(chat.lastTs))
+    : null;
+  return element(
+    "div.chat",
+    {},
+    avatarOf(chat),
+    element(
+      "span.chat-lines",
+      {},
+      element(
+        "span.chat-top",
+        {},
+        chat.group ? groupMark() : null,
+        element("span.chat-name", { dir: "auto" }, chat.name || ""),
+        when,
+      ),
+      element("span.chat-preview", { dir: "auto" }, chat.preview || "\u00a0"),
+    ),
+  );
+}
+
+function groupMark() {
+  const mark = element("span.group-mark", { role: "img", "aria-label": text("group"), title: text("group") });
+  mark.append(icon("group"));
+  return mark;
+}

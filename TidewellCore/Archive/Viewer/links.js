@@ -1,0 +1,62 @@
+// Addresses in message text that may be clicked: http, https, mailto and tel alone.
+
+const ADDRESS = new RegExp(
+  [
+    String.raw`\b(?:https?:\/\/|www\.)[^\s<>"\u201c\u201d]+`,
+    String.raw`\b(?:mailto:)?[\w.+-]+@[\p{L}\p{N}-]+(?:\.[\p{L}\p{N}-]+)*\.\p{L}{2,}`,
+    String.raw`\btel:\+?[\d().-]{3,}`,
+    String.raw`(?<![\p{L}\p{N}+])\+\d(?:[ ().-]?\d){7,14}(?![\p{L}\p{N}])`,
+  ].join("|"),
+  "giu",
+);
+const SAFE = new Set(["http:", "https:", "mailto:", "tel:"]);
+
+// `string` cut into {string, href}; `href` is absent for plain text.
+function cutAtLinks(string) {
+  const parts = [];
+  let at = 0;
+  for (const found of string.matchAll(ADDRESS)) {
+    const address = withoutClosing(found[0]);
+    const href = hrefOf(address);
+    if (!href) continue;
+    if (found.index > at) parts.push({ string: string.slice(at, found.index) });
+    parts.push({ string: address, href });
+    at = found.index + address.length;
+  }
+  if (at < string.length) parts.push({ string: string.slice(at) });
+  return parts;
+}
+
+// Punctuation after an address belongs to the sentence, a bracket only when it was
+// opened before the address.
+function withoutClosing(address) {
+  for (;;) {
+    const last = address.at(-1);
+    const opening = { ")": "(", "]": "[", "}": "{" }[last];
+    const unpaired = opening && address.split(opening).length < address.split(last).length;
+    if (!unpaired && !/[.,;:!?'’…*_~]/.test(last)) return address;
+    address = address.slice(0, -1);
+  }
+}
+
+function hrefOf(address) {
+  let href = address;
+  if (/^www\./i.test(address)) href = "https://" + address;
+  else if (/^\+/.test(address)) href = "tel:" + address.replace(/[^+\d]/g, "");
+  else if (!/^[a-z]+:/i.test(address)) href = "mailto:" + address;
+  try {
+    const url = new URL(href);
+    return SAFE.has(url.protocol) && (url.host || !url.protocol.startsWith("http")) ? url.href : null;
+  } catch {
+    return null;
+  }
+}
+
+// Text with its links and, where the query stands, its marks.
+function richText(string, foldedQuery) {
+  return cutAtLinks(string).flatMap((part) => {
+    const inner = foldedQuery ? marked(split(part.string, foldedQuery)) : [part.string];
+    if (!part.href) return inner;
+    return [element("a", { href: part.href, target: "_blank", rel: "noopener noreferrer" }, ...inner)];
+  });
+}

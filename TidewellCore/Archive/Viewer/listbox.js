@@ -1,0 +1,96 @@
+// A list of things to pick from: one tab stop, arrow keys move, Enter picks, and the
+// field above it can steer it without losing the keyboard's focus.
+class Listbox {
+  // `row(index)` makes an option's element, `picked(index)` is told of a choice.
+  constructor(host, { row, height, picked }) {
+    this.host = host;
+    this.row = row;
+    this.picked = picked;
+    this.count = 0;
+    this.active = -1;
+    this.chosen = () => false;
+    this.scroller = new Scroller(host, { render: (index) => this.option(index), height });
+    host.addEventListener("click", (event) => this.clicked(event));
+    host.addEventListener("keydown", (event) => this.keyed(event, host));
+  }
+
+  steerFrom(field) {
+    field.addEventListener("keydown", (event) => {
+      if (!this.host.hidden) this.keyed(event, field);
+    });
+  }
+
+  option(index) {
+    const option = this.row(index);
+    option.id = this.host.id + "-" + index;
+    option.index = index;
+    option.setAttribute("role", "option");
+    option.setAttribute("aria-setsize", this.count);
+    option.setAttribute("aria-posinset", index + 1);
+    option.setAttribute("aria-selected", this.chosen(index));
+    option.classList.toggle("active", index === this.active);
+    return option;
+  }
+
+  // Shows `count` options from the first one on.
+  fill(count) {
+    this.count = count;
+    this.active = -1;
+    this.scroller.reset(count);
+    this.tellActive();
+  }
+
+  // More options came; `indexAfter` tells where the old ones stand now.
+  grow(count, indexAfter) {
+    const atTop = this.scroller.position() <= 0 && this.active < 0;
+    this.count = count;
+    if (this.active >= 0) this.active = indexAfter(this.active);
+    if (atTop) this.scroller.reset(count);
+    else this.scroller.recount(count, indexAfter);
+    this.tellActive();
+  }
+
+  redraw() {
+    this.scroller.refresh();
+  }
+
+  activate(index) {
+    if (this.count === 0) return;
+    this.active = Math.min(Math.max(0, index), this.count - 1);
+    this.scroller.reveal(this.active);
+    for (const [at, option] of this.scroller.items) option.classList.toggle("active", at === this.active);
+    this.tellActive();
+  }
+
+  tellActive() {
+    const id = this.active >= 0 ? this.host.id + "-" + this.active : null;
+    for (const steering of [this.host, byId("search")]) {
+      if (steering.getAttribute("aria-controls") !== this.host.id && steering !== this.host) continue;
+      if (id) steering.setAttribute("aria-activedescendant", id);
+      else steering.removeAttribute("aria-activedescendant");
+    }
+  }
+
+  clicked(event) {
+    const option = event.target.closest('[role="option"]');
+    if (!option) return;
+    this.active = option.index;
+    this.activate(option.index);
+    this.picked(option.index);
+  }
+
+  keyed(event, source) {
+    if (event.isComposing || event.ctrlKey || event.metaKey || event.altKey) return;
+    const page = Math.max(1, Math.floor(this.host.clientHeight / this.scroller.guess) - 1);
+    const moves = { ArrowDown: 1, ArrowUp: -1, PageDown: page, PageUp: -page };
+    if (source === this.host) Object.assign(moves, { Home: -Infinity, End: Infinity });
+    if (event.key in moves) {
+      event.preventDefault();
+      this.activate(this.active < 0 && moves[event.key] > 0 ? 0 : this.active + moves[event.key]);
+    } else if (event.key === "Enter" && this.count > 0) {
+      event.preventDefault();
+      if (this.active < 0) this.activate(0);
+      this.picked(this.active);
+    }
+  }
+}

@@ -1,0 +1,170 @@
+// A chat's messages, in time order, wherever they come from. Both kinds answer
+//   count, at(index) -> message or null while its data is under way,
+//   indexOfId(id), indexOfDay(day), isPicture(index), texts(from, to), and ready.
+
+const isPicture = (message) =>
+  Boolean(message.media && message.media.exported && message.media.path) &&
+  (message.media.kind === "photos" || message.media.kind === "stickers");
+
+class LoadedMessages {
+  constructor(messages) {
+    this.messages = messages;
+    this.count = messages.length;
+    this.ready = Promise.resolve();
+  }
+
+  at(index) {
+    return this.messages[index] || null;
+  }
+
+  async indexOfId(id) {
+    return this.messages.findIndex((message) => message.id === id);
+  }
+
+  isPicture(index) {
+    return isPicture(this.messages[index]);
+  }
+
+  textAt(index) {
+    return this.messages[index].text || "";
+  }
+}
+
+// A large chat: lines of blocks that arrive newest first and are parsed when shown.
+class BlockMessages {
+  constructor(parts) {
+    this.parts = parts;
+    const last = parts.at(-1);
+    this.count = last.first + last.count;
+    this.lines = new Array(parts.length).fill(null);
+    this.whenArrived = () => {};
+    this.recent = new Map();
+  }
+
+  // Resolves when the newest messages are there; the older ones follow by themselves.
+  async open() {
+    await this.load(this.parts.length - 1);
+    this.ready = this.loadRest();
+    this.ready.catch(() => {});
+  }
+
+  async load(part) {
+    if (this.lines[part]) return;
+    const { block, line, first, count } = this.parts[part];
+    const lines = await loadBlock(block);
+    if (this.lines[part]) return;
+    if (lines.length < line + count) throw new Error("block " + block);
+    this.lines[part] = line === 0 && lines.length === count ? lines : lines.slice(line, line + count);
+    this.whenArrived(first, first + count);
+  }
+
+  async loadRest() {
+    for (let part = this.parts.length - 2; part >= 0; part--) {
+      await this.load(part);
+      await nextTurn();
+    }
+  }
+
+  partOf(index) {
+    let low = 0;
+    let high = this.parts.length - 1;
+    while (low < high) {
+      const middle = (low + high + 1) >> 1;
+      if (this.parts[middle].first <= index) low = middle;
+      else high = middle - 1;
+    }
+    return low;
+  }
+
+  lineAt(index) {
+    const part = this.partOf(index);
+    const lines = this.lines[part];
+    if (!lines) {
+      this.load(part).catch(() => {});
+      return null;
+    }
+    return lines[index - this.parts[part].first];
+  }
+
+  at(index) {
+    if (index < 0 || index >= this.count) return null;
+    const known = this.recent.get(index);
+    if (known) return known;
+    const line = this.lineAt(index);
+    if (line === null) return null;
+    if (this.recent.size > 1000) this.recent.clear();
+    const message = JSON.parse(line);
+    this.recent.set(index, message);
+    return message;
+  }
+
+  async indexOfId(id) {
+    const start = '{"id":' + JSON.stringify(id).replaceAll("<", "\\u003c") + ",";
+    for (let part = this.parts.length - 1; part >= 0; part--) {
+      await this.load(part);
+      const at = this.lines[part].findIndex((line) => line.startsWith(start));
+      if (at >= 0) return this.parts[part].first + at;
+    }
+    return -1;
+  }
+
+  isPicture(index) {
+    const line = this.lineAt(index);
+    if (line === null || !line.includes('"media":{')) return false;
+    return isPicture(JSON.parse(line));
+  }
+
+  textAt(index) {
+    return textOfLine(this.lineAt(index) || "");
+  }
+}
+
+// A message's text without parsing all of its line. Inside JSON strings every quote has
+// a backslash before it, so the marks below stand only where the keys are.
+function textOfLine(line) {
+  const mark = ',"text":"';
+  const start = line.indexOf(mark);
+  if (start < 0) return "";
+  const timeMark = line.lastIndexOf('","ts":');
+  const end = timeMark > start ? timeMark : line.length - 2;
+  const raw = line.slice(start + mark.length, end);
+  return raw.includes("\\") ? JSON.parse('"' + raw + '"') : raw;
+}
+
+// The first message of `day` or later, the last one when all are earlier. Undated
+// messages stand first and count as earlier than any day.
+function indexOfDay(messages, day) {
+  let low = 0;
+  let high = messages.count;
+  while (low < high) {
+    const middle = (low + high) >> 1;
+    const message = messages.at(middle);
+    if (message && (!hasTime(message.ts) || dayNumber(message.ts) < day)) low = middle + 1;
+    else high = middle;
+  }
+  return Math.min(low, messages.count - 1);
+}
+
+const messagesOf = new Map();
+
+// Opens a chat's messages; the same chat gives the same object again.
+async function openMessages(chat) {
+  const known = messagesOf.get(chat.id);
+  if (known) return known;
+  const opened = (chat.count > LARGE_CHAT && (await openBlocks(chat))) || new LoadedMessages(await loadChat(chat.id));
+  if (!messagesOf.has(chat.id)) messagesOf.set(chat.id, opened);
+  return messagesOf.get(chat.id);
+}
+
+// The chat file stands in when a block is missing.
+async function openBlocks(chat) {
+  const parts = blockPartsOf(chat);
+  if (!parts) return null;
+  const opened = new BlockMessages(parts);
+  try {
+    await opened.open();
+    return opened;
+  } catch {
+    return null;
+  }
+}

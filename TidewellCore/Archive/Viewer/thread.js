@@ -1,0 +1,162 @@
+// The open chat: its head, and its messages, of which only those in view exist.
+class Thread {
+  constructor({ showPicture }) {
+    this.view = byId("messages");
+    this.note = byId("thread-note");
+    this.chat = null;
+    this.messages = null;
+    this.query = "";
+    this.target = null;
+    this.waitingMedia = [];
+    this.bookmarks = new Map();
+    this.scroller = new Scroller(this.view, {
+      render: (index, far) => messageItem(this.context(far), index),
+      height: 64,
+      endAligned: true,
+      onScroll: () => this.scrolled(),
+    });
+    this.view.addEventListener("click", (event) => this.clicked(event, showPicture));
+    byId("newest").addEventListener("click", () => this.toNewest());
+  }
+
+  context(far) {
+    const { chat, messages, query, target } = this;
+    return { chat, messages, query, target, later: far ? this.waitingMedia : null };
+  }
+
+  // Shows a chat, at one message if asked for, else where it was left or at its newest.
+  async open(chat, messageId) {
+    if (this.chat !== chat) this.begin(chat);
+    else if (!this.messages) return this.pendingTarget = messageId;
+    else return messageId ? this.goTo(messageId) : undefined;
+    this.pendingTarget = messageId;
+    if (chat.unknown) return this.fail();
+    let messages;
+    try {
+      messages = await openMessages(chat);
+    } catch {
+      if (this.chat === chat) this.fail();
+      return;
+    }
+    if (this.chat !== chat || this.messages) return;
+    this.fill(messages);
+    if (this.pendingTarget) await this.goTo(this.pendingTarget);
+  }
+
+  begin(chat) {
+    this.leave();
+    this.chat = chat;
+    byId("thread-avatar").replaceChildren(avatarOf(chat));
+    byId("thread-title").textContent = chat.name || "";
+    byId("thread-sub").textContent = text(chat.group ? "groupCount" : "messageCount", { n: chat.count });
+    this.view.setAttribute("aria-label", chat.name || text("messages"));
+    this.view.setAttribute("aria-busy", "true");
+    this.slow = setTimeout(() => this.say(text("loading")), 200);
+  }
+
+  leave() {
+    clearTimeout(this.slow);
+    clearTimeout(this.resting);
+    if (this.chat && this.messages) this.bookmarks.set(this.chat.id, this.place());
+    if (this.messages) this.messages.whenArrived = () => {};
+    this.chat = null;
+    this.messages = null;
+    this.query = "";
+    this.target = null;
+    this.pendingTarget = null;
+    this.waitingMedia = [];
+    this.scroller.reset(0);
+    this.say("");
+    show(false, byId("newest"), byId("floating-day"));
+  }
+
+  place() {
+    return this.scroller.atEnd() ? null : this.scroller.bookmark();
+  }
+
+  fill(messages) {
+    clearTimeout(this.slow);
+    this.messages = messages;
+    messages.whenArrived = (from, to) => this.scroller.refresh(from - 1, to + 1);
+    this.view.setAttribute("aria-busy", "false");
+    this.say(messages.count === 0 ? text("noMessages") : "");
+    const left = this.bookmarks.get(this.chat.id);
+    this.scroller.reset(messages.count, { atEnd: true });
+    if (left && !this.pendingTarget) this.scroller.restore(left);
+    this.rested();
+  }
+
+  fail() {
+    clearTimeout(this.slow);
+    this.view.setAttribute("aria-busy", "false");
+    this.say(text("couldNotOpen"), text("couldNotLoad") + ": " + (this.chat.name || this.chat.id));
+    this.failed = this.chat;
+    this.chat = null;
+  }
+
+  say(words, more = "") {
+    this.note.replaceChildren(...(more ? [element("strong", {}, words), element("span", {}, more)] : [words]));
+    show(words !== "", this.note);
+  }
+
+  async goTo(messageId) {
+    const { messages } = this;
+    const index = await messages.indexOfId(messageId).catch(() => -1);
+    if (this.messages === messages && index >= 0) this.goToIndex(index, messageId);
+  }
+
+  goToIndex(index, messageId = null) {
+    this.target = messageId;
+    this.scroller.scrollTo(index, "center");
+    this.scroller.refresh();
+    this.rested();
+  }
+
+  mark(foldedQuery) {
+    if (this.query === foldedQuery) return;
+    this.query = foldedQuery;
+    this.scroller.refresh();
+  }
+
+  toNewest() {
+    this.scroller.scrollTo(this.messages.count - 1, "end");
+    this.rested();
+    this.view.focus({ preventScroll: true });
+  }
+
+  scrolled() {
+    this.showDay();
+    this.showNewest();
+    clearTimeout(this.resting);
+    this.resting = setTimeout(() => this.rested(), 180);
+  }
+
+  rested() {
+    const waiting = this.waitingMedia;
+    this.waitingMedia = [];
+    for (const load of waiting) load();
+    playersRest(this.view);
+    this.showNewest();
+    byId("floating-day").classList.remove("shown");
+  }
+
+  showNewest() {
+    show(!this.scroller.atEnd(this.view.clientHeight / 2), byId("newest"));
+  }
+
+  // The day at the top of the view, while scrolling.
+  showDay() {
+    const message = this.messages && this.messages.at(this.scroller.anchor.index);
+    const floating = byId("floating-day");
+    if (!message) return;
+    const day = hasTime(message.ts) ? formatDay(message.ts) : text("undated");
+    if (floating.firstChild.textContent !== day) floating.firstChild.textContent = day;
+    show(true, floating);
+    floating.classList.add("shown");
+  }
+
+  clicked(event, showPicture) {
+    const button = event.target.closest("button.picture");
+    if (button) showPicture(this.messages, button.closest(".message").index, button);
+  }
+}
