@@ -40,12 +40,12 @@ const loadChat = loadOnce(async (id) => {
 
 // A block holds consecutive messages of one or more chats, one line of JSON each.
 const loadBlock = loadOnce(async (number) => {
-  const payload = await loadData("block-" + number + ".js", "__BLOCK_PAYLOAD");
+  const payload = await loadData(BLOCKS[number].file, "__BLOCK_PAYLOAD");
   if (typeof payload !== "string") throw new Error("block " + number);
   return payload.split("\n");
 });
 
-// One entry per block: its parts [chat id, first message, number of messages].
+// One entry per block: its `file`, and in `chats` its parts [chat id, first message, number of messages].
 const BLOCKS = Array.isArray(ARCHIVE.blocks) ? ARCHIVE.blocks : null;
 
 const LARGE_CHAT = 5000;
@@ -58,7 +58,7 @@ function blockPartsOf(chat) {
   let count = 0;
   BLOCKS.forEach((block, number) => {
     let line = 0;
-    for (const [id, first, length] of block) {
+    for (const [id, first, length] of block.chats) {
       if (id === chat.id && first === count) {
         parts.push({ block: number, line, first, count: length });
         count += length;

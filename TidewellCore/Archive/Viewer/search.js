@@ -52,7 +52,7 @@ class Search {
     const missing = new Map();
     const load = (number) =>
       loadBlock(number).catch(() => {
-        for (const [id, first, count] of BLOCKS[number]) {
+        for (const [id, first, count] of BLOCKS[number].chats) {
           missing.set(id, [...(missing.get(id) || []), [first, first + count]]);
         }
         return [];
@@ -72,7 +72,7 @@ class Search {
 
   async goThroughBlock(lines, number) {
     let line = 0;
-    for (const [id, first, count] of BLOCKS[number]) {
+    for (const [id, first, count] of BLOCKS[number].chats) {
       const chat = chatById(id);
       const end = chat ? Math.min(line + count, lines.length) : 0;
       for (let at = line; at < end; at++) {
