@@ -5,6 +5,7 @@
 
 #include "TidewellCore/Archive/ReadableText.h"
 #include "TidewellCore/Archive/ViewerSources.h"
+#include "TidewellCore/Archive/ViewerTexts.h"
 #include "TidewellCore/Crypto/CryptoShim.h"
 #include "TidewellCore/FolderNames.h"
 #include "TidewellCore/Platform/Base64.h"
@@ -58,6 +59,8 @@ std::string ChatArchiveAssets::indexHTML(const ChatArchiveStrings& strings, std:
   Values values{{"assetPrefix", std::string(assetPrefix)},
                 {"base", std::string(assetPrefix.substr(0, assetPrefix.size() - viewer.size()))}};
   for (const auto& [name, text] : ChatArchiveStrings::fields()) values.emplace(name, strings.*text);
+  const ViewerTexts& controls = ViewerTexts::beside(strings);
+  for (const auto& [name, text] : ViewerTexts::fields()) values.emplace(name, controls.*text);
   values["scriptHash"] = "";
   values["scriptHash"] = hash(inlineScript(filled(ViewerSources::page(), values)));
   return filled(ViewerSources::page(), values);

@@ -42,12 +42,10 @@ Json::Object mediaDictionary(const ArchiveMedia& media) {
   return json;
 }
 
-Json::Object textTable(const TranscriptStyle& style) {
-  const ChatArchiveStrings& strings = ChatArchiveStrings::forStyle(style);
-  const bool isPortuguese = strings == ChatArchiveStrings::brazilianPortuguese();
-  const ViewerTexts& controls = isPortuguese ? ViewerTexts::brazilianPortuguese() : ViewerTexts::english();
+Json::Object textTable(const ChatArchiveStrings& strings) {
   Json::Object table;
   for (const auto& [name, text] : ChatArchiveStrings::fields()) table.emplace(name, strings.*text);
+  const ViewerTexts& controls = ViewerTexts::beside(strings);
   for (const auto& [name, text] : ViewerTexts::fields()) table.emplace(name, controls.*text);
   return table;
 }
@@ -113,10 +111,11 @@ void ChatArchiveWriter::writeViewer() const {
 }
 
 void ChatArchiveWriter::writeChatList() {
+  const ChatArchiveStrings& strings = ChatArchiveStrings::forStyle(setting_.style);
   const Json::Object archive{{"blocks", blocks_.finish()},
-                             {"strings", textTable(setting_.style)},
+                             {"strings", textTable(strings)},
                              {"timeZone", setting_.timeZone.identifier},
-                             {"title", ChatArchiveStrings::forStyle(setting_.style).title}};
+                             {"title", strings.title}};
   Json::Array list;
   for (const ArchiveChatSummary& chat : sortedByActivity(chats_, setting_.style)) list.emplace_back(dictionary(chat));
   Files::writeWhenDifferent(

@@ -36,6 +36,10 @@ const ViewerTexts& ViewerTexts::brazilianPortuguese() {
   return texts;
 }
 
+const ViewerTexts& ViewerTexts::beside(const ChatArchiveStrings& strings) {
+  return strings.language == ChatArchiveStrings::brazilianPortuguese().language ? brazilianPortuguese() : english();
+}
+
 const std::vector<ViewerTexts::Field>& ViewerTexts::fields() {
   static const std::vector<Field> all{
       {"jumpToDate", &ViewerTexts::jumpToDate},

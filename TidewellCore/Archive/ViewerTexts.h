@@ -4,6 +4,8 @@
 #include <string_view>
 #include <vector>
 
+#include "TidewellCore/Archive/ChatArchiveStrings.h"
+
 // The texts of the viewer's own controls, which the page has beside
 // ChatArchiveStrings. "{n}" and "{total}" stand for numbers that the page puts in.
 struct ViewerTexts {
@@ -22,6 +24,8 @@ struct ViewerTexts {
 
   static const ViewerTexts& english();
   static const ViewerTexts& brazilianPortuguese();
+  // Those in the language of `strings`.
+  static const ViewerTexts& beside(const ChatArchiveStrings& strings);
 
   // A field by its name, and all of them in their order.
   struct Field {
