@@ -30,4 +30,5 @@ void report(const std::string& what, const std::string& reference, const Compari
 
 void measureCopying(const std::filesystem::path& folder);
 void measureDecryption(const std::filesystem::path& folder);
+void measureExport(const std::filesystem::path& folder);
 void measureMessages(const std::filesystem::path& folder);

@@ -3,7 +3,8 @@
 
 int main() {
   const Fixture::TemporaryDirectory folder;
-  // Memory that this process freed would be used again unseen, so the messages come first.
+  // Memory that this process freed would be used again unseen, so what is measured for it comes first.
+  measureExport(folder.path());
   measureMessages(folder.path());
   measureCopying(folder.path());
   measureDecryption(folder.path());

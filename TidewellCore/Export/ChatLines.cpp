@@ -110,11 +110,7 @@ std::vector<const MessageRecord*> ChatLines::inOneRow(const RecordKeys& keys) co
     for (const MessageRecord& message : *messages) row.push_back(&message);
   }
   // The messages of a single record are in order already.
-  if (keys.size() > 1) {
-    std::ranges::sort(row, [](const MessageRecord* a, const MessageRecord* b) {
-      return std::pair(sortDate(a), a->pk) < std::pair(sortDate(b), b->pk);
-    });
-  }
+  if (keys.size() > 1) std::ranges::stable_sort(row, {}, sortDate);
   return row;
 }
 

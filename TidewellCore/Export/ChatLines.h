@@ -24,7 +24,7 @@ class ChatLines {
   std::vector<std::string> chatsWithMessages() const;
 
   // A chat's messages, undated first, then oldest first; those of a person's two
-  // records in one row, of equal dates the smaller primary key first.
+  // records in one row, of equal dates those of the smaller record first.
   std::vector<ArchiveMessage> messages(const std::string& jid, const MediaLinks& links,
                                        const TranscriptStyle& style) const;
   // The same messages as a transcript in the chat's folder shows them.
