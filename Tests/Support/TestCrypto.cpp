@@ -74,6 +74,14 @@ std::string sha1Hex(ByteView bytes) {
   return hex(digest);
 }
 
+std::string sha256Base64(std::string_view text) {
+  std::array<std::uint8_t, 32> digest{};
+  check(EVP_Digest(text.data(), text.size(), digest.data(), nullptr, EVP_sha256(), nullptr), "SHA-256");
+  std::array<std::uint8_t, 45> encoded{};
+  const int length = EVP_EncodeBlock(encoded.data(), digest.data(), static_cast<int>(digest.size()));
+  return {encoded.begin(), encoded.begin() + length};
+}
+
 Bytes pbkdf2(Digest digest, ByteView password, ByteView salt, std::uint32_t rounds, std::size_t length) {
   Bytes key(length);
   check(PKCS5_PBKDF2_HMAC(reinterpret_cast<const char*>(password.data()), static_cast<int>(password.size()),

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "Tests/Support/Bytes.h"
 
@@ -16,6 +17,7 @@ enum class Padding { none, pkcs7 };
 
 std::string hex(ByteView bytes);
 std::string sha1Hex(ByteView bytes);
+std::string sha256Base64(std::string_view text);
 
 Bytes pbkdf2(Digest digest, ByteView password, ByteView salt, std::uint32_t rounds, std::size_t length = 32);
 

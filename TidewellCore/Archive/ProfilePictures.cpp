@@ -14,7 +14,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t headerSize = 16;
+constexpr std::int64_t headerSize = 16;
+constexpr std::int64_t largestPicture = 32 << 20;  // bytes; WhatsApp's take a tenth of a megabyte
 
 std::optional<std::int64_t> signedNumber(std::string_view text) {
   if (text.starts_with('+')) {
@@ -31,12 +32,19 @@ bool hasAt(ByteView bytes, std::size_t offset, std::string_view expected) {
   return bytes.size() >= offset + expected.size() && textOf(bytes.subspan(offset, expected.size())) == expected;
 }
 
-std::optional<ProfilePictureFormat> formatOf(const ManifestFile& file, const OpenedBackup& backup) {
+// The first `count` bytes of a file; none when the file or its key does not read.
+Bytes beginning(const ManifestFile& file, const OpenedBackup& backup, std::int64_t count) {
   try {
-    return ProfilePictures::detectFormat(backup.firstBytes(file, headerSize));
+    return backup.firstBytes(file, static_cast<std::size_t>(count));
   } catch (const std::exception&) {
-    return std::nullopt;  // a file or a key that does not read
+    return {};
   }
+}
+
+// Absent for a file that is no picture.
+std::optional<ProfilePictureFormat> formatOf(const ManifestFile& file, const OpenedBackup& backup) {
+  if (backup.provenSize(file).value_or(0) > largestPicture) return std::nullopt;
+  return ProfilePictures::detectFormat(beginning(file, backup, headerSize));
 }
 
 bool isBetter(const ProfilePictureCandidate& a, const ProfilePictureCandidate& b) {
@@ -45,24 +53,6 @@ bool isBetter(const ProfilePictureCandidate& a, const ProfilePictureCandidate& b
   };
   if (rank(a) != rank(b)) return rank(a) > rank(b);
   return a.file.relativePath < b.file.relativePath;
-}
-
-// True when the copy is new, false when the same bytes were there already.
-bool copyPicture(const ManifestFile& file, const OpenedBackup& backup, const fs::path& target,
-                 const CancellationCheck& isCancelled) {
-  const fs::path partial = target.parent_path() / Files::partialName();
-  try {
-    ManifestFile whole = file;
-    whole.plaintextSize = backup.provenSize(file);
-    backup.materialize(whole, partial, isCancelled);
-    const bool isThere = Files::isRegularFile(target) && Files::haveSameBytes(partial, target);
-    isThere ? fs::remove(partial), void() : fs::rename(partial, target);
-    return !isThere;
-  } catch (...) {
-    std::error_code ignored;
-    fs::remove(partial, ignored);
-    throw;
-  }
 }
 
 }  // namespace
@@ -105,7 +95,7 @@ std::vector<std::string> ProfilePictures::matchingUsers(std::string_view jid, co
 }
 
 std::optional<ProfilePictureFormat> ProfilePictures::detectFormat(ByteView bytes) {
-  const ByteView header = bytes.first(std::min(bytes.size(), headerSize));
+  const ByteView header = bytes.first(std::min(bytes.size(), std::size_t{headerSize}));
   if (hasAt(header, 0, "\xFF\xD8\xFF")) return ProfilePictureFormat::jpeg;
   if (hasAt(header, 0, "\x89PNG\r\n\x1A\n")) return ProfilePictureFormat::png;
   if (hasAt(header, 0, "GIF87a") || hasAt(header, 0, "GIF89a")) return ProfilePictureFormat::gif;
@@ -140,12 +130,13 @@ ProfilePictures::Outcome ProfilePictures::attachAndCopy(std::vector<ArchiveChat>
   Outcome outcome;
   for (ArchiveChat& chat : chats) {
     throwIfCancelled(isCancelled);
-    const auto best = select(chat.jid, source.snapshot, byUser, source.backup);
     bool isCopied = false;
-    if (best) {
+    if (const auto best = select(chat.jid, source.snapshot, byUser, source.backup)) {
+      const ManifestFile& file = best->candidate.file;
       const std::string name = chat.id + "." + std::string(rawValue(best->format));
+      const Bytes content = beginning(file, source.backup, source.backup.provenSize(file).value_or(0));
       fs::create_directories(folder);
-      isCopied = copyPicture(best->candidate.file, source.backup, folder / PathText::path(name), isCancelled);
+      isCopied = Files::writeWhenDifferent(folder / PathText::path(name), textOf(content));
       chat.avatarRelativePath = std::string(FolderNames::avatars) + "/" + name;
     }
     isCopied ? ++outcome.copied : ++outcome.skipped;

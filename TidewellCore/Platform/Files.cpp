@@ -162,8 +162,10 @@ void Files::writeAtomically(const fs::path& path, std::string_view content) {
   }
 }
 
-void Files::writeWhenDifferent(const fs::path& path, std::string_view content) {
-  if (!holds(path, content)) writeAtomically(path, content);
+bool Files::writeWhenDifferent(const fs::path& path, std::string_view content) {
+  if (holds(path, content)) return false;
+  writeAtomically(path, content);
+  return true;
 }
 
 std::int64_t Files::copy(const fs::path& from, const fs::path& to, const CancellationCheck& isCancelled) {

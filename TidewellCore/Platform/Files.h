@@ -41,8 +41,9 @@ Bytes read(const std::filesystem::path& path, std::int64_t limit);
 
 // Replaces a file as one step: readers see the old content or the new, never a part.
 void writeAtomically(const std::filesystem::path& path, std::string_view content);
-// The same, but a regular file that holds that content already keeps its date.
-void writeWhenDifferent(const std::filesystem::path& path, std::string_view content);
+// The same, but a regular file that holds that content already keeps its date:
+// false then.
+bool writeWhenDifferent(const std::filesystem::path& path, std::string_view content);
 
 // Copies a regular file's bytes to a new file, in the kernel where it can.
 // Returns the bytes copied. Stops with TidewellError::cancelled and leaves the part behind.

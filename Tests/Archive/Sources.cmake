@@ -1,0 +1,11 @@
+target_sources(TidewellCoreTests PRIVATE
+  ${CMAKE_CURRENT_LIST_DIR}/ChatArchiveAssetsTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ChatArchiveJSONTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ChatArchiveWriterTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ProfilePicturesTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ReadableTextTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/TranscriptWriterTests.cpp)
+
+# Where the golden transcripts are, to be compared and, on request, written anew.
+set_source_files_properties(${CMAKE_CURRENT_LIST_DIR}/TranscriptWriterTests.cpp PROPERTIES
+  COMPILE_DEFINITIONS TIDEWELL_ARCHIVE_GOLDEN_FOLDER="${CMAKE_CURRENT_LIST_DIR}/Golden")

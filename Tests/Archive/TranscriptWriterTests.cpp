@@ -1,0 +1,158 @@
+#include "TidewellCore/Archive/TranscriptWriter.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "Tests/Support/TemporaryDirectory.h"
+
+namespace {
+
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+using TranscriptWriter::Line;
+
+const TimeZone utc{"UTC"};
+const TimeZone saoPaulo{"America/Sao_Paulo"};
+const Locale american{"en_US"};
+const Locale brazilian{"pt_BR"};
+
+Date at(const char* time) { return dateFromISO8601(time).value(); }
+
+std::string html(const std::vector<Line>& lines, const TimeZone& zone = utc) {
+  return TranscriptWriter::renderHTML("Ana", lines, TranscriptStyle::english(), zone, american);
+}
+
+std::string text(const std::vector<Line>& lines) { return TranscriptWriter::renderText("Ana", lines, utc, american); }
+
+std::size_t count(const std::string& text, const std::string& part) {
+  std::size_t found = 0;
+  for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++found;
+  return found;
+}
+
+// Every sort of line, as the owner of the phone and Ana exchange them around a midnight.
+std::vector<Line> conversation(const TranscriptStyle& style) {
+  return {
+      {.sender = "Ana", .text = "from before there were dates"},
+      {.date = at("2024-05-02T01:30:00Z"), .sender = "Ana", .text = "Tea & <cake> \"now\"?\r\nOr later\rOr never\n"},
+      {.date = at("2024-05-02T02:59:59Z"),
+       .sender = style.youLabel,
+       .text = "a caption",
+       .mediaFileName = "100% #1?.jpg",
+       .mediaKind = MediaKind::photos},
+      {.date = at("2024-05-02T03:00:00Z"),
+       .sender = style.youLabel,
+       .mediaFileName = "clip.mp4",
+       .mediaKind = MediaKind::videos},
+      {.date = at("2024-05-02T17:00:09Z"),
+       .sender = "Ana",
+       .mediaFileName = "note.opus",
+       .mediaKind = MediaKind::voiceNotes},
+      {.date = at("2024-05-02T17:00:10Z"),
+       .sender = "Ana",
+       .mediaFileName = "smile.webp",
+       .mediaKind = MediaKind::stickers},
+      {.date = at("2024-05-02T17:00:11Z"),
+       .sender = style.unknownSenderLabel,
+       .mediaFileName = "plan \"B\".pdf",
+       .mediaKind = MediaKind::documents},
+      {.date = at("2024-05-02T17:00:12Z"), .sender = "Ana", .mediaFileName = "no kind"},
+      {.date = at("2024-05-02T17:00:13Z"), .sender = "Ana", .text = "", .mediaKind = MediaKind::photos},
+      {.date = at("2024-05-02T17:00:14Z"), .sender = "ليلى", .text = "مرحبا \x01 bell"}};
+}
+
+void expectGolden(const std::string& rendered, const char* name) {
+  const std::filesystem::path golden = std::filesystem::path(TIDEWELL_ARCHIVE_GOLDEN_FOLDER) / name;
+  if (std::getenv("TIDEWELL_UPDATE_GOLDEN") != nullptr) Fixture::writeFile(golden, rendered);
+  const Fixture::Bytes bytes = Fixture::readFile(golden);
+  EXPECT_EQ(rendered, std::string(bytes.begin(), bytes.end())) << "TIDEWELL_UPDATE_GOLDEN=1 writes " << name << " anew";
+}
+
+TEST(TranscriptWriter, RendersTheGoldenPages) {
+  const TranscriptStyle english = TranscriptStyle::english();
+  const TranscriptStyle portuguese = TranscriptStyle::portuguese();
+  expectGolden(TranscriptWriter::renderHTML("Ana & <Co>", conversation(english), english, saoPaulo, american),
+               "en.html");
+  expectGolden(TranscriptWriter::renderHTML("Ana & <Co>", conversation(portuguese), portuguese, saoPaulo, brazilian),
+               "pt-BR.html");
+  expectGolden(TranscriptWriter::renderText("Ana & <Co>", conversation(english), saoPaulo, american), "en.txt");
+  expectGolden(TranscriptWriter::renderText("Ana & <Co>", conversation(portuguese), saoPaulo, brazilian), "pt-BR.txt");
+}
+
+TEST(TranscriptWriter, BeginsAndEndsThePage) {
+  const std::string page = TranscriptWriter::renderHTML("A&B", {}, TranscriptStyle::portuguese(), utc, brazilian);
+  EXPECT_THAT(page, StartsWith("<!DOCTYPE html>\n<html lang=\"pt-BR\">\n"));
+  EXPECT_THAT(page, HasSubstr("<title>A&amp;B</title>"));
+  EXPECT_THAT(page, EndsWith("<h1>A&amp;B</h1>\n</body>\n</html>"));
+}
+
+TEST(TranscriptWriter, HeadsEachDayOfTheChosenZone) {
+  const std::vector<Line> lines{{.date = at("2024-05-02T02:59:59Z"), .sender = "Ana", .text = "late"},
+                                {.date = at("2024-05-02T03:00:00Z"), .sender = "Ana", .text = "early"}};
+  EXPECT_EQ(count(html(lines), "<div class=\"day\">"), 1U);
+  const std::string there = html(lines, saoPaulo);
+  EXPECT_THAT(there, HasSubstr("<div class=\"day\">Wednesday, May 1, 2024</div>"));
+  EXPECT_THAT(there, HasSubstr("<div class=\"day\">Thursday, May 2, 2024</div>"));
+}
+
+TEST(TranscriptWriter, AnUndatedLineHasNoDayAndDoesNotPartOne) {
+  const std::vector<Line> lines{{.sender = "Ana", .text = "?"},
+                                {.date = at("2024-05-02T10:00:00Z"), .sender = "Ana", .text = "a"},
+                                {.sender = "Ana", .text = "?"},
+                                {.date = at("2024-05-02T11:00:00Z"), .sender = "Ana", .text = "b"}};
+  EXPECT_EQ(count(html(lines), "<div class=\"day\">"), 1U);
+  EXPECT_THAT(html(lines), HasSubstr("<div class=\"meta\">Ana</div>"));
+  EXPECT_THAT(text(lines), HasSubstr("[undated] Ana: ?\n[2024-05-02 10:00:00] Ana: a\n"));
+}
+
+TEST(TranscriptWriter, TellsTheOwnersMessagesByTheStylesLabel) {
+  EXPECT_THAT(html({{.sender = "You", .text = "a"}}), HasSubstr("<article class=\"msg me\">"));
+  EXPECT_THAT(html({{.sender = "Você", .text = "a"}}), Not(HasSubstr("<article class=\"msg me\">")));
+}
+
+TEST(TranscriptWriter, AVoiceNoteAloneHasNoParagraphOfText) {
+  EXPECT_THAT(html({{.sender = "Ana", .mediaFileName = "a.opus", .mediaKind = MediaKind::voiceNotes}}),
+              HasSubstr("<div class=\"bubble\" dir=\"auto\"><p><audio controls src=\"a.opus\"></audio></p></div>"));
+}
+
+TEST(TranscriptWriter, LinksToNamesThatABrowserWouldCut) {
+  const std::string page =
+      html({{.sender = "Ana", .mediaFileName = "50% #2 ok?.jpg", .mediaKind = MediaKind::photos},
+            {.sender = "Ana", .mediaFileName = "a&b \"c\".pdf", .mediaKind = MediaKind::documents}});
+  EXPECT_THAT(page, HasSubstr("<p><img src=\"50%25 %232 ok%3F.jpg\" alt=\"50% #2 ok?.jpg\""));
+  EXPECT_THAT(page, HasSubstr("<p><a href=\"a&amp;b &quot;c&quot;.pdf\">a&amp;b &quot;c&quot;.pdf</a></p>"));
+}
+
+TEST(TranscriptWriter, EveryLineBreakOfATextIsOne) {
+  EXPECT_THAT(html({{.sender = "Ana", .text = "a\r\nb\rc\nd"}}), HasSubstr("<p>a<br>b<br>c<br>d</p>"));
+}
+
+TEST(TranscriptWriter, PutsMediaInBracketsBehindTheText) {
+  EXPECT_EQ(text({{.sender = "Ana", .text = "look", .mediaFileName = "a.jpg"}}),
+            "=== Ana ===\n[undated] Ana: look [a.jpg]\n");
+  EXPECT_EQ(text({{.sender = "Ana", .mediaFileName = "a.jpg"}}), "=== Ana ===\n[undated] Ana: [a.jpg]\n");
+}
+
+TEST(TranscriptWriter, ShowsALineWithoutContent) {
+  EXPECT_EQ(text({{.sender = "Ana"}, {.sender = "Ana", .text = ""}}),
+            "=== Ana ===\n[undated] Ana: [media]\n[undated] Ana: [media]\n");
+  EXPECT_THAT(html({{.sender = "Ana"}}), HasSubstr("<p>[media]</p>"));
+}
+
+TEST(TranscriptWriter, NoNameBeginsALineOfItsOwn) {
+  const std::string rendered =
+      TranscriptWriter::renderText("A\nB", {{.sender = "Eve\n[2024-01-01 00:00:00] Ana", .text = "hi"}}, utc, american);
+  EXPECT_EQ(rendered, "=== A B ===\n[undated] Eve [2024-01-01 00:00:00] Ana: hi\n");
+}
+
+TEST(TranscriptWriter, UsesTheLocalesOwnSpaces) {
+  // A narrow no-break space stands before "PM".
+  EXPECT_THAT(html({{.date = at("2024-05-02T17:00:09Z"), .sender = "Ana", .text = "a"}}),
+              HasSubstr("<div class=\"meta\">Ana · 5:00:09\u202FPM</div>"));
+}
+
+}  // namespace
