@@ -169,8 +169,8 @@ void aurora(Canvas& canvas, SeededRandom random, float time) {
     }
   }
   const Colour snow = colour(0x8FB4C4);
-  canvas.ground(outline(canvas, random, horizon - side * 0.06F, side * 0.14F, 3, 0.52F), mix(snow, colour(0x0B1D3A), 0.35F),
-                colour(0x0C1A2C), side * 0.2F);
+  canvas.ground(outline(canvas, random, horizon - side * 0.06F, side * 0.14F, 3, 0.52F),
+                mix(snow, colour(0x0B1D3A), 0.35F), colour(0x0C1A2C), side * 0.2F);
   const std::vector<float> shore = outline(canvas, random, horizon + side * 0.01F, side * 0.015F, 5, 0.5F);
   canvas.ground(shore, colour(0x07121C), colour(0x050B12), side * 0.1F);
   for (int tree = 0; tree < 60; ++tree) {
