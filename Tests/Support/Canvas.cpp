@@ -15,6 +15,9 @@ std::uint32_t inside(float coordinate, std::uint32_t limit) {
   return static_cast<std::uint32_t>(std::clamp(coordinate, 0.0F, static_cast<float>(limit)));
 }
 
+// std::hypot is exact for any size and many times slower.
+float lengthOf(float x, float y) { return std::sqrt(x * x + y * y); }
+
 }  // namespace
 
 Colour colour(std::uint32_t code) {
@@ -67,7 +70,7 @@ void Canvas::gradient(std::span<const Colour> colours) {
 
 void Canvas::disc(Point centre, float radius, Brush brush) {
   paint({centre.x - radius, centre.y - radius}, {centre.x + radius, centre.y + radius}, brush,
-        [=](Point point) { return std::hypot(point.x - centre.x, point.y - centre.y) - radius; });
+        [=](Point point) { return lengthOf(point.x - centre.x, point.y - centre.y) - radius; });
 }
 
 void Canvas::ellipse(Point centre, float radiusX, float radiusY, Brush brush, float angle) {
@@ -92,7 +95,7 @@ void Canvas::line(Point from, Point to, float thickness, Brush brush) {
   paint({std::min(from.x, to.x) - half, std::min(from.y, to.y) - half},
         {std::max(from.x, to.x) + half, std::max(from.y, to.y) + half}, brush, [=](Point point) {
           const float part = std::clamp(((point.x - from.x) * way.x + (point.y - from.y) * way.y) / square, 0.0F, 1.0F);
-          return std::hypot(point.x - from.x - way.x * part, point.y - from.y - way.y * part) - half;
+          return lengthOf(point.x - from.x - way.x * part, point.y - from.y - way.y * part) - half;
         });
 }
 
@@ -107,8 +110,8 @@ void Canvas::arc(Point centre, float radius, float from, float to, float thickne
           const Point away{point.x - centre.x, point.y - centre.y};
           const Point turned{away.x * direction.x + away.y * direction.y,
                              std::abs(away.y * direction.x - away.x * direction.y)};
-          if (std::atan2(turned.y, turned.x) <= reach) return std::abs(std::hypot(away.x, away.y) - radius) - half;
-          return std::hypot(turned.x - end.x, turned.y - end.y) - half;
+          if (std::atan2(turned.y, turned.x) <= reach) return std::abs(lengthOf(away.x, away.y) - radius) - half;
+          return lengthOf(turned.x - end.x, turned.y - end.y) - half;
         });
 }
 
@@ -117,7 +120,7 @@ void Canvas::rectangle(Point topLeft, Point bottomRight, Brush brush, float corn
   const Point half{(bottomRight.x - topLeft.x) / 2 - cornerRadius, (bottomRight.y - topLeft.y) / 2 - cornerRadius};
   paint(topLeft, bottomRight, brush, [=](Point point) {
     const Point out{std::abs(point.x - middle.x) - half.x, std::abs(point.y - middle.y) - half.y};
-    return std::hypot(std::max(out.x, 0.0F), std::max(out.y, 0.0F)) + std::min(std::max(out.x, out.y), 0.0F) -
+    return lengthOf(std::max(out.x, 0.0F), std::max(out.y, 0.0F)) + std::min(std::max(out.x, out.y), 0.0F) -
            cornerRadius;
   });
 }
@@ -141,7 +144,7 @@ void Canvas::convexPolygon(std::span<const Point> corners, Brush brush) {
   for (std::size_t index = 0; index < corners.size(); ++index) {
     const Point& here = corners[index];
     const Point& next = corners[(index + 1) % corners.size()];
-    const float length = std::copysign(std::max(std::hypot(next.x - here.x, next.y - here.y), 1e-6F), area);
+    const float length = std::copysign(std::max(lengthOf(next.x - here.x, next.y - here.y), 1e-6F), area);
     edges.push_back({here, {(next.y - here.y) / length, (here.x - next.x) / length}});
   }
   paint(least, most, brush, [&](Point point) {
@@ -218,10 +221,10 @@ void Canvas::develop(std::uint64_t seed, float noise) {
 }
 
 Bytes Canvas::rgb() const {
-  Bytes bytes;
-  bytes.reserve(pixels_.size() * 3);
+  Bytes bytes(pixels_.size() * 3);
+  auto next = bytes.begin();
   for (const Pixel& pixel : pixels_) {
-    for (const float part : {pixel.red, pixel.green, pixel.blue}) bytes.push_back(byteOf(part));
+    for (const float part : {pixel.red, pixel.green, pixel.blue}) *next++ = byteOf(part);
   }
   return bytes;
 }

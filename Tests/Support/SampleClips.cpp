@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <future>
 #include <stdexcept>
 
 #include "Tests/Support/MediaProgram.h"
@@ -33,6 +34,22 @@ Film filmOf(const Shot& shot, std::uint64_t seed) {
     append(film.frames, canvas.rgb());
   }
   return film;
+}
+
+Clip videoOf(const Shot& shot, std::uint64_t seed) {
+  SeededRandom random(seed);
+  const Sound sound = melody(random, static_cast<float>(shot.seconds));
+  return {encodedVideo(filmOf(shot, random.next()), sound), static_cast<std::int64_t>(shot.seconds)};
+}
+
+Clip voiceNoteOf(std::uint64_t seconds, std::uint64_t seed) {
+  SeededRandom random(seed);
+  return {encodedVoiceNote(babble(random, static_cast<float>(seconds))), static_cast<std::int64_t>(seconds)};
+}
+
+Clip audioOf(std::uint64_t seconds, std::uint64_t seed) {
+  SeededRandom random(seed);
+  return {encodedAudio(melody(random, static_cast<float>(seconds))), static_cast<std::int64_t>(seconds)};
 }
 
 // The checksum of RFC 3533, section 6: polynomial 0x04C11DB7, from 0, not reflected.
@@ -88,18 +105,19 @@ Bytes withPaddedComment(const Bytes& content, ByteView filling) {
 }
 
 SampleClips::SampleClips(std::uint64_t seed) {
-  SeededRandom random(seed);
-  for (const Shot& shot : shots) {
-    const Sound sound = melody(random, static_cast<float>(shot.seconds));
-    videos_.push_back({encodedVideo(filmOf(shot, random.next()), sound), static_cast<std::int64_t>(shot.seconds)});
-  }
+  std::vector<std::future<Clip>> videos;
+  std::vector<std::future<Clip>> voiceNotes;
+  std::vector<std::future<Clip>> audios;
+  for (const Shot& shot : shots) videos.push_back(std::async(std::launch::async, videoOf, shot, ++seed));
   for (const std::uint64_t seconds : voiceNoteSeconds) {
-    const Sound sound = babble(random, static_cast<float>(seconds));
-    voiceNotes_.push_back({encodedVoiceNote(sound), static_cast<std::int64_t>(seconds)});
+    voiceNotes.push_back(std::async(std::launch::async, voiceNoteOf, seconds, ++seed));
   }
   for (const std::uint64_t seconds : audioSeconds) {
-    audios_.push_back({encodedAudio(melody(random, static_cast<float>(seconds))), static_cast<std::int64_t>(seconds)});
+    audios.push_back(std::async(std::launch::async, audioOf, seconds, ++seed));
   }
+  for (std::future<Clip>& clip : videos) videos_.push_back(clip.get());
+  for (std::future<Clip>& clip : voiceNotes) voiceNotes_.push_back(clip.get());
+  for (std::future<Clip>& clip : audios) audios_.push_back(clip.get());
 }
 
 Clip SampleClips::video(SeededRandom& random) const {
