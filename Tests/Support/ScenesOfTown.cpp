@@ -23,8 +23,9 @@ void tower(Canvas& canvas, SeededRandom& random, Point foot, Point size, Colour 
   for (float y = top + cell * 0.6F; y < foot.y - cell; y += cell * 1.2F) {
     for (float x = left + cell * 0.25F; x < left + size.x - cell * 0.5F; x += cell) {
       const float phase = between(random, 0, 40);
+      const float brightness = between(random, 0.35F, 0.95F);
       if (!random.chance(42) || std::fmod(phase + time, 40.0F) > 39) continue;
-      canvas.rectangle({x, y}, {x + cell * 0.5F, y + cell * 0.62F}, {lamp, between(random, 0.35F, 0.95F)});
+      canvas.rectangle({x, y}, {x + cell * 0.5F, y + cell * 0.62F}, {lamp, brightness});
     }
   }
 }

@@ -23,6 +23,7 @@ class ScreenplayReader {
     } else if (line.starts_with("== ")) {
       beginDay(std::string(line.substr(3)));
     } else if (line.starts_with('|')) {
+      if (lines(line).empty()) fail(line);
       lines(line).back().text.append("\n").append(line.substr(line.size() > 1 ? 2 : 1));
     } else {
       addLine(line);
