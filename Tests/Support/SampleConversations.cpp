@@ -140,7 +140,6 @@ class SampleWriter {
   // Talks of a few messages in one chat, one talk after the other; the keys follow the dates.
   void addMessages() {
     const std::size_t count = options_.messageCount - script_.size();
-    const double talkGap = (lastDate - firstDate) * 8 / static_cast<double>(count);
     double date = firstDate;
     while (app_.messages.size() < count) {
       const Conversation& conversation = pickConversation();
@@ -149,7 +148,9 @@ class SampleWriter {
         addMessage(conversation, now, count);
         if (!random_.chance(6)) now += static_cast<double>(5 + random_.below(400));
       }
-      date += talkGap;
+      // A talk has 8 messages on average.
+      const auto remaining = static_cast<double>(count - app_.messages.size());
+      date += (lastDate - date) * std::min(1.0, 8 / std::max(remaining, 1.0));
     }
   }
 
