@@ -7,8 +7,8 @@
 
 #include "Tests/Support/OpaqueName.h"
 #include "Tests/Support/SampleFiles.h"
-#include "Tests/Support/SampleMedia.h"
 #include "Tests/Support/SampleProfilePictures.h"
+#include "Tests/Support/SampleSurroundings.h"
 #include "Tests/Support/SampleTexts.h"
 #include "Tests/Support/Screenplay.h"
 #include "Tests/Support/SeededRandom.h"
@@ -46,7 +46,7 @@ class SampleWriter {
   explicit SampleWriter(const SampleOptions& options)
       : options_(options), random_(options.seed), makeFile_(options.playableMedia, options.seed) {
     if (options.messageCount >= leastMessagesForScreenplay && options.mediaCount >= leastMediaForScreenplay) {
-      script_ = scriptInOrder();
+      script_ = cuesInOrder(sampleScreenplay());
     }
   }
 
@@ -63,7 +63,7 @@ class SampleWriter {
     }
     BackupContents contents{.deviceName = "iPhone de Ana", .encryption = options_.encryption, .seed = options_.seed};
     contents.whatsApp = std::move(app_);
-    addOtherFiles(contents);
+    addSurroundings(contents, random_);
     return contents;
   }
 
@@ -154,25 +154,12 @@ class SampleWriter {
     }
   }
 
-  // A line of the screenplay and the chat it is said in.
-  struct Cue {
-    std::string jid;
-    ScriptLine line;
-  };
-
-  static std::vector<Cue> scriptInOrder() {
-    std::vector<Cue> cues;
-    for (ScriptThread& thread : sampleScreenplay()) {
-      for (ScriptLine& line : thread.lines) cues.push_back({thread.jid, std::move(line)});
-    }
-    std::ranges::stable_sort(cues, {}, [](const Cue& cue) { return cue.line.date; });
-    return cues;
+  bool isScripted(const std::string& jid) const {
+    return std::ranges::find(script_, jid, &ScriptCue::jid) != script_.end();
   }
 
-  bool isScripted(const std::string& jid) const { return std::ranges::find(script_, jid, &Cue::jid) != script_.end(); }
-
   void addScript() {
-    for (const Cue& cue : script_) {
+    for (const ScriptCue& cue : script_) {
       Conversation& conversation = *std::ranges::find(conversations_, cue.jid, &Conversation::jid);
       const ScriptLine& line = cue.line;
       const bool mine = line.speaker == "Me";
@@ -260,7 +247,7 @@ class SampleWriter {
 
   std::size_t scriptedMediaCount() const {
     return static_cast<std::size_t>(
-        std::ranges::count_if(script_, [](const Cue& cue) { return !cue.line.medium.empty(); }));
+        std::ranges::count_if(script_, [](const ScriptCue& cue) { return !cue.line.medium.empty(); }));
   }
 
   SQLValue messagePushName() {
@@ -296,30 +283,11 @@ class SampleWriter {
     }
   }
 
-  void addOtherFiles(BackupContents& contents) {
-    const std::string domain = contents.whatsApp.domain;
-    // An app that writes while the phone is backed up: the record has the size from before.
-    contents.whatsApp.databaseStorage["ChatStorage.sqlite"].recordedSize = 65'536;
-    contents.whatsApp.files.push_back({.relativePath = "Axolotl.sqlite", .content = random_.bytes(8'192)});
-    contents.whatsApp.files.push_back({.relativePath = "Library/Preferences/group.net.whatsapp.WhatsApp.shared.plist",
-                                       .content = bytesOf("bplist00")});
-    contents.otherFiles = {{"CameraRollDomain", "Media/DCIM/100APPLE/IMG_0001.JPG", jpegPhoto(random_, 320, 240)},
-                           {"HomeDomain", "Library/SMS/sms.db", random_.bytes(12'288), {.protectionClass = 4}},
-                           {"AppDomain-com.example.notes", "Documents/notes.json", bytesOf("[]\n")},
-                           {"AppDomain-com.example.notes", "Documents/ChatStorage.sqlite", bytesOf("not WhatsApp's")}};
-    contents.indexRows = {{domain, "", 2},
-                          {domain, "Message", 2},
-                          {domain, "Message/Media", 2},
-                          {domain, "Media/Profile", 2},
-                          {"CameraRollDomain", "Media/DCIM", 2},
-                          {"HomeDomain", "Library/Caches/link", 4}};
-  }
-
   const SampleOptions& options_;
   SeededRandom random_;
   WhatsAppContents app_;
   SampleFiles makeFile_;
-  std::vector<Cue> script_;
+  std::vector<ScriptCue> script_;
   std::vector<Conversation> conversations_;
 };
 

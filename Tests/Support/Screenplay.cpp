@@ -1,8 +1,10 @@
 #include "Tests/Support/Screenplay.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <stdexcept>
+#include <utility>
 
 #include "Tests/Support/SampleScripts.h"
 
@@ -90,6 +92,15 @@ std::vector<ScriptThread> parseScreenplay(std::string_view script) {
     script.remove_prefix(end == std::string_view::npos ? script.size() : end + 1);
   }
   return reader.threads();
+}
+
+std::vector<ScriptCue> cuesInOrder(const std::vector<ScriptThread>& threads) {
+  std::vector<ScriptCue> cues;
+  for (const ScriptThread& thread : threads) {
+    for (const ScriptLine& line : thread.lines) cues.push_back({thread.jid, line});
+  }
+  std::ranges::stable_sort(cues, {}, [](const ScriptCue& cue) { return cue.line.date; });
+  return cues;
 }
 
 std::vector<ScriptThread> sampleScreenplay() {

@@ -32,6 +32,15 @@ struct ScriptThread {
 // Throws std::runtime_error naming the line that is none of these.
 std::vector<ScriptThread> parseScreenplay(std::string_view script);
 
+// A line and the chat it is said in.
+struct ScriptCue {
+  std::string jid;
+  ScriptLine line;
+};
+
+// The lines of all threads by date.
+std::vector<ScriptCue> cuesInOrder(const std::vector<ScriptThread>& threads);
+
 // The threads that the newest messages of the sample are taken from.
 std::vector<ScriptThread> sampleScreenplay();
 
