@@ -120,7 +120,7 @@ class Portrait {
     for (const float side : {-1.0F, 1.0F}) {
       oval(side * 0.18F, 0.02F, 0.045F, 0.058F, ink);
       oval(side * 0.18F + 0.015F, 0, 0.014F, 0.016F, {1, 1, 1});
-      canvas_.line(at(side * 0.11F, -0.13F), at(side * 0.26F, -0.1F), 0.028F * size_,
+      canvas_.line(at(side * 0.11F, -0.115F), at(side * 0.26F, -0.115F), 0.028F * size_,
                    {mix(looks_.hair, {}, 0.2F), 0.85F});
       oval(side * 0.27F, 0.17F, 0.09F, 0.06F, colour(0xE86A6A), 0.28F, 0.06F);
       if (looks_.glasses)

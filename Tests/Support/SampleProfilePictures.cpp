@@ -9,6 +9,7 @@
 #include "Tests/Support/PictureFormats.h"
 #include "Tests/Support/SampleAvatars.h"
 #include "Tests/Support/SampleMedia.h"
+#include "Tests/Support/SampleScenes.h"
 
 namespace Fixture {
 
@@ -22,29 +23,17 @@ constexpr std::string_view withOldVersion = "5511900001111";
 constexpr std::string_view withThumbnailOnly = "5571900001010";
 constexpr std::string_view withWebP = "15550002222";
 constexpr std::string_view footballGroup = "5511900002222-1400000000";
+constexpr std::string_view bakery = "551130001111";
 // The LID of a chat, and the phone number its picture is stored under.
 constexpr std::pair<std::string_view, std::string_view> storedByPhone = {"45678901234567", "5511900012345"};
 
 // Portraits that suit their people.
-constexpr std::array<std::pair<std::string_view, std::uint64_t>, 19> portraits = {{{"5511900001111", 1008},
-                                                                                   {"5521900003333", 1005},
-                                                                                   {"15550001111", 1023},
-                                                                                   {"15550002222", 1025},
-                                                                                   {"447700900123", 1006},
-                                                                                   {"5531900004444", 1024},
-                                                                                   {"351900000111", 1016},
-                                                                                   {"966500000111", 1004},
-                                                                                   {"972500000111", 1013},
-                                                                                   {"819000000111", 1021},
-                                                                                   {"8613000000111", 1022},
-                                                                                   {"4930001111", 1003},
-                                                                                   {"55119000066", 1002},
-                                                                                   {"5511900012345", 1026},
-                                                                                   {"71234567890123", 1019},
-                                                                                   {"5511900008888", 1018},
-                                                                                   {"15550003333", 1014},
-                                                                                   {"5511900009999", 1010},
-                                                                                   {"5571900001010", 1009}}};
+constexpr std::array<std::pair<std::string_view, std::uint64_t>, 20> portraits = {
+    {{"120363000000000001", 79}, {"5511900001111", 1008}, {"5521900003333", 1005}, {"15550001111", 1023},
+     {"15550002222", 1025},      {"447700900123", 1006},  {"5531900004444", 1024}, {"351900000111", 1016},
+     {"966500000111", 1004},     {"972500000111", 1013},  {"819000000111", 1021},  {"8613000000111", 1022},
+     {"4930001111", 1003},       {"55119000066", 1002},   {"5511900012345", 1026}, {"71234567890123", 1019},
+     {"5511900008888", 1018},    {"15550003333", 1014},   {"5511900009999", 1010}, {"5571900001010", 1009}}};
 
 std::uint64_t seedOf(std::string_view user) {
   const auto* found = std::ranges::find(portraits, user, [](const auto& portrait) { return portrait.first; });
@@ -76,6 +65,8 @@ class PictureWriter {
     Canvas canvas(side, side);
     if (user == footballGroup) {
       paintFootball(canvas);
+    } else if (user == bakery) {
+      Scenes::table(canvas, SeededRandom(seed), 0);
     } else if (group) {
       paintGroup(canvas, seed);
     } else {

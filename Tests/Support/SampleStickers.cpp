@@ -61,7 +61,7 @@ void flower(Canvas& canvas, Colour tint, float rim) {
   canvas.disc({middle, middle}, 125 + rim, {rim > 0 ? tint : mix(tint, {1, 1, 0.6F}, 0.55F)});
 }
 
-void cat(Canvas& canvas, Colour tint, float rim) {
+void rabbit(Canvas& canvas, Colour tint, float rim) {
   for (const float side : {-1.0F, 1.0F}) {
     canvas.line({middle + side * 100, 170}, {middle + side * 138, 92}, 70 + 2 * rim, {tint});
     if (rim == 0) canvas.line({middle + side * 108, 170}, {middle + side * 134, 106}, 30, {colour(0xF4A6A6)});
@@ -141,7 +141,8 @@ void face(Canvas& canvas, std::size_t mood) {
 }  // namespace
 
 Bytes faceSticker(SeededRandom& random) {
-  constexpr std::array<Shape, 12> shapes = {ball, heart, star, cloud, drop, flower, cat, bear, sun, ghost, egg, cactus};
+  constexpr std::array<Shape, 12> shapes = {ball,   heart, star, cloud, drop, flower,
+                                            rabbit, bear,  sun,  ghost, egg,  cactus};
   constexpr std::array<std::uint32_t, 12> tints = {0xFFD34E, 0xF25F6E, 0xFFC93C, 0x9CCBF2, 0x4FA8E8, 0xF59AC0,
                                                    0xF2A65A, 0xB98058, 0xFFD84A, 0xD9CEF5, 0xFFC02E, 0x6FBF73};
   const std::size_t kind = random.below(shapes.size());
