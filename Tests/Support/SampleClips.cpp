@@ -28,7 +28,9 @@ constexpr std::array<std::uint64_t, 3> audioSeconds = {6, 15, 32};
 
 Film filmOf(const Shot& shot, std::uint64_t seed) {
   Film film{.width = shot.upright ? 360U : 640U, .height = shot.upright ? 640U : 360U};
-  for (std::uint64_t frame = 0; frame < shot.seconds * film.framesPerSecond; ++frame) {
+  const std::uint64_t frames = shot.seconds * film.framesPerSecond;
+  film.frames.reserve(frames * film.width * film.height * 3);
+  for (std::uint64_t frame = 0; frame < frames; ++frame) {
     Canvas canvas(film.width, film.height);
     shot.painter(canvas, SeededRandom(seed), static_cast<float>(frame) / static_cast<float>(film.framesPerSecond));
     append(film.frames, canvas.rgb());
