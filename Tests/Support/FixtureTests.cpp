@@ -12,7 +12,6 @@
 
 #include "Tests/Support/BackupBuilder.h"
 #include "Tests/Support/MBFileRecord.h"
-#include "Tests/Support/SampleConversations.h"
 #include "Tests/Support/TemporaryDirectory.h"
 #include "Tests/Support/TestCrypto.h"
 
@@ -275,26 +274,6 @@ TEST(BackupBuilder, SameContentsGiveTheSameBytes) {
   BackupContents reseeded = smallEncryptedBackup();
   reseeded.seed = 2;
   EXPECT_NE(contentsOf(smallEncryptedBackup()), contentsOf(reseeded));
-}
-
-TEST(SampleBackup, IsTheSameForASeed) {
-  const SampleOptions options{.messageCount = 120, .mediaCount = 30, .encryption = Encryption{}};
-  EXPECT_EQ(contentsOf(sampleBackup(options)), contentsOf(sampleBackup(options)));
-  SampleOptions reseeded = options;
-  reseeded.seed = 2;
-  EXPECT_NE(contentsOf(sampleBackup(options)), contentsOf(sampleBackup(reseeded)));
-}
-
-TEST(SampleBackup, HoldsWhatWasAskedFor) {
-  const WhatsAppContents app = sampleBackup({.messageCount = 500, .mediaCount = 100}).whatsApp;
-  EXPECT_EQ(app.messages.size(), 500U);
-  EXPECT_EQ(app.chats.size(), 40U);
-  EXPECT_EQ(std::ranges::count_if(app.mediaFiles, [](const MediaFile& file) { return file.message.has_value(); }), 100);
-  for (const MediaFile& file : app.mediaFiles) {
-    if (!file.localPath.ends_with(".jpg")) continue;
-    EXPECT_EQ(hex(ByteView(file.content).first(3)), "ffd8ff") << file.localPath;
-    EXPECT_EQ(hex(ByteView(file.content).last(2)), "ffd9") << file.localPath;
-  }
 }
 
 TEST(TemporaryDirectory, SnapshotShowsEveryTouch) {

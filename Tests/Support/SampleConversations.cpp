@@ -1,51 +1,30 @@
 #include "Tests/Support/SampleConversations.h"
 
-#include <array>
+#include <algorithm>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "Tests/Support/SampleMedia.h"
+#include "Tests/Support/OpaqueName.h"
+#include "Tests/Support/SampleFiles.h"
+#include "Tests/Support/SampleProfilePictures.h"
+#include "Tests/Support/SampleSurroundings.h"
 #include "Tests/Support/SampleTexts.h"
+#include "Tests/Support/Screenplay.h"
 #include "Tests/Support/SeededRandom.h"
 
 namespace Fixture {
 
 namespace {
 
-// Seconds since 2001: January 2018 and May 2024.
+// Seconds since 2001: January 2018 and May 2024, before the screenplay begins.
 constexpr double firstDate = 536'500'000;
-constexpr double lastDate = 738'000'000;
+constexpr double lastDate = 737'500'000;
 constexpr double distantPast = -63'114'076'800;
 constexpr double distantFuture = 63'113'904'000;
-
-enum MessageType : std::int64_t {
-  photoType = 1,
-  videoType = 2,
-  audioType = 3,
-  groupEventType = 6,
-  documentType = 8,
-  deletedType = 14,
-  stickerType = 15
-};
-
-std::string base64(const Bytes& bytes) {
-  constexpr std::string_view digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  std::string text;
-  for (std::size_t index = 0; index + 2 < bytes.size(); index += 3) {
-    const std::uint32_t group = static_cast<std::uint32_t>(bytes[index]) << 16U |
-                                static_cast<std::uint32_t>(bytes[index + 1]) << 8U | bytes[index + 2];
-    for (const unsigned shift : {18U, 12U, 6U, 0U}) text += digits[group >> shift & 63U];
-  }
-  return text;
-}
-
-// What newer versions put where a name was: a protobuf's bytes in base64.
-std::string opaqueName(SeededRandom& random) {
-  Bytes message = {0x0A, 0x1C};
-  append(message, random.bytes(28));
-  return base64(message);
-}
+// Smaller samples have no room for the screenplay beside the years before it.
+constexpr std::size_t leastMessagesForScreenplay = 1'000;
+constexpr std::size_t leastMediaForScreenplay = 100;
 
 SQLValue textOrNull(std::string_view text) {
   SQLValue value;
@@ -64,18 +43,27 @@ struct Conversation {
 
 class SampleWriter {
  public:
-  explicit SampleWriter(const SampleOptions& options) : options_(options), random_(options.seed) {}
+  explicit SampleWriter(const SampleOptions& options)
+      : options_(options), random_(options.seed), makeFile_(options.playableMedia, options.seed) {
+    if (options.messageCount >= leastMessagesForScreenplay && options.mediaCount >= leastMediaForScreenplay) {
+      script_ = cuesInOrder(sampleScreenplay());
+    }
+  }
 
   BackupContents write() {
     addPeople();
     addGroups();
     addOtherChats();
     addMessages();
+    addScript();
+    putSentinelDates();
     addLooseMedia();
-    addProfilePictures();
+    for (BackupFile& picture : sampleProfilePictures(app_.chats, options_.playableMedia, random_)) {
+      app_.files.push_back(std::move(picture));
+    }
     BackupContents contents{.deviceName = "iPhone de Ana", .encryption = options_.encryption, .seed = options_.seed};
     contents.whatsApp = std::move(app_);
-    addOtherFiles(contents);
+    addSurroundings(contents, random_);
     return contents;
   }
 
@@ -151,21 +139,69 @@ class SampleWriter {
 
   // Talks of a few messages in one chat, one talk after the other; the keys follow the dates.
   void addMessages() {
-    const double talkGap = (lastDate - firstDate) * 8 / static_cast<double>(options_.messageCount);
+    const std::size_t count = options_.messageCount - script_.size();
     double date = firstDate;
-    while (app_.messages.size() < options_.messageCount) {
+    while (app_.messages.size() < count) {
       const Conversation& conversation = pickConversation();
       double now = date;
-      for (std::size_t left = 3 + random_.below(11); left > 0 && app_.messages.size() < options_.messageCount; --left) {
-        addMessage(conversation, now);
+      for (std::size_t left = 3 + random_.below(11); left > 0 && app_.messages.size() < count; --left) {
+        addMessage(conversation, now, count);
         if (!random_.chance(6)) now += static_cast<double>(5 + random_.below(400));
       }
-      date += talkGap;
+      // A talk has 8 messages on average.
+      const auto remaining = static_cast<double>(count - app_.messages.size());
+      date += (lastDate - date) * std::min(1.0, 8 / std::max(remaining, 1.0));
     }
-    if (app_.messages.size() > 10) {
-      app_.messages[3].date = distantPast;
-      app_.messages[8].date = distantFuture;
+  }
+
+  bool isScripted(const std::string& jid) const {
+    return std::ranges::find(script_, jid, &ScriptCue::jid) != script_.end();
+  }
+
+  void addScript() {
+    for (const ScriptCue& cue : script_) {
+      Conversation& conversation = *std::ranges::find(conversations_, cue.jid, &Conversation::jid);
+      const ScriptLine& line = cue.line;
+      const bool mine = line.speaker == "Me";
+      Message message = newMessage(conversation, line.date, mine);
+      if (!mine && !conversation.members.empty()) message.member = memberFor(conversation, line.speaker);
+      if (!line.text.empty()) message.text = line.text;
+      if (!line.medium.empty()) attach(conversation, message, scriptedFile(line.medium));
+      app_.messages.push_back(std::move(message));
     }
+  }
+
+  SampleFile scriptedFile(const std::string& medium) {
+    if (medium == "photo") return makeFile_.photo(random_);
+    if (medium == "video") return makeFile_.video(random_);
+    if (medium == "voice") return makeFile_.voiceNote(random_);
+    if (medium == "audio") return makeFile_.audio(random_);
+    if (medium == "sticker") return makeFile_.sticker(random_);
+    return makeFile_.document(random_, medium);
+  }
+
+  // The group member of that name in the address book, who joins when not yet there.
+  std::int64_t memberFor(Conversation& conversation, const std::string& name) {
+    const SamplePerson& person = *std::ranges::find_if(
+        samplePeople(), [&](const SamplePerson& candidate) { return candidate.contact.starts_with(name); });
+    for (const std::int64_t key : conversation.members) {
+      if (app_.members[static_cast<std::size_t>(key) - 1].jid == SQLValue(person.jid())) return key;
+    }
+    app_.members.push_back({.chat = conversation.pk, .jid = person.jid()});
+    conversation.members.push_back(static_cast<std::int64_t>(app_.members.size()));
+    return conversation.members.back();
+  }
+
+  // Two dates that stand for none, in chats where they do no harm to a scripted talk.
+  void putSentinelDates() {
+    std::vector<Message*> plain;
+    for (Message& message : app_.messages) {
+      const auto chat = static_cast<std::size_t>(std::get<std::int64_t>(message.chat));
+      if (plain.size() < 9 && !isScripted(conversations_[chat - 1].jid)) plain.push_back(&message);
+    }
+    if (app_.messages.size() <= 10 || plain.size() < 9) return;
+    plain[3]->date = distantPast;
+    plain[8]->date = distantFuture;
   }
 
   // The first chats are the busiest, the last one stays without a message.
@@ -175,9 +211,29 @@ class SampleWriter {
     return conversations_[random_.below(range)];
   }
 
-  void addMessage(const Conversation& conversation, double date) {
+  void addMessage(const Conversation& conversation, double date, std::size_t count) {
     const bool mine = random_.chance(45) && conversation.jid != "120363000000000099@newsletter";
     const std::size_t done = app_.messages.size();
+    Message message = newMessage(conversation, date, mine);
+    if (!mine) {
+      if (!conversation.members.empty()) message.member = random_.pick(conversation.members);
+      message.pushName = messagePushName();
+    }
+    const std::size_t share = options_.mediaCount - scriptedMediaCount();
+    if ((done + 1) * share / count > done * share / count) {
+      SampleFile file = makeFile_.any(random_);
+      if (file.type == photoType && random_.chance(20)) message.text = sampleText(conversation.language, random_);
+      attach(conversation, message, std::move(file));
+    } else if (random_.chance(2)) {
+      message.type = conversation.members.empty() ? deletedType : groupEventType;
+    } else {
+      message.text = sampleText(conversation.language, random_);
+    }
+    app_.messages.push_back(std::move(message));
+  }
+
+  // Sent ones carry fractions of a second, received ones none.
+  Message newMessage(const Conversation& conversation, double date, bool mine) {
     Message message{.chat = conversation.pk, .isFromMe = mine ? 1 : 0};
     if (mine) {
       message.date = date + static_cast<double>(random_.below(1'000'000)) / 1e6;
@@ -185,18 +241,13 @@ class SampleWriter {
     } else {
       message.date = date;
       message.fromJID = conversation.jid;
-      if (!conversation.members.empty()) message.member = random_.pick(conversation.members);
-      message.pushName = messagePushName();
     }
-    const std::size_t share = options_.mediaCount;
-    if ((done + 1) * share / options_.messageCount > done * share / options_.messageCount) {
-      attachMedia(conversation, message, static_cast<std::int64_t>(done + 1));
-    } else if (random_.chance(2)) {
-      message.type = conversation.members.empty() ? deletedType : groupEventType;
-    } else {
-      message.text = sampleText(conversation.language, random_);
-    }
-    app_.messages.push_back(std::move(message));
+    return message;
+  }
+
+  std::size_t scriptedMediaCount() const {
+    return static_cast<std::size_t>(
+        std::ranges::count_if(script_, [](const ScriptCue& cue) { return !cue.line.medium.empty(); }));
   }
 
   SQLValue messagePushName() {
@@ -206,64 +257,18 @@ class SampleWriter {
     return {};
   }
 
-  void attachMedia(const Conversation& conversation, Message& message, std::int64_t pk) {
-    MediaFile file = makeMedia(conversation.jid, message);
-    file.message = pk;
-    if (message.type == photoType && random_.chance(20)) file.title = sampleText(conversation.language, random_);
-    addThumbnail(file, message.type);
+  // The message is the next one to be added; its text is the file's caption.
+  void attach(const Conversation& conversation, Message& message, SampleFile made) {
+    message.type = made.type;
+    MediaFile file = media(conversation.jid, made.extension, std::move(made.content));
+    file.message = static_cast<std::int64_t>(app_.messages.size() + 1);
+    file.title = made.type == documentType ? std::move(made.title) : message.text;
+    file.duration = std::move(made.duration);
+    if (made.type == photoType || made.type == videoType) {
+      app_.files.push_back(thumbnail(file.localPath, SampleFiles::thumbnail(random_)));
+      file.thumbnailPath = app_.files.back().relativePath.substr(std::string_view("Message/").size());
+    }
     app_.mediaFiles.push_back(std::move(file));
-  }
-
-  void addThumbnail(MediaFile& file, std::int64_t type) {
-    if (type != photoType && type != videoType) return;
-    app_.files.push_back(thumbnail(file.localPath, jpegPhoto(random_, 48, 36)));
-    file.thumbnailPath = app_.files.back().relativePath.substr(std::string_view("Message/").size());
-  }
-
-  MediaFile makeMedia(const std::string& jid, Message& message) {
-    const std::size_t roll = random_.below(100);
-    if (roll < 58) {
-      message.type = photoType;
-      return media(jid, roll < 3 ? "JPG" : "jpg", photo());
-    }
-    if (roll < 68) {
-      message.type = videoType;
-      MediaFile video = media(jid, "mp4", mp4Video(random_, 20'000 + random_.below(180'000)));
-      video.duration = static_cast<std::int64_t>(5 + random_.below(90));
-      return video;
-    }
-    if (roll < 82) {
-      message.type = audioType;
-      const std::size_t length = 4'000 + random_.below(36'000);
-      MediaFile voice =
-          roll < 79 ? media(jid, "opus", opusVoiceNote(random_, length)) : media(jid, "m4a", m4aAudio(random_, length));
-      voice.duration = static_cast<std::int64_t>(length / 2'000);
-      return voice;
-    }
-    if (roll < 90) {
-      message.type = stickerType;
-      return media(jid, "webp", webpSticker(random_));
-    }
-    message.type = documentType;
-    return document(jid, roll < 97);
-  }
-
-  // A forwarded photo has the bytes of the one it came from.
-  Bytes photo() {
-    if (lastPhoto_.empty() || !random_.chance(5)) {
-      const auto width = static_cast<std::uint32_t>(160 + 16 * random_.below(8));
-      lastPhoto_ = jpegPhoto(random_, width, random_.chance(50) ? width * 3 / 4 : width * 4 / 3);
-    }
-    return lastPhoto_;
-  }
-
-  MediaFile document(const std::string& jid, bool asPDF) {
-    constexpr std::array names = {"Contrato", "Orçamento 2023", "Invoice", "Meeting notes", "Receita"};
-    const std::string name = random_.pick(names);
-    MediaFile file = asPDF ? media(jid, "pdf", pdfDocument("Page " + std::to_string(random_.below(10'000))))
-                           : media(jid, "docx", docxDocument(random_, 6'000 + random_.below(20'000)));
-    file.title = name + (asPDF ? ".pdf" : ".docx");
-    return file;
   }
 
   MediaFile media(const std::string& jid, const std::string& extension, Bytes content) {
@@ -273,44 +278,17 @@ class SampleWriter {
   // Files that no message carries: in a known chat, and in a chat that has no record any more.
   void addLooseMedia() {
     for (const std::string& jid : {conversations_.front().jid, std::string("5511900014141@s.whatsapp.net")}) {
-      for (int count = 0; count < 4; ++count) app_.mediaFiles.push_back(media(jid, "jpg", photo()));
+      for (int count = 0; count < 4; ++count)
+        app_.mediaFiles.push_back(media(jid, "jpg", makeFile_.photo(random_).content));
     }
-  }
-
-  void addProfilePictures() {
-    for (const Conversation& conversation : conversations_) {
-      if (conversation.pk % 3 == 0) continue;
-      const std::string user = conversation.jid.substr(0, conversation.jid.find('@'));
-      const auto number = static_cast<std::int64_t>(1'600'000'000 + random_.below(100'000'000));
-      app_.files.push_back(profilePicture(user, number, jpegPhoto(random_, 160, 160)));
-      app_.files.push_back(profilePicture(user, number, jpegPhoto(random_, 48, 48), "thumb"));
-    }
-  }
-
-  void addOtherFiles(BackupContents& contents) {
-    const std::string domain = contents.whatsApp.domain;
-    // An app that writes while the phone is backed up: the record has the size from before.
-    contents.whatsApp.databaseStorage["ChatStorage.sqlite"].recordedSize = 65'536;
-    contents.whatsApp.files.push_back({.relativePath = "Axolotl.sqlite", .content = random_.bytes(8'192)});
-    contents.whatsApp.files.push_back({.relativePath = "Library/Preferences/group.net.whatsapp.WhatsApp.shared.plist",
-                                       .content = bytesOf("bplist00")});
-    contents.otherFiles = {{"CameraRollDomain", "Media/DCIM/100APPLE/IMG_0001.JPG", jpegPhoto(random_, 320, 240)},
-                           {"HomeDomain", "Library/SMS/sms.db", random_.bytes(12'288), {.protectionClass = 4}},
-                           {"AppDomain-com.example.notes", "Documents/notes.json", bytesOf("[]\n")},
-                           {"AppDomain-com.example.notes", "Documents/ChatStorage.sqlite", bytesOf("not WhatsApp's")}};
-    contents.indexRows = {{domain, "", 2},
-                          {domain, "Message", 2},
-                          {domain, "Message/Media", 2},
-                          {domain, "Media/Profile", 2},
-                          {"CameraRollDomain", "Media/DCIM", 2},
-                          {"HomeDomain", "Library/Caches/link", 4}};
   }
 
   const SampleOptions& options_;
   SeededRandom random_;
   WhatsAppContents app_;
+  SampleFiles makeFile_;
+  std::vector<ScriptCue> script_;
   std::vector<Conversation> conversations_;
-  Bytes lastPhoto_;
 };
 
 }  // namespace

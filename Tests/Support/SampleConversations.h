@@ -10,9 +10,13 @@ namespace Fixture {
 
 struct SampleOptions {
   std::uint64_t seed = 1;
+  // Of 1,000 or more, with 100 media or more, the newest ones are scripted talks.
   std::size_t messageCount = 4000;
   // Media files that messages carry; a few without a message come on top.
   std::size_t mediaCount = 400;
+  // Files that open and play, and drawn profile pictures. They take some seconds and the program
+  // ffmpeg; without, clips and documents are noise behind the right first bytes.
+  bool playableMedia = false;
   std::optional<Encryption> encryption;
 };
 

@@ -7,8 +7,8 @@
 #include "Tests/Support/Bytes.h"
 #include "Tests/Support/SeededRandom.h"
 
-// Media files to fill a backup with. Photos, stickers and PDF documents open in a viewer; the
-// other kinds have the right first bytes and noise behind them.
+// Media files to fill a backup with that are made at once. Photos, stickers and PDF documents open in a
+// viewer; the other kinds have the right first bytes and noise behind them.
 namespace Fixture {
 
 // A JPEG picture of a gradient with a pattern over it.

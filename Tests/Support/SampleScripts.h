@@ -1,0 +1,11 @@
+#pragma once
+
+#include <span>
+#include <string_view>
+
+namespace Fixture {
+
+// Screenplays as parseScreenplay reads them.
+std::span<const std::string_view> sampleScripts();
+
+}  // namespace Fixture
