@@ -74,14 +74,15 @@ class Scroller {
     this.settle();
   }
 
+  // Its height is known only once it exists, hence twice.
   scrollTo(index, where = "center") {
     if (this.count === 0) return;
-    this.anchor = { index, top: 0 };
-    this.place();
-    const room = this.viewHeight - this.heights.values[index];
-    if (where === "end") this.anchor.top = room;
-    else if (where === "center") this.anchor.top = Math.max(0, room / 2);
-    this.normalise();
+    for (let round = 0; round < 2; round++) {
+      const room = this.viewHeight - this.heights.values[index];
+      const top = { start: 0, center: Math.max(0, room / 2), end: room }[where];
+      this.anchor = { index, top };
+      this.arrange();
+    }
     this.place();
     this.settle();
   }
@@ -123,10 +124,6 @@ class Scroller {
     const clamped = Math.min(Math.max(0, position), this.furthest());
     const index = this.heights.indexAt(clamped);
     this.anchor = { index, top: this.heights.offset(index) - clamped };
-  }
-
-  normalise() {
-    this.moveTo(this.position());
   }
 
   barHeight() {
@@ -180,17 +177,24 @@ class Scroller {
     this.runway.style.height = height + "px";
   }
 
-  // Makes the items around the anchor exist and stand at their places. Measuring may
-  // show that more items are needed, or that the list ends sooner than guessed.
+  // Makes the items around the anchor exist and stand at their places, and takes the
+  // topmost one in view for the new anchor.
   place(far = false) {
     if (this.count === 0) return;
-    for (let round = 0; round < 5; round++) {
-      const range = this.rangeInView();
-      this.fill(range, far);
-      if (!this.measure()) break;
-      this.normalise();
-    }
+    this.arrange(far);
+    this.moveTo(this.position());
     this.put();
+  }
+
+  // Measuring may show that more items are needed, or that the list ends sooner.
+  arrange(far = false) {
+    for (let round = 0; round < 8; round++) {
+      this.fill(this.rangeInView(), far);
+      if (this.measure()) continue;
+      const position = this.position();
+      if (position >= 0 && position <= this.furthest()) break;
+      this.moveTo(position);
+    }
   }
 
   rangeInView() {
