@@ -5,7 +5,8 @@
 // wrong guess about items never seen moves nothing that is. The scroll bar follows when
 // scrolling rests. Browsers cap the height of an element (about 17.8 million pixels in
 // Firefox), so the bar of a longer list is scaled: short moves go pixel by pixel, long
-// ones in proportion.
+// ones in proportion. While the view is hidden nothing can be measured, so nothing is
+// placed until it shows again.
 
 const TALLEST = 10_000_000;
 const OVERSCAN = 800;
@@ -77,6 +78,10 @@ class Scroller {
   // Its height is known only once it exists, hence twice.
   scrollTo(index, where = "center") {
     if (this.count === 0) return;
+    if (this.view.clientHeight === 0) {
+      this.anchor = { index, top: 0 };
+      return;
+    }
     for (let round = 0; round < 2; round++) {
       const room = this.viewHeight - this.heights.values[index];
       const top = { start: 0, center: Math.max(0, room / 2), end: room }[where];
@@ -162,7 +167,7 @@ class Scroller {
   // Brings the bar to where it belongs without moving what is seen.
   settle() {
     clearTimeout(this.resting);
-    if (this.count === 0) return;
+    if (this.count === 0 || this.view.clientHeight === 0) return;
     const furthest = this.furthest();
     this.setRunway(this.barHeight());
     const bar = furthest > 0 ? (this.position() / furthest) * this.barRange() : 0;
@@ -180,7 +185,7 @@ class Scroller {
   // Makes the items around the anchor exist and stand at their places, and takes the
   // topmost one in view for the new anchor.
   place(far = false) {
-    if (this.count === 0) return;
+    if (this.count === 0 || this.view.clientHeight === 0) return;
     this.arrange(far);
     this.moveTo(this.position());
     this.put();
