@@ -2,25 +2,10 @@
 // every refused or failed request fails the test, unless it is expected.
 import assert from 'node:assert/strict';
 import { after, afterEach, before } from 'node:test';
-import { chromium } from 'playwright-core';
 import { makeArchive } from './archive.js';
+import { launch, wide } from './browser.js';
 
-const flags = [
-  '--headless',
-  '--no-sandbox',
-  '--disable-gpu',
-  '--disable-quic',
-  '--no-first-run',
-  '--disable-background-networking',
-  '--disable-component-update',
-  '--disable-sync',
-];
-
-export const launch = (...more) =>
-  chromium.launch({ executablePath: process.env.CHROMIUM ?? '/usr/bin/chromium', args: [...flags, ...more] });
-
-export const wide = { width: 1280, height: 800 };
-export const narrow = { width: 390, height: 780 };
+export { narrow, wide } from './browser.js';
 
 let browser;
 let opened = [];
