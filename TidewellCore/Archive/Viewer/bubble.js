@@ -96,7 +96,7 @@ function words(message, query) {
 
 function timeOf(message) {
   if (!hasTime(message.ts)) return [];
-  const time = element("time.time", { title: formatMoment(message.ts) }, formatTime(message.ts));
+  const time = element("time.time", { dir: "ltr", title: formatMoment(message.ts) }, formatTime(message.ts));
   time.dateTime = dateOf(message.ts).toISOString();
   return [time];
 }

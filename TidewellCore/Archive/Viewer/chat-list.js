@@ -24,6 +24,7 @@ class ChatList {
     this.names ||= CHATS.map((chat) => fold(chat.name || ""));
     this.shown = wanted === "" ? CHATS : CHATS.filter((_, index) => this.names[index].includes(wanted));
     this.fill();
+    if (wanted === "") this.reveal();
   }
 
   fill() {
@@ -37,10 +38,12 @@ class ChatList {
     if (id === this.openId) return;
     this.openId = id;
     this.list.redraw();
-    const index = this.shown.findIndex((chat) => chat.id === id);
-    if (index < 0) return;
-    this.list.active = index;
-    if (this.host.clientHeight > 0) this.list.activate(index);
+    this.reveal();
+  }
+
+  reveal() {
+    const index = this.shown.findIndex((chat) => chat.id === this.openId);
+    if (index >= 0) this.list.activate(index);
   }
 }
 

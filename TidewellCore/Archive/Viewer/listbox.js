@@ -82,11 +82,17 @@ class Listbox {
   keyed(event, source) {
     if (event.isComposing || event.ctrlKey || event.metaKey || event.altKey) return;
     const page = Math.max(1, Math.floor(this.host.clientHeight / this.scroller.guess) - 1);
-    const moves = { ArrowDown: 1, ArrowUp: -1, PageDown: page, PageUp: -page };
-    if (source === this.host) Object.assign(moves, { Home: -Infinity, End: Infinity });
-    if (event.key in moves) {
+    const to = {
+      ArrowDown: this.active + 1,
+      ArrowUp: this.active - 1,
+      PageDown: this.active + page,
+      PageUp: this.active - page,
+      Home: source === this.host ? 0 : undefined,
+      End: source === this.host ? this.count - 1 : undefined,
+    }[event.key];
+    if (to !== undefined) {
       event.preventDefault();
-      this.activate(this.active < 0 && moves[event.key] > 0 ? 0 : this.active + moves[event.key]);
+      this.activate(to);
     } else if (event.key === "Enter" && this.count > 0) {
       event.preventDefault();
       if (this.active < 0) this.activate(0);

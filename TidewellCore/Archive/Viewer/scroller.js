@@ -5,7 +5,8 @@
 // wrong guess about items never seen moves nothing that is. The scroll bar follows when
 // scrolling rests. Browsers cap the height of an element (about 17.8 million pixels in
 // Firefox), so the bar of a longer list is scaled: short moves go pixel by pixel, long
-// ones in proportion.
+// ones in proportion. While the view is hidden nothing can be measured, so nothing is
+// placed until it shows again.
 
 const TALLEST = 10_000_000;
 const OVERSCAN = 800;
@@ -74,14 +75,19 @@ class Scroller {
     this.settle();
   }
 
+  // Its height is known only once it exists, hence twice.
   scrollTo(index, where = "center") {
     if (this.count === 0) return;
-    this.anchor = { index, top: 0 };
-    this.place();
-    const room = this.viewHeight - this.heights.values[index];
-    if (where === "end") this.anchor.top = room;
-    else if (where === "center") this.anchor.top = Math.max(0, room / 2);
-    this.normalise();
+    if (this.view.clientHeight === 0) {
+      this.anchor = { index, top: 0 };
+      return;
+    }
+    for (let round = 0; round < 2; round++) {
+      const room = this.viewHeight - this.heights.values[index];
+      const top = { start: 0, center: Math.max(0, room / 2), end: room }[where];
+      this.anchor = { index, top };
+      this.arrange();
+    }
     this.place();
     this.settle();
   }
@@ -125,10 +131,6 @@ class Scroller {
     this.anchor = { index, top: this.heights.offset(index) - clamped };
   }
 
-  normalise() {
-    this.moveTo(this.position());
-  }
-
   barHeight() {
     return Math.min(this.heights.total, TALLEST);
   }
@@ -165,7 +167,7 @@ class Scroller {
   // Brings the bar to where it belongs without moving what is seen.
   settle() {
     clearTimeout(this.resting);
-    if (this.count === 0) return;
+    if (this.count === 0 || this.view.clientHeight === 0) return;
     const furthest = this.furthest();
     this.setRunway(this.barHeight());
     const bar = furthest > 0 ? (this.position() / furthest) * this.barRange() : 0;
@@ -180,17 +182,24 @@ class Scroller {
     this.runway.style.height = height + "px";
   }
 
-  // Makes the items around the anchor exist and stand at their places. Measuring may
-  // show that more items are needed, or that the list ends sooner than guessed.
+  // Makes the items around the anchor exist and stand at their places, and takes the
+  // topmost one in view for the new anchor.
   place(far = false) {
-    if (this.count === 0) return;
-    for (let round = 0; round < 5; round++) {
-      const range = this.rangeInView();
-      this.fill(range, far);
-      if (!this.measure()) break;
-      this.normalise();
-    }
+    if (this.count === 0 || this.view.clientHeight === 0) return;
+    this.arrange(far);
+    this.moveTo(this.position());
     this.put();
+  }
+
+  // Measuring may show that more items are needed, or that the list ends sooner.
+  arrange(far = false) {
+    for (let round = 0; round < 8; round++) {
+      this.fill(this.rangeInView(), far);
+      if (this.measure()) continue;
+      const position = this.position();
+      if (position >= 0 && position <= this.furthest()) break;
+      this.moveTo(position);
+    }
   }
 
   rangeInView() {

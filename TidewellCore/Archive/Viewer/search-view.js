@@ -12,7 +12,7 @@ class SearchView {
     this.query = "";
     this.list = new Listbox(this.host, {
       row: (index) => hitRow(this.hits[index], this.query),
-      height: 92,
+      height: 84,
       picked: (index) => open(this.hits[index].chat, messageOfHit(this.hits[index]).id),
     });
     this.list.steerFrom(byId("search"));
@@ -96,6 +96,7 @@ function hitRow(hit, query) {
   const when = hasTime(message.ts)
     ? element("time", { dateTime: dateOf(message.ts).toISOString() }, formatListDate(message.ts))
     : null;
+  const sender = (message.me || hit.chat.group) && message.sender;
   return element(
     "div.hit",
     {},
@@ -104,8 +105,12 @@ function hitRow(hit, query) {
       "span.chat-lines",
       {},
       element("span.chat-top", {}, element("span.chat-name", { dir: "auto" }, hit.chat.name || ""), when),
-      element("span.hit-sender", { dir: "auto" }, message.sender || ""),
-      element("span.snippet", { dir: "auto" }, ...marked(snippetOf(message.text || "", query))),
+      element(
+        "span.hit-words",
+        {},
+        sender ? element("bdi.hit-sender", {}, sender + ": ") : null,
+        element("bdi.snippet", {}, ...marked(snippetOf(message.text || "", query))),
+      ),
     ),
   );
 }

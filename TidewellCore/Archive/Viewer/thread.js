@@ -48,7 +48,7 @@ class Thread {
     this.chat = chat;
     byId("thread-avatar").replaceChildren(avatarOf(chat));
     byId("thread-title").textContent = chat.name || "";
-    byId("thread-sub").textContent = text(chat.group ? "groupCount" : "messageCount", { n: chat.count });
+    byId("thread-sub").textContent = chat.unknown ? "" : text(chat.group ? "groupCount" : "messageCount", { n: chat.count });
     this.view.setAttribute("aria-label", chat.name || text("messages"));
     this.view.setAttribute("aria-busy", "true");
     this.slow = setTimeout(() => this.say(text("loading")), 200);

@@ -1,0 +1,3 @@
+export * from './archive.js';
+export * from './files.js';
+export * from './strings.js';

@@ -1,0 +1,81 @@
+// Takes pictures of the viewer's main states, light and dark, of a demo archive:
+//   node screenshots.js ENGLISH-EXPORT PORTUGUESE-EXPORT FOLDER
+import { mkdirSync } from 'node:fs';
+import path from 'node:path';
+import { pathToFileURL } from 'node:url';
+import { makeArchive } from './Support/archive.js';
+import { launch, narrow } from './Support/browser.js';
+
+const [english, portuguese, folder] = process.argv.slice(2);
+const pageOf = (destination) => pathToFileURL(path.join(destination, 'index.html')).href;
+const desktop = { width: 1280, height: 832 };
+
+const openNamed = (name) => async (page) => {
+  await page.locator('#search').fill(name);
+  await page.locator('.chat').first().click();
+  if (await page.locator('#search').isVisible()) await page.locator('#search').fill('');
+  await page.locator('#messages[aria-busy="false"]').waitFor();
+};
+
+const upBy = (pixels) => async (page) => {
+  await page.locator('#messages').evaluate((view, by) => view.scrollBy(0, -by), pixels);
+};
+
+const search = (words) => async (page) => {
+  await page.locator('#mode-messages').click();
+  await page.locator('#search').fill(words);
+  await page.locator('#search-results[aria-busy="false"]').waitFor();
+};
+
+const firstPicture = async (page) => {
+  for (let tries = 0; tries < 40 && !(await page.locator('.media-photo.loaded').count()); tries++) {
+    await upBy(500)(page);
+    await page.waitForTimeout(120);
+  }
+  await page.locator('.media-photo.loaded .picture').first().click();
+  await page.locator('#lightbox.loaded').waitFor();
+};
+
+const click = (selector) => (page) => page.locator(selector).click();
+const type = (selector, words) => (page) => page.locator(selector).fill(words);
+
+const scenes = {
+  list: { steps: [] },
+  thread: { steps: [openNamed('Marina')] },
+  group: { steps: [openNamed('Família'), upBy(900)] },
+  pictures: { steps: [openNamed('Grace'), upBy(600)] },
+  rtl: { steps: [openNamed('ليلى')] },
+  hebrew: { steps: [openNamed('משפחה')] },
+  search: { steps: [search('ca'), click('.hit >> nth=2')] },
+  'search-in-chat': { steps: [openNamed('Ana'), click('#open-thread-search'), type('#thread-query', 'ok')] },
+  date: { steps: [openNamed('Ana'), click('#open-thread-date')] },
+  lightbox: { steps: [openNamed('Ana'), firstPicture] },
+  portuguese: { export: portuguese, steps: [search('que'), click('.hit >> nth=1')] },
+  'narrow-list': { viewport: narrow, steps: [] },
+  'narrow-thread': { viewport: narrow, steps: [openNamed('Família')] },
+  'narrow-search': { viewport: narrow, steps: [search('ok')] },
+  'narrow-lightbox': { viewport: narrow, steps: [openNamed('Ana'), firstPicture] },
+  empty: { archive: () => makeArchive([]), steps: [] },
+  'no-results': { steps: [search('xyzzy')] },
+  unloadable: { steps: [(page) => page.goto(`${page.url().split('#')[0]}#chat=nobody`)] },
+};
+
+mkdirSync(folder, { recursive: true });
+const browser = await launch();
+const wanted = process.env.SCENES ? process.env.SCENES.split(',') : null;
+for (const [name, scene] of Object.entries(scenes)) {
+  if (wanted && !wanted.includes(name)) continue;
+  for (const colorScheme of ['light', 'dark']) {
+    const archive = scene.archive?.();
+    const context = await browser.newContext({ viewport: scene.viewport ?? desktop, colorScheme, deviceScaleFactor: 1 });
+    const page = await context.newPage();
+    page.setDefaultTimeout(5000);
+    await page.goto(archive?.url ?? pageOf(scene.export ?? english));
+    for (const step of scene.steps) await step(page);
+    await page.waitForTimeout(500);
+    await page.screenshot({ path: path.join(folder, `${name}-${colorScheme}.png`) });
+    await context.close();
+    archive?.remove();
+  }
+}
+await browser.close();
