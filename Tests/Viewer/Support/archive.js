@@ -102,6 +102,7 @@ export function makeArchive(chats, { strings = {}, timeZone = 'UTC', title, bloc
     content,
     url: pathToFileURL(path.join(folder, 'index.html')).href,
     write,
+    removeFile: (name) => rmSync(path.join(folder, name)),
     remove: () => rmSync(path.dirname(folder), { recursive: true, force: true }),
   };
 }

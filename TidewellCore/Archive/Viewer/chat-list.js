@@ -37,7 +37,7 @@ class ChatList {
   mark(id) {
     if (id === this.openId) return;
     this.openId = id;
-    this.list.redraw();
+    this.list.remark();
     this.reveal();
   }
 

@@ -6,9 +6,18 @@ const LEFT_OUT =
   /[\u0300-\u036f\u0483-\u0489\u0591-\u05c7\u0610-\u061a\u0640\u064b-\u065f\u0670\u06d6-\u06ed\u1ab0-\u1aff\u1dc0-\u1dff\u200b-\u200f\u2060\u20d0-\u20ff\ufe00-\ufe0f\ufe20-\ufe2f\ufeff\u00ad]+/g;
 const NOT_ASCII = /[^\x00-\x7f]/;
 
-// Upper case first, since only that opens ß to SS and joins İ, ı and i.
+// Normalising may put two marks of neighbouring characters into another order; such
+// text is folded character by character, so that matches can be traced back.
+const TWO_MARKS = /\p{Mn}\p{Mn}/u;
+
 function fold(string) {
   if (!NOT_ASCII.test(string)) return string.toLowerCase();
+  const folded = foldWhole(string);
+  return TWO_MARKS.test(folded) ? Array.from(string, foldWhole).join("") : folded;
+}
+
+// Upper case first, since only that opens ß to SS and joins İ, ı and i.
+function foldWhole(string) {
   return string
     .normalize("NFKD")
     .replace(LEFT_OUT, "")
@@ -31,7 +40,7 @@ function foldWithOrigins(string) {
   const origins = [];
   let at = 0;
   for (const character of string) {
-    const piece = fold(character);
+    const piece = NOT_ASCII.test(character) ? foldWhole(character) : character.toLowerCase();
     for (let unit = 0; unit < piece.length; unit++) origins.push(at);
     folded += piece;
     at += character.length;

@@ -27,16 +27,22 @@ function cutAtLinks(string) {
   return parts;
 }
 
+const OPENING = { ")": "(", "]": "[", "}": "{" };
+
 // Punctuation after an address belongs to the sentence, a bracket only when it was
 // opened before the address.
 function withoutClosing(address) {
-  for (;;) {
-    const last = address.at(-1);
-    const opening = { ")": "(", "]": "[", "}": "{" }[last];
-    const unpaired = opening && address.split(opening).length < address.split(last).length;
-    if (!unpaired && !/[.,;:!?'’…*_~]/.test(last)) return address;
-    address = address.slice(0, -1);
+  const surplus = {};
+  for (const [closing, opening] of Object.entries(OPENING)) {
+    surplus[closing] = address.split(closing).length - address.split(opening).length;
   }
+  let end = address.length;
+  for (; end > 0; end--) {
+    const last = address[end - 1];
+    if (surplus[last] > 0) surplus[last]--;
+    else if (!/[.,;:!?'’…*_~]/.test(last)) break;
+  }
+  return address.slice(0, end);
 }
 
 function hrefOf(address) {

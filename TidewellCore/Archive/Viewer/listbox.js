@@ -50,8 +50,9 @@ class Listbox {
     this.tellActive();
   }
 
-  redraw() {
-    this.scroller.refresh();
+  // The choice changed; the options themselves are the same.
+  remark() {
+    for (const [index, option] of this.scroller.items) option.setAttribute("aria-selected", this.chosen(index));
   }
 
   activate(index) {
