@@ -12,8 +12,9 @@ const flags = [
   '--disable-sync',
 ];
 
-export const launch = (...more) =>
-  chromium.launch({ executablePath: process.env.CHROMIUM ?? '/usr/bin/chromium', args: [...flags, ...more] });
+// `flags` and `options` add to what the tests start it with.
+export const launch = ({ flags: more = [], ...options } = {}) =>
+  chromium.launch({ executablePath: process.env.CHROMIUM ?? '/usr/bin/chromium', args: [...flags, ...more], ...options });
 
 export const wide = { width: 1280, height: 800 };
 export const narrow = { width: 390, height: 780 };

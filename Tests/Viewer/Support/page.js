@@ -3,8 +3,9 @@
 import { createHash } from 'node:crypto';
 import { readFileSync } from 'node:fs';
 import path from 'node:path';
+import { fileURLToPath } from 'node:url';
 
-const viewer = path.join(import.meta.dirname, '../../../TidewellCore/Archive/Viewer');
+const viewer = fileURLToPath(new URL('../../../TidewellCore/Archive/Viewer', import.meta.url));
 
 export const readSource = (name) => readFileSync(path.join(viewer, name), 'utf8');
 

@@ -27,6 +27,7 @@ class Scroller {
     this.runway = element("div.runway", { role: "presentation" }, this.window);
     view.append(this.runway);
     view.addEventListener("scroll", () => this.scrolled(), { passive: true });
+    this.following = false;
     this.lastBar = 0;
     new ResizeObserver(() => this.resized()).observe(view);
     this.reset(0);
@@ -154,6 +155,17 @@ class Scroller {
     clearTimeout(this.resting);
     this.resting = setTimeout(() => this.settle(), REST);
     this.onScroll(far);
+    if (!this.following) this.follow();
+  }
+
+  // The events of a smooth scroll come one frame late; while one is under way, every
+  // frame looks for itself.
+  follow() {
+    this.following = true;
+    requestAnimationFrame(() => {
+      this.following = false;
+      this.scrolled();
+    });
   }
 
   // The bar must not run out before the list does, nor the list before the bar.

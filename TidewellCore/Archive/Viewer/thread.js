@@ -16,6 +16,7 @@ class Thread {
       onScroll: () => this.scrolled(),
     });
     this.view.addEventListener("click", (event) => this.clicked(event, showPicture));
+    this.view.addEventListener("keydown", (event) => this.keyed(event));
     byId("newest").addEventListener("click", () => this.toNewest());
   }
 
@@ -122,6 +123,17 @@ class Thread {
     this.scroller.scrollTo(this.messages.count - 1, "end");
     this.rested();
     this.view.focus({ preventScroll: true });
+  }
+
+  // At once, where browsers would glide through a hundred thousand messages.
+  keyed(event) {
+    const plain = !event.ctrlKey && !event.metaKey && !event.altKey && !event.shiftKey;
+    if (!plain || event.target !== this.view || !this.messages || this.messages.count === 0) return;
+    if (event.key === "Home") this.scroller.scrollTo(0, "start");
+    else if (event.key === "End") this.scroller.scrollTo(this.messages.count - 1, "end");
+    else return;
+    event.preventDefault();
+    this.rested();
   }
 
   scrolled() {
