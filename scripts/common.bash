@@ -38,3 +38,11 @@ build() {
   quietly "$root/build/$preset-build.log" \
     cmake --build "$root/build/$preset" --parallel "$(nproc)" "${targets[@]}"
 }
+
+# The one package that the viewer's tests need, as the lock file names it.
+install_browser_driver() {
+  local viewer=$root/Tests/Viewer
+  if [[ $viewer/node_modules/.package-lock.json -nt $viewer/package-lock.json ]]; then return; fi
+  (cd "$viewer" && quietly "$root/build/npm.log" npm ci --ignore-scripts --no-audit --no-fund)
+  touch "$viewer/node_modules/.package-lock.json"
+}
