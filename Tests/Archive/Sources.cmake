@@ -1,0 +1,2 @@
+target_sources(TidewellCoreTests PRIVATE
+  ${CMAKE_CURRENT_LIST_DIR}/ArchiveRelocationTests.cpp)
