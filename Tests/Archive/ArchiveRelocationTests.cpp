@@ -151,11 +151,14 @@ TEST_F(ArchiveRelocationTest, AChatListThatCannotBeReadLeavesAllAsItIs) {
 TEST_F(ArchiveRelocationTest, OpensNoFileOutsideItsFolder) {
   const std::string outside = R"(window.__CHAT_PAYLOAD = {"messages":[{"media":{"path":"A/a"}}]};)";
   Fixture::writeFile(content / "_viewer/outside.js", outside);
+  const std::string block = MessageBlocks::script(R"({"media":{"path":"A/a"}})");
+  Fixture::writeFile(content / "_viewer/block.js", block);
   Fixture::writeFile(data / "chats.js",
                      "window.CHATS = [{\"file\":\"../outside.js\"}];\n"
-                     "window.ARCHIVE = {\"blocks\":[{\"file\":\"../outside.js\"}]};\n");
+                     "window.ARCHIVE = {\"blocks\":[{\"file\":\"../block.js\"}]};\n");
   EXPECT_FALSE(rewrite({{"A/a", "B/b"}}));
   EXPECT_EQ(ExportTest::textOf(content / "_viewer/outside.js"), outside);
+  EXPECT_EQ(ExportTest::textOf(content / "_viewer/block.js"), block);
 }
 
 }  // namespace

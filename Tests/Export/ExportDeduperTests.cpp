@@ -285,6 +285,31 @@ TEST_F(ExportDeduperTest, TellsThatThereIsNoExport) {
   }
 }
 
+// Something else writes into the folder between the planning and the merging.
+TEST_F(ExportDeduperTest, LosesNothingWhenTheFolderChangesMeanwhile) {
+  write("Ana/a.jpg", "aaa");
+  write(ana + "/a.jpg", "aaa");
+  write(ana + "/b.jpg", "bbb");
+  remember({{ana, "Ana"}});
+  writeArchive({ExportTest::archiveChat(ana, ana, {ana + "/a.jpg", ana + "/b.jpg"})});
+  int asked = 0;
+  const DedupeSummary summary = dedupe(true, [&] {
+    if (++asked == 3) {  // both files are planned
+      write("Ana/a.jpg", "new");
+      write("Ana/b.jpg", "too");
+    }
+    return false;
+  });
+  EXPECT_EQ(summary.deletedDuplicateCount, 0);
+  EXPECT_EQ(summary.movedUniqueCount, 2);
+  EXPECT_EQ(media(),
+            (Tree{{"Ana/a.jpg", "new"}, {"Ana/a-2.jpg", "aaa"}, {"Ana/b.jpg", "too"}, {"Ana/b-2.jpg", "bbb"}}));
+  const std::string dataFile = "_viewer/data/chat-" + ExportTest::archiveChat(ana, ana).id + ".js";
+  const std::string archived = ExportTest::textOf(content / dataFile);
+  EXPECT_THAT(archived, testing::HasSubstr("\"Ana/a-2.jpg\""));
+  EXPECT_THAT(archived, testing::HasSubstr("\"Ana/b-2.jpg\""));
+}
+
 TEST_F(ExportDeduperTest, WaitsForNoOtherExport) {
   const DestinationLock lock(destination);
   const auto isLocked = Fixture::failsWith("Another export is writing into this folder. Wait until it has finished.");

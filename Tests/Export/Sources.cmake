@@ -17,6 +17,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/FolderManifestTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/FolderPairingTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MediaCopierTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/MergeJournalTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MergeMoveTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ProgressReporterTests.cpp)
 
