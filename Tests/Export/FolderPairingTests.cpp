@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -129,6 +130,8 @@ struct Conflict {
   Evidence evidence;
   std::int64_t skipped;
 };
+
+void PrintTo(const Conflict& conflict, std::ostream* stream) { *stream << conflict.name; }
 
 class FolderPairingConflict : public testing::TestWithParam<Conflict> {};
 
