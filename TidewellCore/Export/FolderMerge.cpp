@@ -61,20 +61,7 @@ FolderMerge MergePlanner::plan(const FolderPairing::Pair& pair) {
   const fs::path folder = contentRoot_ / PathText::path(pair.duplicateFolder);
   for (const Files::Entry& entry : Files::list(folder)) {
     throwIfCancelled(isCancelled_);
-    const fs::path path = folder / PathText::path(entry.name);
-    Step step{.name = entry.name};
-    if (const auto size = Files::regularFileSize(path)) {
-      step.size = *size;
-      step.isMedia = isMedia(entry.name);
-      if (const File* same = twin(content, entry.name, path, *size)) {
-        step.action = Action::removeDuplicate;
-        step.target = same->name;
-      }
-      if (entry.name == fileManagersFile) step = {.action = Action::discard, .name = entry.name};
-    } else {
-      step.action = Action::moveIfItCan;
-    }
-    merge.steps.push_back(std::move(step));
+    merge.steps.push_back(step(content, folder, entry.name));
   }
   // Whoever can keep its name does, before another is given that name.
   std::ranges::stable_partition(merge.steps, [&](const Step& step) {
@@ -89,6 +76,19 @@ FolderMerge MergePlanner::plan(const FolderPairing::Pair& pair) {
     count(step, merge.pair);
   }
   return merge;
+}
+
+FolderMerge::Step MergePlanner::step(const Content& content, const fs::path& folder, const std::string& name) const {
+  const fs::path path = folder / PathText::path(name);
+  const auto size = Files::regularFileSize(path);
+  if (!size) return {.action = Action::moveIfItCan, .name = name};
+  if (name == fileManagersFile) return {.action = Action::discard, .name = name};
+  Step step{.name = name, .isMedia = isMedia(name), .size = *size};
+  if (const File* same = twin(content, name, path, *size)) {
+    step.action = Action::removeDuplicate;
+    step.target = same->name;
+  }
+  return step;
 }
 
 MergePlanner::Content& MergePlanner::contentOf(const std::string& canonical) {

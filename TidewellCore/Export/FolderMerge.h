@@ -58,6 +58,8 @@ class MergePlanner {
   };
 
   Content& contentOf(const std::string& canonical);
+  // What becomes of one entry; the name it is moved to is left open.
+  FolderMerge::Step step(const Content& content, const std::filesystem::path& folder, const std::string& name) const;
   const File* twin(const Content& content, const std::string& name, const std::filesystem::path& file,
                    std::int64_t size) const;
 
