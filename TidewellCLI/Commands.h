@@ -9,3 +9,4 @@ class App;
 void addListCommand(CLI::App& app, int& exitCode);
 void addScanCommand(CLI::App& app, int& exitCode);
 void addExportCommand(CLI::App& app, int& exitCode);
+void addDedupeCommand(CLI::App& app, int& exitCode);

@@ -29,6 +29,16 @@ Json json(const ScanChat& chat) {
                       {"mediaBytes", chat.mediaBytes}};
 }
 
+Json json(const DedupePair& pair) {
+  Json::Object object{{"canonicalFolder", pair.canonicalFolder},
+                      {"duplicateFolder", pair.duplicateFolder},
+                      {"duplicateFileCount", pair.duplicateFileCount},
+                      {"uniqueFileCount", pair.uniqueFileCount},
+                      {"bytes", pair.bytes}};
+  add(object, "jid", pair.jid);
+  return object;
+}
+
 }  // namespace
 
 Json JsonRecords::json(const BackupLibrarySnapshot& snapshot) {
@@ -65,4 +75,18 @@ Json JsonRecords::json(const ExportSummary& summary) {
                       {"unresolvedArchiveLinkCount", summary.unresolvedArchiveLinkCount}};
   if (summary.archiveIndexURL) object.emplace("archiveIndexURL", PathText::text(*summary.archiveIndexURL));
   return object;
+}
+
+Json JsonRecords::json(const DedupeSummary& summary) {
+  Json::Array pairs;
+  for (const DedupePair& pair : summary.pairs) pairs.push_back(::json(pair));
+  return Json::Object{{"dryRun", summary.dryRun},
+                      {"pairs", std::move(pairs)},
+                      {"skippedAmbiguousCount", summary.skippedAmbiguousCount},
+                      {"deletedDuplicateCount", summary.deletedDuplicateCount},
+                      {"movedUniqueCount", summary.movedUniqueCount},
+                      {"removedFolderCount", summary.removedFolderCount},
+                      {"bytesReclaimed", summary.bytesReclaimed},
+                      {"archiveUpdated", summary.archiveUpdated},
+                      {"mergedFolderCount", summary.mergedFolderCount()}};
 }

@@ -2,6 +2,7 @@
 
 #include "TidewellCore/Backup/BackupLibrary.h"
 #include "TidewellCore/ChatData/ScanResult.h"
+#include "TidewellCore/Export/DedupeSummary.h"
 #include "TidewellCore/Export/ExportSummary.h"
 #include "TidewellCore/Platform/Json.h"
 
@@ -12,5 +13,6 @@ namespace JsonRecords {
 Json json(const BackupLibrarySnapshot& snapshot);
 Json json(const ScanResult& result);
 Json json(const ExportSummary& summary);
+Json json(const DedupeSummary& summary);
 
 }  // namespace JsonRecords

@@ -14,6 +14,7 @@ int main(int argumentCount, char** arguments) {
   addListCommand(app, exitCode);
   addScanCommand(app, exitCode);
   addExportCommand(app, exitCode);
+  addDedupeCommand(app, exitCode);
   try {
     app.parse(argumentCount, arguments);
   } catch (const CLI::ParseError& error) {

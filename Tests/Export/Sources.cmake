@@ -2,6 +2,9 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/DestinationIndexTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/DestinationLockTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/DiskSpaceTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ExportDeduperArchiveTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ExportDeduperInterruptionTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ExportDeduperTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportLayoutTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportPlannerTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportScene.cpp
@@ -12,7 +15,9 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/ExporterTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/FolderAllocatorTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/FolderManifestTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/FolderPairingTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MediaCopierTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/MergeJournalTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MergeMoveTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ProgressReporterTests.cpp)
 

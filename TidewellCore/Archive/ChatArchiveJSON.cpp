@@ -173,6 +173,11 @@ std::optional<Json> ChatArchiveJSON::parseAssignment(std::string_view text, std:
   return found ? Json::parse(found->value) : std::nullopt;
 }
 
+std::string_view ChatArchiveJSON::assignedValue(std::string_view text, std::string_view identifier) {
+  const auto found = findAssignment(text, identifier);
+  return found ? found->value : std::string_view();
+}
+
 std::string_view ChatArchiveJSON::extractJSONValue(std::string_view text) {
   text = withoutLeadingBlanks(text);
   if (text.empty()) return {};

@@ -22,6 +22,8 @@ std::string assignment(std::string_view identifier, const Json& value);
 
 // The value assigned to that member; absent when there is none that can be read.
 std::optional<Json> parseAssignment(std::string_view text, std::string_view identifier);
+// The text of that value, a part of `text`; empty when there is none.
+std::string_view assignedValue(std::string_view text, std::string_view identifier);
 // The JSON value at the beginning of a text, white space before it left out;
 // empty when none is complete.
 std::string_view extractJSONValue(std::string_view text);

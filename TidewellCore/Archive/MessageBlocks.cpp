@@ -73,6 +73,12 @@ void MessageBlocks::removeOthers() const {
   }
 }
 
+std::string MessageBlocks::line(std::string_view message) {
+  std::string text;
+  appendForTemplate(text, message);
+  return text;
+}
+
 std::string MessageBlocks::fileName(std::string_view content) {
   std::array<std::uint8_t, 32> digest{};
   const ByteView bytes = bytesOf(content);

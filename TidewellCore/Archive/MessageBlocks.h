@@ -31,6 +31,8 @@ class MessageBlocks {
   // Removes the blocks of earlier exports. To be called when the new directory is in place.
   void removeOthers() const;
 
+  // The JSON of a message as it stands in a block.
+  static std::string line(std::string_view message);
   static std::string fileName(std::string_view content);
   // The script of a block around its lines, and the lines of such a script;
   // empty when it is none.

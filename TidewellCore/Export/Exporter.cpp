@@ -8,6 +8,7 @@
 #include "TidewellCore/Export/ChatLines.h"
 #include "TidewellCore/Export/DestinationLock.h"
 #include "TidewellCore/Export/DiskSpace.h"
+#include "TidewellCore/Export/ExportDeduper.h"
 #include "TidewellCore/Export/ExportLayout.h"
 #include "TidewellCore/Export/ExportPlan.h"
 #include "TidewellCore/Export/ExportRequests.h"
@@ -186,6 +187,10 @@ ExportSummary Exporter::exportBackup(const ExportJob& job, const RunControl& con
   throwIfCancelled(control.isCancelled);
   progress.begin(Phase::finished);
   return summary;
+}
+
+DedupeSummary Exporter::dedupe(const fs::path& destination, bool apply, const CancellationCheck& isCancelled) const {
+  return ExportDeduper::run(destination, apply, isCancelled);
 }
 
 std::int64_t Exporter::freeSpace(const fs::path& folder) const { return DiskSpace::availableBytes(folder); }

@@ -7,6 +7,7 @@
 #include "TidewellCore/Backup/BackupInfo.h"
 #include "TidewellCore/ChatData/ScanResult.h"
 #include "TidewellCore/Crypto/BackupUnlockReport.h"
+#include "TidewellCore/Export/DedupeSummary.h"
 #include "TidewellCore/Export/ExportOptions.h"
 #include "TidewellCore/Export/ExportSummary.h"
 #include "TidewellCore/ExportProgress.h"
@@ -37,6 +38,10 @@ struct Exporter {
   // A file that cannot be copied is counted and does not end the run. An
   // export into the same destination copies only what is new.
   ExportSummary exportBackup(const ExportJob& job, const RunControl& control = {}) const;
+
+  // Merges the folders that earlier exports left twice; without `apply` it only reports them.
+  DedupeSummary dedupe(const std::filesystem::path& destination, bool apply,
+                       const CancellationCheck& isCancelled = {}) const;
 
   // In bytes, for a folder that need not exist yet.
   std::int64_t freeSpace(const std::filesystem::path& folder) const;

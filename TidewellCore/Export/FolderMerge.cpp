@@ -1,0 +1,172 @@
+#include "TidewellCore/Export/FolderMerge.h"
+
+#include <algorithm>
+
+#include "TidewellCore/Export/MergeMove.h"
+#include "TidewellCore/FileNaming.h"
+#include "TidewellCore/FolderNames.h"
+#include "TidewellCore/Platform/Files.h"
+#include "TidewellCore/Platform/PathText.h"
+#include "TidewellCore/Platform/SaturatingAdd.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using Action = FolderMerge::Action;
+using Step = FolderMerge::Step;
+
+constexpr const char* fileManagersFile = ".DS_Store";
+
+bool isTranscript(const std::string& name) {
+  return FileNaming::namesMatch(name, FolderNames::textTranscript) ||
+         FileNaming::namesMatch(name, FolderNames::htmlTranscript);
+}
+
+bool isMedia(const std::string& name) { return !isTranscript(name) && !name.starts_with(Files::partialPrefix); }
+
+bool haveSameBytes(const fs::path& a, const fs::path& b) {
+  try {
+    return Files::haveSameBytes(a, b);
+  } catch (const fs::filesystem_error&) {
+    return false;
+  }
+}
+
+// False when something stands at `to`, or when this cannot be moved there.
+bool renamed(const fs::path& from, const fs::path& to) {
+  try {
+    return Files::renameToFree(from, to);
+  } catch (const fs::filesystem_error&) {
+    return false;
+  }
+}
+
+bool isMoved(const Step& step) { return step.action == Action::move || step.action == Action::moveIfItCan; }
+
+void count(const Step& step, DedupePair& pair) {
+  if (!step.isMedia) return;
+  if (step.action == Action::move) ++pair.uniqueFileCount;
+  if (step.action != Action::removeDuplicate) return;
+  ++pair.duplicateFileCount;
+  pair.bytes = saturatingAdd(pair.bytes, step.size);
+}
+
+}  // namespace
+
+FolderMerge MergePlanner::plan(const FolderPairing::Pair& pair) {
+  FolderMerge merge{.pair = {.canonicalFolder = pair.canonicalFolder,
+                             .duplicateFolder = pair.duplicateFolder,
+                             .jid = pair.jid.empty() ? std::nullopt : std::optional(pair.jid)}};
+  Content& content = contentOf(pair.canonicalFolder);
+  const fs::path folder = contentRoot_ / PathText::path(pair.duplicateFolder);
+  for (const Files::Entry& entry : Files::list(folder)) {
+    throwIfCancelled(isCancelled_);
+    merge.steps.push_back(step(content, folder, entry.name));
+  }
+  // Whoever can keep its name does, before another is given that name.
+  std::ranges::stable_partition(merge.steps, [&](const Step& step) {
+    return !isMoved(step) || !content.usedNames.contains(FileNaming::normalizedKey(step.name));
+  });
+  for (Step& step : merge.steps) {
+    if (isMoved(step)) step.target = FileNaming::uniquify(step.name, content.usedNames);
+    if (step.action == Action::move) {
+      content.files.emplace(FileNaming::normalizedKey(step.target),
+                            File{.name = step.target, .path = folder / PathText::path(step.name), .size = step.size});
+    }
+    count(step, merge.pair);
+  }
+  return merge;
+}
+
+FolderMerge::Step MergePlanner::step(const Content& content, const fs::path& folder, const std::string& name) const {
+  const fs::path path = folder / PathText::path(name);
+  const auto size = Files::regularFileSize(path);
+  if (!size) return {.action = Action::moveIfItCan, .name = name};
+  if (name == fileManagersFile) return {.action = Action::discard, .name = name};
+  Step step{.name = name, .isMedia = isMedia(name), .size = *size};
+  if (const File* same = twin(content, name, path, *size)) {
+    step.action = Action::removeDuplicate;
+    step.target = same->name;
+  }
+  return step;
+}
+
+MergePlanner::Content& MergePlanner::contentOf(const std::string& canonical) {
+  const auto [found, isNew] = contents_.try_emplace(canonical);
+  Content& content = found->second;
+  if (!isNew) return content;
+  const fs::path folder = contentRoot_ / PathText::path(canonical);
+  for (const Files::Entry& entry : Files::list(folder)) {
+    const std::string key = FileNaming::normalizedKey(entry.name);
+    const fs::path path = folder / PathText::path(entry.name);
+    content.usedNames.insert(key);
+    if (const auto size = Files::regularFileSize(path)) {
+      content.files.emplace(key, File{.name = entry.name, .path = path, .size = *size});
+    }
+  }
+  return content;
+}
+
+const MergePlanner::File* MergePlanner::twin(const Content& content, const std::string& name, const fs::path& file,
+                                             std::int64_t size) const {
+  const auto [begin, end] = content.files.equal_range(FileNaming::normalizedKey(name));
+  const auto found = std::find_if(begin, end, [&](const auto& entry) {
+    return entry.second.size == size && haveSameBytes(entry.second.path, file);
+  });
+  return found == end ? nullptr : &found->second;
+}
+
+void Merger::announce(const FolderMerge& merge, MergeJournal& journal) {
+  const auto& [canonical, duplicate] = std::tie(merge.pair.canonicalFolder, merge.pair.duplicateFolder);
+  journal.addFolder(duplicate, canonical);
+  for (const Step& step : merge.steps) {
+    const bool isFile = step.action == Action::removeDuplicate || step.action == Action::move;
+    if (isFile) journal.addFile(duplicate + "/" + step.name, canonical + "/" + step.target);
+  }
+}
+
+void Merger::carryOut(const FolderMerge& merge, DedupeSummary& summary) const {
+  for (const Step& step : merge.steps) {
+    throwIfCancelled(isCancelled_);
+    carryOut(merge, step, summary);
+  }
+  std::error_code error;
+  if (fs::remove(contentRoot_ / PathText::path(merge.pair.duplicateFolder), error)) ++summary.removedFolderCount;
+  if (error && error != std::errc::directory_not_empty && error != std::errc::file_exists) {
+    throw fs::filesystem_error("Could not remove the folder", PathText::path(merge.pair.duplicateFolder), error);
+  }
+}
+
+void Merger::carryOut(const FolderMerge& merge, const Step& step, DedupeSummary& summary) const {
+  const fs::path from = contentRoot_ / PathText::path(merge.pair.duplicateFolder) / PathText::path(step.name);
+  const fs::path to = contentRoot_ / PathText::path(merge.pair.canonicalFolder) / PathText::path(step.target);
+  if (step.action == Action::discard) {
+    fs::remove(from);
+  } else if (step.action == Action::moveIfItCan) {
+    renamed(from, to);
+  } else if (step.action == Action::removeDuplicate && haveSameBytes(from, to)) {
+    fs::remove(from);
+    if (!step.isMedia) return;
+    ++summary.deletedDuplicateCount;
+    summary.bytesReclaimed = saturatingAdd(summary.bytesReclaimed, step.size);
+  } else {
+    move(merge, step);
+    if (step.isMedia) ++summary.movedUniqueCount;
+  }
+}
+
+// A name may be free by its key and taken all the same: file systems have rules
+// of their own, and a twin may have changed since it was found.
+void Merger::move(const FolderMerge& merge, const Step& step) const {
+  const auto& [canonical, duplicate] = std::tie(merge.pair.canonicalFolder, merge.pair.duplicateFolder);
+  const fs::path from = contentRoot_ / PathText::path(duplicate) / PathText::path(step.name);
+  const fs::path folder = contentRoot_ / PathText::path(canonical);
+  if (Files::moveToFree(from, folder / PathText::path(step.target))) return;
+  std::set<std::string> used = MergeMove::usedNames(folder);
+  for (;;) {
+    const std::string name = FileNaming::uniquify(step.name, used);
+    journal_.addFile(duplicate + "/" + step.name, canonical + "/" + name);
+    journal_.save();
+    if (Files::moveToFree(from, folder / PathText::path(name))) return;
+  }
+}

@@ -1,0 +1,92 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "TidewellCore/Export/DedupeSummary.h"
+#include "TidewellCore/Export/FolderPairing.h"
+#include "TidewellCore/Export/MergeJournal.h"
+#include "TidewellCore/Platform/Cancellation.h"
+
+// What becomes of each entry of a duplicate folder.
+struct FolderMerge {
+  enum class Action {
+    removeDuplicate,  // its twin in the canonical folder holds the same bytes
+    move,
+    discard,      // a file manager's ".DS_Store"
+    moveIfItCan,  // no regular file: moved with the folder's other entries where that is possible
+  };
+  struct Step {
+    Action action = Action::move;
+    std::string name;      // in the duplicate folder
+    std::string target;    // the twin's name in the canonical folder, or the free name there
+    bool isMedia = false;  // neither a transcript nor a program's own file
+    std::int64_t size = 0;
+
+    bool operator==(const Step&) const = default;
+  };
+
+  DedupePair pair;
+  std::vector<Step> steps;
+};
+
+// Plans merges one after another, each as the folders are once the former are
+// carried out, without changing anything. Two files are duplicates when the keys
+// of their names and their bytes are equal; one that cannot be read has none.
+class MergePlanner {
+ public:
+  explicit MergePlanner(std::filesystem::path contentRoot, CancellationCheck isCancelled = {})
+      : contentRoot_(std::move(contentRoot)), isCancelled_(std::move(isCancelled)) {}
+
+  // Throws what listing the folders reports, and TidewellError::cancelled.
+  FolderMerge plan(const FolderPairing::Pair& pair);
+
+ private:
+  struct File {
+    std::string name;            // in the canonical folder
+    std::filesystem::path path;  // where it stands meanwhile
+    std::int64_t size = 0;
+  };
+  struct Content {
+    std::multimap<std::string, File> files;  // by the key of the name
+    std::set<std::string> usedNames;         // keys
+  };
+
+  Content& contentOf(const std::string& canonical);
+  // What becomes of one entry; the name it is moved to is left open.
+  FolderMerge::Step step(const Content& content, const std::filesystem::path& folder, const std::string& name) const;
+  const File* twin(const Content& content, const std::string& name, const std::filesystem::path& file,
+                   std::int64_t size) const;
+
+  std::filesystem::path contentRoot_;
+  CancellationCheck isCancelled_;
+  std::map<std::string, Content> contents_;  // by the canonical folder
+};
+
+// Carries merges out. Nothing is ever replaced, and a file is removed only when
+// its twin was compared with it the moment before.
+class Merger {
+ public:
+  // `journal` must outlive it. It knows all places of the merges, and is told of those that turn out taken.
+  Merger(std::filesystem::path contentRoot, MergeJournal& journal, CancellationCheck isCancelled = {})
+      : contentRoot_(std::move(contentRoot)), journal_(journal), isCancelled_(std::move(isCancelled)) {}
+
+  // Counts what it does in `summary`. Throws what the file system reports, and TidewellError::cancelled.
+  void carryOut(const FolderMerge& merge, DedupeSummary& summary) const;
+
+  // Enters all that a merge moves.
+  static void announce(const FolderMerge& merge, MergeJournal& journal);
+
+ private:
+  void carryOut(const FolderMerge& merge, const FolderMerge::Step& step, DedupeSummary& summary) const;
+  void move(const FolderMerge& merge, const FolderMerge::Step& step) const;
+
+  std::filesystem::path contentRoot_;
+  MergeJournal& journal_;
+  CancellationCheck isCancelled_;
+};
