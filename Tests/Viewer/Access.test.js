@@ -4,7 +4,13 @@ import { many, media, message, plainPicture } from './Support/index.js';
 import { eventually, narrow, open, openChat } from './Support/viewer.js';
 
 const chats = [
-  { name: 'Ana', messages: [...many(60), message(undefined, { media: media('photos', 'Ana/p.png'), ts: undefined })].reverse() },
+  {
+    name: 'Ana',
+    messages: [
+      ...many(60),
+      message(undefined, { media: media('photos', 'Ana/p.png'), ts: undefined }),
+    ].reverse(),
+  },
   { name: 'Ben', messages: [message('hello')] },
 ];
 const archive = { files: { 'Ana/p.png': plainPicture } };
@@ -18,18 +24,37 @@ test('The keyboard reaches everything, in reading order', async () => {
     await page.keyboard.press('Tab');
     order.push(await focused(page));
   }
-  assert.deepEqual(order, ['mode-chats', 'search', 'chat-list', 'open-thread-search', 'open-thread-date', 'messages', 'BODY']);
+  assert.deepEqual(order, [
+    'mode-chats',
+    'search',
+    'chat-list',
+    'open-thread-search',
+    'open-thread-date',
+    'messages',
+    'BODY',
+  ]);
 });
 
 test('What has the keyboard’s focus can be seen', async () => {
   const page = await open(chats, { archive, hash: '#chat=Ben' });
   await page.locator('.message').waitFor();
-  for (const id of ['mode-chats', 'search', 'chat-list', 'open-thread-search', 'open-thread-date', 'messages']) {
+  for (const id of [
+    'mode-chats',
+    'search',
+    'chat-list',
+    'open-thread-search',
+    'open-thread-date',
+    'messages',
+  ]) {
     await page.keyboard.press('Tab');
     const outlined = await page.evaluate(() => {
       const at = document.activeElement;
       const holders = [at, at.closest('.field'), ...at.querySelectorAll('.active')].filter(Boolean);
-      return holders.some((one) => getComputedStyle(one).outlineStyle === 'solid' && parseFloat(getComputedStyle(one).outlineWidth) >= 2);
+      return holders.some(
+        (one) =>
+          getComputedStyle(one).outlineStyle === 'solid' &&
+          parseFloat(getComputedStyle(one).outlineWidth) >= 2,
+      );
     });
     assert.ok(outlined, id);
   }
@@ -38,9 +63,13 @@ test('What has the keyboard’s focus can be seen', async () => {
 test('Every control has a name, and ids are unique', async () => {
   const page = await open(chats, { archive });
   await openChat(page, 'Ana');
-  const nameless = await page.locator('button, a, input, [role="listbox"], [role="feed"], [role="dialog"], [role="tablist"]').evaluateAll((all) =>
-    all.filter((one) => !(one.getAttribute('aria-label') || one.textContent.trim() || one.labels?.length)).map((one) => one.outerHTML),
-  );
+  const nameless = await page
+    .locator('button, a, input, [role="listbox"], [role="feed"], [role="dialog"], [role="tablist"]')
+    .evaluateAll((all) =>
+      all
+        .filter((one) => !(one.getAttribute('aria-label') || one.textContent.trim() || one.labels?.length))
+        .map((one) => one.outerHTML),
+    );
   assert.deepEqual(nameless, []);
   const repeated = await page.evaluate(() => {
     const ids = [...document.querySelectorAll('[id]')].map((one) => one.id);
@@ -51,9 +80,13 @@ test('Every control has a name, and ids are unique', async () => {
 
 test('References of roles lead somewhere', async () => {
   const page = await open(chats, { archive });
-  const broken = await page.locator('[aria-controls], [aria-labelledby]').evaluateAll((all) =>
-    all.flatMap((one) => [one.getAttribute('aria-controls'), one.getAttribute('aria-labelledby')]).filter((id) => id && !document.getElementById(id)),
-  );
+  const broken = await page
+    .locator('[aria-controls], [aria-labelledby]')
+    .evaluateAll((all) =>
+      all
+        .flatMap((one) => [one.getAttribute('aria-controls'), one.getAttribute('aria-labelledby')])
+        .filter((id) => id && !document.getElementById(id)),
+    );
   assert.deepEqual(broken, []);
 });
 
@@ -78,13 +111,21 @@ test('On a narrow screen the keyboard goes with what is shown', async () => {
 });
 
 test('Nothing moves by itself for readers who ask for that', async () => {
-  const page = await open(chats, { archive, reducedMotion: 'reduce', hash: `#chat=Ana&message=${chats[0].messages[30].id}` });
+  const page = await open(chats, {
+    archive,
+    reducedMotion: 'reduce',
+    hash: `#chat=Ana&message=${chats[0].messages[30].id}`,
+  });
   await page.locator('.message.target').waitFor();
-  const moving = await page.evaluate(() =>
-    [...document.querySelectorAll('*')].filter((one) => {
-      const style = getComputedStyle(one);
-      return style.animationName !== 'none' || style.transitionDuration.split(',').some((time) => parseFloat(time) > 0);
-    }).length,
+  const moving = await page.evaluate(
+    () =>
+      [...document.querySelectorAll('*')].filter((one) => {
+        const style = getComputedStyle(one);
+        return (
+          style.animationName !== 'none' ||
+          style.transitionDuration.split(',').some((time) => parseFloat(time) > 0)
+        );
+      }).length,
   );
   assert.equal(moving, 0);
 });
@@ -94,7 +135,9 @@ test('Light and dark follow the system, and texts stand out in both', async () =
   for (const colorScheme of ['light', 'dark']) {
     const page = await open(chats, { archive, colorScheme });
     await openChat(page, 'Ben');
-    wall[colorScheme] = await page.locator('#thread').evaluate((one) => getComputedStyle(one).backgroundColor);
+    wall[colorScheme] = await page
+      .locator('#thread')
+      .evaluate((one) => getComputedStyle(one).backgroundColor);
   }
   assert.notEqual(wall.light, wall.dark);
 });
@@ -110,27 +153,53 @@ test('Print shows the open thread’s messages and nothing around them', async (
     clipped: document.documentElement.scrollHeight,
   }));
   assert.ok(clipped >= bottom - 1 && bottom > 1000, `${bottom} of ${clipped}`);
-  const [title, first] = [await page.locator('#thread-title').boundingBox(), await page.locator('.message').first().boundingBox()];
+  const [title, first] = [
+    await page.locator('#thread-title').boundingBox(),
+    await page.locator('.message').first().boundingBox(),
+  ];
   assert.ok(title.y < first.y);
 });
 
 test('Nothing overflows sideways, wide or narrow', async () => {
   const words = 'unbroken'.repeat(60);
-  const wordy = [{ id: 'wordy', name: words, group: true, messages: [message(words, { sender: words }), message(`https://example.com/${words}`, { media: media('documents', `Ana/${words}.pdf`) })] }];
-  for (const viewport of [{ width: 1280, height: 700 }, { width: 800, height: 700 }, narrow, { width: 320, height: 600 }]) {
+  const wordy = [
+    {
+      id: 'wordy',
+      name: words,
+      group: true,
+      messages: [
+        message(words, { sender: words }),
+        message(`https://example.com/${words}`, { media: media('documents', `Ana/${words}.pdf`) }),
+      ],
+    },
+  ];
+  for (const viewport of [
+    { width: 1280, height: 700 },
+    { width: 800, height: 700 },
+    narrow,
+    { width: 320, height: 600 },
+  ]) {
     const page = await open(wordy, { viewport });
     const check = async () => {
       const wide = await page.evaluate(() =>
-        [...document.querySelectorAll('.chat, .bubble, .field, .modes, .thread-head, .round, .document, .day, h1')]
+        [
+          ...document.querySelectorAll(
+            '.chat, .bubble, .field, .modes, .thread-head, .round, .document, .day, h1',
+          ),
+        ]
           .filter((one) => one.getClientRects().length)
-          .filter((one) => one.getBoundingClientRect().right > innerWidth || one.getBoundingClientRect().left < 0)
+          .filter(
+            (one) => one.getBoundingClientRect().right > innerWidth || one.getBoundingClientRect().left < 0,
+          )
           .map((one) => one.id || one.className),
       );
       assert.deepEqual(wide, [], `${viewport.width} wide`);
-      const sideways = await page.evaluate(() => ['chat-list', 'messages', 'sidebar', 'thread'].filter((id) => {
-        const one = document.getElementById(id);
-        return one.scrollWidth > one.clientWidth;
-      }));
+      const sideways = await page.evaluate(() =>
+        ['chat-list', 'messages', 'sidebar', 'thread'].filter((id) => {
+          const one = document.getElementById(id);
+          return one.scrollWidth > one.clientWidth;
+        }),
+      );
       assert.deepEqual(sideways, [], `${viewport.width} wide`);
     };
     await check();

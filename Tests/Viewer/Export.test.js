@@ -11,7 +11,8 @@ import { eventually, open } from './Support/viewer.js';
 
 const build = process.env.TIDEWELL_BUILD ?? fileURLToPath(new URL('../../build/dev', import.meta.url));
 const folder = path.join(mkdtempSync(path.join(tmpdir(), 'tidewell-viewer-')), 'Export #1 (50% of all)');
-const run = (program, ...options) => execFileSync(path.join(build, program), options, { stdio: ['ignore', 'ignore', 'inherit'] });
+const run = (program, ...options) =>
+  execFileSync(path.join(build, program), options, { stdio: ['ignore', 'ignore', 'inherit'] });
 // Leaving a player's message breaks off the loading of its file.
 const brokenOff = /ERR_ABORTED/;
 
@@ -20,12 +21,35 @@ const archiveIn = (name) => ({ url: pathToFileURL(path.join(folder, name, 'index
 before(() => {
   const backup = path.join(folder, 'backup');
   run('Tests/Support/tidewell-demo-backup', backup);
-  const device = path.join(backup, readdirSync(backup).find((name) => !name.endsWith('.txt')));
+  const device = path.join(
+    backup,
+    readdirSync(backup).find((name) => !name.endsWith('.txt')),
+  );
   for (const locale of ['en_US', 'pt_BR']) {
-    run('TidewellCLI/tidewell', 'export', device, path.join(folder, locale), '--locale', locale, '--time-zone', 'America/Sao_Paulo',
-      '--no-progress', '--password-file', path.join(backup, 'password.txt'));
+    run(
+      'TidewellCLI/tidewell',
+      'export',
+      device,
+      path.join(folder, locale),
+      '--locale',
+      locale,
+      '--time-zone',
+      'America/Sao_Paulo',
+      '--no-progress',
+      '--password-file',
+      path.join(backup, 'password.txt'),
+    );
   }
-  run('Tests/Support/tidewell-stress-archive', path.join(folder, 'large'), '--chats', '40', '--messages', '30000', '--longest', '15000');
+  run(
+    'Tests/Support/tidewell-stress-archive',
+    path.join(folder, 'large'),
+    '--chats',
+    '40',
+    '--messages',
+    '30000',
+    '--longest',
+    '15000',
+  );
 });
 after(() => rmSync(path.dirname(folder), { recursive: true, force: true }));
 
@@ -37,13 +61,23 @@ test('Every chat of an export opens at its newest message', async () => {
     await page.evaluate((chat) => (location.hash = `#chat=${encodeURIComponent(chat)}`), id);
     await eventually(() => page.locator('#thread-title').textContent(), name);
     const last = page.locator('.message').last();
-    await eventually(async () => (await page.locator('.message').count()) && (await last.getAttribute('aria-posinset')), count && String(count), name);
+    await eventually(
+      async () => (await page.locator('.message').count()) && (await last.getAttribute('aria-posinset')),
+      count && String(count),
+      name,
+    );
   }
 });
 
 test('Pictures, avatars and stickers of an export are shown', async () => {
   const page = await open(archiveIn('en_US'), { expect: brokenOff });
-  await eventually(async () => (await page.locator('.chat .avatar img').evaluateAll((all) => all.filter((one) => one.naturalWidth).length)) > 3, true);
+  await eventually(
+    async () =>
+      (await page
+        .locator('.chat .avatar img')
+        .evaluateAll((all) => all.filter((one) => one.naturalWidth).length)) > 3,
+    true,
+  );
   await page.locator('#search').fill('Marina');
   await page.locator('.chat').first().click();
   await eventually(async () => (await page.locator('.media-photo.loaded').count()) > 0, true);
@@ -55,13 +89,19 @@ test('A search finds the same with and without the blocks', async () => {
     if (!useBlocks) {
       await page.addInitScript(() => {
         let archive;
-        Object.defineProperty(window, 'ARCHIVE', { get: () => archive, set: ({ blocks, ...rest }) => (archive = rest) });
+        Object.defineProperty(window, 'ARCHIVE', {
+          get: () => archive,
+          set: ({ blocks, ...rest }) => (archive = rest),
+        });
       });
       await page.reload();
     }
     await page.locator('#mode-messages').click();
     await page.locator('#search').fill('voce');
-    await eventually(async () => /^Results: \d/.test(await page.locator('#search-status').textContent()), true);
+    await eventually(
+      async () => /^Results: \d/.test(await page.locator('#search-status').textContent()),
+      true,
+    );
     return page.locator('#search-status').textContent();
   };
   assert.equal(await counted(true), await counted(false));
@@ -84,7 +124,12 @@ test('The texts that an export brings are those that the script falls back to', 
 test('The longest chat of a large archive is read from blocks to its beginning', async () => {
   const page = await open(archiveIn('large'), { expect: brokenOff });
   await page.locator('.chat').first().click();
-  await eventually(async () => (await page.locator('.message').count()) && (await page.locator('.message').last().getAttribute('aria-posinset')), '15000');
+  await eventually(
+    async () =>
+      (await page.locator('.message').count()) &&
+      (await page.locator('.message').last().getAttribute('aria-posinset')),
+    '15000',
+  );
   await page.locator('#messages').focus();
   await page.keyboard.press('Home');
   await page.locator('.message', { hasText: 'The needle xylophonic in the haystack' }).waitFor();
