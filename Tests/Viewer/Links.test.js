@@ -78,9 +78,9 @@ test('Links open beside the archive and tell nothing about it', async () => {
 test('An address that never ends does not hold up the page', async () => {
   const started = performance.now();
   assert.equal(
-    (await linksOf(`https://example.com/${')'.repeat(30000)}`, 'a.'.repeat(20000), `${'1 '.repeat(20000)}`))
+    (await linksOf(`https://example.com/${')'.repeat(100_000)}`, 'a.'.repeat(20000), `${'1 '.repeat(20000)}`))
       .length,
     1,
   );
-  assert.ok(performance.now() - started < 3000);
+  assert.ok(performance.now() - started < 10_000);
 });
