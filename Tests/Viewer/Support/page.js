@@ -9,7 +9,8 @@ const viewer = fileURLToPath(new URL('../../../TidewellCore/Archive/Viewer', imp
 
 export const readSource = (name) => readFileSync(path.join(viewer, name), 'utf8');
 
-const scriptNames = () => [...readSource('Sources.cmake').matchAll(/^\s+([\w-]+\.js)$/gm)].map(([, name]) => name);
+const scriptNames = () =>
+  [...readSource('Sources.cmake').matchAll(/^\s+([\w-]+\.js)$/gm)].map(([, name]) => name);
 
 export const styleSheet = () => readSource('app.css');
 
