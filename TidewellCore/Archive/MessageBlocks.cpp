@@ -8,6 +8,7 @@
 #include "TidewellCore/Platform/Bytes.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
+#include "TidewellCore/Platform/Precondition.h"
 
 namespace {
 
@@ -76,7 +77,7 @@ void MessageBlocks::removeOthers() const {
 std::string MessageBlocks::fileName(std::string_view content) {
   std::array<std::uint8_t, 32> digest{};
   const ByteView bytes = bytesOf(content);
-  tw_sha256(bytes.data(), bytes.size(), digest.data());
+  precondition(tw_sha256(bytes.data(), bytes.size(), digest.data()) == 0, "SHA-256 is missing");
   return fmt::format("{}{:02x}{}", prefix, fmt::join(std::span(digest).first(8), ""), ending);
 }
 
