@@ -1,0 +1,32 @@
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "TidewellCore/Platform/Json.h"
+
+// Reads a Chat Archive as its page does.
+namespace ExportTest {
+
+// The entries of the archive's chat list, in its order.
+std::vector<Json::Object> listedChats(const std::filesystem::path& contentRoot);
+// The names in the archive's chat list, in its order.
+std::vector<std::string> listedNames(const std::filesystem::path& contentRoot);
+// The entry of that name; fails the test and is empty when there is none.
+Json::Object listedChat(const std::filesystem::path& contentRoot, const std::string& name);
+// The messages of the chat of that name.
+std::vector<Json::Object> messagesOf(const std::filesystem::path& contentRoot, const std::string& name);
+// The medium of a message; empty when it has none.
+Json::Object mediumOf(const Json::Object& message);
+// A text of an object; empty when it has none of that name.
+std::string textIn(const Json::Object& object, const std::string& key);
+
+// Fails the test for every file that the page in `destination` or the archive's
+// data name and that is not there, and for data that cannot be read.
+void expectWholeArchive(const std::filesystem::path& destination);
+
+}  // namespace ExportTest
