@@ -363,6 +363,23 @@ TEST(ArchiveExport, AFileThatThePhoneLostIsLinkedWhereAnEarlierExportPutIt) {
   }
 }
 
+TEST(ArchiveExport, AFileThatThePhoneLostNeverTakesAnothersPlace) {
+  Scene scene(talkingBackup());
+  auto& app = scene.contents.whatsApp;
+  // Both would be exported under one name; the lost one never was.
+  app.messages.push_back({.chat = 1, .date = firstDate, .text = "the twin"});
+  app.mediaItems = {{.message = 5, .localPath = "Media/" + ana + "/x/y/aa1.jpg"}};
+  scene.write();
+  EXPECT_EQ(scene.run(everything).unresolvedArchiveLinkCount, 1);
+  EXPECT_EQ(scene.run(everything).unresolvedArchiveLinkCount, 1);
+  std::map<std::string, std::string> paths;
+  for (const auto& message : messagesOf(scene.content, "Ana")) {
+    paths[textIn(message, "text")] = textIn(mediumOf(message), "path");
+  }
+  EXPECT_EQ(paths.at("text 1"), "Ana/2023-03-08_202640_aa1.jpg");
+  EXPECT_EQ(paths.at("the twin"), "");
+}
+
 TEST(ArchiveExport, CancellingAtAnyCheckLeavesAWholeArchive) {
   const Scene expected(talkingBackup());
   expected.run(everything);
