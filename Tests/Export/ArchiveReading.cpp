@@ -17,7 +17,7 @@ namespace {
 Json assigned(const fs::path& script, std::string_view identifier) {
   auto value = ChatArchiveJSON::parseAssignment(textOf(script), identifier);
   EXPECT_TRUE(value) << script << " assigns nothing to " << identifier;
-  return value.value_or(Json());
+  return value ? std::move(*value) : Json();
 }
 
 std::vector<Json::Object> objects(const Json& list) {
