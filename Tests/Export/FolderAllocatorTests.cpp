@@ -181,6 +181,12 @@ TEST(FolderAllocator, ListsTheFoldersThatMayBeChats) {
   EXPECT_EQ(FolderAllocator::existingChatFolders(root / "missing"), Names{});
 }
 
+TEST(FolderAllocator, AFolderWhoseNameIsNoTextIsNoChats) {
+  const Fixture::TemporaryDirectory root;
+  std::filesystem::create_directory(root / "caf\xE9");  // Latin-1
+  EXPECT_EQ(FolderAllocator::existingChatFolders(root.path()), Names{});
+}
+
 TEST(FolderAllocator, KnowsNamesThatOnlyOlderExportsGave) {
   EXPECT_TRUE(FolderAllocator::isLegacyFolderName(ana));
   EXPECT_TRUE(FolderAllocator::isLegacyFolderName("12@LID"));

@@ -177,7 +177,8 @@ FolderAssignment FolderAllocator::withAbsentChats(const FolderAssignment& assign
 std::vector<std::string> FolderAllocator::existingChatFolders(const std::filesystem::path& contentRoot) {
   std::vector<std::string> folders;
   for (const Files::Entry& entry : Files::listVisible(contentRoot)) {
-    if (entry.isFolder && !isReserved(entry.name)) folders.push_back(entry.name);
+    // A name that is no text is none of an export's making, and fits no data file.
+    if (entry.isFolder && !isReserved(entry.name) && Text::isValid(entry.name)) folders.push_back(entry.name);
   }
   return folders;
 }
