@@ -34,6 +34,13 @@ test('Nothing else is ever a link', async () => {
   assert.deepEqual(await linksOf('javascript:alert(1)', 'data:text/html,x', 'file:///etc/passwd', 'ftp://example.com', 'vbscript:x', 'https://', 'R$ 1.234,56 12:30 2024-06-01', 'a@b'), []);
 });
 
+test('A long run of characters that might begin an address is looked through at once', async () => {
+  const runs = ['a.', '1+', 'a@a.', 'a-'].map((piece) => piece.repeat(64_000 / piece.length));
+  const started = Date.now();
+  assert.deepEqual(await linksOf(...runs), []);
+  assert.ok(Date.now() - started < 5000, `took ${Date.now() - started} ms`);
+});
+
 test('Links open beside the archive and tell nothing about it', async () => {
   const page = await open([{ name: 'Ana', messages: [message('https://example.com')] }]);
   await openChat(page, 'Ana');
