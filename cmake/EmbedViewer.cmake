@@ -3,7 +3,11 @@
 include(${VIEWER}/Sources.cmake)
 
 file(READ ${VIEWER}/index.html page)
-file(READ ${VIEWER}/app.css styleSheet)
+set(styleSheet "")
+foreach(part IN LISTS VIEWER_STYLES)
+  file(READ ${VIEWER}/${part} text)
+  string(APPEND styleSheet "${text}\n")
+endforeach()
 # One function around all, so that nothing of it becomes a member of `window`.
 set(script "(function () {\n\"use strict\";\n")
 foreach(part IN LISTS VIEWER_SCRIPTS)

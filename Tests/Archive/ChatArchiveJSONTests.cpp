@@ -22,6 +22,8 @@ TEST(ChatArchiveJSON, WritesCompactlyWithKeysInByteOrder) {
   EXPECT_EQ(stringify(Json(Json::Array{})), "[]");
   EXPECT_EQ(stringify(Json(std::int64_t{-1717243200})), "-1717243200");
   EXPECT_EQ(stringify(Json(1.5)), "1.5");
+  EXPECT_EQ(stringify(Json(2500.0)), "2500.0");
+  EXPECT_EQ(stringify(Json(-2.5e300)), "-2.5e+300");
   EXPECT_EQ(stringify(Json(std::numeric_limits<double>::infinity())), "null");
 }
 

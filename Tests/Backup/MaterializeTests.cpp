@@ -72,6 +72,37 @@ TEST_P(StoredFileTest, ComesOutAsItWasOnThePhone) {
   }
 }
 
+TEST_P(StoredFileTest, TellsItsFirstBytes) {
+  Bytes content;
+  for (std::size_t i = 0; i < 300; ++i) content.push_back(static_cast<std::uint8_t>(i % 251));
+  for (const std::size_t size : {0U, 1U, 15U, 16U, 17U, 32U, 300U}) {
+    const Bytes whole(content.begin(), content.begin() + static_cast<std::ptrdiff_t>(size));
+    const OpenedBackup opened = open(whole);
+    for (const std::size_t count : {0U, 1U, 12U, 16U, 17U, 299U, 300U, 5000U}) {
+      const Bytes expected(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(std::min(count, size)));
+      EXPECT_EQ(opened.firstBytes(file_, count), expected) << count << " of " << size;
+    }
+  }
+}
+
+TEST_P(StoredFileTest, TellsNoFirstBytesOfWhatCannotBeRead) {
+  EXPECT_THROW(open(bytesOf("x"), {.missing = true}).firstBytes(file_, 16), fs::filesystem_error);
+  EXPECT_THAT([&] { open(bytesOf("x"), {.fileID = "../out"}).firstBytes(file_, 16); },
+              failsWith(TidewellError::chatStorageUnreadable("Missing backup file for Message/Media/a/1.jpg.")));
+  writeFile(folder_ / "secret", "0123456789abcdef");
+  const OpenedBackup opened = open(bytesOf("x"), {.missing = true});
+  fs::create_directories(stored().parent_path());
+  fs::create_symlink(folder_ / "secret", stored());
+  before_ = treeSnapshot(device_);
+  EXPECT_THROW(opened.firstBytes(file_, 16), fs::filesystem_error);
+}
+
+TEST_P(StoredFileTest, TellsTheFirstBytesWhateverSizeWasRecorded) {
+  for (const std::int64_t size : {std::int64_t{-5}, std::int64_t{0}, std::int64_t{500}, huge}) {
+    EXPECT_EQ(open(Bytes(100, 'x'), {.recordedSize = size}).firstBytes(file_, 16), Bytes(16, 'x')) << size;
+  }
+}
+
 TEST_P(StoredFileTest, ReplacesWhatStoodAtTheDestination) {
   const OpenedBackup opened = open(bytesOf("new"));
   writeFile(target_, "a longer file that stood here");

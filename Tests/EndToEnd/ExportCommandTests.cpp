@@ -107,6 +107,56 @@ TEST(ExportCommand, EndsWithThreeWhenACopyFailed) {
               HasSubstr("1 copied · 0 already present · 2 transcripts · 1 failed · 1 archive links missing files\n"));
 }
 
+TEST(ExportCommand, LeavesOutKindsWithoutCallingThemMissing) {
+  const CommandLine commandLine;
+  Fixture::writeBackup(twoFiles(), commandLine / "device");
+  const Finished finished = commandLine.run({"export", "device", "saved", "--kinds", "photos"});
+  EXPECT_EQ(finished.exitCode, 0);
+  EXPECT_THAT(finished.output, HasSubstr("1 copied · 0 already present · 2 transcripts · 0 failed\n"));
+}
+
+TEST(ExportCommand, WritesInTheLanguageAskedFor) {
+  const CommandLine commandLine;
+  Fixture::BackupContents contents = twoFiles();
+  contents.whatsApp.messages.push_back({.chat = 1, .date = 700000120, .text = "oi", .isFromMe = 1});
+  Fixture::writeBackup(contents, commandLine / "device");
+  const auto write = [&](const char* destination, const char* locale) {
+    EXPECT_EQ(commandLine.run({"export", "device", destination, "--locale", locale}).exitCode, 0);
+    const Fixture::Bytes bytes = Fixture::readFile(commandLine / destination / "messages/Ana/_transcript.txt");
+    return std::string(bytes.begin(), bytes.end());
+  };
+  EXPECT_THAT(write("saved", "pt-BR"), HasSubstr("[2023-03-08 20:28:40] Você: oi\n"));
+  EXPECT_THAT(write("gespeichert", "de_DE"), HasSubstr("[2023-03-08 20:28:40] You: oi\n"));
+}
+
+TEST(ExportCommand, TellsOfTheArchiveInItsRecord) {
+  const CommandLine commandLine;
+  Fixture::writeBackup(encrypted(twoFiles()), commandLine / "device");
+  const std::vector<std::string> arguments{"export", "device", "saved", "--password-stdin", "--json"};
+  const Json::Object record = commandLine.run(arguments, password).json();
+  EXPECT_EQ(*record.at("transcriptCount").as<std::int64_t>(), 2);
+  EXPECT_EQ(*record.at("unresolvedArchiveLinkCount").as<std::int64_t>(), 0);
+  EXPECT_EQ(*record.at("archiveIndexURL").as<std::string>(), (commandLine / "saved/index.html").string());
+  const auto before = Fixture::treeSnapshot(commandLine / "saved");
+  EXPECT_EQ(*commandLine.run(arguments, password).json().at("transcriptCount").as<std::int64_t>(), 2);
+  EXPECT_EQ(Fixture::treeSnapshot(commandLine / "saved"), before);
+}
+
+TEST(ExportCommand, AnInterruptedExportIsContinuedToTheSameArchive) {
+  const CommandLine commandLine;
+  Fixture::writeBackup(Fixture::sampleBackup({.messageCount = 20'000, .mediaCount = 20}), commandLine / "device");
+  ASSERT_EQ(commandLine.run({"export", "device", "expected"}).exitCode, 0);
+  const Finished stopped = commandLine.interrupt({"export", "device", "saved"}, "Writing transcripts", SIGINT);
+  EXPECT_NE(stopped.exitCode, 0);
+  ASSERT_EQ(commandLine.run({"export", "device", "saved"}).exitCode, 0);
+  const auto sizes = [&](const char* destination) {
+    std::map<std::string, std::string> digests;
+    for (const auto& [path, entry] : Fixture::treeSnapshot(commandLine / destination)) digests[path] = entry.sha1;
+    return digests;
+  };
+  EXPECT_EQ(sizes("saved"), sizes("expected"));
+}
+
 TEST(ExportCommand, RefusesToWriteIntoTheBackup) {
   const CommandLine commandLine;
   Fixture::writeBackup(twoFiles(), commandLine / "device");

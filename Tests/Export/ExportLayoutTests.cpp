@@ -168,6 +168,8 @@ TEST_F(ExportLayoutTest, RemovesWhatACrashLeftHalfDone) {
   writeFile(root / "messages/.tidewell-partial-1-2", "2");
   writeFile(root / "messages/_viewer/.tidewell-partial-1-3", "3");
   writeFile(root / "messages/Ana/.tidewell-partial-1-4", "4");
+  writeFile(root / "messages/_viewer/data/.tidewell-partial-1-5", "5");
+  writeFile(root / "messages/avatars/.tidewell-partial-1-6", "6");
   writeFile(root / "messages/Ana/tidewell-partial-of-mine", "5");
   prepare();
   EXPECT_EQ(filesBelow(root), (Files{{"messages/Ana/tidewell-partial-of-mine", "5"}}));

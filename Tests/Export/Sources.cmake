@@ -1,4 +1,10 @@
 target_sources(TidewellCoreTests PRIVATE
+  ${CMAKE_CURRENT_LIST_DIR}/ArchiveDestinationTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ArchiveExportTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ArchiveMediaTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ArchiveReading.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ArchiveTextTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ChatLinesTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/DestinationIndexTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/DestinationLockTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/DiskSpaceTests.cpp
@@ -17,10 +23,11 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/FolderManifestTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/FolderPairingTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MediaCopierTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/MediaLinksTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MergeJournalTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MergeMoveTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ProgressReporterTests.cpp)
 
 # Where the golden listings are, to be compared and, on request, written anew.
-set_source_files_properties(${CMAKE_CURRENT_LIST_DIR}/ExporterTests.cpp PROPERTIES
+set_source_files_properties(${CMAKE_CURRENT_LIST_DIR}/ExporterTests.cpp ${CMAKE_CURRENT_LIST_DIR}/ArchiveDestinationTests.cpp PROPERTIES
   COMPILE_DEFINITIONS TIDEWELL_GOLDEN_FOLDER="${CMAKE_CURRENT_LIST_DIR}/Golden")

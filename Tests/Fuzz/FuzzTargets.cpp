@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "TidewellCore/Archive/ChatArchiveJSON.h"
 #include "TidewellCore/Crypto/BackupKeyBag.h"
 #include "TidewellCore/Crypto/MBFileArchive.h"
 #include "TidewellCore/Platform/BinaryPropertyList.h"
@@ -59,11 +60,43 @@ void json(ByteView input) {
   precondition(again && again->write() == written, "what JSON was written is read again");
 }
 
-constexpr std::array<FuzzTarget, 5> targets{{{"BinaryPropertyList", binaryPropertyList},
+void checkTextsOf(const Json& value) {
+  if (const auto* text = value.as<std::string>()) precondition(Text::isValid(*text), "text of JSON is UTF-8");
+  if (const auto* items = value.as<Json::Array>()) {
+    for (const Json& item : *items) checkTextsOf(item);
+  }
+  if (const auto* entries = value.as<Json::Object>()) {
+    for (const auto& [key, entry] : *entries) checkTextsOf(entry);
+  }
+}
+
+bool liesWithin(std::string_view part, std::string_view whole) {
+  return part.empty() || (part.data() >= whole.data() && part.data() + part.size() <= whole.data() + whole.size());
+}
+
+void archiveAssignment(ByteView input) {
+  const std::string_view text = textOf(input);
+  precondition(liesWithin(ChatArchiveJSON::extractJSONValue(text), text), "a value is a part of its text");
+  for (const char* identifier : {"CHATS", "ARCHIVE", "__CHAT_PAYLOAD", ""}) {
+    const auto remainder = ChatArchiveJSON::remainderAfterAssignment(text, identifier);
+    precondition(liesWithin(remainder, text), "what follows is a part of its text");
+    const auto value = ChatArchiveJSON::parseAssignment(text, identifier);
+    if (!value) continue;
+    checkTextsOf(*value);
+    const std::string written = ChatArchiveJSON::assignment(identifier, *value);
+    precondition(written.find('<') == std::string::npos, "no assignment closes its script");
+    const auto again = ChatArchiveJSON::parseAssignment(written, identifier);
+    precondition(again && again->write() == value->write(), "an assignment that was written is read again");
+    precondition(ChatArchiveJSON::remainderAfterAssignment(written, identifier).empty(), "nothing follows it");
+  }
+}
+
+constexpr std::array<FuzzTarget, 6> targets{{{"BinaryPropertyList", binaryPropertyList},
                                              {"XMLPropertyList", xmlPropertyList},
                                              {"BackupKeyBag", backupKeyBag},
                                              {"MBFileArchive", mbFileArchive},
-                                             {"Json", json}}};
+                                             {"Json", json},
+                                             {"ArchiveAssignment", archiveAssignment}}};
 
 }  // namespace
 

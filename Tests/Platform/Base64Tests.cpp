@@ -20,6 +20,26 @@ TEST(Base64, DecodesTheVectorsOfRFC4648Section10) {
   EXPECT_EQ(decoded("Zm9vYmFy"), "foobar");
 }
 
+TEST(Base64, EncodesTheVectorsOfRFC4648Section10) {
+  const auto encoded = [](std::string_view text) { return Base64::encode(bytesOf(text)); };
+  EXPECT_EQ(encoded(""), "");
+  EXPECT_EQ(encoded("f"), "Zg==");
+  EXPECT_EQ(encoded("fo"), "Zm8=");
+  EXPECT_EQ(encoded("foo"), "Zm9v");
+  EXPECT_EQ(encoded("foob"), "Zm9vYg==");
+  EXPECT_EQ(encoded("fooba"), "Zm9vYmE=");
+  EXPECT_EQ(encoded("foobar"), "Zm9vYmFy");
+}
+
+TEST(Base64, EncodesEveryByte) {
+  EXPECT_EQ(Base64::encode(Bytes{0x00, 0xFF, 0x80, 0xFF}), "AP+A/w==");
+  Bytes all;
+  for (unsigned byte = 0; byte < 256; ++byte) {
+    all.push_back(static_cast<std::uint8_t>(byte));
+    EXPECT_EQ(Base64::decode(Base64::encode(all)), all);
+  }
+}
+
 TEST(Base64, DecodesEveryByte) {
   EXPECT_EQ(Base64::decode("AP+A/w=="), (Bytes{0x00, 0xFF, 0x80, 0xFF}));
   EXPECT_EQ(Base64::decode("+/+/"), (Bytes{0xFB, 0xFF, 0xBF}));

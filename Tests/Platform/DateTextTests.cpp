@@ -80,6 +80,20 @@ TEST(DateText, FormatsInTheLanguageOfTheLocale) {
   EXPECT_EQ(formatted("yyyy", 1714564800, "UTC", "ar_EG"), "٢٠٢٤");
 }
 
+TEST(DateText, SpellsOutTheDayAsTheLocaleDoes) {
+  const Date noon = dateFromUnixTime(1714564800);
+  EXPECT_EQ(DateFormatter::fullDate({"UTC"}, {"en_US"}).string(noon), "Wednesday, May 1, 2024");
+  EXPECT_EQ(DateFormatter::fullDate({"UTC"}, {"pt_BR"}).string(noon), "quarta-feira, 1 de maio de 2024");
+  EXPECT_EQ(DateFormatter::fullDate({"Pacific/Kiritimati"}, {"en_US"}).string(noon), "Thursday, May 2, 2024");
+}
+
+TEST(DateText, TellsTheTimeToTheSecondAsTheLocaleDoes) {
+  const Date time = dateFromUnixTime(1714572309.9);
+  EXPECT_EQ(DateFormatter::mediumTime({"UTC"}, {"en_US"}).string(time), "2:05:09\u202FPM");
+  EXPECT_EQ(DateFormatter::mediumTime({"UTC"}, {"pt_BR"}).string(time), "14:05:09");
+  EXPECT_EQ(DateFormatter::mediumTime({"America/Sao_Paulo"}, {"pt_BR"}).string(time), "11:05:09");
+}
+
 TEST(DateText, FractionsOfASecondAreCutOff) {
   EXPECT_EQ(formatted("ss", 59.9999, "UTC"), "59");
   EXPECT_EQ(formatted("ss", -0.0001, "UTC"), "59");

@@ -150,6 +150,32 @@ TEST_F(FilesTest, AnAtomicWriteIntoAMissingFolderFails) {
   EXPECT_THAT(namesIn(folder_.path()), IsEmpty());
 }
 
+TEST_F(FilesTest, WritesAFileWhoseContentDiffers) {
+  EXPECT_TRUE(Files::writeWhenDifferent(at("file"), "one"));
+  for (const char* text : {"two", "longer than that", "", "\n"}) {
+    EXPECT_TRUE(Files::writeWhenDifferent(at("file"), text));
+    EXPECT_EQ(content(at("file")), text);
+  }
+  EXPECT_THAT(namesIn(folder_.path()), ElementsAre("file"));
+}
+
+TEST_F(FilesTest, LeavesAFileThatHoldsTheSameAlone) {
+  make("file", "the same");
+  Files::setModificationDate(at("file"), dateFromUnixTime(1000));
+  EXPECT_FALSE(Files::writeWhenDifferent(at("file"), "the same"));
+  EXPECT_EQ(modifiedTime(at("file")).tv_sec, 1000);
+  EXPECT_TRUE(Files::writeWhenDifferent(at("file"), "the some"));
+  EXPECT_NE(modifiedTime(at("file")).tv_sec, 1000);
+}
+
+TEST_F(FilesTest, ALinkToTheSameContentIsReplaced) {
+  make("target", "the same");
+  EXPECT_TRUE(Files::writeWhenDifferent(link("link", "target"), "the same"));
+  EXPECT_TRUE(Files::isRegularFile(at("link")));
+  EXPECT_TRUE(Files::writeWhenDifferent(fifo("fifo"), "the same"));
+  EXPECT_THROW(Files::writeWhenDifferent(folder_.path() / "missing/file", "x"), fs::filesystem_error);
+}
+
 TEST_F(FilesTest, CopiesEveryByteAroundTheBordersOfASlice) {
   Fixture::SeededRandom random(7);
   for (const std::size_t size :

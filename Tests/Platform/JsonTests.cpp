@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
+
 namespace {
 
 std::string repeated(std::string_view text, std::size_t count) {
@@ -63,6 +65,15 @@ TEST(Json, RefusesNestingBeyond64Levels) {
 TEST(Json, DeepNestingCostsNoStack) {
   EXPECT_FALSE(Json::parse(repeated("[", 1'000'000)));
   EXPECT_FALSE(Json::parse(repeated("[", 1'000'000) + repeated("]", 1'000'000)));
+}
+
+TEST(Json, ALongListOfObjectsTakesNoQuadraticTime) {
+  std::string text = "[{}";
+  for (int i = 1; i < 200'000; ++i) text += R"(,{"a":1})";
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_TRUE(Json::parse(text + "]"));
+  const auto seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+  EXPECT_LT(seconds, 20) << "it takes a fraction of a second";
 }
 
 TEST(Json, WritesKeysInByteOrder) {

@@ -14,7 +14,7 @@ namespace {
 constexpr const char* demoPassword = "demo-password";
 
 std::filesystem::path writeDemo(const std::filesystem::path& folder) {
-  Fixture::SampleOptions options{.playableMedia = true};
+  Fixture::SampleOptions options{.playableMedia = true, .sentinelDates = false};
   options.encryption =
       Fixture::Encryption{.keyBag = {.password = demoPassword, .iterations = 10'000, .doubleIterations = 10'000'000}};
   const Fixture::BackupContents contents = Fixture::sampleBackup(options);

@@ -56,7 +56,7 @@ class SampleWriter {
     addOtherChats();
     addMessages();
     addScript();
-    putSentinelDates();
+    if (options_.sentinelDates) putSentinelDates();
     addLooseMedia();
     for (BackupFile& picture : sampleProfilePictures(app_.chats, options_.playableMedia, random_)) {
       app_.files.push_back(std::move(picture));

@@ -17,6 +17,8 @@ struct SampleOptions {
   // Files that open and play, and drawn profile pictures. They take some seconds and the program
   // ffmpeg; without, clips and documents are noise behind the right first bytes.
   bool playableMedia = false;
+  // A message of the distant past and one of the distant future.
+  bool sentinelDates = true;
   std::optional<Encryption> encryption;
 };
 

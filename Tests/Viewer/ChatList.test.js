@@ -13,7 +13,10 @@ const names = (page) => texts(page, '.chat-name');
 
 test('The list shows every chat in the order of the archive, with its preview', async () => {
   const page = await open(people);
-  assert.deepEqual(await names(page), people.map((chat) => chat.name));
+  assert.deepEqual(
+    await names(page),
+    people.map((chat) => chat.name),
+  );
   assert.deepEqual(await texts(page, '.chat-preview'), ['see you', 'até já', 'yes', 'hi']);
   assert.equal(await page.title(), 'Chat Archive');
 });
@@ -26,7 +29,11 @@ test('Groups carry a mark that a screen reader names', async () => {
 
 test('A chat without a picture shows initials, one with a picture the picture', async () => {
   const picture = png(4, 4, () => [10, 120, 200]);
-  const chats = [{ name: 'Ana Souza', avatar: 'avatars/ana #1.png' }, { name: 'João da Conceição' }, { name: '+55 11 98765' }];
+  const chats = [
+    { name: 'Ana Souza', avatar: 'avatars/ana #1.png' },
+    { name: 'João da Conceição' },
+    { name: '+55 11 98765' },
+  ];
   const page = await open(chats, { archive: { files: { 'avatars/ana #1.png': picture } } });
   const first = page.locator('.chat .avatar').first();
   await eventually(() => first.locator('img').evaluate((img) => img.naturalWidth), 4);
@@ -34,7 +41,9 @@ test('A chat without a picture shows initials, one with a picture the picture', 
 });
 
 test('A missing avatar falls back to the initials', async () => {
-  const page = await open([{ name: 'Ana Souza', avatar: 'avatars/gone.jpeg' }], { expect: /gone\.jpeg|ERR_FILE_NOT_FOUND/ });
+  const page = await open([{ name: 'Ana Souza', avatar: 'avatars/gone.jpeg' }], {
+    expect: /gone\.jpeg|ERR_FILE_NOT_FOUND/,
+  });
   await eventually(() => texts(page, '.chat .avatar'), ['AS']);
 });
 
@@ -49,7 +58,10 @@ test('Filtering ignores case and accents and says when no chat matches', async (
   assert.deepEqual(await names(page), []);
   await page.getByText('No chats match.').waitFor();
   await page.getByRole('button', { name: 'Clear' }).click();
-  assert.deepEqual(await names(page), people.map((chat) => chat.name));
+  assert.deepEqual(
+    await names(page),
+    people.map((chat) => chat.name),
+  );
   assert.equal(await page.getByText('No chats match.').isVisible(), false);
 });
 
@@ -71,7 +83,9 @@ test('The date of a chat is a time today, a word yesterday, a weekday this week,
   const noon = Math.floor(Date.now() / 1000 / day) * day + day / 2;
   const at = (name, ts) => ({ name, messages: [message('x', { ts })] });
   const page = await open([at('A', noon), at('B', noon - day), at('C', noon - 3 * day), at('D', someTime)]);
-  const weekday = new Intl.DateTimeFormat('en', { weekday: 'long', timeZone: 'UTC' }).format((noon - 3 * day) * 1000);
+  const weekday = new Intl.DateTimeFormat('en', { weekday: 'long', timeZone: 'UTC' }).format(
+    (noon - 3 * day) * 1000,
+  );
   const shown = (await texts(page, '.chat time')).map((time) => time.replace(/\s/gu, ' '));
   assert.deepEqual(shown, ['12:00 PM', 'Yesterday', weekday, '6/1/24']);
 });
@@ -84,7 +98,10 @@ test('From the filter, arrow keys choose a chat and Enter opens it', async () =>
   assert.match(await page.locator(`#${active}`).textContent(), /João/);
   await page.keyboard.press('Enter');
   await page.getByRole('heading', { name: 'João Conceição' }).waitFor();
-  assert.equal(await page.getByRole('option', { selected: true }).locator('.chat-name').textContent(), 'João Conceição');
+  assert.equal(
+    await page.getByRole('option', { selected: true }).locator('.chat-name').textContent(),
+    'João Conceição',
+  );
 });
 
 test('The list itself is one stop of the keyboard, with Home and End', async () => {
@@ -99,7 +116,10 @@ test('The list itself is one stop of the keyboard, with Home and End', async () 
 });
 
 test('Thousands of chats make a few dozen rows, and the last is reached by keyboard', async () => {
-  const chats = Array.from({ length: 3000 }, (_, index) => ({ name: `Chat ${index}`, messages: [mine('x')] }));
+  const chats = Array.from({ length: 3000 }, (_, index) => ({
+    name: `Chat ${index}`,
+    messages: [mine('x')],
+  }));
   const page = await open(chats);
   assert.ok((await page.locator('.chat').count()) < 60);
   await page.getByRole('listbox', { name: 'Chats' }).focus();

@@ -3,13 +3,22 @@ import { test } from 'node:test';
 import { english, many, media, message, png, someTime } from './Support/index.js';
 import { eventually, narrow, open, openChat } from './Support/viewer.js';
 
-const colours = [[200, 60, 60], [60, 160, 60], [60, 60, 200]];
-const files = Object.fromEntries(colours.map((colour, index) => [`Ana/${index}.png`, png(60, 40, () => colour)]));
+const colours = [
+  [200, 60, 60],
+  [60, 160, 60],
+  [60, 60, 200],
+];
+const files = Object.fromEntries(
+  colours.map((colour, index) => [`Ana/${index}.png`, png(60, 40, () => colour)]),
+);
 
 // Pictures with other messages between them, the second one with a caption.
 const messages = [0, 1, 2].flatMap((index) => [
   message(`words ${index}`, { ts: someTime + index * 1000 }),
-  message(index === 1 ? 'the sea' : undefined, { ts: someTime + index * 1000 + 60, media: media('photos', `Ana/${index}.png`) }),
+  message(index === 1 ? 'the sea' : undefined, {
+    ts: someTime + index * 1000 + 60,
+    media: media('photos', `Ana/${index}.png`),
+  }),
 ]);
 
 async function openPicture(number, options = {}) {
@@ -57,7 +66,13 @@ test('Escape closes the picture, the next Escape the thread', async () => {
   await page.keyboard.press('Escape');
   assert.equal(await page.getByRole('dialog').isVisible(), false);
   assert.equal(await focused(page), 'picture');
-  assert.equal(await page.locator('.picture').nth(1).evaluate((one) => one === document.activeElement), true);
+  assert.equal(
+    await page
+      .locator('.picture')
+      .nth(1)
+      .evaluate((one) => one === document.activeElement),
+    true,
+  );
   assert.equal(await page.locator('#thread-open').isVisible(), true);
   await page.keyboard.press('Escape');
   await page.getByText(english.selectChat).waitFor();
@@ -73,7 +88,12 @@ test('The keyboard stays inside while a picture is open', async () => {
   }
   await page.keyboard.press('Shift+Tab');
   seen.add(await focused(page));
-  assert.deepEqual([...seen].sort(), ['lightbox-close', 'lightbox-file', 'lightbox-next', 'lightbox-previous']);
+  assert.deepEqual([...seen].sort(), [
+    'lightbox-close',
+    'lightbox-file',
+    'lightbox-next',
+    'lightbox-previous',
+  ]);
   assert.equal(await page.locator('#app').evaluate((app) => app.inert), true);
 });
 
@@ -114,7 +134,10 @@ test('A finger’s stroke turns the page', async () => {
 test('A missing picture says so, and the others stay within reach', async () => {
   const lost = message(undefined, { ts: someTime - 90000, media: media('photos', 'Ana/lost.png') });
   const between = many(200, undefined, (index) => ({ ts: someTime - 80000 + index }));
-  const page = await open([{ name: 'Ana', messages: [lost, ...between, ...messages] }], { archive: { files }, expect: /ERR_FILE_NOT_FOUND/ });
+  const page = await open([{ name: 'Ana', messages: [lost, ...between, ...messages] }], {
+    archive: { files },
+    expect: /ERR_FILE_NOT_FOUND/,
+  });
   await openChat(page, 'Ana');
   await page.locator('.picture').first().click();
   await page.keyboard.press('ArrowLeft');

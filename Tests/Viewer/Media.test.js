@@ -7,15 +7,22 @@ const gone = /ERR_FILE_NOT_FOUND|ERR_ABORTED/;
 const kinds = ['photos', 'videos', 'voiceNotes', 'stickers', 'documents'];
 const folder = 'Ana #1 50% done? & co';
 
-const withMedia = (...all) => [{ name: 'Ana', messages: all.map((one) => message(undefined, { media: one })) }];
+const withMedia = (...all) => [
+  { name: 'Ana', messages: all.map((one) => message(undefined, { media: one })) },
+];
 
 test('Pictures are found in folders with awkward names and keep their shape’s place', async () => {
   const photo = media('photos', `${folder}/a b#c%d?.png`);
-  const page = await open(withMedia(photo), { archive: { files: { [photo.path]: png(30, 40, () => [90, 90, 200]) } } });
+  const page = await open(withMedia(photo), {
+    archive: { files: { [photo.path]: png(30, 40, () => [90, 90, 200]) } },
+  });
   await openChat(page, 'Ana');
   const image = page.locator('.media-photo img');
   await eventually(() => image.evaluate((img) => img.naturalWidth), 30);
-  assert.equal(await image.getAttribute('src'), 'messages/Ana%20%231%2050%25%20done%3F%20%26%20co/a%20b%23c%25d%3F.png');
+  assert.equal(
+    await image.getAttribute('src'),
+    'messages/Ana%20%231%2050%25%20done%3F%20%26%20co/a%20b%23c%25d%3F.png',
+  );
 });
 
 test('Media that were not exported say so, each kind in its words', async () => {
@@ -28,25 +35,35 @@ test('Media that were not exported say so, each kind in its words', async () => 
     english.stickerNotExported,
     english.documentNotExported,
   ]);
-  assert.equal(page.requests.filter((url) => !url.includes('_viewer') && !url.endsWith('index.html')).length, 0);
+  assert.equal(
+    page.requests.filter((url) => !url.includes('_viewer') && !url.endsWith('index.html')).length,
+    0,
+  );
 });
 
 test('Files that fail to load say so without moving anything', async () => {
-  const page = await open(withMedia(...kinds.slice(0, 4).map((kind) => media(kind, `Ana/gone-${kind}`))), { expect: gone });
+  const page = await open(withMedia(...kinds.slice(0, 4).map((kind) => media(kind, `Ana/gone-${kind}`))), {
+    expect: gone,
+  });
   await openChat(page, 'Ana');
-  const before = await page.locator('.message').evaluateAll((all) => all.map((one) => one.getBoundingClientRect().height));
-  await eventually(() => texts(page, '.absent'), [
-    english.missingImage,
-    english.missingVideo,
-    english.missingVoiceNote,
-    english.missingSticker,
-  ]);
-  const after = await page.locator('.message').evaluateAll((all) => all.map((one) => one.getBoundingClientRect().height));
+  const before = await page
+    .locator('.message')
+    .evaluateAll((all) => all.map((one) => one.getBoundingClientRect().height));
+  await eventually(
+    () => texts(page, '.absent'),
+    [english.missingImage, english.missingVideo, english.missingVoiceNote, english.missingSticker],
+  );
+  const after = await page
+    .locator('.message')
+    .evaluateAll((all) => all.map((one) => one.getBoundingClientRect().height));
   assert.deepEqual(after, before);
 });
 
 test('A picture that is missing is asked for only once', async () => {
-  const page = await open([...withMedia(media('photos', 'Ana/gone.jpg')), { name: 'Ben', messages: [message('x')] }], { expect: gone });
+  const page = await open(
+    [...withMedia(media('photos', 'Ana/gone.jpg')), { name: 'Ben', messages: [message('x')] }],
+    { expect: gone },
+  );
   const asked = () => page.requests.filter((url) => url.endsWith('gone.jpg')).length;
   await openChat(page, 'Ana');
   await eventually(() => texts(page, '.absent'), [english.missingImage]);
@@ -57,11 +74,20 @@ test('A picture that is missing is asked for only once', async () => {
 });
 
 test('Nothing moves while pictures load', async () => {
-  const files = Object.fromEntries(Array.from({ length: 12 }, (_, index) => [`Ana/${index}.png`, png(40 + index * 9, 300 - index * 20, () => [9, 99, 9])]));
-  const page = await open(withMedia(...Object.keys(files).map((path) => media('photos', path))), { archive: { files } });
+  const files = Object.fromEntries(
+    Array.from({ length: 12 }, (_, index) => [
+      `Ana/${index}.png`,
+      png(40 + index * 9, 300 - index * 20, () => [9, 99, 9]),
+    ]),
+  );
+  const page = await open(withMedia(...Object.keys(files).map((path) => media('photos', path))), {
+    archive: { files },
+  });
   await page.evaluate(() => {
     window.moves = [];
-    new PerformanceObserver((list) => window.moves.push(...list.getEntries().map((entry) => entry.value))).observe({
+    new PerformanceObserver((list) =>
+      window.moves.push(...list.getEntries().map((entry) => entry.value)),
+    ).observe({
       type: 'layout-shift',
       buffered: true,
     });
@@ -87,14 +113,18 @@ test('Voice notes have a player and a link to download them', async () => {
 test('Videos have a player that waits to be played', async () => {
   const page = await open(withMedia(media('videos', 'Ana/film.mp4')), { expect: gone });
   await openChat(page, 'Ana');
-  const made = await page.evaluate(() => window.firstVideo ?? document.querySelector('video')?.autoplay ?? false);
+  const made = await page.evaluate(
+    () => window.firstVideo ?? document.querySelector('video')?.autoplay ?? false,
+  );
   assert.equal(made, false);
   await eventually(() => texts(page, '.media-video .absent'), [english.missingVideo]);
 });
 
 test('Documents are links with their name and ending', async () => {
   const report = media('documents', 'Ana/Report #3 <final>.pdf');
-  const page = await open(withMedia(report, media('documents', 'Ana/noending')), { archive: { files: { [report.path]: 'x' } } });
+  const page = await open(withMedia(report, media('documents', 'Ana/noending')), {
+    archive: { files: { [report.path]: 'x' } },
+  });
   await openChat(page, 'Ana');
   const link = page.getByRole('link', { name: /Report/ });
   assert.equal(await link.getAttribute('href'), 'messages/Ana/Report%20%233%20%3Cfinal%3E.pdf');
@@ -107,11 +137,16 @@ test('Stickers stand without a bubble', async () => {
   const sticker = media('stickers', 'Ana/s.png');
   const page = await open(withMedia(sticker), { archive: { files: { [sticker.path]: plainPicture } } });
   await openChat(page, 'Ana');
-  assert.equal(await page.locator('.bubble').evaluate((bubble) => getComputedStyle(bubble).backgroundColor), 'rgba(0, 0, 0, 0)');
+  assert.equal(
+    await page.locator('.bubble').evaluate((bubble) => getComputedStyle(bubble).backgroundColor),
+    'rgba(0, 0, 0, 0)',
+  );
 });
 
 test('A kind that nobody knows is shown as a document', async () => {
-  const page = await open(withMedia(media('constructor', 'Ana/thing.bin'), { kind: 'holograms', exported: false }));
+  const page = await open(
+    withMedia(media('constructor', 'Ana/thing.bin'), { kind: 'holograms', exported: false }),
+  );
   await openChat(page, 'Ana');
   assert.deepEqual(await texts(page, '.document-name'), ['thing.bin']);
   assert.deepEqual(await texts(page, '.absent'), [english.documentNotExported]);
@@ -119,21 +154,32 @@ test('A kind that nobody knows is shown as a document', async () => {
 
 test('A caption stands under its picture', async () => {
   const photo = media('photos', 'Ana/p.png');
-  const page = await open([{ name: 'Ana', messages: [message('the sea', { media: photo })] }], { archive: { files: { [photo.path]: plainPicture } } });
+  const page = await open([{ name: 'Ana', messages: [message('the sea', { media: photo })] }], {
+    archive: { files: { [photo.path]: plainPicture } },
+  });
   await openChat(page, 'Ana');
-  const [picture, caption] = [await page.locator('.media-photo').boundingBox(), await page.locator('.body').boundingBox()];
+  const [picture, caption] = [
+    await page.locator('.media-photo').boundingBox(),
+    await page.locator('.body').boundingBox(),
+  ];
   assert.ok(caption.y >= picture.y + picture.height);
 });
 
 test('Flying past a thousand videos and pictures loads only those where it stops', async () => {
   const messages = Array.from({ length: 2000 }, (_, index) =>
-    message(undefined, { ts: someTime + index * 60, media: media(index % 2 ? 'videos' : 'photos', `Ana/${index}`) }),
+    message(undefined, {
+      ts: someTime + index * 60,
+      media: media(index % 2 ? 'videos' : 'photos', `Ana/${index}`),
+    }),
   );
   const page = await open([{ name: 'Ana', messages }], { expect: gone });
   await openChat(page, 'Ana');
   const view = page.locator('#messages');
   for (let step = 1; step <= 30; step++) {
-    await view.evaluate((element, part) => (element.scrollTop = element.scrollHeight * (1 - part / 30)), step);
+    await view.evaluate(
+      (element, part) => (element.scrollTop = element.scrollHeight * (1 - part / 30)),
+      step,
+    );
     await page.waitForTimeout(16);
   }
   await page.waitForTimeout(500);

@@ -4,7 +4,10 @@ import { english, many, message, portuguese, someTime } from './Support/index.js
 import { eventually, open, openChat, texts } from './Support/viewer.js';
 
 const gone = /ERR_FILE_NOT_FOUND/;
-const people = ['Ana', 'Ben', 'Cleo'].map((name) => ({ name, messages: many(30, (index) => `${name} ${index}`) }));
+const people = ['Ana', 'Ben', 'Cleo'].map((name) => ({
+  name,
+  messages: many(30, (index) => `${name} ${index}`),
+}));
 const loads = (page, name) => page.requests.filter((url) => url.endsWith(name)).length;
 const title = (page) => page.locator('#thread-title').textContent();
 
@@ -33,7 +36,8 @@ test('Opening the same chat twice quickly issues one load', async () => {
 test('Switching quickly between chats ends with the last one alone', async () => {
   const page = await open(people);
   await page.evaluate(() => {
-    for (let round = 0; round < 10; round++) for (const row of document.querySelectorAll('.chat')) row.click();
+    for (let round = 0; round < 10; round++)
+      for (const row of document.querySelectorAll('.chat')) row.click();
   });
   await page.locator('.message').first().waitFor();
   await page.waitForTimeout(100);
@@ -59,7 +63,10 @@ test('A data file that is missing says that the chat could not be loaded, and ma
   await openChat(page, 'Ben');
   await page.getByText(english.couldNotOpen).waitFor();
   await page.getByText(`${english.couldNotLoad}: Ben`).waitFor();
-  page.archive.write('messages/_viewer/data/chat-Ben.js', 'window.__CHAT_PAYLOAD = {"messages":[{"id":"1","me":false,"sender":"Ben","text":"back"}]};');
+  page.archive.write(
+    'messages/_viewer/data/chat-Ben.js',
+    'window.__CHAT_PAYLOAD = {"messages":[{"id":"1","me":false,"sender":"Ben","text":"back"}]};',
+  );
   await openChat(page, 'Ben');
   await eventually(() => texts(page, '.body'), ['back']);
   assert.equal(await page.getByText(english.couldNotOpen).isVisible(), false);
@@ -90,7 +97,10 @@ test('An address of a search runs it', async () => {
 test('An address of a chat that is not there says so', async () => {
   const page = await open(people, { hash: '#chat=../../../etc/passwd' });
   await page.getByText(english.couldNotOpen).waitFor();
-  assert.equal(page.requests.filter((url) => url.includes('passwd') && !url.includes('index.html')).length, 0);
+  assert.equal(
+    page.requests.filter((url) => url.includes('passwd') && !url.includes('index.html')).length,
+    0,
+  );
 });
 
 test('Back and Forward walk through what was opened', async () => {
@@ -124,7 +134,9 @@ test('A chat is shown again where it was left', async () => {
   await page.waitForTimeout(300);
   const top = async () => {
     const view = await page.locator('#messages').boundingBox();
-    return page.locator('.message').evaluateAll((all, y) => all.find((one) => one.getBoundingClientRect().bottom > y).dataset.id, view.y);
+    return page
+      .locator('.message')
+      .evaluateAll((all, y) => all.find((one) => one.getBoundingClientRect().bottom > y).dataset.id, view.y);
   };
   const before = await top();
   await openChat(page, 'Ben');
@@ -141,15 +153,26 @@ test('An archive in Portuguese speaks it throughout, with the 24-hour clock', as
   assert.deepEqual(await texts(page, '.message time'), ['15:00']);
   assert.deepEqual(await texts(page, '.day'), ['Sábado, 1 de junho de 2024']);
   assert.equal(await page.locator('#search').getAttribute('placeholder'), portuguese.filterChats);
-  const spoken = await page.locator('[aria-label], [title], [placeholder]').evaluateAll((all) =>
-    all.flatMap((one) => ['aria-label', 'title', 'placeholder'].map((name) => one.getAttribute(name)).filter(Boolean)),
+  const spoken = await page
+    .locator('[aria-label], [title], [placeholder]')
+    .evaluateAll((all) =>
+      all.flatMap((one) =>
+        ['aria-label', 'title', 'placeholder'].map((name) => one.getAttribute(name)).filter(Boolean),
+      ),
+    );
+  const foreign = Object.entries(english)
+    .filter(([key, value]) => portuguese[key] !== value)
+    .map(([, value]) => value);
+  assert.deepEqual(
+    spoken.filter((label) => foreign.includes(label)),
+    [],
   );
-  const foreign = Object.entries(english).filter(([key, value]) => portuguese[key] !== value).map(([, value]) => value);
-  assert.deepEqual(spoken.filter((label) => foreign.includes(label)), []);
 });
 
 test('Texts that an archive lacks stand in English', async () => {
-  const page = await open([], { archive: { strings: { language: 'pt-BR', noChats: undefined, filterChats: 'Filtrar conversas' } } });
+  const page = await open([], {
+    archive: { strings: { language: 'pt-BR', noChats: undefined, filterChats: 'Filtrar conversas' } },
+  });
   await page.getByText(english.noChats).waitFor();
   assert.equal(await page.locator('#search').getAttribute('placeholder'), 'Filtrar conversas');
 });
@@ -159,7 +182,11 @@ test('The script leaves nothing of its own in the page’s globals', async () =>
   await openChat(page, 'Ana');
   const own = await page.evaluate(() => {
     const frame = Object.getOwnPropertyNames(window);
-    return frame.filter((name) => /^(App|Thread|fold|text|CHATS|ARCHIVE|ARCHIVE_BASE|__CHAT_PAYLOAD|FALLBACK|STRINGS|BASE)$/.test(name)).sort();
+    return frame
+      .filter((name) =>
+        /^(App|Thread|fold|text|CHATS|ARCHIVE|ARCHIVE_BASE|__CHAT_PAYLOAD|FALLBACK|STRINGS|BASE)$/.test(name),
+      )
+      .sort();
   });
   assert.deepEqual(own, ['ARCHIVE', 'ARCHIVE_BASE', 'CHATS', '__CHAT_PAYLOAD']);
 });

@@ -8,7 +8,9 @@ const hour = 3600;
 const day = 24 * hour;
 
 test('Messages stand in order, the owner’s on the other side, with their times', async () => {
-  const page = await open([{ name: 'Ana', messages: [message('hello'), mine('hi there', { ts: someTime + 90 })] }]);
+  const page = await open([
+    { name: 'Ana', messages: [message('hello'), mine('hi there', { ts: someTime + 90 })] },
+  ]);
   await openChat(page, 'Ana');
   assert.deepEqual(await bodies(page), ['hello', 'hi there']);
   const times = (await texts(page, '.message time')).map((time) => time.replace(/\s/gu, ' '));
@@ -20,7 +22,13 @@ test('Messages stand in order, the owner’s on the other side, with their times
 
 test('A group tells its number of messages, and each sender once per run', async () => {
   const from = (sender, text, ts) => message(text, { sender, ts: someTime + ts });
-  const messages = [from('Ana', '1', 0), from('Ana', '2', 60), from('Ben', '3', 120), from('Ana', '4', 180), from('Ana', '5', 900)];
+  const messages = [
+    from('Ana', '1', 0),
+    from('Ana', '2', 60),
+    from('Ben', '3', 120),
+    from('Ana', '4', 180),
+    from('Ana', '5', 900),
+  ];
   const page = await open([{ name: 'Club', group: true, messages }]);
   await openChat(page, 'Club');
   assert.equal(await page.locator('#thread-sub').textContent(), 'Group · 5 messages');
@@ -36,7 +44,10 @@ test('A chat of two shows no sender names', async () => {
 test('Days are parted in the phone’s time zone, not in the browser’s', async () => {
   const late = Date.UTC(2024, 5, 2, 2, 30) / 1000; // 23:30 on 1 June in São Paulo
   const messages = [message('before midnight', { ts: late }), message('after', { ts: late + hour })];
-  const page = await open([{ name: 'Ana', messages }], { archive: { timeZone: 'America/Sao_Paulo' }, timezoneId: 'Asia/Tokyo' });
+  const page = await open([{ name: 'Ana', messages }], {
+    archive: { timeZone: 'America/Sao_Paulo' },
+    timezoneId: 'Asia/Tokyo',
+  });
   await openChat(page, 'Ana');
   assert.deepEqual(await texts(page, '.day'), ['Saturday, June 1, 2024', 'Sunday, June 2, 2024']);
 });
@@ -52,7 +63,9 @@ test('An unknown time zone leaves the browser’s own', async () => {
 
 test('Today and yesterday are words', async () => {
   const noon = Math.floor(Date.now() / 1000 / day) * day + day / 2;
-  const page = await open([{ name: 'Ana', messages: [message('x', { ts: noon - day }), message('y', { ts: noon })] }]);
+  const page = await open([
+    { name: 'Ana', messages: [message('x', { ts: noon - day }), message('y', { ts: noon })] },
+  ]);
   await openChat(page, 'Ana');
   assert.deepEqual(await texts(page, '.day'), ['Yesterday', 'Today']);
 });
@@ -78,7 +91,8 @@ test('A message with neither text nor media is something quiet', async () => {
 });
 
 test('Markup in names and texts is shown as it was written, and nothing of it runs', async () => {
-  const evil = '</script><img src=x onerror="window.ran = 1"><b>bold</b> &amp; `${window.ran = 2}` \u2028 end';
+  const evil =
+    '</script><img src=x onerror="window.ran = 1"><b>bold</b> &amp; `${window.ran = 2}` \u2028 end';
   const name = '<i onclick=x>"Mallory"</i> & {{title}}';
   const page = await open([{ id: 'm', name, messages: [message(evil, { sender: evil })], group: true }]);
   await page.locator('.chat').click();
@@ -102,9 +116,14 @@ test('Right-to-left text reads from the right, its time at its end', async () =>
   const messages = [message('مرحبا، كيف حالك اليوم؟'), message('שלום'), message('hello')];
   const page = await open([{ name: 'نور', messages }]);
   await openChat(page, 'نور');
-  const directions = await page.locator('.text').evaluateAll((all) => all.map((one) => getComputedStyle(one).direction));
+  const directions = await page
+    .locator('.text')
+    .evaluateAll((all) => all.map((one) => getComputedStyle(one).direction));
   assert.deepEqual(directions, ['rtl', 'rtl', 'ltr']);
-  for (const [index, side] of [[0, 'left'], [2, 'right']]) {
+  for (const [index, side] of [
+    [0, 'left'],
+    [2, 'right'],
+  ]) {
     const words = await page.locator('.body').nth(index).boundingBox();
     const time = await page.locator('.message time').nth(index).boundingBox();
     assert.equal(time.x < words.x ? 'left' : 'right', side);
@@ -116,7 +135,11 @@ test('Senders keep their colour from chat to chat, legible in light and dark', a
   const messages = names.map((sender, index) => message('x', { sender, ts: someTime + index }));
   const chats = [
     { name: 'One', group: true, messages },
-    { name: 'Two', group: true, messages: [...messages].reverse().map((one, index) => ({ ...one, ts: someTime + index })) },
+    {
+      name: 'Two',
+      group: true,
+      messages: [...messages].reverse().map((one, index) => ({ ...one, ts: someTime + index })),
+    },
   ];
   for (const colorScheme of ['light', 'dark']) {
     const page = await open(chats, { colorScheme, viewport: { width: 1280, height: 3000 } });
@@ -135,15 +158,21 @@ test('Senders keep their colour from chat to chat, legible in light and dark', a
     assert.equal(Object.keys(colours).length, 40);
     assert.deepEqual(await coloursIn('Two'), colours);
     assert.ok(new Set(Object.values(colours).map(([text]) => text)).size >= 8);
-    for (const [text, bubble] of Object.values(colours)) assert.ok(contrast(text, bubble) >= 4.5, `${text} on ${bubble}`);
+    for (const [text, bubble] of Object.values(colours))
+      assert.ok(contrast(text, bubble) >= 4.5, `${text} on ${bubble}`);
   }
 });
 
 // WCAG 2.2, relative luminance and contrast ratio.
 function contrast(...colours) {
   const luminances = colours.map((colour) => {
-    const parts = colour.match(/[\d.]+/g).slice(0, 3).map((part) => part / 255);
-    const [red, green, blue] = parts.map((part) => (part <= 0.04045 ? part / 12.92 : ((part + 0.055) / 1.055) ** 2.4));
+    const parts = colour
+      .match(/[\d.]+/g)
+      .slice(0, 3)
+      .map((part) => part / 255);
+    const [red, green, blue] = parts.map((part) =>
+      part <= 0.04045 ? part / 12.92 : ((part + 0.055) / 1.055) ** 2.4,
+    );
     return 0.2126 * red + 0.7152 * green + 0.0722 * blue;
   });
   const [dark, light] = luminances.sort((one, other) => one - other);

@@ -8,7 +8,9 @@ const status = (page) => page.locator('#thread-search-status').textContent();
 const target = (page) => page.locator('.message.target .body').textContent();
 
 // Every 50th message holds the word.
-const haystack = [{ name: 'Long', messages: many(400, (index) => (index % 50 === 7 ? `Café ${index}` : `straw ${index}`)) }];
+const haystack = [
+  { name: 'Long', messages: many(400, (index) => (index % 50 === 7 ? `Café ${index}` : `straw ${index}`)) },
+];
 
 async function look(page, words) {
   await page.getByRole('button', { name: english.searchInChat }).click();
@@ -20,7 +22,10 @@ for (const [kind, options, prefix] of [
   ['a large chat', { blockSize: 700 }, 5600],
 ]) {
   test(`Search in ${kind} shows the newest match first and goes round`, async () => {
-    const messages = [...many(prefix, undefined, (index) => ({ ts: someTime - (prefix - index) * 60 })), ...haystack[0].messages];
+    const messages = [
+      ...many(prefix, undefined, (index) => ({ ts: someTime - (prefix - index) * 60 })),
+      ...haystack[0].messages,
+    ];
     const page = await open([{ name: 'Long', messages }], { archive: options });
     await openChat(page, 'Long');
     await look(page, 'cafe');
@@ -75,7 +80,16 @@ test('Another chat starts without the search of the one before', async () => {
   assert.equal(await page.locator('.body mark').count(), 0);
 });
 
-const daily = [{ name: 'Diary', messages: many(900, (index) => `note ${index}`, (index) => ({ ts: someTime + Math.floor(index / 3) * day })) }];
+const daily = [
+  {
+    name: 'Diary',
+    messages: many(
+      900,
+      (index) => `note ${index}`,
+      (index) => ({ ts: someTime + Math.floor(index / 3) * day }),
+    ),
+  },
+];
 
 async function jump(page, date) {
   await page.getByRole('button', { name: english.jumpToDate }).click();
@@ -85,7 +99,9 @@ async function jump(page, date) {
 const firstInView = (page) =>
   page.locator('#messages').evaluate((view) => {
     const { top } = view.getBoundingClientRect();
-    return [...view.querySelectorAll('.message')].find((one) => one.getBoundingClientRect().top >= top).querySelector('.body').textContent;
+    return [...view.querySelectorAll('.message')]
+      .find((one) => one.getBoundingClientRect().top >= top)
+      .querySelector('.body').textContent;
   });
 
 test('A jump to a date shows that day’s first message', async () => {
@@ -96,7 +112,9 @@ test('A jump to a date shows that day’s first message', async () => {
 });
 
 test('A jump to a day without messages shows the next one that has some, and ends at the last', async () => {
-  const sparse = [{ name: 'Diary', messages: [...daily[0].messages.slice(0, 300), ...daily[0].messages.slice(600)] }];
+  const sparse = [
+    { name: 'Diary', messages: [...daily[0].messages.slice(0, 300), ...daily[0].messages.slice(600)] },
+  ];
   const page = await open(sparse);
   await openChat(page, 'Diary');
   await jump(page, '2024-10-01');

@@ -14,7 +14,9 @@ function report(what, value, limit, unit) {
   const most = unit === 's' ? (limit / 1000).toFixed(1) : String(limit);
   const kept = value <= limit;
   figures.push(kept);
-  console.log(`${kept ? 'kept  ' : 'MISSED'}  ${what.padEnd(62)} ${shown.padStart(7)} ${unit.padEnd(9)} limit ${most}`);
+  console.log(
+    `${kept ? 'kept  ' : 'MISSED'}  ${what.padEnd(62)} ${shown.padStart(7)} ${unit.padEnd(9)} limit ${most}`,
+  );
 }
 
 // Runs inside the page before its own scripts. A frame is blank when part of the view
@@ -28,14 +30,20 @@ function watchFrames() {
     const view = document.getElementById('messages');
     const area = view?.getBoundingClientRect();
     if (!area?.height || !watch.on) return false;
-    const items = [...view.getElementsByClassName('item')].map((item) => [item.getBoundingClientRect(), item]);
+    const items = [...view.getElementsByClassName('item')].map((item) => [
+      item.getBoundingClientRect(),
+      item,
+    ]);
     const inView = items.filter(([box]) => box.bottom > area.top && box.top < area.bottom);
     if (inView.length === 0 || inView.some(([, item]) => item.classList.contains('pending'))) return true;
     const top = Math.min(...inView.map(([box]) => box.top));
     const bottom = Math.max(...inView.map(([box]) => box.bottom));
     return top > area.top + 1 || bottom < area.bottom - 1;
   };
-  new MutationObserver(() => (watch.peak = Math.max(watch.peak, messages.length))).observe(document, { childList: true, subtree: true });
+  new MutationObserver(() => (watch.peak = Math.max(watch.peak, messages.length))).observe(document, {
+    childList: true,
+    subtree: true,
+  });
   // Looks when all other callbacks of the frame have run and it is painted.
   const channel = new MessageChannel();
   const frame = (now) => {
@@ -56,7 +64,9 @@ function watchFrames() {
   requestAnimationFrame(frame);
   // The page's clock at the first frame for which `condition` holds.
   window.__frameWhen = (condition) =>
-    new Promise((resolve) => watch.waits.push(() => (condition() ? (resolve(performance.now()), true) : false)));
+    new Promise((resolve) =>
+      watch.waits.push(() => (condition() ? (resolve(performance.now()), true) : false)),
+    );
 }
 
 const browser = await launch({ ignoreDefaultArgs: ['--hide-scrollbars'] });
@@ -67,7 +77,8 @@ const newPage = async () => {
   return page;
 };
 
-const largest = (page) => page.evaluate(() => window.CHATS.reduce((one, other) => (other.count > one.count ? other : one)));
+const largest = (page) =>
+  page.evaluate(() => window.CHATS.reduce((one, other) => (other.count > one.count ? other : one)));
 
 // Installed before the act, read after it.
 const newestInView = `(() => {
@@ -100,7 +111,12 @@ async function measureOpening() {
   const chat = await largest(page);
   console.log(`        the longest chat has ${chat.count} messages`);
   await page.locator('#search').fill(chat.name);
-  report('a click opens the longest chat at its newest message', await timeUntil(page, newestInView, () => page.locator('.chat').first().click()), 2500, 's');
+  report(
+    'a click opens the longest chat at its newest message',
+    await timeUntil(page, newestInView, () => page.locator('.chat').first().click()),
+    2500,
+    's',
+  );
   await page.close();
 
   const linked = await newPage();
@@ -114,7 +130,9 @@ async function measureOpening() {
 const watching = (page, on) => page.evaluate((value) => Object.assign(window.__watch, { on: value }), on);
 
 async function scrollBy(page, what, act) {
-  await page.evaluate(() => Object.assign(window.__watch, { blank: 0, run: 0, longest: 0, frames: 0, worst: 0, on: true }));
+  await page.evaluate(() =>
+    Object.assign(window.__watch, { blank: 0, run: 0, longest: 0, frames: 0, worst: 0, on: true }),
+  );
   await act();
   const { frames, longest, blank, worst } = await watching(page, false);
   report(`blank frames in a row while scrolling ${what}`, longest, 1, 'frames');
@@ -142,13 +160,17 @@ async function measureScrolling(page) {
   await scrollBy(page, 'by dragging the bar from end to start', async () => {
     await page.mouse.move(bar, bottom);
     await page.mouse.down();
-    for (let step = 0; step <= 120; step++) await page.mouse.move(bar, bottom - ((bottom - view.y) * step) / 120);
+    for (let step = 0; step <= 120; step++)
+      await page.mouse.move(bar, bottom - ((bottom - view.y) * step) / 120);
     await page.waitForTimeout(200);
   });
-  const oldest = await page.evaluate(() => document.querySelector('#messages .message').getAttribute('aria-posinset'));
+  const oldest = await page.evaluate(() =>
+    document.querySelector('#messages .message').getAttribute('aria-posinset'),
+  );
   report('the drag reached the oldest message: first one in the page', Number(oldest), 1, 'number');
   await scrollBy(page, 'by dragging the bar back in jerks', async () => {
-    for (let step = 0; step <= 40; step++) await page.mouse.move(bar, top + (bottom - top) * ((step * 17) % 41) / 40);
+    for (let step = 0; step <= 40; step++)
+      await page.mouse.move(bar, top + ((bottom - top) * ((step * 17) % 41)) / 40);
     await page.mouse.move(bar, bottom + 20);
     await page.mouse.up();
     await page.waitForTimeout(200);
@@ -160,9 +182,13 @@ async function measureSearch(page, words, what) {
   await page.locator('#mode-messages').click();
   const first = timeUntil(page, "document.querySelector('.hit')", () => page.locator('#search').fill(words));
   const before = performance.now();
-  await page.waitForFunction(() => document.getElementById('search-results').getAttribute('aria-busy') === 'true');
+  await page.waitForFunction(
+    () => document.getElementById('search-results').getAttribute('aria-busy') === 'true',
+  );
   const firstAfter = await first;
-  await page.waitForFunction(() => document.getElementById('search-results').getAttribute('aria-busy') === 'false');
+  await page.waitForFunction(
+    () => document.getElementById('search-results').getAttribute('aria-busy') === 'false',
+  );
   const ended = performance.now() - before;
   const found = await page.locator('#search-status').textContent();
   console.log(`        search for ${JSON.stringify(words)}: ${found}`);

@@ -67,7 +67,11 @@ for (const [name, scene] of Object.entries(scenes)) {
   if (wanted && !wanted.includes(name)) continue;
   for (const colorScheme of ['light', 'dark']) {
     const archive = scene.archive?.();
-    const context = await browser.newContext({ viewport: scene.viewport ?? desktop, colorScheme, deviceScaleFactor: 1 });
+    const context = await browser.newContext({
+      viewport: scene.viewport ?? desktop,
+      colorScheme,
+      deviceScaleFactor: 1,
+    });
     const page = await context.newPage();
     page.setDefaultTimeout(5000);
     await page.goto(archive?.url ?? pageOf(scene.export ?? english));

@@ -54,6 +54,13 @@ void appendText(std::string& out, std::string_view text) {
   out += '"';
 }
 
+// With a point or an exponent, so that it is read as a real number again.
+void appendReal(std::string& out, double number) {
+  const std::string digits = fmt::format("{}", number);
+  out += digits;
+  if (digits.find_first_of(".e") == std::string::npos) out += ".0";
+}
+
 void appendArray(std::string& out, const Json::Array& items) {
   out += '[';
   for (const Json& item : items) {
@@ -158,7 +165,7 @@ void ChatArchiveJSON::append(std::string& text, const Json& value) {
   } else if (const auto* items = value.as<Json::Array>()) {
     appendArray(text, *items);
   } else if (const auto* real = value.as<double>(); real != nullptr && std::isfinite(*real)) {
-    text += fmt::format("{}", *real);
+    appendReal(text, *real);
   } else {
     text += "null";
   }

@@ -135,9 +135,11 @@ ProfilePictures::Outcome ProfilePictures::attachAndCopy(std::vector<ArchiveChat>
       const ManifestFile& file = best->candidate.file;
       const std::string name = chat.id + "." + std::string(rawValue(best->format));
       const Bytes content = beginning(file, source.backup, source.backup.provenSize(file).value_or(0));
-      fs::create_directories(folder);
-      isCopied = Files::writeWhenDifferent(folder / PathText::path(name), textOf(content));
-      chat.avatarRelativePath = std::string(FolderNames::avatars) + "/" + name;
+      if (!content.empty()) {  // else it has become unreadable since
+        fs::create_directories(folder);
+        isCopied = Files::writeWhenDifferent(folder / PathText::path(name), textOf(content));
+        chat.avatarRelativePath = std::string(FolderNames::avatars) + "/" + name;
+      }
     }
     isCopied ? ++outcome.copied : ++outcome.skipped;
   }

@@ -122,7 +122,7 @@ Bytes OpenedBackup::firstBytes(const ManifestFile& file, std::size_t count) cons
   FileDescriptor input = FileDescriptor::openForReading(*stored);
   Bytes bytes((count + BackupCrypto::blockSize - 1) / BackupCrypto::blockSize * BackupCrypto::blockSize);
   bytes.resize(input.read(bytes));
-  if (isEncrypted(file)) {
+  if (isEncrypted(file) && !bytes.empty()) {
     const SecretBytes key = unlocker_->keyBag.unwrapPersistentKey(*file.encryptionKey);
     const ByteView blocks = ByteView(bytes).first(bytes.size() / BackupCrypto::blockSize * BackupCrypto::blockSize);
     bytes = BackupCrypto::cbcDecryptRaw(key, BackupCrypto::zeroIV, blocks);

@@ -97,7 +97,7 @@ int tw_aes256_cbc_crypt(const std::uint8_t* key, std::size_t keyLength, const st
 }
 
 int tw_sha256(const std::uint8_t* bytes, std::size_t length, std::uint8_t* out) {
-  if (bytes == nullptr || length == 0 || out == nullptr) return failure;
+  if ((bytes == nullptr && length > 0) || out == nullptr) return failure;
   return EVP_Digest(bytes, length, out, nullptr, EVP_sha256(), nullptr) == 1 ? success : failure;
 }
 

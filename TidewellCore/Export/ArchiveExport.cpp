@@ -37,6 +37,7 @@ ArchiveExport::Outcome ArchiveExport::write(const Source& source, const Setting&
   const ChatLines lines(source.snapshot);
   const MediaLinks links(source.plan);
   std::vector<ArchiveChat> chats = lines.chats(source.plan.folders);
+  progress.begin(ExportProgress::Phase::writingTranscripts, static_cast<std::int64_t>(chats.size()));
   ProfilePictures::attachAndCopy(
       chats, {.files = source.manifest.profilePictures, .snapshot = source.snapshot, .backup = source.opened},
       setting.archive.contentRoot, isCancelled);
@@ -44,7 +45,6 @@ ArchiveExport::Outcome ArchiveExport::write(const Source& source, const Setting&
   ChatArchiveWriter writer(setting.archive);
   Outcome outcome;
   std::int64_t completed = 0;
-  progress.begin(ExportProgress::Phase::writingTranscripts, static_cast<std::int64_t>(chats.size()));
   for (ArchiveChat& chat : chats) {
     throwIfCancelled(isCancelled);
     progress.report(chat.folder, completed);

@@ -50,6 +50,7 @@ ChatLines::ChatLines(const ChatStorageSnapshot& snapshot) : snapshot_(snapshot) 
   for (const auto& [key, messages] : snapshot.messagesByChat) {
     if (!snapshot.chats.contains(key)) recordsByJID_[unknown].push_back(key);
   }
+  if (const auto keys = recordsByJID_.find(unknown); keys != recordsByJID_.end()) std::ranges::sort(keys->second);
 }
 
 std::vector<ArchiveChat> ChatLines::chats(const FolderAssignment& folders) const {

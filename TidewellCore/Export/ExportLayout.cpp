@@ -116,6 +116,8 @@ void removeAllPartials(const fs::path& destination, const fs::path& content) {
   removePartials(destination);
   removePartials(content);
   removePartials(content / FolderNames::viewer);
+  removePartials(content / FolderNames::viewer / FolderNames::viewerData);
+  removePartials(content / FolderNames::avatars);
   for (const std::string& folder : FolderAllocator::existingChatFolders(content)) removePartials(content / folder);
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "TidewellCore/FileNaming.h"
+#include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/Platform/SaturatingAdd.h"
 
 namespace {
@@ -23,6 +24,41 @@ std::vector<ExportPlanner::PlannedCopy> carriedOutBefore(std::vector<ExportPlann
   std::vector<ExportPlanner::PlannedCopy> copies = ExportPlanner::plan(requests, folders, {}, untouched);
   std::erase_if(copies, [](const ExportPlanner::PlannedCopy& copy) { return !copy.alreadyPresent; });
   return copies;
+}
+
+std::string placeOf(std::string_view folder, std::string_view name) {
+  return FileNaming::normalizedKey(folder) + "/" + FileNaming::normalizedKey(name);
+}
+
+// The names in the export that the plan needs for something.
+std::set<std::string> placesOf(const ExportPlan& plan) {
+  std::set<std::string> places;
+  for (const auto* copies : {&plan.copies, &plan.earlier}) {
+    for (const ExportPlanner::PlannedCopy& copy : *copies) {
+      places.insert(placeOf(PathText::text(copy.dest.parent_path().filename()), copy.exportedName));
+    }
+  }
+  return places;
+}
+
+// A lost file's size is not known, so its copy is the one of the very name that
+// an export gives it, unless that is another's.
+void addCopiesOfLostFiles(ExportPlan& plan, const std::vector<ExportPlanner::Request>& lost) {
+  std::set<std::string> taken = placesOf(plan);
+  for (const ExportPlanner::Request& request : lost) {
+    const auto folder = plan.folders.find(request.chatJID);
+    if (folder == plan.folders.end()) continue;
+    const auto* file = plan.index.file(folder->second, request.desiredName);
+    if (file == nullptr || !taken.insert(placeOf(folder->second, file->name)).second) continue;
+    plan.earlier.push_back({.dest = *plan.index.url(folder->second, file->name),
+                            .date = request.date,
+                            .relativePath = request.relativePath,
+                            .exportedName = file->name,
+                            .chatJID = request.chatJID,
+                            .kind = request.kind,
+                            .sourceSize = file->size,
+                            .alreadyPresent = true});
+  }
 }
 
 ExportPlanner::PathJIDs pathJIDsByChat(const std::vector<ExportPlanner::Request>& requests) {
@@ -75,6 +111,7 @@ ExportPlan ExportPlan::make(const Wish& wish, const ChatStorageSnapshot& snapsho
   plan.removable = withoutOthersFolders(plan.leftovers, plan.remembered, snapshot);
   plan.earlier = carriedOutBefore(wish.leftOut, plan.remembered, plan.index);
   plan.copies = ExportPlanner::plan(wish.requests, plan.folders, plan.leftovers, plan.index);
+  addCopiesOfLostFiles(plan, wish.lost);
   return plan;
 }
 

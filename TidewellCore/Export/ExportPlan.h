@@ -18,13 +18,14 @@ struct ExportPlan {
   ExportPlanner::LeftoverFolders leftovers;
   ExportPlanner::LeftoverFolders removable;         // of the leftovers, those that are no other chat's
   std::vector<ExportPlanner::PlannedCopy> copies;   // in the order of the requests
-  std::vector<ExportPlanner::PlannedCopy> earlier;  // what the export leaves out and an earlier one copied
+  std::vector<ExportPlanner::PlannedCopy> earlier;  // what an earlier export copied and this one cannot or is not to
   DestinationIndex index;
 
   // What is to be exported, and where to.
   struct Wish {
     std::vector<ExportPlanner::Request> requests;
     std::vector<ExportPlanner::Request> leftOut;  // of the kinds that are not wanted
+    std::vector<ExportPlanner::Request> lost;     // which the backup no longer holds
     std::vector<std::string> jidsOfTranscripts;   // chats that get a folder even without media
     std::filesystem::path destination;
     std::filesystem::path contentRoot;

@@ -1,5 +1,8 @@
 #include "TidewellCore/Export/ExportRequests.h"
 
+#include <algorithm>
+#include <unordered_set>
+
 #include "TidewellCore/FileNaming.h"
 #include "TidewellCore/Platform/PathText.h"
 
@@ -28,4 +31,28 @@ std::vector<ExportPlanner::Request> ExportRequests::build(const ManifestStore& m
                         .encryptionKey = opened.unlocker() ? file.encryptionKey : std::nullopt});
   }
   return requests;
+}
+
+std::vector<ExportPlanner::Request> ExportRequests::lost(
+    const ChatStorageSnapshot& snapshot, const std::vector<const std::vector<ExportPlanner::Request>*>& found,
+    const DateFormatter& stamps) {
+  std::unordered_set<std::string_view> whole;
+  for (const auto* requests : found) {
+    for (const ExportPlanner::Request& request : *requests) {
+      if (request.sourceSize >= 0) whole.insert(request.relativePath);
+    }
+  }
+  std::vector<ExportPlanner::Request> lost;
+  for (const auto& [path, position] : snapshot.mediaByRelativePath) {
+    if (whole.contains(path)) continue;
+    const std::optional<Date> date = snapshot.mediaMessage(path)->date;
+    lost.push_back({.relativePath = path,
+                    .desiredName = FileNaming::exportFileName(date, path, stamps),
+                    .chatJID = snapshot.ownerJID(path, FileNaming::chatJID(path)),
+                    .kind = MediaKind::classify(PathText::extension(path)),
+                    .sourceSize = unknownSize,
+                    .date = date});
+  }
+  std::ranges::sort(lost, {}, &ExportPlanner::Request::relativePath);
+  return lost;
 }

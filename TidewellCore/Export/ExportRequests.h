@@ -21,4 +21,10 @@ struct Wish {
 std::vector<ExportPlanner::Request> build(const ManifestStore& manifest, const ChatStorageSnapshot& snapshot,
                                           const OpenedBackup& opened, const Wish& wish);
 
+// A request, which nothing can carry out, for every medium that a message names
+// and whose file is in none of `found` whole; in the order of their paths.
+std::vector<ExportPlanner::Request> lost(const ChatStorageSnapshot& snapshot,
+                                         const std::vector<const std::vector<ExportPlanner::Request>*>& found,
+                                         const DateFormatter& stamps);
+
 }  // namespace ExportRequests

@@ -84,6 +84,7 @@ ExportPlan makePlan(const ExportJob& job, const Reading& reading, const fs::path
       ExportRequests::build(manifest, snapshot, opened, {.kinds = job.options.includedKinds, .stamps = stamps});
   if (job.options.exportTranscripts) {
     wish.leftOut = ExportRequests::build(manifest, snapshot, opened, {.kinds = others, .stamps = stamps});
+    wish.lost = ExportRequests::lost(snapshot, {&wish.requests, &wish.leftOut}, stamps);
     wish.jidsOfTranscripts = ChatLines(snapshot).chatsWithMessages();
   }
   return ExportPlan::make(wish, snapshot);

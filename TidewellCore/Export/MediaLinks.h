@@ -18,6 +18,6 @@ class MediaLinks {
   std::optional<std::string> relativePath(std::string_view mediaPath) const;
 
  private:
-  std::unordered_map<std::string_view, const ExportPlanner::PlannedCopy*> copies_;  // by their path in the backup
-  const DestinationIndex& index_;
+  // Those that stand in the export, by their path in the backup.
+  std::unordered_map<std::string_view, const ExportPlanner::PlannedCopy*> copies_;
 };

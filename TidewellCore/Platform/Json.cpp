@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr int depthLimit = 64;
+constexpr std::size_t depthLimit = 64;
 
 // An integer where it fits, else the nearest real number.
 Json unsignedNumber(std::uint64_t number) {
@@ -13,32 +13,65 @@ Json unsignedNumber(std::uint64_t number) {
   return static_cast<std::int64_t>(number);
 }
 
-Json fromLibrary(const nlohmann::json& source) {
-  switch (source.type()) {
-    case nlohmann::json::value_t::boolean:
-      return source.get<bool>();
-    case nlohmann::json::value_t::number_integer:
-      return source.get<std::int64_t>();
-    case nlohmann::json::value_t::number_unsigned:
-      return unsignedNumber(source.get<std::uint64_t>());
-    case nlohmann::json::value_t::number_float:
-      return source.get<double>();
-    case nlohmann::json::value_t::string:
-      return source.get<std::string>();
-    case nlohmann::json::value_t::array: {
-      Json::Array items;
-      for (const auto& item : source) items.push_back(fromLibrary(item));
-      return items;
-    }
-    case nlohmann::json::value_t::object: {
-      Json::Object entries;
-      for (const auto& [key, value] : source.items()) entries.emplace(key, fromLibrary(value));
-      return entries;
-    }
-    default:
-      return {};
+// Builds a document from the library's events. The library's own way to watch
+// the depth takes time that grows with the square of a list's length.
+class Builder : public nlohmann::json_sax<nlohmann::json> {
+ public:
+  Json take() { return std::move(root_); }
+
+  bool null() override { return add({}); }
+  bool boolean(bool value) override { return add(value); }
+  bool number_integer(std::int64_t value) override { return add(value); }
+  bool number_unsigned(std::uint64_t value) override { return add(unsignedNumber(value)); }
+  bool number_float(double value, const std::string&) override { return add(value); }
+  bool string(std::string& value) override { return add(std::move(value)); }
+  bool binary(nlohmann::json::binary_t&) override { return false; }
+
+  bool start_object(std::size_t) override { return open(Json::Object()); }
+  bool key(std::string& name) override {
+    open_.back().key = std::move(name);
+    return true;
   }
-}
+  bool end_object() override { return close(); }
+  bool start_array(std::size_t) override { return open(Json::Array()); }
+  bool end_array() override { return close(); }
+  bool parse_error(std::size_t, const std::string&, const nlohmann::json::exception&) override { return false; }
+
+ private:
+  // An array or an object that has begun, and the key of the entry to come.
+  struct Container {
+    std::variant<Json::Array, Json::Object> value;
+    std::string key;
+  };
+
+  bool add(Json value) {
+    if (open_.size() > depthLimit) return false;
+    if (open_.empty()) {
+      root_ = std::move(value);
+    } else if (auto* items = std::get_if<Json::Array>(&open_.back().value)) {
+      items->push_back(std::move(value));
+    } else {
+      std::get<Json::Object>(open_.back().value).insert_or_assign(std::move(open_.back().key), std::move(value));
+    }
+    return true;
+  }
+
+  template <typename Value>
+  bool open(Value value) {
+    if (open_.size() > depthLimit) return false;
+    open_.push_back({.value = std::move(value), .key = {}});
+    return true;
+  }
+
+  bool close() {
+    Container closed = std::move(open_.back());
+    open_.pop_back();
+    return std::visit([this](auto& value) { return add(std::move(value)); }, closed.value);
+  }
+
+  Json root_;
+  std::vector<Container> open_;
+};
 
 nlohmann::json toLibrary(const Json& value) {
   if (const auto* items = value.as<Json::Array>()) {
@@ -61,14 +94,9 @@ nlohmann::json toLibrary(const Json& value) {
 }  // namespace
 
 std::optional<Json> Json::parse(std::string_view text) {
-  bool isTooDeep = false;
-  const auto withinDepth = [&](int depth, nlohmann::json::parse_event_t, nlohmann::json&) {
-    isTooDeep = isTooDeep || depth > depthLimit;
-    return !isTooDeep;
-  };
-  const nlohmann::json document = nlohmann::json::parse(text, withinDepth, /*allow_exceptions=*/false);
-  if (isTooDeep || document.is_discarded()) return std::nullopt;
-  return fromLibrary(document);
+  Builder builder;
+  if (!nlohmann::json::sax_parse(text, &builder)) return std::nullopt;
+  return builder.take();
 }
 
 std::string Json::write(bool indented) const {

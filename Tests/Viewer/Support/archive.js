@@ -13,7 +13,9 @@ const sorted = (value) => {
   if (Array.isArray(value)) return value.map(sorted);
   if (value === null || typeof value !== 'object') return value;
   const known = Object.entries(value).filter(([, member]) => member !== undefined);
-  return Object.fromEntries(known.sort(([one], [other]) => (one < other ? -1 : 1)).map(([key, member]) => [key, sorted(member)]));
+  return Object.fromEntries(
+    known.sort(([one], [other]) => (one < other ? -1 : 1)).map(([key, member]) => [key, sorted(member)]),
+  );
 };
 
 const stringify = (value) =>
@@ -27,7 +29,14 @@ const assignment = (name, value) => `window.${name} = ${stringify(value)};\n`;
 let nextId = 1000;
 
 // A message: text, and whatever else differs from one that Ana sent.
-export const message = (text, more = {}) => ({ id: String(nextId++), me: false, sender: 'Ana', text, ts: someTime, ...more });
+export const message = (text, more = {}) => ({
+  id: String(nextId++),
+  me: false,
+  sender: 'Ana',
+  text,
+  ts: someTime,
+  ...more,
+});
 
 export const mine = (text, more = {}) => message(text, { me: true, sender: 'You', ...more });
 
@@ -41,7 +50,9 @@ export const media = (kind, mediaPath, more = {}) => ({
 
 // `count` messages a minute apart, the texts made by text(index).
 export const many = (count, text = (index) => `message ${index}`, more = () => ({})) =>
-  Array.from({ length: count }, (_, index) => message(text(index), { ts: someTime + index * 60, ...more(index) }));
+  Array.from({ length: count }, (_, index) =>
+    message(text(index), { ts: someTime + index * 60, ...more(index) }),
+  );
 
 const summary = ({ messages, ...chat }) => ({
   folder: chat.name,
@@ -72,7 +83,10 @@ function blocksOf(chats, size) {
 
 // Options: `strings`, `timeZone`, `title`; `blockSize` (lines; 0 for no blocks at all);
 // `files` {path relative to the messages folder: bytes}.
-export function makeArchive(chats, { strings = {}, timeZone = 'UTC', title, blockSize = 1000, files = {} } = {}) {
+export function makeArchive(
+  chats,
+  { strings = {}, timeZone = 'UTC', title, blockSize = 1000, files = {} } = {},
+) {
   const folder = path.join(mkdtempSync(path.join(tmpdir(), 'tidewell-viewer-')), 'My chats #1 (100% kept)');
   const content = path.join(folder, 'messages');
   const write = (name, bytes) => {
@@ -94,7 +108,8 @@ export function makeArchive(chats, { strings = {}, timeZone = 'UTC', title, bloc
   write('messages/_viewer/app.css', styleSheet());
   write('messages/_viewer/app.js', script());
   data('chats.js', assignment('ARCHIVE', archive), assignment('CHATS', listed.map(summary)));
-  for (const chat of listed) data(`chat-${chat.id}.js`, assignment('__CHAT_PAYLOAD', { messages: chat.messages }));
+  for (const chat of listed)
+    data(`chat-${chat.id}.js`, assignment('__CHAT_PAYLOAD', { messages: chat.messages }));
   for (const [name, bytes] of Object.entries(files)) write(`messages/${name}`, bytes);
 
   return {

@@ -14,7 +14,11 @@ const flags = [
 
 // `flags` and `options` add to what the tests start it with.
 export const launch = ({ flags: more = [], ...options } = {}) =>
-  chromium.launch({ executablePath: process.env.CHROMIUM ?? '/usr/bin/chromium', args: [...flags, ...more], ...options });
+  chromium.launch({
+    executablePath: process.env.CHROMIUM ?? '/usr/bin/chromium',
+    args: [...flags, ...more],
+    ...options,
+  });
 
 export const wide = { width: 1280, height: 800 };
 export const narrow = { width: 390, height: 780 };

@@ -1,5 +1,5 @@
 // The viewer's page as the build makes it: the scripts joined in their order inside one
-// function, the template's values put in.
+// function, the style sheets likewise, the template's values put in.
 import { createHash } from 'node:crypto';
 import { readFileSync } from 'node:fs';
 import path from 'node:path';
@@ -9,11 +9,12 @@ const viewer = fileURLToPath(new URL('../../../TidewellCore/Archive/Viewer', imp
 
 export const readSource = (name) => readFileSync(path.join(viewer, name), 'utf8');
 
-const scriptNames = () => [...readSource('Sources.cmake').matchAll(/^\s+([\w-]+\.js)$/gm)].map(([, name]) => name);
+const parts = (ending) =>
+  [...readSource('Sources.cmake').matchAll(/^\s+([\w-]+\.\w+)$/gm)].map(([, name]) => name).filter((name) => name.endsWith(ending));
 
-export const styleSheet = () => readSource('app.css');
+export const styleSheet = () => parts('.css').map(readSource).join('\n');
 
-export const script = () => `(() => {\n"use strict";\n${scriptNames().map(readSource).join('\n')}\n})();\n`;
+export const script = () => `(() => {\n"use strict";\n${parts('.js').map(readSource).join('\n')}\n})();\n`;
 
 const escapeHTML = (value) =>
   value.replaceAll('&', '&amp;').replaceAll('<', '&lt;').replaceAll('>', '&gt;').replaceAll('"', '&quot;');

@@ -35,7 +35,10 @@ export async function open(chats, { hash = '', archive: options, expect, ...cont
   const complain = (problem) => {
     if (!expect?.test(problem)) problems.push(problem);
   };
-  page.on('console', (entry) => ['error', 'warning'].includes(entry.type()) && complain(`console: ${entry.text()}`));
+  page.on(
+    'console',
+    (entry) => ['error', 'warning'].includes(entry.type()) && complain(`console: ${entry.text()}`),
+  );
   page.on('pageerror', (error) => complain(`error: ${error.stack}`));
   page.on('requestfailed', (request) => complain(`failed: ${request.url()} ${request.failure()?.errorText}`));
   opened.push({ context: made, archive, problems });
@@ -64,6 +67,9 @@ export async function eventually(read, expected, label = '') {
 export const texts = (page, selector) => page.locator(selector).allTextContents();
 
 export const openChat = async (page, name) => {
-  await page.locator('.chat', { has: page.locator('.chat-name', { hasText: name }) }).first().click();
+  await page
+    .locator('.chat', { has: page.locator('.chat-name', { hasText: name }) })
+    .first()
+    .click();
   await page.locator('#messages[aria-busy="false"]').waitFor();
 };

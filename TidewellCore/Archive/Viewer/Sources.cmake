@@ -21,3 +21,13 @@ set(VIEWER_SCRIPTS
   route.js
   app.js
 )
+
+# The viewer's style sheet, likewise; later files override earlier ones.
+set(VIEWER_STYLES
+  base.css
+  lists.css
+  thread.css
+  media.css
+  lightbox.css
+  conditions.css
+)

@@ -15,7 +15,9 @@ class App {
     this.thread = new Thread({ showPicture: (...picture) => this.lightbox.open(...picture) });
     this.tools = new ThreadTools(this.thread);
     this.chats = new ChatList({ open: (chat) => this.go({ chat: chat.id, message: null }, { again: true }) });
-    this.found = new SearchView({ open: (chat, message) => this.go({ chat: chat.id, message }, { again: true }) });
+    this.found = new SearchView({
+      open: (chat, message) => this.go({ chat: chat.id, message }, { again: true }),
+    });
     this.wire();
     this.follow(readRoute());
   }
@@ -56,7 +58,8 @@ class App {
     const moved = !before || before.chat !== route.chat || before.message !== route.message;
     if (moved || again) this.showChat(route);
     if (before && before.chat && !route.chat) this.focusList();
-    else if ((moved || again) && chosen && isNarrow() && route.chat) byId("messages").focus({ preventScroll: true });
+    else if ((moved || again) && chosen && isNarrow() && route.chat)
+      byId("messages").focus({ preventScroll: true });
   }
 
   showMode({ mode, query }, arrived) {
@@ -135,7 +138,8 @@ class App {
     if (event.defaultPrevented || event.isComposing) return;
     const command = event.ctrlKey || event.metaKey;
     if (event.key === "Escape") this.escape(event);
-    else if (command && !event.shiftKey && !event.altKey && event.key.toLowerCase() === "f") this.findHere(event);
+    else if (command && !event.shiftKey && !event.altKey && event.key.toLowerCase() === "f")
+      this.findHere(event);
   }
 
   escape(event) {

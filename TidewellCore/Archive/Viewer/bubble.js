@@ -4,13 +4,15 @@ const GROUPED_SECONDS = 300;
 
 function sameRun(one, other) {
   return Boolean(
-    one && other &&
-      one.me === other.me &&
-      one.sender === other.sender &&
-      hasContent(one) && hasContent(other) &&
-      hasTime(one.ts) === hasTime(other.ts) &&
-      (!hasTime(one.ts) || other.ts - one.ts < GROUPED_SECONDS) &&
-      !startsDay(other, one),
+    one &&
+    other &&
+    one.me === other.me &&
+    one.sender === other.sender &&
+    hasContent(one) &&
+    hasContent(other) &&
+    hasTime(one.ts) === hasTime(other.ts) &&
+    (!hasTime(one.ts) || other.ts - one.ts < GROUPED_SECONDS) &&
+    !startsDay(other, one),
   );
 }
 
@@ -51,7 +53,9 @@ function article(selector, thread, index, message) {
   const made = element(selector, {
     "aria-posinset": index + 1,
     "aria-setsize": thread.messages.count,
-    "aria-label": [message.sender, hasTime(message.ts) ? formatMoment(message.ts) : ""].filter(Boolean).join(", "),
+    "aria-label": [message.sender, hasTime(message.ts) ? formatMoment(message.ts) : ""]
+      .filter(Boolean)
+      .join(", "),
   });
   made.dataset.id = message.id;
   made.index = index;
@@ -88,7 +92,11 @@ function bubble(thread, index, message, { opens, closes }) {
 
 // The time follows the last line when there is room, on the side where the text ends.
 function words(message, query) {
-  const made = element("div.text", { dir: "auto" }, element("span.body", {}, ...richText(message.text, query)));
+  const made = element(
+    "div.text",
+    { dir: "auto" },
+    element("span.body", {}, ...richText(message.text, query)),
+  );
   if (isJumbo(message)) made.classList.add("jumbo");
   made.append(...timeOf(message));
   return made;
@@ -101,11 +109,12 @@ function timeOf(message) {
   return [time];
 }
 
-const EMOJI_ONLY = /^(?:\p{Extended_Pictographic}|\p{Emoji_Modifier}|\p{Regional_Indicator}|[\u200d\ufe0f\u20e3\s])+$/u;
-const LETTERS = new Intl.Segmenter(undefined, { granularity: "grapheme" });
+const EMOJI_ONLY =
+  /^(?:\p{Extended_Pictographic}|\p{Emoji_Modifier}|\p{Regional_Indicator}|[\u200d\ufe0f\u20e3\s])+$/u;
+const LETTERS = Intl.Segmenter && new Intl.Segmenter(undefined, { granularity: "grapheme" });
 
 // One to three emoji alone are shown large.
 function isJumbo({ text: words, media }) {
-  if (media || words.length > 40 || !EMOJI_ONLY.test(words)) return false;
+  if (!LETTERS || media || words.length > 40 || !EMOJI_ONLY.test(words)) return false;
   return [...LETTERS.segment(words.trim())].length <= 3;
 }

@@ -129,5 +129,7 @@ function addressOf(path) {
 
 // A lone surrogate cannot be encoded; it becomes U+FFFD as everywhere else.
 function encodePart(part) {
-  return encodeURIComponent(part.replace(/[\ud800-\udbff](?![\udc00-\udfff])|(?<![\ud800-\udbff])[\udc00-\udfff]/g, "\ufffd"));
+  return encodeURIComponent(
+    part.replace(/[\ud800-\udbff](?![\udc00-\udfff])|(?<![\ud800-\udbff])[\udc00-\udfff]/g, "\ufffd"),
+  );
 }

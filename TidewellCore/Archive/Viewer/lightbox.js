@@ -84,10 +84,21 @@ class Lightbox {
   }
 
   showNeighbours() {
+    this.ahead = [this.before, this.after].map((index) => this.preload(index));
     const focused = document.activeElement;
     this.previous.disabled = this.before < 0;
     this.next.disabled = this.after < 0;
     if (focused && focused.disabled) byId("lightbox-close").focus();
+  }
+
+  // The neighbours are there before they are asked for.
+  preload(index) {
+    const { media } = (index >= 0 && this.messages.at(index)) || {};
+    if (!media || missingPaths.has(media.path)) return null;
+    const picture = new Image();
+    picture.addEventListener("error", () => missingPaths.add(media.path));
+    picture.src = addressOf(media.path);
+    return picture;
   }
 
   step(by) {

@@ -52,7 +52,8 @@ class Listbox {
 
   // The choice changed; the options themselves are the same.
   remark() {
-    for (const [index, option] of this.scroller.items) option.setAttribute("aria-selected", this.chosen(index));
+    for (const [index, option] of this.scroller.items)
+      option.setAttribute("aria-selected", this.chosen(index));
   }
 
   activate(index) {

@@ -5,7 +5,12 @@ const KINDS = {
   photos: { label: "photo", gone: "photoNotExported", missing: "missingImage", icon: "photo" },
   stickers: { label: "sticker", gone: "stickerNotExported", missing: "missingSticker", icon: "sticker" },
   videos: { label: "video", gone: "videoNotExported", missing: "missingVideo", icon: "video" },
-  voiceNotes: { label: "voiceNote", gone: "voiceNoteNotExported", missing: "missingVoiceNote", icon: "voice" },
+  voiceNotes: {
+    label: "voiceNote",
+    gone: "voiceNoteNotExported",
+    missing: "missingVoiceNote",
+    icon: "voice",
+  },
   documents: { label: "document", gone: "documentNotExported", missing: "missingFile", icon: "document" },
 };
 
@@ -52,7 +57,12 @@ function pictureIn(made, media, later, kind) {
 
 // Only the players in view ask for their first frame, see `playersRest`.
 function videoIn(made, media, later, kind) {
-  const video = element("video", { controls: true, preload: "none", playsInline: true, "aria-label": text("video") });
+  const video = element("video", {
+    controls: true,
+    preload: "none",
+    playsInline: true,
+    "aria-label": text("video"),
+  });
   whenMissing(video, made, media, kind);
   video.src = addressOf(media.path);
   made.append(video);

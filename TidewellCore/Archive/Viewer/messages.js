@@ -1,6 +1,7 @@
 // A chat's messages, in time order, wherever they come from. Both kinds answer
-//   count, at(index) -> message or null while its data is under way,
-//   indexOfId(id), indexOfDay(day), isPicture(index), texts(from, to), and ready.
+//   count, at(index) -> message or null while its data is under way, textAt(index),
+//   isPicture(index), indexOfId(id) -> promise of an index or -1, and `ready`, a promise
+//   kept when all of them are there.
 
 const isPicture = (message) =>
   Boolean(message.media && message.media.exported && message.media.path) &&
@@ -151,7 +152,8 @@ const messagesOf = new Map();
 async function openMessages(chat) {
   const known = messagesOf.get(chat.id);
   if (known) return known;
-  const opened = (chat.count > LARGE_CHAT && (await openBlocks(chat))) || new LoadedMessages(await loadChat(chat.id));
+  const opened =
+    (chat.count > LARGE_CHAT && (await openBlocks(chat))) || new LoadedMessages(await loadChat(chat.id));
   if (!messagesOf.has(chat.id)) messagesOf.set(chat.id, opened);
   return messagesOf.get(chat.id);
 }

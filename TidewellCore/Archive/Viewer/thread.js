@@ -28,7 +28,7 @@ class Thread {
   // Shows a chat, at one message if asked for, else where it was left or at its newest.
   async open(chat, messageId) {
     if (this.chat !== chat) this.begin(chat);
-    else if (!this.messages) return this.pendingTarget = messageId;
+    else if (!this.messages) return (this.pendingTarget = messageId);
     else return messageId ? this.goTo(messageId) : undefined;
     this.pendingTarget = messageId;
     if (chat.unknown) return this.fail();
@@ -49,7 +49,9 @@ class Thread {
     this.chat = chat;
     byId("thread-avatar").replaceChildren(avatarOf(chat));
     byId("thread-title").textContent = chat.name || "";
-    byId("thread-sub").textContent = chat.unknown ? "" : text(chat.group ? "groupCount" : "messageCount", { n: chat.count });
+    byId("thread-sub").textContent = chat.unknown
+      ? ""
+      : text(chat.group ? "groupCount" : "messageCount", { n: chat.count });
     this.view.setAttribute("aria-label", chat.name || text("messages"));
     this.view.setAttribute("aria-busy", "true");
     this.slow = setTimeout(() => this.say(text("loading")), 200);
@@ -91,12 +93,13 @@ class Thread {
     clearTimeout(this.slow);
     this.view.setAttribute("aria-busy", "false");
     this.say(text("couldNotOpen"), text("couldNotLoad") + ": " + (this.chat.name || this.chat.id));
-    this.failed = this.chat;
     this.chat = null;
   }
 
   say(words, more = "") {
-    this.note.replaceChildren(...(more ? [element("strong", {}, words), element("span", {}, more)] : [words]));
+    this.note.replaceChildren(
+      ...(more ? [element("strong", {}, words), element("span", {}, more)] : [words]),
+    );
     show(words !== "", this.note);
   }
 

@@ -1,0 +1,188 @@
+#include "TidewellCore/Export/ChatLines.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Tests/Export/ExportScene.h"
+#include "TidewellCore/ChatData/JID.h"
+
+namespace {
+
+using ExportTest::ana;
+using ExportTest::anaLID;
+using ExportTest::bea;
+using ExportTest::group;
+using ExportTest::snapshotOf;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+const std::string unknown(UnknownChatJID);
+const TranscriptStyle english = TranscriptStyle::english();
+const ExportPlan nothing;
+
+// A message of the chat with that key, its text telling its own key.
+MessageRecord& add(ChatStorageSnapshot& snapshot, std::int64_t pk, std::int64_t chat,
+                   std::optional<double> date = std::nullopt) {
+  MessageRecord message{.pk = pk, .chatPK = chat, .text = "text " + std::to_string(pk)};
+  if (date) message.date = dateFromUnixTime(*date);
+  return snapshot.messagesByChat[chat].emplace_back(std::move(message));
+}
+
+std::vector<ArchiveMessage> messages(const ChatStorageSnapshot& snapshot, const std::string& jid,
+                                     const TranscriptStyle& style = english) {
+  return ChatLines(snapshot).messages(jid, MediaLinks(nothing), style);
+}
+
+std::vector<std::string> ids(const ChatStorageSnapshot& snapshot, const std::string& jid) {
+  std::vector<std::string> found;
+  for (const ArchiveMessage& message : messages(snapshot, jid)) found.push_back(message.id);
+  return found;
+}
+
+std::vector<std::string> jids(const std::vector<ArchiveChat>& chats) {
+  std::vector<std::string> found;
+  for (const ArchiveChat& chat : chats) found.push_back(chat.jid);
+  return found;
+}
+
+TEST(ChatLines, AMessageKeepsWhatItSays) {
+  auto snapshot = snapshotOf({{ana, "Ana"}});
+  add(snapshot, 7, 1, 10.5);
+  EXPECT_EQ(messages(snapshot, ana),
+            (std::vector<ArchiveMessage>{{.id = "7", .sender = "Ana", .timestamp = 10.5, .text = "text 7"}}));
+}
+
+TEST(ChatLines, APersonsTwoRecordsAreOneRowInTheOrderOfTheirDates) {
+  auto snapshot = snapshotOf({{anaLID, "Ana"}, {ana, "Ana"}}, {{anaLID, ana}});
+  add(snapshot, 1, 1, 10);
+  add(snapshot, 2, 1, 30);
+  add(snapshot, 3, 2, 20);
+  add(snapshot, 4, 2, 40);
+  EXPECT_THAT(ids(snapshot, ana), ElementsAre("1", "3", "2", "4"));
+  EXPECT_THAT(ids(snapshot, anaLID), IsEmpty()) << "the chat is known by the number";
+}
+
+TEST(ChatLines, OfEqualDatesTheSmallerRecordComesFirst) {
+  auto snapshot = snapshotOf({{anaLID, "Ana"}, {ana, "Ana"}}, {{anaLID, ana}});
+  add(snapshot, 9, 1, 10);
+  add(snapshot, 5, 2, 10);
+  add(snapshot, 8, 1, 10);
+  EXPECT_THAT(ids(snapshot, ana), ElementsAre("9", "8", "5"));
+}
+
+TEST(ChatLines, UndatedMessagesOfBothRecordsComeFirst) {
+  auto snapshot = snapshotOf({{anaLID, "Ana"}, {ana, "Ana"}}, {{anaLID, ana}});
+  add(snapshot, 1, 1);
+  add(snapshot, 2, 1, -5e9);
+  add(snapshot, 3, 2);
+  add(snapshot, 4, 2, 10);
+  EXPECT_THAT(ids(snapshot, ana), ElementsAre("1", "3", "2", "4"));
+  EXPECT_EQ(messages(snapshot, ana).front().timestamp, std::nullopt);
+}
+
+TEST(ChatLines, WhatBelongsToNoChatIsInOneOfItsOwn) {
+  auto snapshot = snapshotOf({{ana, "Ana"}, {"", "Nobody"}});
+  add(snapshot, 1, 1, 10);
+  add(snapshot, 2, 2, 30);
+  add(snapshot, 3, 77, 20);
+  EXPECT_THAT(ids(snapshot, unknown), ElementsAre("3", "2"));
+  EXPECT_THAT(ChatLines(snapshot).chatsWithMessages(), ElementsAre(ana, unknown));
+  const auto chats = ChatLines(snapshot).chats({});
+  EXPECT_THAT(jids(chats), ElementsAre(unknown, ana));
+  EXPECT_EQ(chats.front().name, unknown);
+  EXPECT_EQ(messages(snapshot, unknown).front().sender, "Unknown");
+}
+
+TEST(ChatLines, RecordsWithoutAndMissingOnesAreInOneOrder) {
+  ChatStorageSnapshot snapshot;
+  snapshot.chats.emplace(5, ChatRecord{.pk = 5});
+  snapshot.setDirectory({});
+  add(snapshot, 1, 5, 10);
+  add(snapshot, 2, 3, 10);
+  add(snapshot, 3, 9, 10);
+  EXPECT_THAT(ids(snapshot, unknown), ElementsAre("2", "1", "3"));
+}
+
+TEST(ChatLines, NamesTheSendersOfAGroup) {
+  auto snapshot = snapshotOf({{group, "Us"}, {bea, "Bea"}});
+  ContactDirectory directory;
+  directory.groupMembers.emplace(4, GroupMemberRecord{.pk = 4, .jid = bea, .contactName = "Bea Lima"});
+  snapshot.setDirectory(std::move(directory));
+  add(snapshot, 1, 1, 1).groupMemberPK = 4;
+  add(snapshot, 2, 1, 2).isFromMe = true;
+  add(snapshot, 3, 1, 3);
+  const auto found = messages(snapshot, group);
+  ASSERT_EQ(found.size(), 3U);
+  EXPECT_EQ(found[0].sender, "Bea Lima");
+  EXPECT_EQ(found[1].sender, "You");
+  EXPECT_TRUE(found[1].fromMe);
+  EXPECT_EQ(found[2].sender, "Unknown");
+  EXPECT_TRUE(ChatLines(snapshot).chats({}).front().isGroup);
+}
+
+TEST(ChatLines, SpeaksTheLanguageOfTheStyle) {
+  auto snapshot = snapshotOf({{group, "Nós"}});
+  add(snapshot, 1, 1, 1).isFromMe = true;
+  add(snapshot, 2, 1, 2);
+  const auto found = messages(snapshot, group, TranscriptStyle::matching(Locale{"pt_BR"}));
+  EXPECT_EQ(found[0].sender, "Você");
+  EXPECT_EQ(found[1].sender, "Desconhecido");
+}
+
+TEST(ChatLines, AnEmptyTextIsNone) {
+  auto snapshot = snapshotOf({{ana, "Ana"}});
+  add(snapshot, 1, 1).text = "";
+  add(snapshot, 2, 1).text = std::nullopt;
+  for (const ArchiveMessage& message : messages(snapshot, ana)) EXPECT_EQ(message.text, std::nullopt);
+}
+
+TEST(ChatLines, ListsEveryChatTheNewestFirst) {
+  auto snapshot = snapshotOf({{ana, "Ana"}, {bea, "Bea"}, {group, "Us"}});
+  add(snapshot, 1, 1, 10);
+  add(snapshot, 2, 2, 20);
+  const auto chats = ChatLines(snapshot).chats({{ana, "Ana's folder"}, {"gone@s.whatsapp.net", "Gone"}});
+  EXPECT_THAT(jids(chats), ElementsAre(bea, ana, group, "gone@s.whatsapp.net"));
+  EXPECT_EQ(chats[0].folder, "");
+  EXPECT_EQ(chats[1].folder, "Ana's folder");
+  EXPECT_EQ(chats[2].name, "Us");
+  EXPECT_EQ(chats[3].folder, "Gone") << "a chat known by its media alone";
+  EXPECT_THAT(ChatLines(snapshot).chatsWithMessages(), ElementsAre(ana, bea));
+}
+
+TEST(ChatLines, IDsDoNotDependOnTheDatesOfMessages) {
+  auto snapshot = snapshotOf({{"a:b@x", "One"}, {"a;b@x", "Two"}});
+  const auto idsByJID = [&] {
+    std::map<std::string, std::string> found;
+    for (const ArchiveChat& chat : ChatLines(snapshot).chats({})) found[chat.jid] = chat.id;
+    return found;
+  };
+  add(snapshot, 1, 1, 10);
+  const auto before = idsByJID();
+  EXPECT_EQ(before, (std::map<std::string, std::string>{{"a:b@x", "a_b_x"}, {"a;b@x", "a_b_x-2"}}));
+  add(snapshot, 2, 2, 20);
+  EXPECT_EQ(idsByJID(), before);
+}
+
+TEST(ChatLines, ATranscriptSeesMediaFromItsChatsFolder) {
+  const auto link = [](const std::string& path) {
+    ArchiveChat chat{.folder = "Ana"};
+    chat.messages = {{.id = "1", .media = ArchiveMedia{.kind = MediaKind::photos, .relativePath = path}}};
+    return ChatLines::transcriptLines(chat).front().mediaFileName.value_or("none");
+  };
+  EXPECT_EQ(link("Ana/a.jpg"), "a.jpg");
+  EXPECT_EQ(link("Ana-2/a.jpg"), "../Ana-2/a.jpg");
+  EXPECT_EQ(link("An/a.jpg"), "../An/a.jpg");
+}
+
+TEST(ChatLines, ATranscriptDoesNotLinkToWhatIsNotThere) {
+  ArchiveChat chat{.folder = "Ana"};
+  chat.messages = {{.id = "1",
+                    .sender = "Ana",
+                    .timestamp = 5,
+                    .media = ArchiveMedia{.kind = MediaKind::videos, .fileName = "a.mp4"}}};
+  EXPECT_EQ(ChatLines::transcriptLines(chat),
+            (std::vector<TranscriptWriter::Line>{
+                {.date = dateFromUnixTime(5), .sender = "Ana", .mediaKind = MediaKind::videos}}));
+}
+
+}  // namespace

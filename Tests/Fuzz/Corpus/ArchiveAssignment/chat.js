@@ -1,0 +1,1 @@
+window.__CHAT_PAYLOAD = {"messages":[{"id":"1","me":true,"media":{"exported":true,"kind":"photos","name":"x.jpg","path":"Ana/x.jpg"},"sender":"You","text":"window.CHATS = 1; \"]}","ts":-62135596800}]};

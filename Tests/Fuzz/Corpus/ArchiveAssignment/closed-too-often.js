@@ -1,0 +1,1 @@
+window.CHATS = [1]]};window.ARCHIVE = {}};

@@ -1,0 +1,3 @@
+
+ window.CHATS  =  [ ] ;
+	window.ARCHIVE	=	"text" ;

@@ -1,0 +1,1 @@
+window.ARCHIVE = {"title":"a \"

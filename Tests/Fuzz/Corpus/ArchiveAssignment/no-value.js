@@ -1,0 +1,2 @@
+window.CHATS = ;
+window.ARCHIVE =

@@ -1,0 +1,1 @@
+window.CHATS=[1,2.5e3,null,true,"x"]window.ARCHIVE={}
