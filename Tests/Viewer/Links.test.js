@@ -67,6 +67,13 @@ test('Nothing else is ever a link', async () => {
   );
 });
 
+test('A long run of characters that might begin an address is looked through at once', async () => {
+  const runs = ['a.', '1+', 'a@a.', 'a-'].map((piece) => piece.repeat(64_000 / piece.length));
+  const started = Date.now();
+  assert.deepEqual(await linksOf(...runs), []);
+  assert.ok(Date.now() - started < 5000, `took ${Date.now() - started} ms`);
+});
+
 test('Links open beside the archive and tell nothing about it', async () => {
   const page = await open([{ name: 'Ana', messages: [message('https://example.com')] }]);
   await openChat(page, 'Ana');

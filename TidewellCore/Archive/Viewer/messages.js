@@ -94,7 +94,7 @@ class BlockMessages {
     const line = this.lineAt(index);
     if (line === null) return null;
     if (this.recent.size > 1000) this.recent.clear();
-    const message = JSON.parse(line);
+    const message = messageOfLine(line);
     this.recent.set(index, message);
     return message;
   }
@@ -112,11 +112,19 @@ class BlockMessages {
   isPicture(index) {
     const line = this.lineAt(index);
     if (line === null || !line.includes('"media":{')) return false;
-    return isPicture(JSON.parse(line));
+    return isPicture(messageOfLine(line));
   }
 
   textAt(index) {
     return textOfLine(this.lineAt(index) || "");
+  }
+}
+
+function messageOfLine(line) {
+  try {
+    return asMessage(JSON.parse(line));
+  } catch {
+    return {};
   }
 }
 
