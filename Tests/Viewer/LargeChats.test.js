@@ -1,7 +1,7 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { many, media, message, plainPicture, someTime } from './Support/index.js';
-import { eventually, open, openChat, texts } from './Support/viewer.js';
+import { drawn, eventually, open, openChat, texts } from './Support/viewer.js';
 
 const long = [
   { name: 'Long', messages: many(6000, (index) => `message ${index} ${'words '.repeat(index % 40)}`) },
@@ -68,7 +68,7 @@ test('However far one scrolls, few messages exist at a time and the view is full
   });
   for (const part of [0.9, 0.5, 0.1, 0, 0.3, 1]) {
     await view(page).evaluate((element, at) => (element.scrollTop = element.scrollHeight * at), part);
-    await page.waitForTimeout(60);
+    await drawn(page);
     const there = await seen(page);
     assert.ok(there[0][1] <= 70, `nothing at the top at ${part}`);
     assert.deepEqual(
@@ -87,7 +87,8 @@ test('Scrolling up step by step never moves what is in view by itself', async ()
   for (let step = 0; step < 25; step++) {
     const before = new Map(await seen(page));
     await view(page).evaluate((element) => (element.scrollTop -= 150));
-    await page.waitForTimeout(step % 5 === 0 ? 250 : 30);
+    await drawn(page);
+    if (step % 5 === 0) await page.waitForTimeout(250);
     const moved = (await seen(page))
       .filter(([number]) => before.has(number))
       .map(([number, top]) => top - before.get(number));

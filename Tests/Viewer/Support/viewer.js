@@ -30,7 +30,7 @@ export async function open(chats, { hash = '', archive: options, expect, ...cont
   const archive = Array.isArray(chats) ? makeArchive(chats, options) : chats;
   const made = await browser.newContext({ viewport: wide, timezoneId: 'UTC', locale: 'en-US', ...context });
   const page = await made.newPage();
-  page.setDefaultTimeout(5000);
+  page.setDefaultTimeout(15000);
   const problems = [];
   const complain = (problem) => {
     if (!expect?.test(problem)) problems.push(problem);
@@ -52,7 +52,7 @@ export async function open(chats, { hash = '', archive: options, expect, ...cont
 // Waits until `read` gives `expected`.
 export async function eventually(read, expected, label = '') {
   let last;
-  for (let tries = 0; tries < 100; tries++) {
+  for (let tries = 0; tries < 400; tries++) {
     last = await read();
     try {
       assert.deepEqual(last, expected);
@@ -63,6 +63,10 @@ export async function eventually(read, expected, label = '') {
   }
   assert.deepEqual(last, expected, label);
 }
+
+// Waits until what was asked of the page has been drawn, however slow the machine is.
+export const drawn = (page) =>
+  page.evaluate(() => new Promise((done) => requestAnimationFrame(() => requestAnimationFrame(done))));
 
 export const texts = (page, selector) => page.locator(selector).allTextContents();
 
