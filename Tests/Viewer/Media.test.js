@@ -174,15 +174,13 @@ test('Flying past a thousand videos and pictures loads only those where it stops
   );
   const page = await open([{ name: 'Ana', messages }], { expect: gone });
   await openChat(page, 'Ana');
-  const view = page.locator('#messages');
-  for (let step = 1; step <= 30; step++) {
-    await view.evaluate(
-      (element, part) => (element.scrollTop = element.scrollHeight * (1 - part / 30)),
-      step,
-    );
-    await page.waitForTimeout(16);
-  }
+  await page.locator('#messages').evaluate(async (element) => {
+    for (let step = 1; step <= 60; step++) {
+      element.scrollTop = element.scrollHeight * (1 - step / 60);
+      await new Promise((done) => requestAnimationFrame(done));
+    }
+  });
   await page.waitForTimeout(500);
   const loaded = new Set(page.requests.filter((url) => url.includes('/messages/Ana/')));
-  assert.ok(loaded.size > 0 && loaded.size < 60, `${loaded.size} files were loaded`);
+  assert.ok(loaded.size > 0 && loaded.size < 120, `${loaded.size} files were loaded`);
 });
