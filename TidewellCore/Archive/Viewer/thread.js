@@ -103,10 +103,13 @@ class Thread {
     show(words !== "", this.note);
   }
 
+  // Finding an older message takes longer; only the last one asked for is shown.
   async goTo(messageId) {
     const { messages } = this;
+    this.pendingTarget = messageId;
     const index = await messages.indexOfId(messageId).catch(() => -1);
-    if (this.messages === messages && index >= 0) this.goToIndex(index, messageId);
+    const wanted = this.messages === messages && this.pendingTarget === messageId;
+    if (wanted && index >= 0) this.goToIndex(index, messageId);
   }
 
   goToIndex(index, messageId = null) {
