@@ -1,6 +1,7 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { message } from './Support/index.js';
+import { readSource } from './Support/page.js';
 import { open, openChat } from './Support/viewer.js';
 
 const linksOf = async (...lines) => {
@@ -83,4 +84,14 @@ test('An address that never ends does not hold up the page', async () => {
     1,
   );
   assert.ok(performance.now() - started < 10_000);
+});
+
+test('The longest messages are cut at once, whatever stands in them', () => {
+  const cutAtLinks = new Function(`${readSource('links.js')} return cutAtLinks;`)();
+  for (const piece of ['a.', 'a+', 'a-', 'a@', 'x@a.', '(', 'www.', '+1 ', 'tel:(']) {
+    const begin = performance.now();
+    cutAtLinks(piece.repeat(65536 / piece.length));
+    const took = performance.now() - begin;
+    assert.ok(took < 1000, `${piece} took ${took} ms`);
+  }
 });
