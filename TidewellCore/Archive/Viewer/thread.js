@@ -9,6 +9,7 @@ class Thread {
     this.target = null;
     this.waitingMedia = [];
     this.bookmarks = new Map();
+    this.whenFilled = () => {};
     this.scroller = new Scroller(this.view, {
       render: (index, far) => messageItem(this.context(far), index),
       height: 64,
@@ -87,6 +88,7 @@ class Thread {
     this.scroller.reset(messages.count, { atEnd: true });
     if (left && !this.pendingTarget) this.scroller.restore(left);
     this.rested();
+    this.whenFilled();
   }
 
   fail() {
