@@ -61,7 +61,7 @@ class Scroller {
     this.place();
   }
 
-  // Keeps the view on the same items when `added(index)` says where they moved to.
+  // Keeps the view on the same items `indexAfter(index)` being where an item stands now.
   recount(count, indexAfter = (index) => index) {
     const anchor = { index: indexAfter(this.anchor.index), top: this.anchor.top };
     this.clear();
