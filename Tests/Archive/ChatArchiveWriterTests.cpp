@@ -278,6 +278,14 @@ TEST_F(ChatArchiveWriterTest, BlocksThatNoListNamesGoAtTheEnd) {
   EXPECT_NE(blockNames(), old);
 }
 
+TEST_F(ChatArchiveWriterTest, LeavesFilesThatOnlyResembleABlock) {
+  for (const char* name : {"block-mine.js", "block-0123456789abcdef-2.js", "block-0123456789ABCDEF.js"}) {
+    Fixture::writeFile(content / "_viewer/data" / name, "somebody's");
+    write({chat("1")});
+    EXPECT_EQ(data(name), "somebody's");
+  }
+}
+
 TEST(MessageBlocks, ReadsTheLinesOfAScript) {
   EXPECT_EQ(MessageBlocks::lines(MessageBlocks::script("a\nb")), "a\nb");
   EXPECT_THAT(MessageBlocks::lines("window.__BLOCK_PAYLOAD = 1;\n"), IsEmpty());

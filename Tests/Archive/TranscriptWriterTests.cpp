@@ -127,6 +127,12 @@ TEST(TranscriptWriter, LinksToNamesThatABrowserWouldCut) {
   EXPECT_THAT(page, HasSubstr("<p><a href=\"a&amp;b &quot;c&quot;.pdf\">a&amp;b &quot;c&quot;.pdf</a></p>"));
 }
 
+// HTML strips blanks from the ends of an address.
+TEST(TranscriptWriter, LinksToANameThatEndsInABlank) {
+  EXPECT_THAT(html({{.sender = "Ana", .mediaFileName = "a b ", .mediaKind = MediaKind::documents}}),
+              HasSubstr("<p><a href=\"a b%20\">a b </a></p>"));
+}
+
 TEST(TranscriptWriter, EveryLineBreakOfATextIsOne) {
   EXPECT_THAT(html({{.sender = "Ana", .text = "a\r\nb\rc\nd"}}), HasSubstr("<p>a<br>b<br>c<br>d</p>"));
 }

@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -166,6 +167,21 @@ TEST(ExporterFolders, TheFolderOfAnotherChatIsNotRemovedForAFileThatMovedOutOfIt
   fs::remove(scene.content / "_viewer/folders.json");
   scene.run();
   EXPECT_TRUE(fs::exists(scene.content / bea / "_transcript.txt"));
+}
+
+// The message of a deleted chat: its file stands under the JID of its path, a chat without messages.
+TEST(ExporterFolders, AFileOfADeletedChatStaysLinkedWhenItsKindIsLeftOutLater) {
+  Scene scene;
+  scene.contents.whatsApp.chats.push_back({.jid = "5511900003333@s.whatsapp.net", .name = "Carla"});
+  scene.contents.whatsApp.messages.push_back({.pk = 9, .chat = 99, .date = ExportTest::firstDate});
+  scene.contents.whatsApp.mediaFiles.push_back(media("5511900003333@s.whatsapp.net", "fa6", "pdf", "a bill", 9));
+  scene.write();
+  scene.run(ExportOptions::defaultOptions());
+  const fs::path data = scene.content / "_viewer/data/chat-Unknown.js";
+  const std::string before = ExportTest::textOf(data);
+  ASSERT_THAT(before, testing::HasSubstr("/2023-03-08_202640_fa6.pdf\""));
+  scene.run({.includedKinds = {MediaKind::photos}, .exportTranscripts = true});
+  EXPECT_EQ(ExportTest::textOf(data), before);
 }
 
 TEST(ExporterFolders, AManifestFromElsewhereLeadsNowhere) {

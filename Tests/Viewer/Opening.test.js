@@ -79,6 +79,28 @@ test('A data file without messages counts as an empty list', async () => {
   await page.getByText(english.noMessages).waitFor();
 });
 
+test('A data file that is cut says that the chat could not be loaded', async () => {
+  const page = await open(people, { expect: /^error: (SyntaxError.*)?$/ });
+  page.archive.write('messages/_viewer/data/chat-Ana.js', 'window.__CHAT_PAYLOAD = {"messages":[{"id":');
+  await openChat(page, 'Ana');
+  await page.getByText(english.couldNotOpen).waitFor();
+});
+
+test('Data of other types than it should have counts as absent', async () => {
+  const odd = [5, true, ['<b>'], { a: 1 }];
+  const messages = odd.flatMap((value) => [
+    message('x', { text: value }),
+    message('x', { sender: value }),
+    message('x', { media: value }),
+    message('x', { media: { kind: 'photos', exported: true, path: value } }),
+    message('x', { id: value }),
+  ]);
+  const chats = odd.map((value, index) => ({ id: `c${index}`, name: value, avatar: value, messages: [] }));
+  const page = await open([{ name: 'Ana', messages }, ...chats]);
+  await openChat(page, 'Ana');
+  await eventually(() => page.locator('.message').count(), messages.length);
+});
+
 test('The address opens a chat, and a message in its chat', async () => {
   const chats = [{ name: 'Long', messages: many(500) }];
   const { id } = chats[0].messages[120];

@@ -194,3 +194,12 @@ test('Messages are named by sender and moment, and numbered, for screen readers'
   assert.equal(await article.getAttribute('aria-posinset'), '2');
   assert.equal(await article.getAttribute('aria-setsize'), '3');
 });
+
+test('Of a text that no phone could have sent the beginning is shown', async () => {
+  const page = await open([{ name: 'Ana', messages: [message('ab '.repeat(700_000)), message('end')] }]);
+  await openChat(page, 'Ana');
+  await eventually(
+    () => page.locator('.message .body').evaluateAll((all) => all.map((body) => body.textContent.length)),
+    [65_537, 3],
+  );
+});

@@ -15,6 +15,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t fullSize = 1 << 20;  // bytes of lines
+constexpr std::size_t digestBytes = 8;     // of a block's content, in its name
 constexpr std::string_view prefix = "block-";
 constexpr std::string_view ending = ".js";
 constexpr std::string_view opening = "window.__BLOCK_PAYLOAD = String.raw`";
@@ -32,6 +33,13 @@ void appendForTemplate(std::string& lines, std::string_view json) {
       lines += c;
     }
   }
+}
+
+// Whether a file has a name that `MessageBlocks::fileName` gives.
+bool isBlockName(std::string_view name) {
+  constexpr std::size_t digits = 2 * digestBytes;
+  return name.size() == prefix.size() + digits + ending.size() && name.starts_with(prefix) && name.ends_with(ending) &&
+         name.substr(prefix.size(), digits).find_first_not_of("0123456789abcdef") == std::string_view::npos;
 }
 
 }  // namespace
@@ -73,7 +81,7 @@ void MessageBlocks::write() {
 
 void MessageBlocks::removeOthers() const {
   for (const Files::Entry& entry : Files::listVisible(folder_)) {
-    const bool isBlock = entry.name.starts_with(prefix) && entry.name.ends_with(ending) && !entry.isFolder;
+    const bool isBlock = isBlockName(entry.name) && !entry.isFolder;
     if (isBlock && !names_.contains(entry.name)) fs::remove(folder_ / PathText::path(entry.name));
   }
 }
@@ -88,7 +96,7 @@ std::string MessageBlocks::fileName(std::string_view content) {
   std::array<std::uint8_t, 32> digest{};
   const ByteView bytes = bytesOf(content);
   precondition(tw_sha256(bytes.data(), bytes.size(), digest.data()) == 0, "SHA-256 is missing");
-  return fmt::format("{}{:02x}{}", prefix, fmt::join(std::span(digest).first(8), ""), ending);
+  return fmt::format("{}{:02x}{}", prefix, fmt::join(std::span(digest).first(digestBytes), ""), ending);
 }
 
 std::string MessageBlocks::script(std::string_view lines) { return std::string(opening).append(lines).append(closing); }

@@ -55,7 +55,7 @@ std::string withLineBreaks(const std::string& escapedText) {
   return result;
 }
 
-// A file name as a relative link: a browser would cut it at "?" and "#".
+// A file name as a relative link: a browser would cut it at "?" and "#", and a blank off its end.
 std::string link(std::string_view fileName) {
   std::string encoded;
   for (const char c : fileName) {
@@ -69,6 +69,7 @@ std::string link(std::string_view fileName) {
       encoded += c;
     }
   }
+  if (encoded.ends_with(' ')) encoded.replace(encoded.size() - 1, 1, "%20");
   return escaped(encoded);
 }
 

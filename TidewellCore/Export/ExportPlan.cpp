@@ -109,7 +109,7 @@ ExportPlan ExportPlan::make(const Wish& wish, const ChatStorageSnapshot& snapsho
                                                           .snapshot = snapshot,
                                                           .index = plan.index});
   plan.removable = withoutOthersFolders(plan.leftovers, plan.remembered, snapshot);
-  plan.earlier = carriedOutBefore(wish.leftOut, plan.folders, plan.index);
+  plan.earlier = carriedOutBefore(wish.leftOut, plan.remembered, plan.index);
   plan.copies = ExportPlanner::plan(wish.requests, plan.folders, plan.leftovers, plan.index);
   addCopiesOfLostFiles(plan, wish.lost);
   return plan;

@@ -90,12 +90,21 @@ function bubble(thread, index, message, { opens, closes }) {
   return made;
 }
 
+// WhatsApp's longest text, in UTF-16 units. Browsers take a minute to lay out, or fail
+// on, a text of some megabytes, so of a longer one the beginning is shown.
+const LONGEST_TEXT = 65536;
+
+function shownText(string) {
+  if (string.length <= LONGEST_TEXT) return string;
+  return string.slice(0, wholeCharacter(string, LONGEST_TEXT)) + "…";
+}
+
 // The time follows the last line when there is room, on the side where the text ends.
 function words(message, query) {
   const made = element(
     "div.text",
     { dir: "auto" },
-    element("span.body", {}, ...richText(message.text, query)),
+    element("span.body", {}, ...richText(shownText(message.text), query)),
   );
   if (isJumbo(message)) made.classList.add("jumbo");
   made.append(...timeOf(message));

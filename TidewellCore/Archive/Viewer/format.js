@@ -3,7 +3,7 @@
 const LANGUAGE = (() => {
   const wanted = STRINGS.language || FALLBACK.language;
   try {
-    return Intl.getCanonicalLocales(wanted)[0];
+    return Intl.getCanonicalLocales(wanted)[0] || FALLBACK.language;
   } catch {
     return FALLBACK.language;
   }

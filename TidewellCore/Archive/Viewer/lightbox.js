@@ -48,11 +48,11 @@ class Lightbox {
     this.kind = kindOf(media);
     show(false, this.note);
     show(true, this.picture);
-    this.picture.alt = text(this.kind.label) + (message.text ? ": " + message.text : "");
+    this.picture.alt = text(this.kind.label) + (message.text ? ": " + shownText(message.text) : "");
     this.picture.src = addressOf(media.path);
     byId("lightbox-sender").textContent = message.sender || "";
     byId("lightbox-time").textContent = hasTime(message.ts) ? formatMoment(message.ts) : "";
-    byId("lightbox-text").textContent = message.text || "";
+    byId("lightbox-text").textContent = shownText(message.text || "");
     byId("lightbox-file").href = addressOf(media.path);
     this.findNeighbours();
   }

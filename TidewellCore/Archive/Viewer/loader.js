@@ -35,7 +35,9 @@ function loadOnce(load) {
 
 const loadChat = loadOnce(async (id) => {
   const payload = await loadData("chat-" + encodePart(id) + ".js", "__CHAT_PAYLOAD");
-  return payload && Array.isArray(payload.messages) ? payload.messages : [];
+  // A file that is cut or damaged leaves nothing behind.
+  if (!isRecord(payload)) throw new Error("chat " + id);
+  return Array.isArray(payload.messages) ? payload.messages.map(asMessage) : [];
 });
 
 // A block holds consecutive messages of one or more chats, one line of JSON each.
@@ -46,7 +48,9 @@ const loadBlock = loadOnce(async (number) => {
 });
 
 // One entry per block: its `file`, and in `chats` its parts [chat id, first message, number of messages].
-const BLOCKS = Array.isArray(ARCHIVE.blocks) ? ARCHIVE.blocks : null;
+const isBlock = (block) =>
+  isRecord(block) && Array.isArray(block.chats) && block.chats.every((part) => Array.isArray(part));
+const BLOCKS = Array.isArray(ARCHIVE.blocks) && ARCHIVE.blocks.every(isBlock) ? ARCHIVE.blocks : null;
 
 const LARGE_CHAT = 5000;
 

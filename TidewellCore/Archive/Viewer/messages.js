@@ -104,7 +104,7 @@ class BlockMessages {
     const line = this.lineAt(index);
     if (line === null) return null;
     if (this.recent.size > 1000) this.recent.clear();
-    const message = JSON.parse(line);
+    const message = messageOfLine(line);
     this.recent.set(index, message);
     return message;
   }
@@ -122,7 +122,7 @@ class BlockMessages {
   isPicture(index) {
     const line = this.lineAt(index);
     if (line === null || !line.includes('"media":{')) return false;
-    return isPicture(JSON.parse(line));
+    return isPicture(messageOfLine(line));
   }
 
   textAt(index) {
@@ -132,6 +132,14 @@ class BlockMessages {
 
 // JSON as it stands in a block.
 const lineOf = (value) => JSON.stringify(value).replaceAll("<", "\\u003c");
+
+function messageOfLine(line) {
+  try {
+    return asMessage(JSON.parse(line));
+  } catch {
+    return {};
+  }
+}
 
 // A message's text without parsing all of its line. Inside JSON strings every quote has
 // a backslash before it, so the marks below stand only where the keys are.

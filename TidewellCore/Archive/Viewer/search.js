@@ -123,5 +123,5 @@ function timeOfLine(line) {
 }
 
 function messageOfHit(hit) {
-  return hit.message || JSON.parse(hit.line);
+  return hit.message || messageOfLine(hit.line);
 }

@@ -54,9 +54,26 @@ const FALLBACK = {
   openOriginal: "Open file",
 };
 
-const ARCHIVE = window.ARCHIVE || {};
-const CHATS = window.CHATS || [];
-const STRINGS = ARCHIVE.strings || {};
+// The data may be damaged: what is of another type than it should be counts as absent.
+const isRecord = (value) => typeof value === "object" && value !== null && !Array.isArray(value);
+
+function withTexts(record, ...names) {
+  for (const name of names) if (typeof record[name] !== "string") delete record[name];
+  return record;
+}
+
+function asMessage(value) {
+  const message = withTexts(isRecord(value) ? value : {}, "sender", "text");
+  if (isRecord(message.media)) withTexts(message.media, "kind", "name", "path");
+  else delete message.media;
+  return message;
+}
+
+const ARCHIVE = isRecord(window.ARCHIVE) ? window.ARCHIVE : {};
+const CHATS = (Array.isArray(window.CHATS) ? window.CHATS : [])
+  .filter((chat) => isRecord(chat) && typeof chat.id === "string")
+  .map((chat) => withTexts(chat, "name", "preview", "avatar"));
+const STRINGS = isRecord(ARCHIVE.strings) ? ARCHIVE.strings : {};
 
 // Ends with "/" unless it is empty; every path in the data is relative to it.
 const BASE = (() => {
