@@ -111,6 +111,30 @@ test('Scrolling up step by step never moves what is in view by itself', async ()
   }
 });
 
+test('A move that comes when scrolling was about to rest is not undone', async () => {
+  const page = await open(long);
+  await openChat(page, 'Long');
+  await page.waitForTimeout(300);
+  const undone = await view(page).evaluate(async (element) => {
+    const pause = (time) => new Promise((resolve) => setTimeout(resolve, time));
+    const moves = [];
+    for (let round = 0; round < 8; round++) {
+      element.scrollTop -= 200;
+      await new Promise((resolve) => element.addEventListener('scroll', resolve, { once: true }));
+      await pause(138);
+      const item = [...element.querySelectorAll('.message')].find((one) => one.getBoundingClientRect().top > 100);
+      const top = item.getBoundingClientRect().top;
+      element.scrollTop -= 100;
+      const until = performance.now() + 4;
+      while (performance.now() < until);
+      await pause(250);
+      moves.push(Math.round(item.getBoundingClientRect().top - top));
+    }
+    return moves.filter((by) => Math.abs(by - 100) > 1);
+  });
+  assert.deepEqual(undone, []);
+});
+
 test('The bar’s ends are the chat’s ends', async () => {
   const page = await open(long);
   await openChat(page, 'Long');

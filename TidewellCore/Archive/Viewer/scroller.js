@@ -153,7 +153,7 @@ class Scroller {
     this.place(far);
     this.keepEnds(range);
     clearTimeout(this.resting);
-    this.resting = setTimeout(() => this.settle(), REST);
+    this.resting = setTimeout(() => this.rest(), REST);
     this.onScroll(far);
     if (!this.following) this.follow();
   }
@@ -166,6 +166,12 @@ class Scroller {
       this.following = false;
       this.scrolled();
     });
+  }
+
+  // The bar may have moved again without its event having come yet.
+  rest() {
+    if (this.view.scrollTop !== this.lastBar) this.scrolled();
+    else this.settle();
   }
 
   // The bar must not run out before the list does, nor the list before the bar.
