@@ -59,7 +59,7 @@ void print(const DedupeSummary& summary) {
   }
   if (summary.skippedAmbiguousCount > 0) {
     printLine(HumanText::counted(summary.skippedAmbiguousCount, "folder") +
-              " left alone, because it is not certain which chat has what.");
+              " left alone: which chat each belongs to is not certain.");
   }
 }
 

@@ -72,7 +72,7 @@ TEST_F(DedupeCommandTest, TellsWhatItLeftAlone) {
   FolderManifest::save(commandLine / "out/messages", {{jid, "Ana"}, {"5511900002222@s.whatsapp.net", "Ana"}});
   EXPECT_EQ(commandLine.run({"dedupe", "out", "--apply"}).output,
             "There are no duplicate folders to merge.\n"
-            "2 folders left alone, because it is not certain which chat has what.\n");
+            "2 folders left alone: which chat each belongs to is not certain.\n");
 }
 
 TEST_F(DedupeCommandTest, FailsWithoutAnExport) {

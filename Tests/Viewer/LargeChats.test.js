@@ -42,6 +42,18 @@ test('Without its blocks a large chat opens from its chat file', async () => {
   assert.ok(page.requests.some((url) => url.endsWith('chat-Long.js')));
 });
 
+test('An older block that is missing is made up for by the chat file', async () => {
+  const page = await open(long, { expect: /ERR_FILE_NOT_FOUND/ });
+  page.archive.removeFile('messages/_viewer/data/block-2.js');
+  await openChat(page, 'Long');
+  assert.equal(await lastInPage(page), '6000');
+  await view(page).evaluate((element) => (element.scrollTop = element.scrollHeight * 0.42));
+  await eventually(async () => /^message 2[0-9]{3} /.test((await texts(page, '.body'))[0]), true);
+  await page.getByRole('button', { name: 'Search in this chat' }).click();
+  await page.locator('#thread-query').fill('message 2100');
+  await eventually(() => page.locator('#thread-search-status').textContent(), '1 of 1');
+});
+
 for (const [what, damage] of Object.entries({
   'lack its beginning': () => window.ARCHIVE.blocks.shift(),
   'hold a part twice': () => (window.ARCHIVE.blocks[0] = window.ARCHIVE.blocks[1]),
@@ -98,6 +110,30 @@ test('Scrolling up step by step never moves what is in view by itself', async ()
       `moved by ${moved}`,
     );
   }
+});
+
+test('A move that comes when scrolling was about to rest is not undone', async () => {
+  const page = await open(long);
+  await openChat(page, 'Long');
+  await page.waitForTimeout(300);
+  const undone = await view(page).evaluate(async (element) => {
+    const pause = (time) => new Promise((resolve) => setTimeout(resolve, time));
+    const moves = [];
+    for (let round = 0; round < 8; round++) {
+      element.scrollTop -= 200;
+      await new Promise((resolve) => element.addEventListener('scroll', resolve, { once: true }));
+      await pause(138);
+      const item = [...element.querySelectorAll('.message')].find((one) => one.getBoundingClientRect().top > 100);
+      const top = item.getBoundingClientRect().top;
+      element.scrollTop -= 100;
+      const until = performance.now() + 4;
+      while (performance.now() < until);
+      await pause(250);
+      moves.push(Math.round(item.getBoundingClientRect().top - top));
+    }
+    return moves.filter((by) => Math.abs(by - 100) > 1);
+  });
+  assert.deepEqual(undone, []);
 });
 
 test('The bar’s ends are the chat’s ends', async () => {
@@ -163,6 +199,22 @@ test('A link to a message deep in a large chat opens it', async () => {
   const page = await open(long, { hash: `#chat=Long&message=${long[0].messages[42].id}` });
   await page.locator('.message.target').waitFor();
   assert.match((await texts(page, '.message.target .body'))[0], /^message 42 /);
+});
+
+test('Of two messages asked for in a row, the second one is shown', async () => {
+  const page = await open(long, { hash: '#mode=messages&q=000' });
+  await page.locator('.hit').nth(1).waitFor();
+  await eventually(() => page.locator('#search-results').getAttribute('aria-busy'), 'false');
+  await page.locator('.hit').first().click();
+  await eventually(() => page.locator('.message.target').count(), 1);
+  const newest = await page.locator('.message.target').getAttribute('data-id');
+  await page.evaluate(() => {
+    const hits = document.querySelectorAll('.hit');
+    hits[hits.length - 1].click();
+    hits[0].click();
+  });
+  await page.waitForTimeout(200);
+  assert.equal(await page.locator('.message.target').getAttribute('data-id'), newest);
 });
 
 test('The lightbox finds the picture before, thousands of messages away', async () => {

@@ -59,6 +59,26 @@ test('Files that fail to load say so without moving anything', async () => {
   assert.deepEqual(after, before);
 });
 
+test('A file of a format that the browser lacks can still be opened', async () => {
+  const files = { 'Ana/note #1.opus': 'x', 'Ana/photo.heic': 'x' };
+  const page = await open(
+    [
+      ...withMedia(media('voiceNotes', 'Ana/note #1.opus'), media('photos', 'Ana/photo.heic')),
+      { name: 'Ben', messages: [message('x')] },
+    ],
+    { archive: { files } },
+  );
+  const addresses = () =>
+    page.locator('a.absent').evaluateAll((all) => all.map((link) => link.getAttribute('href')));
+  const expected = ['messages/Ana/note%20%231.opus', 'messages/Ana/photo.heic'];
+  await openChat(page, 'Ana');
+  await eventually(addresses, expected);
+  await openChat(page, 'Ben');
+  await openChat(page, 'Ana');
+  assert.deepEqual(await addresses(), expected);
+  assert.equal(await page.locator('a.absent').first().getAttribute('title'), english.openOriginal);
+});
+
 test('A picture that is missing is asked for only once', async () => {
   const page = await open(
     [...withMedia(media('photos', 'Ana/gone.jpg')), { name: 'Ben', messages: [message('x')] }],

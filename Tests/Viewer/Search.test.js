@@ -142,6 +142,41 @@ test('From the field, arrow keys choose a result and Enter opens it', async () =
   await page.getByRole('heading', { name: 'Club' }).waitFor();
 });
 
+test('Enter in the field opens a result and nothing else', async () => {
+  const page = await open(chats);
+  await search(page, 'train');
+  await page.keyboard.press('ArrowDown');
+  await page.keyboard.press('Enter');
+  assert.equal(await page.locator('#thread-empty').isVisible(), true);
+  await search(page, 'busy');
+  await page.keyboard.press('Enter');
+  await page.getByRole('heading', { name: 'Club' }).waitFor();
+  await page.goBack();
+  await page.locator('#thread-empty').waitFor();
+});
+
+test('Enter in the filter opens a chat, whatever an earlier search found', async () => {
+  const page = await open(chats);
+  await search(page, 'busy');
+  await page.locator('#mode-chats').click();
+  await page.getByRole('searchbox', { name: english.filterChats }).fill('silent');
+  assert.equal(await page.locator('#search').getAttribute('aria-activedescendant'), null);
+  await page.keyboard.press('Enter');
+  await page.getByRole('heading', { name: 'Silent' }).waitFor();
+});
+
+test('The field names an option of the list that it steers', async () => {
+  const page = await open(chats);
+  const active = () => page.locator('#search').getAttribute('aria-activedescendant');
+  await page.locator('#search').focus();
+  await page.keyboard.press('ArrowDown');
+  assert.equal(await active(), 'chat-list-0');
+  await page.locator('#mode-messages').click();
+  assert.equal(await active(), null);
+  await page.locator('#mode-chats').click();
+  assert.equal(await active(), 'chat-list-0');
+});
+
 test('Typing on throws away what an earlier search still finds', async () => {
   const page = await open(
     [{ name: 'Ana', messages: many(3000, (index) => (index % 2 ? 'apple' : 'apricot')) }],

@@ -52,6 +52,19 @@ test('Matches are marked in the thread, in links too', async () => {
   assert.equal(await page.locator('.body a').getAttribute('href'), 'https://example.com/bus?x=1');
 });
 
+test('What is typed while the chat still loads is looked for once it is there', async () => {
+  const page = await open(haystack);
+  await page.evaluate(() => {
+    document.querySelector('.chat').click();
+    document.getElementById('open-thread-search').click();
+    const field = document.getElementById('thread-query');
+    field.value = 'cafe';
+    field.dispatchEvent(new InputEvent('input'));
+  });
+  await eventually(() => status(page), '1 of 8');
+  assert.equal(await target(page), 'Café 357');
+});
+
 test('One character asks for more, and nothing found says so', async () => {
   const page = await open(haystack);
   await openChat(page, 'Long');

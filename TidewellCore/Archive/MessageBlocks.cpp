@@ -45,7 +45,7 @@ bool isBlockName(std::string_view name) {
 }  // namespace
 
 void MessageBlocks::beginChat(const std::string& id) {
-  if (next_ > firstOfChat_) chats_.emplace_back(Json::Array{chatID_, firstOfChat_, next_ - firstOfChat_});
+  endPart();
   chatID_ = id;
   firstOfChat_ = next_ = 0;
 }
@@ -62,9 +62,13 @@ Json::Array MessageBlocks::finish() {
   return std::move(directory_);
 }
 
-void MessageBlocks::write() {
+void MessageBlocks::endPart() {
   if (next_ > firstOfChat_) chats_.emplace_back(Json::Array{chatID_, firstOfChat_, next_ - firstOfChat_});
   firstOfChat_ = next_;
+}
+
+void MessageBlocks::write() {
+  endPart();
   if (lines_.empty()) return;
   const std::string content = script(lines_);
   const std::string name = fileName(content);

@@ -40,6 +40,8 @@ class MessageBlocks {
   static std::string_view lines(std::string_view script);
 
  private:
+  // Enters what the block has of the chat so far.
+  void endPart();
   void write();
 
   std::filesystem::path folder_;

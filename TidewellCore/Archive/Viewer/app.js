@@ -74,6 +74,7 @@ class App {
     this.field.placeholder = label;
     this.field.setAttribute("aria-label", label);
     this.field.setAttribute("aria-controls", messages ? "search-results" : "chat-list");
+    (messages ? this.found : this.chats).list.tellActive();
     const value = messages ? query : this.filter;
     if (this.field.value.trim() !== value.trim()) this.field.value = value;
     show(this.field.value !== "", byId("clear-search"));

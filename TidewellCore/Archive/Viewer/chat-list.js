@@ -48,9 +48,6 @@ class ChatList {
 }
 
 function chatRow(chat) {
-  const when = hasTime(chat.lastTs)
-    ? element("time", { dateTime: dateOf(chat.lastTs).toISOString() }, formatListDate(chat.lastTs))
-    : null;
   return element(
     "div.chat",
     {},
@@ -63,11 +60,17 @@ function chatRow(chat) {
         {},
         chat.group ? groupMark() : null,
         element("span.chat-name", { dir: "auto" }, chat.name || ""),
-        when,
+        listDate(chat.lastTs),
       ),
       element("span.chat-preview", { dir: "auto" }, chat.preview || "\u00a0"),
     ),
   );
+}
+
+// Null for what is undated.
+function listDate(seconds) {
+  if (!hasTime(seconds)) return null;
+  return element("time", { dateTime: dateOf(seconds).toISOString() }, formatListDate(seconds));
 }
 
 function groupMark() {

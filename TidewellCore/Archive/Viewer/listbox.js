@@ -14,10 +14,16 @@ class Listbox {
     host.addEventListener("keydown", (event) => this.keyed(event, host));
   }
 
+  // Several lists may share a field; it steers the one that its `aria-controls` names.
   steerFrom(field) {
+    this.field = field;
     field.addEventListener("keydown", (event) => {
-      if (!this.host.hidden) this.keyed(event, field);
+      if (this.isSteered()) this.keyed(event, field);
     });
+  }
+
+  isSteered() {
+    return this.field.getAttribute("aria-controls") === this.host.id;
   }
 
   option(index) {
@@ -66,8 +72,7 @@ class Listbox {
 
   tellActive() {
     const id = this.active >= 0 ? this.host.id + "-" + this.active : null;
-    for (const steering of [this.host, byId("search")]) {
-      if (steering.getAttribute("aria-controls") !== this.host.id && steering !== this.host) continue;
+    for (const steering of this.isSteered() ? [this.host, this.field] : [this.host]) {
       if (id) steering.setAttribute("aria-activedescendant", id);
       else steering.removeAttribute("aria-activedescendant");
     }

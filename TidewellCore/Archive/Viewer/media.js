@@ -24,7 +24,7 @@ function mediaOf(media, later) {
   const kind = kindOf(media);
   if (!media.exported || !media.path) return absence(kind.gone, kind.icon);
   const made = element("div.media.media-" + kind.label, {});
-  if (missingPaths.has(media.path)) made.append(absence(kind.missing, kind.icon));
+  if (missingPaths.has(media.path)) made.append(missing(media, kind));
   else makers[kind.label](made, media, later, kind);
   return made;
 }
@@ -33,10 +33,21 @@ function absence(key, iconName) {
   return element("span.absent", {}, icon(iconName), element("span", {}, text(key)));
 }
 
+// Browsers do not tell a file that is gone from one of a format they lack, so the way to
+// it stays open.
+function missing(media, kind) {
+  return element(
+    "a.absent",
+    { href: addressOf(media.path), target: "_blank", rel: "noopener noreferrer", title: text("openOriginal") },
+    icon(kind.icon),
+    element("span", {}, text(kind.missing)),
+  );
+}
+
 function whenMissing(loaded, made, media, kind) {
   loaded.addEventListener("error", () => {
     missingPaths.add(media.path);
-    made.replaceChildren(absence(kind.missing, kind.icon));
+    made.replaceChildren(missing(media, kind));
   });
 }
 

@@ -33,7 +33,8 @@ class LoadedMessages {
 
 // A large chat: lines of blocks that arrive newest first and are parsed when shown.
 class BlockMessages {
-  constructor(parts) {
+  constructor(chatId, parts) {
+    this.chatId = chatId;
     this.parts = parts;
     const last = parts.at(-1);
     this.count = last.first + last.count;
@@ -51,12 +52,21 @@ class BlockMessages {
 
   async load(part) {
     if (this.lines[part]) return;
-    const { block, line, first, count } = this.parts[part];
-    const lines = await loadBlock(block);
+    const { first, count } = this.parts[part];
+    const lines = await this.linesOf(this.parts[part]);
     if (this.lines[part]) return;
-    if (lines.length < line + count) throw new Error("block " + block);
-    this.lines[part] = line === 0 && lines.length === count ? lines : lines.slice(line, line + count);
+    this.lines[part] = lines;
     this.whenArrived(first, first + count);
+  }
+
+  // The chat file stands in for a block that is missing.
+  async linesOf({ block, line, first, count }) {
+    const lines = await loadBlock(block).catch(() => []);
+    if (line === 0 && lines.length === count) return lines;
+    if (lines.length >= line + count) return lines.slice(line, line + count);
+    const messages = await loadChat(this.chatId);
+    if (messages.length < first + count) throw new Error("block " + block);
+    return messages.slice(first, first + count).map(lineOf);
   }
 
   async loadRest() {
@@ -100,7 +110,7 @@ class BlockMessages {
   }
 
   async indexOfId(id) {
-    const start = '{"id":' + JSON.stringify(id).replaceAll("<", "\\u003c") + ",";
+    const start = '{"id":' + lineOf(id) + ",";
     for (let part = this.parts.length - 1; part >= 0; part--) {
       await this.load(part);
       const at = this.lines[part].findIndex((line) => line.startsWith(start));
@@ -119,6 +129,9 @@ class BlockMessages {
     return textOfLine(this.lineAt(index) || "");
   }
 }
+
+// JSON as it stands in a block.
+const lineOf = (value) => JSON.stringify(value).replaceAll("<", "\\u003c");
 
 function messageOfLine(line) {
   try {
@@ -166,11 +179,11 @@ async function openMessages(chat) {
   return messagesOf.get(chat.id);
 }
 
-// The chat file stands in when a block is missing.
+// Null when the chat file is all there is to read.
 async function openBlocks(chat) {
   const parts = blockPartsOf(chat);
   if (!parts) return null;
-  const opened = new BlockMessages(parts);
+  const opened = new BlockMessages(chat.id, parts);
   try {
     await opened.open();
     return opened;

@@ -61,7 +61,7 @@ class Scroller {
     this.place();
   }
 
-  // Keeps the view on the same items when `added(index)` says where they moved to.
+  // Keeps the view on the same items `indexAfter(index)` being where an item stands now.
   recount(count, indexAfter = (index) => index) {
     const anchor = { index: indexAfter(this.anchor.index), top: this.anchor.top };
     this.clear();
@@ -153,7 +153,7 @@ class Scroller {
     this.place(far);
     this.keepEnds(range);
     clearTimeout(this.resting);
-    this.resting = setTimeout(() => this.settle(), REST);
+    this.resting = setTimeout(() => this.rest(), REST);
     this.onScroll(far);
     if (!this.following) this.follow();
   }
@@ -166,6 +166,12 @@ class Scroller {
       this.following = false;
       this.scrolled();
     });
+  }
+
+  // The bar may have moved again without its event having come yet.
+  rest() {
+    if (this.view.scrollTop !== this.lastBar) this.scrolled();
+    else this.settle();
   }
 
   // The bar must not run out before the list does, nor the list before the bar.

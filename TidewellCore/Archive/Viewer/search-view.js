@@ -19,7 +19,7 @@ class SearchView {
     this.look("");
   }
 
-  // Searches for what is typed; `at once` when it comes from an address.
+  // Searches for what is typed; `atOnce` when it comes from an address.
   look(typed, { atOnce = false } = {}) {
     const query = typed.trim().toLowerCase();
     if (query === this.typed) return;
@@ -93,9 +93,6 @@ function mergeByTime(ordered, added) {
 
 function hitRow(hit, query) {
   const message = messageOfHit(hit);
-  const when = hasTime(message.ts)
-    ? element("time", { dateTime: dateOf(message.ts).toISOString() }, formatListDate(message.ts))
-    : null;
   const sender = (message.me || hit.chat.group) && message.sender;
   return element(
     "div.hit",
@@ -104,7 +101,7 @@ function hitRow(hit, query) {
     element(
       "span.chat-lines",
       {},
-      element("span.chat-top", {}, element("span.chat-name", { dir: "auto" }, hit.chat.name || ""), when),
+      element("span.chat-top", {}, element("span.chat-name", { dir: "auto" }, hit.chat.name || ""), listDate(message.ts)),
       element(
         "span.hit-words",
         {},

@@ -14,6 +14,7 @@ class ThreadTools {
     byId("older-match").addEventListener("click", () => this.step(1));
     byId("newer-match").addEventListener("click", () => this.step(-1));
     this.date.addEventListener("change", () => this.jump());
+    thread.whenFilled = () => this.look();
     this.close();
   }
 

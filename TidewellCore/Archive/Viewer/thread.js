@@ -9,6 +9,7 @@ class Thread {
     this.target = null;
     this.waitingMedia = [];
     this.bookmarks = new Map();
+    this.whenFilled = () => {};
     this.scroller = new Scroller(this.view, {
       render: (index, far) => messageItem(this.context(far), index),
       height: 64,
@@ -87,6 +88,7 @@ class Thread {
     this.scroller.reset(messages.count, { atEnd: true });
     if (left && !this.pendingTarget) this.scroller.restore(left);
     this.rested();
+    this.whenFilled();
   }
 
   fail() {
@@ -103,10 +105,13 @@ class Thread {
     show(words !== "", this.note);
   }
 
+  // Finding an older message takes longer; only the last one asked for is shown.
   async goTo(messageId) {
     const { messages } = this;
+    this.pendingTarget = messageId;
     const index = await messages.indexOfId(messageId).catch(() => -1);
-    if (this.messages === messages && index >= 0) this.goToIndex(index, messageId);
+    const wanted = this.messages === messages && this.pendingTarget === messageId;
+    if (wanted && index >= 0) this.goToIndex(index, messageId);
   }
 
   goToIndex(index, messageId = null) {
