@@ -144,7 +144,7 @@ TEST(ExportCommand, TellsOfTheArchiveInItsRecord) {
 
 TEST(ExportCommand, AnInterruptedExportIsContinuedToTheSameArchive) {
   const CommandLine commandLine;
-  Fixture::writeBackup(Fixture::sampleBackup({.messageCount = 20'000, .mediaCount = 20}), commandLine / "device");
+  Fixture::writeBackup(Fixture::sampleBackup({.messageCount = 40'000, .mediaCount = 20}), commandLine / "device");
   ASSERT_EQ(commandLine.run({"export", "device", "expected"}).exitCode, 0);
   const Finished stopped = commandLine.interrupt({"export", "device", "saved"}, "Writing transcripts", SIGINT);
   EXPECT_NE(stopped.exitCode, 0);

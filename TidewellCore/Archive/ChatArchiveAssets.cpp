@@ -1,6 +1,5 @@
 #include "TidewellCore/Archive/ChatArchiveAssets.h"
 
-#include <array>
 #include <map>
 
 #include "TidewellCore/Archive/ReadableText.h"
@@ -44,12 +43,7 @@ std::string_view inlineScript(std::string_view page) {
 }
 
 // As a content security policy names a script (CSP Level 3, section 2.3.1).
-std::string hash(std::string_view script) {
-  std::array<std::uint8_t, 32> digest{};
-  const ByteView bytes = bytesOf(script);
-  precondition(tw_sha256(bytes.data(), bytes.size(), digest.data()) == 0, "SHA-256 is missing");
-  return Base64::encode(digest);
-}
+std::string hash(std::string_view script) { return Base64::encode(sha256(bytesOf(script))); }
 
 }  // namespace
 

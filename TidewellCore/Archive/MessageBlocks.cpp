@@ -8,7 +8,6 @@
 #include "TidewellCore/Platform/Bytes.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
-#include "TidewellCore/Platform/Precondition.h"
 
 namespace {
 
@@ -93,9 +92,7 @@ std::string MessageBlocks::line(std::string_view message) {
 }
 
 std::string MessageBlocks::fileName(std::string_view content) {
-  std::array<std::uint8_t, 32> digest{};
-  const ByteView bytes = bytesOf(content);
-  precondition(tw_sha256(bytes.data(), bytes.size(), digest.data()) == 0, "SHA-256 is missing");
+  const std::array digest = sha256(bytesOf(content));
   return fmt::format("{}{:02x}{}", prefix, fmt::join(std::span(digest).first(digestBytes), ""), ending);
 }
 

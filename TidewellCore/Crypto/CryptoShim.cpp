@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "TidewellCore/Platform/Precondition.h"
 #include "TidewellCore/TidewellError.h"
 
 namespace {
@@ -96,9 +97,11 @@ int tw_aes256_cbc_crypt(const std::uint8_t* key, std::size_t keyLength, const st
   return success;
 }
 
-int tw_sha256(const std::uint8_t* bytes, std::size_t length, std::uint8_t* out) {
-  if ((bytes == nullptr && length > 0) || out == nullptr) return failure;
-  return EVP_Digest(bytes, length, out, nullptr, EVP_sha256(), nullptr) == 1 ? success : failure;
+std::array<std::uint8_t, 32> sha256(ByteView bytes) {
+  std::array<std::uint8_t, 32> digest{};
+  const int done = EVP_Digest(bytes.data(), bytes.size(), digest.data(), nullptr, EVP_sha256(), nullptr);
+  precondition(done == 1, "SHA-256 is missing");
+  return digest;
 }
 
 void tw_wipe(void* memory, std::size_t length) { OPENSSL_cleanse(memory, length); }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -22,8 +23,8 @@ int tw_aes_ecb_block(const std::uint8_t* key, std::size_t keyLength, const std::
 int tw_aes256_cbc_crypt(const std::uint8_t* key, std::size_t keyLength, const std::uint8_t* iv, const std::uint8_t* in,
                         std::size_t inLength, std::uint8_t* out, std::size_t* inOutLength, bool encrypt, bool pkcs7);
 
-// 32 bytes to `out` (FIPS 180-4), of no bytes as well.
-int tw_sha256(const std::uint8_t* bytes, std::size_t length, std::uint8_t* out);
+// FIPS 180-4. A library without it is a fault of the program.
+std::array<std::uint8_t, 32> sha256(ByteView bytes);
 
 // Overwrites memory that held a secret, in a way that is not optimised away.
 void tw_wipe(void* memory, std::size_t length);

@@ -14,7 +14,7 @@ const parts = (ending) =>
 
 export const styleSheet = () => parts('.css').map(readSource).join('\n');
 
-export const script = () => `(() => {\n"use strict";\n${parts('.js').map(readSource).join('\n')}\n})();\n`;
+export const script = () => `(function () {\n"use strict";\n${parts('.js').map(readSource).join('\n')}\n})();\n`;
 
 const escapeHTML = (value) =>
   value.replaceAll('&', '&amp;').replaceAll('<', '&lt;').replaceAll('>', '&gt;').replaceAll('"', '&quot;');

@@ -93,6 +93,7 @@ function voiceIn(made, media, later, kind) {
   made.append(audio, download);
 }
 
+// Nothing loads a document, so a page opened from disk cannot tell that its file is missing.
 function documentIn(made, media) {
   const name = media.name || media.path.split("/").at(-1);
   const ending = /\.([\p{L}\p{N}]{1,5})$/u.exec(name);
