@@ -122,9 +122,10 @@ function initialsOf(name) {
 }
 
 // A path of the data as a relative address: "#", "%", "?" and blanks would end or
-// change it, so each part is encoded.
+// change it, so each part is encoded; empty parts in front would lead to another host.
 function addressOf(path) {
-  return BASE + path.split("/").map(encodePart).join("/");
+  const parts = path.split("/").filter((part) => part !== "");
+  return BASE + parts.map(encodePart).join("/");
 }
 
 // A lone surrogate cannot be encoded; it becomes U+FFFD as everywhere else.
