@@ -4,6 +4,7 @@
 #include <set>
 
 #include "TidewellCore/Archive/ChatArchiveJSON.h"
+#include "TidewellCore/Archive/JSONText.h"
 #include "TidewellCore/Archive/MessageBlocks.h"
 #include "TidewellCore/Archive/ReadableText.h"
 #include "TidewellCore/Archive/TextPatch.h"
@@ -20,7 +21,6 @@ using ArchiveRelocation::NewPlace;
 using ArchiveRelocation::NewPlaces;
 
 constexpr std::int64_t largestFile = std::int64_t{4} << 30;
-constexpr std::string_view blanks = " \t\r\n";
 
 std::optional<std::string> read(const fs::path& file) {
   try {
@@ -59,41 +59,6 @@ std::optional<std::string> moved(std::string_view message, const NewPlace& files
   Json::Object newMessage = *object;
   newMessage["media"] = std::move(newMedia);
   return ChatArchiveJSON::stringify(std::move(newMessage));
-}
-
-std::string_view behind(std::string_view part, std::string_view text) {
-  const char* end = part.data() + part.size();
-  const std::string_view rest = text.substr(static_cast<std::size_t>(end - text.data()));
-  const auto first = rest.find_first_not_of(blanks);
-  return first == std::string_view::npos ? std::string_view() : rest.substr(first);
-}
-
-// The text of an object's member; empty when there is none.
-std::string_view member(std::string_view object, std::string_view quotedName) {
-  if (!object.starts_with('{')) return {};
-  for (std::string_view rest = object.substr(1); !rest.empty(); rest.remove_prefix(1)) {
-    const std::string_view name = ChatArchiveJSON::extractJSONValue(rest);
-    if (name.empty()) return {};
-    rest = behind(name, rest);
-    if (!rest.starts_with(':')) return {};
-    const std::string_view value = ChatArchiveJSON::extractJSONValue(rest.substr(1));
-    if (value.empty() || name == quotedName) return value;
-    rest = behind(value, rest);
-    if (!rest.starts_with(',')) return {};
-  }
-  return {};
-}
-
-template <typename Visit>
-void forEachElement(std::string_view array, Visit visit) {
-  if (!array.starts_with('[')) return;
-  for (std::string_view rest = array.substr(1); !rest.empty(); rest.remove_prefix(1)) {
-    const std::string_view element = ChatArchiveJSON::extractJSONValue(rest);
-    if (element.empty()) return;
-    visit(element);
-    rest = behind(element, rest);
-    if (!rest.starts_with(',')) return;
-  }
 }
 
 template <typename Visit>
@@ -206,7 +171,7 @@ class Rewriting {
     if (!text) return;
     TextPatch patch(*text);
     const std::string_view payload = ChatArchiveJSON::assignedValue(*text, "__CHAT_PAYLOAD");
-    forEachElement(member(payload, "\"messages\""), [&](std::string_view message) {
+    JSONText::forEachElement(JSONText::member(payload, "\"messages\""), [&](std::string_view message) {
       if (const auto newMessage = moved(message, places_.file)) patch.replace(message, *newMessage);
     });
     if (const auto newText = patch.result()) write(file, *newText);
