@@ -21,8 +21,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-
-bool isMarked(const fs::path& root) { return Files::isFolder(root / FolderNames::viewer); }
+using ExportLayout::isMarked;
 
 // Beside an export there may be folders of any kind, so its mark counts first.
 fs::path contentRootOf(const fs::path& destination) {

@@ -40,7 +40,7 @@ bool holdsBackup(const fs::path& folder, const fs::path& backup) {
 
 void moveForeignContentAside(const fs::path& destination, const fs::path& untouched) {
   const fs::path content = destination / FolderNames::content;
-  if (!Files::isFolder(content) || Files::isFolder(content / FolderNames::viewer)) return;
+  if (!Files::isFolder(content) || ExportLayout::isMarked(content)) return;
   if (holdsBackup(content, untouched)) failAsOccupied(content);
   std::set<std::string> used = MergeMove::usedNames(destination);
   used.insert(FolderNames::content);
@@ -145,6 +145,8 @@ fs::path ExportLayout::resolveContentRoot(const fs::path& destination) {
   const fs::path content = destination / FolderNames::content;
   return Files::isFolder(content) ? content : destination;
 }
+
+bool ExportLayout::isMarked(const fs::path& folder) { return Files::isFolder(folder / FolderNames::viewer); }
 
 bool ExportLayout::looksLikeContentRoot(const fs::path& folder) {
   std::error_code error;

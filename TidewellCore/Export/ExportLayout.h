@@ -16,6 +16,8 @@ std::filesystem::path prepare(const std::filesystem::path& destination, const st
 // The content root of a destination that may be an older export, or the content root itself.
 std::filesystem::path resolveContentRoot(const std::filesystem::path& destination);
 bool looksLikeContentRoot(const std::filesystem::path& folder);
+// Whether a folder bears the mark that every content root has: "_viewer".
+bool isMarked(const std::filesystem::path& folder);
 // Where the archive's data files are, or would be.
 std::filesystem::path viewerDataDirectory(const std::filesystem::path& destination);
 
