@@ -1,0 +1,77 @@
+#pragma once
+
+#include <QList>
+#include <QObject>
+#include <QString>
+
+#include "Tidewell/Services/L10n.h"
+#include "Tidewell/Session/ExportState.h"
+
+// One kind of media with its check box.
+struct MediaKindContent {
+  Q_GADGET
+  Q_PROPERTY(QString rawValue MEMBER rawValue)
+  Q_PROPERTY(QString title MEMBER title)
+  Q_PROPERTY(QString count MEMBER count)
+  Q_PROPERTY(QString size MEMBER size)
+  Q_PROPERTY(bool included MEMBER included)
+
+ public:
+  QString rawValue;
+  QString title;
+  QString count;
+  QString size;
+  bool included = false;
+
+  bool operator==(const MediaKindContent&) const = default;
+};
+
+// Where the export goes, and whether it fits.
+struct DestinationContent {
+  Q_GADGET
+  Q_PROPERTY(bool isChosen MEMBER isChosen)
+  Q_PROPERTY(QString path MEMBER path)
+  Q_PROPERTY(QString willCopy MEMBER willCopy)
+  Q_PROPERTY(QString freeSpace MEMBER freeSpace)
+  Q_PROPERTY(QString status MEMBER status)
+  Q_PROPERTY(bool isEnough MEMBER isEnough)
+
+ public:
+  bool isChosen = false;
+  QString path;       // empty when none is chosen
+  QString willCopy;
+  QString freeSpace;  // empty when it is not known
+  QString status;     // empty when it is not known whether the export fits
+  bool isEnough = true;
+
+  static DestinationContent of(const ExportState& state, const L10n& texts);
+
+  bool operator==(const DestinationContent&) const = default;
+};
+
+// The second step: what the backup holds and what of it is wanted.
+struct OptionsStepContent {
+  Q_GADGET
+  Q_PROPERTY(QString device MEMBER device)
+  Q_PROPERTY(QString backedUp MEMBER backedUp)
+  Q_PROPERTY(QString chats MEMBER chats)
+  Q_PROPERTY(QString media MEMBER media)
+  Q_PROPERTY(bool isEmpty MEMBER isEmpty)
+  Q_PROPERTY(QList<MediaKindContent> kinds MEMBER kinds)
+  Q_PROPERTY(bool exportTranscripts MEMBER exportTranscripts)
+  Q_PROPERTY(DestinationContent destination MEMBER destination)
+
+ public:
+  QString device;
+  QString backedUp;
+  QString chats;
+  QString media;
+  bool isEmpty = false;  // the scan found nothing
+  QList<MediaKindContent> kinds;
+  bool exportTranscripts = true;
+  DestinationContent destination;
+
+  static OptionsStepContent of(const ExportState& state, const L10n& texts);
+
+  bool operator==(const OptionsStepContent&) const = default;
+};

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <QtQml/qqmlregistration.h>
+
+#include "Tidewell/Contents/BackupStepContent.h"
+#include "Tidewell/Contents/DoneStepContent.h"
+#include "Tidewell/Contents/OptionsStepContent.h"
+#include "Tidewell/Contents/ProgressStepContent.h"
+#include "Tidewell/Contents/WindowContent.h"
+#include "Tidewell/Session/ExportViewModel.h"
+
+// What the screens show: the controller's state as texts. Each screen's content
+// is made anew when the state changes, and told only when it differs.
+class WizardScreens : public QObject {
+  Q_OBJECT
+  QML_ELEMENT
+  QML_UNCREATABLE("made by the application")
+  Q_PROPERTY(ExportViewModel* controller READ controller CONSTANT)
+  Q_PROPERTY(WindowContent window READ window NOTIFY windowChanged)
+  Q_PROPERTY(BackupStepContent backupStep READ backupStep NOTIFY backupStepChanged)
+  Q_PROPERTY(OptionsStepContent optionsStep READ optionsStep NOTIFY optionsStepChanged)
+  Q_PROPERTY(ProgressStepContent progressStep READ progressStep NOTIFY progressStepChanged)
+  Q_PROPERTY(DoneStepContent doneStep READ doneStep NOTIFY doneStepChanged)
+
+ public:
+  // Both must outlive it.
+  WizardScreens(ExportViewModel& controller, const L10n& texts);
+
+  ExportViewModel* controller() const { return &controller_; }
+  const WindowContent& window() const { return window_; }
+  const BackupStepContent& backupStep() const { return backupStep_; }
+  const OptionsStepContent& optionsStep() const { return optionsStep_; }
+  const ProgressStepContent& progressStep() const { return progressStep_; }
+  const DoneStepContent& doneStep() const { return doneStep_; }
+
+ signals:
+  void windowChanged();
+  void backupStepChanged();
+  void optionsStepChanged();
+  void progressStepChanged();
+  void doneStepChanged();
+
+ private:
+  void refresh();
+
+  ExportViewModel& controller_;
+  const L10n& texts_;
+  WindowContent window_;
+  BackupStepContent backupStep_;
+  OptionsStepContent optionsStep_;
+  ProgressStepContent progressStep_;
+  DoneStepContent doneStep_;
+};

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QLocale>
+#include <QString>
+#include <QStringList>
+#include <cstdint>
+
+#include "Tidewell/Services/StringTable.h"
+#include "TidewellCore/Platform/DateText.h"
+#include "TidewellCore/TranscriptStyle.h"
+
+// The wording that the application hands to the core for its transcripts.
+using TranscriptStyleBridge = TranscriptStyle;
+
+// How the application speaks: its texts in the user's language, and numbers,
+// sizes and dates as the user's region writes them. A value; any thread.
+class L10n {
+ public:
+  L10n(StringTable table, const Locale& locale, const TimeZone& timeZone);
+
+  // The translation, or the English text itself.
+  QString text(const QString& english) const;
+  // The same, its placeholders "%@" and "%lld" filled from first to last.
+  QString format(const QString& english, const QStringList& values) const;
+
+  QString number(std::int64_t value) const;
+  // "1.2 GB": decimal units, as file managers show them.
+  QString byteCount(std::int64_t bytes) const;
+  // Abbreviated date and shortened time: "Mar 5, 2023, 2:22 PM".
+  QString dateAndTime(Date date) const;
+
+  // Portuguese for every locale of that language, else the table's own words.
+  TranscriptStyleBridge transcriptStyle() const;
+
+ private:
+  StringTable table_;
+  Locale locale_;
+  TimeZone timeZone_;
+  QLocale numbers_;
+};

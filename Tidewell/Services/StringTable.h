@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QHash>
+#include <QString>
+#include <QStringList>
+#include <filesystem>
+
+// The application's texts in one language, by their English text.
+class StringTable {
+ public:
+  // English only.
+  StringTable() = default;
+  explicit StringTable(QHash<QString, QString> translations) : translations_(std::move(translations)) {}
+
+  // The table of the first of `languages` ("pt-BR", "pt") that the bundle
+  // speaks, else English. A damaged table counts as empty.
+  static StringTable load(const std::filesystem::path& bundle, const QStringList& languages);
+
+  QString text(const QString& english) const { return translations_.value(english, english); }
+
+ private:
+  QHash<QString, QString> translations_;
+};

@@ -1,0 +1,125 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <QUrl>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+
+#include "Tidewell/Services/L10n.h"
+#include "Tidewell/Services/PlatformServices.h"
+#include "Tidewell/Services/ScopedAccess.h"
+#include "Tidewell/Session/BackgroundWork.h"
+#include "Tidewell/Session/CancellationToken.h"
+#include "Tidewell/Session/ExportState.h"
+#include "TidewellCore/Export/ExportPreferences.h"
+
+// The wizard behind its screens: holds the one state that they show and performs
+// every action of the user by calling the core. Lives on the interface thread;
+// slow calls run elsewhere, and their results are taken up only while they still
+// answer what the user chose last. It may be destroyed while calls are under way.
+class ExportViewModel : public QObject {
+  Q_OBJECT
+
+ public:
+  struct Setup {
+    PlatformServices services;
+    L10n texts;
+    std::optional<std::filesystem::path> preferencesURL;  // absent: in the user's application-support folder
+  };
+
+  // `work` must outlive the controller.
+  ExportViewModel(Setup setup, BackgroundWork& work);
+  // Ends the run under way at its next check.
+  ~ExportViewModel() override;
+
+  const ExportState& state() const { return state_; }
+  const PlatformServices& services() const { return services_; }
+
+  // What the window does once, when it is first shown: looks for backups, then reopens what was used last, or
+  // the backup that the application was started with.
+  void startUp(const std::optional<std::filesystem::path>& backup = {});
+  Q_INVOKABLE void refreshLibrary();
+  Q_INVOKABLE void restoreRememberedLocations();
+
+  void selectDiscovered(const DiscoveredBackup& backup);
+  // The same for the listed backup of that identifier; does nothing when there is none.
+  Q_INVOKABLE void selectBackup(const QString& id);
+  Q_INVOKABLE void chooseBackup();
+  void setBackup(const std::filesystem::path& url, const std::optional<BackupInfo>& knownInfo = {});
+  // A folder dropped on the window, on whatever step: becomes the chosen backup on the first step. Does nothing
+  // during an unlock or an export.
+  Q_INVOKABLE void dropFolder(const QUrl& url);
+
+  Q_INVOKABLE void continueToOptions();
+  Q_INVOKABLE void cancelUnlock();
+  Q_INVOKABLE void goBackToBackup();
+
+  Q_INVOKABLE void chooseDestination();
+  void setDestination(const std::filesystem::path& url);
+
+  Q_INVOKABLE void startExport();
+  Q_INVOKABLE void cancelExport();
+  Q_INVOKABLE void exportAnother();
+  Q_INVOKABLE void openArchive();
+  Q_INVOKABLE void revealDestination();
+  Q_INVOKABLE void openFullDiskAccessSettings();
+
+  // What the controls write.
+  Q_INVOKABLE void setBackupPassword(const QString& password);
+  Q_INVOKABLE void setRememberBackupPassword(bool remember);
+  Q_INVOKABLE void setKindIncluded(const QString& rawValue, bool included);
+  Q_INVOKABLE void setExportTranscripts(bool wanted);
+  Q_INVOKABLE void setDropTargeted(bool targeted);
+  Q_INVOKABLE void setFocusBackupPassword(bool wanted);
+  Q_INVOKABLE void dismissError();
+
+ signals:
+  // Some property of the state has a new value.
+  void changed();
+
+ private:
+  using Then = std::function<void()>;
+
+  template <typename Value>
+  void set(Value ExportState::* property, std::type_identity_t<Value> value);
+  template <typename Work, typename Done>
+  void inBackground(BackgroundWork::Lane lane, Work work, Done done);
+
+  void refreshLibrary(const Then& then);
+  void fillSizes(const Then& then);
+  void restoreBackup(const Then& then);
+  void restoreDestination(const Then& then);
+  const DiscoveredBackup* listed(const std::optional<std::string>& path) const;
+
+  void setBackup(const std::filesystem::path& url, const std::optional<BackupInfo>& knownInfo, const Then& then);
+  void clearForNewBackup();
+  void loadStoredPassword(const Then& then);
+  std::string passwordAccount() const;
+
+  void takeScan(std::future<ScanResult> future, const CancellationToken& token);
+  void keepOrForgetPassword();
+  void setDestination(const std::filesystem::path& url, const Then& then);
+  void refreshFreeSpace(const Then& then);
+  void takeExport(std::future<ExportSummary> future);
+
+  void rememberBackup();
+  void rememberDestination();
+  void savePreferences() const;
+  std::unique_ptr<ScopedAccess> startAccess(const std::filesystem::path& url) const;
+  void present(const std::exception& error);
+  void clearError();
+
+  PlatformServices services_;
+  L10n texts_;
+  BackgroundWork& work_;
+  ExportState state_;
+  std::unique_ptr<ScopedAccess> backupAccess_;
+  std::unique_ptr<ScopedAccess> destinationAccess_;
+  std::shared_ptr<CancellationToken> cancellation_;
+  std::shared_ptr<CancellationToken> sizeFill_;
+  std::filesystem::path preferencesURL_;
+  ExportPreferences preferences_;
+};
