@@ -84,7 +84,7 @@ class ExportViewModel : public QObject {
   using Then = std::function<void()>;
 
   template <typename Value>
-  void set(Value ExportState::* property, std::type_identity_t<Value> value);
+  void set(Value ExportState::*property, std::type_identity_t<Value> value);
   template <typename Work, typename Done>
   void inBackground(BackgroundWork::Lane lane, Work work, Done done);
 
