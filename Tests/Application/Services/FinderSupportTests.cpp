@@ -10,8 +10,7 @@ namespace {
 using testing::ElementsAre;
 
 constexpr const char* older = "x-apple.systempreferences:com.apple.preference.security?Privacy_AllFiles";
-constexpr const char* newer =
-    "x-apple.systempreferences:com.apple.settings.PrivacySecurity.extension?Privacy_AllFiles";
+constexpr const char* newer = "x-apple.systempreferences:com.apple.settings.PrivacySecurity.extension?Privacy_AllFiles";
 
 // The panes that are asked for when only `known` opens.
 std::vector<std::string> askedFor(const std::string& known) {

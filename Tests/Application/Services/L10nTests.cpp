@@ -112,8 +112,7 @@ TEST(L10n, OtherTranscriptsAreWordedByTheTable) {
   }
   const TranscriptStyle german =
       speaking("de_DE", StringTable({{"You", "Du"}, {"Unknown", "Unbekannt"}})).transcriptStyle();
-  EXPECT_EQ(german,
-            (TranscriptStyle{.youLabel = "Du", .unknownSenderLabel = "Unbekannt", .languageCode = "en"}));
+  EXPECT_EQ(german, (TranscriptStyle{.youLabel = "Du", .unknownSenderLabel = "Unbekannt", .languageCode = "en"}));
 }
 
 }  // namespace
