@@ -1,8 +1,8 @@
 #pragma once
 
+#include <QtQml/qqmlregistration.h>
 #include <QObject>
 #include <QString>
-#include <QtQml/qqmlregistration.h>
 
 #include "Tidewell/Contents/BackupStepContent.h"
 #include "Tidewell/Contents/DoneStepContent.h"
