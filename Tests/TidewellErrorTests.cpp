@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+
 #include "Tests/Support/Failures.h"
 
 namespace {
@@ -94,6 +96,12 @@ TEST(TidewellError, TellsItsCaseByType) {
   const TidewellError error = TidewellError::cancelled();
   EXPECT_TRUE(error.is<TidewellError::Cancelled>());
   EXPECT_FALSE(error.is<TidewellError::IOFailure>());
+}
+
+TEST(TidewellError, TellsACancellationFromEveryOtherFailure) {
+  EXPECT_TRUE(TidewellError::isCancellation(TidewellError::cancelled()));
+  EXPECT_FALSE(TidewellError::isCancellation(TidewellError::wrongBackupPassword()));
+  EXPECT_FALSE(TidewellError::isCancellation(std::runtime_error("The export was cancelled.")));
 }
 
 TEST(TidewellError, KeepsTheFoldersItFound) {

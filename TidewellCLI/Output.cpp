@@ -28,8 +28,7 @@ void reportAsText(const ErrorReport& report) {
 }
 
 int exitCodeOf(const std::exception& error) {
-  const auto* known = dynamic_cast<const TidewellError*>(&error);
-  return known != nullptr && known->is<TidewellError::Cancelled>() ? ExitCode::interrupted : ExitCode::failed;
+  return TidewellError::isCancellation(error) ? ExitCode::interrupted : ExitCode::failed;
 }
 
 }  // namespace

@@ -134,3 +134,8 @@ TidewellError TidewellError::encryptedBackup() { return TidewellError(EncryptedB
 TidewellError TidewellError::needsBackupPassword() { return TidewellError(NeedsBackupPassword{}); }
 TidewellError TidewellError::wrongBackupPassword() { return TidewellError(WrongBackupPassword{}); }
 TidewellError TidewellError::cancelled() { return TidewellError(Cancelled{}); }
+
+bool TidewellError::isCancellation(const std::exception& error) {
+  const auto* known = dynamic_cast<const TidewellError*>(&error);
+  return known != nullptr && known->is<Cancelled>();
+}

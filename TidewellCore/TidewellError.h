@@ -96,6 +96,8 @@ class TidewellError : public std::exception {
   bool is() const {
     return std::holds_alternative<SomeCase>(value_);
   }
+  // Whether `error` is TidewellError::cancelled.
+  static bool isCancellation(const std::exception& error);
   // The case by name: "backupNotFound", "ioFailure", …
   std::string_view caseName() const;
 

@@ -8,6 +8,7 @@
 #include <cerrno>
 
 #include "Tests/Support/BackupBuilder.h"
+#include "Tests/Support/Failures.h"
 #include "Tests/Support/TemporaryDirectory.h"
 #include "Tests/Support/Unprivileged.h"
 #include "TidewellCore/Platform/RawValue.h"
@@ -188,6 +189,14 @@ TEST_F(BackupLibraryTest, MeasuresWhatItMayReadAndNothingOfAnAbsentFolder) {
   EXPECT_EQ(asUnprivilegedUser([&] { return static_cast<int>(BackupLibrary::folderByteCount(root_)); }), 10);
   fs::permissions(root_ / "closed", fs::perms(0700));
   EXPECT_EQ(BackupLibrary::folderByteCount(folder_ / "absent"), 0);
+}
+
+TEST_F(BackupLibraryTest, StopsMeasuringWhenAskedTo) {
+  writeFile(root_ / "a" / "b", Bytes(10));
+  int asked = 0;
+  const auto secondTime = [&] { return ++asked == 2; };
+  EXPECT_THAT([&] { BackupLibrary::folderByteCount(root_, secondTime); },
+              Fixture::failsWith(TidewellError::cancelled()));
 }
 
 TEST(BackupAccess, HasTheRawValuesThatAreShown) {

@@ -11,8 +11,10 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/ExportDeduperArchiveTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportDeduperInterruptionTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportDeduperTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ExportDestinationTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportLayoutTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportPlannerTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ExportPreferencesTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportScene.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportTimingTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExporterDamageTests.cpp

@@ -94,6 +94,17 @@ TEST(DateText, TellsTheTimeToTheSecondAsTheLocaleDoes) {
   EXPECT_EQ(DateFormatter::mediumTime({"America/Sao_Paulo"}, {"pt_BR"}).string(time), "11:05:09");
 }
 
+TEST(DateText, ShortensDateAndTimeAsTheLocaleDoes) {
+  const Date date = dateFromUnixTime(1678026120);
+  const auto shortened = [&](const char* zone, const char* locale) {
+    return DateFormatter::abbreviatedDateAndShortTime({zone}, {locale}).string(date);
+  };
+  EXPECT_EQ(shortened("UTC", "en_US"), "Mar 5, 2023, 2:22\u202FPM");
+  EXPECT_EQ(shortened("America/Sao_Paulo", "pt_BR"), "5 de mar. de 2023, 11:22");
+  EXPECT_EQ(shortened("Asia/Kathmandu", "de_DE"), "05.03.2023, 20:07");
+  EXPECT_EQ(shortened("Asia/Tokyo", "ja_JP"), "2023/03/05 23:22");
+}
+
 TEST(DateText, FractionsOfASecondAreCutOff) {
   EXPECT_EQ(formatted("ss", 59.9999, "UTC"), "59");
   EXPECT_EQ(formatted("ss", -0.0001, "UTC"), "59");

@@ -44,14 +44,14 @@ struct BackupStepContent {
   Q_PROPERTY(bool wantsPasswordFocus MEMBER wantsPasswordFocus)
 
  public:
-  bool isLooking = false;       // for the first time, with nothing to show yet
+  bool isLooking = false;  // for the first time, with nothing to show yet
   bool isRefreshing = false;
   bool isAccessDenied = false;
-  bool listsBackups = false;    // backups were found on this computer
-  bool showsHelp = false;       // there is no backup to show at all
+  bool listsBackups = false;  // backups were found on this computer
+  bool showsHelp = false;     // there is no backup to show at all
   // In the library's order; before them the chosen backup when it is not in the library.
   QList<BackupRowContent> rows;
-  bool isEncrypted = false;     // the chosen backup
+  bool isEncrypted = false;  // the chosen backup
   bool hasStoredPassword = false;
   bool rememberPassword = false;
   bool hasTypedPassword = false;  // false: the field is to be empty

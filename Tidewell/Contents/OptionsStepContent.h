@@ -38,7 +38,7 @@ struct DestinationContent {
 
  public:
   bool isChosen = false;
-  QString path;       // empty when none is chosen
+  QString path;  // empty when none is chosen
   QString willCopy;
   QString freeSpace;  // empty when it is not known
   QString status;     // empty when it is not known whether the export fits

@@ -22,7 +22,7 @@ struct ProgressStepContent {
   double fraction = 0;  // 0 to 1
   QString count;        // "12 of 340"; empty while the amount of work is not known
   QString fileName;
-  QString remaining;    // the time left; empty while it cannot be told
+  QString remaining;  // the time left; empty while it cannot be told
 
   static ProgressStepContent of(const ExportState& state, const L10n& texts, Date now);
 

@@ -24,10 +24,10 @@ struct WindowContent {
   Q_PROPERTY(QString errorText MEMBER errorText)
 
  public:
-  int step = 1;           // the raw value of WizardStep
+  int step = 1;  // the raw value of WizardStep
   QString stepCaption;
-  QString busyText;       // empty when nothing is being read
-  QString hint;           // why the export cannot start; empty without one
+  QString busyText;  // empty when nothing is being read
+  QString hint;      // why the export cannot start; empty without one
   bool hintOpensFolderPicker = false;
   bool canContinue = false;
   bool canExport = false;
@@ -36,7 +36,7 @@ struct WindowContent {
   bool dropTargeted = false;
   bool canOpenArchive = false;
   bool hasError = false;
-  QString errorText;      // the message and, after an empty line, what to do about it
+  QString errorText;  // the message and, after an empty line, what to do about it
 
   static WindowContent of(const ExportState& state, const L10n& texts);
 

@@ -20,11 +20,13 @@ class L10n {
 
   // The translation, or the English text itself.
   QString text(const QString& english) const;
-  // The same, its placeholders "%@" and "%lld" filled from first to last.
+  // The same, its placeholders "%@" and "%lld" filled from first to last. A
+  // translation may name a value by its place instead: "%2$@". A placeholder
+  // without a value stays.
   QString format(const QString& english, const QStringList& values) const;
 
   QString number(std::int64_t value) const;
-  // "1.2 GB": decimal units, as file managers show them.
+  // "3 bytes", "1.2 GB": decimal units, as file managers show them.
   QString byteCount(std::int64_t bytes) const;
   // Abbreviated date and shortened time: "Mar 5, 2023, 2:22 PM".
   QString dateAndTime(Date date) const;

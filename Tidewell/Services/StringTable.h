@@ -12,8 +12,9 @@ class StringTable {
   StringTable() = default;
   explicit StringTable(QHash<QString, QString> translations) : translations_(std::move(translations)) {}
 
-  // The table of the first of `languages` ("pt-BR", "pt") that the bundle
-  // speaks, else English. A damaged table counts as empty.
+  // The table of the first of `languages` that the bundle speaks, else English. A
+  // language is also spoken by its more general name: "pt-BR" by "pt". A damaged
+  // table counts as empty.
   static StringTable load(const std::filesystem::path& bundle, const QStringList& languages);
 
   QString text(const QString& english) const { return translations_.value(english, english); }

@@ -17,7 +17,7 @@ class BackgroundWork : public QObject {
   enum class Lane {
     userInitiated,  // somebody waits for it
     utility,        // nobody does: one at a time, at low priority
-    passwords,      // calls to the password store, in the order they were made
+    inOrder,        // one at a time, in the order they were asked for: what is kept for later
   };
 
   BackgroundWork();
@@ -29,7 +29,7 @@ class BackgroundWork : public QObject {
   void run(Lane lane, QObject* context, Work work, Done done) {
     using Result = std::invoke_result_t<Work>;
     const auto task = std::make_shared<std::packaged_task<Result()>>(std::move(work));
-    start(lane, [this, task, context = QPointer(context), done = std::move(done)]() mutable {
+    pool(lane).start([this, task, context = QPointer(context), done = std::move(done)]() mutable {
       (*task)();
       post(context, [task, done = std::move(done)]() mutable { done(task->get_future()); });
     });
@@ -40,9 +40,9 @@ class BackgroundWork : public QObject {
   void post(QPointer<QObject> context, std::function<void()> action);
 
  private:
-  void start(Lane lane, std::function<void()> job);
+  QThreadPool& pool(Lane lane);
 
   QThreadPool userInitiated_;
   QThreadPool utility_;
-  QThreadPool passwords_;
+  QThreadPool inOrder_;
 };

@@ -7,6 +7,10 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
 
 #include "Tidewell/Services/L10n.h"
 #include "Tidewell/Services/PlatformServices.h"
@@ -38,8 +42,8 @@ class ExportViewModel : public QObject {
   const ExportState& state() const { return state_; }
   const PlatformServices& services() const { return services_; }
 
-  // What the window does once, when it is first shown: looks for backups, then reopens what was used last, or
-  // the backup that the application was started with.
+  // What the window does once, when it is first shown: looks for backups, then reopens what was used last;
+  // with a folder, that one is the chosen backup.
   void startUp(const std::optional<std::filesystem::path>& backup = {});
   Q_INVOKABLE void refreshLibrary();
   Q_INVOKABLE void restoreRememberedLocations();
@@ -48,7 +52,9 @@ class ExportViewModel : public QObject {
   // The same for the listed backup of that identifier; does nothing when there is none.
   Q_INVOKABLE void selectBackup(const QString& id);
   Q_INVOKABLE void chooseBackup();
-  void setBackup(const std::filesystem::path& url, const std::optional<BackupInfo>& knownInfo = {});
+  void setBackup(const std::filesystem::path& url);
+  // `knownInfo`: what the library knows of that folder; shown when it cannot be read any more.
+  void setBackup(const std::filesystem::path& url, const std::optional<BackupInfo>& knownInfo);
   // A folder dropped on the window, on whatever step: becomes the chosen backup on the first step. Does nothing
   // during an unlock or an export.
   Q_INVOKABLE void dropFolder(const QUrl& url);
@@ -84,31 +90,46 @@ class ExportViewModel : public QObject {
   using Then = std::function<void()>;
 
   template <typename Value>
-  void set(Value ExportState::* property, std::type_identity_t<Value> value);
+  void set(Value ExportState::*property, std::type_identity_t<Value> value) {
+    if (state_.*property == value) return;
+    state_.*property = std::move(value);
+    emit changed();
+  }
   template <typename Work, typename Done>
-  void inBackground(BackgroundWork::Lane lane, Work work, Done done);
+  void inBackground(BackgroundWork::Lane lane, Work work, Done done) {
+    work_.run(lane, this, std::move(work), std::move(done));
+  }
+  // For what is kept for later: passwords and preferences. Failures are ignored.
+  void keepInOrder(std::function<void()> work);
 
   void refreshLibrary(const Then& then);
   void fillSizes(const Then& then);
-  void restoreBackup(const Then& then);
-  void restoreDestination(const Then& then);
+  void chooseRememberedInLibrary(const Then& then);
   const DiscoveredBackup* listed(const std::optional<std::string>& path) const;
 
+  void selectDiscovered(const DiscoveredBackup& backup, const Then& then);
   void setBackup(const std::filesystem::path& url, const std::optional<BackupInfo>& knownInfo, const Then& then);
-  void clearForNewBackup();
-  void loadStoredPassword(const Then& then);
+  void clearForNewBackup(const std::filesystem::path& url);
+  void takeInspection(std::future<BackupInfo> info, const std::optional<BackupInfo>& knownInfo, int choice,
+                      const Then& then);
+  void loadStoredPassword(int choice, const Then& then);
   std::string passwordAccount() const;
 
-  void takeScan(std::future<ScanResult> future, const CancellationToken& token);
+  void takeScan(std::future<ScanResult> result, const CancellationToken& token);
   void keepOrForgetPassword();
-  void setDestination(const std::filesystem::path& url, const Then& then);
-  void refreshFreeSpace(const Then& then);
-  void takeExport(std::future<ExportSummary> future);
+  void refreshFreeSpace();
+  void takeExport(std::future<ExportSummary> summary);
 
+  void restoreBackup();
+  void restoreDestination();
+  std::optional<std::filesystem::path> resolvedFolder(const std::optional<Bytes>& bookmark) const;
   void rememberBackup();
-  void rememberDestination();
-  void savePreferences() const;
+  void savePreferences();
   std::unique_ptr<ScopedAccess> startAccess(const std::filesystem::path& url) const;
+
+  static CancellationCheck checkOf(std::shared_ptr<CancellationToken> token);
+  FolderAnswer answering(void (ExportViewModel::*take)(const std::filesystem::path&));
+  std::string translated(std::string_view english) const;
   void present(const std::exception& error);
   void clearError();
 
@@ -116,10 +137,11 @@ class ExportViewModel : public QObject {
   L10n texts_;
   BackgroundWork& work_;
   ExportState state_;
+  int choice_ = 0;  // counts the backups that were chosen; tells late answers from those for the present one
   std::unique_ptr<ScopedAccess> backupAccess_;
   std::unique_ptr<ScopedAccess> destinationAccess_;
-  std::shared_ptr<CancellationToken> cancellation_;
-  std::shared_ptr<CancellationToken> sizeFill_;
+  std::shared_ptr<CancellationToken> cancellation_;  // of the running scan or export
+  std::shared_ptr<CancellationToken> lifetime_ = std::make_shared<CancellationToken>();
   std::filesystem::path preferencesURL_;
   ExportPreferences preferences_;
 };

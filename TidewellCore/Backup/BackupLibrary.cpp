@@ -79,10 +79,11 @@ BackupLibrarySnapshot BackupLibrary::diagnose(const fs::path& root) {
   return snapshot;
 }
 
-std::int64_t BackupLibrary::folderByteCount(const fs::path& folder) {
+std::int64_t BackupLibrary::folderByteCount(const fs::path& folder, const CancellationCheck& isCancelled) {
   std::int64_t total = 0;
   std::vector<fs::path> pending{folder};
   while (!pending.empty()) {
+    throwIfCancelled(isCancelled);
     const fs::path current = std::move(pending.back());
     pending.pop_back();
     std::error_code error;

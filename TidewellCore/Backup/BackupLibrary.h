@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "TidewellCore/Backup/BackupInfo.h"
+#include "TidewellCore/Platform/Cancellation.h"
 
 // Whether the folder that backups are kept in can be read.
 enum class BackupAccess {
@@ -55,7 +56,8 @@ BackupAccess access(const std::filesystem::path& root);
 bool isPermissionError(const std::error_code& error);
 // Folders that are no backups, or damaged ones, are left out.
 BackupLibrarySnapshot diagnose(const std::filesystem::path& root);
-// The bytes of all regular files below a folder. Takes long on a large backup.
-std::int64_t folderByteCount(const std::filesystem::path& folder);
+// The bytes of all regular files below a folder. Takes long on a large backup;
+// ends with TidewellError::cancelled when asked to.
+std::int64_t folderByteCount(const std::filesystem::path& folder, const CancellationCheck& isCancelled = {});
 
 }  // namespace BackupLibrary

@@ -98,11 +98,6 @@ void requireSpace(std::int64_t needed, const fs::path& contentRoot) {
   throw TidewellError::ioFailure("Not enough free space — choose another folder");
 }
 
-bool isCancellation(const std::exception& error) {
-  const auto* known = dynamic_cast<const TidewellError*>(&error);
-  return known != nullptr && known->is<TidewellError::Cancelled>();
-}
-
 void count(MediaCopier::Outcome outcome, const ExportPlanner::PlannedCopy& copy, ExportSummary& summary) {
   if (outcome == MediaCopier::Outcome::alreadyPresent) {
     ++summary.skippedExistingCount;
@@ -123,7 +118,7 @@ void copyMedia(ExportPlan& plan, const OpenedBackup& opened, const RunControl& c
     try {
       count(copier.carryOut(copy), copy, summary);
     } catch (const std::exception& error) {
-      if (isCancellation(error)) throw;
+      if (TidewellError::isCancellation(error)) throw;
       ++summary.failedCount;
     }
     progress.report(copy.exportedName, ++completed);

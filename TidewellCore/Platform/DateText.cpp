@@ -116,6 +116,12 @@ DateFormatter DateFormatter::mediumTime(const TimeZone& timeZone, const Locale& 
   return DateFormatter(std::make_unique<Format>(format, timeZone));
 }
 
+DateFormatter DateFormatter::abbreviatedDateAndShortTime(const TimeZone& timeZone, const Locale& locale) {
+  icu::DateFormat* format =
+      icu::DateFormat::createDateTimeInstance(icu::DateFormat::kMedium, icu::DateFormat::kShort, icuLocale(locale));
+  return DateFormatter(std::make_unique<Format>(format, timeZone));
+}
+
 DateFormatter::~DateFormatter() = default;
 DateFormatter::DateFormatter(DateFormatter&&) noexcept = default;
 DateFormatter& DateFormatter::operator=(DateFormatter&&) noexcept = default;

@@ -51,6 +51,8 @@ class DateFormatter {
   static DateFormatter fullDate(const TimeZone& timeZone, const Locale& locale);
   // The time of day to the second: "2:05:09 PM", with the locale's own spaces.
   static DateFormatter mediumTime(const TimeZone& timeZone, const Locale& locale);
+  // The day in short words and the time to the minute: "Mar 5, 2023, 2:22 PM", with the locale's own spaces.
+  static DateFormatter abbreviatedDateAndShortTime(const TimeZone& timeZone, const Locale& locale);
   ~DateFormatter();
   DateFormatter(DateFormatter&&) noexcept;
   DateFormatter& operator=(DateFormatter&&) noexcept;

@@ -103,7 +103,9 @@ std::string Text::repaired(std::string_view utf8) {
   return fromScalars(scalars(utf8));
 }
 
-std::string Text::trimmed(std::string_view text) {
+std::string Text::trimmed(std::string_view text) { return std::string(trimmedPart(text)); }
+
+std::string_view Text::trimmedPart(std::string_view text) {
   std::size_t begin = text.size();
   std::size_t end = 0;
   for (std::size_t offset = 0; offset < text.size();) {
@@ -115,7 +117,7 @@ std::string Text::trimmed(std::string_view text) {
     }
     offset = next;
   }
-  return begin < end ? std::string(text.substr(begin, end - begin)) : std::string();
+  return begin < end ? text.substr(begin, end - begin) : std::string_view();
 }
 
 std::string Text::lowercased(std::string_view text) {

@@ -16,6 +16,8 @@ std::string repaired(std::string_view utf8);
 
 // Without white space and line breaks at both ends.
 std::string trimmed(std::string_view text);
+// The same as a part of `text` itself.
+std::string_view trimmedPart(std::string_view text);
 
 // Lower case by the language-neutral rules of Unicode.
 std::string lowercased(std::string_view text);

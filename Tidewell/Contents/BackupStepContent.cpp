@@ -1,0 +1,60 @@
+#include "Tidewell/Contents/BackupStepContent.h"
+
+#include <algorithm>
+
+#include "Tidewell/Contents/ContentText.h"
+
+namespace {
+
+QString detailLine(const DiscoveredBackup& backup, const L10n& texts) {
+  const BackupInfo& info = backup.info;
+  QStringList pieces;
+  if (info.iosVersion) pieces.append(texts.format(u"iOS %@"_qs, {ContentText::text(*info.iosVersion)}));
+  if (info.backupDate) pieces.append(texts.dateAndTime(*info.backupDate));
+  if (backup.byteCount) pieces.append(texts.byteCount(*backup.byteCount));
+  return pieces.isEmpty() ? texts.text(u"Finder backup"_qs) : pieces.join(u" · "_qs);
+}
+
+bool isListed(const ExportState& state, const BackupInfo& info) {
+  return std::ranges::any_of(state.library.backups,
+                             [&](const DiscoveredBackup& backup) { return backup.info.url == info.url; });
+}
+
+QList<BackupRowContent> rowsOf(const ExportState& state, const L10n& texts) {
+  QList<BackupRowContent> rows;
+  if (state.backupInfo && !isListed(state, *state.backupInfo)) {
+    rows.append(BackupRowContent::of({.info = *state.backupInfo}, true, texts));
+  }
+  for (const DiscoveredBackup& backup : state.library.backups) {
+    rows.append(BackupRowContent::of(backup, backup.id() == state.selectedBackupID, texts));
+  }
+  return rows;
+}
+
+}  // namespace
+
+BackupRowContent BackupRowContent::of(const DiscoveredBackup& backup, bool selected, const L10n& texts) {
+  const BackupInfo& info = backup.info;
+  return {.id = ContentText::text(backup.id()),
+          .name = info.deviceName ? ContentText::text(*info.deviceName) : texts.text(u"iPhone"_qs),
+          .detail = detailLine(backup, texts),
+          .note = info.isEncrypted ? texts.text(u"Encrypted — enter the Finder backup password"_qs) : QString(),
+          .selected = selected};
+}
+
+BackupStepContent BackupStepContent::of(const ExportState& state, const L10n& texts) {
+  const bool isAccessDenied = state.library.access == BackupAccess::denied;
+  const QList<BackupRowContent> backups = rowsOf(state, texts);
+  const bool isLooking = state.isRefreshingLibrary && backups.isEmpty();
+  return {.isLooking = isLooking,
+          .isRefreshing = state.isRefreshingLibrary,
+          .isAccessDenied = isAccessDenied,
+          .listsBackups = !state.library.backups.empty(),
+          .showsHelp = backups.isEmpty() && !isAccessDenied && !isLooking,
+          .rows = backups,
+          .isEncrypted = state.backupInfo && state.backupInfo->isEncrypted,
+          .hasStoredPassword = state.hasStoredPassword,
+          .rememberPassword = state.rememberBackupPassword,
+          .hasTypedPassword = !state.backupPassword.empty(),
+          .wantsPasswordFocus = state.focusBackupPassword};
+}

@@ -1,0 +1,52 @@
+#include "Tidewell/Contents/OptionsStepContent.h"
+
+#include "Tidewell/Contents/ContentText.h"
+
+namespace {
+
+QString mediaLine(const ScanResult& scan, const L10n& texts) {
+  return u"%1 · %2"_qs.arg(texts.number(scan.mediaFileCount), texts.byteCount(scan.totalBytes));
+}
+
+MediaKindContent kindContent(MediaKind kind, const ExportState& state, const L10n& texts) {
+  const MediaKinds only{kind};
+  return {.rawValue = ContentText::text(kind.rawValue()),
+          .title = texts.text(ContentText::text(kind.displayName())),
+          .count = texts.number(state.scanResult ? state.scanResult->count(only) : 0),
+          .size = texts.byteCount(state.scanResult ? state.scanResult->bytes(only) : 0),
+          .included = state.includedKinds.contains(kind)};
+}
+
+QString spaceStatus(std::optional<bool> hasEnoughSpace, const L10n& texts) {
+  if (!hasEnoughSpace) return {};
+  return *hasEnoughSpace ? texts.text(u"Enough"_qs) : texts.text(u"Not enough — choose another disk"_qs);
+}
+
+}  // namespace
+
+DestinationContent DestinationContent::of(const ExportState& state, const L10n& texts) {
+  const std::optional<bool> hasEnoughSpace = state.hasEnoughSpace();
+  return {.isChosen = state.destinationURL.has_value(),
+          .path = state.destinationURL ? ContentText::path(*state.destinationURL) : QString(),
+          .willCopy = texts.byteCount(state.selectedBytes()),
+          .freeSpace = state.availableBytes ? texts.byteCount(*state.availableBytes) : QString(),
+          .status = spaceStatus(hasEnoughSpace, texts),
+          .isEnough = hasEnoughSpace.value_or(true)};
+}
+
+OptionsStepContent OptionsStepContent::of(const ExportState& state, const L10n& texts) {
+  static const BackupInfo noBackup;
+  static const ScanResult noScan;
+  const BackupInfo& info = state.backupInfo ? *state.backupInfo : noBackup;
+  const ScanResult& scan = state.scanResult ? *state.scanResult : noScan;
+  OptionsStepContent content{
+      .device = info.deviceName ? ContentText::text(*info.deviceName) : texts.text(u"iPhone"_qs),
+      .backedUp = info.backupDate ? texts.dateAndTime(*info.backupDate) : texts.text(u"Unknown"_qs),
+      .chats = texts.number(scan.chatCount),
+      .media = mediaLine(scan, texts),
+      .isEmpty = state.scanResult && scan.chatCount == 0 && scan.mediaFileCount == 0,
+      .exportTranscripts = state.exportTranscripts,
+      .destination = DestinationContent::of(state, texts)};
+  for (const MediaKind kind : MediaKind::allCases) content.kinds.append(kindContent(kind, state, texts));
+  return content;
+}

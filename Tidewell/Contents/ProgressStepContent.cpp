@@ -1,0 +1,42 @@
+#include "Tidewell/Contents/ProgressStepContent.h"
+
+#include "Tidewell/Contents/ContentText.h"
+
+namespace {
+
+using Phase = ExportProgress::Phase;
+
+QString titleOf(const std::optional<ExportProgress>& progress, const L10n& texts) {
+  if (!progress) return texts.text(u"Starting…"_qs);
+  switch (progress->phase) {
+    case Phase::preparing:
+      return texts.text(u"Preparing…"_qs);
+    case Phase::unlocking:
+      return texts.text(u"Unlocking backup…"_qs);
+    case Phase::readingChats:
+      return texts.text(u"Reading chats…"_qs);
+    case Phase::copyingMedia:
+      return texts.text(u"Copying media"_qs);
+    case Phase::writingTranscripts:
+      return texts.text(u"Writing transcripts"_qs);
+    case Phase::finished:
+      return texts.text(u"Finished"_qs);
+  }
+  Q_UNREACHABLE();
+}
+
+}  // namespace
+
+ProgressStepContent ProgressStepContent::of(const ExportState& state, const L10n& texts, Date now) {
+  ProgressStepContent content{.title = titleOf(state.progress, texts)};
+  if (!state.progress) return content;
+  const ExportProgress& progress = *state.progress;
+  content.isIndeterminate = progress.isIndeterminate();
+  content.fraction = progress.fraction();
+  if (!content.isIndeterminate) {
+    content.count = texts.format(u"%lld of %lld"_qs, {texts.number(progress.completed), texts.number(progress.total)});
+  }
+  content.fileName = ContentText::text(Text::repaired(progress.currentFileName));
+  if (const auto remaining = state.remainingDescription(now)) content.remaining = ContentText::text(*remaining);
+  return content;
+}

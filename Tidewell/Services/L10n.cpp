@@ -1,0 +1,66 @@
+#include "Tidewell/Services/L10n.h"
+
+#include <QRegularExpression>
+#include <array>
+#include <utility>
+
+namespace {
+
+// The value that a placeholder asks for; -1 when it goes by its turn.
+qsizetype namedPlace(const QRegularExpressionMatch& placeholder) {
+  return placeholder.captured(1).isEmpty() ? -1 : placeholder.captured(1).toLongLong() - 1;
+}
+
+QString filled(const QString& text, const QStringList& values) {
+  static const QRegularExpression pattern(QStringLiteral("%(?:([1-9]\\d?)\\$)?(?:@|lld)"));
+  QString result;
+  qsizetype copied = 0;
+  qsizetype next = 0;
+  for (auto matches = pattern.globalMatch(text); matches.hasNext();) {
+    const QRegularExpressionMatch placeholder = matches.next();
+    const qsizetype named = namedPlace(placeholder);
+    const qsizetype place = named < 0 ? next++ : named;
+    result += QStringView(text).mid(copied, placeholder.capturedStart() - copied);
+    result += place < values.size() ? values[place] : placeholder.captured();
+    copied = placeholder.capturedEnd();
+  }
+  result += QStringView(text).mid(copied);
+  return result;
+}
+
+}  // namespace
+
+L10n::L10n(StringTable table, const Locale& locale, const TimeZone& timeZone)
+    : table_(std::move(table)),
+      locale_(locale),
+      timeZone_(timeZone),
+      numbers_(QString::fromStdString(locale.identifier)) {}
+
+QString L10n::text(const QString& english) const { return table_.text(english); }
+
+QString L10n::format(const QString& english, const QStringList& values) const { return filled(text(english), values); }
+
+QString L10n::number(std::int64_t value) const { return numbers_.toString(static_cast<qlonglong>(value)); }
+
+QString L10n::byteCount(std::int64_t bytes) const {
+  constexpr std::array units{"kB", "MB", "GB", "TB", "PB", "EB"};
+  constexpr double step = 1000;
+  if (bytes == 1) return text(QStringLiteral("1 byte"));
+  if (bytes < 1000) return format(QStringLiteral("%lld bytes"), {number(bytes)});
+  double amount = static_cast<double>(bytes) / step;
+  std::size_t unit = 0;
+  // 999.95 would be written as 1000.0.
+  for (; amount >= 999.95 && unit + 1 < units.size(); ++unit) amount /= step;
+  return numbers_.toString(amount, 'f', 1) + QLatin1Char(' ') + QLatin1String(units[unit]);
+}
+
+QString L10n::dateAndTime(Date date) const {
+  return QString::fromStdString(DateFormatter::abbreviatedDateAndShortTime(timeZone_, locale_).string(date));
+}
+
+TranscriptStyleBridge L10n::transcriptStyle() const {
+  if (locale_.languageCode() == "pt") return TranscriptStyle::portuguese();
+  return {.youLabel = text(QStringLiteral("You")).toStdString(),
+          .unknownSenderLabel = text(QStringLiteral("Unknown")).toStdString(),
+          .languageCode = TranscriptStyle::english().languageCode};
+}

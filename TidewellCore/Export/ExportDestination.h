@@ -1,0 +1,14 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace ExportDestination {
+
+// The folder to offer before the user chooses one: the last one, else the desktop,
+// else the home folder; absent when none of them is a folder.
+std::optional<std::filesystem::path> resolvedDefault(const std::optional<std::string>& lastPath,
+                                                     const std::filesystem::path& home);
+
+}  // namespace ExportDestination
