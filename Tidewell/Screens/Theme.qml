@@ -1,6 +1,7 @@
 pragma Singleton
 
 import QtQuick
+import Tidewell.Screens
 
 // Sizes, colours and durations of all screens. Lengths are in device-independent
 // pixels; text grows with the font size that the user's desktop asks for.

@@ -13,7 +13,7 @@
 void qml_register_types_Tidewell_Screens();
 
 WizardEngine::WizardEngine(const Parts& parts) : texts_(parts.texts), appearance_(parts.appearance) {
-  [[maybe_unused]] static const auto keepTypes = &qml_register_types_Tidewell_Screens;
+  [[maybe_unused]] void (*const volatile keepTypes)() = &qml_register_types_Tidewell_Screens;
   QQuickStyle::setStyle(QStringLiteral("Basic"));
   // They live in this house, not on the engine's heap.
   setObjectOwnership(&texts_, CppOwnership);

@@ -9,7 +9,7 @@ import Tidewell.Screens
 FocusScope {
     id: page
 
-    default property alias content: column.data
+    default property alias body: column.data
     property bool centred: false
     readonly property Item focusItem: Window.activeFocusItem
 
