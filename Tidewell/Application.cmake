@@ -2,9 +2,9 @@
 find_package(Qt6 6.4 REQUIRED COMPONENTS Gui DBus Qml Quick QuickControls2)
 add_subdirectory(Screens)
 
-set(languages en)
+# A translator adds a file and nothing else.
 set(bundle Tidewell_Tidewell.bundle)
-list(TRANSFORM languages REPLACE "(.+)" "Resources/${bundle}/\\1.json" OUTPUT_VARIABLE tables)
+file(GLOB tables CONFIGURE_DEPENDS RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} Resources/${bundle}/*.json)
 
 qt_add_executable(Tidewell MACOSX_BUNDLE main.cpp ${tables})
 target_compile_definitions(Tidewell PRIVATE TIDEWELL_VERSION="${PROJECT_VERSION}")
