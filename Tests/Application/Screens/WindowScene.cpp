@@ -95,7 +95,7 @@ ExportViewModel::Setup Scene::setup(const Wishes& wishes) {
 }
 
 void Scene::open(Wishes wishes) {
-  fs::create_directories(folder / "home");
+  if (wishes.hasHome) fs::create_directories(folder / "home");
   fs::create_directories(destination);
   if (!wishes.listed) backup = folder / "copied backup";
   Fixture::writeBackup(wishes.contents, backup);
@@ -146,6 +146,14 @@ std::vector<QString> Scene::textsShown() const {
 
 bool Scene::shows(const QString& text) const {
   return std::ranges::any_of(textsShown(), [&](const QString& shown) { return shown.contains(text); });
+}
+
+void Scene::expectShown(const QString& text) {
+  until([&] { return shows(text); }, "“" + text.toStdString() + "” is shown");
+}
+
+void Scene::expectGone(const QString& text) {
+  until([&] { return !shows(text); }, "“" + text.toStdString() + "” is gone");
 }
 
 std::string Scene::focused() const {

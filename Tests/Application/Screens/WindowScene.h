@@ -43,7 +43,8 @@ class MemoryPasswords {
 // What a test wants to have at hand before the window opens.
 struct Wishes {
   Fixture::BackupContents contents = ExportTest::smallBackup();
-  bool listed = true;            // the backup stands in the library
+  bool listed = true;             // the backup stands in the library
+  bool hasHome = true;            // there is a home folder to export to
   bool realFolderDialog = false;  // instead of the answers that the test gives
   bool opensBackup = false;       // the application is started with the backup
 };
@@ -68,6 +69,8 @@ class Scene : public testing::Test {
   // Every text that can be read at present.
   std::vector<QString> textsShown() const;
   bool shows(const QString& text) const;
+  void expectShown(const QString& text);
+  void expectGone(const QString& text);
   // The item that the keys go to; empty when it has no name.
   std::string focused() const;
 

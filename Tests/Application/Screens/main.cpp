@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <QAccessible>
 #include <QGuiApplication>
 
 // The window needs a platform; without another wish it is one that draws into memory.
@@ -8,6 +9,8 @@ int main(int argc, char** argv) {
   qputenv("QT_QUICK_BACKEND", "software");
   if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
   QGuiApplication application(argc, argv);
+  // As if a screen reader were there.
+  QAccessible::setActive(true);
   QGuiApplication::setApplicationDisplayName(QStringLiteral("Lorewick"));
   return RUN_ALL_TESTS();
 }
