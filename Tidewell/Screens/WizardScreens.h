@@ -2,7 +2,6 @@
 
 #include <QtQml/qqmlregistration.h>
 #include <QObject>
-#include <QString>
 
 #include "Tidewell/Contents/BackupStepContent.h"
 #include "Tidewell/Contents/DoneStepContent.h"
@@ -35,6 +34,9 @@ class WizardScreens : public QObject {
   const ProgressStepContent& progressStep() const { return progressStep_; }
   const DoneStepContent& doneStep() const { return doneStep_; }
 
+  // Takes up that state; every change of the controller's comes in here.
+  void show(const ExportState& state, Date now);
+
  signals:
   void windowChanged();
   void backupStepChanged();
@@ -43,7 +45,8 @@ class WizardScreens : public QObject {
   void doneStepChanged();
 
  private:
-  void refresh();
+  template <typename Content>
+  void replace(Content& shown, const Content& made, void (WizardScreens::*changed)());
 
   ExportViewModel& controller_;
   const L10n& texts_;

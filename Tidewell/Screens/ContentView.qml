@@ -1,0 +1,221 @@
+import QtQuick
+import QtQuick.Layouts
+import Tidewell.Screens
+
+// The window's content: header, the current step, footer, and what lies over them.
+FocusScope {
+    id: view
+
+    required property WizardScreens screens
+    readonly property ExportViewModel controller: screens.controller
+    readonly property windowContent content: screens.window
+
+    function press(button) {
+        if (button && button.enabled)
+            button.click();
+    }
+
+    Accessible.role: Accessible.Client
+    Accessible.name: content.stepCaption
+    Keys.onReturnPressed: press(footer.item.defaultButton)
+    Keys.onEnterPressed: press(footer.item.defaultButton)
+    Keys.onEscapePressed: press(footer.item.cancelButton)
+
+    ColumnLayout {
+        anchors.fill: parent
+        spacing: 0
+
+        StepHeader {
+            Layout.fillWidth: true
+            step: view.content.step
+            caption: view.content.stepCaption
+        }
+        Loader {
+            id: page
+
+            objectName: "page"
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+            focus: true
+            sourceComponent: [backupPage, optionsPage, progressPage, donePage][view.content.step - 1]
+            onLoaded: {
+                focus = true;
+                appear.restart();
+            }
+
+            NumberAnimation {
+                id: appear
+
+                target: page.item
+                property: "opacity"
+                from: 0
+                to: 1
+                duration: Theme.calm
+                easing.type: Easing.OutCubic
+            }
+        }
+        Rectangle {
+            Layout.fillWidth: true
+            implicitHeight: Theme.controlHeight + 2 * Theme.medium
+            color: Theme.surface
+
+            Rectangle {
+                width: parent.width
+                height: 1
+                color: Theme.line
+            }
+            Loader {
+                id: footer
+
+                anchors.fill: parent
+                anchors.leftMargin: Theme.wide
+                anchors.rightMargin: Theme.wide
+                sourceComponent: [backupFooter, optionsFooter, progressFooter, doneFooter][view.content.step - 1]
+            }
+        }
+    }
+
+    Component {
+        id: backupPage
+
+        BackupStepView {
+            focus: true
+            content: view.screens.backupStep
+            controller: view.controller
+            mayTakeFocus: !view.content.hasError && !view.content.isUnlocking
+        }
+    }
+    Component {
+        id: optionsPage
+
+        OptionsStepView {
+            focus: true
+            content: view.screens.optionsStep
+            controller: view.controller
+        }
+    }
+    Component {
+        id: progressPage
+
+        ProgressStepView {
+            focus: true
+            content: view.screens.progressStep
+        }
+    }
+    Component {
+        id: donePage
+
+        DoneStepView {
+            focus: true
+            content: view.screens.doneStep
+        }
+    }
+
+    Component {
+        id: backupFooter
+
+        StepFooter {
+            busyText: view.content.busyText
+            defaultButton: continueButton
+
+            PlainButton {
+                objectName: "chooseOtherButton"
+                text: L10n.text("Choose other folder…")
+                onClicked: view.controller.chooseBackup()
+            }
+            PrimaryButton {
+                id: continueButton
+
+                objectName: "continueButton"
+                text: L10n.text("Continue")
+                enabled: view.content.canContinue
+                onClicked: view.controller.continueToOptions()
+            }
+        }
+    }
+    Component {
+        id: optionsFooter
+
+        StepFooter {
+            hint: view.content.hint
+            hintIsLink: view.content.hintOpensFolderPicker
+            onHintClicked: view.controller.chooseDestination()
+            defaultButton: startButton
+            cancelButton: backButton
+
+            PlainButton {
+                id: backButton
+
+                objectName: "backButton"
+                text: L10n.text("Back")
+                onClicked: view.controller.goBackToBackup()
+            }
+            PrimaryButton {
+                id: startButton
+
+                objectName: "startExportButton"
+                text: L10n.text("Start Export")
+                enabled: view.content.canExport
+                onClicked: view.controller.startExport()
+            }
+        }
+    }
+    Component {
+        id: progressFooter
+
+        StepFooter {
+            cancelButton: cancelExportButton
+
+            PlainButton {
+                id: cancelExportButton
+
+                objectName: "cancelExportButton"
+                text: L10n.text("Cancel")
+                onClicked: view.controller.cancelExport()
+            }
+        }
+    }
+    Component {
+        id: doneFooter
+
+        StepFooter {
+            defaultButton: openButton
+
+            PlainButton {
+                objectName: "exportAnotherButton"
+                text: L10n.text("Export another backup")
+                onClicked: view.controller.exportAnother()
+            }
+            PlainButton {
+                objectName: "showInFinderButton"
+                text: L10n.text("Show in Finder")
+                onClicked: view.controller.revealDestination()
+            }
+            PrimaryButton {
+                id: openButton
+
+                objectName: "openArchiveButton"
+                text: L10n.text("Open Chat Archive")
+                enabled: view.content.canOpenArchive
+                onClicked: view.controller.openArchive()
+            }
+        }
+    }
+
+    FolderDrop {
+        anchors.fill: parent
+        targeted: view.content.dropTargeted
+        onTargetedWanted: wanted => view.controller.setDropTargeted(wanted)
+        onFolderDropped: url => view.controller.dropFolder(url)
+    }
+    UnlockProgressSheet {
+        visible: view.content.isUnlocking
+        isStopping: view.content.isCancellingUnlock
+        onCancel: view.controller.cancelUnlock()
+    }
+    ErrorAlert {
+        visible: view.content.hasError
+        message: view.content.errorText
+        onDismissed: view.controller.dismissError()
+    }
+}

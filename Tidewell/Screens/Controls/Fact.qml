@@ -1,0 +1,37 @@
+import QtQuick
+import QtQuick.Layouts
+import Tidewell.Screens
+
+// A small label over its value.
+ColumnLayout {
+    id: fact
+
+    required property string label
+    required property string value
+
+    spacing: 2
+    Layout.fillWidth: true
+    Layout.preferredWidth: 1
+    Accessible.role: Accessible.StaticText
+    Accessible.name: label + ": " + value
+
+    Text {
+        Layout.fillWidth: true
+        text: fact.label
+        textFormat: Text.PlainText
+        color: Theme.quiet
+        font.pixelSize: Theme.caption
+        elide: Text.ElideRight
+    }
+    Text {
+        Layout.fillWidth: true
+        text: fact.value
+        textFormat: Text.PlainText
+        color: Theme.text
+        font.pixelSize: Theme.body
+        font.weight: Font.Medium
+        horizontalAlignment: Text.AlignLeft
+        maximumLineCount: 1
+        elide: Text.ElideMiddle
+    }
+}

@@ -1,0 +1,38 @@
+import QtQuick
+import QtQuick.Templates as T
+import Tidewell.Screens
+
+// A text that does something when it is clicked.
+T.Button {
+    id: link
+
+    implicitWidth: implicitContentWidth
+    implicitHeight: Math.max(24, implicitContentHeight)
+    hoverEnabled: true
+    focusPolicy: Qt.StrongFocus
+    Accessible.role: Accessible.Link
+    Accessible.onPressAction: click()
+    Keys.onReturnPressed: click()
+    Keys.onEnterPressed: click()
+
+    HoverHandler {
+        cursorShape: Qt.PointingHandCursor
+    }
+
+    background: Item {
+        FocusRing {
+            shown: link.visualFocus
+            around: 2
+        }
+    }
+    contentItem: Text {
+        text: link.text
+        textFormat: Text.PlainText
+        color: link.hovered ? Theme.accentHover : Theme.accent
+        font.pixelSize: Theme.body
+        font.weight: Font.Medium
+        font.underline: true
+        elide: Text.ElideRight
+        verticalAlignment: Text.AlignVCenter
+    }
+}

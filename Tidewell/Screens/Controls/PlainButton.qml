@@ -1,0 +1,50 @@
+import QtQuick
+import QtQuick.Templates as T
+import Tidewell.Screens
+
+// A button; Return presses it too while it has the focus.
+T.Button {
+    id: button
+
+    property color fill: down ? Theme.pressed : hovered ? Theme.hover : Theme.surface
+    property color ink: Theme.text
+    property color edge: Theme.border
+
+    implicitWidth: Math.max(implicitContentWidth + leftPadding + rightPadding, 88)
+    implicitHeight: Math.max(Theme.controlHeight, implicitContentHeight + 2 * Theme.tight)
+    leftPadding: Theme.medium
+    rightPadding: Theme.medium
+    hoverEnabled: true
+    focusPolicy: Qt.StrongFocus
+    opacity: enabled ? 1 : 0.45
+    Accessible.onPressAction: click()
+    Keys.onReturnPressed: click()
+    Keys.onEnterPressed: click()
+
+    background: Rectangle {
+        color: button.fill
+        radius: Theme.controlRadius
+        border.width: button.edge.a > 0 ? 1 : 0
+        border.color: button.edge
+
+        Behavior on color {
+            ColorAnimation {
+                duration: Theme.quick
+            }
+        }
+
+        FocusRing {
+            shown: button.visualFocus
+        }
+    }
+    contentItem: Text {
+        text: button.text
+        textFormat: Text.PlainText
+        color: button.ink
+        font.pixelSize: Theme.body
+        font.weight: Font.Medium
+        elide: Text.ElideRight
+        horizontalAlignment: Text.AlignHCenter
+        verticalAlignment: Text.AlignVCenter
+    }
+}

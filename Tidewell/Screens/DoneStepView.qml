@@ -1,0 +1,81 @@
+import QtQuick
+import QtQuick.Layouts
+import Tidewell.Screens
+
+// What the export brought, and where it is.
+ScrollPage {
+    id: view
+
+    required property doneStepContent content
+
+    centred: true
+
+    Symbol {
+        Layout.alignment: Qt.AlignHCenter
+        name: "checkmark.circle.fill"
+        tint: Theme.accent
+        size: 64
+    }
+    Words {
+        objectName: "doneTitle"
+        Layout.fillWidth: true
+        text: L10n.text("Export finished")
+        font.pixelSize: Theme.display
+        font.weight: Font.DemiBold
+        horizontalAlignment: Text.AlignHCenter
+        wrapMode: Text.Wrap
+        Accessible.role: Accessible.Heading
+    }
+    Words {
+        objectName: "doneHint"
+        Layout.fillWidth: true
+        text: L10n.text("Open the Chat Archive to read conversations in a browser, or show the folder in Finder.")
+        color: Theme.quiet
+        horizontalAlignment: Text.AlignHCenter
+        wrapMode: Text.Wrap
+    }
+    Card {
+        Layout.fillWidth: true
+        Layout.topMargin: Theme.tight
+        padding: Theme.medium
+        spacing: Theme.snug
+
+        RowLayout {
+            spacing: Theme.snug
+            Layout.fillWidth: true
+
+            Symbol {
+                name: "folder"
+                tint: Theme.accent
+                size: 26
+            }
+            Fact {
+                objectName: "savedToFact"
+                label: L10n.text("Saved to")
+                value: view.content.destination
+            }
+        }
+        Rectangle {
+            Layout.fillWidth: true
+            implicitHeight: 1
+            color: Theme.line
+        }
+        RowLayout {
+            spacing: Theme.snug
+            Layout.fillWidth: true
+
+            Symbol {
+                Layout.alignment: Qt.AlignTop
+                name: view.content.hasFailures ? "exclamationmark.triangle" : "tray"
+                tint: view.content.hasFailures ? Theme.warning : Theme.accent
+                size: 26
+            }
+            Words {
+                objectName: "summaryText"
+                Layout.fillWidth: true
+                text: view.content.summary
+                wrapMode: Text.Wrap
+            }
+        }
+    }
+}

@@ -1,0 +1,59 @@
+import QtQuick
+import QtQuick.Layouts
+import Tidewell.Screens
+
+// Asks for the password of the chosen backup.
+Card {
+    id: card
+
+    required property backupStepContent content
+    required property ExportViewModel controller
+    // Turns true when the field is to take the focus.
+    required property bool takesFocus
+    readonly property bool isCleared: !content.hasTypedPassword
+
+    function takeFocus() {
+        field.forceActiveFocus(Qt.OtherFocusReason);
+        field.selectAll();
+        controller.setFocusBackupPassword(false);
+    }
+
+    onIsClearedChanged: if (isCleared) field.clear()
+    onTakesFocusChanged: if (takesFocus) takeFocus()
+    Component.onCompleted: if (takesFocus) takeFocus()
+
+    CardHeading {
+        symbol: "lock.fill"
+        title: L10n.text("This backup is encrypted")
+        explanation: L10n.text("Enter the password you set in Finder when you turned on Encrypt local backup. It is not your iPhone passcode.")
+    }
+    ColumnLayout {
+        Layout.fillWidth: true
+        Layout.leftMargin: 44 + Theme.medium
+        spacing: Theme.tight
+
+        SecretField {
+            id: field
+
+            objectName: "passwordField"
+            Layout.fillWidth: true
+            placeholderText: L10n.text("Backup password")
+            onTextEdited: card.controller.setBackupPassword(text)
+        }
+        CheckRow {
+            objectName: "rememberBox"
+            Layout.fillWidth: true
+            text: L10n.text("Remember this password in Keychain")
+            checked: card.content.rememberPassword
+            onWanted: on => card.controller.setRememberBackupPassword(on)
+        }
+        Words {
+            objectName: "storedPasswordNote"
+            Layout.fillWidth: true
+            visible: card.content.hasStoredPassword
+            text: L10n.text("A saved password is ready. Continue to unlock, or type a different one.")
+            color: Theme.accent
+            wrapMode: Text.Wrap
+        }
+    }
+}

@@ -1,0 +1,65 @@
+import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Layouts
+import Tidewell.Screens
+
+// Says what went wrong, until it is acknowledged.
+ModalPanel {
+    id: alert
+
+    required property string message
+    signal dismissed()
+
+    objectName: "errorAlert"
+    role: Accessible.AlertMessage
+    title: L10n.text("Something went wrong")
+    description: message
+    onEscaped: dismissed()
+
+    RowLayout {
+        spacing: Theme.snug
+
+        Symbol {
+            name: "exclamationmark.triangle"
+            tint: Theme.warning
+        }
+        Words {
+            Layout.fillWidth: true
+            text: alert.title
+            font.pixelSize: Theme.heading
+            font.weight: Font.DemiBold
+            wrapMode: Text.Wrap
+        }
+    }
+    ScrollView {
+        id: scroll
+
+        Layout.fillWidth: true
+        Layout.fillHeight: true
+        implicitHeight: text.implicitHeight
+        contentWidth: availableWidth
+        ScrollBar.vertical: SlimScrollBar {
+            parent: scroll
+            x: scroll.width - width + Theme.medium
+            height: scroll.height
+        }
+
+        Words {
+            id: text
+
+            objectName: "errorText"
+            width: scroll.availableWidth
+            text: alert.message
+            color: Theme.quiet
+            wrapMode: Text.Wrap
+        }
+    }
+    PrimaryButton {
+        objectName: "alertOKButton"
+        Layout.alignment: Qt.AlignRight
+        focus: true
+        text: L10n.text("OK")
+        onClicked: alert.dismissed()
+        Accessible.description: alert.title + "\n" + alert.message
+    }
+}

@@ -1,0 +1,109 @@
+import QtQuick
+import QtQuick.Layouts
+import Tidewell.Screens
+
+// Step 2: what to export, and where to.
+ScrollPage {
+    id: view
+
+    required property optionsStepContent content
+    required property ExportViewModel controller
+
+    Card {
+        Layout.fillWidth: true
+        padding: Theme.medium
+
+        GridLayout {
+            columns: width > 520 ? 4 : 2
+            columnSpacing: Theme.medium
+            rowSpacing: Theme.snug
+            Layout.fillWidth: true
+
+            Fact {
+                objectName: "deviceFact"
+                label: L10n.text("Device")
+                value: view.content.device
+            }
+            Fact {
+                objectName: "backedUpFact"
+                label: L10n.text("Backed up")
+                value: view.content.backedUp
+            }
+            Fact {
+                objectName: "chatsFact"
+                label: L10n.text("Chats")
+                value: view.content.chats
+            }
+            Fact {
+                objectName: "mediaFact"
+                label: L10n.text("Media")
+                value: view.content.media
+            }
+        }
+        Words {
+            objectName: "emptyText"
+            Layout.fillWidth: true
+            visible: view.content.isEmpty
+            text: L10n.text("No chats or media for WhatsApp were found in this backup.")
+            color: Theme.warning
+            wrapMode: Text.Wrap
+        }
+    }
+    Card {
+        Layout.fillWidth: true
+        padding: Theme.medium
+        spacing: Theme.hair
+
+        Words {
+            Layout.fillWidth: true
+            Layout.bottomMargin: Theme.hair
+            text: L10n.text("What to export")
+            font.pixelSize: Theme.heading
+            font.weight: Font.DemiBold
+            Accessible.role: Accessible.Heading
+        }
+        Repeater {
+            model: view.content.kinds.length
+
+            CheckRow {
+                required property int index
+                readonly property mediaKindContent kind: view.content.kinds[index]
+
+                objectName: "kindBox." + kind.rawValue
+                Layout.fillWidth: true
+                Layout.leftMargin: -Theme.tight
+                Layout.rightMargin: -Theme.tight
+                sidePadding: Theme.tight
+                symbol: "kind." + kind.rawValue
+                text: kind.title
+                trailing: kind.count + " · " + kind.size
+                checked: kind.included
+                onWanted: on => view.controller.setKindIncluded(kind.rawValue, on)
+            }
+        }
+        Rectangle {
+            Layout.fillWidth: true
+            Layout.topMargin: Theme.hair
+            Layout.bottomMargin: Theme.hair
+            implicitHeight: 1
+            color: Theme.line
+        }
+        CheckRow {
+            objectName: "transcriptsBox"
+            Layout.fillWidth: true
+            Layout.leftMargin: -Theme.tight
+            Layout.rightMargin: -Theme.tight
+            sidePadding: Theme.tight
+            symbol: "transcript"
+            text: L10n.text("Include readable chat transcripts")
+            caption: L10n.text("Adds a Chat Archive you can open in a browser, plus a text file in each chat folder.")
+            checked: view.content.exportTranscripts
+            onWanted: on => view.controller.setExportTranscripts(on)
+        }
+    }
+    DestinationBar {
+        Layout.fillWidth: true
+        content: view.content.destination
+        onChooseFolder: view.controller.chooseDestination()
+    }
+}

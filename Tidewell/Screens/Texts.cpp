@@ -1,0 +1,5 @@
+#include "Tidewell/Screens/Texts.h"
+
+#include "Tidewell/Screens/WizardEngine.h"
+
+Texts* Texts::create(QQmlEngine* engine, QJSEngine*) { return WizardEngine::of(engine).texts(); }

@@ -1,0 +1,36 @@
+#include "Tidewell/Screens/WizardEngine.h"
+
+#include <QQuickStyle>
+#include <QQuickWindow>
+
+#include "Tidewell/Screens/Appearance.h"
+#include "Tidewell/Screens/FolderPrompt.h"
+#include "Tidewell/Screens/SymbolProvider.h"
+#include "Tidewell/Screens/WizardScreens.h"
+#include "TidewellCore/Platform/Precondition.h"
+
+// Generated. Naming it keeps the linker from leaving out the screens' types, which nothing else asks for.
+void qml_register_types_Tidewell_Screens();
+
+WizardEngine::WizardEngine(const Parts& parts) : texts_(parts.texts), appearance_(parts.appearance) {
+  [[maybe_unused]] void (*const volatile keepTypes)() = &qml_register_types_Tidewell_Screens;
+  QQuickStyle::setStyle(QStringLiteral("Basic"));
+  // They live in this house, not on the engine's heap.
+  setObjectOwnership(&texts_, CppOwnership);
+  setObjectOwnership(&appearance_, CppOwnership);
+  addImageProvider(QStringLiteral("symbol"), new SymbolProvider);
+  addImportPath(QStringLiteral("qrc:/qt/qml"));
+  setInitialProperties({{QStringLiteral("screens"), QVariant::fromValue(&parts.screens)},
+                        {QStringLiteral("folders"), QVariant::fromValue(&parts.folders)}});
+  load(QStringLiteral("qrc:/qt/qml/Tidewell/Screens/Main.qml"));
+}
+
+WizardEngine& WizardEngine::of(QQmlEngine* engine) {
+  auto* wizard = qobject_cast<WizardEngine*>(engine);
+  precondition(wizard != nullptr, "the screens run in a WizardEngine");
+  return *wizard;
+}
+
+QQuickWindow* WizardEngine::window() const {
+  return rootObjects().isEmpty() ? nullptr : qobject_cast<QQuickWindow*>(rootObjects().first());
+}

@@ -1,0 +1,63 @@
+#include <QCommandLineParser>
+#include <QFile>
+#include <QGuiApplication>
+#include <QIcon>
+#include <QLocale>
+#include <QQuickWindow>
+#include <QTimeZone>
+#include <filesystem>
+#include <optional>
+
+#include "Tidewell/Screens/DesktopAppearance.h"
+#include "Tidewell/Screens/LorewickApp.h"
+#include "Tidewell/Services/ResourceBundle.h"
+
+namespace {
+
+void describe(QGuiApplication& application) {
+  application.setApplicationName(QStringLiteral("Lorewick"));
+  application.setApplicationDisplayName(QStringLiteral("Lorewick"));
+  application.setOrganizationName(QStringLiteral("Lorewick"));
+  application.setApplicationVersion(QStringLiteral(TIDEWELL_VERSION));
+  application.setDesktopFileName(QStringLiteral("app.tidewell.Tidewell"));
+  application.setWindowIcon(QIcon::fromTheme(QStringLiteral("app.tidewell.Tidewell")));
+}
+
+// The backup to open, when one was named.
+std::optional<std::filesystem::path> parse(const QGuiApplication& application) {
+  QCommandLineParser parser;
+  parser.setApplicationDescription(
+      QStringLiteral("Gets WhatsApp chats and media out of a local iPhone backup into folders."));
+  parser.addHelpOption();
+  parser.addVersionOption();
+  parser.addPositionalArgument(QStringLiteral("FOLDER"), QStringLiteral("The backup to open."),
+                               QStringLiteral("[FOLDER]"));
+  parser.process(application);
+  const QStringList folders = parser.positionalArguments();
+  if (folders.size() > 1) parser.showHelp(2);
+  if (folders.isEmpty()) return std::nullopt;
+  return std::filesystem::absolute(QFile::encodeName(folders.first()).toStdString());
+}
+
+L10n systemTexts() {
+  const std::filesystem::path folder(QFile::encodeName(QCoreApplication::applicationDirPath()).toStdString());
+  const auto bundle = ResourceBundle::find(ResourceBundle::searchFolders(folder));
+  const QLocale system = QLocale::system();
+  return L10n(StringTable::load(bundle, system.uiLanguages()), Locale{system.name().toStdString()},
+              TimeZone{QTimeZone::systemTimeZoneId().toStdString()});
+}
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+  QGuiApplication application(argc, argv);
+  describe(application);
+  const std::optional<std::filesystem::path> backup = parse(application);
+
+  LorewickApp app({.services = {}, .texts = systemTexts(), .preferencesURL = std::nullopt});
+  if (app.window() == nullptr) return EXIT_FAILURE;
+  const DesktopAppearance appearance(app.appearance());
+  app.window()->show();
+  app.controller().startUp(backup);
+  return QGuiApplication::exec();
+}
