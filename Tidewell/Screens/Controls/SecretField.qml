@@ -14,7 +14,7 @@ T.TextField {
     color: Theme.text
     placeholderTextColor: Theme.quiet
     selectionColor: Theme.accent
-    selectedTextColor: Theme.onAccent
+    selectedTextColor: Theme.accentInk
     selectByMouse: true
     font.pixelSize: Theme.body
     verticalAlignment: TextInput.AlignVCenter
