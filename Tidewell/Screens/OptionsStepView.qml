@@ -14,7 +14,7 @@ ScrollPage {
         padding: Theme.medium
 
         GridLayout {
-            columns: width > 520 ? 4 : 2
+            columns: view.width > 720 ? 4 : 2
             columnSpacing: Theme.medium
             rowSpacing: Theme.snug
             Layout.fillWidth: true

@@ -11,6 +11,8 @@ FocusScope {
 
     default property alias body: column.data
     property bool centred: false
+    // Scrolled to when it is named, and again when the page becomes longer or shorter.
+    property Item revealed: null
     readonly property Item focusItem: Window.activeFocusItem
 
     // Scrolls as little as shows the whole of `item`, or its top when it is taller than the page.
@@ -27,6 +29,7 @@ FocusScope {
         flickable.contentY = Math.max(0, Math.min(lowest, flickable.contentY + distance));
     }
 
+    onRevealedChanged: if (revealed) reveal(revealed)
     onFocusItemChanged: if (focusItem && column.isAncestor(focusItem)) reveal(focusItem)
     Keys.onUpPressed: scrollBy(-48)
     Keys.onDownPressed: scrollBy(48)
@@ -44,6 +47,7 @@ FocusScope {
         contentWidth: width
         contentHeight: column.y + column.height + Theme.wide
         boundsBehavior: Flickable.StopAtBounds
+        onContentHeightChanged: if (page.revealed) page.reveal(page.revealed)
         T.ScrollBar.vertical: SlimScrollBar {}
 
         ColumnLayout {
