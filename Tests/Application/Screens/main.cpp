@@ -1,0 +1,13 @@
+#include <gtest/gtest.h>
+
+#include <QGuiApplication>
+
+// The window needs a platform; without another wish it is one that draws into memory.
+int main(int argc, char** argv) {
+  testing::InitGoogleTest(&argc, argv);
+  qputenv("QT_QUICK_BACKEND", "software");
+  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+  QGuiApplication application(argc, argv);
+  QGuiApplication::setApplicationDisplayName(QStringLiteral("Lorewick"));
+  return RUN_ALL_TESTS();
+}
