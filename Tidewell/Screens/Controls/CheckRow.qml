@@ -25,8 +25,8 @@ T.CheckBox {
     focusPolicy: Qt.StrongFocus
     Accessible.name: trailing === "" ? text : text + ", " + trailing
     Accessible.description: caption
-    Accessible.onToggleAction: click()
-    Accessible.onPressAction: click()
+    Accessible.onToggleAction: clicked()
+    Accessible.onPressAction: clicked()
 
     background: Rectangle {
         radius: Theme.controlRadius

@@ -30,7 +30,11 @@ FocusScope {
     }
 
     onRevealedChanged: if (revealed) reveal(revealed)
-    onFocusItemChanged: if (focusItem && column.isAncestor(focusItem)) reveal(focusItem)
+    // What is being clicked must not move away from under the pointer.
+    onFocusItemChanged: {
+        if (focusItem && focusItem.focusReason !== Qt.MouseFocusReason && column.isAncestor(focusItem))
+            reveal(focusItem);
+    }
     Keys.onUpPressed: scrollBy(-48)
     Keys.onDownPressed: scrollBy(48)
     Keys.onPressed: event => {

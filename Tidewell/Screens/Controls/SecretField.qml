@@ -18,8 +18,6 @@ T.TextField {
     selectByMouse: true
     font.pixelSize: Theme.body
     verticalAlignment: TextInput.AlignVCenter
-    Accessible.name: placeholderText
-    Accessible.passwordEdit: true
 
     background: Rectangle {
         radius: Theme.controlRadius
