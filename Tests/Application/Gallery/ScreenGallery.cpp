@@ -2,6 +2,7 @@
 #include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QImage>
+#include <QQuickItem>
 #include <QQuickWindow>
 #include <atomic>
 #include <cstdio>
@@ -21,13 +22,19 @@ void countWarnings(QtMsgType type, const QMessageLogContext&, const QString& mes
   std::fprintf(stderr, "%s\n", qPrintable(message));
 }
 
+bool isPageSeen(const QQuickWindow& window) {
+  const auto* page = window.findChild<QObject*>("page");
+  const auto* step = page == nullptr ? nullptr : page->property("item").value<QQuickItem*>();
+  return step != nullptr && step->opacity() == 1;
+}
+
 // Two frames, since one state may have the next frame laid out anew.
 void waitForFrames(QQuickWindow& window) {
   std::atomic<int> frames = 0;
   const auto count = QObject::connect(&window, &QQuickWindow::frameSwapped, &window, [&] { ++frames; });
   QElapsedTimer timer;
   timer.start();
-  while (frames < 2 && timer.elapsed() < 5000) {
+  while ((frames < 2 || !isPageSeen(window)) && timer.elapsed() < 5000) {
     window.update();
     QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents, 20);
   }
