@@ -108,7 +108,7 @@ TEST_F(Access, ASmallWindowHidesNoButton) {
 
 TEST_F(Access, LongNamesStayWithinTheWindow) {
   Wishes wishes;
-  wishes.contents.deviceName = std::string(300, 'W') + " של אנה 📱";
+  wishes.contents->deviceName = std::string(300, 'W') + " של אנה 📱";
   open(std::move(wishes));
   window().resize(640, 480);
   click("backupRow0");

@@ -15,6 +15,13 @@ namespace WindowTest {
 namespace {
 
 constexpr int patience = 10'000;  // milliseconds
+constexpr int longPatience = 120'000;
+
+bool holdsWithin(int milliseconds, const std::function<bool()>& condition, const std::string& what) {
+  const bool holds = QTest::qWaitFor(condition, milliseconds);
+  EXPECT_TRUE(holds) << "never: " << what;
+  return holds;
+}
 
 void walk(QQuickItem* item, const std::function<void(QQuickItem*)>& visit) {
   if (!item->isVisible() || item->opacity() == 0) return;
@@ -95,7 +102,7 @@ void Scene::open(Wishes wishes) {
   if (wishes.hasHome) fs::create_directories(folder / "home");
   fs::create_directories(destination);
   if (!wishes.listed) backup = folder / "copied backup";
-  Fixture::writeBackup(wishes.contents, backup);
+  if (wishes.contents) Fixture::writeBackup(*wishes.contents, backup);
   console = std::make_unique<Console>();
   app = std::make_unique<LorewickApp>(setup(wishes));
   if (app->window() == nullptr) throw std::runtime_error("The window could not be loaded.");
@@ -112,9 +119,11 @@ void Scene::TearDown() {
 }
 
 bool Scene::until(const std::function<bool()>& condition, const std::string& what) {
-  const bool holds = QTest::qWaitFor(condition, patience);
-  EXPECT_TRUE(holds) << "never: " << what;
-  return holds;
+  return holdsWithin(patience, condition, what);
+}
+
+bool Scene::eventually(const std::function<bool()>& condition, const std::string& what) {
+  return holdsWithin(longPatience, condition, what);
 }
 
 QQuickItem* Scene::find(const std::string& name) const {
@@ -159,8 +168,17 @@ std::string Scene::focused() const {
   return item == nullptr ? "" : item->objectName().toStdString();
 }
 
+// Sheet and alert let nothing through, also while they fade away.
+bool Scene::isCovered(const std::string& name) const {
+  for (const char* button : {"cancelUnlockButton", "alertOKButton"}) {
+    if (isShown(button)) return name != button;
+  }
+  return false;
+}
+
 void Scene::click(const std::string& name) {
-  ASSERT_TRUE(until([&] { return find(name) != nullptr && find(name)->isEnabled(); }, name + " can be clicked"));
+  ASSERT_TRUE(until([&] { return find(name) != nullptr && find(name)->isEnabled() && !isCovered(name); },
+                    name + " can be clicked"));
   bringIntoView(item(name));
   QTest::mouseClick(&window(), Qt::LeftButton, Qt::NoModifier, middleOf(item(name)));
 }

@@ -42,7 +42,7 @@ class MemoryPasswords {
 
 // What a test wants to have at hand before the window opens.
 struct Wishes {
-  Fixture::BackupContents contents = ExportTest::smallBackup();
+  std::optional<Fixture::BackupContents> contents = ExportTest::smallBackup();  // absent: the backup is there already
   bool listed = true;             // the backup stands in the library
   bool hasHome = true;            // there is a home folder to export to
   bool realFolderDialog = false;  // instead of the answers that the test gives
@@ -61,6 +61,8 @@ class Scene : public testing::Test {
 
   // Spins the event loop until the condition holds; a failure after ten seconds.
   bool until(const std::function<bool()>& condition, const std::string& what);
+  // The same for work that takes long; a failure after two minutes.
+  bool eventually(const std::function<bool()>& condition, const std::string& what);
 
   // The visible item of that name, also within a delegate or a popup; null without one.
   QQuickItem* find(const std::string& name) const;
@@ -107,6 +109,7 @@ class Scene : public testing::Test {
 
  private:
   ExportViewModel::Setup setup(const Wishes& wishes);
+  bool isCovered(const std::string& name) const;
 };
 
 }  // namespace WindowTest

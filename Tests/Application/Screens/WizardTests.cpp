@@ -113,7 +113,7 @@ TEST_F(Wizard, StopsAnExportAndCanStartItAgain) {
   Wishes many;
   for (int i = 0; i < 1500; ++i) {
     const std::string name = "b" + std::to_string(i);
-    many.contents.whatsApp.mediaFiles.push_back(ExportTest::media(ExportTest::ana, name, "jpg", "photo " + name));
+    many.contents->whatsApp.mediaFiles.push_back(ExportTest::media(ExportTest::ana, name, "jpg", "photo " + name));
   }
   open(std::move(many));
   click("backupRow0");
