@@ -41,7 +41,7 @@ Card {
             objectName: "passwordField"
             Layout.fillWidth: true
             placeholderText: L10n.text("Backup password")
-            Accessible.name: placeholderText
+            Accessible.name: L10n.text("Backup password")
             Accessible.passwordEdit: true
             onTextEdited: card.controller.setBackupPassword(text)
         }
