@@ -55,7 +55,7 @@ int main(int argc, char* argv[]) {
   LorewickApp app({.services = {}, .texts = systemTexts(), .preferencesURL = std::nullopt});
   if (app.window() == nullptr) return EXIT_FAILURE;
   const DesktopAppearance appearance(app.appearance());
-  const QuitSignals signals;
+  const QuitSignals quitSignals;
   app.window()->show();
   app.controller().startUp(backup);
   return QGuiApplication::exec();

@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr std::array signals{SIGINT, SIGTERM, SIGHUP};
+constexpr std::array handled{SIGINT, SIGTERM, SIGHUP};
 std::atomic<int> writeEnd = -1;
 
 // A second signal finds the default action in place and ends the process at once.
@@ -32,11 +32,11 @@ QuitSignals::QuitSignals() : notifier_(makePipe(pipe_), QSocketNotifier::Read) {
     QCoreApplication::quit();
   });
   writeEnd = pipe_[1];
-  for (const int signal : signals) std::signal(signal, handle);
+  for (const int signal : handled) std::signal(signal, handle);
 }
 
 QuitSignals::~QuitSignals() {
-  for (const int signal : signals) std::signal(signal, SIG_DFL);
+  for (const int signal : handled) std::signal(signal, SIG_DFL);
   writeEnd = -1;
   for (const int end : pipe_) ::close(end);
 }

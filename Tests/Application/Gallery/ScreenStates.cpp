@@ -52,9 +52,10 @@ ExportState deniedWithChosen() { return chosen(denied(), device("Copied backup")
 
 ExportState oddNames() {
   const std::string longName = repeated("An iPhone with a name beyond all measure ", 5);
-  ExportState state = choosing({{.info = device(longName, true), .byteCount = 1},
-                                {.info = device("هاتف مريم المحمول"), .byteCount = 4'000'000},
-                                {.info = device("📱🏝️👩‍👩‍👧‍👦 <b>Ünïcødé</b>"), .byteCount = 0}});
+  ExportState state =
+      choosing({{.info = device(longName, true), .byteCount = 1},
+                {.info = device("هاتف مريم المحمول"), .byteCount = 4'000'000},
+                {.info = device("📱🏝️👩‍👩‍👧‍👦 <b>Ünïcødé</b>"), .byteCount = 0}});
   return chosen(state, state.library.backups[0].info);
 }
 

@@ -64,10 +64,9 @@ TEST_F(Access, KeysReachEveryControlOfTheSecondStep) {
   click("backupRow0");
   continueWithBackup();
   chooseDestination();
-  EXPECT_THAT(tabStops(),
-              testing::UnorderedElementsAre("kindBox.photos", "kindBox.videos", "kindBox.voiceNotes",
-                                            "kindBox.stickers", "kindBox.documents", "transcriptsBox",
-                                            "chooseDestinationButton", "backButton", "startExportButton"));
+  EXPECT_THAT(tabStops(), testing::UnorderedElementsAre("kindBox.photos", "kindBox.videos", "kindBox.voiceNotes",
+                                                        "kindBox.stickers", "kindBox.documents", "transcriptsBox",
+                                                        "chooseDestinationButton", "backButton", "startExportButton"));
 }
 
 TEST_F(Access, KeysReachEveryControlOfTheLastStep) {

@@ -1,8 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <QDir>
-#include <QElapsedTimer>
 #include <QProcess>
+#include <QProcessEnvironment>
 #include <QTest>
 #include <filesystem>
 
@@ -22,6 +21,7 @@ class Application : public testing::Test {
  protected:
   Application() {
     fs::create_directories(home);
+    fs::permissions(home, fs::perms::owner_all);
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert("HOME", text(home));
     environment.insert("XDG_DATA_HOME", text(home / "data"));

@@ -22,9 +22,7 @@ void walk(QQuickItem* item, const std::function<void(QQuickItem*)>& visit) {
   for (QQuickItem* child : item->childItems()) walk(child, visit);
 }
 
-QPoint middleOf(QQuickItem& item) {
-  return item.mapToScene(QPointF(item.width() / 2, item.height() / 2)).toPoint();
-}
+QPoint middleOf(QQuickItem& item) { return item.mapToScene(QPointF(item.width() / 2, item.height() / 2)).toPoint(); }
 
 // The nearest item around it that scrolls.
 QQuickItem* scrollerAround(QQuickItem& item) {
@@ -42,7 +40,6 @@ void bringIntoView(QQuickItem& item) {
   if (place.bottom() > top + scroller->height()) scroller->setProperty("contentY", place.bottom() - scroller->height());
   if (place.top() < top) scroller->setProperty("contentY", place.top());
 }
-
 
 }  // namespace
 
