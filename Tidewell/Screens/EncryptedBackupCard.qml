@@ -41,8 +41,9 @@ Card {
             objectName: "passwordField"
             Layout.fillWidth: true
             placeholderText: L10n.text("Backup password")
+            // Qt hides the name of a password field from screen readers, though not its description.
             Accessible.name: placeholderText
-            Accessible.passwordEdit: true
+            Accessible.description: placeholderText
             onTextEdited: card.controller.setBackupPassword(text)
         }
         CheckRow {

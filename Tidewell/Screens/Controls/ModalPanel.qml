@@ -4,7 +4,8 @@ import QtQuick.Templates as T
 import Tidewell.Screens
 
 // A panel over the darkened window that takes the focus and gives it back when it
-// goes. It goes only when its owner makes it invisible; Escape asks for that.
+// goes, at once so that it is in nobody's way. It goes only when its owner makes
+// it invisible; Escape asks for that.
 T.Popup {
     id: panel
 
@@ -31,13 +32,6 @@ T.Popup {
             property: "opacity"
             from: 0
             to: 1
-            duration: Theme.quick
-        }
-    }
-    exit: Transition {
-        NumberAnimation {
-            property: "opacity"
-            to: 0
             duration: Theme.quick
         }
     }
