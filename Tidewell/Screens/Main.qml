@@ -11,7 +11,7 @@ ApplicationWindow {
     required property FolderPrompt folders
 
     width: 900
-    height: 740
+    height: 760
     minimumWidth: 640
     minimumHeight: 480
     title: Qt.application.displayName
