@@ -1,12 +1,11 @@
 #pragma once
 
+#include <QDBusVariant>
 #include <QObject>
 #include <QString>
 #include <optional>
 
 #include "Tidewell/Screens/Appearance.h"
-
-class QDBusVariant;
 
 // Keeps an appearance as the desktop's settings have it: those of its portal
 // (org.freedesktop.portal.Settings) where there is one, else the colours that Qt
