@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDBusMessage>
 #include <QDBusVariant>
 #include <QObject>
 #include <QString>
@@ -20,9 +21,10 @@ class DesktopAppearance : public QObject {
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private slots:
-  void takeSetting(const QString& group, const QString& key, const QDBusVariant& value);
+  void takeChange(const QDBusMessage& change);
 
  private:
+  void takeSetting(const QString& group, const QString& key, const QDBusVariant& value);
   void ask(const QString& group, const QString& key);
   void update();
 
