@@ -96,13 +96,8 @@ void WizardScene::checkNothingIsUntold() {
   EXPECT_TRUE(watch_ == Watch::nothing || isSame(told_, state())) << "a change was not told";
 }
 
-fs::path WizardScene::addBackup(const std::string& name, const Fixture::BackupContents& contents) const {
-  return addBackup(root / name, contents);
-}
-
 fs::path WizardScene::addBackup(const fs::path& place, const Fixture::BackupContents& contents) const {
-  Fixture::writeBackup(contents, place);
-  return place;
+  return Fixture::writeBackup(contents, root / place).folder;
 }
 
 testing::AssertionResult WizardScene::until(const std::function<bool()>& condition, const char* what) {

@@ -33,9 +33,9 @@ class WizardScene {
   WizardScene(const WizardScene&) = delete;
   WizardScene& operator=(const WizardScene&) = delete;
 
-  // A backup in the folder that the library lists, or in any other folder.
-  std::filesystem::path addBackup(const std::string& name, const Fixture::BackupContents& contents = small()) const;
-  std::filesystem::path addBackup(const std::filesystem::path& folder, const Fixture::BackupContents& contents) const;
+  // A backup by its name in the folder that the library lists, or by its path anywhere else.
+  std::filesystem::path addBackup(const std::filesystem::path& place,
+                                  const Fixture::BackupContents& contents = small()) const;
 
   ExportViewModel& wizard() { return *wizard_; }
   const ExportState& state() const { return wizard_->state(); }
