@@ -17,6 +17,7 @@ class EndingTest : public testing::Test {
  protected:
   ~EndingTest() override {
     scene.passwords.release();
+    scene.quit();
     EXPECT_TRUE(scene.untilIdle());
     for (const auto& [folder, count] : scene.permissions.running) EXPECT_EQ(count, 0) << folder;
   }
@@ -117,7 +118,7 @@ TEST_F(EndingTest, WhileExporting) {
   quit();
   ASSERT_TRUE(scene.untilIdle());
   EXPECT_FALSE(::ExportTest::holdsPartials(scene.desktop));
-  EXPECT_FALSE(fs::exists(scene.desktop / "Chat Archive.html")) << "the run was cancelled";
+  EXPECT_FALSE(fs::exists(scene.desktop / "index.html")) << "the run was cancelled";
 }
 
 TEST_F(EndingTest, AndBeginningAnew) {

@@ -44,7 +44,7 @@ TEST_F(ExportingTest, GoesThroughAllSteps) {
   EXPECT_EQ(state.summary->copiedCount, 5);
   EXPECT_EQ(state.summary->failedCount, 0);
   EXPECT_EQ(state.summary->destination, scene.desktop);
-  EXPECT_EQ(state.summary->archiveIndexURL, scene.desktop / "Chat Archive.html");
+  EXPECT_EQ(state.summary->archiveIndexURL, scene.desktop / "index.html");
   EXPECT_FALSE(state.isExporting);
   EXPECT_THAT(scene.steps(),
               ElementsAre(WizardStep::backup, WizardStep::options, WizardStep::exporting, WizardStep::done));
@@ -105,7 +105,7 @@ TEST_F(ExportingTest, OpensTheArchive) {
   EXPECT_TRUE(scene.workspace.files.empty());
   ASSERT_TRUE(scene.reachDone(backup));
   wizard.openArchive();
-  EXPECT_THAT(scene.workspace.files, ElementsAre(scene.desktop / "Chat Archive.html"));
+  EXPECT_THAT(scene.workspace.files, ElementsAre(scene.desktop / "index.html"));
   EXPECT_TRUE(fs::exists(scene.workspace.files.at(0)));
 }
 
