@@ -4,12 +4,12 @@
 #include <QIcon>
 #include <QLocale>
 #include <QQuickWindow>
-#include <QTimeZone>
 #include <filesystem>
 #include <optional>
 
 #include "Tidewell/Screens/DesktopAppearance.h"
 #include "Tidewell/Screens/LorewickApp.h"
+#include "Tidewell/Screens/QuitSignals.h"
 #include "Tidewell/Services/ResourceBundle.h"
 
 namespace {
@@ -42,9 +42,7 @@ std::optional<std::filesystem::path> parse(const QGuiApplication& application) {
 L10n systemTexts() {
   const std::filesystem::path folder(QFile::encodeName(QCoreApplication::applicationDirPath()).toStdString());
   const auto bundle = ResourceBundle::find(ResourceBundle::searchFolders(folder));
-  const QLocale system = QLocale::system();
-  return L10n(StringTable::load(bundle, system.uiLanguages()), Locale{system.name().toStdString()},
-              TimeZone{QTimeZone::systemTimeZoneId().toStdString()});
+  return L10n(StringTable::load(bundle, QLocale::system().uiLanguages()), Locale::current(), TimeZone::current());
 }
 
 }  // namespace
@@ -57,6 +55,7 @@ int main(int argc, char* argv[]) {
   LorewickApp app({.services = {}, .texts = systemTexts(), .preferencesURL = std::nullopt});
   if (app.window() == nullptr) return EXIT_FAILURE;
   const DesktopAppearance appearance(app.appearance());
+  const QuitSignals quitSignals;
   app.window()->show();
   app.controller().startUp(backup);
   return QGuiApplication::exec();

@@ -27,12 +27,13 @@ quietly() {
   fi
 }
 
-# build PRESET [TARGET...]: configures build/PRESET once and brings it up to date.
+# build PRESET [TARGET...]: configures build/PRESET, again when the presets have
+# changed, and brings it up to date.
 build() {
   local preset=$1 targets=()
   shift
   if (($#)); then targets=(--target "$@"); fi
-  if [[ ! -e $root/build/$preset/build.ninja ]]; then
+  if [[ ! $root/build/$preset/build.ninja -nt $root/CMakePresets.json ]]; then
     quietly "$root/build/$preset-configure.log" cmake -S "$root" --preset "$preset"
   fi
   quietly "$root/build/$preset-build.log" \

@@ -6,7 +6,7 @@
 class QJSEngine;
 class QQmlEngine;
 
-// How the user wants windows to look. Starts out light and moving.
+// How the user wants windows to look.
 class Appearance : public QObject {
   Q_OBJECT
   QML_ELEMENT
@@ -15,7 +15,8 @@ class Appearance : public QObject {
   Q_PROPERTY(bool reducesMotion READ reducesMotion WRITE setReducesMotion NOTIFY reducesMotionChanged)
 
  public:
-  Appearance() = default;
+  // Not by default, since the engine would then make one of its own.
+  Appearance(bool isDark, bool reducesMotion) : isDark_(isDark), reducesMotion_(reducesMotion) {}
   // The one of that engine, which must be a WizardEngine.
   static Appearance* create(QQmlEngine* engine, QJSEngine*);
 
@@ -29,6 +30,6 @@ class Appearance : public QObject {
   void reducesMotionChanged();
 
  private:
-  bool isDark_ = false;
-  bool reducesMotion_ = false;
+  bool isDark_;
+  bool reducesMotion_;
 };

@@ -4,35 +4,35 @@ import QtQuick.Templates as T
 import Tidewell.Screens
 
 // One backup of the list, and whether it is the chosen one.
-T.AbstractButton {
+T.RadioButton {
     id: row
 
     required property backupRowContent backup
     required property bool selected
 
+    autoExclusive: false
+    checked: selected
+    // A click chooses nothing by itself.
+    onClicked: checked = Qt.binding(() => selected)
+
+    // On the chosen row, Return goes on to the step's own button.
+    function chooseByKey(event) {
+        event.accepted = !selected;
+        if (!selected)
+            clicked();
+    }
+
     implicitHeight: content.implicitHeight + 2 * padding
     padding: Theme.medium
     hoverEnabled: true
     focusPolicy: Qt.StrongFocus
-    Accessible.role: Accessible.RadioButton
     Accessible.name: [backup.name, backup.detail, backup.note].filter(part => part !== "").join(", ")
-    Accessible.checkable: true
-    Accessible.checked: selected
     Accessible.selectable: true
     Accessible.selected: selected
-    Accessible.onPressAction: click()
-    Accessible.onToggleAction: click()
-    // On the chosen row, Return goes on to the step's own button.
-    Keys.onReturnPressed: event => {
-        event.accepted = !selected;
-        if (!selected)
-            click();
-    }
-    Keys.onEnterPressed: event => {
-        event.accepted = !selected;
-        if (!selected)
-            click();
-    }
+    Accessible.onPressAction: clicked()
+    Accessible.onToggleAction: clicked()
+    Keys.onReturnPressed: event => chooseByKey(event)
+    Keys.onEnterPressed: event => chooseByKey(event)
 
     background: Rectangle {
         radius: Theme.cardRadius

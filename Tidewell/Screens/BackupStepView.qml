@@ -12,6 +12,7 @@ ScrollPage {
     required property bool mayTakeFocus
 
     centred: content.isLooking
+    revealed: content.isEncrypted ? passwordCard : null
 
     ColumnLayout {
         visible: view.content.isLooking
@@ -90,7 +91,5 @@ ScrollPage {
         content: view.content
         takesFocus: view.content.wantsPasswordFocus && view.mayTakeFocus
         controller: view.controller
-        onYChanged: if (visible) view.reveal(passwordCard)
-        onVisibleChanged: if (visible) view.reveal(passwordCard)
     }
 }

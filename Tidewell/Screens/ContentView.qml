@@ -12,14 +12,14 @@ FocusScope {
 
     function press(button) {
         if (button && button.enabled)
-            button.click();
+            button.clicked();
     }
 
     Accessible.role: Accessible.Client
     Accessible.name: content.stepCaption
-    Keys.onReturnPressed: press(footer.item.defaultButton)
-    Keys.onEnterPressed: press(footer.item.defaultButton)
-    Keys.onEscapePressed: press(footer.item.cancelButton)
+    Keys.onReturnPressed: event => press(footer.item.defaultButton, event)
+    Keys.onEnterPressed: event => press(footer.item.defaultButton, event)
+    Keys.onEscapePressed: event => press(footer.item.cancelButton, event)
 
     ColumnLayout {
         anchors.fill: parent

@@ -77,7 +77,7 @@ Card {
         RowLayout {
             spacing: 6
             Layout.fillWidth: true
-            Layout.preferredWidth: 2
+            Layout.preferredWidth: 200
             opacity: bar.content.status === "" ? 0 : 1
 
             Item {

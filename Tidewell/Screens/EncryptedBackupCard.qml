@@ -12,15 +12,18 @@ Card {
     required property bool takesFocus
     readonly property bool isCleared: !content.hasTypedPassword
 
+    // Later, since it ends the very wish that it answers.
     function takeFocus() {
+        if (!takesFocus)
+            return;
         field.forceActiveFocus(Qt.OtherFocusReason);
         field.selectAll();
         controller.setFocusBackupPassword(false);
     }
 
     onIsClearedChanged: if (isCleared) field.clear()
-    onTakesFocusChanged: if (takesFocus) takeFocus()
-    Component.onCompleted: if (takesFocus) takeFocus()
+    onTakesFocusChanged: Qt.callLater(takeFocus)
+    Component.onCompleted: Qt.callLater(takeFocus)
 
     CardHeading {
         symbol: "lock.fill"
@@ -38,6 +41,8 @@ Card {
             objectName: "passwordField"
             Layout.fillWidth: true
             placeholderText: L10n.text("Backup password")
+            Accessible.name: placeholderText
+            Accessible.passwordEdit: true
             onTextEdited: card.controller.setBackupPassword(text)
         }
         CheckRow {

@@ -31,7 +31,7 @@ class LorewickApp {
   L10n texts_;
   BackgroundWork work_;
   FolderPrompt folders_;
-  Appearance appearance_;
+  Appearance appearance_{false, false};
   ExportViewModel controller_;
   WizardScreens screens_;
   WizardEngine engine_;

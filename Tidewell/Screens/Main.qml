@@ -28,7 +28,7 @@ ApplicationWindow {
     palette.mid: Theme.line
     palette.dark: Theme.quiet
     palette.highlight: Theme.accent
-    palette.highlightedText: Theme.onAccent
+    palette.highlightedText: Theme.accentInk
     palette.placeholderText: Theme.quiet
     palette.brightText: Theme.text
 

@@ -14,28 +14,32 @@ ScrollPage {
         padding: Theme.medium
 
         GridLayout {
-            columns: width > 520 ? 4 : 2
+            columns: view.width > 720 ? 4 : 2
             columnSpacing: Theme.medium
             rowSpacing: Theme.snug
             Layout.fillWidth: true
 
             Fact {
                 objectName: "deviceFact"
+                share: 4
                 label: L10n.text("Device")
                 value: view.content.device
             }
             Fact {
                 objectName: "backedUpFact"
+                share: 5
                 label: L10n.text("Backed up")
                 value: view.content.backedUp
             }
             Fact {
                 objectName: "chatsFact"
+                share: 2
                 label: L10n.text("Chats")
                 value: view.content.chats
             }
             Fact {
                 objectName: "mediaFact"
+                share: 4
                 label: L10n.text("Media")
                 value: view.content.media
             }
@@ -52,7 +56,7 @@ ScrollPage {
     Card {
         Layout.fillWidth: true
         padding: Theme.medium
-        spacing: Theme.hair
+        spacing: 0
 
         Words {
             Layout.fillWidth: true

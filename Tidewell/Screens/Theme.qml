@@ -1,6 +1,7 @@
 pragma Singleton
 
 import QtQuick
+import Tidewell.Screens
 
 // Sizes, colours and durations of all screens. Lengths are in device-independent
 // pixels; text grows with the font size that the user's desktop asks for.
@@ -43,7 +44,7 @@ QtObject {
     readonly property color accentHover: dark ? "#6adcc4" : "#086657"
     readonly property color accentPressed: dark ? "#3dbba1" : "#065548"
     readonly property color accentSoft: dark ? "#17352f" : "#e1f3ee"
-    readonly property color onAccent: dark ? "#06231d" : "#ffffff"
+    readonly property color accentInk: dark ? "#06231d" : "#ffffff"
     readonly property color warning: dark ? "#ffb27d" : "#96470a"
     readonly property color warningSoft: dark ? "#3a2a1c" : "#fdf0e4"
     readonly property color shade: dark ? "#b0000000" : "#66101a22"

@@ -1,5 +1,8 @@
 #include "Tidewell/Screens/WizardEngine.h"
 
+#include <QFont>
+#include <QFontInfo>
+#include <QGuiApplication>
 #include <QQuickStyle>
 #include <QQuickWindow>
 
@@ -12,9 +15,28 @@
 // Generated. Naming it keeps the linker from leaving out the screens' types, which nothing else asks for.
 void qml_register_types_Tidewell_Screens();
 
-WizardEngine::WizardEngine(const Parts& parts) : texts_(parts.texts), appearance_(parts.appearance) {
-  [[maybe_unused]] static const auto keepTypes = &qml_register_types_Tidewell_Screens;
+namespace {
+
+// Where no desktop has chosen a font, Qt is left with one made for terminals of
+// long ago; any of these reads better.
+QFont readable(QFont font) {
+  if (!QFontInfo(font).family().startsWith(QStringLiteral("DejaVu"))) return font;
+  font.setFamilies({QStringLiteral("Inter"), QStringLiteral("Cantarell"), QStringLiteral("Noto Sans"),
+                    QStringLiteral("Liberation Sans"), font.family()});
+  return font;
+}
+
+// Holds for the whole process, and must be done before anything is loaded.
+void chooseLooks() {
   QQuickStyle::setStyle(QStringLiteral("Basic"));
+  QGuiApplication::setFont(readable(QGuiApplication::font()));
+}
+
+}  // namespace
+
+WizardEngine::WizardEngine(const Parts& parts) : texts_(parts.texts), appearance_(parts.appearance) {
+  [[maybe_unused]] void (*const volatile keepTypes)() = &qml_register_types_Tidewell_Screens;
+  chooseLooks();
   // They live in this house, not on the engine's heap.
   setObjectOwnership(&texts_, CppOwnership);
   setObjectOwnership(&appearance_, CppOwnership);

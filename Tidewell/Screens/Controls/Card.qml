@@ -6,7 +6,7 @@ import Tidewell.Screens
 Rectangle {
     id: card
 
-    default property alias content: column.data
+    default property alias body: column.data
     property int padding: Theme.wide
     property alias spacing: column.spacing
 

@@ -18,15 +18,15 @@ T.CheckBox {
     nextCheckState: () => checkState
     onClicked: wanted(!checked)
     implicitWidth: implicitContentWidth + leftPadding + rightPadding
-    implicitHeight: Math.max(Theme.controlHeight, implicitContentHeight + 2 * Theme.tight)
+    implicitHeight: implicitContentHeight + 2 * Theme.tight
     leftPadding: sidePadding
     rightPadding: sidePadding
     hoverEnabled: true
     focusPolicy: Qt.StrongFocus
     Accessible.name: trailing === "" ? text : text + ", " + trailing
     Accessible.description: caption
-    Accessible.onToggleAction: click()
-    Accessible.onPressAction: click()
+    Accessible.onToggleAction: clicked()
+    Accessible.onPressAction: clicked()
 
     background: Rectangle {
         radius: Theme.controlRadius
@@ -53,7 +53,7 @@ T.CheckBox {
             Symbol {
                 anchors.centerIn: parent
                 name: "checkmark"
-                tint: Theme.onAccent
+                tint: Theme.accentInk
                 size: 16
                 visible: box.checked
             }

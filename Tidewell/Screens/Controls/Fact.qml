@@ -8,10 +8,12 @@ ColumnLayout {
 
     required property string label
     required property string value
+    // Of the width, in proportion to the facts beside it.
+    property int share: 1
 
     spacing: 2
     Layout.fillWidth: true
-    Layout.preferredWidth: 1
+    Layout.preferredWidth: 100 * share
     Accessible.role: Accessible.StaticText
     Accessible.name: label + ": " + value
 

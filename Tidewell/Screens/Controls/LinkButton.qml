@@ -6,14 +6,19 @@ import Tidewell.Screens
 T.Button {
     id: link
 
+    function pressByKey(event) {
+        if (!event.isAutoRepeat)
+            clicked();
+    }
+
     implicitWidth: implicitContentWidth
     implicitHeight: Math.max(24, implicitContentHeight)
     hoverEnabled: true
     focusPolicy: Qt.StrongFocus
-    Accessible.role: Accessible.Link
-    Accessible.onPressAction: click()
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Accessible.name: text
+    Accessible.onPressAction: clicked()
+    Keys.onReturnPressed: event => pressByKey(event)
+    Keys.onEnterPressed: event => pressByKey(event)
 
     HoverHandler {
         cursorShape: Qt.PointingHandCursor

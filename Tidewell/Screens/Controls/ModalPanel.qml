@@ -8,7 +8,7 @@ import Tidewell.Screens
 T.Popup {
     id: panel
 
-    default property alias content: column.data
+    default property alias body: column.data
     property int role: Accessible.Dialog
     required property string title
     required property string description

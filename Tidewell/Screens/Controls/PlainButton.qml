@@ -10,6 +10,11 @@ T.Button {
     property color ink: Theme.text
     property color edge: Theme.border
 
+    function pressByKey(event) {
+        if (!event.isAutoRepeat)
+            clicked();
+    }
+
     implicitWidth: Math.max(implicitContentWidth + leftPadding + rightPadding, 88)
     implicitHeight: Math.max(Theme.controlHeight, implicitContentHeight + 2 * Theme.tight)
     leftPadding: Theme.medium
@@ -17,9 +22,10 @@ T.Button {
     hoverEnabled: true
     focusPolicy: Qt.StrongFocus
     opacity: enabled ? 1 : 0.45
-    Accessible.onPressAction: click()
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Accessible.name: text
+    Accessible.onPressAction: clicked()
+    Keys.onReturnPressed: event => pressByKey(event)
+    Keys.onEnterPressed: event => pressByKey(event)
 
     background: Rectangle {
         color: button.fill

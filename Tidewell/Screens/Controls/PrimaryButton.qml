@@ -4,6 +4,6 @@ import Tidewell.Screens
 // The step's one main action.
 PlainButton {
     fill: down ? Theme.accentPressed : hovered ? Theme.accentHover : Theme.accent
-    ink: Theme.onAccent
+    ink: Theme.accentInk
     edge: "transparent"
 }

@@ -9,8 +9,10 @@ import Tidewell.Screens
 FocusScope {
     id: page
 
-    default property alias content: column.data
+    default property alias body: column.data
     property bool centred: false
+    // Scrolled to when it is named, and again when the page becomes longer or shorter.
+    property Item revealed: null
     readonly property Item focusItem: Window.activeFocusItem
 
     // Scrolls as little as shows the whole of `item`, or its top when it is taller than the page.
@@ -27,7 +29,12 @@ FocusScope {
         flickable.contentY = Math.max(0, Math.min(lowest, flickable.contentY + distance));
     }
 
-    onFocusItemChanged: if (focusItem && column.isAncestor(focusItem)) reveal(focusItem)
+    onRevealedChanged: if (revealed) reveal(revealed)
+    // What is being clicked must not move away from under the pointer.
+    onFocusItemChanged: {
+        if (focusItem && focusItem.focusReason !== Qt.MouseFocusReason && column.isAncestor(focusItem))
+            reveal(focusItem);
+    }
     Keys.onUpPressed: scrollBy(-48)
     Keys.onDownPressed: scrollBy(48)
     Keys.onPressed: event => {
@@ -44,6 +51,7 @@ FocusScope {
         contentWidth: width
         contentHeight: column.y + column.height + Theme.wide
         boundsBehavior: Flickable.StopAtBounds
+        onContentHeightChanged: if (page.revealed) page.reveal(page.revealed)
         T.ScrollBar.vertical: SlimScrollBar {}
 
         ColumnLayout {

@@ -14,12 +14,10 @@ T.TextField {
     color: Theme.text
     placeholderTextColor: Theme.quiet
     selectionColor: Theme.accent
-    selectedTextColor: Theme.onAccent
+    selectedTextColor: Theme.accentInk
     selectByMouse: true
     font.pixelSize: Theme.body
     verticalAlignment: TextInput.AlignVCenter
-    Accessible.name: placeholderText
-    Accessible.passwordEdit: true
 
     background: Rectangle {
         radius: Theme.controlRadius

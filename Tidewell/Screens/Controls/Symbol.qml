@@ -12,7 +12,7 @@ Image {
 
     width: size
     height: size
-    source: "image://symbol/" + name + "/" + String(tint).slice(-6)
+    source: name === "" ? "" : "image://symbol/" + name + "/" + String(tint).slice(-6)
     sourceSize: Qt.size(size * Screen.devicePixelRatio, size * Screen.devicePixelRatio)
     Accessible.ignored: true
 }

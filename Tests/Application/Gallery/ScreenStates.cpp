@@ -1,0 +1,210 @@
+#include "Tests/Application/Gallery/ScreenStates.h"
+
+#include <string_view>
+
+namespace {
+
+constexpr double noon = 1'790'000'000;
+
+BackupInfo device(const std::string& name, bool isEncrypted = false) {
+  return {.url = "/Users/mara/Library/Application Support/MobileSync/Backup/" + name,
+          .deviceName = name,
+          .productType = "iPhone15,2",
+          .iosVersion = "18.6.2",
+          .backupDate = dateFromUnixTime(noon - 90'000),
+          .isEncrypted = isEncrypted,
+          .uniqueIdentifier = std::nullopt};
+}
+
+std::string repeated(std::string_view text, int times) {
+  std::string all;
+  for (int i = 0; i < times; ++i) all += text;
+  return all;
+}
+
+ExportState looking() { return {.library = {.access = BackupAccess::readable}, .isRefreshingLibrary = true}; }
+
+ExportState denied() { return {.library = {.access = BackupAccess::denied}}; }
+
+ExportState choosing(std::vector<DiscoveredBackup> backups) {
+  return {.library = {.access = BackupAccess::readable, .backups = std::move(backups)}};
+}
+
+ExportState choosing() {
+  return choosing({{.info = device("Mara’s iPhone"), .byteCount = 48'213'000'000},
+                   {.info = device("iPhone 15 Pro", true), .byteCount = 12'700'000'000},
+                   {.info = {.url = "/nameless"}, .byteCount = std::nullopt}});
+}
+
+ExportState chosen(ExportState state, const BackupInfo& info) {
+  state.backupInfo = info;
+  state.backupURL = info.url;
+  state.selectedBackupID = info.url.native();
+  return state;
+}
+
+ExportState chosen(std::size_t index) {
+  ExportState state = choosing();
+  return chosen(state, state.library.backups[index].info);
+}
+
+ExportState deniedWithChosen() { return chosen(denied(), device("Copied backup")); }
+
+ExportState oddNames() {
+  const std::string longName = repeated("An iPhone with a name beyond all measure ", 5);
+  ExportState state =
+      choosing({{.info = device(longName, true), .byteCount = 1},
+                {.info = device("هاتف مريم المحمول"), .byteCount = 4'000'000},
+                {.info = device("📱🏝️👩‍👩‍👧‍👦 <b>Ünïcødé</b>"), .byteCount = 0}});
+  return chosen(state, state.library.backups[0].info);
+}
+
+ExportState manyBackups() {
+  std::vector<DiscoveredBackup> backups;
+  for (int i = 1; i <= 14; ++i) backups.push_back({.info = device("iPhone " + std::to_string(i), i == 9)});
+  ExportState state = choosing(std::move(backups));
+  return chosen(state, state.library.backups[8].info);
+}
+
+ExportState withStoredPassword() {
+  ExportState state = chosen(1);
+  state.hasStoredPassword = true;
+  state.rememberBackupPassword = true;
+  state.storedPassword = SecretBytes{'x'};
+  return state;
+}
+
+ExportState inspecting() {
+  ExportState state = choosing();
+  state.isInspecting = true;
+  return state;
+}
+
+ExportState unlockingWith(bool isCancelling) {
+  ExportState state = withStoredPassword();
+  state.isScanning = true;
+  state.isUnlocking = true;
+  state.isCancellingUnlock = isCancelling;
+  return state;
+}
+
+ExportState failed(const std::string& message, const std::string& suggestion) {
+  ExportState state = chosen(1);
+  state.errorMessage = message;
+  state.recoverySuggestion = suggestion;
+  state.focusBackupPassword = true;
+  return state;
+}
+
+ScanResult scan() {
+  return {.chatCount = 214,
+          .mediaFileCount = 18'345,
+          .totalBytes = 31'400'000'000,
+          .statsByKind = {{MediaKind::photos, {.count = 12'204, .byteCount = 8'900'000'000}},
+                          {MediaKind::videos, {.count = 1'893, .byteCount = 20'100'000'000}},
+                          {MediaKind::voiceNotes, {.count = 3'020, .byteCount = 640'000'000}},
+                          {MediaKind::stickers, {.count = 914, .byteCount = 58'000'000}},
+                          {MediaKind::documents, {.count = 314, .byteCount = 1'702'000'000}}}};
+}
+
+ExportState options() {
+  ExportState state = chosen(0);
+  state.step = WizardStep::options;
+  state.scanResult = scan();
+  return state;
+}
+
+ExportState withDestination(const std::string& path, std::int64_t available) {
+  ExportState state = options();
+  state.destinationURL = path;
+  state.availableBytes = available;
+  return state;
+}
+
+ExportState nothingFound() {
+  ExportState state = withDestination("/Users/mara/Documents", 250'000'000'000);
+  state.scanResult = ScanResult{};
+  return state;
+}
+
+ExportState noKinds() {
+  ExportState state = withDestination("/Users/mara/Documents", 250'000'000'000);
+  state.includedKinds = {};
+  return state;
+}
+
+ExportState exporting(ExportProgress progress) {
+  ExportState state = withDestination("/Users/mara/Documents/Chats", 250'000'000'000);
+  state.step = WizardStep::exporting;
+  state.isExporting = true;
+  state.exportStartedAt = dateFromUnixTime(noon - 95);
+  state.progress = std::move(progress);
+  return state;
+}
+
+ExportState done(std::int64_t failures, std::int64_t missingLinks) {
+  ExportState state = withDestination("/Users/mara/Documents/Chats", 250'000'000'000);
+  state.step = WizardStep::done;
+  state.summary = ExportSummary{.copiedCount = 18'331,
+                                .skippedExistingCount = 14,
+                                .transcriptCount = 428,
+                                .failedCount = failures,
+                                .destination = *state.destinationURL,
+                                .archiveIndexURL = *state.destinationURL / "index.html",
+                                .unresolvedArchiveLinkCount = missingLinks};
+  return state;
+}
+
+ExportState doneWithoutArchive() {
+  ExportState state = done(0, 0);
+  state.summary->archiveIndexURL = std::nullopt;
+  state.summary->destination = "/Volumes/" + repeated("A very long folder name/", 12) + "Chats";
+  return state;
+}
+
+ExportState dragging() {
+  ExportState state = choosing();
+  state.dropTargeted = true;
+  return state;
+}
+
+}  // namespace
+
+Date screenStatesNow() { return dateFromUnixTime(noon); }
+
+std::vector<ScreenState> allScreenStates() {
+  using enum ExportProgress::Phase;
+  return {
+      {"backup-looking", looking()},
+      {"backup-none", choosing({})},
+      {"backup-denied", denied()},
+      {"backup-denied-chosen", deniedWithChosen()},
+      {"backup-list", choosing()},
+      {"backup-chosen", chosen(0)},
+      {"backup-encrypted", chosen(1)},
+      {"backup-stored-password", withStoredPassword()},
+      {"backup-many", manyBackups()},
+      {"backup-odd-names", oddNames()},
+      {"backup-inspecting", inspecting()},
+      {"backup-dragging", dragging()},
+      {"unlock", unlockingWith(false)},
+      {"unlock-stopping", unlockingWith(true)},
+      {"error", failed("The backup password is not right.", "Enter the password that was set in Finder.")},
+      {"error-long", failed(repeated("Something of many words went wrong. ", 60), "Try again.")},
+      {"options-no-destination", options()},
+      {"options-ready", withDestination("/Users/mara/Documents/Chats", 250'000'000'000)},
+      {"options-no-space", withDestination("/Volumes/" + repeated("Stick/", 40), 4'000'000'000)},
+      {"options-no-kinds", noKinds()},
+      {"options-nothing-found", nothingFound()},
+      {"exporting-preparing", exporting({.phase = preparing, .total = 1})},
+      {"exporting-reading", exporting({.phase = readingChats})},
+      {"exporting-copying", exporting({.phase = copyingMedia,
+                                       .currentFileName = "IMG_20260512_" + repeated("0123456789", 12) + ".jpg",
+                                       .completed = 7'211,
+                                       .total = 18'345})},
+      {"exporting-transcripts", exporting({.phase = writingTranscripts, .completed = 120, .total = 214})},
+      {"done", done(0, 0)},
+      {"done-failures", done(3, 12)},
+      {"done-no-archive", doneWithoutArchive()},
+  };
+}

@@ -1,0 +1,42 @@
+#include "Tidewell/Screens/QuitSignals.h"
+
+#include <unistd.h>
+
+#include <QCoreApplication>
+#include <atomic>
+#include <csignal>
+#include <system_error>
+
+namespace {
+
+constexpr std::array handled{SIGINT, SIGTERM, SIGHUP};
+std::atomic<int> writeEnd = -1;
+
+// A second signal finds the default action in place and ends the process at once.
+void handle(int signal) {
+  std::signal(signal, SIG_DFL);
+  const char byte = 0;
+  [[maybe_unused]] const ssize_t written = ::write(writeEnd, &byte, 1);
+}
+
+int makePipe(std::array<int, 2>& ends) {
+  if (::pipe(ends.data()) != 0) throw std::system_error(errno, std::generic_category());
+  return ends[0];
+}
+
+}  // namespace
+
+QuitSignals::QuitSignals() : notifier_(makePipe(pipe_), QSocketNotifier::Read) {
+  connect(&notifier_, &QSocketNotifier::activated, [this] {
+    notifier_.setEnabled(false);
+    QCoreApplication::quit();
+  });
+  writeEnd = pipe_[1];
+  for (const int signal : handled) std::signal(signal, handle);
+}
+
+QuitSignals::~QuitSignals() {
+  for (const int signal : handled) std::signal(signal, SIG_DFL);
+  writeEnd = -1;
+  for (const int end : pipe_) ::close(end);
+}
