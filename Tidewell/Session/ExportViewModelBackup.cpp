@@ -183,7 +183,7 @@ std::string ExportViewModel::passwordAccount() const {
 // ------------------------------------------------------ reading the chats
 
 void ExportViewModel::continueToOptions() {
-  if (!state_.canContinueFromBackup() || !state_.backupURL) return;
+  if (state_.step != WizardStep::backup || !state_.canContinueFromBackup() || !state_.backupURL) return;
   clearError();
   set(&ExportState::focusBackupPassword, false);
   cancellation_ = std::make_shared<CancellationToken>();
