@@ -89,7 +89,11 @@ void ExportViewModel::selectDiscovered(const DiscoveredBackup& backup, const The
 }
 
 void ExportViewModel::selectBackup(const QString& id) {
-  if (const DiscoveredBackup* backup = listed(id.toStdString())) selectDiscovered(DiscoveredBackup(*backup));
+  // Not looked up by path: one that is no text has become another on its way through the screen.
+  const auto& backups = state_.library.backups;
+  const auto found = std::ranges::find(
+      backups, id, [](const DiscoveredBackup& backup) { return QString::fromStdString(backup.id()); });
+  if (found != backups.end()) selectDiscovered(DiscoveredBackup(*found));
 }
 
 void ExportViewModel::chooseBackup() {
