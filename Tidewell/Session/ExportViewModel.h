@@ -108,7 +108,7 @@ class ExportViewModel : public QObject {
   const DiscoveredBackup* listed(const std::optional<std::string>& path) const;
 
   void selectDiscovered(const DiscoveredBackup& backup, const Then& then);
-  void setBackup(const std::filesystem::path& url, const std::optional<BackupInfo>& knownInfo, const Then& then);
+  void setBackup(const std::filesystem::path& folder, const std::optional<BackupInfo>& knownInfo, const Then& then);
   void clearForNewBackup(const std::filesystem::path& url);
   void takeInspection(std::future<BackupInfo> info, const std::optional<BackupInfo>& knownInfo, int choice,
                       const Then& then);

@@ -29,6 +29,9 @@ std::vector<DiscoveredBackup> measured(std::vector<DiscoveredBackup> backups, co
   return backups;
 }
 
+// Choosers, drops and command lines may name a folder with a slash at its end.
+fs::path withoutSlash(const fs::path& folder) { return folder.has_filename() ? folder : folder.parent_path(); }
+
 }  // namespace
 
 // ------------------------------------------------------------ the library
@@ -119,8 +122,9 @@ void ExportViewModel::setBackup(const fs::path& url, const std::optional<BackupI
   setBackup(url, knownInfo, {});
 }
 
-void ExportViewModel::setBackup(const fs::path& url, const std::optional<BackupInfo>& knownInfo, const Then& then) {
+void ExportViewModel::setBackup(const fs::path& folder, const std::optional<BackupInfo>& knownInfo, const Then& then) {
   if (state_.isUnlocking) return;
+  const fs::path url = withoutSlash(folder);
   clearForNewBackup(url);
   backupAccess_ = startAccess(url);
   set(&ExportState::backupURL, url);
