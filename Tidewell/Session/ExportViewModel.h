@@ -115,8 +115,9 @@ class ExportViewModel : public QObject {
   void loadStoredPassword(int choice, const Then& then);
   std::string passwordAccount() const;
 
-  void takeScan(std::future<ScanResult> result, const CancellationToken& token);
-  void keepOrForgetPassword();
+  void takeScan(std::future<ScanResult> result, const CancellationToken& token,
+                const std::optional<SecretBytes>& password);
+  void keepOrForget(const SecretBytes& password);
   void refreshFreeSpace();
   void takeExport(std::future<ExportSummary> summary);
 

@@ -198,13 +198,14 @@ void ExportViewModel::continueToOptions() {
   set(&ExportState::isScanning, true);
   set(&ExportState::isUnlocking, state_.backupInfo->isEncrypted);
   set(&ExportState::isCancellingUnlock, false);
+  const std::optional<SecretBytes> password = copied(state_.currentPassword());
   inBackground(
       Lane::userInitiated,
-      [backup = *state_.backupURL, password = copied(state_.currentPassword()), isCancelled = checkOf(cancellation_)] {
+      [backup = *state_.backupURL, password, isCancelled = checkOf(cancellation_)] {
         return Exporter().scan(backup, textIn(password), {}, isCancelled);
       },
-      [this, token = cancellation_](std::future<ScanResult> result) {
-        takeScan(std::move(result), *token);
+      [this, password, token = cancellation_](std::future<ScanResult> result) {
+        takeScan(std::move(result), *token, password);
         set(&ExportState::isScanning, false);
         set(&ExportState::isUnlocking, false);
         set(&ExportState::isCancellingUnlock, false);
@@ -218,7 +219,8 @@ void ExportViewModel::cancelUnlock() {
   if (cancellation_) cancellation_->cancel();
 }
 
-void ExportViewModel::takeScan(std::future<ScanResult> result, const CancellationToken& token) {
+void ExportViewModel::takeScan(std::future<ScanResult> result, const CancellationToken& token,
+                               const std::optional<SecretBytes>& password) {
   if (token.isCancelled()) return;
   try {
     set(&ExportState::scanResult, result.get());
@@ -228,24 +230,23 @@ void ExportViewModel::takeScan(std::future<ScanResult> result, const Cancellatio
     present(error);
     return set(&ExportState::focusBackupPassword, state_.backupInfo->isEncrypted);
   }
-  if (state_.backupInfo->isEncrypted) keepOrForgetPassword();
+  if (state_.backupInfo->isEncrypted && password) keepOrForget(*password);
   set(&ExportState::step, WizardStep::options);
   restoreDestination();
   refreshFreeSpace();
 }
 
-// The export will need the password once more, also one that is not kept.
-void ExportViewModel::keepOrForgetPassword() {
+// The export will need the password that unlocked once more, also one that is not kept.
+void ExportViewModel::keepOrForget(const SecretBytes& password) {
   const std::string account = passwordAccount();
-  const std::optional<SecretBytes> password = copied(state_.currentPassword());
-  if (state_.rememberBackupPassword && password) {
-    keepInOrder([save = services_.passwords.save, password, account] { save(*password, account); });
+  if (state_.rememberBackupPassword) {
+    keepInOrder([save = services_.passwords.save, password, account] { save(password, account); });
     set(&ExportState::storedPassword, password);
     set(&ExportState::hasStoredPassword, true);
   } else {
     keepInOrder([remove = services_.passwords.remove, account] { remove(account); });
-    if (password) set(&ExportState::backupPassword, *password);
     set(&ExportState::storedPassword, std::nullopt);
     set(&ExportState::hasStoredPassword, false);
   }
+  if (state_.currentPassword() != textOf(password)) set(&ExportState::backupPassword, password);
 }
