@@ -148,15 +148,20 @@ TEST_F(PasswordTest, AWrongStoredOneStaysUntilAnotherUnlocks) {
   EXPECT_THAT(scene.passwords.content(), ElementsAre(Pair("serial", "out of date")));
 }
 
-TEST_F(PasswordTest, ChangedWhileUnlockingIsNotTheOneThatIsKept) {
+TEST_F(PasswordTest, ChangedWhileUnlockingIsNotTheOneThatIsUsed) {
   ASSERT_TRUE(scene.choose(backup));
-  wizard.setBackupPassword("correct horse");
-  wizard.setRememberBackupPassword(true);
-  wizard.continueToOptions();
-  wizard.setBackupPassword("something else");
-  ASSERT_TRUE(scene.untilIdle());
-  ASSERT_EQ(state.step, WizardStep::options);
-  EXPECT_THAT(scene.passwords.content(), ElementsAre(Pair("serial", password)));
+  for (const bool remember : {true, false}) {
+    wizard.setBackupPassword("correct horse");
+    wizard.setRememberBackupPassword(remember);
+    wizard.continueToOptions();
+    wizard.setBackupPassword("something else");
+    ASSERT_TRUE(scene.untilIdle());
+    ASSERT_EQ(state.step, WizardStep::options);
+    using Content = std::map<std::string, std::string>;
+    EXPECT_EQ(scene.passwords.content(), (remember ? Content{{"serial", password}} : Content{}));
+    EXPECT_EQ(state.currentPassword(), password);
+    wizard.goBackToBackup();
+  }
 }
 
 TEST_F(PasswordTest, NoneIsStoredForAPlainBackup) {
