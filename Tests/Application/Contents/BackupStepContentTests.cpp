@@ -73,8 +73,8 @@ TEST(BackupRowContent, NotesThatABackupIsEncrypted) {
 }
 
 TEST(BackupRowContent, SpeaksTheUsersLanguage) {
-  const L10n other = L10n(StringTable({{"iPhone", "Telefone"}, {"iOS %@", "Sistema %@"}}),
-                          {.identifier = "de_DE"}, {.identifier = "UTC"});
+  const L10n other = L10n(StringTable({{"iPhone", "Telefone"}, {"iOS %@", "Sistema %@"}}), {.identifier = "de_DE"},
+                          {.identifier = "UTC"});
   const auto row = BackupRowContent::of({.info = {.url = "/b", .iosVersion = "17"}, .byteCount = 1'500}, true, other);
   EXPECT_EQ(row.name, "Telefone");
   EXPECT_EQ(row.detail, "Sistema 17 · 1,5 kB");
@@ -132,12 +132,10 @@ TEST(BackupStepContent, TellsWhyThereIsNothingToShow) {
     bool showsHelp;
     bool isAccessDenied;
   };
-  const std::vector<Case> cases{{BackupAccess::readable, false, false, true, false},
-                                {BackupAccess::missing, false, false, true, false},
-                                {BackupAccess::denied, false, false, false, true},
-                                {BackupAccess::readable, true, true, false, false},
-                                {BackupAccess::missing, true, true, false, false},
-                                {BackupAccess::denied, true, true, false, true}};
+  const std::vector<Case> cases{
+      {BackupAccess::readable, false, false, true, false}, {BackupAccess::missing, false, false, true, false},
+      {BackupAccess::denied, false, false, false, true},   {BackupAccess::readable, true, true, false, false},
+      {BackupAccess::missing, true, true, false, false},   {BackupAccess::denied, true, true, false, true}};
   for (const Case& c : cases) {
     ExportState state = listing({}, c.access);
     state.isRefreshingLibrary = c.isRefreshing;

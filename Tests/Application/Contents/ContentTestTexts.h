@@ -15,7 +15,6 @@ inline const Date someDate = dateFromUnixTime(1'678'026'120);
 inline const QString someDateText = QStringLiteral("Mar 5, 2023, 2:22\u202FPM");
 
 // Names that people have given to phones, chats and folders.
-inline const QStringList unusualNames{QStringLiteral("هاتف ليلى"), QStringLiteral("\u202Eevil\u202C"),
-                                      QStringLiteral("👩🏽‍💻 📱 🇧🇷"),  QStringLiteral("%@ %lld %1"),
-                                      QStringLiteral("<b>a</b> & \"b\""), QString(10'000, u'x')};
-
+inline const QStringList unusualNames{
+    QStringLiteral("هاتف ليلى"),  QStringLiteral("\u202Eevil\u202C"), QStringLiteral("👩🏽‍💻 📱 🇧🇷"),
+    QStringLiteral("%@ %lld %1"), QStringLiteral("<b>a</b> & \"b\""), QString(10'000, u'x')};

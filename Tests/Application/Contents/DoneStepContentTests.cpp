@@ -54,10 +54,9 @@ TEST(DoneStepContent, NamesWhereTheExportWent) {
 TEST(DoneStepContent, IsEmptyBeforeAnExport) { EXPECT_EQ(DoneStepContent::of({}, texts), DoneStepContent()); }
 
 TEST(DoneStepContent, FillsATranslationByPlace) {
-  const L10n other(
-      StringTable({{"%lld copied · %lld already present · %lld transcripts · %lld failed",
-                    "%4$lld com erro, %1$lld copiados, %2$lld presentes, %3$lld conversas"}}),
-      {.identifier = "pt_BR"}, {.identifier = "UTC"});
+  const L10n other(StringTable({{"%lld copied · %lld already present · %lld transcripts · %lld failed",
+                                 "%4$lld com erro, %1$lld copiados, %2$lld presentes, %3$lld conversas"}}),
+                   {.identifier = "pt_BR"}, {.identifier = "UTC"});
   ExportState state;
   state.summary =
       ExportSummary{.copiedCount = 1'000, .skippedExistingCount = 2, .transcriptCount = 3, .failedCount = 4};

@@ -56,11 +56,11 @@ TEST(ProgressStepContent, TellsFilesAndTimeLeft) {
                                      .count = "1,500 of 3,000",
                                      .fileName = "2023-03-05 Ana.jpg",
                                      .remaining = "About 2 minutes left"};
-  EXPECT_EQ(after(120, {.phase = Phase::copyingMedia,
-                        .currentFileName = "2023-03-05 Ana.jpg",
-                        .completed = 1'500,
-                        .total = 3'000}),
-            expected);
+  EXPECT_EQ(
+      after(
+          120,
+          {.phase = Phase::copyingMedia, .currentFileName = "2023-03-05 Ana.jpg", .completed = 1'500, .total = 3'000}),
+      expected);
 }
 
 TEST(ProgressStepContent, DoesNotGuessTheTimeLeft) {

@@ -139,13 +139,13 @@ TEST_F(ChoosingTest, ClearsAnErrorAtOnce) {
 TEST_F(ChoosingTest, AsksForAFolder) {
   const fs::path backup = scene.addBackup("device");
   wizard.chooseBackup();
-  ASSERT_THAT(scene.chooser.requests,
-              ElementsAre(FolderRequest{
-                  .title = "Choose a backup folder",
-                  .message = "Choose the device folder from a Finder backup, or a copy of that folder.",
-                  .confirmButton = "Choose",
-                  .initialFolder = scene.root,
-                  .canCreateFolders = false}));
+  ASSERT_THAT(
+      scene.chooser.requests,
+      ElementsAre(FolderRequest{.title = "Choose a backup folder",
+                                .message = "Choose the device folder from a Finder backup, or a copy of that folder.",
+                                .confirmButton = "Choose",
+                                .initialFolder = scene.root,
+                                .canCreateFolders = false}));
   scene.chooser.answer(std::nullopt);
   EXPECT_EQ(state.backupURL, std::nullopt);
   EXPECT_EQ(scene.changeCount(), 0);
@@ -233,8 +233,8 @@ TEST_F(ChoosingTest, TheChooserMayAnswerWhenTheWizardIsGone) {
 }
 
 TEST_F(ChoosingTest, SpeaksTheUsersLanguage) {
-  scene.table = StringTable({{"Choose a backup folder", "Escolha"},
-                             {"This folder isn't an iPhone backup.", "Não é um backup."}});
+  scene.table =
+      StringTable({{"Choose a backup folder", "Escolha"}, {"This folder isn't an iPhone backup.", "Não é um backup."}});
   scene.launch();
   scene.wizard().chooseBackup();
   EXPECT_EQ(scene.chooser.requests.at(0).title, "Escolha");

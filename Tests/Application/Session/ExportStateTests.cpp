@@ -169,9 +169,15 @@ TEST(ExportState, KeepsThreePercentOfTheSpaceFree) {
     std::int64_t available;
     bool expected;
   };
-  const std::vector<Case> cases{{0, 0, true},           {1, 0, false},         {1, 1, false},
-                                {1, 2, true},           {100, 102, false},     {100, 103, true},
-                                {20'000, 20'599, false}, {20'000, 20'600, true}, {largest, largest - 1, false}};
+  const std::vector<Case> cases{{0, 0, true},
+                                {1, 0, false},
+                                {1, 1, false},
+                                {1, 2, true},
+                                {100, 102, false},
+                                {100, 103, true},
+                                {20'000, 20'599, false},
+                                {20'000, 20'600, true},
+                                {largest, largest - 1, false}};
   for (const Case& c : cases) {
     ExportState state = ready();
     state.scanResult->statsByKind = {{MediaKind::photos, {.count = 1, .byteCount = c.needed}}};

@@ -57,8 +57,7 @@ TEST_F(RememberingTest, KeepsThePathWhenNoBookmarkCanBeMade) {
   ASSERT_TRUE(scene.choose(backup));
   scene.wizard().setDestination(chosen);
   ASSERT_TRUE(scene.untilIdle());
-  EXPECT_EQ(kept(),
-            (ExportPreferences{.lastBackupPath = backup.native(), .lastDestinationPath = chosen.native()}));
+  EXPECT_EQ(kept(), (ExportPreferences{.lastBackupPath = backup.native(), .lastDestinationPath = chosen.native()}));
 }
 
 TEST_F(RememberingTest, KeepsNoFolderThatIsNoBackup) {

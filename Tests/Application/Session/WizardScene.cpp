@@ -26,9 +26,9 @@ auto fields(const ExportState& s) {
 
 bool mayFollow(WizardStep before, WizardStep after) {
   using enum WizardStep;
-  static const std::set<std::pair<WizardStep, WizardStep>> transitions{
-      {backup, options}, {options, backup}, {options, exporting}, {exporting, done}, {exporting, options},
-      {done, backup}};
+  static const std::set<std::pair<WizardStep, WizardStep>> transitions{{backup, options},    {options, backup},
+                                                                       {options, exporting}, {exporting, done},
+                                                                       {exporting, options}, {done, backup}};
   return transitions.contains({before, after});
 }
 
