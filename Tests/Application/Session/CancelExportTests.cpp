@@ -64,8 +64,8 @@ class CancelLongExportTest : public CancelExportTest, public testing::WithParamI
 
 TEST_P(CancelLongExportTest, InThePhase) {
   // Each phase takes far longer than an event takes to arrive.
-  const bool copies = GetParam() == Phase::copyingMedia;
-  ASSERT_TRUE(scene.reachOptions(scene.addBackup("device", manyMessages(copies ? 2'000 : 60'000, copies ? 3'000 : 0))));
+  const auto contents = GetParam() == Phase::copyingMedia ? manyMessages(2'000, 3'000) : manyMessages(200'000, 0);
+  ASSERT_TRUE(scene.reachOptions(scene.addBackup("device", contents)));
   cancelIn(GetParam());
   wizard.startExport();
   ASSERT_TRUE(scene.until([&] { return !state.isExporting; }));

@@ -165,6 +165,7 @@ TEST_F(ChoosingTest, TakesTheBackupChosenLastWhenTheFirstAnswerIsLate) {
   ASSERT_TRUE(scene.until([&] { return !scene.passwords.calls().empty(); }));
   wizard.setBackup(second);
   ASSERT_TRUE(scene.until([&] { return !state.isInspecting; })) << "does not wait for the first one's password";
+  ASSERT_TRUE(state.backupInfo.has_value());
   EXPECT_EQ(state.backupInfo->uniqueIdentifier, "second");
   scene.passwords.release();
   ASSERT_TRUE(scene.untilIdle());
@@ -192,6 +193,7 @@ TEST_F(ChoosingTest, ALateErrorIsNotShown) {
   wizard.setBackup(second);
   ASSERT_TRUE(scene.until([&] { return !state.isInspecting; }));
   EXPECT_EQ(state.errorMessage, std::nullopt);
+  ASSERT_TRUE(state.backupInfo.has_value());
   EXPECT_EQ(state.backupInfo->url, second);
 }
 
