@@ -119,6 +119,9 @@ class ExportViewModel : public QObject {
                 const std::optional<SecretBytes>& password);
   void keepOrForget(const SecretBytes& password);
   void refreshFreeSpace();
+  // Makes a folder the chosen backup from whatever step, on the first one.
+  void startWith(const std::filesystem::path& folder);
+  void takeDestination(const std::filesystem::path& folder);
   void takeExport(std::future<ExportSummary> summary);
 
   void restoreBackup();

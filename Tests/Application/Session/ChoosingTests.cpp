@@ -226,6 +226,16 @@ TEST_F(ChoosingTest, ALateAnswerOfTheChooserIsRefusedWhileUnlocking) {
   ASSERT_TRUE(scene.untilIdle());
 }
 
+TEST_F(ChoosingTest, ALateAnswerOfTheChooserLeadsBackToTheFirstStep) {
+  const fs::path other = scene.addBackup("other");
+  wizard.chooseBackup();
+  ASSERT_TRUE(scene.reachOptions(scene.addBackup("first")));
+  scene.chooser.answer(other);
+  EXPECT_EQ(state.step, WizardStep::backup) << "the second step would have nothing to show";
+  EXPECT_EQ(state.backupURL, other);
+  ASSERT_TRUE(scene.untilIdle());
+}
+
 TEST_F(ChoosingTest, TheChooserMayAnswerWhenTheWizardIsGone) {
   wizard.chooseBackup();
   wizard.chooseDestination();
