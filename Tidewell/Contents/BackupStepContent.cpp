@@ -23,7 +23,8 @@ bool isListed(const ExportState& state, const BackupInfo& info) {
 QList<BackupRowContent> rowsOf(const ExportState& state, const L10n& texts) {
   QList<BackupRowContent> rows;
   if (state.backupInfo && !isListed(state, *state.backupInfo)) {
-    rows.append(BackupRowContent::of({.info = *state.backupInfo}, true, texts));
+    const DiscoveredBackup unlisted{.info = *state.backupInfo};
+    rows.append(BackupRowContent::of(unlisted, unlisted.id() == state.selectedBackupID, texts));
   }
   for (const DiscoveredBackup& backup : state.library.backups) {
     rows.append(BackupRowContent::of(backup, backup.id() == state.selectedBackupID, texts));

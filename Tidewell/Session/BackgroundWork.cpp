@@ -3,8 +3,7 @@
 #include <QMetaObject>
 
 BackgroundWork::BackgroundWork() {
-  // A stuck volume holds one thread; the others go on.
-  userInitiated_.setMaxThreadCount(8);
+  userInitiated_.setMaxThreadCount(userInitiatedThreads);
   utility_.setMaxThreadCount(1);
   utility_.setThreadPriority(QThread::LowPriority);
   inOrder_.setMaxThreadCount(1);

@@ -20,6 +20,9 @@ class BackgroundWork : public QObject {
     inOrder,        // one at a time, in the order they were asked for: what is kept for later
   };
 
+  // As many calls of `userInitiated` run at the same time. A stuck volume holds one thread; the others go on.
+  static constexpr int userInitiatedThreads = 8;
+
   BackgroundWork();
   ~BackgroundWork() override;
 

@@ -62,7 +62,9 @@ void ExportViewModel::restoreBackup() {
 std::optional<fs::path> ExportViewModel::resolvedFolder(const std::optional<Bytes>& bookmark) const {
   if (!bookmark) return std::nullopt;
   const auto folder = services_.permissions.resolveBookmark(*bookmark);
-  return folder && Files::isFolder(*folder) ? folder : std::nullopt;
+  if (!folder) return std::nullopt;
+  const auto access = startAccess(*folder);
+  return Files::isFolder(*folder) ? folder : std::nullopt;
 }
 
 void ExportViewModel::rememberBackup() {

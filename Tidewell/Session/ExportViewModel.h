@@ -108,15 +108,16 @@ class ExportViewModel : public QObject {
   const DiscoveredBackup* listed(const std::optional<std::string>& path) const;
 
   void selectDiscovered(const DiscoveredBackup& backup, const Then& then);
-  void setBackup(const std::filesystem::path& url, const std::optional<BackupInfo>& knownInfo, const Then& then);
+  void setBackup(const std::filesystem::path& folder, const std::optional<BackupInfo>& knownInfo, const Then& then);
   void clearForNewBackup(const std::filesystem::path& url);
   void takeInspection(std::future<BackupInfo> info, const std::optional<BackupInfo>& knownInfo, int choice,
                       const Then& then);
   void loadStoredPassword(int choice, const Then& then);
   std::string passwordAccount() const;
 
-  void takeScan(std::future<ScanResult> result, const CancellationToken& token);
-  void keepOrForgetPassword();
+  void takeScan(std::future<ScanResult> result, const CancellationToken& token,
+                const std::optional<SecretBytes>& password);
+  void keepOrForget(const SecretBytes& password);
   void refreshFreeSpace();
   void takeExport(std::future<ExportSummary> summary);
 

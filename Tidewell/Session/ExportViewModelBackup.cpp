@@ -29,6 +29,9 @@ std::vector<DiscoveredBackup> measured(std::vector<DiscoveredBackup> backups, co
   return backups;
 }
 
+// Choosers, drops and command lines may name a folder with a slash at its end.
+fs::path withoutSlash(const fs::path& folder) { return folder.has_filename() ? folder : folder.parent_path(); }
+
 }  // namespace
 
 // ------------------------------------------------------------ the library
@@ -89,7 +92,11 @@ void ExportViewModel::selectDiscovered(const DiscoveredBackup& backup, const The
 }
 
 void ExportViewModel::selectBackup(const QString& id) {
-  if (const DiscoveredBackup* backup = listed(id.toStdString())) selectDiscovered(DiscoveredBackup(*backup));
+  // Not looked up by path: one that is no text has become another on its way through the screen.
+  const auto& backups = state_.library.backups;
+  const auto found = std::ranges::find(
+      backups, id, [](const DiscoveredBackup& backup) { return QString::fromStdString(backup.id()); });
+  if (found != backups.end()) selectDiscovered(DiscoveredBackup(*found));
 }
 
 void ExportViewModel::chooseBackup() {
@@ -115,8 +122,9 @@ void ExportViewModel::setBackup(const fs::path& url, const std::optional<BackupI
   setBackup(url, knownInfo, {});
 }
 
-void ExportViewModel::setBackup(const fs::path& url, const std::optional<BackupInfo>& knownInfo, const Then& then) {
+void ExportViewModel::setBackup(const fs::path& folder, const std::optional<BackupInfo>& knownInfo, const Then& then) {
   if (state_.isUnlocking) return;
+  const fs::path url = withoutSlash(folder);
   clearForNewBackup(url);
   backupAccess_ = startAccess(url);
   set(&ExportState::backupURL, url);
@@ -183,20 +191,21 @@ std::string ExportViewModel::passwordAccount() const {
 // ------------------------------------------------------ reading the chats
 
 void ExportViewModel::continueToOptions() {
-  if (!state_.canContinueFromBackup() || !state_.backupURL) return;
+  if (state_.step != WizardStep::backup || !state_.canContinueFromBackup() || !state_.backupURL) return;
   clearError();
   set(&ExportState::focusBackupPassword, false);
   cancellation_ = std::make_shared<CancellationToken>();
   set(&ExportState::isScanning, true);
   set(&ExportState::isUnlocking, state_.backupInfo->isEncrypted);
   set(&ExportState::isCancellingUnlock, false);
+  const std::optional<SecretBytes> password = copied(state_.currentPassword());
   inBackground(
       Lane::userInitiated,
-      [backup = *state_.backupURL, password = copied(state_.currentPassword()), isCancelled = checkOf(cancellation_)] {
+      [backup = *state_.backupURL, password, isCancelled = checkOf(cancellation_)] {
         return Exporter().scan(backup, textIn(password), {}, isCancelled);
       },
-      [this, token = cancellation_](std::future<ScanResult> result) {
-        takeScan(std::move(result), *token);
+      [this, password, token = cancellation_](std::future<ScanResult> result) {
+        takeScan(std::move(result), *token, password);
         set(&ExportState::isScanning, false);
         set(&ExportState::isUnlocking, false);
         set(&ExportState::isCancellingUnlock, false);
@@ -210,7 +219,8 @@ void ExportViewModel::cancelUnlock() {
   if (cancellation_) cancellation_->cancel();
 }
 
-void ExportViewModel::takeScan(std::future<ScanResult> result, const CancellationToken& token) {
+void ExportViewModel::takeScan(std::future<ScanResult> result, const CancellationToken& token,
+                               const std::optional<SecretBytes>& password) {
   if (token.isCancelled()) return;
   try {
     set(&ExportState::scanResult, result.get());
@@ -220,24 +230,23 @@ void ExportViewModel::takeScan(std::future<ScanResult> result, const Cancellatio
     present(error);
     return set(&ExportState::focusBackupPassword, state_.backupInfo->isEncrypted);
   }
-  if (state_.backupInfo->isEncrypted) keepOrForgetPassword();
+  if (state_.backupInfo->isEncrypted && password) keepOrForget(*password);
   set(&ExportState::step, WizardStep::options);
   restoreDestination();
   refreshFreeSpace();
 }
 
-// The export will need the password once more, also one that is not kept.
-void ExportViewModel::keepOrForgetPassword() {
+// The export will need the password that unlocked once more, also one that is not kept.
+void ExportViewModel::keepOrForget(const SecretBytes& password) {
   const std::string account = passwordAccount();
-  const std::optional<SecretBytes> password = copied(state_.currentPassword());
-  if (state_.rememberBackupPassword && password) {
-    keepInOrder([save = services_.passwords.save, password, account] { save(*password, account); });
+  if (state_.rememberBackupPassword) {
+    keepInOrder([save = services_.passwords.save, password, account] { save(password, account); });
     set(&ExportState::storedPassword, password);
     set(&ExportState::hasStoredPassword, true);
   } else {
     keepInOrder([remove = services_.passwords.remove, account] { remove(account); });
-    if (password) set(&ExportState::backupPassword, *password);
     set(&ExportState::storedPassword, std::nullopt);
     set(&ExportState::hasStoredPassword, false);
   }
+  if (state_.currentPassword() != textOf(password)) set(&ExportState::backupPassword, password);
 }

@@ -1,0 +1,66 @@
+#include "Tidewell/Contents/DoneStepContent.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <vector>
+
+#include "Tests/Application/Contents/ContentTestTexts.h"
+
+namespace {
+
+const L10n texts = americanTexts();
+
+DoneStepContent contentOf(const ExportSummary& summary) {
+  ExportState state;
+  state.step = WizardStep::done;
+  state.summary = summary;
+  return DoneStepContent::of(state, texts);
+}
+
+TEST(DoneStepContent, SumsTheExportUp) {
+  struct Case {
+    ExportSummary summary;
+    const char* expected;
+  };
+  const std::vector<Case> cases{
+      {{}, "0 copied · 0 already present · 0 transcripts · 0 failed"},
+      {{.copiedCount = 12, .skippedExistingCount = 3, .transcriptCount = 4, .failedCount = 0},
+       "12 copied · 3 already present · 4 transcripts · 0 failed"},
+      {{.copiedCount = 1'234'567, .failedCount = 1, .unresolvedArchiveLinkCount = 1'000},
+       "1,234,567 copied · 0 already present · 0 transcripts · 1 failed · 1,000 archive links missing files"},
+      {{.unresolvedArchiveLinkCount = 1},
+       "0 copied · 0 already present · 0 transcripts · 0 failed · 1 archive links missing files"},
+      {{.copiedCount = std::numeric_limits<std::int64_t>::max()},
+       "9,223,372,036,854,775,807 copied · 0 already present · 0 transcripts · 0 failed"},
+  };
+  for (const Case& c : cases) EXPECT_EQ(contentOf(c.summary).summary.toStdString(), c.expected);
+}
+
+TEST(DoneStepContent, TellsOfFailures) {
+  EXPECT_FALSE(contentOf({.copiedCount = 1}).hasFailures);
+  EXPECT_TRUE(contentOf({.failedCount = 1}).hasFailures);
+}
+
+TEST(DoneStepContent, NamesWhereTheExportWent) {
+  ExportState state;
+  state.destinationURL = "/chosen since";
+  for (const QString& name : unusualNames) {
+    state.summary = ExportSummary{.destination = "/" + name.toStdString()};
+    EXPECT_EQ(DoneStepContent::of(state, texts).destination, "/" + name);
+  }
+}
+
+TEST(DoneStepContent, IsEmptyBeforeAnExport) { EXPECT_EQ(DoneStepContent::of({}, texts), DoneStepContent()); }
+
+TEST(DoneStepContent, FillsATranslationByPlace) {
+  const L10n other(StringTable({{"%lld copied · %lld already present · %lld transcripts · %lld failed",
+                                 "%4$lld com erro, %1$lld copiados, %2$lld presentes, %3$lld conversas"}}),
+                   {.identifier = "pt_BR"}, {.identifier = "UTC"});
+  ExportState state;
+  state.summary =
+      ExportSummary{.copiedCount = 1'000, .skippedExistingCount = 2, .transcriptCount = 3, .failedCount = 4};
+  EXPECT_EQ(DoneStepContent::of(state, other).summary, "4 com erro, 1.000 copiados, 2 presentes, 3 conversas");
+}
+
+}  // namespace
