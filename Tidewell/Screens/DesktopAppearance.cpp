@@ -4,7 +4,6 @@
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
-#include <QDBusVariant>
 #include <QEvent>
 #include <QGuiApplication>
 #include <QPalette>
@@ -46,8 +45,7 @@ DesktopAppearance::DesktopAppearance(Appearance& appearance) : appearance_(appea
   qApp->installEventFilter(this);
   QDBusConnection bus = QDBusConnection::sessionBus();
   if (!bus.isConnected()) return;
-  bus.connect(service, path, interface, QStringLiteral("SettingChanged"), this,
-              SLOT(takeSetting(QString, QString, QDBusVariant)));
+  bus.connect(service, path, interface, QStringLiteral("SettingChanged"), this, SLOT(takeChange(QDBusMessage)));
   ask(appearanceGroup, colorScheme);
   ask(interfaceGroup, enableAnimations);
 }
@@ -66,6 +64,12 @@ void DesktopAppearance::ask(const QString& group, const QString& key) {
     if (!reply.isError()) takeSetting(group, key, reply.value());
     watcher->deleteLater();
   });
+}
+
+void DesktopAppearance::takeChange(const QDBusMessage& change) {
+  const QVariantList arguments = change.arguments();
+  if (arguments.size() != 3) return;
+  takeSetting(arguments[0].toString(), arguments[1].toString(), QDBusVariant(arguments[2]));
 }
 
 void DesktopAppearance::takeSetting(const QString& group, const QString& key, const QDBusVariant& value) {

@@ -1,12 +1,12 @@
 #pragma once
 
+#include <QDBusMessage>
+#include <QDBusVariant>
 #include <QObject>
 #include <QString>
 #include <optional>
 
 #include "Tidewell/Screens/Appearance.h"
-
-class QDBusVariant;
 
 // Keeps an appearance as the desktop's settings have it: those of its portal
 // (org.freedesktop.portal.Settings) where there is one, else the colours that Qt
@@ -21,9 +21,10 @@ class DesktopAppearance : public QObject {
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private slots:
-  void takeSetting(const QString& group, const QString& key, const QDBusVariant& value);
+  void takeChange(const QDBusMessage& change);
 
  private:
+  void takeSetting(const QString& group, const QString& key, const QDBusVariant& value);
   void ask(const QString& group, const QString& key);
   void update();
 

@@ -11,26 +11,26 @@ ApplicationWindow {
     required property FolderPrompt folders
 
     width: 900
-    height: 740
+    height: 760
     minimumWidth: 640
     minimumHeight: 480
     title: Qt.application.displayName
     color: Theme.window
 
-    palette.window: Theme.window
-    palette.windowText: Theme.text
-    palette.base: Theme.surface
-    palette.text: Theme.text
-    palette.button: Theme.pressed
-    palette.buttonText: Theme.text
-    palette.light: Theme.hover
-    palette.midlight: Theme.pressed
-    palette.mid: Theme.line
-    palette.dark: Theme.quiet
-    palette.highlight: Theme.accent
-    palette.highlightedText: Theme.accentInk
-    palette.placeholderText: Theme.quiet
-    palette.brightText: Theme.text
+    // For the folder dialog that Qt draws where the desktop has none: parts of it are white
+    // whatever the colours, so it stays light.
+    palette.window: "#ffffff"
+    palette.windowText: "#15202b"
+    palette.base: "#ffffff"
+    palette.text: "#15202b"
+    palette.button: "#e6ebee"
+    palette.buttonText: "#15202b"
+    palette.light: "#f8fafb"
+    palette.midlight: "#eaeff1"
+    palette.mid: "#dde3e6"
+    palette.dark: "#566470"
+    palette.highlight: "#0a7565"
+    palette.highlightedText: "#15202b"
 
     ContentView {
         anchors.fill: parent
@@ -38,6 +38,7 @@ ApplicationWindow {
         screens: window.screens
     }
     FolderQuestion {
+        anchors.fill: parent
         folders: window.folders
     }
 }

@@ -55,6 +55,23 @@ void takePictures(LorewickApp& app, const QDir& folder, QSize size, const char* 
   }
 }
 
+// The folder dialog that Qt draws itself where the desktop has none.
+void takePictureOfDialog(LorewickApp& app, const QDir& folder, QSize size, const QString& name) {
+  app.window()->resize(size);
+  app.screens().show(allScreenStates().front().state, screenStatesNow());
+  app.folders().ask({.title = "Choose where to save",
+                     .message = "Chats and media will be saved here. Files that are already there with the same size "
+                                "are skipped.",
+                     .confirmButton = "Choose",
+                     .initialFolder = "/usr/share",
+                     .canCreateFolders = true},
+                    [](const auto&) {});
+  waitForFrames(*app.window());
+  app.window()->grabWindow().save(folder.filePath(name));
+  app.folders().cancel();
+  waitForFrames(*app.window());
+}
+
 }  // namespace
 
 int main(int argc, char* argv[]) {
@@ -77,8 +94,10 @@ int main(int argc, char* argv[]) {
   app.window()->show();
   takePictures(app, folder, {900, 740}, "light");
   takePictures(app, folder, {640, 480}, "light-small");
+  takePictureOfDialog(app, folder, {640, 480}, "folder-dialog-light-small.png");
   app.appearance().setDark(true);
   takePictures(app, folder, {900, 740}, "dark");
+  takePictureOfDialog(app, folder, {900, 740}, "folder-dialog-dark.png");
   std::fprintf(stderr, "%d warnings\n", warnings.load());
   return warnings == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 }

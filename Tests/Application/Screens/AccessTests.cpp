@@ -55,6 +55,7 @@ TEST_F(Access, KeysReachEveryControlOfTheFirstStep) {
   ASSERT_TRUE(until([&] { return isShown("passwordField"); }, "the password is asked for"));
   click("passwordField");
   type("x");
+  ASSERT_TRUE(until([&] { return item("continueButton").isEnabled(); }, "the step can be left"));
   EXPECT_THAT(tabStops(), testing::UnorderedElementsAre("backupRow0", "passwordField", "rememberBox",
                                                         "chooseOtherButton", "continueButton"));
 }
@@ -81,6 +82,7 @@ TEST_F(Access, AnAlertKeepsTheKeysUntilItIsAnswered) {
   click("backupRow0");
   click("passwordField");
   type("wrong");
+  ASSERT_TRUE(until([&] { return item("continueButton").isEnabled(); }, "the step can be left"));
   press(Qt::Key_Return);
   ASSERT_TRUE(until([&] { return isShown("alertOKButton"); }, "the alert"));
   EXPECT_EQ(tabStops(), std::vector<std::string>{"alertOKButton"});
@@ -109,7 +111,7 @@ TEST_F(Access, ASmallWindowHidesNoButton) {
 TEST_F(Access, LongNamesStayWithinTheWindow) {
   Wishes wishes;
   wishes.contents->deviceName = std::string(300, 'W') + " של אנה 📱";
-  open(std::move(wishes));
+  open(wishes);
   window().resize(640, 480);
   click("backupRow0");
   expectWithinWindow("backupRow0");

@@ -1,5 +1,7 @@
 #include "Tests/Application/Screens/WindowScene.h"
 
+#include <unistd.h>
+
 #include <QCoreApplication>
 #include <QDragEnterEvent>
 #include <QDragLeaveEvent>
@@ -98,11 +100,16 @@ ExportViewModel::Setup Scene::setup(const Wishes& wishes) {
           .preferencesURL = folder / "preferences.json"};
 }
 
-void Scene::open(Wishes wishes) {
+void Scene::prepare(const Wishes& wishes) {
   if (wishes.hasHome) fs::create_directories(folder / "home");
   fs::create_directories(destination);
   if (!wishes.listed) backup = folder / "copied backup";
   if (wishes.contents) Fixture::writeBackup(*wishes.contents, backup);
+}
+
+void Scene::open(const Wishes& wishes) {
+  prepare(wishes);
+  if (wishes.accessDenied) becomeNobody();
   console = std::make_unique<Console>();
   app = std::make_unique<LorewickApp>(setup(wishes));
   if (app->window() == nullptr) throw std::runtime_error("The window could not be loaded.");
@@ -112,7 +119,20 @@ void Scene::open(Wishes wishes) {
                     "the library is read"));
 }
 
+void Scene::becomeNobody() {
+  constexpr unsigned nobody = 65534;
+  fs::permissions(folder.path(), fs::perms::group_exec | fs::perms::others_exec, fs::perm_options::add);
+  fs::permissions(root, fs::perms::owner_exec);
+  if (::getuid() == 0 && ::seteuid(nobody) != 0) throw std::runtime_error("Cannot become somebody else.");
+}
+
+void Scene::becomeOneself() {
+  if (::getuid() == 0 && ::seteuid(0) != 0) throw std::runtime_error("Cannot become oneself again.");
+  if (fs::exists(root)) fs::permissions(root, fs::perms::owner_all);
+}
+
 void Scene::TearDown() {
+  becomeOneself();
   app.reset();
   if (!console) return;
   EXPECT_EQ(console->messages(), std::vector<std::string>{}) << "the console was not silent";
@@ -155,7 +175,8 @@ bool Scene::shows(const QString& text) const {
 }
 
 void Scene::expectShown(const QString& text) {
-  until([&] { return shows(text); }, "“" + text.toStdString() + "” is shown");
+  if (until([&] { return shows(text); }, "“" + text.toStdString() + "” is shown")) return;
+  for (const QString& shown : textsShown()) ADD_FAILURE() << "shown is “" << shown.toStdString() << "”";
 }
 
 void Scene::expectGone(const QString& text) {

@@ -47,13 +47,16 @@ struct Wishes {
   bool hasHome = true;            // there is a home folder to export to
   bool realFolderDialog = false;  // instead of the answers that the test gives
   bool opensBackup = false;       // the application is started with the backup
+  bool accessDenied = false;      // the user may not list the library's folder
 };
 
 class Scene : public testing::Test {
  protected:
   // Opens the window, shows it and waits until the library was read. Expects a silent console from here on.
-  void open(Wishes wishes = {});
+  void open(const Wishes& wishes = {});
   void TearDown() override;
+  // Ends `accessDenied`.
+  void becomeOneself();
 
   const ExportState& state() const { return app->controller().state(); }
   ExportViewModel& controller() { return app->controller(); }
@@ -110,6 +113,9 @@ class Scene : public testing::Test {
  private:
   ExportViewModel::Setup setup(const Wishes& wishes);
   bool isCovered(const std::string& name) const;
+  void prepare(const Wishes& wishes);
+  // Permissions bind the superuser, too, while he is somebody else.
+  void becomeNobody();
 };
 
 }  // namespace WindowTest

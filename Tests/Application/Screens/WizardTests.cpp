@@ -54,6 +54,7 @@ TEST_F(Wizard, GoesFromTheBackupToTheArchiveByKeysAlone) {
   ASSERT_TRUE(until([&] { return isShown("passwordField"); }, "the password is asked for"));
   tabTo("passwordField");
   type("correct horse");
+  ASSERT_TRUE(until([&] { return item("continueButton").isEnabled(); }, "the step can be left"));
   press(Qt::Key_Return);
   ASSERT_TRUE(until([&] { return state().step == WizardStep::options; }, "the backup is unlocked"));
 
@@ -63,7 +64,8 @@ TEST_F(Wizard, GoesFromTheBackupToTheArchiveByKeysAlone) {
   chosenFolders.push_back(destination);
   tabTo("chooseDestinationButton");
   press(Qt::Key_Space);
-  ASSERT_TRUE(until([&] { return state().availableBytes.has_value(); }, "the free space is known"));
+  ASSERT_TRUE(until([&] { return state().destinationURL == destination; }, "the destination is chosen"));
+  tabTo("transcriptsBox");
   press(Qt::Key_Return);
   ASSERT_TRUE(until([&] { return state().step == WizardStep::done; }, "the export is done"));
   expectShown("4 copied");
@@ -109,13 +111,31 @@ TEST_F(Wizard, UnlocksWithThePasswordItKept) {
   continueWithBackup();
 }
 
+TEST_F(Wizard, StopsAnUnlockThatTakesTooLong) {
+  Wishes slow = encrypted();
+  slow.contents->encryption->keyBag.iterations = 10'000;
+  slow.contents->encryption->keyBag.doubleIterations = 5'000'000;
+  open(slow);
+  click("backupRow0");
+  typePassword("correct horse");
+  click("continueButton");
+  expectShown("Unlocking backup");
+  click("cancelUnlockButton");
+  expectShown("Stopping…");
+  ASSERT_TRUE(until([&] { return !state().isScanning; }, "the unlock has stopped"));
+  EXPECT_EQ(state().step, WizardStep::backup);
+  ASSERT_TRUE(until([&] { return !isShown("cancelUnlockButton"); }, "the sheet is gone"));
+  EXPECT_FALSE(isShown("alertOKButton")) << "stopping is no failure";
+  continueWithBackup();
+}
+
 TEST_F(Wizard, StopsAnExportAndCanStartItAgain) {
   Wishes many;
   for (int i = 0; i < 1500; ++i) {
     const std::string name = "b" + std::to_string(i);
     many.contents->whatsApp.mediaFiles.push_back(ExportTest::media(ExportTest::ana, name, "jpg", "photo " + name));
   }
-  open(std::move(many));
+  open(many);
   click("backupRow0");
   continueWithBackup();
   chooseDestination();
@@ -158,6 +178,19 @@ TEST_F(Wizard, AsksForTheDestinationFirst) {
   EXPECT_EQ(folderRequests[0].title, "Choose where to save");
 }
 
+TEST_F(Wizard, OpensTheFolderDialogWhereBackupsAre) {
+  open({.realFolderDialog = true});
+  click("chooseOtherButton");
+  FolderPrompt& prompt = app->folders();
+  EXPECT_EQ(prompt.title(), "Choose a backup folder");
+  EXPECT_EQ(prompt.message(), "Choose the device folder from a Finder backup, or a copy of that folder.");
+  EXPECT_EQ(prompt.initialFolder(), QUrl::fromLocalFile(QString::fromStdString(root.string())));
+  expectShown("Choose the device folder from a Finder backup, or a copy of that folder.");
+  prompt.choose(QUrl::fromLocalFile(QString::fromStdString(backup.string())));
+  ASSERT_TRUE(until([&] { return state().backupInfo.has_value(); }, "the chosen backup"));
+  EXPECT_FALSE(prompt.isOpen());
+}
+
 TEST_F(Wizard, TakesABackupThatIsChosenByHand) {
   open({.listed = false});
   expectShown("No backup yet?");
@@ -175,6 +208,31 @@ TEST_F(Wizard, OpensTheBackupItWasStartedWith) {
   open({.listed = false, .opensBackup = true});
   expectShown("Ana's iPhone");
   continueWithBackup();
+}
+
+// ----------------------------------------------------------- the library
+
+TEST_F(Wizard, HelpsWhoeverHasNoBackupYet) {
+  open({.listed = false});
+  expectShown("No backup yet?");
+  expectShown("Make a local backup in Finder, then come back and refresh this list.");
+  expectShown("Choose “Back up all of the data on your iPhone to this Mac”.");
+  fs::create_directories(root);
+  fs::rename(backup, root / "00008110-000A1B2C3D4E5F60");
+  click("refreshButton");
+  expectShown("Ana's iPhone");
+  expectGone("No backup yet?");
+}
+
+TEST_F(Wizard, AsksForAccessWhereBackupsAreHidden) {
+  open({.accessDenied = true});
+  expectShown("macOS is hiding your backups");
+  expectShown("3. Turn on Lorewick in the list (add it with + if needed).");
+  click("openSettingsButton");
+  becomeOneself();
+  click("checkAgainButton");
+  expectShown("Ana's iPhone");
+  expectGone("macOS is hiding your backups");
 }
 
 // ------------------------------------------------------------------ drops
