@@ -46,6 +46,19 @@ class Access : public Scene {
     EXPECT_TRUE(QRectF(0, 0, window().width(), window().height()).contains(place)) << name << " is cut off";
   }
 
+  // Everything that a screen reader could say of this part of the window.
+  static std::string told(QAccessibleInterface* part) {
+    if (part == nullptr) return {};
+    std::string all;
+    for (const QAccessible::Text text : {QAccessible::Name, QAccessible::Description, QAccessible::Value}) {
+      all += part->text(text).toStdString() + "\n";
+    }
+    QAccessibleTextInterface* letters = part->textInterface();
+    if (letters != nullptr) all += letters->text(0, letters->characterCount()).toStdString() + "\n";
+    for (int i = 0; i < part->childCount(); ++i) all += told(part->child(i));
+    return all;
+  }
+
   static Wishes encrypted() { return {.contents = ExportTest::smallBackup(true)}; }
 };
 
@@ -86,6 +99,17 @@ TEST_F(Access, AnAlertKeepsTheKeysUntilItIsAnswered) {
   press(Qt::Key_Return);
   ASSERT_TRUE(until([&] { return isShown("alertOKButton"); }, "the alert"));
   EXPECT_EQ(tabStops(), std::vector<std::string>{"alertOKButton"});
+}
+
+TEST_F(Access, APasswordIsNotReadOut) {
+  open(encrypted());
+  click("backupRow0");
+  click("passwordField");
+  type("zebra");
+  const std::string all = told(QAccessible::queryAccessibleInterface(&window()));
+  EXPECT_THAT(all, testing::HasSubstr("Backup password"));
+  EXPECT_THAT(all, testing::Not(testing::HasSubstr("zebra")));
+  EXPECT_EQ(state().currentPassword(), "zebra");
 }
 
 TEST_F(Access, ASmallWindowHidesNoButton) {
