@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <QAccessible>
+#include <QKeyEvent>
 #include <QTest>
 #include <algorithm>
 #include <set>
@@ -59,6 +60,12 @@ class Access : public Scene {
     return all;
   }
 
+  // As a key does that is not let go.
+  void repeat(Qt::Key key) {
+    QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier, {}, true);
+    QCoreApplication::sendEvent(&window(), &event);
+  }
+
   static Wishes encrypted() { return {.contents = ExportTest::smallBackup(true)}; }
 };
 
@@ -110,6 +117,32 @@ TEST_F(Access, APasswordIsNotReadOut) {
   EXPECT_THAT(all, testing::HasSubstr("Backup password"));
   EXPECT_THAT(all, testing::Not(testing::HasSubstr("zebra")));
   EXPECT_EQ(state().currentPassword(), "zebra");
+}
+
+TEST_F(Access, AKeyThatIsHeldPressesNoFurtherButton) {
+  open();
+  click("backupRow0");
+  ASSERT_TRUE(until([&] { return item("continueButton").isEnabled(); }, "the backup is read"));
+  repeat(Qt::Key_Return);
+  EXPECT_FALSE(state().isScanning);
+  continueWithBackup();
+  repeat(Qt::Key_Return);
+  EXPECT_EQ(state().step, WizardStep::options);
+  repeat(Qt::Key_Escape);
+  EXPECT_EQ(state().step, WizardStep::options);
+  press(Qt::Key_Escape);
+  EXPECT_EQ(state().step, WizardStep::backup);
+}
+
+TEST_F(Access, AKeyThatIsHeldAnswersNoAlert) {
+  open();
+  drop({QUrl::fromLocalFile(QStringLiteral("/nowhere"))});
+  ASSERT_TRUE(until([&] { return isShown("alertOKButton"); }, "the alert"));
+  repeat(Qt::Key_Escape);
+  repeat(Qt::Key_Return);
+  EXPECT_TRUE(state().errorMessage);
+  press(Qt::Key_Escape);
+  EXPECT_FALSE(state().errorMessage);
 }
 
 TEST_F(Access, ASmallWindowHidesNoButton) {
