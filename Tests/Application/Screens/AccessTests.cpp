@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <QAccessible>
+#include <QElapsedTimer>
 #include <QKeyEvent>
 #include <QTest>
 #include <algorithm>
@@ -64,6 +65,17 @@ class Access : public Scene {
   void repeat(Qt::Key key) {
     QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier, {}, true);
     QCoreApplication::sendEvent(&window(), &event);
+  }
+
+  // Nothing is drawn any more.
+  bool comesToRest() {
+    QElapsedTimer sinceDrawing;
+    sinceDrawing.start();
+    const auto drawn = QObject::connect(
+        &window(), &QQuickWindow::frameSwapped, &window(), [&] { sinceDrawing.restart(); }, Qt::DirectConnection);
+    const bool rests = until([&] { return sinceDrawing.elapsed() > 300; }, "the window rests");
+    QObject::disconnect(drawn);
+    return rests;
   }
 
   static Wishes encrypted() { return {.contents = ExportTest::smallBackup(true)}; }
@@ -143,6 +155,14 @@ TEST_F(Access, AKeyThatIsHeldAnswersNoAlert) {
   EXPECT_TRUE(state().errorMessage);
   press(Qt::Key_Escape);
   EXPECT_FALSE(state().errorMessage);
+}
+
+TEST_F(Access, AWindowInWhichNothingHappensDrawsNothing) {
+  open();
+  EXPECT_TRUE(comesToRest());
+  click("backupRow0");
+  continueWithBackup();
+  EXPECT_TRUE(comesToRest());
 }
 
 TEST_F(Access, ASmallWindowHidesNoButton) {
