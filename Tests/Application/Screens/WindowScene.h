@@ -43,8 +43,8 @@ class MemoryPasswords {
 // What a test wants to have at hand before the window opens.
 struct Wishes {
   std::optional<Fixture::BackupContents> contents = ExportTest::smallBackup();  // absent: the backup is there already
-  bool listed = true;             // the backup stands in the library
-  bool hasHome = true;            // there is a home folder to export to
+  bool listed = true;                                                           // the backup stands in the library
+  bool hasHome = true;                                                          // there is a home folder to export to
   bool realFolderDialog = false;  // instead of the answers that the test gives
   bool opensBackup = false;       // the application is started with the backup
   bool accessDenied = false;      // the user may not list the library's folder
