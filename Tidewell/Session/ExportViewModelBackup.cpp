@@ -106,14 +106,18 @@ void ExportViewModel::chooseBackup() {
        .message = translated("Choose the device folder from a Finder backup, or a copy of that folder."),
        .confirmButton = translated("Choose"),
        .initialFolder = services_.backupRoot},
-      answering(&ExportViewModel::setBackup));
+      answering(&ExportViewModel::startWith));
 }
 
 void ExportViewModel::dropFolder(const QUrl& url) {
-  if (!url.isLocalFile() || state_.isUnlocking || state_.isExporting) return;
+  if (url.isLocalFile()) startWith(QFile::encodeName(url.toLocalFile()).toStdString());
+}
+
+void ExportViewModel::startWith(const fs::path& folder) {
+  if (state_.isUnlocking || state_.isExporting) return;
   exportAnother();
   goBackToBackup();
-  setBackup(QFile::encodeName(url.toLocalFile()).toStdString());
+  setBackup(folder);
 }
 
 void ExportViewModel::setBackup(const fs::path& url) { setBackup(url, std::nullopt); }
