@@ -2,8 +2,8 @@ import QtQuick
 import QtQuick.Templates as T
 import Tidewell.Screens
 
-// A text field whose text nobody can read off the screen, nor out of what Qt
-// tells screen readers: that is the property of this name, which holds dots here.
+// A text field whose text nobody can read off the screen. Qt also tells screen
+// readers what a field's "text" is; this one's holds dots, and is no way to the secret.
 T.TextField {
     id: field
 
