@@ -6,6 +6,7 @@
 #include <QQuickWindow>
 #include <filesystem>
 #include <optional>
+#include <system_error>
 
 #include "Tidewell/Screens/DesktopAppearance.h"
 #include "Tidewell/Screens/LorewickApp.h"
@@ -35,8 +36,11 @@ std::optional<std::filesystem::path> parse(const QGuiApplication& application) {
   parser.process(application);
   const QStringList folders = parser.positionalArguments();
   if (folders.size() > 1) parser.showHelp(2);
-  if (folders.isEmpty()) return std::nullopt;
-  return std::filesystem::absolute(QFile::encodeName(folders.first()).toStdString());
+  if (folders.isEmpty() || folders.first().isEmpty()) return std::nullopt;
+  const std::filesystem::path folder(QFile::encodeName(folders.first()).toStdString());
+  std::error_code error;  // where the current folder is gone
+  const std::filesystem::path whole = std::filesystem::absolute(folder, error);
+  return error ? folder : whole;
 }
 
 L10n systemTexts() {

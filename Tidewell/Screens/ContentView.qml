@@ -10,8 +10,9 @@ FocusScope {
     readonly property ExportViewModel controller: screens.controller
     readonly property windowContent content: screens.window
 
-    function press(button) {
-        if (button && button.enabled)
+    // A key that is held must not run through the steps.
+    function press(button, event) {
+        if (button && button.enabled && !event.isAutoRepeat)
             button.clicked();
     }
 

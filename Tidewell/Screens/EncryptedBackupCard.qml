@@ -44,7 +44,7 @@ Card {
             // Qt hides the name of a password field from screen readers, though not its description.
             Accessible.name: placeholderText
             Accessible.description: placeholderText
-            onTextEdited: card.controller.setBackupPassword(text)
+            onSecretEdited: secret => card.controller.setBackupPassword(secret)
         }
         CheckRow {
             objectName: "rememberBox"

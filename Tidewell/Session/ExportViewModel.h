@@ -55,8 +55,7 @@ class ExportViewModel : public QObject {
   void setBackup(const std::filesystem::path& url);
   // `knownInfo`: what the library knows of that folder; shown when it cannot be read any more.
   void setBackup(const std::filesystem::path& url, const std::optional<BackupInfo>& knownInfo);
-  // A folder dropped on the window, on whatever step: becomes the chosen backup on the first step. Does nothing
-  // during an unlock or an export.
+  // A folder dropped on the window; what is no file changes nothing.
   Q_INVOKABLE void dropFolder(const QUrl& url);
 
   Q_INVOKABLE void continueToOptions();
@@ -108,6 +107,9 @@ class ExportViewModel : public QObject {
   const DiscoveredBackup* listed(const std::optional<std::string>& path) const;
 
   void selectDiscovered(const DiscoveredBackup& backup, const Then& then);
+  // A folder dropped or picked by hand, on whatever step the wizard is by then: becomes the chosen backup on the
+  // first step. Does nothing during an unlock or an export.
+  void startWith(const std::filesystem::path& folder);
   void setBackup(const std::filesystem::path& folder, const std::optional<BackupInfo>& knownInfo, const Then& then);
   void clearForNewBackup(const std::filesystem::path& url);
   void takeInspection(std::future<BackupInfo> info, const std::optional<BackupInfo>& knownInfo, int choice,
@@ -119,8 +121,6 @@ class ExportViewModel : public QObject {
                 const std::optional<SecretBytes>& password);
   void keepOrForget(const SecretBytes& password);
   void refreshFreeSpace();
-  // Makes a folder the chosen backup from whatever step, on the first one.
-  void startWith(const std::filesystem::path& folder);
   void takeDestination(const std::filesystem::path& folder);
   void takeExport(std::future<ExportSummary> summary);
 

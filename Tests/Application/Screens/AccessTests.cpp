@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <QAccessible>
+#include <QElapsedTimer>
+#include <QKeyEvent>
 #include <QTest>
 #include <algorithm>
 #include <set>
@@ -46,6 +48,36 @@ class Access : public Scene {
     EXPECT_TRUE(QRectF(0, 0, window().width(), window().height()).contains(place)) << name << " is cut off";
   }
 
+  // Everything that a screen reader could say of this part of the window.
+  static std::string told(QAccessibleInterface* part) {
+    if (part == nullptr) return {};
+    std::string all;
+    for (const QAccessible::Text text : {QAccessible::Name, QAccessible::Description, QAccessible::Value}) {
+      all += part->text(text).toStdString() + "\n";
+    }
+    QAccessibleTextInterface* letters = part->textInterface();
+    if (letters != nullptr) all += letters->text(0, letters->characterCount()).toStdString() + "\n";
+    for (int i = 0; i < part->childCount(); ++i) all += told(part->child(i));
+    return all;
+  }
+
+  // As a key does that is not let go.
+  void repeat(Qt::Key key) {
+    QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier, {}, true);
+    QCoreApplication::sendEvent(&window(), &event);
+  }
+
+  // Nothing is drawn any more.
+  bool comesToRest() {
+    QElapsedTimer sinceDrawing;
+    sinceDrawing.start();
+    const auto drawn = QObject::connect(
+        &window(), &QQuickWindow::frameSwapped, &window(), [&] { sinceDrawing.restart(); }, Qt::DirectConnection);
+    const bool rests = until([&] { return sinceDrawing.elapsed() > 300; }, "the window rests");
+    QObject::disconnect(drawn);
+    return rests;
+  }
+
   static Wishes encrypted() { return {.contents = ExportTest::smallBackup(true)}; }
 };
 
@@ -86,6 +118,51 @@ TEST_F(Access, AnAlertKeepsTheKeysUntilItIsAnswered) {
   press(Qt::Key_Return);
   ASSERT_TRUE(until([&] { return isShown("alertOKButton"); }, "the alert"));
   EXPECT_EQ(tabStops(), std::vector<std::string>{"alertOKButton"});
+}
+
+TEST_F(Access, APasswordIsNotReadOut) {
+  open(encrypted());
+  click("backupRow0");
+  click("passwordField");
+  type("zebra");
+  const std::string all = told(QAccessible::queryAccessibleInterface(&window()));
+  EXPECT_THAT(all, testing::HasSubstr("Backup password"));
+  EXPECT_THAT(all, testing::Not(testing::HasSubstr("zebra")));
+  EXPECT_EQ(state().currentPassword(), "zebra");
+}
+
+TEST_F(Access, AKeyThatIsHeldPressesNoFurtherButton) {
+  open();
+  click("backupRow0");
+  ASSERT_TRUE(until([&] { return item("continueButton").isEnabled(); }, "the backup is read"));
+  repeat(Qt::Key_Return);
+  EXPECT_FALSE(state().isScanning);
+  continueWithBackup();
+  repeat(Qt::Key_Return);
+  EXPECT_EQ(state().step, WizardStep::options);
+  repeat(Qt::Key_Escape);
+  EXPECT_EQ(state().step, WizardStep::options);
+  press(Qt::Key_Escape);
+  EXPECT_EQ(state().step, WizardStep::backup);
+}
+
+TEST_F(Access, AKeyThatIsHeldAnswersNoAlert) {
+  open();
+  drop({QUrl::fromLocalFile(QStringLiteral("/nowhere"))});
+  ASSERT_TRUE(until([&] { return isShown("alertOKButton"); }, "the alert"));
+  repeat(Qt::Key_Escape);
+  repeat(Qt::Key_Return);
+  EXPECT_TRUE(state().errorMessage);
+  press(Qt::Key_Escape);
+  EXPECT_FALSE(state().errorMessage);
+}
+
+TEST_F(Access, AWindowInWhichNothingHappensDrawsNothing) {
+  open();
+  EXPECT_TRUE(comesToRest());
+  click("backupRow0");
+  continueWithBackup();
+  EXPECT_TRUE(comesToRest());
 }
 
 TEST_F(Access, ASmallWindowHidesNoButton) {

@@ -81,6 +81,13 @@ TEST_F(Application, RefusesMoreThanOneBackup) {
   EXPECT_EQ(program.exitCode(), 2);
 }
 
+TEST_F(Application, TakesANamelessBackupForNone) {
+  start({""});
+  EXPECT_TRUE(QTest::qWaitFor([&] { return remembered().lastDestinationPath == home.string(); }, 20'000))
+      << "it never opened";
+  EXPECT_EQ(program.state(), QProcess::Running);
+}
+
 TEST_F(Application, StopsWhereItsTextsAreMissing) {
   fs::copy(TIDEWELL_APPLICATION, folder / "Tidewell");
   program.start(text(folder / "Tidewell"), {});

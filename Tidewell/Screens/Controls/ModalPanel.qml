@@ -49,7 +49,7 @@ T.Popup {
         Accessible.role: panel.role
         Accessible.name: panel.title
         Accessible.description: panel.description
-        Keys.onEscapePressed: panel.escaped()
+        Keys.onEscapePressed: event => event.isAutoRepeat || panel.escaped()
 
         ColumnLayout {
             id: column

@@ -2,10 +2,15 @@ import QtQuick
 import QtQuick.Templates as T
 import Tidewell.Screens
 
-// A text field whose text nobody can read off the screen.
+// A text field whose text nobody can read off the screen. Qt also tells screen
+// readers what a field's "text" is; this one's holds dots, and is no way to the secret.
 T.TextField {
     id: field
 
+    readonly property string text: displayText
+    signal secretEdited(string secret)
+
+    onTextEdited: secretEdited(getText(0, length))
     implicitHeight: Theme.controlHeight + 2
     leftPadding: Theme.snug
     rightPadding: Theme.snug

@@ -3,6 +3,8 @@ import Tidewell.Screens
 
 // Turns while something goes on; stands still for those who want no motion.
 Symbol {
+    id: spinner
+
     name: "spinner"
     tint: Theme.accent
 
@@ -11,6 +13,6 @@ Symbol {
         to: 360
         duration: 900
         loops: Animation.Infinite
-        running: Theme.moves
+        running: spinner.visible && Theme.moves
     }
 }
