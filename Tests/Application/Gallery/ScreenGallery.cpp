@@ -94,12 +94,13 @@ int main(int argc, char* argv[]) {
   if (app.window() == nullptr) return EXIT_FAILURE;
   app.appearance().setReducesMotion(true);
   app.window()->show();
-  takePictures(app, folder, {900, 740}, "light");
+  const QSize ownSize = app.window()->size();
+  takePictures(app, folder, ownSize, "light");
   takePictures(app, folder, {640, 480}, "light-small");
   takePictureOfDialog(app, folder, {640, 480}, "folder-dialog-light-small.png");
   app.appearance().setDark(true);
-  takePictures(app, folder, {900, 740}, "dark");
-  takePictureOfDialog(app, folder, {900, 740}, "folder-dialog-dark.png");
+  takePictures(app, folder, ownSize, "dark");
+  takePictureOfDialog(app, folder, ownSize, "folder-dialog-dark.png");
   std::fprintf(stderr, "%d warnings\n", warnings.load());
   return warnings == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 }
