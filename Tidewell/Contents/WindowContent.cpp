@@ -25,6 +25,7 @@ QString busyLine(const ExportState& state, const L10n& texts) {
 }
 
 QString alertText(const ExportState& state) {
+  if (!state.errorMessage) return {};
   QStringList paragraphs;
   for (const auto& paragraph : {state.errorMessage, state.recoverySuggestion}) {
     if (paragraph) paragraphs.append(ContentText::text(Text::repaired(*paragraph)));

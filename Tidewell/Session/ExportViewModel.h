@@ -121,6 +121,7 @@ class ExportViewModel : public QObject {
                 const std::optional<SecretBytes>& password);
   void keepOrForget(const SecretBytes& password);
   void refreshFreeSpace();
+  void takeDestination(const std::filesystem::path& folder);
   void takeExport(std::future<ExportSummary> summary);
 
   void restoreBackup();

@@ -48,7 +48,12 @@ void ExportViewModel::chooseDestination() {
        .confirmButton = translated("Choose"),
        .initialFolder = state_.destinationURL.value_or(services_.home / "Desktop"),
        .canCreateFolders = true},
-      answering(&ExportViewModel::setDestination));
+      answering(&ExportViewModel::takeDestination));
+}
+
+// A running or finished export keeps the folder that it was started with.
+void ExportViewModel::takeDestination(const fs::path& folder) {
+  if (!state_.isExporting && state_.step != WizardStep::done) setDestination(folder);
 }
 
 void ExportViewModel::setDestination(const fs::path& url) {

@@ -66,6 +66,7 @@ TEST(WindowContent, JoinsAnErrorAndItsAdvice) {
     const char* text;
   };
   const std::vector<Case> cases{{{}, {}, false, ""},
+                                {{}, "Try again.", false, ""},  // dismissed
                                 {"Bad luck.", {}, true, "Bad luck."},
                                 {"Bad luck.", "Try again.", true, "Bad luck.\n\nTry again."},
                                 {"Bad luck.", "One.\n\nTwo.", true, "Bad luck.\n\nOne.\n\nTwo."}};

@@ -226,15 +226,14 @@ TEST_F(ChoosingTest, ALateAnswerOfTheChooserIsRefusedWhileUnlocking) {
   ASSERT_TRUE(scene.untilIdle());
 }
 
-TEST_F(ChoosingTest, ALateAnswerOfTheChooserGoesBackToTheFirstStep) {
+TEST_F(ChoosingTest, ALateAnswerOfTheChooserLeadsBackToTheFirstStep) {
   const fs::path other = scene.addBackup("other");
   wizard.chooseBackup();
-  ASSERT_TRUE(scene.reachOptions(scene.addBackup("device")));
+  ASSERT_TRUE(scene.reachOptions(scene.addBackup("first")));
   scene.chooser.answer(other);
-  EXPECT_EQ(state.step, WizardStep::backup);
-  ASSERT_TRUE(scene.untilIdle());
+  EXPECT_EQ(state.step, WizardStep::backup) << "the second step would have nothing to show";
   EXPECT_EQ(state.backupURL, other);
-  EXPECT_TRUE(state.canContinueFromBackup());
+  ASSERT_TRUE(scene.untilIdle());
 }
 
 TEST_F(ChoosingTest, ALateAnswerOfTheChooserIsRefusedWhileExporting) {

@@ -69,6 +69,16 @@ TEST_F(DestinationTest, IsAskedForWithWhatIsThere) {
   EXPECT_THAT(scene.chooser.requests, ElementsAre(request, request, again));
 }
 
+TEST_F(DestinationTest, ALateAnswerLeavesAFinishedExportItsFolder) {
+  ASSERT_TRUE(scene.reachOptions(backup));
+  wizard.chooseDestination();
+  wizard.startExport();
+  ASSERT_TRUE(scene.until([&] { return state.step == WizardStep::done; }));
+  scene.chooser.answer(scene.home);
+  EXPECT_EQ(state.destinationURL, scene.desktop);
+  EXPECT_TRUE(state.summary.has_value());
+}
+
 TEST_F(DestinationTest, ForgetsTheSummaryBefore) {
   ASSERT_TRUE(scene.reachDone(backup));
   wizard.exportAnother();
