@@ -8,6 +8,7 @@
 #include <cstdio>
 
 #include "Tests/Application/Gallery/ScreenStates.h"
+#include "Tests/Application/Screens/MemoryPlatform.h"
 #include "Tidewell/Screens/LorewickApp.h"
 
 // Shows the window in each of its states, light and dark, large and small, keeps
@@ -76,6 +77,7 @@ void takePictureOfDialog(LorewickApp& app, const QDir& folder, QSize size, const
 
 int main(int argc, char* argv[]) {
   qInstallMessageHandler(countWarnings);
+  const MemoryPlatform platform;
   QGuiApplication application(argc, argv);
   QGuiApplication::setApplicationDisplayName("Lorewick");
   if (argc != 2) {

@@ -3,11 +3,11 @@
 #include <QAccessible>
 #include <QGuiApplication>
 
-// The window needs a platform; without another wish it is one that draws into memory.
+#include "Tests/Application/Screens/MemoryPlatform.h"
+
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
-  qputenv("QT_QUICK_BACKEND", "software");
-  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+  const MemoryPlatform platform;
   QGuiApplication application(argc, argv);
   // As if a screen reader were there.
   QAccessible::setActive(true);
