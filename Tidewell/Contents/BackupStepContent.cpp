@@ -48,7 +48,6 @@ BackupStepContent BackupStepContent::of(const ExportState& state, const L10n& te
   const QList<BackupRowContent> backups = rowsOf(state, texts);
   const bool isLooking = state.isRefreshingLibrary && backups.isEmpty();
   return {.isLooking = isLooking,
-          .isRefreshing = state.isRefreshingLibrary,
           .isAccessDenied = isAccessDenied,
           .listsBackups = !state.library.backups.empty(),
           .showsHelp = backups.isEmpty() && !isAccessDenied && !isLooking,

@@ -32,7 +32,6 @@ struct BackupRowContent {
 struct BackupStepContent {
   Q_GADGET
   Q_PROPERTY(bool isLooking MEMBER isLooking)
-  Q_PROPERTY(bool isRefreshing MEMBER isRefreshing)
   Q_PROPERTY(bool isAccessDenied MEMBER isAccessDenied)
   Q_PROPERTY(bool listsBackups MEMBER listsBackups)
   Q_PROPERTY(bool showsHelp MEMBER showsHelp)
@@ -44,8 +43,7 @@ struct BackupStepContent {
   Q_PROPERTY(bool wantsPasswordFocus MEMBER wantsPasswordFocus)
 
  public:
-  bool isLooking = false;  // for the first time, with nothing to show yet
-  bool isRefreshing = false;
+  bool isLooking = false;  // for backups, with none to show meanwhile
   bool isAccessDenied = false;
   bool listsBackups = false;  // backups were found on this computer
   bool showsHelp = false;     // there is no backup to show at all

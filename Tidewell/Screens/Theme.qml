@@ -14,7 +14,6 @@ QtObject {
     readonly property int snug: 12
     readonly property int medium: 16
     readonly property int wide: 24
-    readonly property int vast: 40
 
     // Text
     readonly property int body: Math.max(14, Qt.application.font.pixelSize)
@@ -37,6 +36,7 @@ QtObject {
     readonly property color hover: dark ? "#222c33" : "#f5f8f9"
     readonly property color pressed: dark ? "#2a353d" : "#eaeff1"
     readonly property color line: dark ? "#2b363d" : "#dde3e6"
+    readonly property color unreached: dark ? "#3a474f" : "#cbd4d8"
     readonly property color border: dark ? "#71818b" : "#7f8c96"
     readonly property color text: dark ? "#e8eef1" : "#15202b"
     readonly property color quiet: dark ? "#a0b0ba" : "#566470"
@@ -46,7 +46,6 @@ QtObject {
     readonly property color accentSoft: dark ? "#17352f" : "#e1f3ee"
     readonly property color accentInk: dark ? "#06231d" : "#ffffff"
     readonly property color warning: dark ? "#ffb27d" : "#96470a"
-    readonly property color warningSoft: dark ? "#3a2a1c" : "#fdf0e4"
     readonly property color shade: dark ? "#b0000000" : "#66101a22"
 
     // Milliseconds; nothing moves for those who asked for that.

@@ -19,7 +19,7 @@ Row {
             width: index + 1 === dots.step ? 36 : 20
             height: 6
             radius: 3
-            color: index < dots.step ? Theme.accent : Theme.dark ? "#3a474f" : "#cbd4d8"
+            color: index < dots.step ? Theme.accent : Theme.unreached
 
             Behavior on width {
                 NumberAnimation {
