@@ -46,7 +46,7 @@ BackupRowContent BackupRowContent::of(const DiscoveredBackup& backup, bool selec
 BackupStepContent BackupStepContent::of(const ExportState& state, const L10n& texts) {
   const bool isAccessDenied = state.library.access == BackupAccess::denied;
   const QList<BackupRowContent> backups = rowsOf(state, texts);
-  const bool isLooking = state.isRefreshingLibrary && backups.isEmpty();
+  const bool isLooking = state.isRefreshingLibrary && !state.hasReadLibrary && backups.isEmpty();
   return {.isLooking = isLooking,
           .isAccessDenied = isAccessDenied,
           .listsBackups = !state.library.backups.empty(),

@@ -32,8 +32,9 @@ ProgressStepContent ProgressStepContent::of(const ExportState& state, const L10n
   if (!state.progress) return content;
   const ExportProgress& progress = *state.progress;
   content.isIndeterminate = progress.isIndeterminate();
-  content.fraction = progress.fraction();
-  if (!content.isIndeterminate) {
+  const bool isFinished = progress.phase == Phase::finished;
+  content.fraction = isFinished ? 1 : progress.fraction();
+  if (!content.isIndeterminate && !isFinished) {
     content.count = texts.format(u"%lld of %lld"_qs, {texts.number(progress.completed), texts.number(progress.total)});
   }
   content.fileName = ContentText::text(Text::repaired(progress.currentFileName));

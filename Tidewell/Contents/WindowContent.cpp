@@ -21,6 +21,9 @@ QString caption(WizardStep step, const L10n& texts) {
 QString busyLine(const ExportState& state, const L10n& texts) {
   if (state.isInspecting) return texts.text(u"Reading this backup…"_qs);
   if (state.isScanning) return texts.text(u"Reading chats…"_qs);
+  // The first time the step itself says it.
+  if (state.isRefreshingLibrary && state.hasReadLibrary && state.library.backups.empty() && !state.backupInfo)
+    return texts.text(u"Looking for iPhone backups…"_qs);
   return {};
 }
 

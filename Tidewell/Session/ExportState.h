@@ -20,6 +20,7 @@ struct ExportState {
   WizardStep step = WizardStep::backup;
   BackupLibrarySnapshot library;
   bool isRefreshingLibrary = false;
+  bool hasReadLibrary = false;                  // at least once
   std::optional<std::string> selectedBackupID;  // the path of the chosen backup
   std::optional<std::filesystem::path> backupURL;
   std::optional<BackupInfo> backupInfo;

@@ -6,6 +6,7 @@
 
 #include "Tidewell/Services/FinderSupport.h"
 #include "TidewellCore/ErrorReport.h"
+#include "TidewellCore/Export/ExportDestination.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
 
@@ -17,6 +18,12 @@ fs::path applicationSupport(const fs::path& home) {
   const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
   return folder.isEmpty() ? home / "Library" / "Application Support" : PathText::path(folder.toStdString());
 }
+
+std::optional<fs::path> pathOf(const std::optional<std::string>& text) {
+  return text ? std::optional(PathText::path(*text)) : std::nullopt;
+}
+
+bool isFolder(const std::optional<fs::path>& path) { return path && Files::isFolder(*path); }
 
 }  // namespace
 
@@ -44,27 +51,49 @@ void ExportViewModel::restoreRememberedLocations() {
   restoreDestination();
 }
 
-// What was chosen meanwhile stays chosen.
+// The folders are looked at on a worker, since the volume of one may be slow or gone.
 void ExportViewModel::restoreBackup() {
-  if (const auto resolved = resolvedFolder(preferences_.lastBackupBookmark)) {
-    if (state_.backupURL == *resolved) {
-      backupAccess_ = startAccess(*resolved);
-    } else if (!state_.backupURL) {
-      const DiscoveredBackup* known = listed(PathText::text(*resolved));
-      setBackup(*resolved, known != nullptr ? std::optional(known->info) : std::nullopt);
-    }
-  } else if (!state_.backupURL && preferences_.lastBackupPath) {
-    const fs::path last = PathText::path(*preferences_.lastBackupPath);
-    if (Files::isFolder(last)) setBackup(last);
+  const std::optional<fs::path> bookmarked = resolved(preferences_.lastBackupBookmark);
+  inBackground(
+      BackgroundWork::Lane::userInitiated,
+      [bookmarked, last = pathOf(preferences_.lastBackupPath)] {
+        return isFolder(bookmarked) ? bookmarked : isFolder(last) ? last : std::nullopt;
+      },
+      [this, access = accessWhileLooking(bookmarked)](std::future<std::optional<fs::path>> folder) {
+        if (const std::optional<fs::path> found = folder.get()) reopen(*found);
+      });
+}
+
+// What was chosen meanwhile stays chosen.
+void ExportViewModel::reopen(const fs::path& folder) {
+  if (state_.backupURL == folder) {
+    backupAccess_ = startAccess(folder);
+  } else if (!state_.backupURL) {
+    const DiscoveredBackup* known = listed(folder.native());
+    setBackup(folder, known != nullptr ? std::optional(known->info) : std::nullopt);
   }
 }
 
-std::optional<fs::path> ExportViewModel::resolvedFolder(const std::optional<Bytes>& bookmark) const {
-  if (!bookmark) return std::nullopt;
-  const auto folder = services_.permissions.resolveBookmark(*bookmark);
-  if (!folder) return std::nullopt;
-  const auto access = startAccess(*folder);
-  return Files::isFolder(*folder) ? folder : std::nullopt;
+void ExportViewModel::restoreDestination() {
+  if (state_.destinationURL) return;
+  const std::optional<fs::path> bookmarked = resolved(preferences_.lastDestinationBookmark);
+  inBackground(
+      BackgroundWork::Lane::userInitiated,
+      [bookmarked, last = preferences_.lastDestinationPath, home = services_.home] {
+        return isFolder(bookmarked) ? bookmarked : ExportDestination::resolvedDefault(last, home);
+      },
+      [this, access = accessWhileLooking(bookmarked)](std::future<std::optional<fs::path>> folder) {
+        const std::optional<fs::path> found = folder.get();
+        if (found && !state_.destinationURL) setDestination(*found);
+      });
+}
+
+std::optional<fs::path> ExportViewModel::resolved(const std::optional<Bytes>& bookmark) const {
+  return bookmark ? services_.permissions.resolveBookmark(*bookmark) : std::nullopt;
+}
+
+std::shared_ptr<ScopedAccess> ExportViewModel::accessWhileLooking(const std::optional<fs::path>& folder) const {
+  return folder ? startAccess(*folder) : nullptr;
 }
 
 void ExportViewModel::rememberBackup() {
@@ -91,7 +120,7 @@ std::unique_ptr<ScopedAccess> ExportViewModel::startAccess(const fs::path& url) 
 void ExportViewModel::setBackupPassword(const QString& password) {
   QByteArray utf8 = password.toUtf8();
   set(&ExportState::backupPassword, {utf8.begin(), utf8.end()});
-  utf8.fill('\0');
+  tw_wipe(utf8.data(), static_cast<std::size_t>(utf8.size()));
 }
 
 void ExportViewModel::setRememberBackupPassword(bool remember) { set(&ExportState::rememberBackupPassword, remember); }

@@ -87,6 +87,9 @@ class ExportViewModel : public QObject {
 
  private:
   using Then = std::function<void()>;
+  // One for each backup that was chosen, cancelled when another one is: tells late answers from those for the
+  // present one, and keeps questions that nobody asks any more from being put.
+  using Choice = std::shared_ptr<CancellationToken>;
 
   template <typename Value>
   void set(Value ExportState::*property, std::type_identity_t<Value> value) {
@@ -112,9 +115,9 @@ class ExportViewModel : public QObject {
   void startWith(const std::filesystem::path& folder);
   void setBackup(const std::filesystem::path& folder, const std::optional<BackupInfo>& knownInfo, const Then& then);
   void clearForNewBackup(const std::filesystem::path& url);
-  void takeInspection(std::future<BackupInfo> info, const std::optional<BackupInfo>& knownInfo, int choice,
+  void takeInspection(std::future<BackupInfo> info, const std::optional<BackupInfo>& knownInfo, const Choice& choice,
                       const Then& then);
-  void loadStoredPassword(int choice, const Then& then);
+  void loadStoredPassword(const Choice& choice, const Then& then);
   std::string passwordAccount() const;
 
   void takeScan(std::future<ScanResult> result, const CancellationToken& token,
@@ -126,7 +129,9 @@ class ExportViewModel : public QObject {
 
   void restoreBackup();
   void restoreDestination();
-  std::optional<std::filesystem::path> resolvedFolder(const std::optional<Bytes>& bookmark) const;
+  void reopen(const std::filesystem::path& backup);
+  std::optional<std::filesystem::path> resolved(const std::optional<Bytes>& bookmark) const;
+  std::shared_ptr<ScopedAccess> accessWhileLooking(const std::optional<std::filesystem::path>& folder) const;
   void rememberBackup();
   void savePreferences();
   std::unique_ptr<ScopedAccess> startAccess(const std::filesystem::path& url) const;
@@ -141,7 +146,7 @@ class ExportViewModel : public QObject {
   L10n texts_;
   BackgroundWork& work_;
   ExportState state_;
-  int choice_ = 0;  // counts the backups that were chosen; tells late answers from those for the present one
+  Choice choice_ = std::make_shared<CancellationToken>();  // of the present backup
   std::unique_ptr<ScopedAccess> backupAccess_;
   std::unique_ptr<ScopedAccess> destinationAccess_;
   std::shared_ptr<CancellationToken> cancellation_;  // of the running scan or export

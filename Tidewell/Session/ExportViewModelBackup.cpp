@@ -50,6 +50,7 @@ void ExportViewModel::refreshLibrary(const Then& then) {
       Lane::userInitiated, [root = services_.backupRoot] { return BackupLibrary::diagnose(root); },
       [this, then](std::future<BackupLibrarySnapshot> snapshot) {
         set(&ExportState::library, snapshot.get());
+        set(&ExportState::hasReadLibrary, true);
         fillSizes([this, then] {
           chooseRememberedInLibrary([this, then] {
             set(&ExportState::isRefreshingLibrary, false);
@@ -137,7 +138,7 @@ void ExportViewModel::setBackup(const fs::path& folder, const std::optional<Back
       Lane::userInitiated, [url] { return Exporter().inspect(url); },
       [this, then, knownInfo, choice = choice_](std::future<BackupInfo> info) {
         takeInspection(std::move(info), knownInfo, choice, [this, then, choice] {
-          if (choice == choice_) set(&ExportState::isInspecting, false);
+          if (!choice->isCancelled()) set(&ExportState::isInspecting, false);
           if (then) then();
         });
       });
@@ -145,7 +146,8 @@ void ExportViewModel::setBackup(const fs::path& folder, const std::optional<Back
 
 // Calls that still work for the backup chosen before are not to be taken up any more.
 void ExportViewModel::clearForNewBackup(const fs::path& url) {
-  ++choice_;
+  choice_->cancel();
+  choice_ = std::make_shared<CancellationToken>();
   if (state_.isScanning && cancellation_) cancellation_->cancel();
   clearError();
   set(&ExportState::scanResult, std::nullopt);
@@ -159,8 +161,8 @@ void ExportViewModel::clearForNewBackup(const fs::path& url) {
 }
 
 void ExportViewModel::takeInspection(std::future<BackupInfo> info, const std::optional<BackupInfo>& knownInfo,
-                                     int choice, const Then& then) {
-  if (choice != choice_) return then();
+                                     const Choice& choice, const Then& then) {
+  if (choice->isCancelled()) return then();
   try {
     set(&ExportState::backupInfo, info.get());
     set(&ExportState::selectedBackupID, state_.backupURL->native());
@@ -173,12 +175,15 @@ void ExportViewModel::takeInspection(std::future<BackupInfo> info, const std::op
   then();
 }
 
-void ExportViewModel::loadStoredPassword(int choice, const Then& then) {
+void ExportViewModel::loadStoredPassword(const Choice& choice, const Then& then) {
   inBackground(
-      Lane::inOrder, [load = services_.passwords.load, account = passwordAccount()] { return load(account); },
+      Lane::inOrder,
+      [load = services_.passwords.load, account = passwordAccount(), choice] {
+        return choice->isCancelled() ? std::nullopt : load(account);
+      },
       [this, choice, then](std::future<std::optional<SecretBytes>> future) {
         const std::optional<SecretBytes> password = future.get();
-        if (choice == choice_ && password && !password->empty()) {
+        if (!choice->isCancelled() && password && !password->empty()) {
           set(&ExportState::storedPassword, password);
           set(&ExportState::hasStoredPassword, true);
           set(&ExportState::rememberBackupPassword, true);

@@ -2,7 +2,6 @@
 
 #include "Tidewell/Session/ExportViewModel.h"
 #include "TidewellCore/Export/DiskSpace.h"
-#include "TidewellCore/Export/ExportDestination.h"
 #include "TidewellCore/Export/Exporter.h"
 #include "TidewellCore/Platform/PathText.h"
 
@@ -32,13 +31,6 @@ struct ExportRun {
 }  // namespace
 
 // -------------------------------------------------------- the destination
-
-void ExportViewModel::restoreDestination() {
-  if (state_.destinationURL) return;
-  std::optional<fs::path> folder = resolvedFolder(preferences_.lastDestinationBookmark);
-  if (!folder) folder = ExportDestination::resolvedDefault(preferences_.lastDestinationPath, services_.home);
-  if (folder) setDestination(*folder);
-}
 
 void ExportViewModel::chooseDestination() {
   services_.chooseFolder(

@@ -147,6 +147,14 @@ TEST(BackupStepContent, TellsWhyThereIsNothingToShow) {
   }
 }
 
+TEST(BackupStepContent, KeepsItsHelpWhileItIsLookedAgain) {
+  ExportState state = listing({}, BackupAccess::missing);
+  state.isRefreshingLibrary = true;
+  state.hasReadLibrary = true;
+  EXPECT_TRUE(BackupStepContent::of(state, texts).showsHelp);
+  EXPECT_FALSE(BackupStepContent::of(state, texts).isLooking) << "the window's footer says it then";
+}
+
 TEST(BackupStepContent, DoesNotLookAgainOverAList) {
   ExportState state = listing({listed("/a")});
   state.isRefreshingLibrary = true;

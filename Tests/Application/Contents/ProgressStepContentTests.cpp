@@ -34,8 +34,7 @@ TEST(ProgressStepContent, IsTitledByThePhase) {
                                 {Phase::unlocking, "Unlocking backup…", true},
                                 {Phase::readingChats, "Reading chats…", true},
                                 {Phase::copyingMedia, "Copying media", false},
-                                {Phase::writingTranscripts, "Writing transcripts", false},
-                                {Phase::finished, "Finished", false}};
+                                {Phase::writingTranscripts, "Writing transcripts", false}};
   for (const Case& c : cases) {
     const auto content = after(0, {.phase = c.phase, .completed = 1, .total = 4});
     EXPECT_EQ(content.title.toStdString(), c.title);
@@ -43,6 +42,14 @@ TEST(ProgressStepContent, IsTitledByThePhase) {
     EXPECT_EQ(content.fraction, 0.25);
     EXPECT_EQ(content.count.toStdString(), c.isIndeterminate ? "" : "1 of 4");
   }
+}
+
+TEST(ProgressStepContent, IsFullInTheEndWhateverThereWasToDo) {
+  const auto content = after(0, {.phase = Phase::finished, .completed = 0, .total = 1});
+  EXPECT_EQ(content.title, "Finished");
+  EXPECT_FALSE(content.isIndeterminate);
+  EXPECT_EQ(content.fraction, 1);
+  EXPECT_EQ(content.count, "");
 }
 
 TEST(ProgressStepContent, StartsBeforeAnythingIsReported) {

@@ -26,6 +26,16 @@ TEST(WindowContent, NamesTheStep) {
   }
 }
 
+TEST(WindowContent, TellsThatBackupsAreLookedForAgain) {
+  ExportState state;
+  state.isRefreshingLibrary = true;
+  EXPECT_EQ(contentOf(state).busyText, "") << "the first time the step says it";
+  state.hasReadLibrary = true;
+  EXPECT_EQ(contentOf(state).busyText, "Looking for iPhone backups…");
+  state.backupInfo = BackupInfo{};
+  EXPECT_EQ(contentOf(state).busyText, "") << "there is a backup to show";
+}
+
 TEST(WindowContent, TellsWhatIsBeingRead) {
   ExportState state;
   EXPECT_EQ(contentOf(state).busyText, "");

@@ -83,6 +83,7 @@ TEST_F(ResponsivenessTest, StaysAtHandWithAHundredThousandMessages) {
     ASSERT_TRUE(scene.choose(backup));
     scanning = std::min(scanning, whileScanning());
     ASSERT_EQ(state.step, WizardStep::options);
+    ASSERT_TRUE(scene.until([&] { return state.canExport(); }));
     exporting = std::min(exporting, whileExporting());
     ASSERT_EQ(state.step, WizardStep::done) << state.errorMessage.value_or("no message");
     ASSERT_GT(state.summary->transcriptCount, 1'000);

@@ -17,11 +17,11 @@ namespace fs = std::filesystem;
 namespace {
 
 auto fields(const ExportState& s) {
-  return std::tie(s.step, s.library, s.isRefreshingLibrary, s.selectedBackupID, s.backupURL, s.backupInfo, s.scanResult,
-                  s.destinationURL, s.includedKinds, s.exportTranscripts, s.isInspecting, s.isScanning, s.isExporting,
-                  s.progress, s.summary, s.errorMessage, s.recoverySuggestion, s.availableBytes, s.dropTargeted,
-                  s.exportStartedAt, s.backupPassword, s.rememberBackupPassword, s.hasStoredPassword, s.isUnlocking,
-                  s.isCancellingUnlock, s.focusBackupPassword, s.storedPassword);
+  return std::tie(s.step, s.library, s.isRefreshingLibrary, s.hasReadLibrary, s.selectedBackupID, s.backupURL,
+                  s.backupInfo, s.scanResult, s.destinationURL, s.includedKinds, s.exportTranscripts, s.isInspecting,
+                  s.isScanning, s.isExporting, s.progress, s.summary, s.errorMessage, s.recoverySuggestion,
+                  s.availableBytes, s.dropTargeted, s.exportStartedAt, s.backupPassword, s.rememberBackupPassword,
+                  s.hasStoredPassword, s.isUnlocking, s.isCancellingUnlock, s.focusBackupPassword, s.storedPassword);
 }
 
 bool mayFollow(WizardStep before, WizardStep after) {
