@@ -10,6 +10,8 @@ qt_add_executable(Tidewell MACOSX_BUNDLE main.cpp ${tables})
 target_compile_definitions(Tidewell PRIVATE TIDEWELL_VERSION="${PROJECT_VERSION}")
 target_link_libraries(Tidewell PRIVATE TidewellScreens TidewellWarnings)
 set_target_properties(Tidewell PROPERTIES MACOSX_BUNDLE_INFO_PLIST ${PROJECT_BINARY_DIR}/packaging/Info.plist)
+qt_add_resources(Tidewell icon PREFIX / BASE ${PROJECT_SOURCE_DIR}/packaging
+  FILES ${PROJECT_SOURCE_DIR}/packaging/app.tidewell.Tidewell.svg)
 install(TARGETS Tidewell RUNTIME DESTINATION bin BUNDLE DESTINATION .)
 
 if(APPLE)

@@ -21,7 +21,9 @@ void describe(QGuiApplication& application) {
   application.setOrganizationName(QStringLiteral("Lorewick"));
   application.setApplicationVersion(QStringLiteral(TIDEWELL_VERSION));
   application.setDesktopFileName(QStringLiteral("app.tidewell.Tidewell"));
-  application.setWindowIcon(QIcon::fromTheme(QStringLiteral("app.tidewell.Tidewell")));
+  // The desktop's, else the one within the program, which need not be installed.
+  const QIcon own(QStringLiteral(":/app.tidewell.Tidewell.svg"));
+  application.setWindowIcon(QIcon::fromTheme(QStringLiteral("app.tidewell.Tidewell"), own));
 }
 
 // The backup to open, when one was named.

@@ -50,6 +50,13 @@ void bringIntoView(QQuickItem& item) {
   if (place.top() < top) scroller->setProperty("contentY", place.top());
 }
 
+std::unique_ptr<QMimeData> dragged(const QList<QUrl>& urls, const QString& text) {
+  auto data = std::make_unique<QMimeData>();
+  if (!urls.isEmpty()) data->setUrls(urls);
+  if (!text.isEmpty()) data->setText(text);
+  return data;
+}
+
 }  // namespace
 
 PasswordStore MemoryPasswords::store() {
@@ -215,36 +222,31 @@ void Scene::tabTo(const std::string& name) {
   EXPECT_EQ(focused(), name) << "the keyboard never came to it";
 }
 
-Scene::Drop Scene::dragOver(const QList<QUrl>& urls, const QString& text) {
-  QMimeData data;
-  if (!urls.isEmpty()) data.setUrls(urls);
-  if (!text.isEmpty()) data.setText(text);
-  const QPoint place(window().width() / 2, window().height() / 2);
-  QDragEnterEvent enter(place, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-  QCoreApplication::sendEvent(&window(), &enter);
-  return enter.isAccepted() ? Drop::taken : Drop::refused;
+bool Scene::enter(const QMimeData& data) {
+  QDragEnterEvent event(middle(), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+  QCoreApplication::sendEvent(&window(), &event);
+  return event.isAccepted();
 }
+
+bool Scene::dragOver(const QList<QUrl>& urls, const QString& text) { return enter(*dragged(urls, text)); }
 
 void Scene::dragAway() {
   QDragLeaveEvent leave;
   QCoreApplication::sendEvent(&window(), &leave);
 }
 
-Scene::Drop Scene::drop(const QList<QUrl>& urls, const QString& text) {
-  QMimeData data;
-  if (!urls.isEmpty()) data.setUrls(urls);
-  if (!text.isEmpty()) data.setText(text);
-  const QPoint place(window().width() / 2, window().height() / 2);
-  QDragEnterEvent enter(place, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-  QCoreApplication::sendEvent(&window(), &enter);
-  if (!enter.isAccepted()) {
+bool Scene::drop(const QList<QUrl>& urls, const QString& text) {
+  const auto data = dragged(urls, text);
+  if (!enter(*data)) {
     dragAway();
-    return Drop::refused;
+    return false;
   }
-  QDropEvent let(place, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-  QCoreApplication::sendEvent(&window(), &let);
-  return let.isAccepted() ? Drop::taken : Drop::refused;
+  QDropEvent event(middle(), Qt::CopyAction, data.get(), Qt::LeftButton, Qt::NoModifier);
+  QCoreApplication::sendEvent(&window(), &event);
+  return event.isAccepted();
 }
+
+QPoint Scene::middle() const { return {window().width() / 2, window().height() / 2}; }
 
 void Scene::continueWithBackup() {
   if (!state().backupInfo) click("backupRow0");

@@ -22,6 +22,8 @@
 #include "Tests/Support/TemporaryDirectory.h"
 #include "Tidewell/Screens/LorewickApp.h"
 
+class QMimeData;
+
 // The real window on a real library of backups. What lies outside the
 // application is played: the password store, the folder chooser, the desktop.
 namespace WindowTest {
@@ -86,12 +88,11 @@ class Scene : public testing::Test {
   // Tabs until the item has the focus.
   void tabTo(const std::string& name);
 
-  enum class Drop { taken, refused };
   // Drags these over the window; whether the window would take them.
-  Drop dragOver(const QList<QUrl>& urls, const QString& text = {});
+  bool dragOver(const QList<QUrl>& urls, const QString& text = {});
   void dragAway();
-  // Drags these over the window and lets go.
-  Drop drop(const QList<QUrl>& urls, const QString& text = {});
+  // Drags these over the window and lets go; whether the window took them.
+  bool drop(const QList<QUrl>& urls, const QString& text = {});
 
   // The steps that lead to later ones.
   void continueWithBackup();
@@ -112,6 +113,8 @@ class Scene : public testing::Test {
 
  private:
   ExportViewModel::Setup setup(const Wishes& wishes);
+  bool enter(const QMimeData& data);
+  QPoint middle() const;
   bool isCovered(const std::string& name) const;
   void prepare(const Wishes& wishes);
   // Permissions bind the superuser, too, while he is somebody else.
