@@ -58,10 +58,11 @@ int main(int argc, char* argv[]) {
   describe(application);
   const std::optional<std::filesystem::path> backup = parse(application);
 
+  // Before the application, which takes a while to end what is under way; no signal may cut that short.
+  const QuitSignals quitSignals;
   LorewickApp app({.services = {}, .texts = systemTexts(), .preferencesURL = std::nullopt});
   if (app.window() == nullptr) return EXIT_FAILURE;
   const DesktopAppearance appearance(app.appearance());
-  const QuitSignals quitSignals;
   app.window()->show();
   app.controller().startUp(backup);
   return QGuiApplication::exec();

@@ -69,6 +69,19 @@ TEST(ExporterDestination, InsideTheBackupIsRefusedWhenItIsGivenRelativeToIt) {
   EXPECT_EQ(Fixture::treeSnapshot(fs::current_path()), before);
 }
 
+TEST(ExporterDestination, InsideAnotherBackupIsRefused) {
+  Scene scene;
+  const fs::path other = scene.folder / "other device";
+  Fixture::writeBackup(ExportTest::smallBackup(true), other);
+  fs::create_directory_symlink(other, scene.folder / "link");
+  const auto before = Fixture::treeSnapshot(other);
+  for (const fs::path& place : {other, other / "new/deep", scene.folder / "link/out"}) {
+    scene.destination = place;
+    EXPECT_EQ(failureOf(scene), TidewellError::destinationNotWritable(place.string()));
+  }
+  EXPECT_EQ(Fixture::treeSnapshot(other), before);
+}
+
 TEST(ExporterDestination, AboveTheBackupIsFine) {
   Scene scene;
   scene.destination = scene.folder.path();

@@ -12,9 +12,10 @@ namespace {
 constexpr std::array handled{SIGINT, SIGTERM, SIGHUP};
 std::atomic<int> writeEnd = -1;
 
-// A second signal finds the default action in place and ends the process at once.
+// A second signal finds the default action in place and ends the process at once. Not so a second
+// SIGHUP: where a terminal is closed, its shell sends one and the kernel another.
 void handle(int signal) {
-  std::signal(signal, SIG_DFL);
+  std::signal(signal, signal == SIGHUP ? SIG_IGN : SIG_DFL);
   const char byte = 0;
   [[maybe_unused]] const ssize_t written = ::write(writeEnd, &byte, 1);
 }
@@ -35,8 +36,8 @@ QuitSignals::QuitSignals() : notifier_(makePipe(pipe_), QSocketNotifier::Read) {
   for (const int signal : handled) std::signal(signal, handle);
 }
 
+// The handler stays: the process is at its end, and a first signal has nothing left to tell.
 QuitSignals::~QuitSignals() {
-  for (const int signal : handled) std::signal(signal, SIG_DFL);
   writeEnd = -1;
   for (const int end : pipe_) ::close(end);
 }

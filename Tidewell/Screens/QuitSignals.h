@@ -5,7 +5,7 @@
 #include <array>
 
 // Lets SIGINT, SIGTERM and SIGHUP end the application as closing its window does,
-// so that no decrypted working copy is left behind. One for the process.
+// so that no decrypted working copy is left behind. One for the process, made before what it ends.
 class QuitSignals : public QObject {
  public:
   QuitSignals();

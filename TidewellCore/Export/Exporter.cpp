@@ -30,9 +30,24 @@ ManifestStore loadManifest(const OpenedBackup& opened) {
   return ManifestStore::load(opened.url(), opened.manifestDatabaseURL(), opened.usesTemporaryManifest());
 }
 
-// Nothing in a backup is ever changed, so nothing is exported into one.
-void requireOutsideBackup(const fs::path& destination, const fs::path& backup) {
-  if (Files::isWithin(destination, backup)) throw TidewellError::destinationNotWritable(PathText::text(destination));
+bool isBackup(const fs::path& folder) {
+  return Files::exists(folder / "Manifest.plist") && Files::exists(folder / "Manifest.db");
+}
+
+bool isWithinAnyBackup(const fs::path& destination) {
+  fs::path folder = fs::weakly_canonical(fs::absolute(destination));
+  while (!isBackup(folder)) {
+    if (folder == folder.parent_path()) return false;
+    folder = folder.parent_path();
+  }
+  return true;
+}
+
+// Nothing in a backup is ever changed, so nothing is exported into one, be it another than the one that is read.
+void requireOutsideBackups(const fs::path& destination, const fs::path& backup) {
+  if (Files::isWithin(destination, backup) || isWithinAnyBackup(destination)) {
+    throw TidewellError::destinationNotWritable(PathText::text(destination));
+  }
 }
 
 void requireWhatsApp(const ManifestStore& manifest) {
@@ -52,7 +67,7 @@ auto inDestination(const ExportJob& job, Work work) {
 
 DestinationLock lockDestination(const ExportJob& job) {
   return inDestination(job, [&] {
-    requireOutsideBackup(job.destination, job.backup);
+    requireOutsideBackups(job.destination, job.backup);
     fs::create_directories(job.destination);
     return DestinationLock(job.destination);
   });

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <signal.h>
 
 #include <QProcess>
 #include <QProcessEnvironment>
@@ -60,6 +61,20 @@ TEST_F(Application, OpensTheBackupItIsStartedWithAndEndsTidilyWhenAsked) {
   EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
   EXPECT_EQ(program.exitCode(), 0);
   EXPECT_EQ(complaints(), "");
+}
+
+// Its shell sends a signal, and the kernel another.
+TEST_F(Application, EndsTidilyWhenItsTerminalIsClosed) {
+  Fixture::writeBackup(ExportTest::smallBackup(), folder / "device");
+  start({text(folder / "device")});
+  ASSERT_TRUE(QTest::qWaitFor([&] { return remembered().lastBackupPath.has_value(); }, 20'000));
+  const auto hangUp = [&] { return ::kill(static_cast<pid_t>(program.processId()), SIGHUP); };
+  for (int i = 0; i < 10'000 && program.state() == QProcess::Running; ++i) {
+    hangUp();
+    program.waitForFinished(1);
+  }
+  EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
+  EXPECT_EQ(program.exitCode(), 0);
 }
 
 TEST_F(Application, OpensABackupByItsPathFromWhereItStands) {
