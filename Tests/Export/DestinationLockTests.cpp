@@ -27,6 +27,17 @@ TEST(DestinationLock, LeavesNothingInTheDestination) {
   EXPECT_TRUE(Fixture::treeSnapshot(folder.path()).empty());
 }
 
+TEST(DestinationLock, NoticesThatItsFolderIsAnotherOne) {
+  const Fixture::TemporaryDirectory folder;
+  std::filesystem::create_directory(folder / "kept");
+  const DestinationLock lock(folder / "kept");
+  EXPECT_NO_THROW(lock.requireInPlace());
+  std::filesystem::rename(folder / "kept", folder / "elsewhere");
+  EXPECT_THROW(lock.requireInPlace(), TidewellError);
+  std::filesystem::create_directory(folder / "kept");
+  EXPECT_THROW(lock.requireInPlace(), TidewellError);
+}
+
 TEST(DestinationLock, NeedsAFolder) {
   const Fixture::TemporaryDirectory folder;
   EXPECT_THROW(DestinationLock(folder / "nowhere"), std::filesystem::filesystem_error);

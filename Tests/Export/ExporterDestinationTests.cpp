@@ -7,6 +7,7 @@
 #include <string>
 
 #include "Tests/Export/ExportScene.h"
+#include "Tests/Support/Failures.h"
 #include "Tests/Support/TemporaryDirectory.h"
 #include "TidewellCore/TidewellError.h"
 
@@ -175,6 +176,17 @@ TEST_P(CancellationTest, AtAnyMomentLeavesWholeFilesOnlyAndIsContinued) {
     EXPECT_EQ(filesBelow(scene.destination), expected);
   }
   EXPECT_GE(partialExports, 4U);
+}
+
+TEST(ExporterDestination, ThatIsTakenAwayOnTheWayEndsTheExport) {
+  Scene scene;
+  const auto takeAway = [&](const ExportProgress& progress) {
+    const bool isCopying = progress.phase == ExportProgress::Phase::copyingMedia && progress.completed == 0;
+    if (isCopying && fs::exists(scene.destination)) fs::rename(scene.destination, scene.folder / "Trash");
+  };
+  EXPECT_THAT([&] { scene.run(everything, {.progress = takeAway}); },
+              Fixture::failsWith(TidewellError::destinationNotWritable(scene.destination.string())));
+  EXPECT_FALSE(fs::exists(scene.content / "_viewer")) << "half an export would look like a whole one";
 }
 
 TEST(ExporterDestination, LosesTheWorkingFilesOfACrashAtTheNextExport) {

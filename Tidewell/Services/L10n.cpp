@@ -33,8 +33,8 @@ QString filled(const QString& text, const QStringList& values) {
 L10n::L10n(StringTable table, const Locale& locale, const TimeZone& timeZone)
     : table_(std::move(table)),
       locale_(locale),
-      timeZone_(timeZone),
-      numbers_(QString::fromStdString(locale.identifier)) {}
+      numbers_(QString::fromStdString(locale.identifier)),
+      dates_(std::make_shared<DateFormatter>(DateFormatter::abbreviatedDateAndShortTime(timeZone, locale))) {}
 
 QString L10n::text(const QString& english) const { return table_.text(english); }
 
@@ -54,9 +54,7 @@ QString L10n::byteCount(std::int64_t bytes) const {
   return numbers_.toString(amount, 'f', 1) + QLatin1Char(' ') + QLatin1String(units[unit]);
 }
 
-QString L10n::dateAndTime(Date date) const {
-  return QString::fromStdString(DateFormatter::abbreviatedDateAndShortTime(timeZone_, locale_).string(date));
-}
+QString L10n::dateAndTime(Date date) const { return QString::fromStdString(dates_->string(date)); }
 
 TranscriptStyleBridge L10n::transcriptStyle() const {
   if (locale_.languageCode() == "pt") return TranscriptStyle::portuguese();

@@ -4,6 +4,7 @@
 #include <QString>
 #include <QStringList>
 #include <cstdint>
+#include <memory>
 
 #include "Tidewell/Services/StringTable.h"
 #include "TidewellCore/Platform/DateText.h"
@@ -13,7 +14,8 @@
 using TranscriptStyleBridge = TranscriptStyle;
 
 // How the application speaks: its texts in the user's language, and numbers,
-// sizes and dates as the user's region writes them. A value; any thread.
+// sizes and dates as the user's region writes them. A value; its copies share what
+// writes dates, so that all of them belong to one thread.
 class L10n {
  public:
   L10n(StringTable table, const Locale& locale, const TimeZone& timeZone);
@@ -37,6 +39,6 @@ class L10n {
  private:
   StringTable table_;
   Locale locale_;
-  TimeZone timeZone_;
   QLocale numbers_;
+  std::shared_ptr<const DateFormatter> dates_;
 };

@@ -37,6 +37,7 @@ ExportViewModel::ExportViewModel(Setup setup, BackgroundWork& work)
 
 ExportViewModel::~ExportViewModel() {
   lifetime_->cancel();
+  choice_->cancel();
   if (cancellation_) cancellation_->cancel();
 }
 

@@ -14,6 +14,11 @@ class DestinationLock {
   DestinationLock(const DestinationLock&) = delete;
   DestinationLock& operator=(const DestinationLock&) = delete;
 
+  // Throws TidewellError::destinationNotWritable when the folder was removed, moved or replaced since:
+  // what was copied is not where it belongs any more.
+  void requireInPlace() const;
+
  private:
+  std::filesystem::path destination_;
   int folder_ = -1;
 };

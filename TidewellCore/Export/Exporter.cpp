@@ -122,13 +122,14 @@ void count(MediaCopier::Outcome outcome, const ExportPlanner::PlannedCopy& copy,
   }
 }
 
-void copyMedia(ExportPlan& plan, const OpenedBackup& opened, const RunControl& control, ProgressReporter& progress,
-               ExportSummary& summary) {
+void copyMedia(ExportPlan& plan, const OpenedBackup& opened, const DestinationLock& lock, const RunControl& control,
+               ProgressReporter& progress, ExportSummary& summary) {
   MediaCopier copier(opened, plan.index, control.isCancelled);
   progress.begin(Phase::copyingMedia, static_cast<std::int64_t>(plan.copies.size()));
   std::int64_t completed = 0;
   for (const ExportPlanner::PlannedCopy& copy : plan.copies) {
     throwIfCancelled(control.isCancelled);
+    lock.requireInPlace();
     progress.report(copy.exportedName, completed);
     try {
       count(copier.carryOut(copy), copy, summary);
@@ -176,7 +177,8 @@ ExportSummary Exporter::exportBackup(const ExportJob& job, const RunControl& con
   FolderManifest::save(contentRoot, plan.rememberedMeanwhile);
   ExportSummary summary{.destination = job.destination,
                         .chatFolderCount = static_cast<std::int64_t>(plan.folders.size())};
-  copyMedia(plan, opened, control, progress, summary);
+  copyMedia(plan, opened, lock, control, progress, summary);
+  lock.requireInPlace();
   FolderManifest::save(contentRoot, plan.remembered);
   throwIfCancelled(control.isCancelled);
 
