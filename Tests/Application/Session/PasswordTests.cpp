@@ -79,6 +79,20 @@ TEST_F(PasswordTest, InspectsUntilTheStoreHasAnswered) {
   ASSERT_TRUE(scene.until([&] { return !state.isInspecting; }));
 }
 
+TEST_F(PasswordTest, AStoreThatDoesNotAnswerIsNotAskedForBackupsThatAreNoLongerChosen) {
+  scene.passwords.hold();
+  wizard.setBackup(backup);
+  ASSERT_TRUE(scene.until([&] { return !scene.passwords.calls().empty(); }));
+  const fs::path passedBy = scene.addBackup("passed by", small(true, "passed by"));
+  wizard.setBackup(passedBy);
+  ASSERT_TRUE(scene.until([&] { return state.backupInfo && state.backupInfo->url == passedBy; }));
+  wizard.setBackup(scene.addBackup("last", small(true, "last")));
+  ASSERT_TRUE(scene.until([&] { return state.backupInfo->uniqueIdentifier == "last"; }));
+  scene.passwords.release();
+  ASSERT_TRUE(scene.until([&] { return !state.isInspecting; }));
+  EXPECT_THAT(scene.passwords.calls(), ElementsAre("load serial", "load last"));
+}
+
 TEST_F(PasswordTest, AnEmptyStoredOneCountsAsNone) {
   scene.passwords.put("serial", "");
   ASSERT_TRUE(scene.choose(backup));
