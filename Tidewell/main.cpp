@@ -1,5 +1,4 @@
 #include <QCommandLineParser>
-#include <QFile>
 #include <QGuiApplication>
 #include <QIcon>
 #include <QLocale>
@@ -11,6 +10,7 @@
 #include "Tidewell/Screens/DesktopAppearance.h"
 #include "Tidewell/Screens/LorewickApp.h"
 #include "Tidewell/Screens/QuitSignals.h"
+#include "Tidewell/Services/PathURL.h"
 #include "Tidewell/Services/ResourceBundle.h"
 
 namespace {
@@ -39,14 +39,14 @@ std::optional<std::filesystem::path> parse(const QGuiApplication& application) {
   const QStringList folders = parser.positionalArguments();
   if (folders.size() > 1) parser.showHelp(2);
   if (folders.isEmpty() || folders.first().isEmpty()) return std::nullopt;
-  const std::filesystem::path folder(QFile::encodeName(folders.first()).toStdString());
+  const std::filesystem::path folder = localPath(folders.first());
   std::error_code error;  // where the current folder is gone
   const std::filesystem::path whole = std::filesystem::absolute(folder, error);
   return error ? folder : whole;
 }
 
 L10n systemTexts() {
-  const std::filesystem::path folder(QFile::encodeName(QCoreApplication::applicationDirPath()).toStdString());
+  const std::filesystem::path folder = localPath(QCoreApplication::applicationDirPath());
   const auto bundle = ResourceBundle::find(ResourceBundle::searchFolders(folder));
   return L10n(StringTable::load(bundle, QLocale::system().uiLanguages()), Locale::current(), TimeZone::current());
 }

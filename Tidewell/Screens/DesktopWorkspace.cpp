@@ -3,7 +3,7 @@
 #include <QDesktopServices>
 #include <QProcess>
 
-#include "Tidewell/Screens/PathURL.h"
+#include "Tidewell/Services/PathURL.h"
 
 #ifndef Q_OS_MACOS
 #include <QDBusConnection>

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "Tidewell/Screens/PathURL.h"
+#include "Tidewell/Services/PathURL.h"
 
 void FolderPrompt::ask(const FolderRequest& request, FolderAnswer answer) {
   cancel();

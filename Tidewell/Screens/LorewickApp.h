@@ -21,7 +21,6 @@ class LorewickApp {
   WizardScreens& screens() { return screens_; }
   FolderPrompt& folders() { return folders_; }
   Appearance& appearance() { return appearance_; }
-  WizardEngine& engine() { return engine_; }
   // Null when it could not be loaded.
   QQuickWindow* window() const { return engine_.window(); }
 

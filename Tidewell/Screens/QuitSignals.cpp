@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 #include <atomic>
+#include <cerrno>
 #include <csignal>
 #include <system_error>
 
@@ -15,9 +16,11 @@ std::atomic<int> writeEnd = -1;
 // A second signal finds the default action in place and ends the process at once. Not so a second
 // SIGHUP: where a terminal is closed, its shell sends one and the kernel another.
 void handle(int signal) {
+  const int errorBefore = errno;
   std::signal(signal, signal == SIGHUP ? SIG_IGN : SIG_DFL);
   const char byte = 0;
   [[maybe_unused]] const ssize_t written = ::write(writeEnd, &byte, 1);
+  errno = errorBefore;
 }
 
 int makePipe(std::array<int, 2>& ends) {

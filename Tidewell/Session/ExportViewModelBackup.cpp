@@ -1,7 +1,7 @@
-#include <QFile>
 #include <algorithm>
 #include <utility>
 
+#include "Tidewell/Services/PathURL.h"
 #include "Tidewell/Session/ExportViewModel.h"
 #include "TidewellCore/Export/Exporter.h"
 #include "TidewellCore/Platform/PathText.h"
@@ -111,7 +111,7 @@ void ExportViewModel::chooseBackup() {
 }
 
 void ExportViewModel::dropFolder(const QUrl& url) {
-  if (url.isLocalFile()) startWith(QFile::encodeName(url.toLocalFile()).toStdString());
+  if (url.isLocalFile()) startWith(localPath(url));
 }
 
 void ExportViewModel::startWith(const fs::path& folder) {
