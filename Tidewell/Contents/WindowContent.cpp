@@ -19,8 +19,8 @@ QString caption(WizardStep step, const L10n& texts) {
 }
 
 QString busyLine(const ExportState& state, const L10n& texts) {
-  if (state.isInspecting) return texts.text(u"Reading this backup…"_qs);
-  if (state.isScanning) return texts.text(u"Reading chats…"_qs);
+  if (state.isInspecting()) return texts.text(u"Reading this backup…"_qs);
+  if (state.isScanning()) return texts.text(u"Reading chats…"_qs);
   // The first time the step itself says it.
   if (state.isRefreshingLibrary && state.hasReadLibrary && state.library.backups.empty() && !state.backupInfo)
     return texts.text(u"Looking for iPhone backups…"_qs);
@@ -47,8 +47,8 @@ WindowContent WindowContent::of(const ExportState& state, const L10n& texts) {
           .hintOpensFolderPicker = state.startExportHintOpensFolderPicker(),
           .canContinue = state.canContinueFromBackup(),
           .canExport = state.canExport(),
-          .isUnlocking = state.isUnlocking,
-          .isCancellingUnlock = state.isCancellingUnlock,
+          .isUnlocking = state.isUnlocking(),
+          .isCancellingUnlock = state.isCancellingUnlock(),
           .dropTargeted = state.dropTargeted,
           .canOpenArchive = state.summary && state.summary->archiveIndexURL,
           .hasError = state.errorMessage.has_value(),

@@ -2,6 +2,7 @@
 
 #include <QDesktopServices>
 #include <QProcess>
+#include <functional>
 
 #include "Tidewell/Services/PathURL.h"
 
@@ -13,23 +14,27 @@
 
 namespace {
 
+void open(const QUrl& url, const std::function<void()>& failed) {
+  if (!QDesktopServices::openUrl(url)) failed();
+}
+
 #ifdef Q_OS_MACOS
 
-void reveal(const QUrl& folder) {
-  QProcess::startDetached(QStringLiteral("/usr/bin/open"), {QStringLiteral("-R"), folder.toLocalFile()});
+void reveal(const QUrl& folder, const std::function<void()>& failed) {
+  if (!QProcess::startDetached(QStringLiteral("/usr/bin/open"), {QStringLiteral("-R"), folder.toLocalFile()})) failed();
 }
 
 #else
 
-void reveal(const QUrl& folder) {
+void reveal(const QUrl& folder, const std::function<void()>& failed) {
   QDBusMessage call = QDBusMessage::createMethodCall(
       QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("/org/freedesktop/FileManager1"),
       QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("ShowItems"));
   call.setArguments({QStringList{folder.toString(QUrl::FullyEncoded)}, QString()});
   // The watcher has no owner: it goes by itself when the answer is there.
   auto* watcher = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call));
-  QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher, [watcher, folder] {
-    if (watcher->isError()) QDesktopServices::openUrl(folder);
+  QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher, [watcher, folder, failed] {
+    if (watcher->isError()) open(folder, failed);
     watcher->deleteLater();
   });
 }
@@ -41,7 +46,8 @@ void reveal(const QUrl& folder) {
 Workspace DesktopWorkspace::make() {
   return {
       .openURL = [](const std::string& url) { return QDesktopServices::openUrl(QUrl(QString::fromStdString(url))); },
-      .openFile = [](const std::filesystem::path& file) { QDesktopServices::openUrl(fileURL(file)); },
-      .revealInFinder = [](const std::filesystem::path& folder) { reveal(fileURL(folder)); },
+      .openFile = [](const std::filesystem::path& file, const auto& failed) { open(fileURL(file), failed); },
+      .revealInFinder = [](const std::filesystem::path& folder,
+                           const auto& failed) { reveal(fileURL(folder), failed); },
   };
 }

@@ -3,9 +3,11 @@
 #include <qt6keychain/keychain.h>
 
 #include <QThread>
+#include <atomic>
 #include <chrono>
-#include <future>
+#include <condition_variable>
 #include <memory>
+#include <mutex>
 #include <utility>
 
 #include "TidewellCore/Platform/Bytes.h"
@@ -13,9 +15,43 @@
 
 namespace {
 
-using Answer = std::promise<std::optional<SecretBytes>>;
+using PasswordAnswer = std::function<void(std::optional<SecretBytes>)>;
 
 constexpr std::chrono::seconds patience(5);
+
+// Brings the store's one answer to whoever waits for it, or to `late` when nobody does any more.
+class Answer {
+ public:
+  explicit Answer(PasswordAnswer late) : late_(std::move(late)) {}
+
+  // The store's thread.
+  void give(std::optional<SecretBytes> password) {
+    {
+      const std::lock_guard guard(lock_);
+      if (!gaveUp_) {
+        password_ = std::move(password);
+        isThere_ = true;
+        return arrived_.notify_all();
+      }
+    }
+    if (late_) late_(std::move(password));
+  }
+
+  std::optional<SecretBytes> wait() {
+    std::unique_lock guard(lock_);
+    if (arrived_.wait_for(guard, patience, [this] { return isThere_; })) return std::move(password_);
+    gaveUp_ = true;
+    return std::nullopt;
+  }
+
+ private:
+  std::mutex lock_;
+  std::condition_variable arrived_;
+  bool isThere_ = false;
+  bool gaveUp_ = false;
+  std::optional<SecretBytes> password_;
+  PasswordAnswer late_;
+};
 
 // QtKeychain keeps one queue for the whole process, in the thread that used it
 // first. All jobs run in this thread, which is never ended: an answer that comes
@@ -33,13 +69,11 @@ QObject& keychain() {
 
 // Lets `startJobs` begin in that thread, and waits for the answer that it arranges.
 template <typename StartJobs>
-std::optional<SecretBytes> answerOf(StartJobs startJobs) {
-  const auto answer = std::make_shared<Answer>();
-  std::future<std::optional<SecretBytes>> future = answer->get_future();
+std::optional<SecretBytes> answerOf(StartJobs startJobs, PasswordAnswer late = {}) {
+  const auto answer = std::make_shared<Answer>(std::move(late));
   QMetaObject::invokeMethod(
       &keychain(), [answer, startJobs = std::move(startJobs)] { startJobs(answer); }, Qt::QueuedConnection);
-  if (future.wait_for(patience) != std::future_status::ready) return std::nullopt;
-  return future.get();
+  return answer->wait();
 }
 
 // A job that deletes itself once it has ended.
@@ -51,7 +85,7 @@ Job* makeJob(const std::string& account) {
 }
 
 void answerAtEnd(QKeychain::Job* job, const std::shared_ptr<Answer>& answer) {
-  QObject::connect(job, &QKeychain::Job::finished, &keychain(), [answer] { answer->set_value(std::nullopt); });
+  QObject::connect(job, &QKeychain::Job::finished, &keychain(), [answer] { answer->give(std::nullopt); });
 }
 
 // The job's own bytes are overwritten, because a copy of them is no other memory.
@@ -78,13 +112,13 @@ void startWriting(const SecretBytes& password, const std::string& account, const
 
 }  // namespace
 
-std::optional<SecretBytes> BackupPasswordStore::load(const std::string& account) {
-  return answerOf([account](const std::shared_ptr<Answer>& answer) {
+std::optional<SecretBytes> BackupPasswordStore::load(const std::string& account, const PasswordAnswer& late) {
+  const auto startReading = [account](const std::shared_ptr<Answer>& answer) {
     auto* const job = makeJob<QKeychain::ReadPasswordJob>(account);
-    QObject::connect(job, &QKeychain::Job::finished, &keychain(),
-                     [answer, job] { answer->set_value(takePassword(*job)); });
+    QObject::connect(job, &QKeychain::Job::finished, &keychain(), [answer, job] { answer->give(takePassword(*job)); });
     job->start();
-  });
+  };
+  return answerOf(startReading, late);
 }
 
 void BackupPasswordStore::save(const SecretBytes& password, const std::string& account) {
@@ -102,4 +136,18 @@ void BackupPasswordStore::remove(const std::string& account) {
     answerAtEnd(job, answer);
     job->start();
   });
+}
+
+// Asked for a password that nobody keeps, a store says that there is none, and asks nobody to unlock it.
+bool BackupPasswordStore::isAvailable() {
+  const auto isThere = std::make_shared<std::atomic<bool>>(true);
+  answerOf([isThere](const std::shared_ptr<Answer>& answer) {
+    auto* const job = makeJob<QKeychain::ReadPasswordJob>("");
+    QObject::connect(job, &QKeychain::Job::finished, &keychain(), [answer, job, isThere] {
+      *isThere = job->error() == QKeychain::NoError || job->error() == QKeychain::EntryNotFound;
+      answer->give(std::nullopt);
+    });
+    job->start();
+  });
+  return *isThere;
 }

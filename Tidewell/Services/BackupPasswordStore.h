@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -7,15 +8,20 @@
 
 // The backup passwords that the user asked to remember, in the store that the
 // system keeps for this user: Keychain on macOS, the Secret Service elsewhere.
-// Waits for the store at most five seconds and then counts it as absent; call it
-// on a worker thread. Nothing here fails.
+// Waits for the store at most five seconds; call it on a worker thread. Nothing
+// here fails.
 namespace BackupPasswordStore {
 
 inline constexpr const char* service = "Lorewick.backup-password";
 
-std::optional<SecretBytes> load(const std::string& account);
+// `late` is told what the store answers after that time, once, on a thread of the store's.
+std::optional<SecretBytes> load(const std::string& account,
+                                const std::function<void(std::optional<SecretBytes>)>& late = {});
 // Replaces what is there.
 void save(const SecretBytes& password, const std::string& account);
 void remove(const std::string& account);
+
+// Whether the system has a store at all, be it locked.
+bool isAvailable();
 
 }  // namespace BackupPasswordStore

@@ -3,13 +3,17 @@
 #include "Tidewell/Services/BackupPasswordStore.h"
 
 PasswordStore PasswordStore::system() {
-  return {.load = BackupPasswordStore::load, .save = BackupPasswordStore::save, .remove = BackupPasswordStore::remove};
+  return {.load = BackupPasswordStore::load,
+          .save = BackupPasswordStore::save,
+          .remove = BackupPasswordStore::remove,
+          .isAvailable = BackupPasswordStore::isAvailable};
 }
 
 PasswordStore PasswordStore::none() {
-  return {.load = [](const std::string&) { return std::nullopt; },
+  return {.load = [](const std::string&, const PasswordAnswer&) { return std::nullopt; },
           .save = [](const SecretBytes&, const std::string&) {},
-          .remove = [](const std::string&) {}};
+          .remove = [](const std::string&) {},
+          .isAvailable = [] { return false; }};
 }
 
 FolderPermissions FolderPermissions::none() {
@@ -17,4 +21,10 @@ FolderPermissions FolderPermissions::none() {
           .resolveBookmark = [](const Bytes&) { return std::nullopt; },
           .startAccess = [](const std::filesystem::path&) { return false; },
           .stopAccess = [](const std::filesystem::path&) {}};
+}
+
+DesktopPresence DesktopPresence::none() {
+  return {.keepAwake = [](const std::string&) { return nullptr; },
+          .isWindowInFront = [] { return true; },
+          .notify = [](const std::string&, const std::string&) {}};
 }

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -24,12 +25,19 @@ struct FolderRequest {
 // Receives the chosen folder, or nothing when the user cancelled.
 using FolderAnswer = std::function<void(std::optional<std::filesystem::path>)>;
 
+// Receives what a store has of a password; absent when it has none.
+using PasswordAnswer = std::function<void(std::optional<SecretBytes>)>;
+
 // Where backup passwords are kept. Called on a worker thread, one call at a
 // time; nothing here fails: without a store nothing is found and nothing kept.
 struct PasswordStore {
-  std::function<std::optional<SecretBytes>(const std::string& account)> load;
+  // Waits a few seconds. A store that is locked takes as long as its user does to unlock it: what it answers after
+  // that goes to `late`, once, on a thread of its own.
+  std::function<std::optional<SecretBytes>(const std::string& account, const PasswordAnswer& late)> load;
   std::function<void(const SecretBytes& password, const std::string& account)> save;
   std::function<void(const std::string& account)> remove;
+  // Whether there is a store at all, be it locked.
+  std::function<bool()> isAvailable;
 
   // The user's own: Keychain, or the Secret Service.
   static PasswordStore system();
@@ -49,11 +57,25 @@ struct FolderPermissions {
   static FolderPermissions none();
 };
 
-// The desktop that the application runs on. Failures are silent.
+// The desktop that the application runs on. What it cannot open is told through
+// `failed`, on the interface thread, maybe later.
 struct Workspace {
-  std::function<bool(const std::string& url)> openURL;                      // false when nothing could open it
-  std::function<void(const std::filesystem::path& file)> openFile;          // with its default application
-  std::function<void(const std::filesystem::path& folder)> revealInFinder;  // selected in the file manager
+  using Open = std::function<void(const std::filesystem::path& place, std::function<void()> failed)>;
+
+  std::function<bool(const std::string& url)> openURL;  // false when nothing could open it
+  Open openFile;                                        // with its default application
+  Open revealInFinder;                                  // a folder, selected in the file manager
+};
+
+// What the desktop does for work that goes on while nobody looks.
+struct DesktopPresence {
+  // Keeps the machine from falling asleep until what it returns is gone.
+  std::function<std::shared_ptr<void>(const std::string& reason)> keepAwake;
+  std::function<bool()> isWindowInFront;
+  std::function<void(const std::string& title, const std::string& text)> notify;
+
+  // Of a desktop that does nothing, before somebody who looks.
+  static DesktopPresence none();
 };
 
 // Everything that the wizard needs from outside. All but `passwords` is called on the interface thread.
@@ -63,6 +85,7 @@ struct PlatformServices {
   Workspace workspace;
   PasswordStore passwords = PasswordStore::system();
   FolderPermissions permissions = FolderPermissions::none();
+  DesktopPresence presence = DesktopPresence::none();
   std::function<Date()> now;
   std::filesystem::path backupRoot = DefaultPaths::mobileSyncBackup();
   std::filesystem::path home = DefaultPaths::home();

@@ -16,18 +16,42 @@ std::optional<std::string_view> nonEmpty(std::string_view text) {
 
 }  // namespace
 
+bool ExportState::isUnlocking() const {
+  const auto* scanning = std::get_if<Scanning>(&work);
+  return scanning != nullptr && scanning->isUnlocking;
+}
+
+bool ExportState::isCancellingUnlock() const {
+  const auto* scanning = std::get_if<Scanning>(&work);
+  return scanning != nullptr && scanning->isCancelling;
+}
+
+bool ExportState::isRunning(const Run& run) const {
+  const auto* scanning = std::get_if<Scanning>(&work);
+  const auto* exporting = std::get_if<Exporting>(&work);
+  return (scanning != nullptr && scanning->run == run) || (exporting != nullptr && exporting->run == run);
+}
+
 std::optional<std::string_view> ExportState::currentPassword() const {
   if (const auto typed = nonEmpty(Text::trimmedPart(textOf(backupPassword)))) return typed;
   return storedPassword ? std::optional(textOf(*storedPassword)) : std::nullopt;
+}
+
+std::vector<SecretBytes> ExportState::passwordsToTry() const {
+  const std::string_view typed = textOf(backupPassword);
+  const std::string_view trimmed = Text::trimmedPart(typed);
+  std::vector<SecretBytes> passwords;
+  if (trimmed.empty() && storedPassword) passwords.push_back(*storedPassword);
+  if (!trimmed.empty()) passwords.push_back(backupPassword);
+  if (!trimmed.empty() && trimmed != typed) passwords.emplace_back(trimmed.begin(), trimmed.end());
+  return passwords;
 }
 
 bool ExportState::hasPasswordIfNeeded() const {
   return backupInfo && (!backupInfo->isEncrypted || currentPassword().has_value());
 }
 
-bool ExportState::canContinueFromBackup() const {
-  return hasPasswordIfNeeded() && !isInspecting && !isScanning && !isUnlocking;
-}
+bool ExportState::canContinueFromBackup() const { return hasPasswordIfNeeded() && !isInspecting() && !isScanning(); }
 
 std::int64_t ExportState::selectedCount() const { return scanResult ? scanResult->count(includedKinds) : 0; }
 
@@ -40,8 +64,8 @@ std::optional<bool> ExportState::hasEnoughSpace() const {
 }
 
 bool ExportState::canExport() const {
-  return hasPasswordIfNeeded() && scanResult && destinationURL && !includedKinds.empty() && !isExporting &&
-         !isScanning && hasEnoughSpace().value_or(true);
+  return hasPasswordIfNeeded() && scanResult && destinationURL && !includedKinds.empty() && !isExporting() &&
+         !isScanning() && hasEnoughSpace().value_or(true);
 }
 
 std::optional<std::string_view> ExportState::startExportHint() const {
@@ -55,8 +79,8 @@ std::optional<std::string_view> ExportState::startExportHint() const {
 bool ExportState::startExportHintOpensFolderPicker() const { return !destinationURL || hasEnoughSpace() == false; }
 
 std::optional<std::string> ExportState::remainingDescription(Date now) const {
-  if (!progress || !exportStartedAt || progress->phase < ExportProgress::Phase::copyingMedia) return std::nullopt;
-  const double elapsed = (now - *exportStartedAt).count();
+  if (!progress || !phaseStartedAt || progress->phase < ExportProgress::Phase::copyingMedia) return std::nullopt;
+  const double elapsed = (now - *phaseStartedAt).count();
   const auto seconds = ExportTiming::remaining(elapsed, progress->completed, progress->total);
   return seconds ? std::optional(ExportTiming::formatRemaining(*seconds)) : std::nullopt;
 }

@@ -5,8 +5,10 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Tidewell/Session/WizardStep.h"
+#include "Tidewell/Session/WizardWork.h"
 #include "TidewellCore/Backup/BackupLibrary.h"
 #include "TidewellCore/ChatData/ScanResult.h"
 #include "TidewellCore/Crypto/SecretBytes.h"
@@ -14,10 +16,18 @@
 #include "TidewellCore/ExportProgress.h"
 #include "TidewellCore/MediaKind.h"
 
+// What is asked before a running export is ended.
+enum class StopQuestion {
+  none,
+  cancel,  // the export alone
+  close,   // the window with it
+};
+
 // Everything that the wizard's screens show, and what follows from it. The rules
 // are functions of the record alone.
 struct ExportState {
   WizardStep step = WizardStep::backup;
+  WizardWork work = Idle();
   BackupLibrarySnapshot library;
   bool isRefreshingLibrary = false;
   bool hasReadLibrary = false;                  // at least once
@@ -28,27 +38,38 @@ struct ExportState {
   std::optional<std::filesystem::path> destinationURL;
   MediaKinds includedKinds{MediaKind::allCases.begin(), MediaKind::allCases.end()};
   bool exportTranscripts = true;
-  bool isInspecting = false;
-  bool isScanning = false;
-  bool isExporting = false;
   std::optional<ExportProgress> progress;
   std::optional<ExportSummary> summary;
   std::optional<std::string> errorMessage;  // absent: no alert
   std::optional<std::string> recoverySuggestion;
-  std::optional<std::int64_t> availableBytes;  // on the destination's volume
-  bool dropTargeted = false;                   // a folder is being dragged over the window
-  std::optional<Date> exportStartedAt;
-  SecretBytes backupPassword;  // as typed, in UTF-8
+  std::optional<std::int64_t> availableBytes;         // on the destination's volume
+  bool dropTargeted = false;                          // a folder is being dragged over the window
+  std::optional<Date> exportStartedAt;                // the running export, else the last one
+  std::optional<Date> phaseStartedAt;                 // the phase that `progress` tells of
+  StopQuestion stopQuestion = StopQuestion::none;     // only while an export runs
+  std::optional<std::filesystem::path> unopenedPath;  // what the desktop could not open, until that was acknowledged
+  SecretBytes backupPassword;                         // as typed, in UTF-8
+  bool hasEditedPassword = false;                     // since the backup was chosen
   bool rememberBackupPassword = false;
   bool hasStoredPassword = false;
-  bool isUnlocking = false;
-  bool isCancellingUnlock = false;
-  bool focusBackupPassword = false;           // asks the screen to put the focus into the password field
-  std::optional<SecretBytes> storedPassword;  // read from, or just written to, the password store
+  bool focusBackupPassword = false;             // asks the screen to put the focus into the password field
+  std::optional<SecretBytes> storedPassword;    // read from, or just written to, the password store
+  std::optional<SecretBytes> unlockedPassword;  // has opened the chosen backup
+
+  bool isInspecting() const { return std::holds_alternative<Inspecting>(work); }
+  bool isScanning() const { return std::holds_alternative<Scanning>(work); }
+  bool isUnlocking() const;
+  bool isCancellingUnlock() const;
+  bool isExporting() const { return std::holds_alternative<Exporting>(work); }
+  // Whether `run` is what the wizard is busy with.
+  bool isRunning(const Run& run) const;
 
   // What was typed, without white space at both ends, else the stored password;
   // absent when there is neither. Valid until a password changes.
   std::optional<std::string_view> currentPassword() const;
+  // What may open the chosen backup, in the order to try: what was typed, to the letter and then without white
+  // space at both ends, else the stored password.
+  std::vector<SecretBytes> passwordsToTry() const;
   bool canContinueFromBackup() const;
 
   // Of the kinds chosen; 0 before a scan.
@@ -62,6 +83,8 @@ struct ExportState {
   bool startExportHintOpensFolderPicker() const;
   // In English; absent before media is copied and while there is too little to tell.
   std::optional<std::string> remainingDescription(Date now) const;
+
+  bool operator==(const ExportState&) const = default;
 
  private:
   bool hasPasswordIfNeeded() const;

@@ -1,12 +1,10 @@
 #include "Tidewell/Session/ExportViewModel.h"
 
 #include <QByteArray>
-#include <QStandardPaths>
 #include <utility>
 
 #include "Tidewell/Services/FinderSupport.h"
-#include "TidewellCore/ErrorReport.h"
-#include "TidewellCore/Export/ExportDestination.h"
+#include "Tidewell/Services/PathURL.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
 
@@ -14,165 +12,202 @@ namespace {
 
 namespace fs = std::filesystem;
 
-fs::path applicationSupport(const fs::path& home) {
-  const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
-  return folder.isEmpty() ? home / "Library" / "Application Support" : PathText::path(folder.toStdString());
-}
-
 std::optional<fs::path> pathOf(const std::optional<std::string>& text) {
   return text ? std::optional(PathText::path(*text)) : std::nullopt;
 }
 
 bool isFolder(const std::optional<fs::path>& path) { return path && Files::isFolder(*path); }
 
+std::optional<BackupInfo> infoOf(const DiscoveredBackup* backup) {
+  return backup == nullptr ? std::nullopt : std::optional(backup->info);
+}
+
 }  // namespace
 
-ExportViewModel::ExportViewModel(Setup setup, BackgroundWork& work)
-    : services_(std::move(setup.services)),
-      texts_(std::move(setup.texts)),
-      work_(work),
-      preferencesURL_(setup.preferencesURL ? *setup.preferencesURL
-                                           : ExportPreferences::fileURL(applicationSupport(services_.home))),
-      preferences_(ExportPreferences::load(preferencesURL_)) {}
-
-ExportViewModel::~ExportViewModel() {
-  lifetime_->cancel();
-  choice_->cancel();
-  if (cancellation_) cancellation_->cancel();
+ExportViewModel::ExportViewModel(Setup setup, BackgroundWork& work) : session_(std::move(setup), work) {
+  connect(&session_, &ExportSession::changed, this, &ExportViewModel::changed);
 }
 
-CancellationCheck ExportViewModel::checkOf(std::shared_ptr<CancellationToken> token) {
-  return [token = std::move(token)] { return token->isCancelled(); };
+// ------------------------------------------------------------ the library
+
+void ExportViewModel::startUp(const std::optional<fs::path>& backup) {
+  if (backup) setBackup(*backup);
+  list_.refresh([this](const auto& end) {
+    chooseRemembered([this, end] {
+      end();
+      restoreRememberedLocations();
+    });
+  });
 }
 
-// ---------------------------------------------- what was used last time
+void ExportViewModel::refreshLibrary() {
+  list_.refresh([this](const auto& end) { chooseRemembered(end); });
+}
+
+void ExportViewModel::refreshLibraryOnReturn() { list_.refreshOnReturn(); }
+
+void ExportViewModel::chooseRemembered(const std::function<void()>& then) {
+  const DiscoveredBackup* found = state().backupURL ? nullptr : list_.atPath(session_.preferences().lastBackupPath);
+  if (found == nullptr) return then();
+  backup_.select(DiscoveredBackup(*found), then);
+}
 
 void ExportViewModel::restoreRememberedLocations() {
   restoreBackup();
-  restoreDestination();
+  destination_.restore();
 }
 
 // The folders are looked at on a worker, since the volume of one may be slow or gone.
 void ExportViewModel::restoreBackup() {
-  const std::optional<fs::path> bookmarked = resolved(preferences_.lastBackupBookmark);
-  inBackground(
+  const std::optional<fs::path> bookmarked = session_.resolved(session_.preferences().lastBackupBookmark);
+  session_.inBackground(
       BackgroundWork::Lane::userInitiated,
-      [bookmarked, last = pathOf(preferences_.lastBackupPath)] {
+      [bookmarked, last = pathOf(session_.preferences().lastBackupPath)] {
         return isFolder(bookmarked) ? bookmarked : isFolder(last) ? last : std::nullopt;
       },
-      [this, access = accessWhileLooking(bookmarked)](std::future<std::optional<fs::path>> folder) {
-        if (const std::optional<fs::path> found = folder.get()) reopen(*found);
-      });
-}
-
-// What was chosen meanwhile stays chosen.
-void ExportViewModel::reopen(const fs::path& folder) {
-  if (state_.backupURL == folder) {
-    backupAccess_ = startAccess(folder);
-  } else if (!state_.backupURL) {
-    const DiscoveredBackup* known = listed(folder.native());
-    setBackup(folder, known != nullptr ? std::optional(known->info) : std::nullopt);
-  }
-}
-
-void ExportViewModel::restoreDestination() {
-  if (state_.destinationURL) return;
-  const std::optional<fs::path> bookmarked = resolved(preferences_.lastDestinationBookmark);
-  inBackground(
-      BackgroundWork::Lane::userInitiated,
-      [bookmarked, last = preferences_.lastDestinationPath, home = services_.home] {
-        return isFolder(bookmarked) ? bookmarked : ExportDestination::resolvedDefault(last, home);
-      },
-      [this, access = accessWhileLooking(bookmarked)](std::future<std::optional<fs::path>> folder) {
+      [this, access = session_.accessWhileLooking(bookmarked)](std::future<std::optional<fs::path>> folder) {
         const std::optional<fs::path> found = folder.get();
-        if (found && !state_.destinationURL) setDestination(*found);
+        if (found) backup_.reopen(*found, infoOf(list_.atPath(found->native())));
       });
 }
 
-std::optional<fs::path> ExportViewModel::resolved(const std::optional<Bytes>& bookmark) const {
-  return bookmark ? services_.permissions.resolveBookmark(*bookmark) : std::nullopt;
+// ------------------------------------------------------------- the backup
+
+void ExportViewModel::selectDiscovered(const DiscoveredBackup& backup) { backup_.select(backup); }
+
+void ExportViewModel::selectBackup(const QString& id) {
+  if (const DiscoveredBackup* backup = list_.withIdentifier(id)) selectDiscovered(DiscoveredBackup(*backup));
 }
 
-std::shared_ptr<ScopedAccess> ExportViewModel::accessWhileLooking(const std::optional<fs::path>& folder) const {
-  return folder ? startAccess(*folder) : nullptr;
+void ExportViewModel::chooseBackup() {
+  if (state().isUnlocking()) return;
+  session_.chooseFolder(
+      {.title = session_.translated("Choose a backup folder"),
+       .message = session_.translated("Choose the device folder from a Finder backup, or a copy of that folder."),
+       .confirmButton = session_.translated("Choose"),
+       .initialFolder = services().backupRoot},
+      [this](const fs::path& folder) { startWith(folder); });
 }
 
-void ExportViewModel::rememberBackup() {
-  preferences_.lastBackupPath = PathText::text(*state_.backupURL);
-  preferences_.lastBackupBookmark = services_.permissions.makeBookmark(*state_.backupURL);
-  savePreferences();
+void ExportViewModel::dropFolder(const QUrl& url) {
+  if (url.isLocalFile()) startWith(localPath(url));
 }
 
-void ExportViewModel::savePreferences() {
-  keepInOrder([preferences = preferences_, url = preferencesURL_] { preferences.save(url); });
+void ExportViewModel::startWith(const fs::path& folder) {
+  if (state().isUnlocking() || state().isExporting()) return;
+  const ExportSession::Batch batch(session_);
+  exportAnother();
+  goBackToBackup();
+  setBackup(folder);
 }
 
-void ExportViewModel::keepInOrder(std::function<void()> work) {
-  inBackground(BackgroundWork::Lane::inOrder, std::move(work), [](const std::future<void>&) {});
+void ExportViewModel::setBackup(const fs::path& url) { setBackup(url, std::nullopt); }
+
+void ExportViewModel::setBackup(const fs::path& url, const std::optional<BackupInfo>& knownInfo) {
+  backup_.set(url, knownInfo);
 }
 
-// The access before ends when the new one has begun.
-std::unique_ptr<ScopedAccess> ExportViewModel::startAccess(const fs::path& url) const {
-  return std::make_unique<ScopedAccess>(url, services_.permissions.startAccess(url), services_.permissions.stopAccess);
+void ExportViewModel::continueToOptions() {
+  scan_.start([this] {
+    destination_.restore();
+    destination_.refreshFreeSpace();
+  });
 }
+
+void ExportViewModel::cancelUnlock() { scan_.cancelUnlock(); }
+
+void ExportViewModel::goBackToBackup() {
+  if (state().step == WizardStep::options && !state().isExporting())
+    session_.set(&ExportState::step, WizardStep::backup);
+}
+
+// -------------------------------------------- the destination, the export
+
+void ExportViewModel::chooseDestination() { destination_.choose(); }
+
+void ExportViewModel::setDestination(const fs::path& url) { destination_.set(url); }
+
+// What an export that failed has copied takes its space.
+void ExportViewModel::startExport() {
+  export_.start([this] { destination_.refreshFreeSpace(); });
+}
+
+void ExportViewModel::tryAgain() {
+  export_.startAgain([this] { destination_.refreshFreeSpace(); });
+}
+
+void ExportViewModel::cancelExport() { export_.cancel(); }
+
+void ExportViewModel::askToCancelExport() { export_.ask(StopQuestion::cancel); }
+
+bool ExportViewModel::mayClose() { return export_.mayClose(); }
+
+void ExportViewModel::keepExporting() { export_.keepGoing(); }
+
+void ExportViewModel::stopExporting() {
+  if (export_.stop() == StopQuestion::close) emit closeConfirmed();
+}
+
+void ExportViewModel::exportAnother() {
+  if (state().step != WizardStep::done) return;
+  const ExportSession::Batch batch(session_);
+  session_.set(&ExportState::progress, std::nullopt);
+  session_.set(&ExportState::summary, std::nullopt);
+  session_.clearError();
+  session_.set(&ExportState::step, WizardStep::backup);
+}
+
+// ------------------------------------------------------------ the desktop
+
+void ExportViewModel::openArchive() {
+  const auto& summary = state().summary;
+  if (summary && summary->archiveIndexURL) open(services().workspace.openFile, *summary->archiveIndexURL);
+}
+
+void ExportViewModel::revealDestination() {
+  if (state().destinationURL) open(services().workspace.revealInFinder, *state().destinationURL);
+}
+
+void ExportViewModel::open(const Workspace::Open& opener, const fs::path& place) {
+  const auto tell = session_.posting(
+      std::function([this](fs::path unopened) { session_.set(&ExportState::unopenedPath, std::move(unopened)); }));
+  opener(place, [tell, place] { tell(place); });
+}
+
+void ExportViewModel::openFullDiskAccessSettings() { FinderSupport::openFullDiskAccessSettings(services().workspace); }
 
 // ------------------------------------------------- what the controls write
 
 void ExportViewModel::setBackupPassword(const QString& password) {
+  const ExportSession::Batch batch(session_);
   QByteArray utf8 = password.toUtf8();
-  set(&ExportState::backupPassword, {utf8.begin(), utf8.end()});
+  session_.set(&ExportState::backupPassword, {utf8.begin(), utf8.end()});
+  session_.set(&ExportState::hasEditedPassword, true);
   tw_wipe(utf8.data(), static_cast<std::size_t>(utf8.size()));
 }
 
-void ExportViewModel::setRememberBackupPassword(bool remember) { set(&ExportState::rememberBackupPassword, remember); }
+void ExportViewModel::setRememberBackupPassword(bool remember) {
+  session_.set(&ExportState::rememberBackupPassword, remember);
+}
 
 void ExportViewModel::setKindIncluded(const QString& rawValue, bool included) {
   const std::optional<MediaKind> kind = MediaKind::fromRawValue(rawValue.toStdString());
   if (!kind) return;
-  MediaKinds kinds = state_.includedKinds;
+  MediaKinds kinds = state().includedKinds;
   if (included) {
     kinds.insert(*kind);
   } else {
     kinds.erase(*kind);
   }
-  set(&ExportState::includedKinds, std::move(kinds));
+  session_.set(&ExportState::includedKinds, std::move(kinds));
 }
 
-void ExportViewModel::setExportTranscripts(bool wanted) { set(&ExportState::exportTranscripts, wanted); }
+void ExportViewModel::setExportTranscripts(bool wanted) { session_.set(&ExportState::exportTranscripts, wanted); }
 
-void ExportViewModel::setDropTargeted(bool targeted) { set(&ExportState::dropTargeted, targeted); }
+void ExportViewModel::setDropTargeted(bool targeted) { session_.set(&ExportState::dropTargeted, targeted); }
 
-void ExportViewModel::setFocusBackupPassword(bool wanted) { set(&ExportState::focusBackupPassword, wanted); }
+void ExportViewModel::setFocusBackupPassword(bool wanted) { session_.set(&ExportState::focusBackupPassword, wanted); }
 
-void ExportViewModel::goBackToBackup() {
-  if (state_.step == WizardStep::options && !state_.isExporting) set(&ExportState::step, WizardStep::backup);
-}
+void ExportViewModel::dismissError() { session_.set(&ExportState::errorMessage, std::nullopt); }
 
-void ExportViewModel::openFullDiskAccessSettings() { FinderSupport::openFullDiskAccessSettings(services_.workspace); }
-
-// ----------------------------------------------------------------- errors
-
-void ExportViewModel::present(const std::exception& error) {
-  const ErrorReport report = ErrorReport::of(error);
-  set(&ExportState::recoverySuggestion,
-      report.recoverySuggestion ? std::optional(translated(*report.recoverySuggestion)) : std::nullopt);
-  set(&ExportState::errorMessage, translated(report.errorDescription));
-}
-
-void ExportViewModel::clearError() {
-  set(&ExportState::errorMessage, std::nullopt);
-  set(&ExportState::recoverySuggestion, std::nullopt);
-}
-
-void ExportViewModel::dismissError() { set(&ExportState::errorMessage, std::nullopt); }
-
-std::string ExportViewModel::translated(std::string_view english) const {
-  return texts_.text(QString::fromUtf8(english.data(), static_cast<qsizetype>(english.size()))).toStdString();
-}
-
-// Folders may be chosen when the controller is gone.
-FolderAnswer ExportViewModel::answering(void (ExportViewModel::*take)(const fs::path&)) {
-  return [self = QPointer(this), take](const std::optional<fs::path>& folder) {
-    if (self && folder) (self->*take)(*folder);
-  };
-}
+void ExportViewModel::dismissUnopenedPath() { session_.set(&ExportState::unopenedPath, std::nullopt); }

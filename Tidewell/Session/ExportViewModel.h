@@ -5,20 +5,14 @@
 #include <QUrl>
 #include <filesystem>
 #include <functional>
-#include <memory>
 #include <optional>
-#include <string>
-#include <string_view>
-#include <type_traits>
-#include <utility>
 
-#include "Tidewell/Services/L10n.h"
-#include "Tidewell/Services/PlatformServices.h"
-#include "Tidewell/Services/ScopedAccess.h"
-#include "Tidewell/Session/BackgroundWork.h"
-#include "Tidewell/Session/CancellationToken.h"
-#include "Tidewell/Session/ExportState.h"
-#include "TidewellCore/Export/ExportPreferences.h"
+#include "Tidewell/Session/BackupChoice.h"
+#include "Tidewell/Session/BackupList.h"
+#include "Tidewell/Session/ChatScan.h"
+#include "Tidewell/Session/DestinationChoice.h"
+#include "Tidewell/Session/ExportRun.h"
+#include "Tidewell/Session/ExportSession.h"
 
 // The wizard behind its screens: holds the one state that they show and performs
 // every action of the user by calling the core. Lives on the interface thread;
@@ -28,24 +22,20 @@ class ExportViewModel : public QObject {
   Q_OBJECT
 
  public:
-  struct Setup {
-    PlatformServices services;
-    L10n texts;
-    std::optional<std::filesystem::path> preferencesURL;  // absent: in the user's application-support folder
-  };
+  using Setup = ExportSession::Setup;
 
   // `work` must outlive the controller.
   ExportViewModel(Setup setup, BackgroundWork& work);
-  // Ends the run under way at its next check.
-  ~ExportViewModel() override;
 
-  const ExportState& state() const { return state_; }
-  const PlatformServices& services() const { return services_; }
+  const ExportState& state() const { return session_.state(); }
+  const PlatformServices& services() const { return session_.services(); }
 
   // What the window does once, when it is first shown: looks for backups, then reopens what was used last;
   // with a folder, that one is the chosen backup.
   void startUp(const std::optional<std::filesystem::path>& backup = {});
   Q_INVOKABLE void refreshLibrary();
+  // Somebody came back to the window: the list may be another by now.
+  Q_INVOKABLE void refreshLibraryOnReturn();
   Q_INVOKABLE void restoreRememberedLocations();
 
   void selectDiscovered(const DiscoveredBackup& backup);
@@ -67,10 +57,19 @@ class ExportViewModel : public QObject {
 
   Q_INVOKABLE void startExport();
   Q_INVOKABLE void cancelExport();
+  // From the summary: exports once more, which copies what failed.
+  Q_INVOKABLE void tryAgain();
   Q_INVOKABLE void exportAnother();
   Q_INVOKABLE void openArchive();
   Q_INVOKABLE void revealDestination();
   Q_INVOKABLE void openFullDiskAccessSettings();
+
+  // Before a running export is ended by accident: the user is asked.
+  Q_INVOKABLE void askToCancelExport();
+  // Whether the window may close at once; otherwise the user is asked, and `closeConfirmed` may follow.
+  Q_INVOKABLE bool mayClose();
+  Q_INVOKABLE void keepExporting();
+  Q_INVOKABLE void stopExporting();
 
   // What the controls write.
   Q_INVOKABLE void setBackupPassword(const QString& password);
@@ -80,77 +79,27 @@ class ExportViewModel : public QObject {
   Q_INVOKABLE void setDropTargeted(bool targeted);
   Q_INVOKABLE void setFocusBackupPassword(bool wanted);
   Q_INVOKABLE void dismissError();
+  Q_INVOKABLE void dismissUnopenedPath();
 
  signals:
-  // Some property of the state has a new value.
+  // Some property of the state has a new value; several that changed together are told once.
   void changed();
+  // The user wants the window closed, the export ended with it.
+  void closeConfirmed();
 
  private:
-  using Then = std::function<void()>;
-  // One for each backup that was chosen, cancelled when another one is: tells late answers from those for the
-  // present one, and keeps questions that nobody asks any more from being put.
-  using Choice = std::shared_ptr<CancellationToken>;
-
-  template <typename Value>
-  void set(Value ExportState::*property, std::type_identity_t<Value> value) {
-    if (state_.*property == value) return;
-    state_.*property = std::move(value);
-    emit changed();
-  }
-  template <typename Work, typename Done>
-  void inBackground(BackgroundWork::Lane lane, Work work, Done done) {
-    work_.run(lane, this, std::move(work), std::move(done));
-  }
-  // For what is kept for later: passwords and preferences. Failures are ignored.
-  void keepInOrder(std::function<void()> work);
-
-  void refreshLibrary(const Then& then);
-  void fillSizes(const Then& then);
-  void chooseRememberedInLibrary(const Then& then);
-  const DiscoveredBackup* listed(const std::optional<std::string>& path) const;
-
-  void selectDiscovered(const DiscoveredBackup& backup, const Then& then);
   // A folder dropped or picked by hand, on whatever step the wizard is by then: becomes the chosen backup on the
   // first step. Does nothing during an unlock or an export.
   void startWith(const std::filesystem::path& folder);
-  void setBackup(const std::filesystem::path& folder, const std::optional<BackupInfo>& knownInfo, const Then& then);
-  void clearForNewBackup(const std::filesystem::path& url);
-  void takeInspection(std::future<BackupInfo> info, const std::optional<BackupInfo>& knownInfo, const Choice& choice,
-                      const Then& then);
-  void loadStoredPassword(const Choice& choice, const Then& then);
-  std::string passwordAccount() const;
-
-  void takeScan(std::future<ScanResult> result, const CancellationToken& token,
-                const std::optional<SecretBytes>& password);
-  void keepOrForget(const SecretBytes& password);
-  void refreshFreeSpace();
-  void takeDestination(const std::filesystem::path& folder);
-  void takeExport(std::future<ExportSummary> summary);
-
+  // The backup used last, when the list has it and none is chosen.
+  void chooseRemembered(const std::function<void()>& then);
   void restoreBackup();
-  void restoreDestination();
-  void reopen(const std::filesystem::path& backup);
-  std::optional<std::filesystem::path> resolved(const std::optional<Bytes>& bookmark) const;
-  std::shared_ptr<ScopedAccess> accessWhileLooking(const std::optional<std::filesystem::path>& folder) const;
-  void rememberBackup();
-  void savePreferences();
-  std::unique_ptr<ScopedAccess> startAccess(const std::filesystem::path& url) const;
+  void open(const Workspace::Open& opener, const std::filesystem::path& place);
 
-  static CancellationCheck checkOf(std::shared_ptr<CancellationToken> token);
-  FolderAnswer answering(void (ExportViewModel::*take)(const std::filesystem::path&));
-  std::string translated(std::string_view english) const;
-  void present(const std::exception& error);
-  void clearError();
-
-  PlatformServices services_;
-  L10n texts_;
-  BackgroundWork& work_;
-  ExportState state_;
-  Choice choice_ = std::make_shared<CancellationToken>();  // of the present backup
-  std::unique_ptr<ScopedAccess> backupAccess_;
-  std::unique_ptr<ScopedAccess> destinationAccess_;
-  std::shared_ptr<CancellationToken> cancellation_;  // of the running scan or export
-  std::shared_ptr<CancellationToken> lifetime_ = std::make_shared<CancellationToken>();
-  std::filesystem::path preferencesURL_;
-  ExportPreferences preferences_;
+  ExportSession session_;
+  BackupList list_{session_};
+  BackupChoice backup_{session_};
+  ChatScan scan_{session_};
+  DestinationChoice destination_{session_};
+  ExportRun export_{session_};
 };

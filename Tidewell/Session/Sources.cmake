@@ -1,7 +1,13 @@
 target_sources(TidewellSession PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/BackgroundWork.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/BackupChoice.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/BackupList.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/BackupPassword.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ChatScan.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/DestinationChoice.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ExportRun.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ExportSession.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ExportSession.h
   ${CMAKE_CURRENT_LIST_DIR}/ExportState.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportViewModel.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/ExportViewModel.h
-  ${CMAKE_CURRENT_LIST_DIR}/ExportViewModelBackup.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/ExportViewModelExport.cpp)
+  ${CMAKE_CURRENT_LIST_DIR}/ExportViewModel.h)

@@ -117,7 +117,7 @@ TEST(BackupStepContent, SelectsOneRowWhileAnotherBackupIsLookedInto) {
   state.backupInfo = BackupInfo{.url = "/elsewhere"};
   state.backupURL = "/a";
   state.selectedBackupID = "/a";
-  state.isInspecting = true;
+  state.work = Inspecting();
   EXPECT_EQ(selectedRows(state), std::vector<std::string>{"/a"});
   state.backupURL = "/third";
   state.selectedBackupID.reset();

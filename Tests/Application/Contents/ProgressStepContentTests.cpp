@@ -15,7 +15,7 @@ const L10n texts = americanTexts();
 ExportState exporting(const ExportProgress& progress) {
   ExportState state;
   state.step = WizardStep::exporting;
-  state.exportStartedAt = someDate;
+  state.phaseStartedAt = someDate;
   state.progress = progress;
   return state;
 }

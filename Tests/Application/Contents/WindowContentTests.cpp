@@ -39,11 +39,9 @@ TEST(WindowContent, TellsThatBackupsAreLookedForAgain) {
 TEST(WindowContent, TellsWhatIsBeingRead) {
   ExportState state;
   EXPECT_EQ(contentOf(state).busyText, "");
-  state.isScanning = true;
+  state.work = Scanning();
   EXPECT_EQ(contentOf(state).busyText, "Reading chats…");
-  state.isInspecting = true;
-  EXPECT_EQ(contentOf(state).busyText, "Reading this backup…");
-  state.isScanning = false;
+  state.work = Inspecting();
   EXPECT_EQ(contentOf(state).busyText, "Reading this backup…");
 }
 
@@ -105,7 +103,8 @@ TEST(WindowContent, PassesOnWhatEnablesTheButtons) {
                contentOf(state).dropTargeted || contentOf(state).canOpenArchive || contentOf(state).canExport);
   state.backupInfo = BackupInfo{.url = "/b"};
   EXPECT_TRUE(contentOf(state).canContinue);
-  state.isUnlocking = state.isCancellingUnlock = state.dropTargeted = true;
+  state.work = Scanning{.isUnlocking = true, .isCancelling = true};
+  state.dropTargeted = true;
   EXPECT_TRUE(contentOf(state).isUnlocking && contentOf(state).isCancellingUnlock && contentOf(state).dropTargeted);
   EXPECT_FALSE(contentOf(state).canContinue);
   state.summary = ExportSummary{};

@@ -76,15 +76,13 @@ ExportState withStoredPassword() {
 
 ExportState inspecting() {
   ExportState state = choosing();
-  state.isInspecting = true;
+  state.work = Inspecting();
   return state;
 }
 
 ExportState unlockingWith(bool isCancelling) {
   ExportState state = withStoredPassword();
-  state.isScanning = true;
-  state.isUnlocking = true;
-  state.isCancellingUnlock = isCancelling;
+  state.work = Scanning{.isUnlocking = true, .isCancelling = isCancelling};
   return state;
 }
 
@@ -136,8 +134,8 @@ ExportState noKinds() {
 ExportState exporting(ExportProgress progress) {
   ExportState state = withDestination("/Users/mara/Documents/Chats", 250'000'000'000);
   state.step = WizardStep::exporting;
-  state.isExporting = true;
-  state.exportStartedAt = dateFromUnixTime(noon - 95);
+  state.work = Exporting();
+  state.exportStartedAt = state.phaseStartedAt = dateFromUnixTime(noon - 95);
   state.progress = std::move(progress);
   return state;
 }

@@ -136,7 +136,7 @@ TEST_F(Access, AKeyThatIsHeldPressesNoFurtherButton) {
   click("backupRow0");
   ASSERT_TRUE(until([&] { return item("continueButton").isEnabled(); }, "the backup is read"));
   repeat(Qt::Key_Return);
-  EXPECT_FALSE(state().isScanning);
+  EXPECT_FALSE(state().isScanning());
   continueWithBackup();
   repeat(Qt::Key_Return);
   EXPECT_EQ(state().step, WizardStep::options);

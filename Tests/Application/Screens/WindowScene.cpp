@@ -60,7 +60,7 @@ std::unique_ptr<QMimeData> dragged(const QList<QUrl>& urls, const QString& text)
 }  // namespace
 
 PasswordStore MemoryPasswords::store() {
-  return {.load = [this](const std::string& account) -> std::optional<SecretBytes> {
+  return {.load = [this](const std::string& account, const PasswordAnswer&) -> std::optional<SecretBytes> {
             const std::lock_guard guard(lock_);
             const auto found = passwords_.find(account);
             if (found == passwords_.end()) return std::nullopt;
@@ -75,7 +75,8 @@ PasswordStore MemoryPasswords::store() {
               [this](const std::string& account) {
                 const std::lock_guard guard(lock_);
                 passwords_.erase(account);
-              }};
+              },
+          .isAvailable = [] { return true; }};
 }
 
 std::map<std::string, std::string> MemoryPasswords::all() const {
@@ -99,9 +100,10 @@ ExportViewModel::Setup Scene::setup(const Wishes& wishes) {
       answer(chosen);
     };
   }
-  services.workspace = {.openURL = [](const std::string&) { return false; },
-                        .openFile = [this](const fs::path& file) { openedFiles.push_back(file); },
-                        .revealInFinder = [this](const fs::path& place) { revealedFolders.push_back(place); }};
+  services.workspace = {
+      .openURL = [](const std::string&) { return false; },
+      .openFile = [this](const fs::path& file, const auto&) { openedFiles.push_back(file); },
+      .revealInFinder = [this](const fs::path& place, const auto&) { revealedFolders.push_back(place); }};
   return {.services = std::move(services),
           .texts = L10n(StringTable(), Locale{"en_US"}, TimeZone{"UTC"}),
           .preferencesURL = folder / "preferences.json"};
@@ -122,7 +124,7 @@ void Scene::open(const Wishes& wishes) {
   if (app->window() == nullptr) throw std::runtime_error("The window could not be loaded.");
   window().show();
   controller().startUp(wishes.opensBackup ? std::optional(backup) : std::nullopt);
-  ASSERT_TRUE(until([&] { return window().isExposed() && !state().isRefreshingLibrary && !state().isInspecting; },
+  ASSERT_TRUE(until([&] { return window().isExposed() && !state().isRefreshingLibrary && !state().isInspecting(); },
                     "the library is read"));
 }
 

@@ -122,7 +122,7 @@ TEST_F(Wizard, StopsAnUnlockThatTakesTooLong) {
   expectShown("Unlocking backup");
   click("cancelUnlockButton");
   expectShown("Stopping…");
-  ASSERT_TRUE(until([&] { return !state().isScanning; }, "the unlock has stopped"));
+  ASSERT_TRUE(until([&] { return !state().isScanning(); }, "the unlock has stopped"));
   EXPECT_EQ(state().step, WizardStep::backup);
   ASSERT_TRUE(until([&] { return !isShown("cancelUnlockButton"); }, "the sheet is gone"));
   EXPECT_FALSE(isShown("alertOKButton")) << "stopping is no failure";

@@ -15,7 +15,7 @@ TEST(PlatformServices, ASystemWithoutPermissionsGivesNoBookmarks) {
 TEST(PlatformServices, NoPasswordStoreKeepsNothing) {
   const PasswordStore none = PasswordStore::none();
   none.save({'s', 'e', 'c', 'r', 'e', 't'}, "phone");
-  EXPECT_EQ(none.load("phone"), std::nullopt);
+  EXPECT_EQ(none.load("phone", {}), std::nullopt);
   EXPECT_NO_THROW(none.remove("phone"));
 }
 

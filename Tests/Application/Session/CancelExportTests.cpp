@@ -17,7 +17,7 @@ class CancelExportTest : public testing::Test {
   // As somebody would who presses Cancel the moment that the phase is shown.
   void cancelIn(Phase phase) {
     QObject::connect(&wizard, &ExportViewModel::changed, &wizard, [this, phase] {
-      if (!isCancelled && state.isExporting && state.progress && state.progress->phase == phase) {
+      if (!isCancelled && state.isExporting() && state.progress && state.progress->phase == phase) {
         isCancelled = true;
         wizard.cancelExport();
       }
@@ -46,7 +46,7 @@ TEST_F(CancelExportTest, BeforeItBegins) {
   cancelIn(Phase::preparing);
   wizard.startExport();
   EXPECT_EQ(state.step, WizardStep::exporting) << "until the run has noticed";
-  ASSERT_TRUE(scene.until([&] { return !state.isExporting; }));
+  ASSERT_TRUE(scene.until([&] { return !state.isExporting(); }));
   expectCancelled();
 }
 
@@ -56,7 +56,7 @@ TEST_F(CancelExportTest, WhileUnlocking) {
   ASSERT_TRUE(scene.reachOptions(scene.addBackup("locked", contents)));
   cancelIn(Phase::unlocking);
   wizard.startExport();
-  ASSERT_TRUE(scene.until([&] { return !state.isExporting; }));
+  ASSERT_TRUE(scene.until([&] { return !state.isExporting(); }));
   expectCancelled();
 }
 
@@ -68,7 +68,7 @@ TEST_P(CancelLongExportTest, InThePhase) {
   ASSERT_TRUE(scene.reachOptions(scene.addBackup("device", contents)));
   cancelIn(GetParam());
   wizard.startExport();
-  ASSERT_TRUE(scene.until([&] { return !state.isExporting; }));
+  ASSERT_TRUE(scene.until([&] { return !state.isExporting(); }));
   expectCancelled();
 }
 
@@ -82,7 +82,7 @@ TEST_F(CancelExportTest, AfterItsLastCheckItIsDone) {
   wizard.startExport();
   held.finishWhatWasAsked();
   wizard.cancelExport();
-  ASSERT_TRUE(scene.until([&] { return !state.isExporting; }));
+  ASSERT_TRUE(scene.until([&] { return !state.isExporting(); }));
   EXPECT_EQ(state.step, WizardStep::done);
   EXPECT_EQ(state.summary->copiedCount, 5);
   EXPECT_EQ(state.errorMessage, std::nullopt);
@@ -92,13 +92,13 @@ TEST_F(CancelExportTest, CanBeStartedAgain) {
   ASSERT_TRUE(scene.reachOptions(scene.addBackup("device")));
   cancelIn(Phase::preparing);
   wizard.startExport();
-  ASSERT_TRUE(scene.until([&] { return !state.isExporting; }));
+  ASSERT_TRUE(scene.until([&] { return !state.isExporting(); }));
   wizard.dismissError();
   scene.now += std::chrono::seconds(60);
   wizard.startExport();
   EXPECT_EQ(state.exportStartedAt, scene.now);
   EXPECT_EQ(state.progress, (ExportProgress{.phase = Phase::preparing, .total = 1}));
-  ASSERT_TRUE(scene.until([&] { return !state.isExporting; }));
+  ASSERT_TRUE(scene.until([&] { return !state.isExporting(); }));
   EXPECT_EQ(state.step, WizardStep::done);
   EXPECT_EQ(state.errorMessage, std::nullopt);
 }

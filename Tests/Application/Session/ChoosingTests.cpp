@@ -28,10 +28,10 @@ class ChoosingTest : public testing::Test {
 TEST_F(ChoosingTest, LooksIntoTheChosenFolder) {
   const fs::path backup = scene.addBackup(scene.folder / "copy", small(false, "id of it"));
   wizard.setBackup(backup);
-  EXPECT_TRUE(state.isInspecting);
+  EXPECT_TRUE(state.isInspecting());
   EXPECT_EQ(state.backupURL, backup);
   EXPECT_FALSE(state.canContinueFromBackup());
-  ASSERT_TRUE(scene.until([&] { return !state.isInspecting; }));
+  ASSERT_TRUE(scene.until([&] { return !state.isInspecting(); }));
   ASSERT_TRUE(state.backupInfo.has_value());
   EXPECT_EQ(state.backupInfo->url, backup);
   EXPECT_EQ(state.backupInfo->uniqueIdentifier, "id of it");
@@ -59,7 +59,7 @@ TEST_F(ChoosingTest, SelectsAListedBackup) {
   EXPECT_EQ(state.backupURL, scene.root / "a");
   wizard.selectBackup("/no/such/backup");
   EXPECT_EQ(state.backupURL, scene.root / "a");
-  EXPECT_FALSE(state.isInspecting);
+  EXPECT_FALSE(state.isInspecting());
 }
 
 TEST_F(ChoosingTest, SelectsABackupWhoseNameIsNoText) {
@@ -129,6 +129,15 @@ TEST_F(ChoosingTest, ForgetsWhatBelongedToTheBackupBefore) {
   EXPECT_TRUE(state.destinationURL.has_value()) << "the destination is not the backup's";
 }
 
+TEST_F(ChoosingTest, TellsOfAllThatChangesAtOnce) {
+  ASSERT_TRUE(scene.choose(scene.folder / "gone"));
+  const int before = scene.changeCount();
+  wizard.setBackup(scene.addBackup("device"));
+  EXPECT_EQ(scene.changeCount(), before + 1) << "error, folder and work are one change";
+  ASSERT_TRUE(scene.until([&] { return !state.isInspecting(); }));
+  EXPECT_EQ(scene.changeCount(), before + 2) << "and so is what was found";
+}
+
 TEST_F(ChoosingTest, ClearsAnErrorAtOnce) {
   ASSERT_TRUE(scene.choose(scene.folder / "gone"));
   ASSERT_TRUE(state.errorMessage.has_value());
@@ -164,7 +173,7 @@ TEST_F(ChoosingTest, TakesTheBackupChosenLastWhenTheFirstAnswerIsLate) {
   wizard.setBackup(first);
   ASSERT_TRUE(scene.until([&] { return !scene.passwords.calls().empty(); }));
   wizard.setBackup(second);
-  ASSERT_TRUE(scene.until([&] { return !state.isInspecting; })) << "does not wait for the first one's password";
+  ASSERT_TRUE(scene.until([&] { return !state.isInspecting(); })) << "does not wait for the first one's password";
   ASSERT_TRUE(state.backupInfo.has_value());
   EXPECT_EQ(state.backupInfo->uniqueIdentifier, "second");
   scene.passwords.release();
@@ -181,7 +190,7 @@ TEST_F(ChoosingTest, ALateAnswerEndsNoLaterInspection) {
   wizard.setBackup(first);
   wizard.setBackup(second);
   scene.takeUpEvents();
-  EXPECT_TRUE(state.isInspecting);
+  EXPECT_TRUE(state.isInspecting());
   EXPECT_EQ(state.backupInfo, std::nullopt);
 }
 
@@ -191,7 +200,7 @@ TEST_F(ChoosingTest, ALateErrorIsNotShown) {
   wizard.setBackup(scene.folder / "gone");
   held.finishWhatWasAsked();
   wizard.setBackup(second);
-  ASSERT_TRUE(scene.until([&] { return !state.isInspecting; }));
+  ASSERT_TRUE(scene.until([&] { return !state.isInspecting(); }));
   EXPECT_EQ(state.errorMessage, std::nullopt);
   ASSERT_TRUE(state.backupInfo.has_value());
   EXPECT_EQ(state.backupInfo->url, second);
@@ -205,7 +214,7 @@ TEST_F(ChoosingTest, IsRefusedWhileUnlocking) {
   ASSERT_TRUE(scene.choose(locked));
   wizard.setBackupPassword("correct horse");
   wizard.continueToOptions();
-  ASSERT_TRUE(state.isUnlocking);
+  ASSERT_TRUE(state.isUnlocking());
   wizard.setBackup(other);
   wizard.selectBackup(QString::fromStdString(other));
   wizard.chooseBackup();

@@ -58,7 +58,7 @@ TEST_F(DroppingTest, OnTheSummary) {
 TEST_F(DroppingTest, WhileAPlainBackupIsRead) {
   ASSERT_TRUE(scene.choose(backup));
   wizard.continueToOptions();
-  ASSERT_TRUE(state.isScanning);
+  ASSERT_TRUE(state.isScanning());
   drop(dropped);
   expectChosen(dropped);
 }
@@ -74,7 +74,7 @@ TEST_F(DroppingTest, IsRefusedWhileUnlocking) {
   ASSERT_TRUE(scene.choose(locked));
   wizard.setBackupPassword("correct horse");
   wizard.continueToOptions();
-  ASSERT_TRUE(state.isUnlocking);
+  ASSERT_TRUE(state.isUnlocking());
   drop(dropped);
   EXPECT_EQ(state.backupURL, locked);
   ASSERT_TRUE(scene.untilIdle());
@@ -87,7 +87,7 @@ TEST_F(DroppingTest, IsRefusedWhileExporting) {
   drop(dropped);
   EXPECT_EQ(state.backupURL, backup);
   EXPECT_EQ(state.step, WizardStep::exporting);
-  ASSERT_TRUE(scene.until([&] { return !state.isExporting; }));
+  ASSERT_TRUE(scene.until([&] { return !state.isExporting(); }));
   EXPECT_EQ(state.step, WizardStep::done);
 }
 

@@ -113,8 +113,8 @@ TEST_F(EndingTest, WhileExporting) {
   constexpr int photoCount = 3'000;
   ASSERT_TRUE(scene.reachOptions(scene.addBackup("big", manyMessages(1'000, photoCount))));
   wizard.startExport();
-  ASSERT_TRUE(scene.until([&] { return state.progress->phase == Phase::copyingMedia || !state.isExporting; }));
-  ASSERT_TRUE(state.isExporting);
+  ASSERT_TRUE(scene.until([&] { return state.progress->phase == Phase::copyingMedia || !state.isExporting(); }));
+  ASSERT_TRUE(state.isExporting());
   quit();
   ASSERT_TRUE(scene.untilIdle());
   EXPECT_FALSE(::ExportTest::holdsPartials(scene.desktop));

@@ -49,14 +49,15 @@ TEST(ExportState, StartsAsAnEmptyFirstStep) {
   EXPECT_EQ(state.includedKinds, MediaKinds(MediaKind::allCases.begin(), MediaKind::allCases.end()));
   EXPECT_EQ(state.includedKinds.size(), 5U);
   EXPECT_TRUE(state.exportTranscripts);
-  for (const bool flag : {state.isRefreshingLibrary, state.isInspecting, state.isScanning, state.isExporting,
-                          state.dropTargeted, state.rememberBackupPassword, state.hasStoredPassword, state.isUnlocking,
-                          state.isCancellingUnlock, state.focusBackupPassword}) {
+  for (const bool flag : {state.isRefreshingLibrary, state.isInspecting(), state.isScanning(), state.isExporting(),
+                          state.dropTargeted, state.rememberBackupPassword, state.hasStoredPassword,
+                          state.isUnlocking(), state.isCancellingUnlock(), state.focusBackupPassword}) {
     EXPECT_FALSE(flag);
   }
   EXPECT_FALSE(state.selectedBackupID || state.backupURL || state.backupInfo || state.scanResult ||
                state.destinationURL || state.progress || state.summary || state.errorMessage ||
-               state.recoverySuggestion || state.availableBytes || state.exportStartedAt || state.storedPassword);
+               state.recoverySuggestion || state.availableBytes || state.exportStartedAt || state.phaseStartedAt ||
+               state.storedPassword);
   EXPECT_TRUE(state.backupPassword.empty());
   EXPECT_FALSE(state.canContinueFromBackup() || state.canExport());
   EXPECT_EQ(state.selectedCount(), 0);
@@ -108,9 +109,9 @@ TEST(ExportState, TellsWhetherTheChatsCanBeRead) {
   const std::vector<Variation> cases{
       {"a plain backup", [](ExportState&) {}, true},
       {"no backup", [](ExportState& s) { s.backupInfo.reset(); }, false},
-      {"inspecting", [](ExportState& s) { s.isInspecting = true; }, false},
-      {"scanning", [](ExportState& s) { s.isScanning = true; }, false},
-      {"unlocking", [](ExportState& s) { s.isUnlocking = true; }, false},
+      {"inspecting", [](ExportState& s) { s.work = Inspecting(); }, false},
+      {"scanning", [](ExportState& s) { s.work = Scanning(); }, false},
+      {"unlocking", [](ExportState& s) { s.work = Scanning{.isUnlocking = true}; }, false},
       {"refreshing", [](ExportState& s) { s.isRefreshingLibrary = true; }, true},
       {"encrypted, no password", encrypted, false},
       {"encrypted, spaces typed",
@@ -206,8 +207,8 @@ TEST(ExportState, TellsWhetherTheExportCanStart) {
       {"no kinds", [](ExportState& s) { s.includedKinds.clear(); }, false},
       {"one kind", [](ExportState& s) { s.includedKinds = {MediaKind::stickers}; }, true},
       {"no transcripts", [](ExportState& s) { s.exportTranscripts = false; }, true},
-      {"exporting", [](ExportState& s) { s.isExporting = true; }, false},
-      {"scanning", [](ExportState& s) { s.isScanning = true; }, false},
+      {"exporting", [](ExportState& s) { s.work = Exporting(); }, false},
+      {"scanning", [](ExportState& s) { s.work = Scanning(); }, false},
       {"too little space", [](ExportState& s) { s.availableBytes = 21'000; }, false},
       {"unknown space", [](ExportState& s) { s.availableBytes.reset(); }, true},
       {"encrypted", [](ExportState& s) { s.backupInfo->isEncrypted = true; }, false},
@@ -255,7 +256,7 @@ TEST(ExportState, HintsAtWhatIsMissing) {
        },
        noKinds, false},
       {"unknown space", [](ExportState& s) { s.availableBytes.reset(); }, {}, false},
-      {"another reason", [](ExportState& s) { s.isExporting = true; }, {}, false},
+      {"another reason", [](ExportState& s) { s.work = Exporting(); }, {}, false},
   };
   for (const HintCase& c : cases) {
     ExportState state = ready();
@@ -287,7 +288,7 @@ TEST(ExportState, EstimatesTheTimeLeftOnceMediaIsCopied) {
                                 {Phase::finished, "About 30 seconds left"}};
   for (const Case& c : cases) {
     ExportState state;
-    state.exportStartedAt = start;
+    state.phaseStartedAt = start;
     state.progress = {.phase = c.phase, .completed = 25, .total = 100};
     EXPECT_EQ(state.remainingDescription(after(10)), c.expected) << static_cast<int>(c.phase);
   }
@@ -297,7 +298,7 @@ TEST(ExportState, DoesNotGuessTheTimeLeft) {
   ExportState state;
   state.progress = {.phase = Phase::copyingMedia, .completed = 25, .total = 100};
   EXPECT_EQ(state.remainingDescription(after(10)), std::nullopt) << "without a start";
-  state.exportStartedAt = start;
+  state.phaseStartedAt = start;
   EXPECT_EQ(state.remainingDescription(after(0.5)), std::nullopt) << "too early";
   EXPECT_EQ(state.remainingDescription(after(-3600)), std::nullopt) << "the clock was set back";
   EXPECT_TRUE(state.remainingDescription(after(1e9))) << "the clock was set forward";

@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
+#include <map>
+
 #include "Tests/Application/Session/WizardScene.h"
 #include "Tests/Export/ExportScene.h"
 #include "TidewellCore/TidewellError.h"
@@ -45,7 +47,7 @@ TEST_F(ExportingTest, GoesThroughAllSteps) {
   EXPECT_EQ(state.summary->failedCount, 0);
   EXPECT_EQ(state.summary->destination, scene.desktop);
   EXPECT_EQ(state.summary->archiveIndexURL, scene.desktop / "index.html");
-  EXPECT_FALSE(state.isExporting);
+  EXPECT_FALSE(state.isExporting());
   EXPECT_THAT(scene.steps(),
               ElementsAre(WizardStep::backup, WizardStep::options, WizardStep::exporting, WizardStep::done));
   EXPECT_THAT(phases(), ElementsAre(Phase::preparing, Phase::readingChats, Phase::copyingMedia,
@@ -55,13 +57,13 @@ TEST_F(ExportingTest, GoesThroughAllSteps) {
 TEST_F(ExportingTest, BeginsWithAnEmptyBar) {
   ASSERT_TRUE(scene.reachOptions(backup));
   wizard.startExport();
-  EXPECT_TRUE(state.isExporting);
+  EXPECT_TRUE(state.isExporting());
   EXPECT_EQ(state.step, WizardStep::exporting);
   EXPECT_EQ(state.progress, (ExportProgress{.phase = Phase::preparing, .completed = 0, .total = 1}));
   EXPECT_EQ(state.exportStartedAt, scene.now);
   EXPECT_EQ(state.summary, std::nullopt);
   EXPECT_FALSE(state.canExport());
-  ASSERT_TRUE(scene.until([&] { return !state.isExporting; }));
+  ASSERT_TRUE(scene.until([&] { return !state.isExporting(); }));
 }
 
 TEST_F(ExportingTest, ExportsAnEncryptedBackupWithItsPassword) {
@@ -78,7 +80,7 @@ TEST_F(ExportingTest, ExportsWhatWasChosen) {
   for (const char* kind : {"photos", "voiceNotes", "stickers", "documents"}) wizard.setKindIncluded(kind, false);
   wizard.setExportTranscripts(false);
   wizard.startExport();
-  ASSERT_TRUE(scene.until([&] { return !state.isExporting; }));
+  ASSERT_TRUE(scene.until([&] { return !state.isExporting(); }));
   EXPECT_EQ(state.summary->copiedCount, 1);
   EXPECT_EQ(state.summary->transcriptCount, 0);
   EXPECT_EQ(state.summary->archiveIndexURL, std::nullopt);
@@ -118,7 +120,7 @@ TEST_F(ExportingTest, FindsEverythingPresentTheSecondTime) {
   wizard.continueToOptions();
   ASSERT_TRUE(scene.untilIdle());
   wizard.startExport();
-  ASSERT_TRUE(scene.until([&] { return !state.isExporting; }));
+  ASSERT_TRUE(scene.until([&] { return !state.isExporting(); }));
   EXPECT_EQ(state.summary->copiedCount, 0);
   EXPECT_EQ(state.summary->skippedExistingCount, 5);
 }
@@ -130,10 +132,10 @@ TEST_F(ExportingTest, BeginsOnTheOptionsStepAlone) {
   wizard.goBackToBackup();
   EXPECT_EQ(state.step, WizardStep::backup);
   wizard.startExport();
-  EXPECT_FALSE(state.isExporting);
+  EXPECT_FALSE(state.isExporting());
   ASSERT_TRUE(scene.reachDone(backup));
   wizard.startExport();
-  EXPECT_FALSE(state.isExporting);
+  EXPECT_FALSE(state.isExporting());
   EXPECT_EQ(state.step, WizardStep::done);
 }
 
@@ -144,7 +146,7 @@ TEST_F(ExportingTest, DoesNotLetTheStepGoMeanwhile) {
   wizard.exportAnother();
   wizard.startExport();
   EXPECT_EQ(state.step, WizardStep::exporting);
-  ASSERT_TRUE(scene.until([&] { return !state.isExporting; }));
+  ASSERT_TRUE(scene.until([&] { return !state.isExporting(); }));
   EXPECT_EQ(state.step, WizardStep::done);
   wizard.goBackToBackup();
   EXPECT_EQ(state.step, WizardStep::done);
@@ -155,7 +157,7 @@ TEST_F(ExportingTest, TellsWhyItFailed) {
   wizard.setDestination(backup / "inside");
   ASSERT_TRUE(scene.untilIdle());
   wizard.startExport();
-  ASSERT_TRUE(scene.until([&] { return !state.isExporting; }));
+  ASSERT_TRUE(scene.until([&] { return !state.isExporting(); }));
   const auto expected = TidewellError::destinationNotWritable(backup / "inside");
   EXPECT_EQ(state.errorMessage, expected.errorDescription());
   EXPECT_EQ(state.recoverySuggestion, expected.recoverySuggestion());
@@ -168,7 +170,7 @@ TEST_F(ExportingTest, TellsThatTheBackupWentAway) {
   ASSERT_TRUE(scene.reachOptions(backup));
   fs::remove_all(backup);
   wizard.startExport();
-  ASSERT_TRUE(scene.until([&] { return !state.isExporting; }));
+  ASSERT_TRUE(scene.until([&] { return !state.isExporting(); }));
   EXPECT_EQ(state.step, WizardStep::options);
   EXPECT_TRUE(state.errorMessage.has_value());
 }
@@ -180,6 +182,63 @@ TEST_F(ExportingTest, CountsWhatCouldNotBeCopied) {
   EXPECT_EQ(state.summary->failedCount, 1);
   EXPECT_EQ(state.summary->copiedCount, 4);
   EXPECT_EQ(state.errorMessage, std::nullopt) << "the run went on";
+}
+
+TEST_F(ExportingTest, CopiesTheSecondTimeWhatFailedTheFirst) {
+  Fixture::BackupContents contents = small();
+  contents.whatsApp.mediaFiles.at(0).storage.missing = true;
+  const fs::path damaged = scene.addBackup("damaged", contents);
+  ASSERT_TRUE(scene.reachDone(damaged));
+  ASSERT_EQ(state.summary->failedCount, 1);
+  contents.whatsApp.mediaFiles.at(0).storage.missing = false;
+  scene.addBackup("damaged", contents);
+  wizard.tryAgain();
+  EXPECT_EQ(state.step, WizardStep::exporting);
+  ASSERT_TRUE(scene.until([&] { return !state.isExporting(); }));
+  EXPECT_EQ(state.step, WizardStep::done);
+  EXPECT_EQ(state.summary->copiedCount, 1);
+  EXPECT_EQ(state.summary->skippedExistingCount, 4);
+  EXPECT_EQ(state.summary->failedCount, 0);
+}
+
+TEST_F(ExportingTest, IsTriedAgainFromTheSummaryAlone) {
+  ASSERT_TRUE(scene.reachOptions(backup));
+  wizard.tryAgain();
+  EXPECT_EQ(state.step, WizardStep::options);
+}
+
+TEST_F(ExportingTest, LooksAtTheFreeSpaceAfreshWhenItFailed) {
+  const fs::path disk = scene.folder / "disk";
+  fs::create_directory_symlink(scene.desktop, disk);
+  ASSERT_TRUE(scene.reachOptions(backup));
+  wizard.setDestination(disk);
+  ASSERT_TRUE(scene.until([&] { return state.hasEnoughSpace() == true; }));
+  {
+    const HeldLane held(scene.work, Lane::userInitiated, BackgroundWork::userInitiatedThreads);
+    wizard.startExport();
+    fs::remove(disk);
+    fs::create_directory_symlink("/proc", disk);  // which has no room for anything
+  }
+  ASSERT_TRUE(scene.until([&] { return !state.isExporting(); }));
+  EXPECT_EQ(state.step, WizardStep::options);
+  ASSERT_TRUE(scene.until([&] { return state.hasEnoughSpace() == false; })) << "it is said that there is not enough";
+  EXPECT_EQ(state.startExportHint(), "Not enough free space — choose another folder");
+}
+
+TEST_F(ExportingTest, ReckonsTheTimeLeftFromThePhasesStart) {
+  ASSERT_TRUE(scene.reachOptions(backup));
+  std::map<Phase, std::optional<Date>> starts;
+  QObject::connect(&wizard, &ExportViewModel::changed, &wizard, [&] {
+    if (state.progress) starts.emplace(state.progress->phase, state.phaseStartedAt);
+    scene.now += std::chrono::seconds(10);
+  });
+  const Date begun = scene.now;
+  wizard.startExport();
+  ASSERT_TRUE(scene.until([&] { return !state.isExporting(); }));
+  EXPECT_EQ(starts.at(Phase::preparing), begun);
+  EXPECT_EQ(state.exportStartedAt, begun);
+  EXPECT_GT(starts.at(Phase::readingChats), starts.at(Phase::preparing));
+  EXPECT_GT(starts.at(Phase::copyingMedia), starts.at(Phase::readingChats));
 }
 
 TEST_F(ExportingTest, LeavesTheBackupUnchanged) {

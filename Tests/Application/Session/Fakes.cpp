@@ -1,6 +1,8 @@
 #include "Tests/Application/Session/Fakes.h"
 
 #include <string_view>
+#include <thread>
+#include <utility>
 
 #include "Tests/Application/Session/HeldLane.h"
 
@@ -11,13 +13,15 @@ namespace fs = std::filesystem;
 constexpr std::string_view bookmarkPrefix = "bookmark of ";
 
 PasswordStore FakePasswordStore::service() {
-  return {.load = [this](const std::string& account) -> std::optional<SecretBytes> {
+  return {.load = [this](const std::string& account, const PasswordAnswer& late) -> std::optional<SecretBytes> {
             note("load ", account);
             std::unique_lock guard(lock_);
+            if (isLocked_) {
+              waiting_.emplace_back(account, late);
+              return std::nullopt;
+            }
             released_.wait_for(guard, deadline, [this] { return !isHeld_; });
-            const auto found = content_.find(account);
-            if (found == content_.end()) return std::nullopt;
-            return SecretBytes(found->second.begin(), found->second.end());
+            return found(account);
           },
           .save =
               [this](const SecretBytes& password, const std::string& account) {
@@ -29,7 +33,8 @@ PasswordStore FakePasswordStore::service() {
                 note("remove ", account);
                 const std::lock_guard guard(lock_);
                 content_.erase(account);
-              }};
+              },
+          .isAvailable = [] { return true; }};
 }
 
 void FakePasswordStore::note(const char* call, const std::string& account) {
@@ -50,6 +55,30 @@ std::map<std::string, std::string> FakePasswordStore::content() const {
 std::vector<std::string> FakePasswordStore::calls() const {
   const std::lock_guard guard(lock_);
   return calls_;
+}
+
+std::optional<SecretBytes> FakePasswordStore::found(const std::string& account) const {
+  const auto entry = content_.find(account);
+  if (entry == content_.end()) return std::nullopt;
+  return SecretBytes(entry->second.begin(), entry->second.end());
+}
+
+void FakePasswordStore::lock() {
+  const std::lock_guard guard(lock_);
+  isLocked_ = true;
+}
+
+void FakePasswordStore::unlock() {
+  std::vector<std::pair<std::string, PasswordAnswer>> waiting;
+  {
+    const std::lock_guard guard(lock_);
+    isLocked_ = false;
+    waiting.swap(waiting_);
+  }
+  // As a real store does: on a thread of its own.
+  std::thread([&] {
+    for (const auto& [account, answer] : waiting) answer(found(account));
+  }).join();
 }
 
 void FakePasswordStore::hold() {
@@ -105,8 +134,28 @@ Workspace FakeWorkspace::service() {
                 urls.push_back(url);
                 return true;
               },
-          .openFile = [this](const fs::path& file) { files.push_back(file); },
-          .revealInFinder = [this](const fs::path& folder) { revealed.push_back(folder); }};
+          .openFile =
+              [this](const fs::path& file, const std::function<void()>& failed) {
+                files.push_back(file);
+                if (!opensFiles) failed();
+              },
+          .revealInFinder =
+              [this](const fs::path& folder, const std::function<void()>& failed) {
+                revealed.push_back(folder);
+                if (!opensFiles) failed();
+              }};
+}
+
+DesktopPresence FakePresence::service() {
+  return {
+      .keepAwake =
+          [this](const std::string& reason) {
+            reasons.push_back(reason);
+            ++awakeCount;
+            return std::shared_ptr<void>(nullptr, [this](void*) { --awakeCount; });
+          },
+      .isWindowInFront = [this] { return isInFront; },
+      .notify = [this](const std::string& title, const std::string& text) { notices.push_back(title + ": " + text); }};
 }
 
 }  // namespace WizardTest

@@ -6,6 +6,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Tidewell/Services/PlatformServices.h"
@@ -24,13 +25,19 @@ class FakePasswordStore {
   // From now on reading waits until it is released.
   void hold();
   void release();
+  // From now on reading finds nothing, until somebody unlocks the store: then what was asked for comes late.
+  void lock();
+  void unlock();
 
  private:
+  std::optional<SecretBytes> found(const std::string& account) const;
   void note(const char* call, const std::string& account);
 
   mutable std::mutex lock_;
   std::condition_variable released_;
   bool isHeld_ = false;
+  bool isLocked_ = false;
+  std::vector<std::pair<std::string, PasswordAnswer>> waiting_;
   std::map<std::string, std::string> content_;
   std::vector<std::string> calls_;
 };
@@ -78,6 +85,17 @@ class FakeWorkspace {
   std::vector<std::string> urls;
   std::vector<std::filesystem::path> files;
   std::vector<std::filesystem::path> revealed;
+  bool opensFiles = true;
+};
+
+class FakePresence {
+ public:
+  DesktopPresence service();
+
+  bool isInFront = false;
+  std::vector<std::string> reasons;
+  int awakeCount = 0;  // how many times the machine is kept awake at present
+  std::vector<std::string> notices;
 };
 
 }  // namespace WizardTest

@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <fstream>
+
 #include "Tests/Application/Session/WizardScene.h"
 
 namespace WizardTest {
@@ -97,12 +99,48 @@ TEST_F(LibraryTest, TwoQuickRefreshesEndWithTheNewestList) {
   for (const DiscoveredBackup& backup : state.library.backups) EXPECT_TRUE(backup.byteCount.has_value());
 }
 
+TEST_F(LibraryTest, IsRefreshedWhenSomebodyComesBack) {
+  scene.addBackup("one");
+  wizard.refreshLibraryOnReturn();
+  EXPECT_FALSE(state.isRefreshingLibrary) << "the start reads it";
+  ASSERT_TRUE(refresh());
+  scene.addBackup("two", madeAt(1'800'000'000));
+  wizard.refreshLibraryOnReturn();
+  ASSERT_TRUE(scene.until([&] { return !state.isRefreshingLibrary; }));
+  EXPECT_THAT(names(state), ElementsAre("two", "one"));
+  for (const DiscoveredBackup& backup : state.library.backups) EXPECT_TRUE(backup.byteCount.has_value());
+}
+
+TEST_F(LibraryTest, KeepsTheSizesOfBackupsThatAreTheSame) {
+  scene.addBackup("same");
+  const fs::path grown = scene.addBackup("grown", madeAt(1'600'000'000));
+  ASSERT_TRUE(refresh());
+  scene.addBackup("grown", madeAt(1'800'000'000));
+  std::ofstream(grown / "more") << std::string(5'000, 'x');
+  {
+    const HeldLane measuring(scene.work, Lane::utility, 1);
+    wizard.refreshLibraryOnReturn();
+    ASSERT_TRUE(scene.until([&] { return names(state).front() == "grown"; }));
+    EXPECT_EQ(state.library.backups[0].byteCount, std::nullopt) << "it was made anew";
+    EXPECT_TRUE(state.library.backups[1].byteCount.has_value());
+  }
+  ASSERT_TRUE(scene.until([&] { return !state.isRefreshingLibrary; }));
+  EXPECT_EQ(state.library.backups[0].byteCount, BackupLibrary::folderByteCount(grown));
+}
+
+TEST_F(LibraryTest, IsLeftAloneOnLaterSteps) {
+  ASSERT_TRUE(refresh());
+  ASSERT_TRUE(scene.reachOptions(scene.addBackup("device")));
+  wizard.refreshLibraryOnReturn();
+  EXPECT_FALSE(state.isRefreshingLibrary);
+}
+
 TEST_F(LibraryTest, IsNotRefreshedWhileUnlocking) {
   const fs::path backup = scene.addBackup("device", small(true));
   ASSERT_TRUE(scene.choose(backup));
   wizard.setBackupPassword("correct horse");
   wizard.continueToOptions();
-  ASSERT_TRUE(state.isUnlocking);
+  ASSERT_TRUE(state.isUnlocking());
   wizard.refreshLibrary();
   EXPECT_FALSE(state.isRefreshingLibrary);
   ASSERT_TRUE(scene.untilIdle());
@@ -112,7 +150,7 @@ TEST_F(LibraryTest, IsNotRefreshedWhileUnlocking) {
 TEST_F(LibraryTest, IsRefreshedWhileAPlainBackupIsRead) {
   ASSERT_TRUE(scene.choose(scene.addBackup("device")));
   wizard.continueToOptions();
-  ASSERT_TRUE(state.isScanning);
+  ASSERT_TRUE(state.isScanning());
   ASSERT_TRUE(refresh());
   EXPECT_THAT(state.library.backups, SizeIs(1));
   ASSERT_TRUE(scene.until([&] { return state.step == WizardStep::options; }));
@@ -126,7 +164,7 @@ TEST_F(LibraryTest, ChoosesTheBackupRememberedWhenItIsListed) {
   ASSERT_TRUE(scene.until([this] { return !scene.state().isRefreshingLibrary; }));
   EXPECT_EQ(scene.state().backupURL, backup);
   EXPECT_EQ(scene.state().selectedBackupID, backup.native());
-  EXPECT_FALSE(scene.state().isInspecting) << "the refresh ends after the inspection";
+  EXPECT_FALSE(scene.state().isInspecting()) << "the refresh ends after the inspection";
   EXPECT_TRUE(scene.state().backupInfo.has_value());
 }
 

@@ -15,7 +15,7 @@ class PasswordTest : public testing::Test {
  protected:
   testing::AssertionResult unlock() {
     wizard.continueToOptions();
-    if (!state.isUnlocking) return testing::AssertionFailure() << "the unlock did not begin";
+    if (!state.isUnlocking()) return testing::AssertionFailure() << "the unlock did not begin";
     return scene.untilIdle();
   }
 
@@ -30,7 +30,7 @@ TEST_F(PasswordTest, IsNeededForAnEncryptedBackup) {
   EXPECT_TRUE(state.backupInfo->isEncrypted);
   EXPECT_FALSE(state.canContinueFromBackup());
   wizard.continueToOptions();
-  EXPECT_FALSE(state.isScanning || state.isUnlocking);
+  EXPECT_FALSE(state.isScanning() || state.isUnlocking());
   wizard.setBackupPassword("   ");
   EXPECT_FALSE(state.canContinueFromBackup());
   wizard.setBackupPassword("x");
@@ -42,7 +42,7 @@ TEST_F(PasswordTest, UnlocksWithoutTheSpacesAroundIt) {
   wizard.setBackupPassword(" correct horse\n");
   ASSERT_TRUE(unlock());
   EXPECT_EQ(state.step, WizardStep::options);
-  EXPECT_FALSE(state.isScanning || state.isUnlocking || state.isCancellingUnlock);
+  EXPECT_FALSE(state.isScanning() || state.isUnlocking() || state.isCancellingUnlock());
   EXPECT_TRUE(state.canExport());
 }
 
@@ -74,9 +74,9 @@ TEST_F(PasswordTest, InspectsUntilTheStoreHasAnswered) {
   wizard.setBackup(backup);
   ASSERT_TRUE(scene.until([&] { return !scene.passwords.calls().empty(); }));
   scene.takeUpEvents();
-  EXPECT_TRUE(state.isInspecting);
+  EXPECT_TRUE(state.isInspecting());
   scene.passwords.release();
-  ASSERT_TRUE(scene.until([&] { return !state.isInspecting; }));
+  ASSERT_TRUE(scene.until([&] { return !state.isInspecting(); }));
 }
 
 TEST_F(PasswordTest, AStoreThatDoesNotAnswerIsNotAskedForBackupsThatAreNoLongerChosen) {
@@ -89,7 +89,7 @@ TEST_F(PasswordTest, AStoreThatDoesNotAnswerIsNotAskedForBackupsThatAreNoLongerC
   wizard.setBackup(scene.addBackup("last", small(true, "last")));
   ASSERT_TRUE(scene.until([&] { return state.backupInfo->uniqueIdentifier == "last"; }));
   scene.passwords.release();
-  ASSERT_TRUE(scene.until([&] { return !state.isInspecting; }));
+  ASSERT_TRUE(scene.until([&] { return !state.isInspecting(); }));
   EXPECT_THAT(scene.passwords.calls(), ElementsAre("load serial", "load last"));
 }
 
@@ -128,7 +128,7 @@ TEST_F(PasswordTest, IsRemovedFromTheStoreWhenNotWanted) {
   EXPECT_FALSE(state.hasStoredPassword || state.storedPassword);
   EXPECT_TRUE(state.canExport()) << "the export needs it once more";
   wizard.startExport();
-  ASSERT_TRUE(scene.until([&] { return !state.isExporting; }));
+  ASSERT_TRUE(scene.until([&] { return !state.isExporting(); }));
   EXPECT_EQ(state.step, WizardStep::done);
 }
 
@@ -142,7 +142,7 @@ TEST_F(PasswordTest, AWrongOneIsToldAndAskedForAgain) {
   EXPECT_EQ(state.recoverySuggestion, TidewellError::wrongBackupPassword().recoverySuggestion());
   EXPECT_EQ(state.scanResult, std::nullopt);
   EXPECT_TRUE(state.focusBackupPassword);
-  EXPECT_FALSE(state.isScanning || state.isUnlocking || state.isCancellingUnlock);
+  EXPECT_FALSE(state.isScanning() || state.isUnlocking() || state.isCancellingUnlock());
   EXPECT_THAT(scene.passwords.content(), IsEmpty()) << "a wrong password is not kept";
 
   wizard.setBackupPassword("correct horse");
@@ -176,6 +176,75 @@ TEST_F(PasswordTest, ChangedWhileUnlockingIsNotTheOneThatIsUsed) {
     EXPECT_EQ(state.currentPassword(), password);
     wizard.goBackToBackup();
   }
+}
+
+TEST_F(PasswordTest, IsTriedToTheLetterBeforeTheSpacesAroundItGo) {
+  Fixture::BackupContents contents = small(true, "spacious");
+  contents.encryption->keyBag.password = " correct horse ";
+  ASSERT_TRUE(scene.choose(scene.addBackup("spacious", contents)));
+  wizard.setBackupPassword(" correct horse ");
+  wizard.setRememberBackupPassword(true);
+  ASSERT_TRUE(unlock());
+  EXPECT_EQ(state.step, WizardStep::options);
+  EXPECT_THAT(scene.passwords.content(), ElementsAre(Pair("spacious", " correct horse ")));
+  wizard.startExport();
+  ASSERT_TRUE(scene.until([&] { return !state.isExporting(); }));
+  EXPECT_EQ(state.step, WizardStep::done) << "the export takes the one that unlocked";
+}
+
+TEST_F(PasswordTest, ThatNobodyFoundIsNotRemoved) {
+  scene.passwords.put("serial", password);
+  scene.passwords.lock();
+  ASSERT_TRUE(scene.choose(backup));
+  EXPECT_FALSE(state.hasStoredPassword);
+  wizard.setBackupPassword("correct horse");
+  ASSERT_TRUE(unlock());
+  ASSERT_EQ(state.step, WizardStep::options);
+  EXPECT_THAT(scene.passwords.calls(), ElementsAre("load serial"));
+  EXPECT_THAT(scene.passwords.content(), ElementsAre(Pair("serial", password)));
+}
+
+TEST_F(PasswordTest, ThatIsFoundLateIsTakenUp) {
+  scene.passwords.put("serial", password);
+  scene.passwords.lock();
+  ASSERT_TRUE(scene.choose(backup));
+  EXPECT_FALSE(state.canContinueFromBackup());
+  scene.passwords.unlock();
+  scene.takeUpEvents();
+  EXPECT_TRUE(state.hasStoredPassword && state.rememberBackupPassword);
+  EXPECT_TRUE(state.canContinueFromBackup());
+  ASSERT_TRUE(unlock());
+  EXPECT_EQ(state.step, WizardStep::options);
+}
+
+TEST_F(PasswordTest, ThatIsFoundLateComesTooLateForWhoTypes) {
+  scene.passwords.put("serial", "an old one");
+  scene.passwords.lock();
+  ASSERT_TRUE(scene.choose(backup));
+  wizard.setBackupPassword("c");
+  wizard.setBackupPassword("");
+  scene.passwords.unlock();
+  scene.takeUpEvents();
+  EXPECT_FALSE(state.hasStoredPassword || state.storedPassword || state.rememberBackupPassword);
+}
+
+TEST_F(PasswordTest, ThatIsFoundLateIsNoOtherBackups) {
+  scene.passwords.put("serial", password);
+  scene.passwords.lock();
+  ASSERT_TRUE(scene.choose(backup));
+  ASSERT_TRUE(scene.choose(scene.addBackup("other", small(true, "other"))));
+  scene.passwords.unlock();
+  scene.takeUpEvents();
+  EXPECT_FALSE(state.hasStoredPassword || state.storedPassword || state.rememberBackupPassword);
+}
+
+TEST_F(PasswordTest, ThatIsFoundWhenTheWizardIsGoneHarmsNobody) {
+  scene.passwords.put("serial", password);
+  scene.passwords.lock();
+  ASSERT_TRUE(scene.choose(backup));
+  scene.quit();
+  scene.passwords.unlock();
+  scene.takeUpEvents();
 }
 
 TEST_F(PasswordTest, NoneIsStoredForAPlainBackup) {

@@ -24,10 +24,10 @@ class ResponsivenessTest : public testing::Test {
   }
 
   Milliseconds whileScanning() {
-    return longestGap([this] { wizard.continueToOptions(); }, [this] { return !state.isScanning; });
+    return longestGap([this] { wizard.continueToOptions(); }, [this] { return !state.isScanning(); });
   }
   Milliseconds whileExporting() {
-    return longestGap([this] { wizard.startExport(); }, [this] { return !state.isExporting; });
+    return longestGap([this] { wizard.startExport(); }, [this] { return !state.isExporting(); });
   }
 
   WizardScene scene{WizardScene::Watch::nothing};

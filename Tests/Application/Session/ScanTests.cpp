@@ -22,7 +22,7 @@ class ScanTest : public testing::Test {
     EXPECT_EQ(state.step, WizardStep::backup);
     EXPECT_EQ(state.scanResult, std::nullopt);
     EXPECT_EQ(state.errorMessage, std::nullopt);
-    EXPECT_FALSE(state.isScanning || state.isUnlocking || state.isCancellingUnlock || state.focusBackupPassword);
+    EXPECT_FALSE(state.isScanning() || state.isUnlocking() || state.isCancellingUnlock() || state.focusBackupPassword);
     EXPECT_TRUE(state.canContinueFromBackup()) << "and it can be tried again at once";
     EXPECT_TRUE(scene.passwords.content().empty());
   }
@@ -37,8 +37,8 @@ class ScanTest : public testing::Test {
 TEST_F(ScanTest, ReadsThePlainBackup) {
   ASSERT_TRUE(scene.choose(plain));
   wizard.continueToOptions();
-  EXPECT_TRUE(state.isScanning);
-  EXPECT_FALSE(state.isUnlocking) << "there is nothing to unlock";
+  EXPECT_TRUE(state.isScanning());
+  EXPECT_FALSE(state.isUnlocking()) << "there is nothing to unlock";
   EXPECT_FALSE(state.canContinueFromBackup());
   ASSERT_TRUE(scene.untilIdle());
   ASSERT_TRUE(state.scanResult.has_value());
@@ -46,7 +46,7 @@ TEST_F(ScanTest, ReadsThePlainBackup) {
   EXPECT_EQ(state.scanResult->mediaFileCount, 5);
   EXPECT_EQ(state.selectedCount(), 5);
   EXPECT_EQ(state.step, WizardStep::options);
-  EXPECT_FALSE(state.isScanning);
+  EXPECT_FALSE(state.isScanning());
   EXPECT_TRUE(state.canExport());
   EXPECT_THAT(scene.steps(), ElementsAre(WizardStep::backup, WizardStep::options));
 }
@@ -57,8 +57,8 @@ TEST_F(ScanTest, ReadsTheSameOfAnEncryptedBackup) {
   wizard.goBackToBackup();
   readyToUnlock();
   wizard.continueToOptions();
-  EXPECT_TRUE(state.isScanning && state.isUnlocking);
-  EXPECT_FALSE(state.isCancellingUnlock);
+  EXPECT_TRUE(state.isScanning() && state.isUnlocking());
+  EXPECT_FALSE(state.isCancellingUnlock());
   ASSERT_TRUE(scene.untilIdle());
   EXPECT_EQ(state.scanResult, ofPlain);
   EXPECT_EQ(state.step, WizardStep::options);
@@ -73,7 +73,7 @@ TEST_F(ScanTest, TellsWhyABackupCannotBeRead) {
   EXPECT_EQ(state.scanResult, std::nullopt);
   EXPECT_TRUE(state.errorMessage.has_value());
   EXPECT_FALSE(state.focusBackupPassword) << "no password would help";
-  EXPECT_FALSE(state.isScanning);
+  EXPECT_FALSE(state.isScanning());
 }
 
 TEST_F(ScanTest, AFailureForgetsTheResultBefore) {
@@ -99,14 +99,14 @@ TEST_F(ScanTest, BeginsOnceAtATime) {
 TEST_F(ScanTest, BeginsOnTheFirstStepAlone) {
   ASSERT_TRUE(scene.reachOptions(plain));
   wizard.continueToOptions();
-  EXPECT_FALSE(state.isScanning);
+  EXPECT_FALSE(state.isScanning());
   wizard.startExport();
   wizard.continueToOptions();
-  EXPECT_FALSE(state.isScanning);
-  ASSERT_TRUE(scene.until([&] { return !state.isExporting; }));
+  EXPECT_FALSE(state.isScanning());
+  ASSERT_TRUE(scene.until([&] { return !state.isExporting(); }));
   EXPECT_EQ(state.step, WizardStep::done);
   wizard.continueToOptions();
-  EXPECT_FALSE(state.isScanning);
+  EXPECT_FALSE(state.isScanning());
 }
 
 TEST_F(ScanTest, NeedsABackup) {
@@ -120,8 +120,8 @@ TEST_F(ScanTest, CancelledBeforeItsFirstCheck) {
     const HeldLane held(scene.work, Lane::userInitiated, BackgroundWork::userInitiatedThreads);
     wizard.continueToOptions();
     wizard.cancelUnlock();
-    EXPECT_TRUE(state.isCancellingUnlock);
-    EXPECT_TRUE(state.isUnlocking && state.isScanning) << "until the scan has returned";
+    EXPECT_TRUE(state.isCancellingUnlock());
+    EXPECT_TRUE(state.isUnlocking() && state.isScanning()) << "until the scan has returned";
   }
   ASSERT_TRUE(scene.untilIdle());
   expectNothingHappened();
@@ -154,8 +154,8 @@ TEST_F(ScanTest, CancelledAfterItsLastCheck) {
   wizard.continueToOptions();
   held.finishWhatWasAsked();
   wizard.cancelUnlock();
-  EXPECT_TRUE(state.isCancellingUnlock);
-  ASSERT_TRUE(scene.until([&] { return !state.isScanning; }));
+  EXPECT_TRUE(state.isCancellingUnlock());
+  ASSERT_TRUE(scene.until([&] { return !state.isScanning(); }));
   expectNothingHappened();
 }
 
@@ -166,7 +166,7 @@ TEST_F(ScanTest, CancelledWhenItHasFailed) {
   wizard.continueToOptions();
   held.finishWhatWasAsked();
   wizard.cancelUnlock();
-  ASSERT_TRUE(scene.until([&] { return !state.isScanning; }));
+  ASSERT_TRUE(scene.until([&] { return !state.isScanning(); }));
   expectNothingHappened();
 }
 
@@ -179,7 +179,7 @@ TEST_F(ScanTest, CancelledScansKeepTheResultBefore) {
   wizard.continueToOptions();
   held.finishWhatWasAsked();
   wizard.cancelUnlock();
-  ASSERT_TRUE(scene.until([&] { return !state.isScanning; }));
+  ASSERT_TRUE(scene.until([&] { return !state.isScanning(); }));
   EXPECT_TRUE(state.scanResult.has_value());
   EXPECT_EQ(state.step, WizardStep::backup);
 }
@@ -190,7 +190,7 @@ TEST_F(ScanTest, IsCancelledOnlyWhileUnlocking) {
   ASSERT_TRUE(scene.choose(plain));
   wizard.continueToOptions();
   wizard.cancelUnlock();
-  EXPECT_FALSE(state.isCancellingUnlock);
+  EXPECT_FALSE(state.isCancellingUnlock());
   ASSERT_TRUE(scene.untilIdle());
   EXPECT_EQ(state.step, WizardStep::options);
 }
@@ -199,7 +199,7 @@ TEST_F(ScanTest, ACancelledUnlockDoesNotCancelTheNext) {
   readyToUnlock();
   wizard.continueToOptions();
   wizard.cancelUnlock();
-  ASSERT_TRUE(scene.until([&] { return !state.isScanning; }));
+  ASSERT_TRUE(scene.until([&] { return !state.isScanning(); }));
   wizard.continueToOptions();
   ASSERT_TRUE(scene.untilIdle());
   EXPECT_EQ(state.step, WizardStep::options);
@@ -212,7 +212,7 @@ TEST_F(ScanTest, AnotherBackupCancelsThePlainScan) {
   held.finishWhatWasAsked();
   wizard.setBackup(locked);
   EXPECT_FALSE(state.canContinueFromBackup());
-  ASSERT_TRUE(scene.until([&] { return !state.isScanning && !state.isInspecting; }));
+  ASSERT_TRUE(scene.until([&] { return !state.isScanning() && !state.isInspecting(); }));
   EXPECT_EQ(state.step, WizardStep::backup);
   EXPECT_EQ(state.scanResult, std::nullopt) << "it is the other backup's";
   EXPECT_EQ(state.backupInfo->url, locked);

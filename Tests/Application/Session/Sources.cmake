@@ -12,7 +12,9 @@ target_sources(TidewellSessionTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/LibraryTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ManyMessages.cpp
   ${CMAKE_CURRENT_LIST_DIR}/PasswordTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/PresenceTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/RememberingTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ResponsivenessTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ScanTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/StopQuestionTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/WizardScene.cpp)

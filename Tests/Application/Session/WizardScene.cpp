@@ -5,7 +5,6 @@
 #include <QTimer>
 #include <atomic>
 #include <set>
-#include <tuple>
 #include <utility>
 
 #include "Tests/Export/ExportScene.h"
@@ -16,25 +15,15 @@ namespace fs = std::filesystem;
 
 namespace {
 
-auto fields(const ExportState& s) {
-  return std::tie(s.step, s.library, s.isRefreshingLibrary, s.hasReadLibrary, s.selectedBackupID, s.backupURL,
-                  s.backupInfo, s.scanResult, s.destinationURL, s.includedKinds, s.exportTranscripts, s.isInspecting,
-                  s.isScanning, s.isExporting, s.progress, s.summary, s.errorMessage, s.recoverySuggestion,
-                  s.availableBytes, s.dropTargeted, s.exportStartedAt, s.backupPassword, s.rememberBackupPassword,
-                  s.hasStoredPassword, s.isUnlocking, s.isCancellingUnlock, s.focusBackupPassword, s.storedPassword);
-}
-
 bool mayFollow(WizardStep before, WizardStep after) {
   using enum WizardStep;
-  static const std::set<std::pair<WizardStep, WizardStep>> transitions{{backup, options},    {options, backup},
-                                                                       {options, exporting}, {exporting, done},
-                                                                       {exporting, options}, {done, backup}};
+  static const std::set<std::pair<WizardStep, WizardStep>> transitions{
+      {backup, options},    {options, backup}, {options, exporting}, {exporting, done},
+      {exporting, options}, {done, backup},    {done, exporting}};
   return transitions.contains({before, after});
 }
 
 }  // namespace
-
-bool isSame(const ExportState& one, const ExportState& other) { return fields(one) == fields(other); }
 
 Fixture::BackupContents small(bool isEncrypted, const std::string& identifier) {
   Fixture::BackupContents contents = ExportTest::smallBackup(isEncrypted);
@@ -64,6 +53,7 @@ void WizardScene::launch() {
                             .workspace = workspace.service(),
                             .passwords = passwords.service(),
                             .permissions = permissions.service(),
+                            .presence = presence.service(),
                             .now = [this] { return now; },
                             .backupRoot = root,
                             .home = home};
@@ -82,7 +72,7 @@ void WizardScene::launch() {
 
 void WizardScene::takeNotice() {
   EXPECT_EQ(QThread::currentThread(), QCoreApplication::instance()->thread());
-  EXPECT_FALSE(isSame(told_, state())) << "a change was told, but nothing has changed";
+  EXPECT_FALSE(told_ == state()) << "a change was told, but nothing has changed";
   if (told_.step != state().step) {
     EXPECT_TRUE(mayFollow(told_.step, state().step))
         << static_cast<int>(told_.step) << " to " << static_cast<int>(state().step);
@@ -93,7 +83,7 @@ void WizardScene::takeNotice() {
 }
 
 void WizardScene::checkNothingIsUntold() {
-  EXPECT_TRUE(watch_ == Watch::nothing || isSame(told_, state())) << "a change was not told";
+  EXPECT_TRUE(watch_ == Watch::nothing || told_ == state()) << "a change was not told";
 }
 
 fs::path WizardScene::addBackup(const fs::path& place, const Fixture::BackupContents& contents) const {
@@ -145,7 +135,7 @@ void WizardScene::takeUpEvents() {
 
 testing::AssertionResult WizardScene::choose(const fs::path& backup) {
   wizard().setBackup(backup);
-  return until([this] { return !state().isInspecting; }, "the end of the inspection");
+  return until([this] { return !state().isInspecting(); }, "the end of the inspection");
 }
 
 testing::AssertionResult WizardScene::reachOptions(const fs::path& backup) {
@@ -154,7 +144,8 @@ testing::AssertionResult WizardScene::reachOptions(const fs::path& backup) {
     wizard().setBackupPassword(QString::fromStdString(password));
   }
   wizard().continueToOptions();
-  if (const auto result = until([this] { return !state().isScanning; }, "the end of the scan"); !result) return result;
+  if (const auto result = until([this] { return !state().isScanning(); }, "the end of the scan"); !result)
+    return result;
   if (state().step != WizardStep::options) {
     return testing::AssertionFailure() << "not on the options step: " << state().errorMessage.value_or("no message");
   }
@@ -164,7 +155,7 @@ testing::AssertionResult WizardScene::reachOptions(const fs::path& backup) {
 testing::AssertionResult WizardScene::reachDone(const fs::path& backup) {
   if (const auto result = reachOptions(backup); !result) return result;
   wizard().startExport();
-  if (const auto result = until([this] { return !state().isExporting; }, "the end of the export"); !result) {
+  if (const auto result = until([this] { return !state().isExporting(); }, "the end of the export"); !result) {
     return result;
   }
   if (state().step == WizardStep::done) return testing::AssertionSuccess();

@@ -68,6 +68,7 @@ class WizardScene {
   FakePermissions permissions;
   FakeChooser chooser;
   FakeWorkspace workspace;
+  FakePresence presence;
   Date now = dateFromUnixTime(1'700'000'000);
   StringTable table;
   BackgroundWork work;
@@ -82,8 +83,5 @@ class WizardScene {
   std::vector<WizardStep> steps_;
   int changeCount_ = 0;
 };
-
-// Whether two states would be shown alike.
-bool isSame(const ExportState& one, const ExportState& other);
 
 }  // namespace WizardTest

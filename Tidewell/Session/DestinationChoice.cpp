@@ -1,0 +1,69 @@
+#include "Tidewell/Session/DestinationChoice.h"
+
+#include "TidewellCore/Export/DiskSpace.h"
+#include "TidewellCore/Export/ExportDestination.h"
+#include "TidewellCore/Platform/Files.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using Lane = BackgroundWork::Lane;
+
+}  // namespace
+
+void DestinationChoice::choose() {
+  const FolderRequest request{
+      .title = session_.translated("Choose where to save"),
+      .message = session_.translated(
+          "Chats and media will be saved here. Files that are already there with the same size are skipped."),
+      .confirmButton = session_.translated("Choose"),
+      .initialFolder = session_.state().destinationURL.value_or(session_.services().home / "Desktop"),
+      .canCreateFolders = true};
+  session_.chooseFolder(request, [this](const fs::path& folder) {
+    // A running or finished export keeps the folder that it was started with.
+    const ExportState& state = session_.state();
+    if (!state.isExporting() && state.step != WizardStep::done) set(folder);
+  });
+}
+
+void DestinationChoice::set(const fs::path& folder) {
+  const ExportSession::Batch batch(session_);
+  access_ = session_.startAccess(folder);
+  // What is free in one folder says nothing of another.
+  if (session_.state().destinationURL != folder) session_.set(&ExportState::availableBytes, std::nullopt);
+  session_.set(&ExportState::destinationURL, folder);
+  session_.set(&ExportState::summary, std::nullopt);
+  session_.rememberDestination(folder);
+  refreshFreeSpace();
+}
+
+// The folders are looked at on a worker, since the volume of one may be slow or gone.
+void DestinationChoice::restore() {
+  if (session_.state().destinationURL) return;
+  const std::optional<fs::path> bookmarked = session_.resolved(session_.preferences().lastDestinationBookmark);
+  session_.inBackground(
+      Lane::userInitiated,
+      [bookmarked, last = session_.preferences().lastDestinationPath, home = session_.services().home] {
+        const bool isThere = bookmarked && Files::isFolder(*bookmarked);
+        return isThere ? bookmarked : ExportDestination::resolvedDefault(last, home);
+      },
+      [this, access = session_.accessWhileLooking(bookmarked)](std::future<std::optional<fs::path>> folder) {
+        const std::optional<fs::path> found = folder.get();
+        if (found && !session_.state().destinationURL) set(*found);
+      });
+}
+
+void DestinationChoice::refreshFreeSpace() {
+  if (!session_.state().destinationURL) return session_.set(&ExportState::availableBytes, std::nullopt);
+  const fs::path asked = *session_.state().destinationURL;
+  session_.inBackground(
+      Lane::userInitiated, [asked] { return DiskSpace::availableBytes(asked); },
+      [this, asked](std::future<std::int64_t> bytes) {
+        if (session_.state().destinationURL != asked) return;
+        try {
+          session_.set(&ExportState::availableBytes, bytes.get());
+        } catch (const std::exception&) {
+          session_.set(&ExportState::availableBytes, std::nullopt);
+        }
+      });
+}
