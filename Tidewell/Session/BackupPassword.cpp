@@ -20,6 +20,18 @@ void takeLate(ExportSession& session, const Choice& choice, const Found& passwor
   if (!choice->isCancelled() && !session.state().hasEditedPassword) take(session, password);
 }
 
+// Nobody waits for it: a store is taken for granted until there turns out to be none.
+void lookForStore(ExportSession& session, const Choice& choice) {
+  session.inBackground(
+      BackgroundWork::Lane::inOrder,
+      [isAvailable = session.services().passwords.isAvailable, choice] {
+        return choice->isCancelled() || isAvailable();
+      },
+      [&session, choice](std::future<bool> isThere) {
+        if (!choice->isCancelled()) session.set(&ExportState::hasPasswordStore, isThere.get());
+      });
+}
+
 }  // namespace
 
 std::string BackupPassword::account(const ExportState& state) {
@@ -28,8 +40,8 @@ std::string BackupPassword::account(const ExportState& state) {
 }
 
 void BackupPassword::lookUp(ExportSession& session, const Choice& choice, const std::function<void()>& then) {
-  const PasswordAnswer late = session.posting(
-      std::function([&session, choice](Found password) { takeLate(session, choice, password); }));
+  const PasswordAnswer late =
+      session.posting(std::function([&session, choice](Found password) { takeLate(session, choice, password); }));
   session.inBackground(
       BackgroundWork::Lane::inOrder,
       [load = session.services().passwords.load, account = account(session.state()), choice, late] {
@@ -37,6 +49,7 @@ void BackupPassword::lookUp(ExportSession& session, const Choice& choice, const 
       },
       [&session, choice, then](std::future<Found> password) {
         if (!choice->isCancelled()) take(session, password.get());
+        lookForStore(session, choice);
         then();
       });
 }

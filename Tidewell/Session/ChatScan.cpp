@@ -51,13 +51,12 @@ void ChatScan::start(const std::function<void()>& then) {
     }
     return {.result = scan(backup, &passwords.back(), isCancelled), .password = passwords.back()};
   };
-  session_.inBackground(BackgroundWork::Lane::userInitiated, read,
-                        [this, run, then](std::future<Reading> reading) {
-                          // Another backup was chosen meanwhile.
-                          if (!session_.state().isRunning(run)) return;
-                          session_.set(&ExportState::work, Idle());
-                          if (!run->isCancelled()) take(std::move(reading), then);
-                        });
+  session_.inBackground(BackgroundWork::Lane::userInitiated, read, [this, run, then](std::future<Reading> reading) {
+    // Another backup was chosen meanwhile.
+    if (!session_.state().isRunning(run)) return;
+    session_.set(&ExportState::work, Idle());
+    if (!run->isCancelled()) take(std::move(reading), then);
+  });
 }
 
 void ChatScan::cancelUnlock() {

@@ -67,8 +67,8 @@ void ExportRun::run(const Then& failed) {
            .options = {.includedKinds = state.includedKinds, .exportTranscripts = state.exportTranscripts},
            .password = state.unlockedPassword,
            .style = session_.texts().transcriptStyle(),
-           .control = {.progress = session_.posting(
-                           std::function([this](ExportProgress progress) { takeProgress(progress); })),
+           .control = {.progress =
+                           session_.posting(std::function([this](ExportProgress progress) { takeProgress(progress); })),
                        .isCancelled = ExportSession::checkOf(run)}},
       [this, failed](std::future<ExportSummary> summary) { take(std::move(summary), failed); });
 }

@@ -52,6 +52,7 @@ struct ExportState {
   bool hasEditedPassword = false;                     // since the backup was chosen
   bool rememberBackupPassword = false;
   bool hasStoredPassword = false;
+  bool hasPasswordStore = true;                 // false when it is known that there is none
   bool focusBackupPassword = false;             // asks the screen to put the focus into the password field
   std::optional<SecretBytes> storedPassword;    // read from, or just written to, the password store
   std::optional<SecretBytes> unlockedPassword;  // has opened the chosen backup

@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <future>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -138,6 +139,34 @@ TEST_F(PasswordsInAKeyring, WaitsForAStoppedStoreNoLongerThanFiveSeconds) {
   EXPECT_LT(duration([&] { found = load("stopped"); }), seconds(2));
   EXPECT_EQ(found, "during");
 }
+
+TEST_F(PasswordsInAKeyring, WhatAStoreAnswersLateIsToldAllTheSame) {
+  save("kept", "late");
+  ASSERT_EQ(::kill(daemon_, SIGSTOP), 0);
+  std::promise<std::optional<SecretBytes>> late;
+  EXPECT_EQ(BackupPasswordStore::load("late", [&](auto password) { late.set_value(std::move(password)); }),
+            std::nullopt);
+  ASSERT_EQ(::kill(daemon_, SIGCONT), 0);
+  std::future<std::optional<SecretBytes>> answer = late.get_future();
+  ASSERT_EQ(answer.wait_for(seconds(10)), std::future_status::ready);
+  EXPECT_EQ(answer.get(), secret("kept"));
+}
+
+TEST_F(PasswordsInAKeyring, AnAnswerInTimeIsNotToldTwice) {
+  save("kept", "in time");
+  bool isTold = false;
+  EXPECT_EQ(BackupPasswordStore::load("in time", [&](const auto&) { isTold = true; }), secret("kept"));
+  load("nobody");  // goes through the same thread after it
+  EXPECT_FALSE(isTold);
+}
+
+TEST_F(PasswordsInAKeyring, IsThere) {
+  EXPECT_TRUE(BackupPasswordStore::isAvailable());
+  ASSERT_EQ(::kill(daemon_, SIGSTOP), 0);
+  EXPECT_TRUE(BackupPasswordStore::isAvailable()) << "it only takes its time";
+}
+
+TEST(PasswordsInNoStore, ThereIsNone) { EXPECT_FALSE(BackupPasswordStore::isAvailable()); }
 
 // Run by `with-passwords nothing` and `with-passwords bus`.
 TEST(PasswordsInNoStore, AreNeitherKeptNorWaitedFor) {

@@ -34,7 +34,7 @@ PasswordStore FakePasswordStore::service() {
                 const std::lock_guard guard(lock_);
                 content_.erase(account);
               },
-          .isAvailable = [] { return true; }};
+          .isAvailable = [this] { return isThere.load(); }};
 }
 
 void FakePasswordStore::note(const char* call, const std::string& account) {

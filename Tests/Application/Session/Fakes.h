@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <filesystem>
 #include <map>
@@ -28,6 +29,8 @@ class FakePasswordStore {
   // From now on reading finds nothing, until somebody unlocks the store: then what was asked for comes late.
   void lock();
   void unlock();
+
+  std::atomic<bool> isThere = true;
 
  private:
   std::optional<SecretBytes> found(const std::string& account) const;

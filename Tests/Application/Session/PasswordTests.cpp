@@ -247,6 +247,16 @@ TEST_F(PasswordTest, ThatIsFoundWhenTheWizardIsGoneHarmsNobody) {
   scene.takeUpEvents();
 }
 
+TEST_F(PasswordTest, TellsWhetherThereIsAStoreAtAll) {
+  EXPECT_TRUE(state.hasPasswordStore);
+  scene.passwords.isThere = false;
+  ASSERT_TRUE(scene.choose(backup));
+  ASSERT_TRUE(scene.until([&] { return !state.hasPasswordStore; }));
+  scene.passwords.isThere = true;
+  ASSERT_TRUE(scene.choose(backup));
+  ASSERT_TRUE(scene.until([&] { return state.hasPasswordStore; })) << "somebody started it meanwhile";
+}
+
 TEST_F(PasswordTest, NoneIsStoredForAPlainBackup) {
   wizard.setRememberBackupPassword(true);
   ASSERT_TRUE(scene.reachOptions(scene.addBackup("plain")));
