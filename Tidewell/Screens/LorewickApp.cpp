@@ -2,6 +2,7 @@
 
 #include <chrono>
 
+#include "Tidewell/Screens/DesktopPresence.h"
 #include "Tidewell/Screens/DesktopWorkspace.h"
 
 LorewickApp::LorewickApp(ExportViewModel::Setup setup)
@@ -21,6 +22,7 @@ ExportViewModel::Setup LorewickApp::completed(ExportViewModel::Setup setup, Fold
   if (!services.workspace.openURL) services.workspace.openURL = desktop.openURL;
   if (!services.workspace.openFile) services.workspace.openFile = desktop.openFile;
   if (!services.workspace.revealInFinder) services.workspace.revealInFinder = desktop.revealInFinder;
+  if (!services.presence.notify) services.presence = DesktopPresence::make();
   if (!services.now) services.now = [] { return Date(std::chrono::system_clock::now()); };
   return setup;
 }

@@ -14,7 +14,7 @@
 // QGuiApplication, and goes in the opposite order: window, controller, workers.
 class LorewickApp {
  public:
-  // What `setup.services` leaves out of chooser, workspace and clock is the desktop's own.
+  // What `setup.services` leaves out of chooser, workspace, presence and clock is the desktop's own.
   explicit LorewickApp(ExportViewModel::Setup setup);
 
   ExportViewModel& controller() { return controller_; }

@@ -22,9 +22,3 @@ FolderPermissions FolderPermissions::none() {
           .startAccess = [](const std::filesystem::path&) { return false; },
           .stopAccess = [](const std::filesystem::path&) {}};
 }
-
-DesktopPresence DesktopPresence::none() {
-  return {.keepAwake = [](const std::string&) { return nullptr; },
-          .isWindowInFront = [] { return true; },
-          .notify = [](const std::string&, const std::string&) {}};
-}

@@ -68,14 +68,11 @@ struct Workspace {
 };
 
 // What the desktop does for work that goes on while nobody looks.
-struct DesktopPresence {
+struct Presence {
   // Keeps the machine from falling asleep until what it returns is gone.
   std::function<std::shared_ptr<void>(const std::string& reason)> keepAwake;
   std::function<bool()> isWindowInFront;
   std::function<void(const std::string& title, const std::string& text)> notify;
-
-  // Of a desktop that does nothing, before somebody who looks.
-  static DesktopPresence none();
 };
 
 // Everything that the wizard needs from outside. All but `passwords` is called on the interface thread.
@@ -85,7 +82,7 @@ struct PlatformServices {
   Workspace workspace;
   PasswordStore passwords = PasswordStore::system();
   FolderPermissions permissions = FolderPermissions::none();
-  DesktopPresence presence = DesktopPresence::none();
+  Presence presence;
   std::function<Date()> now;
   std::filesystem::path backupRoot = DefaultPaths::mobileSyncBackup();
   std::filesystem::path home = DefaultPaths::home();

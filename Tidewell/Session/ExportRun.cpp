@@ -101,7 +101,7 @@ void ExportRun::take(std::future<ExportSummary> future, const Then& failed) {
 }
 
 void ExportRun::tellWhoIsAway(const std::string& title, const std::string& text) const {
-  const DesktopPresence& presence = session_.services().presence;
+  const Presence& presence = session_.services().presence;
   const auto elapsed = session_.services().now() - *session_.state().exportStartedAt;
   if (elapsed > longExport && !presence.isWindowInFront()) presence.notify(title, text);
 }

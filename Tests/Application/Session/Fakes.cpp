@@ -146,7 +146,7 @@ Workspace FakeWorkspace::service() {
               }};
 }
 
-DesktopPresence FakePresence::service() {
+Presence FakePresence::service() {
   return {
       .keepAwake =
           [this](const std::string& reason) {

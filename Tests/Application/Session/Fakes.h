@@ -93,7 +93,7 @@ class FakeWorkspace {
 
 class FakePresence {
  public:
-  DesktopPresence service();
+  Presence service();
 
   bool isInFront = false;
   std::vector<std::string> reasons;
