@@ -9,7 +9,6 @@
 
 #include "TidewellCLI/HumanText.h"
 #include "TidewellCLI/Output.h"
-#include "TidewellCore/Export/ExportTiming.h"
 
 namespace {
 
@@ -46,6 +45,8 @@ std::size_t terminalWidth() {
   return isKnown ? size.ws_col : usual;
 }
 
+PhaseClock::Seconds now() { return std::chrono::steady_clock::now().time_since_epoch(); }
+
 std::string bar(double fraction) {
   constexpr std::size_t width = 20;
   const auto filled = static_cast<std::size_t>(fraction * static_cast<double>(width));
@@ -61,10 +62,8 @@ ProgressDisplay::~ProgressDisplay() { clear(); }
 void ProgressDisplay::show(const ExportProgress& progress) {
   if (!isShown_) return;
   const bool isNewPhase = phase_ != progress.phase;
-  if (isNewPhase) {
-    phase_ = progress.phase;
-    phaseStart_ = std::chrono::steady_clock::now();
-  }
+  phase_ = progress.phase;
+  clock_.take(progress, now());
   if (isTerminal_) {
     // A terminal that wraps a line cannot redraw it.
     printError("\r\033[K" + HumanText::fitted(line(progress), terminalWidth() - 1));
@@ -83,10 +82,7 @@ std::string ProgressDisplay::line(const ExportProgress& progress) const {
   std::string text = title(progress.phase);
   if (progress.phase != Phase::copyingMedia && progress.phase != Phase::writingTranscripts) return text;
   text += fmt::format(" {} {} of {}", bar(progress.fraction()), progress.completed, progress.total);
-  const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - phaseStart_;
-  if (const auto seconds = ExportTiming::remaining(elapsed.count(), progress.completed, progress.total)) {
-    text += " · " + ExportTiming::formatRemaining(*seconds);
-  }
+  if (const auto time = clock_.timeLeft(now())) text += " · " + ExportTiming::format(*time);
   if (!progress.currentFileName.empty()) text += " · " + HumanText::safe(progress.currentFileName);
   return text;
 }
