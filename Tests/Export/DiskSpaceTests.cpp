@@ -28,6 +28,19 @@ TEST(DiskSpace, RoundsTheProductOfDoublesUpToWholeBytes) {
   EXPECT_TRUE(DiskSpace::hasEnoughSpace(100, 111, 1.1));
 }
 
+TEST(DiskSpace, AnExportNeedsThreePercentMoreThanItsBytes) {
+  EXPECT_TRUE(DiskSpace::fitsExport(100, 103));
+  EXPECT_FALSE(DiskSpace::fitsExport(100, 102));
+  EXPECT_TRUE(DiskSpace::fitsExport(0, 0));
+  EXPECT_TRUE(DiskSpace::fitsExport(-1, -1));
+}
+
+TEST(DiskSpace, AnExportBeyondEveryVolumeDoesNotFit) {
+  constexpr std::int64_t largest = std::numeric_limits<std::int64_t>::max();
+  EXPECT_FALSE(DiskSpace::fitsExport(largest, 1'000'000'000'000));
+  EXPECT_FALSE(DiskSpace::fitsExport(largest, largest));
+}
+
 TEST(DiskSpaceDeathTest, StopsTheProgramWhenTheProductIsBeyond64Bits) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   constexpr std::int64_t largest = std::numeric_limits<std::int64_t>::max();

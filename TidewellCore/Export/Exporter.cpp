@@ -106,10 +106,7 @@ ExportPlan makePlan(const ExportJob& job, const Reading& reading, const fs::path
 }
 
 void requireSpace(std::int64_t needed, const fs::path& contentRoot) {
-  constexpr double margin = 1.03;
-  const std::int64_t available = DiskSpace::availableBytes(contentRoot);
-  // The first comparison keeps sizes that no volume could hold from the second.
-  if (needed <= available && DiskSpace::hasEnoughSpace(needed, available, margin)) return;
+  if (DiskSpace::fitsExport(needed, DiskSpace::availableBytes(contentRoot))) return;
   throw TidewellError::ioFailure("Not enough free space — choose another folder");
 }
 
