@@ -14,24 +14,6 @@ namespace {
 
 using Phase = ExportProgress::Phase;
 
-const char* title(Phase phase) {
-  switch (phase) {
-    case Phase::preparing:
-      return "Preparing…";
-    case Phase::unlocking:
-      return "Unlocking backup…";
-    case Phase::readingChats:
-      return "Reading chats…";
-    case Phase::copyingMedia:
-      return "Copying media";
-    case Phase::writingTranscripts:
-      return "Writing transcripts";
-    case Phase::finished:
-      return "Finished";
-  }
-  return "";
-}
-
 // A terminal that knows how to erase a line.
 bool canRedraw() {
   const char* kind = std::getenv("TERM");
@@ -69,7 +51,7 @@ void ProgressDisplay::show(const ExportProgress& progress) {
     printError("\r\033[K" + HumanText::fitted(line(progress), terminalWidth() - 1));
     isDrawn_ = true;
   } else if (isNewPhase) {
-    printErrorLine(title(progress.phase));
+    printErrorLine(ExportProgress::title(progress.phase));
   }
 }
 
@@ -79,7 +61,7 @@ void ProgressDisplay::clear() {
 }
 
 std::string ProgressDisplay::line(const ExportProgress& progress) const {
-  std::string text = title(progress.phase);
+  std::string text(ExportProgress::title(progress.phase));
   if (progress.phase != Phase::copyingMedia && progress.phase != Phase::writingTranscripts) return text;
   text += fmt::format(" {} {} of {}", bar(progress.fraction()), progress.completed, progress.total);
   if (const auto time = clock_.timeLeft(now())) text += " · " + ExportTiming::format(*time);

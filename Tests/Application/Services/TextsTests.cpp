@@ -7,6 +7,7 @@
 
 #include "Tests/Application/Services/SourceTexts.h"
 #include "Tidewell/Services/ResourceBundle.h"
+#include "TidewellCore/ExportProgress.h"
 
 namespace {
 
@@ -62,6 +63,14 @@ TEST(Texts, EveryTextThatIsLookedUpHasAKey) {
   const auto english = readTable(bundle / "en.json");
   for (const std::string& text : textsOf({"Tidewell"}).lookedUp) {
     EXPECT_TRUE(english.contains(text)) << "en.json lacks: " << text;
+  }
+}
+
+// They are looked up by a name, so nobody finds them where that happens.
+TEST(Texts, EveryPhaseOfARunHasAKey) {
+  const auto english = readTable(bundle / "en.json");
+  for (const auto& [phase, name] : rawValueTable(ExportProgress::Phase{})) {
+    EXPECT_TRUE(english.contains(std::string(ExportProgress::title(phase)))) << name;
   }
 }
 
