@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "Tests/Export/ExportScene.h"
+#include "Tests/Support/SmallVolume.h"
 #include "Tests/Support/TemporaryDirectory.h"
 
 namespace {
@@ -49,7 +50,7 @@ TEST(DiskSpaceDeathTest, StopsTheProgramWhenTheProductIsBeyond64Bits) {
 
 TEST(DiskSpace, AsksTheNearestFolderThatExists) {
   const Fixture::TemporaryDirectory folder;
-  const ExportTest::SmallVolume volume(folder / "volume", 1 << 20);
+  const Fixture::SmallVolume volume(folder / "volume", 1 << 20);
   if (!volume.isMounted()) GTEST_SKIP() << "This user cannot mount a volume.";
   EXPECT_EQ(DiskSpace::availableBytes(folder / "volume"), 1 << 20);
   EXPECT_EQ(DiskSpace::availableBytes(folder / "volume/not/yet/made"), 1 << 20);

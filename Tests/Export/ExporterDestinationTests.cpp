@@ -8,6 +8,7 @@
 
 #include "Tests/Export/ExportScene.h"
 #include "Tests/Support/Failures.h"
+#include "Tests/Support/SmallVolume.h"
 #include "Tests/Support/TemporaryDirectory.h"
 #include "TidewellCore/TidewellError.h"
 
@@ -18,7 +19,7 @@ namespace fs = std::filesystem;
 using ExportTest::filesBelow;
 using ExportTest::Scene;
 using ExportTest::smallBackup;
-using ExportTest::SmallVolume;
+using Fixture::SmallVolume;
 
 const ExportOptions everything = ExportOptions::defaultOptions();
 
