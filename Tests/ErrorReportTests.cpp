@@ -5,10 +5,13 @@
 #include <filesystem>
 #include <new>
 
+#include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PropertyList.h"
 #include "TidewellCore/TidewellError.h"
 
 namespace {
+
+namespace fs = std::filesystem;
 
 TEST(ErrorReport, ShowsTheCoresOwnErrors) {
   EXPECT_EQ(ErrorReport::of(TidewellError::destinationNotWritable("/out")),
@@ -24,9 +27,44 @@ TEST(ErrorReport, ShowsWhatTheFileSystemSaysWithItsPath) {
                                                 std::make_error_code(std::errc::permission_denied));
   const ErrorReport report = ErrorReport::of(error);
   EXPECT_EQ(report.caseName, "ioFailure");
-  EXPECT_THAT(report.errorDescription, testing::StartsWith("Could not open the file"));
-  EXPECT_THAT(report.errorDescription, testing::HasSubstr("/x/a.jpg"));
+  EXPECT_EQ(report.errorDescription, "Could not open the file “/x/a.jpg”: permission is missing.");
   EXPECT_EQ(report.recoverySuggestion, std::nullopt);
+}
+
+std::string descriptionOf(const char* attempt, const fs::path& path1, const fs::path& path2, std::errc code) {
+  return ErrorReport::of(fs::filesystem_error(attempt, path1, path2, std::make_error_code(code))).errorDescription;
+}
+
+TEST(ErrorReport, NamesNoWorkingFile) {
+  using enum std::errc;
+  const fs::path hidden = fs::path("/x/Ana") / Files::partialName();
+  EXPECT_EQ(descriptionOf("Could not write the file", hidden, {}, no_space_on_device),
+            "Could not write the file in “/x/Ana”: the disk is full.");
+  EXPECT_EQ(descriptionOf("cannot rename", hidden, "/x/Ana/a.jpg", read_only_file_system),
+            "Could not rename “/x/Ana/a.jpg”: the disk can only be read.");
+}
+
+TEST(ErrorReport, NamesNoFunctionOfTheStandardLibrary) {
+  using enum std::errc;
+  EXPECT_EQ(descriptionOf("symlink_status", "/x", {}, io_error), "Could not use “/x”: the disk reports an error.");
+  EXPECT_EQ(descriptionOf("cannot create directories", "/x/y", {}, permission_denied),
+            "Could not create the folder “/x/y”: permission is missing.");
+  EXPECT_EQ(descriptionOf("directory iterator cannot open directory", "/x", {}, no_such_file_or_directory),
+            "Could not read the folder “/x”: it is not there.");
+}
+
+TEST(ErrorReport, LeavesACauseThatIsToldAlready) {
+  EXPECT_EQ(descriptionOf("This is not a regular file", "/x/a", {}, std::errc::invalid_argument),
+            "This is not a regular file: “/x/a”.");
+}
+
+TEST(ErrorReport, ShowsWhatTheStandardLibraryReallyThrows) {
+  try {
+    fs::rename("/nowhere/a", "/nowhere/b");
+    FAIL() << "nothing was thrown";
+  } catch (const std::exception& error) {
+    EXPECT_EQ(ErrorReport::of(error).errorDescription, "Could not rename “/nowhere/a”: it is not there.");
+  }
 }
 
 TEST(ErrorReport, ShowsWhatAPropertyListSays) {

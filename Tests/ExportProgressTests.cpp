@@ -60,6 +60,15 @@ TEST(ExportProgress, PhasesAreDeclaredInTheOrderOfARun) {
   EXPECT_EQ(rawValueTable(Phase{}).size(), allPhases.size());
 }
 
+TEST(ExportProgress, PhasesSayWhatIsGoingOn) {
+  EXPECT_EQ(ExportProgress::title(Phase::preparing), "Preparing…");
+  EXPECT_EQ(ExportProgress::title(Phase::unlocking), "Unlocking backup…");
+  EXPECT_EQ(ExportProgress::title(Phase::readingChats), "Reading chats…");
+  EXPECT_EQ(ExportProgress::title(Phase::copyingMedia), "Copying media");
+  EXPECT_EQ(ExportProgress::title(Phase::writingTranscripts), "Writing transcripts");
+  EXPECT_EQ(ExportProgress::title(Phase::finished), "Finished");
+}
+
 TEST(ExportProgress, EqualsByEveryField) {
   const ExportProgress progress{.phase = Phase::copyingMedia, .currentFileName = "a.jpg", .completed = 1, .total = 2};
   EXPECT_EQ(progress, ExportProgress(progress));

@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <ranges>
 
 #include "TidewellCLI/Commands.h"
 #include "TidewellCLI/HumanText.h"
@@ -46,6 +47,16 @@ Locale parseLocale(const std::string& identifier) {
   throw CLI::ValidationError("--locale", "unknown locale \"" + identifier + "\"");
 }
 
+void printFailures(const std::vector<CopyFailure>& failures) {
+  constexpr std::size_t shown = 10;
+  for (const CopyFailure& failure : failures | std::views::take(shown)) {
+    printLine(fmt::format("{} — {}: {}", HumanText::safe(failure.name), HumanText::safe(failure.chat),
+                          CopyFailures::words(failure.reason).sentence));
+  }
+  if (failures.size() <= shown) return;
+  printLine(fmt::format("{} more failed; --json lists all of them.", failures.size() - shown));
+}
+
 void print(const ExportSummary& summary) {
   printLine("Export finished");
   printLine("Saved to " + PathText::text(summary.destination));
@@ -55,6 +66,8 @@ void print(const ExportSummary& summary) {
     counts += fmt::format(" · {} archive links missing files", summary.unresolvedArchiveLinkCount);
   }
   printLine(counts);
+  printFailures(summary.failures);
+  for (const std::string& warning : summary.warnings) printLine(HumanText::safe(warning));
   if (summary.archiveIndexURL) printLine("To read the chats, open " + PathText::text(*summary.archiveIndexURL));
 }
 

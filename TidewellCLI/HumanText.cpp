@@ -3,9 +3,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 
 #include "TidewellCore/Platform/Text.h"
+#include "TidewellCore/ReadableSize.h"
 
 namespace {
 
@@ -27,14 +27,8 @@ std::string line(const std::vector<HumanText::Column>& columns, const std::vecto
 }  // namespace
 
 std::string HumanText::size(std::int64_t bytes) {
-  constexpr std::array<const char*, 6> units{"kB", "MB", "GB", "TB", "PB", "EB"};
-  constexpr double step = 1000;
-  if (bytes < 1000) return counted(bytes, "byte");
-  double amount = static_cast<double>(bytes) / step;
-  std::size_t unit = 0;
-  // 999.95 would be written as 1000.0.
-  for (; amount >= 999.95 && unit + 1 < units.size(); ++unit) amount /= step;
-  return fmt::format("{:.1f} {}", amount, units[unit]);
+  const auto [amount, decimals, unit] = ReadableSize::of(bytes);
+  return fmt::format("{:.{}f} {}", amount, decimals, unit);
 }
 
 std::string HumanText::counted(std::int64_t count, std::string_view thing) {

@@ -39,6 +39,11 @@ Json json(const DedupePair& pair) {
   return object;
 }
 
+Json json(const CopyFailure& failure) {
+  return Json::Object{
+      {"name", failure.name}, {"chat", failure.chat}, {"reason", CopyFailures::words(failure.reason).sentence}};
+}
+
 }  // namespace
 
 Json JsonRecords::json(const BackupLibrarySnapshot& snapshot) {
@@ -65,6 +70,8 @@ Json JsonRecords::json(const ScanResult& result) {
 }
 
 Json JsonRecords::json(const ExportSummary& summary) {
+  Json::Array failures;
+  for (const CopyFailure& failure : summary.failures) failures.push_back(::json(failure));
   Json::Object object{{"copiedCount", summary.copiedCount},
                       {"skippedExistingCount", summary.skippedExistingCount},
                       {"transcriptCount", summary.transcriptCount},
@@ -72,7 +79,9 @@ Json JsonRecords::json(const ExportSummary& summary) {
                       {"totalBytesCopied", summary.totalBytesCopied},
                       {"destination", PathText::text(summary.destination)},
                       {"chatFolderCount", summary.chatFolderCount},
-                      {"unresolvedArchiveLinkCount", summary.unresolvedArchiveLinkCount}};
+                      {"unresolvedArchiveLinkCount", summary.unresolvedArchiveLinkCount},
+                      {"failures", std::move(failures)},
+                      {"warnings", Json::Array(summary.warnings.begin(), summary.warnings.end())}};
   if (summary.archiveIndexURL) object.emplace("archiveIndexURL", PathText::text(*summary.archiveIndexURL));
   return object;
 }

@@ -9,29 +9,10 @@
 
 #include "TidewellCLI/HumanText.h"
 #include "TidewellCLI/Output.h"
-#include "TidewellCore/Export/ExportTiming.h"
 
 namespace {
 
 using Phase = ExportProgress::Phase;
-
-const char* title(Phase phase) {
-  switch (phase) {
-    case Phase::preparing:
-      return "Preparing…";
-    case Phase::unlocking:
-      return "Unlocking backup…";
-    case Phase::readingChats:
-      return "Reading chats…";
-    case Phase::copyingMedia:
-      return "Copying media";
-    case Phase::writingTranscripts:
-      return "Writing transcripts";
-    case Phase::finished:
-      return "Finished";
-  }
-  return "";
-}
 
 // A terminal that knows how to erase a line.
 bool canRedraw() {
@@ -45,6 +26,8 @@ std::size_t terminalWidth() {
   const bool isKnown = ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
   return isKnown ? size.ws_col : usual;
 }
+
+PhaseClock::Seconds now() { return std::chrono::steady_clock::now().time_since_epoch(); }
 
 std::string bar(double fraction) {
   constexpr std::size_t width = 20;
@@ -61,16 +44,14 @@ ProgressDisplay::~ProgressDisplay() { clear(); }
 void ProgressDisplay::show(const ExportProgress& progress) {
   if (!isShown_) return;
   const bool isNewPhase = phase_ != progress.phase;
-  if (isNewPhase) {
-    phase_ = progress.phase;
-    phaseStart_ = std::chrono::steady_clock::now();
-  }
+  phase_ = progress.phase;
+  clock_.take(progress, now());
   if (isTerminal_) {
     // A terminal that wraps a line cannot redraw it.
     printError("\r\033[K" + HumanText::fitted(line(progress), terminalWidth() - 1));
     isDrawn_ = true;
   } else if (isNewPhase) {
-    printErrorLine(title(progress.phase));
+    printErrorLine(ExportProgress::title(progress.phase));
   }
 }
 
@@ -80,13 +61,10 @@ void ProgressDisplay::clear() {
 }
 
 std::string ProgressDisplay::line(const ExportProgress& progress) const {
-  std::string text = title(progress.phase);
+  std::string text(ExportProgress::title(progress.phase));
   if (progress.phase != Phase::copyingMedia && progress.phase != Phase::writingTranscripts) return text;
   text += fmt::format(" {} {} of {}", bar(progress.fraction()), progress.completed, progress.total);
-  const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - phaseStart_;
-  if (const auto seconds = ExportTiming::remaining(elapsed.count(), progress.completed, progress.total)) {
-    text += " · " + ExportTiming::formatRemaining(*seconds);
-  }
+  if (const auto time = clock_.timeLeft(now())) text += " · " + ExportTiming::format(*time);
   if (!progress.currentFileName.empty()) text += " · " + HumanText::safe(progress.currentFileName);
   return text;
 }

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <chrono>
 #include <optional>
 #include <string>
 
+#include "TidewellCore/Export/PhaseClock.h"
 #include "TidewellCore/ExportProgress.h"
 
 // Shows how far an export has come on standard error: one line that redraws in
@@ -26,5 +26,5 @@ class ProgressDisplay {
   bool isTerminal_;
   bool isDrawn_ = false;
   std::optional<ExportProgress::Phase> phase_;
-  std::chrono::steady_clock::time_point phaseStart_{};
+  PhaseClock clock_;
 };

@@ -1,20 +1,84 @@
 #include "TidewellCore/ErrorReport.h"
 
+#include <fmt/format.h>
+
+#include <array>
+#include <cerrno>
+#include <filesystem>
 #include <new>
 #include <string_view>
+#include <utility>
 
+#include "TidewellCore/Platform/Files.h"
+#include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/TidewellError.h"
 
 namespace {
 
+namespace fs = std::filesystem;
+
 constexpr const char* passedOn = "ioFailure";
 
-// The standard library's text without what only programmers read.
-std::string plainText(const std::exception& error) {
+// What the core says was tried; for the standard library, which names its own
+// functions there, by how its text begins.
+std::string attemptOf(const fs::filesystem_error& error) {
   constexpr std::string_view prefix = "filesystem error: ";
+  constexpr std::array<std::pair<std::string_view, const char*>, 4> functions{
+      {{"cannot create director", "Could not create the folder"},
+       {"cannot rename", "Could not rename"},
+       {"cannot remove", "Could not remove"},
+       {"directory iterator", "Could not read the folder"}}};
   std::string_view text = error.what();
   if (text.starts_with(prefix)) text.remove_prefix(prefix.size());
-  return std::string(text);
+  for (const auto& [beginning, attempt] : functions) {
+    if (text.starts_with(beginning)) return attempt;
+  }
+  const bool isOurs = !text.empty() && text.front() >= 'A' && text.front() <= 'Z';
+  return isOurs ? std::string(text.substr(0, text.find(": "))) : "Could not use";
+}
+
+bool isWorkingFile(const fs::path& path) { return PathText::text(path.filename()).starts_with(Files::partialPrefix); }
+
+// A working file has a name that nobody knows; where it stands says more.
+std::string placeOf(const fs::filesystem_error& error) {
+  const fs::path& path = isWorkingFile(error.path1()) && !error.path2().empty() ? error.path2() : error.path1();
+  if (path.empty()) return {};
+  return isWorkingFile(path) ? fmt::format(" in “{}”", PathText::text(path.parent_path()))
+                             : fmt::format(" “{}”", PathText::text(path));
+}
+
+std::string causeOf(const std::error_code& code) {
+  switch (code.value()) {
+    case EACCES:
+    case EPERM:
+      return "permission is missing";
+    case ENOENT:
+      return "it is not there";
+    case ENOSPC:
+    case EDQUOT:
+      return "the disk is full";
+    case EROFS:
+      return "the disk can only be read";
+    case EIO:
+      return "the disk reports an error";
+    case ENAMETOOLONG:
+      return "the name is too long for the disk";
+    default:
+      return code.message();
+  }
+}
+
+// Ours either begin so and leave the cause to the system, or tell it themselves.
+std::string sentenceOf(const fs::filesystem_error& error) {
+  const std::string attempt = attemptOf(error);
+  if (!attempt.starts_with("Could not")) return fmt::format("{}:{}.", attempt, placeOf(error));
+  return fmt::format("{}{}: {}.", attempt, placeOf(error), causeOf(error.code()));
+}
+
+std::string descriptionOf(const std::exception& error) {
+  if (const auto* failure = dynamic_cast<const fs::filesystem_error*>(&error)) return sentenceOf(*failure);
+  if (dynamic_cast<const std::bad_alloc*>(&error) != nullptr) return "This computer has not enough free memory.";
+  return error.what();
 }
 
 }  // namespace
@@ -25,8 +89,5 @@ ErrorReport ErrorReport::of(const std::exception& error) {
             .errorDescription = known->errorDescription(),
             .recoverySuggestion = known->recoverySuggestion()};
   }
-  if (dynamic_cast<const std::bad_alloc*>(&error) != nullptr) {
-    return {.caseName = passedOn, .errorDescription = "This computer has not enough free memory."};
-  }
-  return {.caseName = passedOn, .errorDescription = plainText(error)};
+  return {.caseName = passedOn, .errorDescription = descriptionOf(error)};
 }

@@ -7,3 +7,21 @@ double ExportProgress::fraction() const {
 bool ExportProgress::isIndeterminate() const {
   return phase == Phase::preparing || phase == Phase::unlocking || phase == Phase::readingChats;
 }
+
+std::string_view ExportProgress::title(Phase phase) {
+  switch (phase) {
+    case Phase::preparing:
+      return "Preparing…";
+    case Phase::unlocking:
+      return "Unlocking backup…";
+    case Phase::readingChats:
+      return "Reading chats…";
+    case Phase::copyingMedia:
+      return "Copying media";
+    case Phase::writingTranscripts:
+      return "Writing transcripts";
+    case Phase::finished:
+      return "Finished";
+  }
+  return {};
+}

@@ -23,6 +23,8 @@ struct ExportProgress {
   double fraction() const;
   // Whether the phase cannot tell its amount of work.
   bool isIndeterminate() const;
+  // What people read while a phase lasts.
+  static std::string_view title(Phase phase);
 
   bool operator==(const ExportProgress&) const = default;
 };

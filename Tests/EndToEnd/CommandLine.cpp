@@ -141,6 +141,11 @@ Finished CommandLine::run(const std::vector<std::string>& arguments, const std::
 }
 
 Finished CommandLine::interrupt(const std::vector<std::string>& arguments, const std::string& text, int signal) const {
+  return runAnd(arguments, text, [signal](pid_t child) { ::kill(child, signal); });
+}
+
+Finished CommandLine::runAnd(const std::vector<std::string>& arguments, const std::string& text,
+                             const std::function<void(pid_t)>& action) const {
   const Pipe output, errors;
   const pid_t child = ::fork();
   if (child == 0) {
@@ -149,11 +154,11 @@ Finished CommandLine::interrupt(const std::vector<std::string>& arguments, const
     ::dup2(errors.writeEnd, STDERR_FILENO);
     become(arguments);
   }
-  bool isSent = false;
+  bool isDone = false;
   return collect(child, output, errors, [&](Finished& finished) {
-    if (isSent || finished.errors.find(text) == std::string::npos) return;
-    isSent = true;
-    ::kill(child, signal);
+    if (isDone || finished.errors.find(text) == std::string::npos) return;
+    isDone = true;
+    action(child);
   });
 }
 

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -25,7 +28,10 @@ class CommandLine {
 
   // `input` is all that standard input holds.
   Finished run(const std::vector<std::string>& arguments, const std::string& input = {}) const;
-  // Sends `signal` when the program's errors hold `text`.
+  // Calls `action` with the program's process when its errors hold `text`.
+  Finished runAnd(const std::vector<std::string>& arguments, const std::string& text,
+                  const std::function<void(pid_t)>& action) const;
+  // Sends `signal` then.
   Finished interrupt(const std::vector<std::string>& arguments, const std::string& text, int signal) const;
   // Sends `signal` when the program has come to wait for something.
   Finished interruptWaiting(const std::vector<std::string>& arguments, int signal) const;

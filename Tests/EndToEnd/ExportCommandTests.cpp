@@ -8,6 +8,7 @@
 #include "Tests/EndToEnd/CommandLine.h"
 #include "Tests/Support/BackupBuilder.h"
 #include "Tests/Support/SampleConversations.h"
+#include "Tests/Support/SmallVolume.h"
 
 using testing::HasSubstr;
 using testing::Not;
@@ -40,6 +41,13 @@ std::vector<std::string> filesIn(const fs::path& folder) {
   for (const auto& entry : fs::directory_iterator(folder)) names.push_back(entry.path().filename());
   std::ranges::sort(names);
   return names;
+}
+
+// The digest of every file, by its path.
+std::map<std::string, std::string> contentsOf(const fs::path& folder) {
+  std::map<std::string, std::string> digests;
+  for (const auto& [path, entry] : Fixture::treeSnapshot(folder)) digests[path] = entry.sha1;
+  return digests;
 }
 
 TEST(ExportCommand, LeavesEachChatsFilesInAFolderNamedAfterIt) {
@@ -104,7 +112,77 @@ TEST(ExportCommand, EndsWithThreeWhenACopyFailed) {
   const Finished finished = commandLine.run({"export", "device", "saved"});
   EXPECT_EQ(finished.exitCode, 3);
   EXPECT_THAT(finished.output,
-              HasSubstr("1 copied · 0 already present · 2 transcripts · 1 failed · 1 archive links missing files\n"));
+              HasSubstr("1 copied · 0 already present · 2 transcripts · 1 failed · 1 archive links missing files\n"
+                        "2023-03-08_202640_ab-photo.jpg — Ana: It is missing from the backup.\n"
+                        "To read the chats, open "));
+}
+
+TEST(ExportCommand, ListsTheFirstFailuresAndAllOfThemAsJson) {
+  const CommandLine commandLine;
+  Fixture::BackupContents contents{.whatsApp = {.chats = {{.jid = ana, .name = "A\x1B[2Jna"}}}};
+  for (int i = 10; i < 22; ++i) {
+    contents.whatsApp.mediaFiles.push_back({.localPath = Fixture::mediaPath(ana, "ab" + std::to_string(i), "jpg"),
+                                            .content = Fixture::Bytes(10, 7),
+                                            .storage = {.missing = true}});
+  }
+  Fixture::writeBackup(contents, commandLine / "device");
+  const std::string output = commandLine.run({"export", "device", "saved"}).output;
+  EXPECT_THAT(output, HasSubstr("undated_ab19.jpg — A\uFFFD[2Jna: It is missing from the backup.\n"
+                                "2 more failed; --json lists all of them.\n"));
+  EXPECT_THAT(output, Not(HasSubstr("ab20")));
+
+  const Finished finished = commandLine.run({"export", "device", "saved", "--json"});
+  EXPECT_EQ(finished.exitCode, 3);
+  const Json::Object record = finished.json();
+  EXPECT_EQ(*record.at("failedCount").as<std::int64_t>(), 12);
+  EXPECT_TRUE(record.at("warnings").as<Json::Array>()->empty());
+  const Json::Array& failures = *record.at("failures").as<Json::Array>();
+  ASSERT_EQ(failures.size(), 12U);
+  EXPECT_EQ(failures[11].write(),
+            R"({"chat":"A\u001b[2Jna","name":"undated_ab21.jpg","reason":"It is missing from the backup."})");
+}
+
+TEST(ExportCommand, EndsWhenTheDiskIsFull) {
+  const CommandLine commandLine;
+  Fixture::BackupContents contents = twoFiles();
+  // One byte more than a page takes two.
+  for (auto& file : contents.whatsApp.mediaFiles) file.content = Fixture::Bytes(4097, 7);
+  Fixture::writeBackup(contents, commandLine / "device");
+  const Fixture::SmallVolume volume(commandLine / "saved", 4 * 4096);
+  if (!volume.isMounted()) GTEST_SKIP() << "This user cannot mount a volume.";
+  const Finished finished = commandLine.run({"export", "device", "saved"});
+  EXPECT_EQ(finished.exitCode, 1);
+  EXPECT_THAT(finished.errors, HasSubstr("\nThe disk is full. Free some space or choose another folder, then export "
+                                         "again. What was copied so far is kept.\n"));
+  EXPECT_THAT(finished.errors, Not(HasSubstr(".tidewell")));
+  EXPECT_THAT(filesIn(commandLine / "saved/messages/Ana"), testing::SizeIs(1));
+}
+
+TEST(ExportCommand, EndsWhenTheBackupIsTakenAway) {
+  const CommandLine commandLine;
+  Fixture::BackupContents contents = twoFiles();
+  for (int i = 0; i < 600; ++i) {
+    contents.whatsApp.mediaFiles.push_back(
+        {.localPath = Fixture::mediaPath(ana, "ab" + std::to_string(i), "jpg"), .content = Fixture::Bytes(1000, 9)});
+  }
+  Fixture::writeBackup(contents, commandLine / "device");
+  const Finished finished = commandLine.runAnd({"export", "device", "saved", "--json"}, "Copying media", [&](pid_t) {
+    fs::rename(commandLine / "device", commandLine / "taken");
+  });
+  EXPECT_EQ(finished.exitCode, 1);
+  const Json::Object object = finished.json();
+  const Json::Object& error = *object.at("error").as<Json::Object>();
+  EXPECT_EQ(*error.at("case").as<std::string>(), "ioFailure");
+  EXPECT_EQ(*error.at("errorDescription").as<std::string>(),
+            "The backup was moved or removed. Put it back or connect its disk again, then export again. What was "
+            "copied so far is kept.");
+  EXPECT_TRUE(commandLine.temporaryFiles().empty());
+
+  fs::rename(commandLine / "taken", commandLine / "device");
+  const Json::Object record = commandLine.run({"export", "device", "saved", "--json"}).json();
+  ASSERT_EQ(commandLine.run({"export", "device", "expected"}).exitCode, 0);
+  EXPECT_EQ(*record.at("failedCount").as<std::int64_t>(), 0);
+  EXPECT_EQ(contentsOf(commandLine / "saved"), contentsOf(commandLine / "expected"));
 }
 
 TEST(ExportCommand, LeavesOutKindsWithoutCallingThemMissing) {
@@ -149,12 +227,7 @@ TEST(ExportCommand, AnInterruptedExportIsContinuedToTheSameArchive) {
   const Finished stopped = commandLine.interrupt({"export", "device", "saved"}, "Writing transcripts", SIGINT);
   EXPECT_NE(stopped.exitCode, 0);
   ASSERT_EQ(commandLine.run({"export", "device", "saved"}).exitCode, 0);
-  const auto sizes = [&](const char* destination) {
-    std::map<std::string, std::string> digests;
-    for (const auto& [path, entry] : Fixture::treeSnapshot(commandLine / destination)) digests[path] = entry.sha1;
-    return digests;
-  };
-  EXPECT_EQ(sizes("saved"), sizes("expected"));
+  EXPECT_EQ(contentsOf(commandLine / "saved"), contentsOf(commandLine / "expected"));
 }
 
 TEST(ExportCommand, RefusesToWriteIntoTheBackup) {

@@ -6,6 +6,7 @@
 
 #include "Tests/Export/ArchiveReading.h"
 #include "Tests/Export/ExportScene.h"
+#include "Tests/Support/SmallVolume.h"
 #include "TidewellCore/Archive/ChatArchiveAssets.h"
 #include "TidewellCore/FileNaming.h"
 #include "TidewellCore/TidewellError.h"
@@ -87,7 +88,7 @@ TEST(ArchiveDestination, TellsHowManyChatsAreWritten) {
 
 TEST(ArchiveDestination, AFullVolumeLeavesTheOldArchiveWhole) {
   Scene scene(talkingBackup());
-  const ExportTest::SmallVolume volume(scene.destination, 1 << 20);
+  const Fixture::SmallVolume volume(scene.destination, 1 << 20);
   if (!volume.isMounted()) GTEST_SKIP() << "This user cannot mount a volume.";
   scene.run(everything);
   const auto before = filesBelow(scene.destination);

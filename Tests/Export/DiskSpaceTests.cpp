@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "Tests/Export/ExportScene.h"
+#include "Tests/Support/SmallVolume.h"
 #include "Tests/Support/TemporaryDirectory.h"
 
 namespace {
@@ -28,6 +29,19 @@ TEST(DiskSpace, RoundsTheProductOfDoublesUpToWholeBytes) {
   EXPECT_TRUE(DiskSpace::hasEnoughSpace(100, 111, 1.1));
 }
 
+TEST(DiskSpace, AnExportNeedsThreePercentMoreThanItsBytes) {
+  EXPECT_TRUE(DiskSpace::fitsExport(100, 103));
+  EXPECT_FALSE(DiskSpace::fitsExport(100, 102));
+  EXPECT_TRUE(DiskSpace::fitsExport(0, 0));
+  EXPECT_TRUE(DiskSpace::fitsExport(-1, -1));
+}
+
+TEST(DiskSpace, AnExportBeyondEveryVolumeDoesNotFit) {
+  constexpr std::int64_t largest = std::numeric_limits<std::int64_t>::max();
+  EXPECT_FALSE(DiskSpace::fitsExport(largest, 1'000'000'000'000));
+  EXPECT_FALSE(DiskSpace::fitsExport(largest, largest));
+}
+
 TEST(DiskSpaceDeathTest, StopsTheProgramWhenTheProductIsBeyond64Bits) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   constexpr std::int64_t largest = std::numeric_limits<std::int64_t>::max();
@@ -36,7 +50,7 @@ TEST(DiskSpaceDeathTest, StopsTheProgramWhenTheProductIsBeyond64Bits) {
 
 TEST(DiskSpace, AsksTheNearestFolderThatExists) {
   const Fixture::TemporaryDirectory folder;
-  const ExportTest::SmallVolume volume(folder / "volume", 1 << 20);
+  const Fixture::SmallVolume volume(folder / "volume", 1 << 20);
   if (!volume.isMounted()) GTEST_SKIP() << "This user cannot mount a volume.";
   EXPECT_EQ(DiskSpace::availableBytes(folder / "volume"), 1 << 20);
   EXPECT_EQ(DiskSpace::availableBytes(folder / "volume/not/yet/made"), 1 << 20);

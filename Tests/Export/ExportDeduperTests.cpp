@@ -9,6 +9,7 @@
 
 #include "Tests/Export/DedupeScene.h"
 #include "Tests/Support/Failures.h"
+#include "Tests/Support/SmallVolume.h"
 #include "TidewellCore/Export/DestinationLock.h"
 
 using testing::ElementsAre;
@@ -149,7 +150,7 @@ TEST_F(ExportDeduperTest, TakesFoldersLinksAndWorkingFilesAlong) {
 TEST_F(ExportDeduperTest, LeavesAFolderThatKeepsSomething) {
   write("Ana/a", "a");
   write(ana + "/b", "b");
-  const ExportTest::SmallVolume volume(content / ana / "volume", 1 << 20);
+  const Fixture::SmallVolume volume(content / ana / "volume", 1 << 20);
   if (!volume.isMounted()) GTEST_SKIP() << "This user cannot mount a volume.";
   write(ana + "/volume/c", "c");
   remember({{ana, "Ana"}});

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Tests/Export/ExportScene.h"
+#include "Tests/Support/SmallVolume.h"
 #include "Tests/Support/TemporaryDirectory.h"
 
 namespace {
@@ -130,7 +131,7 @@ TEST_F(ExportLayoutTest, MigratesAFlatOlderExportWhole) {
 TEST_F(ExportLayoutTest, AnInterruptedMigrationIsContinued) {
   holdOlderExport();
   writeFile(root / "Zoe/photo.jpg", "z");
-  const ExportTest::SmallVolume volume(root / "Bob", 1 << 20);
+  const Fixture::SmallVolume volume(root / "Bob", 1 << 20);
   if (!volume.isMounted()) GTEST_SKIP() << "This user cannot mount a volume.";
   EXPECT_THROW(prepare(), fs::filesystem_error) << "a volume cannot be renamed";
   EXPECT_TRUE(fs::exists(root / ".tidewell-manifest.json")) << "the sign must stay until all has moved";

@@ -1,6 +1,5 @@
 #include "Tests/Export/ExportScene.h"
 
-#include <sys/mount.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -107,16 +106,6 @@ ExportSummary Scene::run(const ExportOptions& options, const RunControl& control
   ExportJob job{.backup = backup, .destination = destination, .options = options};
   if (contents.encryption) job.password = contents.encryption->keyBag.password;
   return exporter.exportBackup(job, control);
-}
-
-SmallVolume::SmallVolume(fs::path place, std::int64_t byteCount) : place_(std::move(place)) {
-  fs::create_directories(place_);
-  const std::string size = "size=" + std::to_string(byteCount);
-  isMounted_ = ::mount("tmpfs", place_.c_str(), "tmpfs", 0, size.c_str()) == 0;
-}
-
-SmallVolume::~SmallVolume() {
-  if (isMounted_) ::umount2(place_.c_str(), MNT_DETACH);
 }
 
 PrivateTemporaryFolder::PrivateTemporaryFolder() {

@@ -70,22 +70,6 @@ class Scene {
   std::filesystem::path content = destination / "messages";
 };
 
-// A volume of so many bytes, in memory, for as long as this lives.
-class SmallVolume {
- public:
-  SmallVolume(std::filesystem::path place, std::int64_t byteCount);
-  ~SmallVolume();
-  SmallVolume(const SmallVolume&) = delete;
-  SmallVolume& operator=(const SmallVolume&) = delete;
-
-  // False when this user may not mount volumes.
-  bool isMounted() const { return isMounted_; }
-
- private:
-  std::filesystem::path place_;
-  bool isMounted_ = false;
-};
-
 // Sets TMPDIR to an empty folder for as long as this lives.
 class PrivateTemporaryFolder {
  public:

@@ -40,6 +40,18 @@ TEST(ExportTiming, ChoosesTheUnitBeforeItRounds) {
   EXPECT_EQ(ExportTiming::formatRemaining(5400), "About 2 hours left");
 }
 
+TEST(ExportTiming, TellsTheTimeLeftAsAUnitAndANumber) {
+  using Unit = TimeLeft::Unit;
+  EXPECT_EQ(ExportTiming::timeLeft(59.6), (TimeLeft{.unit = Unit::second, .count = 60}));
+  EXPECT_EQ(ExportTiming::timeLeft(60), (TimeLeft{.unit = Unit::minute, .count = 1}));
+  EXPECT_EQ(ExportTiming::timeLeft(150), (TimeLeft{.unit = Unit::minute, .count = 3}));
+  EXPECT_EQ(ExportTiming::timeLeft(3600), (TimeLeft{.unit = Unit::hour, .count = 1}));
+  EXPECT_EQ(ExportTiming::timeLeft(9000), (TimeLeft{.unit = Unit::hour, .count = 3}));
+  for (const double little : {0.0, 0.4, -5.0, -infinity, std::nan("")}) {
+    EXPECT_EQ(ExportTiming::timeLeft(little), (TimeLeft{.unit = Unit::second, .count = 1})) << little;
+  }
+}
+
 TEST(ExportTiming, NeverSaysLessThanOneSecond) {
   EXPECT_EQ(ExportTiming::formatRemaining(0), "About 1 second left");
   EXPECT_EQ(ExportTiming::formatRemaining(1.4), "About 1 second left");

@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <limits>
 #include <string>
+#include <vector>
 
 #include "Tests/Export/ExportScene.h"
 #include "Tests/Support/TemporaryDirectory.h"
@@ -18,6 +20,8 @@ using ExportTest::media;
 using ExportTest::Scene;
 using ExportTest::smallBackup;
 
+constexpr const char* photoName = "2023-03-08_202640_aa1.jpg";
+
 struct ExporterDamageTest : testing::TestWithParam<bool> {
   Fixture::MediaFile& photo() { return scene.contents.whatsApp.mediaFiles[0]; }
   Fixture::MediaFile& video() { return scene.contents.whatsApp.mediaFiles[1]; }
@@ -28,10 +32,12 @@ struct ExporterDamageTest : testing::TestWithParam<bool> {
   }
 
   // Of the five files all but so many arrive, and nothing stands for the others.
-  void expectFailures(std::int64_t count) {
+  void expectFailures(std::int64_t count, FailureReason reason = FailureReason::missing) {
     for (int run = 0; run < 2; ++run) {
       const ExportSummary summary = scene.run();
       EXPECT_EQ(summary.failedCount, count);
+      EXPECT_EQ(std::ranges::count(summary.failures, reason, &CopyFailure::reason), count);
+      EXPECT_EQ(summary.failures.size(), static_cast<std::size_t>(count));
       EXPECT_EQ(run == 0 ? summary.copiedCount : summary.skippedExistingCount, 5 - count);
       EXPECT_EQ(ExportTest::filesBelow(scene.content).size(), static_cast<std::size_t>(5 - count + 2));
       EXPECT_FALSE(ExportTest::holdsPartials(scene.destination));
@@ -68,20 +74,20 @@ TEST_P(ExporterDamageTest, AFileThatIsGoneStaysInTheExport) {
 TEST_P(ExporterDamageTest, AFIFOIsACountedFailureAndIsNotWaitedFor) {
   fs::remove(storedPhoto());
   ASSERT_EQ(::mkfifo(storedPhoto().c_str(), 0600), 0);
-  expectFailures(1);
+  expectFailures(1, FailureReason::unreadable);
 }
 
 TEST_P(ExporterDamageTest, ALinkedFileIsNotFollowed) {
   Fixture::writeFile(scene.folder / "secret", "0123456789abcdef");
   fs::remove(storedPhoto());
   fs::create_symlink(scene.folder / "secret", storedPhoto());
-  expectFailures(1);
+  expectFailures(1, FailureReason::unreadable);
 }
 
 TEST_P(ExporterDamageTest, AFolderInAFilesPlaceIsACountedFailure) {
   fs::remove(storedPhoto());
   fs::create_directory(storedPhoto());
-  expectFailures(1);
+  expectFailures(1, FailureReason::unreadable);
 }
 
 TEST_P(ExporterDamageTest, AnIdentifierThatLeadsOutOfTheBackupIsACountedFailure) {
@@ -136,6 +142,8 @@ TEST_P(CutFileTest, AnEncryptedFileThatWasCutIsACountedFailure) {
   scene.write();
   const ExportSummary summary = scene.run();
   EXPECT_EQ(summary.failedCount, 1);
+  EXPECT_EQ(summary.failures,
+            (std::vector<CopyFailure>{{.name = photoName, .chat = "Ana", .reason = FailureReason::cutShort}}));
   EXPECT_EQ(summary.copiedCount, 4);
   EXPECT_FALSE(fs::exists(scene.content / "Ana/2023-03-08_202640_aa1.jpg"));
   EXPECT_FALSE(ExportTest::holdsPartials(scene.destination));
@@ -147,6 +155,8 @@ TEST(ExporterDamage, AFileUnderAClassThatThePasswordDoesNotOpenIsACountedFailure
   scene.write();
   const ExportSummary summary = scene.run();
   EXPECT_EQ(summary.failedCount, 1);
+  EXPECT_EQ(summary.failures,
+            (std::vector<CopyFailure>{{.name = photoName, .chat = "Ana", .reason = FailureReason::keyMissing}}));
   EXPECT_EQ(summary.copiedCount, 4);
   EXPECT_FALSE(ExportTest::holdsPartials(scene.destination));
 }

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "Tests/Export/ExportScene.h"
+#include "Tests/Support/SmallVolume.h"
 #include "Tests/Support/TemporaryDirectory.h"
 
 namespace {
@@ -85,7 +86,7 @@ TEST_F(MergeMoveTest, MovesALinkAsALink) {
 }
 
 TEST_F(MergeMoveTest, MovesToAnotherVolume) {
-  const ExportTest::SmallVolume volume(root / "volume", 1 << 20);
+  const Fixture::SmallVolume volume(root / "volume", 1 << 20);
   if (!volume.isMounted()) GTEST_SKIP() << "This user cannot mount a volume.";
   writeFile(root / "from/deep/a", "a");
   writeFile(root / "from/b", "b");

@@ -5,9 +5,11 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/ArchiveReading.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ArchiveTextTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ChatLinesTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/CopyFailureTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/DestinationIndexTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/DestinationLockTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/DiskSpaceTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/EarlyEndTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportDeduperArchiveTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportDeduperInterruptionTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportDeduperTests.cpp
@@ -28,6 +30,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/MediaLinksTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MergeJournalTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MergeMoveTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/PhaseClockTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ProgressReporterTests.cpp)
 
 # Where the golden listings are, to be compared and, on request, written anew.

@@ -8,21 +8,7 @@ using Phase = ExportProgress::Phase;
 
 QString titleOf(const std::optional<ExportProgress>& progress, const L10n& texts) {
   if (!progress) return texts.text(u"Starting…"_qs);
-  switch (progress->phase) {
-    case Phase::preparing:
-      return texts.text(u"Preparing…"_qs);
-    case Phase::unlocking:
-      return texts.text(u"Unlocking backup…"_qs);
-    case Phase::readingChats:
-      return texts.text(u"Reading chats…"_qs);
-    case Phase::copyingMedia:
-      return texts.text(u"Copying media"_qs);
-    case Phase::writingTranscripts:
-      return texts.text(u"Writing transcripts"_qs);
-    case Phase::finished:
-      return texts.text(u"Finished"_qs);
-  }
-  Q_UNREACHABLE();
+  return texts.text(ContentText::text(ExportProgress::title(progress->phase)));
 }
 
 }  // namespace

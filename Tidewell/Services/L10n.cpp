@@ -1,8 +1,9 @@
 #include "Tidewell/Services/L10n.h"
 
 #include <QRegularExpression>
-#include <array>
 #include <utility>
+
+#include "TidewellCore/ReadableSize.h"
 
 namespace {
 
@@ -43,15 +44,11 @@ QString L10n::format(const QString& english, const QStringList& values) const { 
 QString L10n::number(std::int64_t value) const { return numbers_.toString(static_cast<qlonglong>(value)); }
 
 QString L10n::byteCount(std::int64_t bytes) const {
-  constexpr std::array units{"kB", "MB", "GB", "TB", "PB", "EB"};
-  constexpr double step = 1000;
+  const auto [amount, decimals, unit] = ReadableSize::of(bytes);
   if (bytes == 1) return text(QStringLiteral("1 byte"));
-  if (bytes < 1000) return format(QStringLiteral("%lld bytes"), {number(bytes)});
-  double amount = static_cast<double>(bytes) / step;
-  std::size_t unit = 0;
-  // 999.95 would be written as 1000.0.
-  for (; amount >= 999.95 && unit + 1 < units.size(); ++unit) amount /= step;
-  return numbers_.toString(amount, 'f', 1) + QLatin1Char(' ') + QLatin1String(units[unit]);
+  if (decimals == 0) return format(QStringLiteral("%lld bytes"), {number(bytes)});
+  const QLatin1String name(unit.data(), static_cast<qsizetype>(unit.size()));
+  return numbers_.toString(amount, 'f', decimals) + QLatin1Char(' ') + name;
 }
 
 QString L10n::dateAndTime(Date date) const { return QString::fromStdString(dates_->string(date)); }

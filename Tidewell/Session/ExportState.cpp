@@ -6,9 +6,6 @@
 
 namespace {
 
-// Part of the free space is kept for what comes with the media.
-constexpr double spaceMargin = 1.03;
-
 std::optional<std::string_view> nonEmpty(std::string_view text) {
   if (text.empty()) return std::nullopt;
   return text;
@@ -59,8 +56,7 @@ std::int64_t ExportState::selectedBytes() const { return scanResult ? scanResult
 
 std::optional<bool> ExportState::hasEnoughSpace() const {
   if (!availableBytes || !scanResult || !destinationURL) return std::nullopt;
-  // The first comparison keeps sizes that no volume could hold from the second.
-  return selectedBytes() <= *availableBytes && DiskSpace::hasEnoughSpace(selectedBytes(), *availableBytes, spaceMargin);
+  return DiskSpace::fitsExport(selectedBytes(), *availableBytes);
 }
 
 bool ExportState::canExport() const {

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "TidewellCore/Archive/ProfilePictures.h"
+#include "TidewellCore/Export/EarlyEnd.h"
 #include "TidewellCore/FolderNames.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
@@ -41,6 +42,8 @@ ArchiveExport::Outcome ArchiveExport::write(const Source& source, const Setting&
   ProfilePictures::attachAndCopy(
       chats, {.files = source.manifest.profilePictures, .snapshot = source.snapshot, .backup = source.opened},
       setting.archive.contentRoot, isCancelled);
+  // A picture that does not read is left out; without its backup none would.
+  EarlyEnd::requireBackup({.backup = source.opened.url(), .destination = &setting.archive.destination});
 
   ChatArchiveWriter writer(setting.archive);
   Outcome outcome;

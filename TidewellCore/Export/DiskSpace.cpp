@@ -33,6 +33,12 @@ std::int64_t DiskSpace::availableBytes(const fs::path& path) {
   return static_cast<std::int64_t>(std::min(space.available, largest));
 }
 
+bool DiskSpace::fitsExport(std::int64_t needed, std::int64_t available) {
+  constexpr double margin = 1.03;
+  constexpr std::int64_t beyondEveryVolume = std::int64_t{1} << 62;
+  return needed < beyondEveryVolume && hasEnoughSpace(needed, available, margin);
+}
+
 bool DiskSpace::hasEnoughSpace(std::int64_t needed, std::int64_t available, double margin) {
   if (needed < 1) return true;
   const double required = std::ceil(static_cast<double>(needed) * margin);

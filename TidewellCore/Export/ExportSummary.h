@@ -3,18 +3,24 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <string>
+#include <vector>
+
+#include "TidewellCore/Export/CopyFailure.h"
 
 // What a finished export did.
 struct ExportSummary {
   std::int64_t copiedCount = 0;
   std::int64_t skippedExistingCount = 0;  // already in the destination with the same name and size
   std::int64_t transcriptCount = 0;       // transcript files written
-  std::int64_t failedCount = 0;
+  std::int64_t failedCount = 0;           // of `failures`
   std::int64_t totalBytesCopied = 0;
   std::filesystem::path destination;
   std::int64_t chatFolderCount = 0;
   std::optional<std::filesystem::path> archiveIndexURL;  // absent when no archive was written
   std::int64_t unresolvedArchiveLinkCount = 0;           // archive messages whose media file is not in the export
+  std::vector<CopyFailure> failures;                     // in the order of the copies
+  std::vector<std::string> warnings;                     // sentences for people, in English
 
   bool operator==(const ExportSummary&) const = default;
 };

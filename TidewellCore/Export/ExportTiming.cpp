@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "TidewellCore/Platform/Precondition.h"
@@ -20,8 +21,20 @@ std::int64_t rounded(double value) {
   return static_cast<std::int64_t>(whole);
 }
 
-std::string phrase(std::int64_t count, const char* unit) {
-  return count < 2 ? fmt::format("About 1 {} left", unit) : fmt::format("About {} {}s left", count, unit);
+TimeLeft atLeastOne(TimeLeft::Unit unit, double count) {
+  return {.unit = unit, .count = std::max<std::int64_t>(rounded(count), 1)};
+}
+
+const char* nameOf(TimeLeft::Unit unit) {
+  switch (unit) {
+    case TimeLeft::Unit::second:
+      return "second";
+    case TimeLeft::Unit::minute:
+      return "minute";
+    case TimeLeft::Unit::hour:
+      return "hour";
+  }
+  return "";
 }
 
 }  // namespace
@@ -33,8 +46,14 @@ std::optional<double> ExportTiming::remaining(double elapsed, std::int64_t compl
   return static_cast<double>(total - completed) / rate;
 }
 
-std::string ExportTiming::formatRemaining(double seconds) {
-  if (seconds >= hour) return phrase(rounded(seconds / hour), "hour");
-  if (seconds >= minute) return phrase(rounded(seconds / minute), "minute");
-  return phrase(rounded(seconds > 0 ? seconds : 0), "second");
+TimeLeft ExportTiming::timeLeft(double seconds) {
+  if (seconds >= hour) return atLeastOne(TimeLeft::Unit::hour, seconds / hour);
+  if (seconds >= minute) return atLeastOne(TimeLeft::Unit::minute, seconds / minute);
+  return atLeastOne(TimeLeft::Unit::second, seconds > 0 ? seconds : 0);
+}
+
+std::string ExportTiming::formatRemaining(double seconds) { return format(timeLeft(seconds)); }
+
+std::string ExportTiming::format(const TimeLeft& time) {
+  return fmt::format("About {} {}{} left", time.count, nameOf(time.unit), time.count == 1 ? "" : "s");
 }

@@ -8,17 +8,16 @@
 #include "TidewellCore/Export/ChatLines.h"
 #include "TidewellCore/Export/DestinationLock.h"
 #include "TidewellCore/Export/DiskSpace.h"
+#include "TidewellCore/Export/EarlyEnd.h"
 #include "TidewellCore/Export/ExportDeduper.h"
 #include "TidewellCore/Export/ExportLayout.h"
 #include "TidewellCore/Export/ExportPlan.h"
 #include "TidewellCore/Export/ExportRequests.h"
 #include "TidewellCore/Export/FolderManifest.h"
-#include "TidewellCore/Export/MediaCopier.h"
-#include "TidewellCore/Export/ProgressReporter.h"
+#include "TidewellCore/Export/MediaCopying.h"
 #include "TidewellCore/FileNaming.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
-#include "TidewellCore/Platform/SaturatingAdd.h"
 #include "TidewellCore/TidewellError.h"
 
 namespace {
@@ -30,13 +29,9 @@ ManifestStore loadManifest(const OpenedBackup& opened) {
   return ManifestStore::load(opened.url(), opened.manifestDatabaseURL(), opened.usesTemporaryManifest());
 }
 
-bool isBackup(const fs::path& folder) {
-  return Files::exists(folder / "Manifest.plist") && Files::exists(folder / "Manifest.db");
-}
-
 bool isWithinAnyBackup(const fs::path& destination) {
   fs::path folder = fs::weakly_canonical(fs::absolute(destination));
-  while (!isBackup(folder)) {
+  while (!EarlyEnd::isBackup(folder)) {
     if (folder == folder.parent_path()) return false;
     folder = folder.parent_path();
   }
@@ -60,7 +55,8 @@ template <typename Work>
 auto inDestination(const ExportJob& job, Work work) {
   try {
     return work();
-  } catch (const fs::filesystem_error&) {
+  } catch (const fs::filesystem_error& error) {
+    if (EarlyEnd::isFullDisk(error)) throw;
     throw TidewellError::destinationNotWritable(PathText::text(job.destination));
   }
 }
@@ -106,40 +102,8 @@ ExportPlan makePlan(const ExportJob& job, const Reading& reading, const fs::path
 }
 
 void requireSpace(std::int64_t needed, const fs::path& contentRoot) {
-  constexpr double margin = 1.03;
-  const std::int64_t available = DiskSpace::availableBytes(contentRoot);
-  // The first comparison keeps sizes that no volume could hold from the second.
-  if (needed <= available && DiskSpace::hasEnoughSpace(needed, available, margin)) return;
+  if (DiskSpace::fitsExport(needed, DiskSpace::availableBytes(contentRoot))) return;
   throw TidewellError::ioFailure("Not enough free space — choose another folder");
-}
-
-void count(MediaCopier::Outcome outcome, const ExportPlanner::PlannedCopy& copy, ExportSummary& summary) {
-  if (outcome == MediaCopier::Outcome::alreadyPresent) {
-    ++summary.skippedExistingCount;
-  } else {
-    ++summary.copiedCount;
-    summary.totalBytesCopied = saturatingAdd(summary.totalBytesCopied, copy.sourceSize);
-  }
-}
-
-void copyMedia(ExportPlan& plan, const OpenedBackup& opened, const DestinationLock& lock, const RunControl& control,
-               ProgressReporter& progress, ExportSummary& summary) {
-  MediaCopier copier(opened, plan.index, control.isCancelled);
-  progress.begin(Phase::copyingMedia, static_cast<std::int64_t>(plan.copies.size()));
-  std::int64_t completed = 0;
-  for (const ExportPlanner::PlannedCopy& copy : plan.copies) {
-    throwIfCancelled(control.isCancelled);
-    lock.requireInPlace();
-    progress.report(copy.exportedName, completed);
-    try {
-      count(copier.carryOut(copy), copy, summary);
-    } catch (const std::exception& error) {
-      if (TidewellError::isCancellation(error)) throw;
-      ++summary.failedCount;
-    }
-    progress.report(copy.exportedName, ++completed);
-  }
-  copier.removeEmptied(plan.removable);
 }
 
 }  // namespace
@@ -148,14 +112,21 @@ BackupInfo Exporter::inspect(const fs::path& backup) const { return BackupInspec
 
 ScanResult Exporter::scan(const fs::path& backup, std::optional<std::string_view> password,
                           const UnlockObserver& unlockReport, const CancellationCheck& isCancelled) const {
-  const OpenedBackup opened = OpenedBackup::open(backup, password, {.isCancelled = isCancelled}, unlockReport);
-  throwIfCancelled(isCancelled);
-  const ManifestStore manifest = loadManifest(opened);
-  const ChatStorageSnapshot snapshot = SnapshotLoader::load(opened, manifest, isCancelled);
-  return ScanSummary::summarize(snapshot, manifest, opened, locale);
+  return EarlyEnd::explained({.backup = backup}, [&] {
+    const OpenedBackup opened = OpenedBackup::open(backup, password, {.isCancelled = isCancelled}, unlockReport);
+    throwIfCancelled(isCancelled);
+    const ManifestStore manifest = loadManifest(opened);
+    const ChatStorageSnapshot snapshot = SnapshotLoader::load(opened, manifest, isCancelled);
+    return ScanSummary::summarize(snapshot, manifest, opened, locale);
+  });
 }
 
 ExportSummary Exporter::exportBackup(const ExportJob& job, const RunControl& control) const {
+  return EarlyEnd::explained({.backup = job.backup, .destination = &job.destination},
+                             [&] { return runExport(job, control); });
+}
+
+ExportSummary Exporter::runExport(const ExportJob& job, const RunControl& control) const {
   ProgressReporter progress(control.progress);
   progress.begin(Phase::preparing);
   const OpenedBackup opened = OpenedBackup::open(job.backup, job.password, control);
@@ -177,7 +148,7 @@ ExportSummary Exporter::exportBackup(const ExportJob& job, const RunControl& con
   FolderManifest::save(contentRoot, plan.rememberedMeanwhile);
   ExportSummary summary{.destination = job.destination,
                         .chatFolderCount = static_cast<std::int64_t>(plan.folders.size())};
-  copyMedia(plan, opened, lock, control, progress, summary);
+  MediaCopying::run(plan, {.opened = opened, .snapshot = snapshot}, lock, control.isCancelled, progress, summary);
   lock.requireInPlace();
   FolderManifest::save(contentRoot, plan.remembered);
   throwIfCancelled(control.isCancelled);

@@ -35,7 +35,8 @@ struct Exporter {
   ScanResult scan(const std::filesystem::path& backup, std::optional<std::string_view> password,
                   const UnlockObserver& unlockReport = {}, const CancellationCheck& isCancelled = {}) const;
 
-  // A file that cannot be copied is counted and does not end the run. An
+  // A file that cannot be copied is recorded and does not end the run; a disk that
+  // is full and a backup that was taken away do, with TidewellError::ioFailure. An
   // export into the same destination copies only what is new.
   ExportSummary exportBackup(const ExportJob& job, const RunControl& control = {}) const;
 
@@ -45,4 +46,7 @@ struct Exporter {
 
   // In bytes, for a folder that need not exist yet.
   std::int64_t freeSpace(const std::filesystem::path& folder) const;
+
+ private:
+  ExportSummary runExport(const ExportJob& job, const RunControl& control) const;
 };

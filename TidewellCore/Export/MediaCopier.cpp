@@ -4,6 +4,7 @@
 #include <array>
 
 #include "TidewellCore/FolderNames.h"
+#include "TidewellCore/Platform/FileDescriptor.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/TidewellError.h"
@@ -13,7 +14,21 @@ namespace {
 namespace fs = std::filesystem;
 using ExportPlanner::PlannedCopy;
 
-[[noreturn]] void failAsCut() { throw TidewellError::ioFailure("The stored file is missing or cut short."); }
+// Whether a path of that failure is the backup's file.
+bool isOfBackup(const fs::filesystem_error& error, const PlannedCopy& copy) {
+  return error.path1() == copy.source && !copy.leftoverFolder;
+}
+
+FailureReason reasonOfFile(const fs::filesystem_error& error, const PlannedCopy& copy) {
+  const std::error_code code = error.code();
+  if (isOfBackup(error, copy)) {
+    const bool isGone = code == std::errc::no_such_file_or_directory || code == std::errc::not_a_directory;
+    return isGone ? FailureReason::missing : FailureReason::unreadable;
+  }
+  if (code == std::errc::file_too_large) return FailureReason::tooLarge;
+  if (code == std::errc::file_exists && error.path1() == copy.dest) return FailureReason::placeTaken;
+  return FailureReason::unwritable;
+}
 
 [[noreturn]] void failAsOccupied(const fs::path& path) {
   throw fs::filesystem_error("Something else stands in the file's place", path,
@@ -52,12 +67,35 @@ MediaCopier::MediaCopier(const OpenedBackup& opened, DestinationIndex& index, Ca
 
 MediaCopier::Outcome MediaCopier::carryOut(const PlannedCopy& copy) {
   if (copy.alreadyPresent) return Outcome::alreadyPresent;
-  if (copy.sourceSize < 0) failAsCut();
+  if (copy.sourceSize < 0) failAsDamaged(copy);
   fs::create_directories(copy.dest.parent_path());
   const bool hasCome = Files::regularFileSize(copy.dest) == copy.sourceSize;
   if (!hasCome) copy.leftoverFolder ? move(copy) : write(copy);
   index_.addFile(PathText::text(copy.dest.parent_path().filename()), copy.exportedName, copy.sourceSize);
   return hasCome ? Outcome::alreadyPresent : Outcome::copied;
+}
+
+bool MediaCopier::hasKey(const PlannedCopy& copy) const {
+  if (!copy.encryptionKey || !opened_.unlocker()) return true;
+  try {
+    opened_.unlocker()->keyBag.unwrapPersistentKey(*copy.encryptionKey);
+    return true;
+  } catch (const TidewellError&) {
+    return false;
+  }
+}
+
+void MediaCopier::failAsDamaged(const PlannedCopy& copy) const {
+  if (copy.source.empty()) throw CopyError(FailureReason::missing);
+  FileDescriptor::openForReading(copy.source);
+  throw CopyError(hasKey(copy) ? FailureReason::cutShort : FailureReason::keyMissing);
+}
+
+FailureReason MediaCopier::reasonOf(const std::exception& error, const PlannedCopy& copy) const {
+  if (const auto* known = dynamic_cast<const CopyError*>(&error)) return known->reason;
+  if (const auto* file = dynamic_cast<const fs::filesystem_error*>(&error)) return reasonOfFile(*file, copy);
+  if (dynamic_cast<const TidewellError*>(&error) == nullptr) return FailureReason::other;
+  return hasKey(copy) ? FailureReason::undecryptable : FailureReason::keyMissing;
 }
 
 void MediaCopier::move(const PlannedCopy& copy) {
@@ -70,7 +108,9 @@ void MediaCopier::write(const PlannedCopy& copy) const {
   const fs::path partial = copy.dest.parent_path() / Files::partialName();
   try {
     const StoredFile stored{.location = copy.source, .encryptionKey = copy.encryptionKey, .size = copy.sourceSize};
-    if (opened_.writePlaintext(stored, partial, isCancelled_) != copy.sourceSize) failAsCut();
+    if (opened_.writePlaintext(stored, partial, isCancelled_) != copy.sourceSize) {
+      throw CopyError(FailureReason::cutShort);
+    }
     setDate(partial, copy);
     moveIntoPlace(partial, copy.dest);
   } catch (...) {

@@ -33,16 +33,16 @@ bool cloneBlocks(const FileDescriptor& from, const FileDescriptor& to) {
   return ::ioctl(to.number(), FICLONE, from.number()) == 0;
 }
 
-// Returns false when the kernel cannot copy between these two file systems.
+// Returns false when the kernel cannot copy between these two file systems, or
+// not to the end: reading and writing on from there tells which side fails.
 bool copyInKernel(const FileDescriptor& from, const FileDescriptor& to, std::int64_t size,
                   const CancellationCheck& isCancelled) {
   for (std::int64_t copied = 0; copied < size;) {
     throwIfCancelled(isCancelled);
     const ssize_t count = ::copy_file_range(from.number(), nullptr, to.number(), nullptr, kernelSlice, 0);
     if (count < 0 && errno == EINTR) continue;
-    if (count <= 0 && copied == 0) return false;
-    if (count < 0) to.fail("Could not copy the file");
-    if (count == 0) break;
+    if (count < 0) return false;
+    if (count == 0) return copied > 0;
     copied += count;
   }
   return true;
@@ -50,7 +50,6 @@ bool copyInKernel(const FileDescriptor& from, const FileDescriptor& to, std::int
 
 void copyThroughBuffer(FileDescriptor& from, FileDescriptor& to, const CancellationCheck& isCancelled) {
   Bytes buffer(bufferSize);
-  from.seek(0);
   while (const std::size_t count = from.read(buffer)) {
     throwIfCancelled(isCancelled);
     to.write(ByteView(buffer).first(count));

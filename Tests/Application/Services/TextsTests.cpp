@@ -7,6 +7,9 @@
 
 #include "Tests/Application/Services/SourceTexts.h"
 #include "Tidewell/Services/ResourceBundle.h"
+#include "TidewellCore/Export/CopyFailure.h"
+#include "TidewellCore/Export/EarlyEnd.h"
+#include "TidewellCore/ExportProgress.h"
 
 namespace {
 
@@ -62,6 +65,31 @@ TEST(Texts, EveryTextThatIsLookedUpHasAKey) {
   const auto english = readTable(bundle / "en.json");
   for (const std::string& text : textsOf({"Tidewell"}).lookedUp) {
     EXPECT_TRUE(english.contains(text)) << "en.json lacks: " << text;
+  }
+}
+
+// They are looked up by a name, so nobody finds them where that happens.
+TEST(Texts, EveryPhaseOfARunHasAKey) {
+  const auto english = readTable(bundle / "en.json");
+  for (const auto& [phase, name] : rawValueTable(ExportProgress::Phase{})) {
+    EXPECT_TRUE(english.contains(std::string(ExportProgress::title(phase)))) << name;
+  }
+}
+
+TEST(Texts, EveryHeadlineOfFailuresHasAKey) {
+  const auto english = readTable(bundle / "en.json");
+  for (const FailureReason reason : CopyFailures::allReasons) {
+    for (const std::string_view text : {CopyFailures::words(reason).one, CopyFailures::words(reason).many}) {
+      EXPECT_TRUE(english.contains(std::string(text))) << text;
+    }
+  }
+}
+
+TEST(Texts, EveryEarlyEndHasAKey) {
+  const auto english = readTable(bundle / "en.json");
+  for (const char* text : {EarlyEnd::fullDestination, EarlyEnd::fullTemporaryFolder, EarlyEnd::backupGone,
+                           EarlyEnd::backupGoneWhileRead}) {
+    EXPECT_TRUE(english.contains(text)) << text;
   }
 }
 

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <sys/mount.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <utility>
+
+namespace Fixture {
+
+// A volume of so many bytes, in memory, for as long as this lives.
+class SmallVolume {
+ public:
+  SmallVolume(std::filesystem::path place, std::int64_t byteCount) : place_(std::move(place)) {
+    std::filesystem::create_directories(place_);
+    const std::string size = "size=" + std::to_string(byteCount);
+    isMounted_ = ::mount("tmpfs", place_.c_str(), "tmpfs", 0, size.c_str()) == 0;
+  }
+  ~SmallVolume() {
+    if (isMounted_) ::umount2(place_.c_str(), MNT_DETACH);
+  }
+  SmallVolume(const SmallVolume&) = delete;
+  SmallVolume& operator=(const SmallVolume&) = delete;
+
+  // False when this user may not mount volumes.
+  bool isMounted() const { return isMounted_; }
+
+ private:
+  std::filesystem::path place_;
+  bool isMounted_ = false;
+};
+
+}  // namespace Fixture

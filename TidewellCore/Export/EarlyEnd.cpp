@@ -1,0 +1,47 @@
+#include "TidewellCore/Export/EarlyEnd.h"
+
+#include <cerrno>
+
+#include "TidewellCore/Platform/Files.h"
+#include "TidewellCore/TidewellError.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// Whether what was written belongs to the export; else it is a working copy.
+bool isInDestination(const std::exception& error, const EarlyEnd::Places& places) {
+  const auto* failure = dynamic_cast<const fs::filesystem_error*>(&error);
+  if (failure == nullptr || places.destination == nullptr) return false;
+  const fs::path relative = failure->path1().lexically_relative(*places.destination);
+  return !relative.empty() && *relative.begin() != "..";
+}
+
+}  // namespace
+
+bool EarlyEnd::isBackup(const fs::path& folder) {
+  return Files::exists(folder / "Manifest.plist") && Files::exists(folder / "Manifest.db");
+}
+
+void EarlyEnd::requireBackup(const Places& places) {
+  if (isBackup(places.backup)) return;
+  throw TidewellError::ioFailure(places.destination == nullptr ? backupGoneWhileRead : backupGone);
+}
+
+bool EarlyEnd::isFullDisk(const std::exception& error) {
+  const auto* failure = dynamic_cast<const fs::filesystem_error*>(&error);
+  return failure != nullptr && (failure->code().value() == ENOSPC || failure->code().value() == EDQUOT);
+}
+
+bool EarlyEnd::isDue(const std::exception& error, const fs::path& backup) {
+  return TidewellError::isCancellation(error) || isFullDisk(error) || !isBackup(backup);
+}
+
+void EarlyEnd::rethrow(const std::exception& error, const Places& places, bool wasBackup) {
+  if (TidewellError::isCancellation(error)) throw;
+  if (isFullDisk(error)) {
+    throw TidewellError::ioFailure(isInDestination(error, places) ? fullDestination : fullTemporaryFolder);
+  }
+  if (wasBackup) requireBackup(places);
+  throw;
+}
