@@ -11,6 +11,11 @@ QString titleOf(const std::optional<ExportProgress>& progress, const L10n& texts
   return texts.text(ContentText::text(ExportProgress::title(progress->phase)));
 }
 
+QString remaining(const TimeLeft& time, const L10n& texts) {
+  const ExportTiming::Words& words = ExportTiming::words(time.unit);
+  return ContentText::counted(words.one, words.many, time.count, texts);
+}
+
 }  // namespace
 
 ProgressStepContent ProgressStepContent::of(const ExportState& state, const L10n& texts, Date now) {
@@ -24,6 +29,8 @@ ProgressStepContent ProgressStepContent::of(const ExportState& state, const L10n
     content.count = texts.format(u"%lld of %lld"_qs, {texts.number(progress.completed), texts.number(progress.total)});
   }
   content.fileName = ContentText::text(Text::repaired(progress.currentFileName));
-  if (const auto remaining = state.remainingDescription(now)) content.remaining = ContentText::text(*remaining);
+  // The title says already what the unlocking calls its file.
+  if (content.isIndeterminate) content.fileName.clear();
+  if (const auto time = state.timeLeft(now)) content.remaining = remaining(*time, texts);
   return content;
 }

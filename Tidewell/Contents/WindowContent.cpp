@@ -52,5 +52,8 @@ WindowContent WindowContent::of(const ExportState& state, const L10n& texts) {
           .dropTargeted = state.dropTargeted,
           .canOpenArchive = state.summary && state.summary->archiveIndexURL,
           .hasError = state.errorMessage.has_value(),
-          .errorText = alertText(state)};
+          .errorText = alertText(state),
+          .asksToStop = state.stopQuestion != StopQuestion::none,
+          .canTryAgain = state.summary && state.summary->failedCount > 0,
+          .unopenedPath = state.unopenedPath ? ContentText::path(*state.unopenedPath) : QString()};
 }

@@ -180,7 +180,7 @@ FocusScope {
         id: doneFooter
 
         StepFooter {
-            defaultButton: openButton
+            defaultButton: openButton.visible ? openButton : showButton
 
             PlainButton {
                 objectName: "exportAnotherButton"
@@ -188,6 +188,14 @@ FocusScope {
                 onClicked: view.controller.exportAnother()
             }
             PlainButton {
+                objectName: "tryAgainButton"
+                visible: view.content.canTryAgain
+                text: L10n.text("Try again")
+                onClicked: view.controller.tryAgain()
+            }
+            PlainButton {
+                id: showButton
+
                 objectName: "showInFinderButton"
                 text: L10n.text("Show in Finder")
                 onClicked: view.controller.revealDestination()
@@ -197,7 +205,7 @@ FocusScope {
 
                 objectName: "openArchiveButton"
                 text: L10n.text("Open Chat Archive")
-                enabled: view.content.canOpenArchive
+                visible: view.content.canOpenArchive
                 onClicked: view.controller.openArchive()
             }
         }
@@ -213,6 +221,16 @@ FocusScope {
         visible: view.content.isUnlocking
         isStopping: view.content.isCancellingUnlock
         onCancel: view.controller.cancelUnlock()
+    }
+    StopExportAlert {
+        visible: view.content.asksToStop
+        onKeepGoing: view.controller.keepExporting()
+        onStop: view.controller.stopExporting()
+    }
+    UnopenedAlert {
+        visible: view.content.unopenedPath !== ""
+        path: view.content.unopenedPath
+        onDismissed: view.controller.dismissUnopenedPath()
     }
     ErrorAlert {
         visible: view.content.hasError

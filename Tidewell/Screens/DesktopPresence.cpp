@@ -65,8 +65,8 @@ void askLogind(const std::shared_ptr<Inhibitor>& inhibitor, const QString& reaso
   QDBusMessage call = QDBusMessage::createMethodCall(
       QStringLiteral("org.freedesktop.login1"), QStringLiteral("/org/freedesktop/login1"),
       QStringLiteral("org.freedesktop.login1.Manager"), QStringLiteral("Inhibit"));
-  call.setArguments({QStringLiteral("sleep:idle"), QGuiApplication::applicationDisplayName(), reason,
-                     QStringLiteral("block")});
+  call.setArguments(
+      {QStringLiteral("sleep:idle"), QGuiApplication::applicationDisplayName(), reason, QStringLiteral("block")});
   using Reply = QDBusPendingReply<QDBusUnixFileDescriptor>;
   whenAnswered<Reply>(QDBusConnection::systemBus().asyncCall(call), [inhibitor](const Reply& reply) {
     if (!reply.isError() && inhibitor->isWanted) inhibitor->file = reply.value();
@@ -76,9 +76,9 @@ void askLogind(const std::shared_ptr<Inhibitor>& inhibitor, const QString& reaso
 void askPortal(const std::shared_ptr<Inhibitor>& inhibitor, const QString& reason) {
   constexpr unsigned suspend = 4;
   constexpr unsigned idle = 8;
-  QDBusMessage call = QDBusMessage::createMethodCall(portal, QStringLiteral("/org/freedesktop/portal/desktop"),
-                                                     QStringLiteral("org.freedesktop.portal.Inhibit"),
-                                                     QStringLiteral("Inhibit"));
+  QDBusMessage call =
+      QDBusMessage::createMethodCall(portal, QStringLiteral("/org/freedesktop/portal/desktop"),
+                                     QStringLiteral("org.freedesktop.portal.Inhibit"), QStringLiteral("Inhibit"));
   call.setArguments({QString(), suspend | idle, QVariantMap{{QStringLiteral("reason"), reason}}});
   using Reply = QDBusPendingReply<QDBusObjectPath>;
   whenAnswered<Reply>(QDBusConnection::sessionBus().asyncCall(call), [inhibitor, reason](const Reply& reply) {

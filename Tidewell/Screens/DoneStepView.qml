@@ -12,8 +12,8 @@ ScrollPage {
 
     Symbol {
         Layout.alignment: Qt.AlignHCenter
-        name: "checkmark.circle.fill"
-        tint: Theme.accent
+        name: view.content.hasFailures ? "exclamationmark.triangle" : "checkmark.circle.fill"
+        tint: view.content.hasFailures ? Theme.warning : Theme.accent
         size: 64
     }
     Words {
@@ -27,8 +27,19 @@ ScrollPage {
         Accessible.role: Accessible.Heading
     }
     Words {
+        objectName: "failureHeadline"
+        Layout.fillWidth: true
+        visible: text !== ""
+        text: view.content.headline
+        color: Theme.warning
+        font.weight: Font.Medium
+        horizontalAlignment: Text.AlignHCenter
+        wrapMode: Text.Wrap
+    }
+    Words {
         objectName: "doneHint"
         Layout.fillWidth: true
+        visible: view.content.hasArchive
         text: L10n.text("Open the Chat Archive to read conversations in a browser, or show the folder in Finder.")
         color: Theme.quiet
         horizontalAlignment: Text.AlignHCenter
@@ -77,5 +88,34 @@ ScrollPage {
                 wrapMode: Text.Wrap
             }
         }
+        Repeater {
+            model: view.content.warnings.length
+
+            RowLayout {
+                id: warning
+
+                required property int index
+
+                spacing: Theme.snug
+                Layout.fillWidth: true
+
+                Symbol {
+                    Layout.alignment: Qt.AlignTop
+                    name: "exclamationmark.triangle"
+                    tint: Theme.warning
+                    size: 26
+                }
+                Words {
+                    Layout.fillWidth: true
+                    text: view.content.warnings[warning.index]
+                    wrapMode: Text.Wrap
+                }
+            }
+        }
+    }
+    FailureList {
+        Layout.fillWidth: true
+        visible: view.content.failures.length > 0
+        content: view.content
     }
 }

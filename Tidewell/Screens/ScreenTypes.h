@@ -61,6 +61,12 @@ struct ProgressStepContentType {
   QML_VALUE_TYPE(progressStepContent)
 };
 
+struct FailureContentType {
+  Q_GADGET
+  QML_FOREIGN(FailureContent)
+  QML_VALUE_TYPE(failureContent)
+};
+
 struct DoneStepContentType {
   Q_GADGET
   QML_FOREIGN(DoneStepContent)

@@ -56,8 +56,8 @@ void ExportRun::run(const Then& failed) {
   session_.set(&ExportState::summary, std::nullopt);
   session_.set(&ExportState::work, Exporting{.run = run});
   session_.set(&ExportState::exportStartedAt, now);
-  session_.set(&ExportState::phaseStartedAt, now);
-  session_.set(&ExportState::progress, ExportProgress{.total = 1});
+  session_.set(&ExportState::phaseClock, PhaseClock());
+  takeProgress({.total = 1});
   session_.set(&ExportState::step, WizardStep::exporting);
   awake_ = session_.services().presence.keepAwake(session_.translated("Exporting chats and media"));
   session_.inBackground(
@@ -74,10 +74,9 @@ void ExportRun::run(const Then& failed) {
 }
 
 void ExportRun::takeProgress(const ExportProgress& progress) {
-  const ExportState& state = session_.state();
-  if (!state.progress || state.progress->phase != progress.phase) {
-    session_.set(&ExportState::phaseStartedAt, session_.services().now());
-  }
+  PhaseClock clock = session_.state().phaseClock;
+  clock.take(progress, session_.services().now().time_since_epoch());
+  session_.set(&ExportState::phaseClock, clock);
   session_.set(&ExportState::progress, progress);
 }
 

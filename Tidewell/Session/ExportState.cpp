@@ -74,9 +74,11 @@ std::optional<std::string_view> ExportState::startExportHint() const {
 
 bool ExportState::startExportHintOpensFolderPicker() const { return !destinationURL || hasEnoughSpace() == false; }
 
+std::optional<TimeLeft> ExportState::timeLeft(Date now) const {
+  return progress ? phaseClock.timeLeft(now.time_since_epoch()) : std::nullopt;
+}
+
 std::optional<std::string> ExportState::remainingDescription(Date now) const {
-  if (!progress || !phaseStartedAt || progress->phase < ExportProgress::Phase::copyingMedia) return std::nullopt;
-  const double elapsed = (now - *phaseStartedAt).count();
-  const auto seconds = ExportTiming::remaining(elapsed, progress->completed, progress->total);
-  return seconds ? std::optional(ExportTiming::formatRemaining(*seconds)) : std::nullopt;
+  const std::optional<TimeLeft> time = timeLeft(now);
+  return time ? std::optional(ExportTiming::format(*time)) : std::nullopt;
 }

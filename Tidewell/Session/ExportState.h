@@ -13,6 +13,7 @@
 #include "TidewellCore/ChatData/ScanResult.h"
 #include "TidewellCore/Crypto/SecretBytes.h"
 #include "TidewellCore/Export/ExportSummary.h"
+#include "TidewellCore/Export/PhaseClock.h"
 #include "TidewellCore/ExportProgress.h"
 #include "TidewellCore/MediaKind.h"
 
@@ -45,7 +46,7 @@ struct ExportState {
   std::optional<std::int64_t> availableBytes;         // on the destination's volume
   bool dropTargeted = false;                          // a folder is being dragged over the window
   std::optional<Date> exportStartedAt;                // the running export, else the last one
-  std::optional<Date> phaseStartedAt;                 // the phase that `progress` tells of
+  PhaseClock phaseClock;                              // of the running export, else the last one
   StopQuestion stopQuestion = StopQuestion::none;     // only while an export runs
   std::optional<std::filesystem::path> unopenedPath;  // what the desktop could not open, until that was acknowledged
   SecretBytes backupPassword;                         // as typed, in UTF-8
@@ -82,7 +83,9 @@ struct ExportState {
   // Why the export cannot start, in English; absent when it can, or for another reason.
   std::optional<std::string_view> startExportHint() const;
   bool startExportHintOpensFolderPicker() const;
-  // In English; absent before media is copied and while there is too little to tell.
+  // Absent before media is copied and while there is too little to tell.
+  std::optional<TimeLeft> timeLeft(Date now) const;
+  // The same in English.
   std::optional<std::string> remainingDescription(Date now) const;
 
   bool operator==(const ExportState&) const = default;

@@ -1,8 +1,7 @@
 #include "TidewellCore/Export/ExportTiming.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "TidewellCore/Platform/Precondition.h"
@@ -25,17 +24,10 @@ TimeLeft atLeastOne(TimeLeft::Unit unit, double count) {
   return {.unit = unit, .count = std::max<std::int64_t>(rounded(count), 1)};
 }
 
-const char* nameOf(TimeLeft::Unit unit) {
-  switch (unit) {
-    case TimeLeft::Unit::second:
-      return "second";
-    case TimeLeft::Unit::minute:
-      return "minute";
-    case TimeLeft::Unit::hour:
-      return "hour";
-  }
-  return "";
-}
+// In the order of the units.
+constexpr std::array<ExportTiming::Words, 3> table{{{.one = "About 1 second left", .many = "About %lld seconds left"},
+                                                    {.one = "About 1 minute left", .many = "About %lld minutes left"},
+                                                    {.one = "About 1 hour left", .many = "About %lld hours left"}}};
 
 }  // namespace
 
@@ -54,6 +46,12 @@ TimeLeft ExportTiming::timeLeft(double seconds) {
 
 std::string ExportTiming::formatRemaining(double seconds) { return format(timeLeft(seconds)); }
 
+const ExportTiming::Words& ExportTiming::words(TimeLeft::Unit unit) { return table[static_cast<std::size_t>(unit)]; }
+
 std::string ExportTiming::format(const TimeLeft& time) {
-  return fmt::format("About {} {}{} left", time.count, nameOf(time.unit), time.count == 1 ? "" : "s");
+  constexpr std::string_view placeholder = "%lld";
+  const Words& form = words(time.unit);
+  if (time.count == 1) return std::string(form.one);
+  std::string text(form.many);
+  return text.replace(text.find(placeholder), placeholder.size(), std::to_string(time.count));
 }

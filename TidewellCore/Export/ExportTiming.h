@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
 // A time that is still to pass, in the one unit in which people would tell it.
 struct TimeLeft {
@@ -23,6 +24,12 @@ std::optional<double> remaining(double elapsed, std::int64_t completed, std::int
 // The unit is chosen before rounding, so that 59.6 seconds are 60. An infinite
 // time is a fault of the program.
 TimeLeft timeLeft(double seconds);
+// A time left in English.
+struct Words {
+  std::string_view one;   // "About 1 minute left"
+  std::string_view many;  // the same with "%lld" for the number
+};
+const Words& words(TimeLeft::Unit unit);
 // "About 2 minutes left".
 std::string format(const TimeLeft& time);
 std::string formatRemaining(double seconds);

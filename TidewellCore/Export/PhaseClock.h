@@ -19,6 +19,8 @@ struct PhaseClock {
   // media are copied, and while there is too little to tell.
   std::optional<TimeLeft> timeLeft(Seconds now) const;
 
+  bool operator==(const PhaseClock&) const = default;
+
  private:
   ExportProgress last_;
   std::optional<Seconds> phaseStart_;  // absent before the first progress

@@ -42,6 +42,47 @@ TEST(DoneStepContent, TellsOfFailures) {
   EXPECT_TRUE(contentOf({.failedCount = 1}).hasFailures);
 }
 
+TEST(DoneStepContent, NamesWhatFailedAndWhy) {
+  const DoneStepContent content = contentOf({.failedCount = 3,
+                                             .failures = {{"a.jpg", "Ana", FailureReason::missing},
+                                                          {"b\nb.pdf", "Fam\tily", FailureReason::tooLarge},
+                                                          {"c.mp4", "Ana", FailureReason::missing}}});
+  EXPECT_EQ(content.headline, "2 files are missing from the backup");
+  ASSERT_EQ(content.failures.size(), 3);
+  EXPECT_EQ(content.failures[0], (FailureContent{"a.jpg", "Ana", "It is missing from the backup."}));
+  EXPECT_EQ(content.failures[1], (FailureContent{"b b.pdf", "Fam ily", "It is too large for the drive."}));
+  EXPECT_EQ(content.moreFailures, "");
+  EXPECT_EQ(content.failureList.toStdString(),
+            "a.jpg\tAna\tIt is missing from the backup.\n"
+            "b b.pdf\tFam ily\tIt is too large for the drive.\n"
+            "c.mp4\tAna\tIt is missing from the backup.");
+}
+
+TEST(DoneStepContent, SaysOneFileInTheSingular) {
+  const ExportSummary summary{.failedCount = 1, .failures = {{"a.jpg", "Ana", FailureReason::cutShort}}};
+  EXPECT_EQ(contentOf(summary).headline, "1 file is cut short in the backup");
+}
+
+TEST(DoneStepContent, ShowsAThousandFailuresAndHowManyMore) {
+  ExportSummary summary{.failedCount = 3'130};
+  for (int i = 0; i < 3'130; ++i) summary.failures.push_back({"file", "chat", FailureReason::missing});
+  const DoneStepContent content = contentOf(summary);
+  EXPECT_EQ(content.headline, "3,130 files are missing from the backup");
+  EXPECT_EQ(content.failures.size(), 1'000);
+  EXPECT_EQ(content.moreFailures, "and 2,130 more");
+  EXPECT_EQ(content.failureList.count('\n'), 1'000);
+  EXPECT_TRUE(content.failureList.endsWith("and 2,130 more"));
+}
+
+TEST(DoneStepContent, ProposesNoArchiveWhereThereIsNone) {
+  EXPECT_FALSE(contentOf({.copiedCount = 1}).hasArchive);
+  EXPECT_TRUE(contentOf({.archiveIndexURL = "/kept/index.html"}).hasArchive);
+}
+
+TEST(DoneStepContent, PassesOnWarnings) {
+  EXPECT_EQ(contentOf({.warnings = {"Something to know."}}).warnings, QStringList{"Something to know."});
+}
+
 TEST(DoneStepContent, NamesWhereTheExportWent) {
   ExportState state;
   state.destinationURL = "/chosen since";

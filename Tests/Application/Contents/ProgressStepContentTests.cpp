@@ -15,13 +15,27 @@ const L10n texts = americanTexts();
 ExportState exporting(const ExportProgress& progress) {
   ExportState state;
   state.step = WizardStep::exporting;
-  state.phaseStartedAt = someDate;
+  state.phaseClock.take(progress, someDate.time_since_epoch());
   state.progress = progress;
   return state;
 }
 
 ProgressStepContent after(double seconds, const ExportProgress& progress, const L10n& language = texts) {
   return ProgressStepContent::of(exporting(progress), language, someDate + std::chrono::duration<double>(seconds));
+}
+
+TEST(ProgressStepContent, SaysNothingTwice) {
+  const ExportProgress unlocking{.phase = Phase::unlocking, .currentFileName = "Unlocking backup…", .total = 1};
+  EXPECT_EQ(after(1, unlocking).title, "Unlocking backup…");
+  EXPECT_EQ(after(1, unlocking).fileName, "");
+}
+
+TEST(ProgressStepContent, TellsTheTimeLeftInTheUsersLanguage) {
+  const L10n portuguese(StringTable({{"About %lld seconds left", "Faltam cerca de %lld segundos"}}),
+                        {.identifier = "pt_BR"}, {.identifier = "UTC"});
+  const ExportProgress copying{.phase = Phase::copyingMedia, .completed = 25, .total = 100};
+  EXPECT_EQ(after(10, copying).remaining, "About 30 seconds left");
+  EXPECT_EQ(after(10, copying, portuguese).remaining, "Faltam cerca de 30 segundos");
 }
 
 TEST(ProgressStepContent, IsTitledByThePhase) {

@@ -36,6 +36,30 @@ TEST(WindowContent, TellsThatBackupsAreLookedForAgain) {
   EXPECT_EQ(contentOf(state).busyText, "") << "there is a backup to show";
 }
 
+TEST(WindowContent, AsksWhetherToStop) {
+  ExportState state;
+  EXPECT_FALSE(contentOf(state).asksToStop);
+  for (const StopQuestion question : {StopQuestion::cancel, StopQuestion::close}) {
+    state.stopQuestion = question;
+    EXPECT_TRUE(contentOf(state).asksToStop);
+  }
+}
+
+TEST(WindowContent, OffersToTryAgainWhatFailed) {
+  ExportState state;
+  state.summary = ExportSummary{.copiedCount = 1};
+  EXPECT_FALSE(contentOf(state).canTryAgain);
+  state.summary->failedCount = 1;
+  EXPECT_TRUE(contentOf(state).canTryAgain);
+}
+
+TEST(WindowContent, NamesWhatCouldNotBeOpened) {
+  ExportState state;
+  EXPECT_EQ(contentOf(state).unopenedPath, "");
+  state.unopenedPath = "/kept/index.html";
+  EXPECT_EQ(contentOf(state).unopenedPath, "/kept/index.html");
+}
+
 TEST(WindowContent, TellsWhatIsBeingRead) {
   ExportState state;
   EXPECT_EQ(contentOf(state).busyText, "");

@@ -135,7 +135,8 @@ ExportState exporting(ExportProgress progress) {
   ExportState state = withDestination("/Users/mara/Documents/Chats", 250'000'000'000);
   state.step = WizardStep::exporting;
   state.work = Exporting();
-  state.exportStartedAt = state.phaseStartedAt = dateFromUnixTime(noon - 95);
+  state.exportStartedAt = dateFromUnixTime(noon - 95);
+  state.phaseClock.take(progress, std::chrono::duration<double>(noon - 95));
   state.progress = std::move(progress);
   return state;
 }

@@ -9,6 +9,7 @@
 #include "Tidewell/Services/ResourceBundle.h"
 #include "TidewellCore/Export/CopyFailure.h"
 #include "TidewellCore/Export/EarlyEnd.h"
+#include "TidewellCore/Export/ExportTiming.h"
 #include "TidewellCore/ExportProgress.h"
 
 namespace {
@@ -73,6 +74,15 @@ TEST(Texts, EveryPhaseOfARunHasAKey) {
   const auto english = readTable(bundle / "en.json");
   for (const auto& [phase, name] : rawValueTable(ExportProgress::Phase{})) {
     EXPECT_TRUE(english.contains(std::string(ExportProgress::title(phase)))) << name;
+  }
+}
+
+TEST(Texts, EveryTimeLeftHasAKey) {
+  const auto english = readTable(bundle / "en.json");
+  for (const auto unit : {TimeLeft::Unit::second, TimeLeft::Unit::minute, TimeLeft::Unit::hour}) {
+    for (const std::string_view text : {ExportTiming::words(unit).one, ExportTiming::words(unit).many}) {
+      EXPECT_TRUE(english.contains(std::string(text))) << text;
+    }
   }
 }
 

@@ -36,6 +36,11 @@ ExportState ready() {
   return state;
 }
 
+void take(ExportState& state, const ExportProgress& progress, Date now) {
+  state.progress = progress;
+  state.phaseClock.take(progress, now.time_since_epoch());
+}
+
 struct Variation {
   const char* name;
   std::function<void(ExportState&)> change;
@@ -56,8 +61,7 @@ TEST(ExportState, StartsAsAnEmptyFirstStep) {
   }
   EXPECT_FALSE(state.selectedBackupID || state.backupURL || state.backupInfo || state.scanResult ||
                state.destinationURL || state.progress || state.summary || state.errorMessage ||
-               state.recoverySuggestion || state.availableBytes || state.exportStartedAt || state.phaseStartedAt ||
-               state.storedPassword);
+               state.recoverySuggestion || state.availableBytes || state.exportStartedAt || state.storedPassword);
   EXPECT_TRUE(state.backupPassword.empty());
   EXPECT_FALSE(state.canContinueFromBackup() || state.canExport());
   EXPECT_EQ(state.selectedCount(), 0);
@@ -288,26 +292,31 @@ TEST(ExportState, EstimatesTheTimeLeftOnceMediaIsCopied) {
                                 {Phase::finished, "About 30 seconds left"}};
   for (const Case& c : cases) {
     ExportState state;
-    state.phaseStartedAt = start;
-    state.progress = {.phase = c.phase, .completed = 25, .total = 100};
+    take(state, {.phase = c.phase, .completed = 25, .total = 100}, start);
     EXPECT_EQ(state.remainingDescription(after(10)), c.expected) << static_cast<int>(c.phase);
   }
 }
 
 TEST(ExportState, DoesNotGuessTheTimeLeft) {
   ExportState state;
-  state.progress = {.phase = Phase::copyingMedia, .completed = 25, .total = 100};
-  EXPECT_EQ(state.remainingDescription(after(10)), std::nullopt) << "without a start";
-  state.phaseStartedAt = start;
+  EXPECT_EQ(state.remainingDescription(after(10)), std::nullopt) << "without progress";
+  take(state, {.phase = Phase::copyingMedia, .completed = 25, .total = 100}, start);
   EXPECT_EQ(state.remainingDescription(after(0.5)), std::nullopt) << "too early";
   EXPECT_EQ(state.remainingDescription(after(-3600)), std::nullopt) << "the clock was set back";
   EXPECT_TRUE(state.remainingDescription(after(1e9))) << "the clock was set forward";
-  state.progress->completed = 0;
+  take(state, {.phase = Phase::copyingMedia, .completed = 0, .total = 100}, start);
   EXPECT_EQ(state.remainingDescription(after(10)), std::nullopt) << "nothing done";
-  state.progress->completed = 100;
+  take(state, {.phase = Phase::copyingMedia, .completed = 100, .total = 100}, start);
   EXPECT_EQ(state.remainingDescription(after(10)), std::nullopt) << "all done";
-  state.progress.reset();
-  EXPECT_EQ(state.remainingDescription(after(10)), std::nullopt) << "without progress";
+}
+
+TEST(ExportState, ReckonsTheTimeLeftFromThePhasesStart) {
+  ExportState state;
+  take(state, {.phase = Phase::unlocking, .total = 1}, start);
+  take(state, {.phase = Phase::copyingMedia, .completed = 0, .total = 100}, after(60));
+  take(state, {.phase = Phase::copyingMedia, .completed = 50, .total = 100}, after(70));
+  EXPECT_EQ(state.timeLeft(after(70)), (TimeLeft{.unit = TimeLeft::Unit::second, .count = 10}))
+      << "what the unlocking took says nothing of the copying";
 }
 
 }  // namespace
