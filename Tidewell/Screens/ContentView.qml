@@ -9,6 +9,7 @@ FocusScope {
     required property WizardScreens screens
     readonly property ExportViewModel controller: screens.controller
     readonly property windowContent content: screens.window
+    readonly property int step: content.step
 
     // A key that is held must not run through the steps.
     function press(button, event) {
@@ -16,6 +17,7 @@ FocusScope {
             button.clicked();
     }
 
+    onStepChanged: footerGuard.start()
     Accessible.role: Accessible.Client
     Accessible.name: content.stepCaption
     Keys.onReturnPressed: event => press(footer.item.defaultButton, event)
@@ -72,6 +74,13 @@ FocusScope {
                 anchors.leftMargin: Theme.wide
                 anchors.rightMargin: Theme.wide
                 sourceComponent: [backupFooter, optionsFooter, progressFooter, doneFooter][view.content.step - 1]
+            }
+            // The second click of a double one must not press what the first one brought.
+            ClickGuard {
+                id: footerGuard
+
+                objectName: "footerGuard"
+                anchors.fill: parent
             }
         }
     }

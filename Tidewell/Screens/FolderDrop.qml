@@ -2,6 +2,8 @@ import QtQuick
 import Tidewell.Screens
 
 // Takes a file or folder dragged in from elsewhere, and frames the window meanwhile.
+// A backup is read where it is: whoever drags it is told that it was copied, so that
+// nobody removes it, and is refused where only moving is on offer.
 DropArea {
     id: area
 
@@ -13,13 +15,22 @@ DropArea {
         return drag.hasUrls ? drag.urls.find(url => String(url).startsWith("file:")) : undefined;
     }
 
+    function take(drag) {
+        const isTaken = fileAmong(drag) !== undefined && (drag.supportedActions & Qt.CopyAction) !== 0;
+        if (isTaken)
+            drag.accept(Qt.CopyAction);
+        else
+            drag.accept(Qt.IgnoreAction);
+        return isTaken;
+    }
+
     onContainsDragChanged: targetedWanted(containsDrag)
-    onEntered: drag => drag.accepted = fileAmong(drag) !== undefined
+    onEntered: drag => drag.accepted = take(drag)
+    onPositionChanged: drag => take(drag)
     onDropped: drop => {
-        const file = fileAmong(drop);
-        drop.accepted = file !== undefined;
+        drop.accepted = take(drop);
         if (drop.accepted)
-            folderDropped(file);
+            folderDropped(fileAmong(drop));
     }
 
     Rectangle {

@@ -122,6 +122,7 @@ void Scene::open(const Wishes& wishes) {
   console = std::make_unique<Console>();
   app = std::make_unique<LorewickApp>(setup(wishes));
   if (app->window() == nullptr) throw std::runtime_error("The window could not be loaded.");
+  if (!wishes.guardsClicks) window().findChild<QObject*>("footerGuard")->setProperty("interval", 0);
   window().show();
   controller().startUp(wishes.opensBackup ? std::optional(backup) : std::nullopt);
   ASSERT_TRUE(until([&] { return window().isExposed() && !state().isRefreshingLibrary && !state().isInspecting(); },
@@ -198,8 +199,9 @@ std::string Scene::focused() const {
   return item == nullptr ? "" : item->objectName().toStdString();
 }
 
-// Sheet and alert let nothing through, also while they fade away.
+// Sheet and alert let nothing through, also while they fade away, nor does the footer just after a step.
 bool Scene::isCovered(const std::string& name) const {
+  if (isShown("footerGuard")) return true;
   for (const char* button : {"cancelUnlockButton", "alertOKButton"}) {
     if (isShown(button)) return name != button;
   }
@@ -224,13 +226,15 @@ void Scene::tabTo(const std::string& name) {
   EXPECT_EQ(focused(), name) << "the keyboard never came to it";
 }
 
-bool Scene::enter(const QMimeData& data) {
-  QDragEnterEvent event(middle(), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+bool Scene::enter(const QMimeData& data, Qt::DropActions offered, Qt::KeyboardModifiers held) {
+  QDragEnterEvent event(middle(), offered, &data, Qt::LeftButton, held);
   QCoreApplication::sendEvent(&window(), &event);
   return event.isAccepted();
 }
 
-bool Scene::dragOver(const QList<QUrl>& urls, const QString& text) { return enter(*dragged(urls, text)); }
+bool Scene::dragOver(const QList<QUrl>& urls, const QString& text) {
+  return enter(*dragged(urls, text), Qt::CopyAction, Qt::NoModifier);
+}
 
 void Scene::dragAway() {
   QDragLeaveEvent leave;
@@ -239,13 +243,28 @@ void Scene::dragAway() {
 
 bool Scene::drop(const QList<QUrl>& urls, const QString& text) {
   const auto data = dragged(urls, text);
-  if (!enter(*data)) {
+  if (!enter(*data, Qt::CopyAction, Qt::NoModifier)) {
     dragAway();
     return false;
   }
   QDropEvent event(middle(), Qt::CopyAction, data.get(), Qt::LeftButton, Qt::NoModifier);
   QCoreApplication::sendEvent(&window(), &event);
   return event.isAccepted();
+}
+
+std::optional<Qt::DropAction> Scene::dropOffering(Qt::DropActions offered, Qt::KeyboardModifiers held,
+                                                  const QList<QUrl>& urls) {
+  const auto data = dragged(urls, {});
+  if (!enter(*data, offered, held)) {
+    dragAway();
+    return std::nullopt;
+  }
+  QDragMoveEvent move(middle() + QPoint(1, 1), offered, data.get(), Qt::LeftButton, held);
+  QCoreApplication::sendEvent(&window(), &move);
+  if (!move.isAccepted() || move.dropAction() == Qt::IgnoreAction) return std::nullopt;
+  QDropEvent event(middle(), offered, data.get(), Qt::LeftButton, held);
+  QCoreApplication::sendEvent(&window(), &event);
+  return event.isAccepted() ? std::optional(event.dropAction()) : std::nullopt;
 }
 
 QPoint Scene::middle() const { return {window().width() / 2, window().height() / 2}; }

@@ -50,6 +50,7 @@ struct Wishes {
   bool realFolderDialog = false;  // instead of the answers that the test gives
   bool opensBackup = false;       // the application is started with the backup
   bool accessDenied = false;      // the user may not list the library's folder
+  bool guardsClicks = false;      // for as long as people have it; else only until the next event
 };
 
 class Scene : public testing::Test {
@@ -93,6 +94,9 @@ class Scene : public testing::Test {
   void dragAway();
   // Drags these over the window and lets go; whether the window took them.
   bool drop(const QList<QUrl>& urls, const QString& text = {});
+  // The same from a source that offers these actions; what it is told was done, nothing when it was refused.
+  std::optional<Qt::DropAction> dropOffering(Qt::DropActions offered, Qt::KeyboardModifiers held,
+                                             const QList<QUrl>& urls);
 
   // The steps that lead to later ones.
   void continueWithBackup();
@@ -113,7 +117,7 @@ class Scene : public testing::Test {
 
  private:
   ExportViewModel::Setup setup(const Wishes& wishes);
-  bool enter(const QMimeData& data);
+  bool enter(const QMimeData& data, Qt::DropActions offered, Qt::KeyboardModifiers held);
   QPoint middle() const;
   bool isCovered(const std::string& name) const;
   void prepare(const Wishes& wishes);

@@ -235,41 +235,4 @@ TEST_F(Wizard, AsksForAccessWhereBackupsAreHidden) {
   expectGone("macOS is hiding your backups");
 }
 
-// ------------------------------------------------------------------ drops
-
-TEST_F(Wizard, TakesAFolderThatIsDroppedOnIt) {
-  open({.listed = false});
-  const QList<QUrl> urls{QUrl::fromLocalFile(QString::fromStdString(backup.string()))};
-  EXPECT_TRUE(dragOver(urls));
-  EXPECT_TRUE(state().dropTargeted);
-  dragAway();
-  EXPECT_FALSE(state().dropTargeted);
-  EXPECT_TRUE(drop(urls));
-  EXPECT_FALSE(state().dropTargeted);
-  EXPECT_TRUE(until([&] { return shows("Ana's iPhone"); }, "the dropped backup"));
-}
-
-TEST_F(Wizard, RefusesWhatIsNoFile) {
-  open();
-  EXPECT_FALSE(drop({QUrl("https://example.org/")}));
-  EXPECT_FALSE(drop({}, "some text"));
-  EXPECT_FALSE(state().dropTargeted);
-  EXPECT_EQ(state().backupURL, std::nullopt);
-}
-
-TEST_F(Wizard, TellsThatADroppedFileIsNoBackup) {
-  open();
-  std::ofstream(folder / "holiday.jpg") << "a photo";
-  drop({QUrl::fromLocalFile(QString::fromStdString((folder / "holiday.jpg").string()))});
-  ASSERT_TRUE(until([&] { return isShown("alertOKButton"); }, "the alert"));
-  expectShown("This folder isn't an iPhone backup.");
-}
-
-TEST_F(Wizard, GoesBackToTheFirstStepForAFolderThatIsDroppedLater) {
-  open();
-  exportAll();
-  drop({QUrl::fromLocalFile(QString::fromStdString(backup.string()))});
-  EXPECT_TRUE(until([&] { return state().step == WizardStep::backup && state().backupInfo; }, "the first step"));
-}
-
 }  // namespace
