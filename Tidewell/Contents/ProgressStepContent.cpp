@@ -11,7 +11,7 @@ QString titleOf(const std::optional<ExportProgress>& progress, const L10n& texts
   return texts.text(ContentText::text(ExportProgress::title(progress->phase)));
 }
 
-QString remaining(const TimeLeft& time, const L10n& texts) {
+QString remainingText(const TimeLeft& time, const L10n& texts) {
   const ExportTiming::Words& words = ExportTiming::words(time.unit);
   return ContentText::counted(words.one, words.many, time.count, texts);
 }
@@ -31,6 +31,6 @@ ProgressStepContent ProgressStepContent::of(const ExportState& state, const L10n
   content.fileName = ContentText::text(Text::repaired(progress.currentFileName));
   // The title says already what the unlocking calls its file.
   if (content.isIndeterminate) content.fileName.clear();
-  if (const auto time = state.timeLeft(now)) content.remaining = remaining(*time, texts);
+  if (const auto time = state.timeLeft(now)) content.remaining = remainingText(*time, texts);
   return content;
 }

@@ -22,7 +22,7 @@ FocusScope {
     Accessible.name: content.stepCaption
     Keys.onReturnPressed: event => press(footer.item.defaultButton, event)
     Keys.onEnterPressed: event => press(footer.item.defaultButton, event)
-    Keys.onEscapePressed: event => press(footer.item.cancelButton, event)
+    Keys.onEscapePressed: event => event.isAutoRepeat || footer.item.escaped()
 
     ColumnLayout {
         anchors.fill: parent
@@ -151,7 +151,7 @@ FocusScope {
             hintIsLink: view.content.hintOpensFolderPicker
             onHintClicked: view.controller.chooseDestination()
             defaultButton: startButton
-            cancelButton: backButton
+            onEscaped: backButton.clicked()
 
             PlainButton {
                 id: backButton
@@ -174,11 +174,10 @@ FocusScope {
         id: progressFooter
 
         StepFooter {
-            cancelButton: cancelExportButton
+            // Pressed more easily than meant.
+            onEscaped: view.controller.askToCancelExport()
 
             PlainButton {
-                id: cancelExportButton
-
                 objectName: "cancelExportButton"
                 text: L10n.text("Cancel")
                 onClicked: view.controller.cancelExport()

@@ -32,6 +32,14 @@ ApplicationWindow {
     palette.highlight: "#0a7565"
     palette.highlightedText: "#15202b"
 
+    onClosing: close => close.accepted = screens.controller.mayClose()
+
+    Connections {
+        target: window.screens.controller
+        function onCloseConfirmed() {
+            window.close();
+        }
+    }
     ContentView {
         anchors.fill: parent
         focus: true

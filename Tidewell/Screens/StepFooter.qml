@@ -4,7 +4,7 @@ import QtQuick.Templates as T
 import Tidewell.Screens
 
 // A step's buttons at the right, the main one last, and at the left what goes on
-// or what is still missing. Return and Escape reach the two buttons named here.
+// or what is still missing. Return presses the button named here; Escape is told.
 RowLayout {
     id: footer
 
@@ -13,8 +13,8 @@ RowLayout {
     property string hint
     property bool hintIsLink: false
     property T.AbstractButton defaultButton: null
-    property T.AbstractButton cancelButton: null
     signal hintClicked()
+    signal escaped()
 
     spacing: Theme.medium
 

@@ -47,7 +47,7 @@ TEST_F(DoubleClicks, OnStartExportDoNotCancelIt) {
   openAtOptions();
   click("startExportButton");
   clickAt(placeOf("cancelExportButton"));
-  ASSERT_TRUE(until([&] { return !state().isExporting; }, "the export ends"));
+  ASSERT_TRUE(until([&] { return !state().isExporting(); }, "the export ends"));
   EXPECT_EQ(state().step, WizardStep::done);
 }
 
@@ -63,10 +63,10 @@ TEST_F(DoubleClicks, OfAButtonThatIsHeldAcrossTheStepDoNotCount) {
   QTest::mouseRelease(&window(), Qt::LeftButton, Qt::NoModifier, place);
   QTest::qWait(100);
   clickAt(place);
-  EXPECT_FALSE(state().isScanning) << "the button was up for 100 ms";
+  EXPECT_FALSE(state().isScanning()) << "the button was up for 100 ms";
   QTest::qWait(600);
   clickAt(place);
-  EXPECT_TRUE(state().isScanning || state().step == WizardStep::options);
+  EXPECT_TRUE(state().isScanning() || state().step == WizardStep::options);
 }
 
 TEST_F(DoubleClicks, HoldUpNoKeys) {

@@ -102,7 +102,11 @@ ExportViewModel::Setup Scene::setup(const Wishes& wishes) {
   }
   services.workspace = {
       .openURL = [](const std::string&) { return false; },
-      .openFile = [this](const fs::path& file, const auto&) { openedFiles.push_back(file); },
+      .openFile =
+          [this](const fs::path& file, const auto& failed) {
+            openedFiles.push_back(file);
+            if (!opensFiles) failed();
+          },
       .revealInFinder = [this](const fs::path& place, const auto&) { revealedFolders.push_back(place); }};
   return {.services = std::move(services),
           .texts = L10n(StringTable(), Locale{"en_US"}, TimeZone{"UTC"}),

@@ -111,6 +111,7 @@ class Scene : public testing::Test {
   std::deque<std::optional<fs::path>> chosenFolders;  // the answers of the folder chooser, in order
   std::vector<FolderRequest> folderRequests;
   std::vector<fs::path> openedFiles;
+  bool opensFiles = true;  // the desktop can
   std::vector<fs::path> revealedFolders;
   std::unique_ptr<Console> console;
   std::unique_ptr<LorewickApp> app;
