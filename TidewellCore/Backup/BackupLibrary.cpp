@@ -9,6 +9,7 @@
 #include <tuple>
 
 #include "TidewellCore/Backup/BackupInspector.h"
+#include "TidewellCore/ErrorReport.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/Platform/SaturatingAdd.h"
@@ -23,11 +24,13 @@ std::error_code listingError(const fs::path& folder) {
   return error;
 }
 
-void append(const fs::path& folder, std::vector<DiscoveredBackup>& backups) {
+// A half-written or foreign folder never breaks the list.
+void append(const fs::path& folder, BackupLibrarySnapshot& snapshot) {
   try {
-    backups.push_back({.info = BackupInspector::inspect(folder)});
-  } catch (const std::exception&) {
-    // A half-written or foreign folder never breaks the list.
+    snapshot.backups.push_back({.info = BackupInspector::inspect(folder)});
+  } catch (const std::exception& error) {
+    snapshot.unreadable.push_back(
+        {.name = PathText::text(folder.filename()), .reason = ErrorReport::of(error).errorDescription});
   }
 }
 
@@ -72,9 +75,12 @@ BackupLibrarySnapshot BackupLibrary::diagnose(const fs::path& root) {
   if (snapshot.access != BackupAccess::readable) return snapshot;
   for (const Files::Entry& entry : Files::listVisible(root)) {
     const fs::path child = root / entry.name;
-    if (entry.isFolder && holdsManifest(child)) append(child, snapshot.backups);
+    if (entry.isFolder) append(child, snapshot);
   }
-  if (snapshot.backups.empty() && holdsManifest(root)) append(root, snapshot.backups);
+  if (holdsManifest(root)) {
+    snapshot.unreadable.clear();  // the folders of a backup are no backups
+    if (snapshot.backups.empty()) append(root, snapshot);
+  }
   std::ranges::stable_sort(snapshot.backups, standsBefore);
   return snapshot;
 }

@@ -34,9 +34,18 @@ struct DiscoveredBackup {
   bool operator==(const DiscoveredBackup&) const = default;
 };
 
+// A folder among the backups that cannot be read as one.
+struct UnreadableFolder {
+  std::string name;
+  std::string reason;  // a sentence in English
+
+  bool operator==(const UnreadableFolder&) const = default;
+};
+
 struct BackupLibrarySnapshot {
   BackupAccess access = BackupAccess::missing;
-  std::vector<DiscoveredBackup> backups;  // newest first
+  std::vector<DiscoveredBackup> backups;     // newest first
+  std::vector<UnreadableFolder> unreadable;  // by name
 
   bool operator==(const BackupLibrarySnapshot&) const = default;
 };
@@ -54,7 +63,7 @@ namespace BackupLibrary {
 
 BackupAccess access(const std::filesystem::path& root);
 bool isPermissionError(const std::error_code& error);
-// Folders that are no backups, or damaged ones, are left out.
+// Folders that are no backups, or damaged ones, are named apart; hidden ones are left out.
 BackupLibrarySnapshot diagnose(const std::filesystem::path& root);
 // The bytes of all regular files below a folder. Takes long on a large backup;
 // ends with TidewellError::cancelled when asked to.
