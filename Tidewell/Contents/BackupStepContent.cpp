@@ -20,6 +20,16 @@ bool isListed(const ExportState& state, const BackupInfo& info) {
                              [&](const DiscoveredBackup& backup) { return backup.info.url == info.url; });
 }
 
+// What was read is still the backup before while the selected one is being read.
+bool isReadAndEncrypted(const ExportState& state) {
+  return state.backupInfo && state.backupInfo->isEncrypted && state.backupInfo->url.native() == state.selectedBackupID;
+}
+
+int indexOfSelected(const QList<BackupRowContent>& rows) {
+  const auto found = std::ranges::find_if(rows, [](const BackupRowContent& row) { return row.selected; });
+  return found == rows.end() ? -1 : static_cast<int>(found - rows.begin());
+}
+
 QList<BackupRowContent> rowsOf(const ExportState& state, const L10n& texts) {
   QList<BackupRowContent> rows;
   if (state.backupInfo && !isListed(state, *state.backupInfo)) {
@@ -29,6 +39,7 @@ QList<BackupRowContent> rowsOf(const ExportState& state, const L10n& texts) {
   for (const DiscoveredBackup& backup : state.library.backups) {
     rows.append(BackupRowContent::of(backup, backup.id() == state.selectedBackupID, texts));
   }
+  for (BackupRowContent& row : rows) row.asksPassword = row.selected && isReadAndEncrypted(state);
   return rows;
 }
 
@@ -52,7 +63,8 @@ BackupStepContent BackupStepContent::of(const ExportState& state, const L10n& te
           .listsBackups = !state.library.backups.empty(),
           .showsHelp = backups.isEmpty() && !isAccessDenied && !isLooking,
           .rows = backups,
-          .isEncrypted = state.backupInfo && state.backupInfo->isEncrypted,
+          .chosenRow = indexOfSelected(backups),
+          .isInspecting = state.isInspecting(),
           .hasStoredPassword = state.hasStoredPassword,
           .rememberPassword = state.rememberBackupPassword,
           .hasTypedPassword = !state.backupPassword.empty(),

@@ -15,6 +15,7 @@ struct BackupRowContent {
   Q_PROPERTY(QString detail MEMBER detail)
   Q_PROPERTY(QString note MEMBER note)
   Q_PROPERTY(bool selected MEMBER selected)
+  Q_PROPERTY(bool asksPassword MEMBER asksPassword)
 
  public:
   QString id;
@@ -22,6 +23,7 @@ struct BackupRowContent {
   QString detail;  // system, date and size, as far as they are known
   QString note;    // that it is encrypted; else empty
   bool selected = false;
+  bool asksPassword = false;  // it is selected, was read, and is encrypted
 
   static BackupRowContent of(const DiscoveredBackup& backup, bool selected, const L10n& texts);
 
@@ -35,8 +37,8 @@ struct BackupStepContent {
   Q_PROPERTY(bool isAccessDenied MEMBER isAccessDenied)
   Q_PROPERTY(bool listsBackups MEMBER listsBackups)
   Q_PROPERTY(bool showsHelp MEMBER showsHelp)
-  Q_PROPERTY(QList<BackupRowContent> rows MEMBER rows)
-  Q_PROPERTY(bool isEncrypted MEMBER isEncrypted)
+  Q_PROPERTY(int chosenRow MEMBER chosenRow)
+  Q_PROPERTY(bool isInspecting MEMBER isInspecting)
   Q_PROPERTY(bool hasStoredPassword MEMBER hasStoredPassword)
   Q_PROPERTY(bool rememberPassword MEMBER rememberPassword)
   Q_PROPERTY(bool hasTypedPassword MEMBER hasTypedPassword)
@@ -49,7 +51,8 @@ struct BackupStepContent {
   bool showsHelp = false;     // there is no backup to show at all
   // In the library's order; before them the chosen backup when it is not in the library.
   QList<BackupRowContent> rows;
-  bool isEncrypted = false;  // the chosen backup
+  int chosenRow = -1;         // -1: none
+  bool isInspecting = false;  // the chosen backup is being read
   bool hasStoredPassword = false;
   bool rememberPassword = false;
   bool hasTypedPassword = false;  // false: the field is to be empty

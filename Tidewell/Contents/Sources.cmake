@@ -7,5 +7,7 @@ target_sources(TidewellSession PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/OptionsStepContent.h
   ${CMAKE_CURRENT_LIST_DIR}/ProgressStepContent.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ProgressStepContent.h
+  ${CMAKE_CURRENT_LIST_DIR}/TypeAhead.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/TypeAhead.h
   ${CMAKE_CURRENT_LIST_DIR}/WindowContent.cpp
   ${CMAKE_CURRENT_LIST_DIR}/WindowContent.h)

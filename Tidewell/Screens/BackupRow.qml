@@ -9,17 +9,20 @@ T.RadioButton {
 
     required property backupRowContent backup
     required property bool selected
+    // What asks for its password stands beneath it and waits.
+    required property bool opensField
+    signal chosenByKey()
 
     autoExclusive: false
     checked: selected
     // A click chooses nothing by itself.
     onClicked: checked = Qt.binding(() => selected)
 
-    // On the chosen row, Return goes on to the step's own button.
+    // On the chosen row, Return goes on to the step's own button once that can be pressed.
     function chooseByKey(event) {
-        event.accepted = !selected;
-        if (!selected)
-            clicked();
+        event.accepted = !selected || opensField;
+        if (event.accepted && !event.isAutoRepeat)
+            chosenByKey();
     }
 
     implicitHeight: content.implicitHeight + 2 * padding

@@ -1,23 +1,34 @@
 import QtQuick
 import QtQuick.Layouts
+import QtQuick.Window
 import Tidewell.Screens
 
 // Step 1: which backup.
-ScrollPage {
+FocusScope {
     id: view
 
     required property backupStepContent content
+    required property BackupRows backups
     required property ExportViewModel controller
     // False while something lies over the window that keeps the focus.
     required property bool mayTakeFocus
+    readonly property Item focusItem: Window.activeFocusItem
 
-    centred: content.isLooking
-    revealed: content.isEncrypted ? passwordCard : null
+    onFocusItemChanged: if (scroller.isReachedByKeys(focusItem)) scroller.reveal(focusItem)
+    Keys.onUpPressed: scroller.by(-48)
+    Keys.onDownPressed: scroller.by(48)
+    Keys.onPressed: event => scroller.takePageKey(event)
 
+    Scroller {
+        id: scroller
+
+        flickable: list
+        margin: Theme.tight
+    }
     ColumnLayout {
-        visible: view.content.isLooking
+        anchors.centerIn: parent
+        visible: view.content.isLooking && !view.content.isAccessDenied
         spacing: Theme.medium
-        Layout.alignment: Qt.AlignHCenter
 
         Spinner {
             size: 32
@@ -29,67 +40,50 @@ ScrollPage {
             color: Theme.quiet
         }
     }
-    FullDiskAccessCard {
-        Layout.fillWidth: true
-        visible: view.content.isAccessDenied
-        compact: view.content.rows.length > 0
-        onOpenSettings: view.controller.openFullDiskAccessSettings()
-        onCheckAgain: view.controller.refreshLibrary()
-    }
-    Words {
-        objectName: "listText"
-        Layout.fillWidth: true
-        visible: view.content.listsBackups
-        text: L10n.text("These Finder backups are on this Mac. Choose one to export.")
-        color: Theme.quiet
-        wrapMode: Text.Wrap
-    }
-    ColumnLayout {
+    BackupList {
         id: list
 
         objectName: "backupList"
-        Layout.fillWidth: true
-        visible: view.content.rows.length > 0
-        spacing: Theme.tight
-        Accessible.role: Accessible.List
-        Accessible.name: L10n.text("These Finder backups are on this Mac. Choose one to export.")
+        anchors.fill: parent
+        content: view.content
+        backups: view.backups
+        controller: view.controller
+        mayTakeFocus: view.mayTakeFocus
 
-        function focusRow(index) {
-            const row = rows.itemAt(index);
-            if (row)
-                row.forceActiveFocus(Qt.TabFocusReason);
-        }
+        header: Item {
+            width: list.width
+            height: heading.visible ? heading.y + heading.height + Theme.medium : Theme.wide
 
-        Repeater {
-            id: rows
+            ColumnLayout {
+                id: heading
 
-            model: view.content.rows.length
+                x: list.columnX
+                y: Theme.wide
+                width: list.columnWidth
+                visible: view.content.isAccessDenied || view.content.listsBackups || view.content.showsHelp
+                spacing: Theme.medium
 
-            BackupRow {
-                required property int index
-
-                objectName: "backupRow" + index
-                Layout.fillWidth: true
-                backup: view.content.rows[index]
-                selected: backup.selected
-                onClicked: view.controller.selectBackup(backup.id)
-                Keys.onUpPressed: list.focusRow(index - 1)
-                Keys.onDownPressed: list.focusRow(index + 1)
+                FullDiskAccessCard {
+                    Layout.fillWidth: true
+                    visible: view.content.isAccessDenied
+                    compact: list.count > 0
+                    onOpenSettings: view.controller.openFullDiskAccessSettings()
+                    onCheckAgain: view.controller.refreshLibrary()
+                }
+                Words {
+                    objectName: "listText"
+                    Layout.fillWidth: true
+                    visible: view.content.listsBackups
+                    text: L10n.text("These Finder backups are on this Mac. Choose one to export.")
+                    color: Theme.quiet
+                    wrapMode: Text.Wrap
+                }
+                NoBackupHelpCard {
+                    Layout.fillWidth: true
+                    visible: view.content.showsHelp
+                    onRefresh: view.controller.refreshLibrary()
+                }
             }
         }
-    }
-    NoBackupHelpCard {
-        Layout.fillWidth: true
-        visible: view.content.showsHelp
-        onRefresh: view.controller.refreshLibrary()
-    }
-    EncryptedBackupCard {
-        id: passwordCard
-
-        Layout.fillWidth: true
-        visible: view.content.isEncrypted
-        content: view.content
-        takesFocus: view.content.wantsPasswordFocus && view.mayTakeFocus
-        controller: view.controller
     }
 }

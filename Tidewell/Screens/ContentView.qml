@@ -91,6 +91,7 @@ FocusScope {
         BackupStepView {
             focus: true
             content: view.screens.backupStep
+            backups: view.screens.backupRows
             controller: view.controller
             mayTakeFocus: !view.content.hasError && !view.content.isUnlocking
         }

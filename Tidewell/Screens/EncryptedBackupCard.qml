@@ -6,18 +6,26 @@ import Tidewell.Screens
 Card {
     id: card
 
+    required property string name
     required property backupStepContent content
     required property ExportViewModel controller
     // Turns true when the field is to take the focus.
     required property bool takesFocus
     readonly property bool isCleared: !content.hasTypedPassword
 
+    // What is being typed stays.
+    function focusField() {
+        if (field.activeFocus)
+            return;
+        field.forceActiveFocus(Qt.OtherFocusReason);
+        field.selectAll();
+    }
+
     // Later, since it ends the very wish that it answers.
     function takeFocus() {
         if (!takesFocus)
             return;
-        field.forceActiveFocus(Qt.OtherFocusReason);
-        field.selectAll();
+        focusField();
         controller.setFocusBackupPassword(false);
     }
 
@@ -28,6 +36,7 @@ Card {
     CardHeading {
         symbol: "lock.fill"
         title: L10n.text("This backup is encrypted")
+        subject: card.name
         explanation: L10n.text("Enter the password you set in Finder when you turned on Encrypt local backup. It is not your iPhone passcode.")
     }
     ColumnLayout {

@@ -16,15 +16,27 @@ ModalPanel {
     description: message
     onEscaped: dismissed()
 
-    RowLayout {
-        spacing: Theme.snug
+    // No layout: before the alert is first seen it would measure the title at no width,
+    // and keep the height that this takes.
+    Item {
+        Layout.fillWidth: true
+        implicitHeight: Math.max(sign.height, title.height)
 
         Symbol {
+            id: sign
+
+            anchors.verticalCenter: title.verticalCenter
+            width: size
+            height: size
             name: "exclamationmark.triangle"
             tint: Theme.warning
         }
         Words {
-            Layout.fillWidth: true
+            id: title
+
+            anchors.left: sign.right
+            anchors.leftMargin: Theme.snug
+            anchors.right: parent.right
             text: alert.title
             font.pixelSize: Theme.heading
             font.weight: Font.DemiBold

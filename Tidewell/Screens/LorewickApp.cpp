@@ -1,15 +1,29 @@
 #include "Tidewell/Screens/LorewickApp.h"
 
+#include <QStandardPaths>
 #include <chrono>
 
 #include "Tidewell/Screens/DesktopPresence.h"
 #include "Tidewell/Screens/DesktopWorkspace.h"
+#include "Tidewell/Services/PathURL.h"
+#include "TidewellCore/Export/ExportPreferences.h"
 
 LorewickApp::LorewickApp(ExportViewModel::Setup setup)
-    : texts_(setup.texts),
+    : windowFile_(preferencesFile(setup).replace_filename("window.json")),
+      texts_(setup.texts),
       controller_(completed(std::move(setup), folders_), work_),
       screens_(controller_, texts_),
-      engine_({.screens = screens_, .folders = folders_, .appearance = appearance_, .texts = texts_}) {}
+      engine_({.screens = screens_, .folders = folders_, .appearance = appearance_, .texts = texts_}) {
+  if (window() != nullptr) keeper_ = std::make_unique<WindowKeeper>(*window(), windowFile_);
+}
+
+// Where the controller keeps them.
+std::filesystem::path LorewickApp::preferencesFile(const ExportViewModel::Setup& setup) {
+  if (setup.preferencesURL) return *setup.preferencesURL;
+  const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+  return ExportPreferences::fileURL(folder.isEmpty() ? setup.services.home / "Library" / "Application Support"
+                                                     : localPath(folder));
+}
 
 ExportViewModel::Setup LorewickApp::completed(ExportViewModel::Setup setup, FolderPrompt& folders) {
   PlatformServices& services = setup.services;

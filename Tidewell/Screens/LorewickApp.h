@@ -1,10 +1,12 @@
 #pragma once
 
 #include <filesystem>
+#include <memory>
 #include <optional>
 
 #include "Tidewell/Screens/Appearance.h"
 #include "Tidewell/Screens/FolderPrompt.h"
+#include "Tidewell/Screens/WindowKeeper.h"
 #include "Tidewell/Screens/WizardEngine.h"
 #include "Tidewell/Screens/WizardScreens.h"
 #include "Tidewell/Session/BackgroundWork.h"
@@ -25,8 +27,10 @@ class LorewickApp {
   QQuickWindow* window() const { return engine_.window(); }
 
  private:
+  static std::filesystem::path preferencesFile(const ExportViewModel::Setup& setup);
   static ExportViewModel::Setup completed(ExportViewModel::Setup setup, FolderPrompt& folders);
 
+  std::filesystem::path windowFile_;  // beside the preferences
   L10n texts_;
   BackgroundWork work_;
   FolderPrompt folders_;
@@ -34,4 +38,5 @@ class LorewickApp {
   ExportViewModel controller_;
   WizardScreens screens_;
   WizardEngine engine_;
+  std::unique_ptr<WindowKeeper> keeper_;  // null without a window
 };

@@ -10,10 +10,11 @@ ApplicationWindow {
     required property WizardScreens screens
     required property FolderPrompt folders
 
+    // As large as shows the whole of the options.
     width: 900
-    height: 760
-    minimumWidth: 640
-    minimumHeight: 480
+    height: 58 * Theme.body
+    minimumWidth: 600
+    minimumHeight: 430
     title: Qt.application.displayName
     color: Theme.window
 

@@ -19,6 +19,7 @@ RowLayout {
     spacing: Theme.medium
 
     Spinner {
+        objectName: "busySpinner"
         size: 18
         visible: footer.busyText !== ""
     }

@@ -31,6 +31,7 @@ ModalPanel {
         Layout.fillWidth: true
         Layout.topMargin: Theme.hair
         indeterminate: true
+        isAboveShade: true
         Accessible.name: sheet.title
     }
     PlainButton {

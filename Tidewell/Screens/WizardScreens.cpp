@@ -8,7 +8,9 @@ WizardScreens::WizardScreens(ExportViewModel& controller, const L10n& texts) : c
 
 // The step changes last, so that its screen finds its content ready.
 void WizardScreens::show(const ExportState& state, Date now) {
-  replace(backupStep_, BackupStepContent::of(state, texts_), &WizardScreens::backupStepChanged);
+  const BackupStepContent backupStep = BackupStepContent::of(state, texts_);
+  backupRows_.show(backupStep.rows);
+  replace(backupStep_, backupStep, &WizardScreens::backupStepChanged);
   replace(optionsStep_, OptionsStepContent::of(state, texts_), &WizardScreens::optionsStepChanged);
   replace(progressStep_, ProgressStepContent::of(state, texts_, now), &WizardScreens::progressStepChanged);
   replace(doneStep_, DoneStepContent::of(state, texts_), &WizardScreens::doneStepChanged);

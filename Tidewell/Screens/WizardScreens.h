@@ -8,6 +8,7 @@
 #include "Tidewell/Contents/OptionsStepContent.h"
 #include "Tidewell/Contents/ProgressStepContent.h"
 #include "Tidewell/Contents/WindowContent.h"
+#include "Tidewell/Screens/BackupRows.h"
 #include "Tidewell/Session/ExportViewModel.h"
 
 // What the screens show: the controller's state as texts. Each screen's content
@@ -19,6 +20,7 @@ class WizardScreens : public QObject {
   Q_PROPERTY(ExportViewModel* controller READ controller CONSTANT)
   Q_PROPERTY(WindowContent window READ window NOTIFY windowChanged)
   Q_PROPERTY(BackupStepContent backupStep READ backupStep NOTIFY backupStepChanged)
+  Q_PROPERTY(BackupRows* backupRows READ backupRows CONSTANT)
   Q_PROPERTY(OptionsStepContent optionsStep READ optionsStep NOTIFY optionsStepChanged)
   Q_PROPERTY(ProgressStepContent progressStep READ progressStep NOTIFY progressStepChanged)
   Q_PROPERTY(DoneStepContent doneStep READ doneStep NOTIFY doneStepChanged)
@@ -30,6 +32,8 @@ class WizardScreens : public QObject {
   ExportViewModel* controller() const { return &controller_; }
   const WindowContent& window() const { return window_; }
   const BackupStepContent& backupStep() const { return backupStep_; }
+  // The rows of the backup step.
+  BackupRows* backupRows() { return &backupRows_; }
   const OptionsStepContent& optionsStep() const { return optionsStep_; }
   const ProgressStepContent& progressStep() const { return progressStep_; }
   const DoneStepContent& doneStep() const { return doneStep_; }
@@ -52,6 +56,7 @@ class WizardScreens : public QObject {
   const L10n& texts_;
   WindowContent window_;
   BackupStepContent backupStep_;
+  BackupRows backupRows_;
   OptionsStepContent optionsStep_;
   ProgressStepContent progressStep_;
   DoneStepContent doneStep_;

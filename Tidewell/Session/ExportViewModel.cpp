@@ -32,7 +32,7 @@ ExportViewModel::ExportViewModel(Setup setup, BackgroundWork& work) : session_(s
 
 void ExportViewModel::startUp(const std::optional<fs::path>& backup) {
   if (backup) setBackup(*backup);
-  list_.refresh([this](const auto& end) {
+  library_.refresh([this](const auto& end) {
     chooseRemembered([this, end] {
       end();
       restoreRememberedLocations();
@@ -41,13 +41,13 @@ void ExportViewModel::startUp(const std::optional<fs::path>& backup) {
 }
 
 void ExportViewModel::refreshLibrary() {
-  list_.refresh([this](const auto& end) { chooseRemembered(end); });
+  library_.refresh([this](const auto& end) { chooseRemembered(end); });
 }
 
-void ExportViewModel::refreshLibraryOnReturn() { list_.refreshOnReturn(); }
+void ExportViewModel::refreshLibraryOnReturn() { library_.refreshOnReturn(); }
 
 void ExportViewModel::chooseRemembered(const std::function<void()>& then) {
-  const DiscoveredBackup* found = state().backupURL ? nullptr : list_.atPath(session_.preferences().lastBackupPath);
+  const DiscoveredBackup* found = state().backupURL ? nullptr : library_.atPath(session_.preferences().lastBackupPath);
   if (found == nullptr) return then();
   backup_.select(DiscoveredBackup(*found), then);
 }
@@ -67,7 +67,7 @@ void ExportViewModel::restoreBackup() {
       },
       [this, access = session_.accessWhileLooking(bookmarked)](std::future<std::optional<fs::path>> folder) {
         const std::optional<fs::path> found = folder.get();
-        if (found) backup_.reopen(*found, infoOf(list_.atPath(found->native())));
+        if (found) backup_.reopen(*found, infoOf(library_.atPath(found->native())));
       });
 }
 
@@ -76,7 +76,7 @@ void ExportViewModel::restoreBackup() {
 void ExportViewModel::selectDiscovered(const DiscoveredBackup& backup) { backup_.select(backup); }
 
 void ExportViewModel::selectBackup(const QString& id) {
-  if (const DiscoveredBackup* backup = list_.withIdentifier(id)) selectDiscovered(DiscoveredBackup(*backup));
+  if (const DiscoveredBackup* backup = library_.withIdentifier(id)) selectDiscovered(DiscoveredBackup(*backup));
 }
 
 void ExportViewModel::chooseBackup() {

@@ -8,11 +8,11 @@
 #include <optional>
 
 #include "Tidewell/Session/BackupChoice.h"
-#include "Tidewell/Session/BackupList.h"
 #include "Tidewell/Session/ChatScan.h"
 #include "Tidewell/Session/DestinationChoice.h"
 #include "Tidewell/Session/ExportRun.h"
 #include "Tidewell/Session/ExportSession.h"
+#include "Tidewell/Session/LibraryRefresh.h"
 
 // The wizard behind its screens: holds the one state that they show and performs
 // every action of the user by calling the core. Lives on the interface thread;
@@ -97,7 +97,7 @@ class ExportViewModel : public QObject {
   void open(const Workspace::Open& opener, const std::filesystem::path& place);
 
   ExportSession session_;
-  BackupList list_{session_};
+  LibraryRefresh library_{session_};
   BackupChoice backup_{session_};
   ChatScan scan_{session_};
   DestinationChoice destination_{session_};

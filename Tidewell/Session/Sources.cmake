@@ -1,7 +1,6 @@
 target_sources(TidewellSession PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/BackgroundWork.cpp
   ${CMAKE_CURRENT_LIST_DIR}/BackupChoice.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/BackupList.cpp
   ${CMAKE_CURRENT_LIST_DIR}/BackupPassword.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ChatScan.cpp
   ${CMAKE_CURRENT_LIST_DIR}/DestinationChoice.cpp
@@ -10,4 +9,5 @@ target_sources(TidewellSession PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/ExportSession.h
   ${CMAKE_CURRENT_LIST_DIR}/ExportState.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportViewModel.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/ExportViewModel.h)
+  ${CMAKE_CURRENT_LIST_DIR}/ExportViewModel.h
+  ${CMAKE_CURRENT_LIST_DIR}/LibraryRefresh.cpp)

@@ -102,7 +102,8 @@ TEST(BackupStepContent, PutsAChosenBackupFromElsewhereFirst) {
   ASSERT_EQ(content.rows.size(), 2);
   EXPECT_EQ(content.rows[0].name, "Bea's");
   EXPECT_EQ(content.rows[0].id, "/elsewhere");
-  EXPECT_TRUE(content.isEncrypted && content.listsBackups);
+  EXPECT_TRUE(content.rows[0].asksPassword && content.listsBackups);
+  EXPECT_EQ(content.chosenRow, 0);
   EXPECT_EQ(selectedRows(state), std::vector<std::string>{"/elsewhere"});
 
   state.library.backups.clear();
@@ -122,6 +123,26 @@ TEST(BackupStepContent, SelectsOneRowWhileAnotherBackupIsLookedInto) {
   state.backupURL = "/third";
   state.selectedBackupID.reset();
   EXPECT_EQ(selectedRows(state), std::vector<std::string>{});
+}
+
+TEST(BackupStepContent, AsksForThePasswordOfTheChosenBackupAlone) {
+  ExportState state = listing({listed("/a"), listed("/b")});
+  state.backupInfo = BackupInfo{.url = "/a", .isEncrypted = true};
+  state.selectedBackupID = "/a";
+  auto content = BackupStepContent::of(state, texts);
+  EXPECT_TRUE(content.rows[0].asksPassword);
+  EXPECT_FALSE(content.rows[1].asksPassword);
+
+  state.selectedBackupID = "/b";
+  state.work = Inspecting();
+  content = BackupStepContent::of(state, texts);
+  EXPECT_EQ(content.chosenRow, 1);
+  EXPECT_TRUE(content.isInspecting);
+  EXPECT_FALSE(content.rows[0].asksPassword || content.rows[1].asksPassword) << "the other one is being read";
+
+  state.backupInfo = BackupInfo{.url = "/b"};
+  content = BackupStepContent::of(state, texts);
+  EXPECT_FALSE(content.rows[1].asksPassword) << "it is not encrypted";
 }
 
 TEST(BackupStepContent, TellsWhyThereIsNothingToShow) {
@@ -171,7 +192,7 @@ TEST(BackupStepContent, TellsOfThePasswordWithoutShowingIt) {
   const auto content = BackupStepContent::of(state, texts);
   EXPECT_TRUE(content.hasTypedPassword && content.hasStoredPassword && content.rememberPassword &&
               content.wantsPasswordFocus);
-  EXPECT_FALSE(content.isEncrypted) << "without a backup there is no card";
+  EXPECT_EQ(content.chosenRow, -1);
 }
 
 }  // namespace

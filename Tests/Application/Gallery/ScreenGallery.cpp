@@ -4,17 +4,25 @@
 #include <QImage>
 #include <QQuickItem>
 #include <QQuickWindow>
+#include <QStyleHints>
 #include <atomic>
 #include <cstdio>
+#include <memory>
 
+#include "Tests/Application/Gallery/ScreenFaults.h"
 #include "Tests/Application/Gallery/ScreenStates.h"
 #include "Tests/Application/Screens/MemoryPlatform.h"
 #include "Tidewell/Screens/LorewickApp.h"
 
-// Shows the window in each of its states, light and dark, large and small, keeps
-// a picture of each, and fails when Qt has anything to warn of.
+// Shows the window in each of its states, light and dark, large and small, after
+// others and first, keeps a picture of each, and fails when a text or symbol is not
+// seen as it should be, and when Qt has anything to warn of.
 
 namespace {
+
+constexpr QSize large(900, 812);
+constexpr QSize small(640, 480);
+constexpr QSize least(600, 430);
 
 std::atomic<int> warnings = 0;
 
@@ -43,16 +51,53 @@ void waitForFrames(QQuickWindow& window) {
   if (frames < 2) qWarning("The window drew nothing for five seconds.");
 }
 
-void takePictures(LorewickApp& app, const QDir& folder, QSize size, const char* suffix) {
+std::unique_ptr<LorewickApp> newApp(const QDir& folder, QSize size) {
+  PlatformServices services;
+  services.passwords = PasswordStore::none();
+  auto app = std::make_unique<LorewickApp>(
+      ExportViewModel::Setup{.services = services,
+                             .texts = L10n(StringTable(), Locale{"en_US"}, TimeZone{"UTC"}),
+                             .preferencesURL = folder.filePath("preferences.json").toStdString()});
+  if (app->window() == nullptr) qFatal("The window could not be loaded.");
+  app->appearance().setReducesMotion(true);
+  app->window()->resize(size);
+  app->window()->show();
+  return app;
+}
+
+// The window with that state, once it has been drawn and found to be without faults.
+QImage pictureOf(LorewickApp& app, const ScreenState& shown) {
   QQuickWindow& window = *app.window();
-  window.resize(size);
+  app.screens().show(shown.state, screenStatesNow());
+  waitForFrames(window);
+  for (const QString& fault : screenFaults(window)) qWarning("%s: %s.", shown.name.c_str(), qPrintable(fault));
+  return window.grabWindow();
+}
+
+void keep(const QImage& picture, const QDir& folder, const QString& name) {
+  if (!picture.save(folder.filePath(name))) qWarning("Cannot write %s.", qPrintable(name));
+}
+
+void takePictures(LorewickApp& app, const QDir& folder, QSize size, const char* suffix) {
+  app.window()->resize(size);
   for (const ScreenState& each : allScreenStates()) {
     std::fprintf(stderr, "%s-%s\n", each.name.c_str(), suffix);
     app.screens().show({}, screenStatesNow());
-    app.screens().show(each.state, screenStatesNow());
-    waitForFrames(window);
-    const QString name = QString::fromStdString(each.name) + '-' + suffix + ".png";
-    if (!window.grabWindow().save(folder.filePath(name))) qWarning("Cannot write %s.", qPrintable(name));
+    keep(pictureOf(app, each), folder, QString::fromStdString(each.name) + '-' + suffix + ".png");
+  }
+}
+
+// What a window shows first must look as it does after everything else.
+void compareWithFreshWindows(const QDir& folder, QSize size, const char* suffix) {
+  for (const ScreenState& each : allScreenStates()) {
+    const std::unique_ptr<LorewickApp> app = newApp(folder, size);
+    waitForFrames(*app->window());
+    const QImage first = pictureOf(*app, each);
+    const QString name = QString::fromStdString(each.name) + '-' + suffix;
+    const QImage later(folder.filePath(name + ".png"));
+    if (first.convertToFormat(QImage::Format_RGB32) == later.convertToFormat(QImage::Format_RGB32)) continue;
+    qWarning("%s looks different in a fresh window.", qPrintable(name));
+    keep(first, folder, name + "-fresh.png");
   }
 }
 
@@ -86,21 +131,17 @@ int main(int argc, char* argv[]) {
   }
   const QDir folder(argv[1]);
   folder.mkpath(".");
-  PlatformServices services;
-  services.passwords = PasswordStore::none();
-  LorewickApp app({.services = services,
-                   .texts = L10n(StringTable(), Locale{"en_US"}, TimeZone{"UTC"}),
-                   .preferencesURL = std::filesystem::path(argv[1]) / "preferences.json"});
-  if (app.window() == nullptr) return EXIT_FAILURE;
-  app.appearance().setReducesMotion(true);
-  app.window()->show();
-  const QSize ownSize = app.window()->size();
-  takePictures(app, folder, ownSize, "light");
-  takePictures(app, folder, {640, 480}, "light-small");
-  takePictureOfDialog(app, folder, {640, 480}, "folder-dialog-light-small.png");
-  app.appearance().setDark(true);
-  takePictures(app, folder, ownSize, "dark");
-  takePictureOfDialog(app, folder, ownSize, "folder-dialog-dark.png");
+  QGuiApplication::styleHints()->setCursorFlashTime(0);
+  const std::unique_ptr<LorewickApp> app = newApp(folder, large);
+  takePictures(*app, folder, large, "light");
+  takePictures(*app, folder, small, "light-small");
+  takePictures(*app, folder, least, "light-least");
+  takePictureOfDialog(*app, folder, small, "folder-dialog-light-small.png");
+  app->appearance().setDark(true);
+  takePictures(*app, folder, large, "dark");
+  takePictureOfDialog(*app, folder, large, "folder-dialog-dark.png");
+  compareWithFreshWindows(folder, large, "light");
+  compareWithFreshWindows(folder, small, "light-small");
   std::fprintf(stderr, "%d warnings\n", warnings.load());
   return warnings == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -212,7 +212,16 @@ bool Scene::isCovered(const std::string& name) const {
   return false;
 }
 
+// A row of the list that is not seen is not even there.
+void Scene::scrollToRow(const std::string& name) {
+  QQuickItem* list = find("backupList");
+  if (list == nullptr || !name.starts_with("backupRow") || isShown(name)) return;
+  constexpr int middle = 1;  // ListView.Center
+  QMetaObject::invokeMethod(list, "positionViewAtIndex", Q_ARG(int, std::stoi(name.substr(9))), Q_ARG(int, middle));
+}
+
 void Scene::click(const std::string& name) {
+  scrollToRow(name);
   ASSERT_TRUE(until([&] { return find(name) != nullptr && find(name)->isEnabled() && !isCovered(name); },
                     name + " can be clicked"));
   bringIntoView(item(name));

@@ -120,6 +120,7 @@ class Scene : public testing::Test {
   ExportViewModel::Setup setup(const Wishes& wishes);
   bool enter(const QMimeData& data, Qt::DropActions offered, Qt::KeyboardModifiers held);
   QPoint middle() const;
+  void scrollToRow(const std::string& name);
   bool isCovered(const std::string& name) const;
   void prepare(const Wishes& wishes);
   // Permissions bind the superuser, too, while he is somebody else.

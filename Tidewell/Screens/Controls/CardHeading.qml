@@ -8,6 +8,8 @@ RowLayout {
 
     required property string symbol
     required property string title
+    // What the title speaks of; nothing when empty.
+    property string subject
     required property string explanation
 
     spacing: Theme.medium
@@ -37,6 +39,15 @@ RowLayout {
             font.weight: Font.DemiBold
             wrapMode: Text.Wrap
             Accessible.role: Accessible.Heading
+        }
+        Words {
+            objectName: "cardSubject"
+            Layout.fillWidth: true
+            visible: text !== ""
+            text: heading.subject
+            font.weight: Font.Medium
+            maximumLineCount: 1
+            elide: Text.ElideMiddle
         }
         Words {
             Layout.fillWidth: true

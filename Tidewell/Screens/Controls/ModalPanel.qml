@@ -26,6 +26,7 @@ T.Popup {
     dim: true
     focus: true
     closePolicy: T.Popup.NoAutoClose
+    onVisibleChanged: Beat.shades += visible ? 1 : -1
 
     enter: Transition {
         NumberAnimation {

@@ -25,6 +25,8 @@ ColumnLayout {
             Accessible.name: (index + 1) + ". " + list.texts[index]
 
             Rectangle {
+                id: badge
+
                 Layout.alignment: Qt.AlignTop
                 implicitWidth: 22
                 implicitHeight: 22
@@ -41,6 +43,9 @@ ColumnLayout {
             }
             Text {
                 Layout.fillWidth: true
+                Layout.alignment: Qt.AlignTop
+                // In line with the number.
+                Layout.topMargin: Math.max(0, Math.round((badge.height - 1.4 * font.pixelSize) / 2))
                 text: list.texts[line.index]
                 textFormat: Text.PlainText
                 color: Theme.text

@@ -6,6 +6,17 @@ import Tidewell.Screens
 T.ProgressBar {
     id: bar
 
+    property bool isAboveShade: false
+    readonly property Mover mover: Mover {
+        wanted: bar.indeterminate && bar.visible
+        isAboveShade: bar.isAboveShade
+        duration: 1440
+    }
+
+    function eased(phase) {
+        return phase < 0.5 ? 2 * phase * phase : 1 - 2 * (1 - phase) * (1 - phase);
+    }
+
     implicitHeight: 8
 
     background: Rectangle {
@@ -21,31 +32,17 @@ T.ProgressBar {
             radius: height / 2
             color: Theme.accent
             visible: !bar.indeterminate
-
-            Behavior on width {
-                NumberAnimation {
-                    duration: Theme.quick
-                }
-            }
         }
         Rectangle {
             id: wanderer
 
             height: parent.height
             width: parent.width * 0.3
-            x: (parent.width - width) / 2
+            // In the middle as long as it does not move.
+            x: bar.mover.phase < 0 ? (parent.width - width) / 2 : -width + (parent.width + width) * bar.eased(bar.mover.phase)
             radius: height / 2
             color: Theme.accent
             visible: bar.indeterminate
-
-            NumberAnimation on x {
-                from: -wanderer.width
-                to: bar.width
-                duration: 1400
-                easing.type: Easing.InOutQuad
-                loops: Animation.Infinite
-                running: bar.indeterminate && bar.visible && Theme.moves
-            }
         }
     }
 }

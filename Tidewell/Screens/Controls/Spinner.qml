@@ -7,12 +7,9 @@ Symbol {
 
     name: "spinner"
     tint: Theme.accent
+    rotation: 360 * Math.max(0, mover.phase)
 
-    RotationAnimator on rotation {
-        from: 0
-        to: 360
-        duration: 900
-        loops: Animation.Infinite
-        running: spinner.visible && Theme.moves
+    readonly property Mover mover: Mover {
+        wanted: spinner.visible
     }
 }

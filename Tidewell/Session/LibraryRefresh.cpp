@@ -1,4 +1,4 @@
-#include "Tidewell/Session/BackupList.h"
+#include "Tidewell/Session/LibraryRefresh.h"
 
 #include <algorithm>
 
@@ -27,15 +27,15 @@ Backups measured(Backups backups, const CancellationCheck& isCancelled) {
 
 }  // namespace
 
-void BackupList::refresh(const Then& then) { read(Sizes::measured, then); }
+void LibraryRefresh::refresh(const Then& then) { read(Sizes::measured, then); }
 
-void BackupList::refreshOnReturn() {
+void LibraryRefresh::refreshOnReturn() {
   const ExportState& state = session_.state();
   if (state.step != WizardStep::backup || state.isRefreshingLibrary || !state.hasReadLibrary) return;
   read(Sizes::kept, [](const std::function<void()>& end) { end(); });
 }
 
-void BackupList::read(Sizes sizes, const Then& then) {
+void LibraryRefresh::read(Sizes sizes, const Then& then) {
   if (session_.state().isUnlocking()) return;
   session_.set(&ExportState::isRefreshingLibrary, true);
   session_.inBackground(
@@ -51,7 +51,7 @@ void BackupList::read(Sizes sizes, const Then& then) {
       });
 }
 
-void BackupList::measure(const Then& then) {
+void LibraryRefresh::measure(const Then& then) {
   session_.inBackground(
       Lane::utility,
       [backups = session_.state().library.backups, isGone = session_.isGone()] { return measured(backups, isGone); },
@@ -63,16 +63,16 @@ void BackupList::measure(const Then& then) {
       });
 }
 
-void BackupList::end() { session_.set(&ExportState::isRefreshingLibrary, false); }
+void LibraryRefresh::end() { session_.set(&ExportState::isRefreshingLibrary, false); }
 
-const DiscoveredBackup* BackupList::atPath(const std::optional<std::string>& path) const {
+const DiscoveredBackup* LibraryRefresh::atPath(const std::optional<std::string>& path) const {
   const Backups& backups = session_.state().library.backups;
   const auto found = std::ranges::find_if(backups, [&](const DiscoveredBackup& backup) { return backup.id() == path; });
   return found == backups.end() ? nullptr : &*found;
 }
 
 // Not looked up by path: one that is no text has become another on its way through the screen.
-const DiscoveredBackup* BackupList::withIdentifier(const QString& id) const {
+const DiscoveredBackup* LibraryRefresh::withIdentifier(const QString& id) const {
   const Backups& backups = session_.state().library.backups;
   const auto found = std::ranges::find(
       backups, id, [](const DiscoveredBackup& backup) { return QString::fromStdString(backup.id()); });

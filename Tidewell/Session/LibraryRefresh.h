@@ -6,9 +6,9 @@
 #include "Tidewell/Session/ExportSession.h"
 
 // The list of the backups that stand where backups are kept.
-class BackupList {
+class LibraryRefresh {
  public:
-  explicit BackupList(ExportSession& session) : session_(session) {}
+  explicit LibraryRefresh(ExportSession& session) : session_(session) {}
 
   // Reads the list anew and measures what is in it; then calls `then`, before the refresh counts as ended.
   // Ignored during an unlock.
