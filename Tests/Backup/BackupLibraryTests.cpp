@@ -111,7 +111,16 @@ TEST_F(BackupLibraryTest, AChosenDeviceFolderIsItsOnlyEntry) {
 
 TEST_F(BackupLibraryTest, ADamagedChosenDeviceFolderGivesAnEmptyList) {
   writeFile(root_ / "Manifest.plist", "damaged");
-  EXPECT_EQ(BackupLibrary::diagnose(root_), (BackupLibrarySnapshot{.access = BackupAccess::readable}));
+  const BackupLibrarySnapshot snapshot = BackupLibrary::diagnose(root_);
+  EXPECT_EQ(snapshot.access, BackupAccess::readable);
+  EXPECT_THAT(snapshot.backups, IsEmpty());
+  EXPECT_EQ(snapshot.unreadable.size(), 1U);
+}
+
+TEST_F(BackupLibraryTest, TheFoldersOfADeviceFolderAreNoUnreadableBackups) {
+  add("device", info(1, "Ana"));
+  fs::create_directories(root_ / "device" / "3d");
+  EXPECT_THAT(BackupLibrary::diagnose(root_ / "device").unreadable, IsEmpty());
 }
 
 TEST_F(BackupLibraryTest, DeviceFoldersBelowTheRootComeBeforeTheRootItself) {
@@ -120,7 +129,7 @@ TEST_F(BackupLibraryTest, DeviceFoldersBelowTheRootComeBeforeTheRootItself) {
   EXPECT_THAT(folderNames(), ElementsAre("device"));
 }
 
-TEST_F(BackupLibraryTest, FoldersThatAreNoBackupsAreLeftOutSilently) {
+TEST_F(BackupLibraryTest, FoldersThatAreNoBackupsAreNamedApart) {
   add("good", info(1));
   add("without index", info(2), /*withIndex=*/false);
   writeFile(root_ / "no dictionary" / "Manifest.plist", binaryPlist(PlistArray{}));
@@ -132,7 +141,15 @@ TEST_F(BackupLibraryTest, FoldersThatAreNoBackupsAreLeftOutSilently) {
   writeFile(root_ / "file", "text");
   fs::create_directories(root_ / "fifo");
   ASSERT_EQ(::mkfifo((root_ / "fifo" / "Manifest.plist").c_str(), 0600), 0);
+  fs::create_directories(root_ / ".hidden");
   EXPECT_THAT(folderNames(), ElementsAre("good"));
+  std::vector<std::string> unreadable;
+  for (const UnreadableFolder& each : BackupLibrary::diagnose(root_).unreadable) {
+    unreadable.push_back(each.name);
+    EXPECT_FALSE(each.reason.empty()) << each.name;
+  }
+  EXPECT_THAT(unreadable,
+              ElementsAre("damaged info", "fifo", "foreign", "half written", "no dictionary", "without index"));
 }
 
 TEST_F(BackupLibraryTest, HiddenFoldersAreNeverLookedAt) {

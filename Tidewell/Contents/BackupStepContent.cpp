@@ -43,6 +43,21 @@ QList<BackupRowContent> rowsOf(const ExportState& state, const L10n& texts) {
   return rows;
 }
 
+QString unreadableText(const std::vector<UnreadableFolder>& folders, const L10n& texts) {
+  if (folders.empty()) return {};
+  return ContentText::counted("1 folder here is no readable backup", "%lld folders here are no readable backups",
+                              static_cast<std::int64_t>(folders.size()), texts);
+}
+
+QString reasonsOf(const std::vector<UnreadableFolder>& folders, const L10n& texts) {
+  QStringList lines;
+  for (const UnreadableFolder& folder : folders) {
+    lines.append(u"%1: %2"_qs.arg(ContentText::text(Text::repaired(folder.name)),
+                                  texts.text(ContentText::text(Text::repaired(folder.reason)))));
+  }
+  return lines.join(u'\n');
+}
+
 }  // namespace
 
 BackupRowContent BackupRowContent::of(const DiscoveredBackup& backup, bool selected, const L10n& texts) {
@@ -68,5 +83,8 @@ BackupStepContent BackupStepContent::of(const ExportState& state, const L10n& te
           .hasStoredPassword = state.hasStoredPassword,
           .rememberPassword = state.rememberBackupPassword,
           .hasTypedPassword = !state.backupPassword.empty(),
-          .wantsPasswordFocus = state.focusBackupPassword};
+          .wantsPasswordFocus = state.focusBackupPassword,
+          .canRemember = state.hasPasswordStore,
+          .unreadable = unreadableText(state.library.unreadable, texts),
+          .unreadableReasons = reasonsOf(state.library.unreadable, texts)};
 }

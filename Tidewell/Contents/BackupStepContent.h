@@ -43,6 +43,9 @@ struct BackupStepContent {
   Q_PROPERTY(bool rememberPassword MEMBER rememberPassword)
   Q_PROPERTY(bool hasTypedPassword MEMBER hasTypedPassword)
   Q_PROPERTY(bool wantsPasswordFocus MEMBER wantsPasswordFocus)
+  Q_PROPERTY(bool canRemember MEMBER canRemember)
+  Q_PROPERTY(QString unreadable MEMBER unreadable)
+  Q_PROPERTY(QString unreadableReasons MEMBER unreadableReasons)
 
  public:
   bool isLooking = false;  // for backups, with none to show meanwhile
@@ -57,6 +60,9 @@ struct BackupStepContent {
   bool rememberPassword = false;
   bool hasTypedPassword = false;  // false: the field is to be empty
   bool wantsPasswordFocus = false;
+  bool canRemember = true;    // there is a store for passwords
+  QString unreadable;         // how many folders are no readable backup; empty when all are
+  QString unreadableReasons;  // a line for each of them
 
   static BackupStepContent of(const ExportState& state, const L10n& texts);
 

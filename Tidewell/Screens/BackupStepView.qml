@@ -19,6 +19,11 @@ FocusScope {
     Keys.onDownPressed: scroller.by(48)
     Keys.onPressed: event => scroller.takePageKey(event)
 
+    Shortcut {
+        sequences: [StandardKey.Refresh]
+        enabled: view.mayTakeFocus
+        onActivated: view.controller.refreshLibrary()
+    }
     Scroller {
         id: scroller
 
@@ -50,6 +55,11 @@ FocusScope {
         controller: view.controller
         mayTakeFocus: view.mayTakeFocus
 
+        footer: UnreadableFolders {
+            x: list.columnX
+            width: list.columnWidth
+            content: view.content
+        }
         header: Item {
             width: list.width
             height: heading.visible ? heading.y + heading.height + Theme.medium : Theme.wide
@@ -67,16 +77,28 @@ FocusScope {
                     Layout.fillWidth: true
                     visible: view.content.isAccessDenied
                     compact: list.count > 0
+                    hasSettings: view.controller.hasFullDiskAccessSettings()
                     onOpenSettings: view.controller.openFullDiskAccessSettings()
                     onCheckAgain: view.controller.refreshLibrary()
                 }
-                Words {
-                    objectName: "listText"
+                RowLayout {
                     Layout.fillWidth: true
                     visible: view.content.listsBackups
-                    text: L10n.text("These Finder backups are on this Mac. Choose one to export.")
-                    color: Theme.quiet
-                    wrapMode: Text.Wrap
+                    spacing: Theme.tight
+
+                    Words {
+                        objectName: "listText"
+                        Layout.fillWidth: true
+                        text: L10n.text("These Finder backups are on this Mac. Choose one to export.")
+                        color: Theme.quiet
+                        wrapMode: Text.Wrap
+                    }
+                    SymbolButton {
+                        objectName: "refreshListButton"
+                        symbol: "arrow.clockwise"
+                        text: L10n.text("Refresh")
+                        onClicked: view.controller.refreshLibrary()
+                    }
                 }
                 NoBackupHelpCard {
                     Layout.fillWidth: true

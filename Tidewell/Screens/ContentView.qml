@@ -18,6 +18,8 @@ FocusScope {
     }
 
     onStepChanged: footerGuard.start()
+    Keys.onPressed: event => Mnemonics.watch(event, true)
+    Keys.onReleased: event => Mnemonics.watch(event, false)
     Accessible.role: Accessible.Client
     Accessible.name: content.stepCaption
     Keys.onReturnPressed: event => press(footer.item.defaultButton, event)

@@ -56,12 +56,29 @@ Card {
             Accessible.description: L10n.text("Backup password")
             onSecretEdited: secret => card.controller.setBackupPassword(secret)
         }
+        Words {
+            objectName: "capsLockNote"
+            Layout.fillWidth: true
+            visible: field.capsLock && field.activeFocus
+            text: L10n.text("Caps Lock is on.")
+            color: Theme.warning
+            wrapMode: Text.Wrap
+        }
         CheckRow {
             objectName: "rememberBox"
             Layout.fillWidth: true
+            enabled: card.content.canRemember
             text: L10n.text("Remember this password in Keychain")
             checked: card.content.rememberPassword
             onWanted: on => card.controller.setRememberBackupPassword(on)
+        }
+        Words {
+            objectName: "noStoreNote"
+            Layout.fillWidth: true
+            visible: !card.content.canRemember
+            text: L10n.text("This computer has no store for passwords, so it will be asked for again.")
+            color: Theme.quiet
+            wrapMode: Text.Wrap
         }
         Words {
             objectName: "storedPasswordNote"

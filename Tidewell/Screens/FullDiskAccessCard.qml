@@ -7,6 +7,8 @@ Card {
     id: card
 
     required property bool compact
+    // The steps lead through settings that only some systems have.
+    required property bool hasSettings
     signal openSettings()
     signal checkAgain()
 
@@ -20,6 +22,7 @@ Card {
     }
     ColumnLayout {
         Layout.fillWidth: true
+        visible: card.hasSettings
         Layout.leftMargin: card.compact ? 0 : 44 + Theme.medium
         spacing: card.compact ? 2 : Theme.tight
 
@@ -48,6 +51,7 @@ Card {
 
         PlainButton {
             objectName: "openSettingsButton"
+            visible: card.hasSettings
             text: L10n.text("Open System Settings")
             onClicked: card.openSettings()
         }

@@ -33,6 +33,7 @@ ApplicationWindow {
     palette.highlight: "#0a7565"
     palette.highlightedText: "#15202b"
 
+    onActiveChanged: if (active) screens.controller.refreshLibraryOnReturn()
     onClosing: close => close.accepted = screens.controller.mayClose()
 
     Connections {
@@ -40,6 +41,10 @@ ApplicationWindow {
         function onCloseConfirmed() {
             window.close();
         }
+    }
+    Shortcut {
+        sequences: ["Ctrl+Q", "Ctrl+W"]
+        onActivated: window.close()
     }
     ContentView {
         anchors.fill: parent

@@ -25,6 +25,15 @@ Card {
             L10n.text("Click Back Up Now and wait until it finishes."),
         ]
     }
+    Words {
+        objectName: "otherSystemsHelp"
+        Layout.fillWidth: true
+        Layout.leftMargin: 44 + Theme.medium
+        visible: Qt.platform.os !== "osx"
+        text: L10n.text("On this computer, make a backup with “idevicebackup2 backup --full FOLDER”, or copy the backup's folder from a Mac or PC, and choose it with “Choose other folder…”.")
+        color: Theme.quiet
+        wrapMode: Text.Wrap
+    }
     PlainButton {
         objectName: "refreshButton"
         Layout.leftMargin: 44 + Theme.medium

@@ -17,6 +17,7 @@ RowLayout {
     signal escaped()
 
     spacing: Theme.medium
+    Component.onCompleted: Mnemonics.assign(Array.from(row.children))
 
     Spinner {
         objectName: "busySpinner"

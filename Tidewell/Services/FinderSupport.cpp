@@ -9,7 +9,5 @@ void FinderSupport::openFirstPane(const Workspace& workspace) {
 }
 
 void FinderSupport::openFullDiskAccessSettings([[maybe_unused]] const Workspace& workspace) {
-#ifdef __APPLE__
-  openFirstPane(workspace);
-#endif
+  if constexpr (hasFullDiskAccessSettings) openFirstPane(workspace);
 }

@@ -174,6 +174,8 @@ void ExportViewModel::open(const Workspace::Open& opener, const fs::path& place)
   opener(place, [tell, place] { tell(place); });
 }
 
+bool ExportViewModel::hasFullDiskAccessSettings() const { return FinderSupport::hasFullDiskAccessSettings; }
+
 void ExportViewModel::openFullDiskAccessSettings() { FinderSupport::openFullDiskAccessSettings(services().workspace); }
 
 // ------------------------------------------------- what the controls write

@@ -62,6 +62,7 @@ class ExportViewModel : public QObject {
   Q_INVOKABLE void exportAnother();
   Q_INVOKABLE void openArchive();
   Q_INVOKABLE void revealDestination();
+  Q_INVOKABLE bool hasFullDiskAccessSettings() const;
   Q_INVOKABLE void openFullDiskAccessSettings();
 
   // Before a running export is ended by accident: the user is asked.

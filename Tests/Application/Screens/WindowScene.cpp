@@ -76,7 +76,7 @@ PasswordStore MemoryPasswords::store() {
                 const std::lock_guard guard(lock_);
                 passwords_.erase(account);
               },
-          .isAvailable = [] { return true; }};
+          .isAvailable = [this] { return isThere.load(); }};
 }
 
 std::map<std::string, std::string> MemoryPasswords::all() const {

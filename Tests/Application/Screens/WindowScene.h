@@ -7,6 +7,7 @@
 #include <QQuickWindow>
 #include <QString>
 #include <QUrl>
+#include <atomic>
 #include <deque>
 #include <filesystem>
 #include <functional>
@@ -36,6 +37,8 @@ class MemoryPasswords {
   PasswordStore store();
   std::map<std::string, std::string> all() const;
   void put(const std::string& account, const std::string& password);
+
+  std::atomic<bool> isThere = true;
 
  private:
   mutable std::mutex lock_;

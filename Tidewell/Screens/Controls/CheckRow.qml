@@ -23,6 +23,7 @@ T.CheckBox {
     rightPadding: sidePadding
     hoverEnabled: true
     focusPolicy: Qt.StrongFocus
+    opacity: enabled ? 1 : 0.45
     Accessible.name: trailing === "" ? text : text + ", " + trailing
     Accessible.description: caption
     Accessible.onToggleAction: clicked()

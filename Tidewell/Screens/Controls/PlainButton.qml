@@ -9,6 +9,8 @@ T.Button {
     property color fill: down ? Theme.pressed : hovered ? Theme.hover : Theme.surface
     property color ink: Theme.text
     property color edge: Theme.border
+    // Presses it together with Alt; one of the letters of its text, or none.
+    property string mnemonic
 
     function pressByKey(event) {
         if (!event.isAutoRepeat)
@@ -43,7 +45,14 @@ T.Button {
             shown: button.visualFocus
         }
     }
+    Shortcut {
+        sequence: button.mnemonic === "" ? "" : "Alt+" + button.mnemonic
+        enabled: button.enabled && button.visible
+        onActivated: button.clicked()
+    }
     contentItem: Text {
+        id: label
+
         text: button.text
         textFormat: Text.PlainText
         color: button.ink
@@ -52,5 +61,29 @@ T.Button {
         elide: Text.ElideRight
         horizontalAlignment: Text.AlignHCenter
         verticalAlignment: Text.AlignVCenter
+
+        Rectangle {
+            readonly property int place: button.text.toLowerCase().indexOf(button.mnemonic)
+
+            visible: Mnemonics.areShown && button.mnemonic !== ""
+            x: (label.width - label.contentWidth) / 2 + before.advanceWidth
+            y: (label.height + label.contentHeight) / 2 - 2
+            width: letter.advanceWidth
+            height: 1
+            color: button.ink
+
+            TextMetrics {
+                id: before
+
+                font: label.font
+                text: button.text.substring(0, parent.place)
+            }
+            TextMetrics {
+                id: letter
+
+                font: label.font
+                text: button.text.charAt(parent.place)
+            }
+        }
     }
 }

@@ -7,14 +7,26 @@ import Tidewell.Screens
 T.TextField {
     id: field
 
-    readonly property string text: displayText
+    readonly property string text: eye.down ? "" : displayText
+    // As far as what is typed tells: Qt knows nothing of the key.
+    property bool capsLock: false
     signal secretEdited(string secret)
 
+    function watchCapsLock(event) {
+        if (event.key === Qt.Key_CapsLock)
+            capsLock = !capsLock;
+        const letter = event.text;
+        if (letter.length === 1 && letter.toLowerCase() !== letter.toUpperCase())
+            capsLock = (letter === letter.toUpperCase()) !== Boolean(event.modifiers & Qt.ShiftModifier);
+        event.accepted = false;
+    }
+
+    Keys.onPressed: event => watchCapsLock(event)
     onTextEdited: secretEdited(getText(0, length))
     implicitHeight: Theme.controlHeight + 2
     leftPadding: Theme.snug
-    rightPadding: Theme.snug
-    echoMode: TextInput.Password
+    rightPadding: Theme.controlHeight
+    echoMode: eye.down ? TextInput.Normal : TextInput.Password
     inputMethodHints: Qt.ImhSensitiveData | Qt.ImhNoPredictiveText | Qt.ImhNoAutoUppercase | Qt.ImhHiddenText
     color: Theme.text
     placeholderTextColor: Theme.quiet
@@ -31,6 +43,16 @@ T.TextField {
         border.color: field.activeFocus ? Theme.accent : Theme.border
     }
 
+    SymbolButton {
+        id: eye
+
+        objectName: field.objectName + ".eye"
+        anchors.right: parent.right
+        anchors.verticalCenter: parent.verticalCenter
+        visible: field.length > 0
+        symbol: "eye"
+        text: L10n.text("Show the password while pressed")
+    }
     Text {
         anchors.fill: parent
         leftPadding: field.leftPadding
