@@ -18,8 +18,8 @@ namespace fs = std::filesystem;
 using ExportTest::filesBelow;
 using ExportTest::Scene;
 using ExportTest::smallBackup;
-using Fixture::SmallVolume;
 using Fixture::failsWith;
+using Fixture::SmallVolume;
 using Phase = ExportProgress::Phase;
 
 const ExportOptions everything = ExportOptions::defaultOptions();
@@ -44,7 +44,8 @@ struct EarlyEndTest : testing::TestWithParam<bool> {
   // Leaves so many pages of the volume.
   void fillVolume(std::int64_t pagesLeft) const {
     const auto available = static_cast<std::int64_t>(fs::space(scene.destination).available);
-    Fixture::writeFile(scene.destination / "filling", std::string(static_cast<std::size_t>(available - pagesLeft * page), 'f'));
+    Fixture::writeFile(scene.destination / "filling",
+                       std::string(static_cast<std::size_t>(available - pagesLeft * page), 'f'));
   }
   std::int64_t mediaCount() const {
     std::int64_t count = 0;

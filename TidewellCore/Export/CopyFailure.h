@@ -40,9 +40,10 @@ struct CopyError : std::exception {
 
 namespace CopyFailures {
 
-inline constexpr std::array allReasons{FailureReason::missing,    FailureReason::cutShort,   FailureReason::keyMissing,
-                                       FailureReason::undecryptable, FailureReason::unreadable, FailureReason::unwritable,
-                                       FailureReason::tooLarge,   FailureReason::placeTaken, FailureReason::other};
+inline constexpr std::array allReasons{
+    FailureReason::missing,       FailureReason::cutShort,   FailureReason::keyMissing,
+    FailureReason::undecryptable, FailureReason::unreadable, FailureReason::unwritable,
+    FailureReason::tooLarge,      FailureReason::placeTaken, FailureReason::other};
 
 // A reason in English.
 struct Words {
