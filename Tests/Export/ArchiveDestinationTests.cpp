@@ -6,8 +6,10 @@
 
 #include "Tests/Export/ArchiveReading.h"
 #include "Tests/Export/ExportScene.h"
+#include "Tests/Support/Failures.h"
 #include "Tests/Support/SmallVolume.h"
 #include "TidewellCore/Archive/ChatArchiveAssets.h"
+#include "TidewellCore/Export/EarlyEnd.h"
 #include "TidewellCore/FileNaming.h"
 #include "TidewellCore/TidewellError.h"
 
@@ -94,7 +96,7 @@ TEST(ArchiveDestination, AFullVolumeLeavesTheOldArchiveWhole) {
   const auto before = filesBelow(scene.destination);
   scene.contents.whatsApp.messages[0].text = std::string(1 << 20, 'x');
   scene.write();
-  EXPECT_THROW(scene.run(everything), fs::filesystem_error);
+  EXPECT_THAT([&] { scene.run(everything); }, Fixture::failsWith(EarlyEnd::fullDestination));
   EXPECT_FALSE(ExportTest::holdsPartials(scene.destination));
   ExportTest::expectWholeArchive(scene.destination);
   scene.contents = talkingBackup();
