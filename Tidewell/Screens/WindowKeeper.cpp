@@ -22,8 +22,10 @@ WindowKeeper::WindowKeeper(QQuickWindow& window, std::filesystem::path file) : w
   const WindowPlace wish = WindowPlace::load(file_).value_or(WindowPlace{.size = window.size(), .corner = {}});
   const QRect place = wish.on(freeSpaces(), window.minimumSize());
   window.setMinimumSize(window.minimumSize().boundedTo(place.size()));
-  if (windowsKnowTheirPlace()) window.setGeometry(place);
-  else window.resize(place.size());
+  if (windowsKnowTheirPlace())
+    window.setGeometry(place);
+  else
+    window.resize(place.size());
   given_ = present();
   settled_.setSingleShot(true);
   settled_.setInterval(300);
@@ -42,8 +44,7 @@ WindowKeeper::~WindowKeeper() {
 }
 
 WindowPlace WindowKeeper::present() const {
-  return {.size = window_.size(),
-          .corner = windowsKnowTheirPlace() ? std::optional(window_.position()) : std::nullopt};
+  return {.size = window_.size(), .corner = windowsKnowTheirPlace() ? std::optional(window_.position()) : std::nullopt};
 }
 
 void WindowKeeper::note() {

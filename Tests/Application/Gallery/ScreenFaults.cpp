@@ -10,13 +10,15 @@ namespace {
 // A text or a symbol, where it is seen.
 struct Mark {
   QString name;
-  QRectF place;           // in the window
+  QRectF place;             // in the window
   const QQuickItem* panel;  // the popup that it stands in; null in the window itself
 };
 
 constexpr double tolerance = 1;  // pixels; letters reach a little beyond what is measured
 
-bool isText(const QQuickItem& item) { return item.inherits("QQuickText") && !item.property("text").toString().isEmpty(); }
+bool isText(const QQuickItem& item) {
+  return item.inherits("QQuickText") && !item.property("text").toString().isEmpty();
+}
 
 bool isSymbol(const QQuickItem& item) {
   return item.inherits("QQuickImage") && !item.property("source").toString().isEmpty();

@@ -40,7 +40,9 @@ TEST(WindowPlace, FitsTheScreens) {
       {"title bar within reach", {laptop}, {{800, 600}, QPoint(10, -20)}, {10, 40, 800, 600}},
       {"its screen is gone", {laptop}, {{800, 600}, QPoint(3000, 200)}, {283, 102, 800, 600}},
       {"its screen is gone, and was larger", {laptop}, {{1800, 1000}, QPoint(1400, 60)}, {4, 40, 1358, 724}},
-      {"a screen left of the primary one", {laptop, {-1920, 0, 1920, 1080}}, {{800, 600}, QPoint(-1000, 300)},
+      {"a screen left of the primary one",
+       {laptop, {-1920, 0, 1920, 1080}},
+       {{800, 600}, QPoint(-1000, 300)},
        {-1000, 300, 800, 600}},
   };
   for (const Case& c : cases) {
