@@ -2,6 +2,8 @@
 #include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QImage>
+#include <QQmlEngine>
+#include <QQmlIncubationController>
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QStyleHints>
@@ -37,6 +39,11 @@ bool isPageSeen(const QQuickWindow& window) {
   return step != nullptr && step->opacity() == 1;
 }
 
+// Lists make the rows beyond their ends while there is nothing else to do.
+bool isMakingRows(const QQuickWindow& window) {
+  return qmlEngine(&window)->incubationController()->incubatingObjectCount() > 0;
+}
+
 // Two frames, since one state may have the next frame laid out anew.
 void waitForFrames(QQuickWindow& window) {
   std::atomic<int> frames = 0;
@@ -46,6 +53,7 @@ void waitForFrames(QQuickWindow& window) {
   while ((frames < 2 || !isPageSeen(window)) && timer.elapsed() < 5000) {
     window.update();
     QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents, 20);
+    if (isMakingRows(window)) frames = 0;
   }
   QObject::disconnect(count);
   if (frames < 2) qWarning("The window drew nothing for five seconds.");
