@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,9 @@ class CommandLine {
  public:
   CommandLine();
 
+  // Sets a variable of the program's environment for the runs that follow.
+  void set(const std::string& variable, const std::string& value) { variables_[variable] = value; }
+
   // `input` is all that standard input holds.
   Finished run(const std::vector<std::string>& arguments, const std::string& input = {}) const;
   // Sends `signal` when the program's errors hold `text`.
@@ -44,4 +48,5 @@ class CommandLine {
   [[noreturn]] void become(const std::vector<std::string>& arguments) const;
 
   Fixture::TemporaryDirectory folder_;
+  std::map<std::string, std::string> variables_{{"TZ", "UTC"}, {"LC_ALL", "C"}, {"TERM", "xterm"}};
 };

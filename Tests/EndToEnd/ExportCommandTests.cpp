@@ -126,6 +126,9 @@ TEST(ExportCommand, WritesInTheLanguageAskedFor) {
     return std::string(bytes.begin(), bytes.end());
   };
   EXPECT_THAT(write("saved", "pt-BR"), HasSubstr("[2023-03-08 20:28:40] Você: oi\n"));
+  for (const char* none : {"C", "C.UTF-8", "POSIX", "en_US_POSIX"}) {
+    EXPECT_THAT(write(none, none), HasSubstr("[2023-03-08 20:28:40] You: oi\n")) << none;
+  }
   EXPECT_THAT(write("gespeichert", "de_DE"), HasSubstr("[2023-03-08 20:28:40] You: oi\n"));
 }
 
