@@ -65,6 +65,7 @@ Json JsonRecords::json(const ScanResult& result) {
 }
 
 Json JsonRecords::json(const ExportSummary& summary) {
+  const Json::Array warnings(summary.warnings.begin(), summary.warnings.end());
   Json::Object object{{"copiedCount", summary.copiedCount},
                       {"skippedExistingCount", summary.skippedExistingCount},
                       {"transcriptCount", summary.transcriptCount},
@@ -72,7 +73,8 @@ Json JsonRecords::json(const ExportSummary& summary) {
                       {"totalBytesCopied", summary.totalBytesCopied},
                       {"destination", PathText::text(summary.destination)},
                       {"chatFolderCount", summary.chatFolderCount},
-                      {"unresolvedArchiveLinkCount", summary.unresolvedArchiveLinkCount}};
+                      {"unresolvedArchiveLinkCount", summary.unresolvedArchiveLinkCount},
+                      {"warnings", warnings}};
   if (summary.archiveIndexURL) object.emplace("archiveIndexURL", PathText::text(*summary.archiveIndexURL));
   return object;
 }

@@ -33,7 +33,7 @@ struct ExporterDamageTest : testing::TestWithParam<bool> {
       const ExportSummary summary = scene.run();
       EXPECT_EQ(summary.failedCount, count);
       EXPECT_EQ(run == 0 ? summary.copiedCount : summary.skippedExistingCount, 5 - count);
-      EXPECT_EQ(ExportTest::filesBelow(scene.content).size(), static_cast<std::size_t>(5 - count + 2));
+      EXPECT_EQ(ExportTest::filesBelow(scene.content).size(), static_cast<std::size_t>(5 - count + 3));
       EXPECT_FALSE(ExportTest::holdsPartials(scene.destination));
     }
   }

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <string>
+#include <vector>
 
 // What a finished export did.
 struct ExportSummary {
@@ -15,6 +17,7 @@ struct ExportSummary {
   std::int64_t chatFolderCount = 0;
   std::optional<std::filesystem::path> archiveIndexURL;  // absent when no archive was written
   std::int64_t unresolvedArchiveLinkCount = 0;           // archive messages whose media file is not in the export
+  std::vector<std::string> warnings;                     // sentences for people
 
   bool operator==(const ExportSummary&) const = default;
 };

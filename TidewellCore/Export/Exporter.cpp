@@ -14,6 +14,7 @@
 #include "TidewellCore/Export/ExportRequests.h"
 #include "TidewellCore/Export/FolderManifest.h"
 #include "TidewellCore/Export/MediaCopier.h"
+#include "TidewellCore/Export/NamingMemory.h"
 #include "TidewellCore/Export/ProgressReporter.h"
 #include "TidewellCore/FileNaming.h"
 #include "TidewellCore/Platform/Files.h"
@@ -168,15 +169,21 @@ ExportSummary Exporter::exportBackup(const ExportJob& job, const RunControl& con
 
   const DestinationLock lock = lockDestination(job);
   const fs::path contentRoot = prepareDestination(job);
+  const auto [naming, warnings] = NamingMemory::decide({.naming = {.timeZone = timeZone, .locale = locale},
+                                                        .isTimeZoneChosen = isTimeZoneChosen,
+                                                        .isLocaleChosen = isLocaleChosen},
+                                                       NamingMemory::load(contentRoot));
   ExportPlan plan = makePlan(job, {.opened = opened, .manifest = manifest, .snapshot = snapshot}, contentRoot,
-                             FileNaming::stampFormatter(timeZone, locale));
+                             FileNaming::stampFormatter(naming.timeZone, naming.locale));
   requireSpace(plan.bytesToCopy(), contentRoot);
   throwIfCancelled(control.isCancelled);
 
-  // Saved before copying, so that an interrupted export keeps its folder names.
+  // Saved before copying, so that an interrupted export keeps its names.
+  NamingMemory::save(contentRoot, naming);
   FolderManifest::save(contentRoot, plan.rememberedMeanwhile);
   ExportSummary summary{.destination = job.destination,
-                        .chatFolderCount = static_cast<std::int64_t>(plan.folders.size())};
+                        .chatFolderCount = static_cast<std::int64_t>(plan.folders.size()),
+                        .warnings = warnings};
   copyMedia(plan, opened, lock, control, progress, summary);
   lock.requireInPlace();
   FolderManifest::save(contentRoot, plan.remembered);

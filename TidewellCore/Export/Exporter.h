@@ -25,9 +25,12 @@ struct ExportJob {
 // caller's thread; every operation throws TidewellError, and what the file
 // system or a property list reports.
 struct Exporter {
-  TimeZone timeZone = TimeZone::current();  // of the dates in names and transcripts
+  TimeZone timeZone = TimeZone::current();  // of the dates in transcripts and, see below, in names
   Locale locale = Locale::current();
   TranscriptStyle transcriptStyle = TranscriptStyle::matching(Locale::current());
+  // Somebody chose them. Otherwise the names in a destination go on as NamingMemory has them.
+  bool isTimeZoneChosen = false;
+  bool isLocaleChosen = false;
 
   BackupInfo inspect(const std::filesystem::path& backup) const;
 
