@@ -20,6 +20,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/ExporterDamageTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExporterDestinationTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExporterFolderTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ExporterKeyTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExporterNamingTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExporterTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/FolderAllocatorTests.cpp

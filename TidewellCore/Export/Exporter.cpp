@@ -148,18 +148,23 @@ void copyMedia(ExportPlan& plan, const OpenedBackup& opened, const DestinationLo
 BackupInfo Exporter::inspect(const fs::path& backup) const { return BackupInspector::inspect(backup); }
 
 ScanResult Exporter::scan(const fs::path& backup, std::optional<std::string_view> password,
-                          const UnlockObserver& unlockReport, const CancellationCheck& isCancelled) const {
-  const OpenedBackup opened = OpenedBackup::open(backup, password, {.isCancelled = isCancelled}, unlockReport);
+                          const UnlockObserver& unlockReport, const CancellationCheck& isCancelled,
+                          std::optional<PasswordKey>* passwordKey) const {
+  std::optional<PasswordKey> used;
+  const OpenedBackup opened = OpenedBackup::open(backup, password, {.isCancelled = isCancelled}, unlockReport,
+                                                 {.used = passwordKey == nullptr ? nullptr : &used});
   throwIfCancelled(isCancelled);
   const ManifestStore manifest = loadManifest(opened);
   const ChatStorageSnapshot snapshot = SnapshotLoader::load(opened, manifest, isCancelled);
-  return ScanSummary::summarize(snapshot, manifest, opened, locale);
+  ScanResult result = ScanSummary::summarize(snapshot, manifest, opened, locale);
+  if (passwordKey != nullptr) *passwordKey = std::move(used);
+  return result;
 }
 
 ExportSummary Exporter::exportBackup(const ExportJob& job, const RunControl& control) const {
   ProgressReporter progress(control.progress);
   progress.begin(Phase::preparing);
-  const OpenedBackup opened = OpenedBackup::open(job.backup, job.password, control);
+  const OpenedBackup opened = OpenedBackup::open(job.backup, job.password, control, {}, {.kept = job.passwordKey});
   throwIfCancelled(control.isCancelled);
 
   progress.begin(Phase::readingChats);

@@ -7,6 +7,7 @@
 #include "TidewellCore/Backup/BackupInfo.h"
 #include "TidewellCore/ChatData/ScanResult.h"
 #include "TidewellCore/Crypto/BackupUnlockReport.h"
+#include "TidewellCore/Crypto/PasswordKey.h"
 #include "TidewellCore/Export/DedupeSummary.h"
 #include "TidewellCore/Export/ExportOptions.h"
 #include "TidewellCore/Export/ExportSummary.h"
@@ -19,6 +20,7 @@ struct ExportJob {
   std::filesystem::path destination;
   ExportOptions options = ExportOptions::defaultOptions();
   std::optional<std::string_view> password;  // the caller's; must outlive the run
+  const PasswordKey* passwordKey = nullptr;  // of an earlier scan; the caller's; must outlive the run
 };
 
 // The front of the core: looks into backups and exports them. Works on the
@@ -34,10 +36,14 @@ struct Exporter {
 
   BackupInfo inspect(const std::filesystem::path& backup) const;
 
-  // `unlockReport` is called once for an encrypted backup, on failure too.
+  // `unlockReport` is called once for an encrypted backup, on failure too. On
+  // success `passwordKey`, unless null, gets the key that opened the backup, and
+  // nothing for a plain one; an export that is given it does not wait for it again.
   ScanResult scan(const std::filesystem::path& backup, std::optional<std::string_view> password,
-                  const UnlockObserver& unlockReport = {}, const CancellationCheck& isCancelled = {}) const;
+                  const UnlockObserver& unlockReport = {}, const CancellationCheck& isCancelled = {},
+                  std::optional<PasswordKey>* passwordKey = nullptr) const;
 
+  // A password key that does not fit the backup is passed over for the password.
   // A file that cannot be copied is counted and does not end the run. An
   // export into the same destination copies only what is new.
   ExportSummary exportBackup(const ExportJob& job, const RunControl& control = {}) const;
