@@ -20,8 +20,8 @@ struct Options {
   std::string destination;
   ExportOptions wanted = ExportOptions::defaultOptions();
   PasswordSource password;
-  TimeZone timeZone = TimeZone::current();
-  Locale locale = Locale::current();
+  std::optional<TimeZone> timeZone;
+  std::optional<Locale> locale;
   bool noTranscripts = false;
   bool noProgress = false;
   bool json = false;
@@ -67,14 +67,17 @@ void print(const ExportSummary& summary) {
   }
   printLine(counts);
   printFailures(summary.failures);
-  for (const std::string& warning : summary.warnings) printLine(HumanText::safe(warning));
   if (summary.archiveIndexURL) printLine("To read the chats, open " + PathText::text(*summary.archiveIndexURL));
+  for (const std::string& warning : summary.warnings) printLine(HumanText::safe(warning));
 }
 
 ExportSummary exportBackup(const Options& options) {
-  const Exporter exporter{.timeZone = options.timeZone,
-                          .locale = options.locale,
-                          .transcriptStyle = TranscriptStyle::matching(options.locale)};
+  const Locale locale = options.locale.value_or(Locale::current());
+  const Exporter exporter{.timeZone = options.timeZone.value_or(TimeZone::current()),
+                          .locale = locale,
+                          .transcriptStyle = TranscriptStyle::matching(locale),
+                          .isTimeZoneChosen = options.timeZone.has_value(),
+                          .isLocaleChosen = options.locale.has_value()};
   const std::filesystem::path backup = absolutePath(options.backup);
   const SecretBytes password = options.password.read(exporter.inspect(backup).isEncrypted);
   ProgressDisplay display(!options.noProgress);
@@ -106,7 +109,7 @@ void addExportCommand(CLI::App& app, int& exitCode) {
   options->password.addOptions(*command);
   command->add_option_function<std::string>(
       "--time-zone", [options](const std::string& id) { options->timeZone = parseTimeZone(id); },
-      "The time zone of dates in file names, as \"Europe/Lisbon\" (default: the system's)");
+      "The time zone of dates in file names, as \"Europe/Lisbon\" (default: the earlier export's, else the system's)");
   command->add_option_function<std::string>(
       "--locale", [options](const std::string& id) { options->locale = parseLocale(id); },
       "The language and region of what is written, as \"pt_BR\" (default: the system's)");

@@ -64,7 +64,7 @@ TEST(ChatStorageReader, ReadsTheRowsOfEveryJournal) {
   }
 }
 
-TEST(ChatStorageReader, OrdersMessagesByDateAndKeepsTiesAsTheyAreStored) {
+TEST(ChatStorageReader, OrdersMessagesByDate) {
   const ChatStorageSnapshot snapshot = readChats({.messages = {{.chat = 1, .date = 30},
                                                                {.chat = 1, .date = 10.5},
                                                                {.chat = 1},
@@ -74,6 +74,46 @@ TEST(ChatStorageReader, OrdersMessagesByDateAndKeepsTiesAsTheyAreStored) {
                                                                {.chat = 1},
                                                                {.chat = 1, .date = 30}}});
   EXPECT_THAT(keysOf(snapshot.messagesByChat.at(1)), ElementsAre(3, 7, 4, 6, 2, 1, 5, 8));
+}
+
+TEST(ChatStorageReader, MessagesOfOneDateStandInThePhonesOrder) {
+  const ChatStorageSnapshot snapshot =
+      readChats({.messages = {{.pk = 4, .chat = 1, .date = 30, .sort = 3},
+                              {.pk = 9, .chat = 1, .date = 30, .sort = -7},  // as history that was synchronised twice
+                              {.pk = 2, .chat = 1, .date = 30, .sort = 5.5},
+                              {.pk = 8, .chat = 1, .date = 30, .sort = 5},
+                              {.pk = 7, .chat = 1, .sort = 2},
+                              {.pk = 3, .chat = 1, .date = 30, .sort = 3},
+                              {.pk = 1, .chat = 1, .date = 20, .sort = 9},
+                              {.pk = 6, .chat = 1, .sort = 1}}});
+  EXPECT_THAT(keysOf(snapshot.messagesByChat.at(1)), ElementsAre(6, 7, 1, 9, 3, 4, 8, 2));
+}
+
+TEST(ChatStorageReader, WithoutAPlaceInThatOrderTheKeyCounts) {
+  const auto keysWithout = [](const std::string& sql) {
+    return keysOf(readChats({.messages = {{.pk = 5, .chat = 1, .date = 30},
+                                          {.pk = 9, .chat = 1, .date = 30},
+                                          {.pk = 2, .chat = 1},
+                                          {.pk = 1, .chat = 1, .date = 30},
+                                          {.pk = 3, .chat = 1}},
+                             .chatStorageSQL = sql})
+                      .messagesByChat.at(1));
+  };
+  const std::string reversed = "UPDATE ZWAMESSAGE SET ZSORT = -Z_PK";
+  EXPECT_THAT(keysWithout(reversed), ElementsAre(3, 2, 9, 5, 1));
+  for (const char* none : {"ALTER TABLE ZWAMESSAGE DROP COLUMN ZSORT", "UPDATE ZWAMESSAGE SET ZSORT = NULL",
+                           "UPDATE ZWAMESSAGE SET ZSORT = 'z' || (10 - Z_PK)", "UPDATE ZWAMESSAGE SET ZSORT = x'39'"}) {
+    EXPECT_THAT(keysWithout(reversed + ";" + none), ElementsAre(2, 3, 1, 5, 9)) << none;
+  }
+}
+
+TEST(ChatStorageReader, ARowThatIsReadLateStandsWhereItsKeySays) {
+  // Without a primary key rows come as they were inserted.
+  const ChatStorageSnapshot snapshot = readChatSQL(
+      "CREATE TABLE ZWAMESSAGE (Z_PK, ZCHATSESSION, ZMESSAGEDATE, ZSORT);"
+      "INSERT INTO ZWAMESSAGE VALUES (3, 1, 10, '1'), (2, 1, 10, 9e999), (1, 1, 10, NULL), (5, 1, 10, 4), (4, 1, 10, "
+      "4)");
+  EXPECT_THAT(keysOf(snapshot.messagesByChat.at(1)), ElementsAre(1, 3, 4, 5, 2));
 }
 
 TEST(ChatStorageReader, SentinelDatesNeitherCrashNorShiftAnything) {

@@ -63,7 +63,25 @@ TEST(DisplayName, MachineIdentifiersAreRejected) {
   }
 }
 
-TEST(DisplayName, ShortRunsAreNeverBlobs) {
+TEST(DisplayName, ShortProtobufsWithATimeAreRejected) {
+  for (const char* text : {"COah/ZEGIAA=", "CPShu54GIAA=", "CIDaqqcGIAA", "CIDaqqcG", " COah/ZEGIAA=\n"}) {
+    EXPECT_FALSE(NameResolver::isPlausibleDisplayName(text)) << text;
+    EXPECT_TRUE(NameResolver::looksLikeOpaqueBlob(text)) << text;
+  }
+}
+
+TEST(DisplayName, NamesOfTheLettersThatBase64HasAreKept) {
+  for (const char* name :
+       {"CORA",         "CLARISSA",     "Carlotta",     "Cidinhas",     "CIDINHAS",      "CAROLINA",    "CoraLinda",
+        "Clarisse",     "CECILIA1",     "Claudia2",     "CoraLina",     "CLAUDIAS",      "Clementina",  "Clementinas",
+        "CLEMENTINAIS", "Christopher1", "CHRISTOPHERS", "MariaClara",   "MariaLuisa",    "ANACAROLINA", "AnaCarolina1",
+        "CaioMarcelo",  "CeciliaMaria", "CeliaRegina2", "JoaoPedro",    "JoaoPedroLima", "12345678",    "55119000",
+        "Ana+Pedro",    "Ana/Pedro",    "Cora/Leo",     "CORA+LEO/BIA", "C/Leo+Bia/Zeca"}) {
+    EXPECT_TRUE(NameResolver::isPlausibleDisplayName(name)) << name;
+  }
+}
+
+TEST(DisplayName, OtherShortRunsAreNeverBlobs) {
   for (const char* text : {"0123456789abcde", "a1B2c3D4e5F6g7H", "CgtKb2huIA=="}) {
     EXPECT_FALSE(NameResolver::looksLikeOpaqueBlob(text)) << text;
   }

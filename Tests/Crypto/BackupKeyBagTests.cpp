@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
+
 #include "Tests/Support/Failures.h"
 #include "Tests/Support/KeyBagBuilder.h"
 #include "Tests/Support/TestCrypto.h"
@@ -251,6 +253,61 @@ TEST(BackupKeyBag, OneDerivationAsksTwice) {
   int asked = 0;
   bag.unlock("x", [&] { return ++asked < 0; });
   EXPECT_EQ(asked, 2);
+}
+
+TEST(BackupKeyBag, TheKeyOfAPasswordOpensItsBagAgain) {
+  for (const std::optional<std::uint32_t> rounds : {std::optional(100U), std::optional<std::uint32_t>()}) {
+    const Fixture::KeyBag made = makeBag({.password = "x", .doubleIterations = rounds});
+    BackupKeyBag byPassword = BackupKeyBag::parse(made.blob);
+    const PasswordKey key = byPassword.unlock("x");
+    EXPECT_EQ(Bytes(key.key.begin(), key.key.end()), made.passwordKey);
+    BackupKeyBag byKey = BackupKeyBag::parse(made.blob);
+    EXPECT_TRUE(byKey.unlock(key));
+    EXPECT_EQ(byKey, byPassword);
+  }
+}
+
+TEST(BackupKeyBag, AKeyOpensNoBagOfAnotherDerivation) {
+  const Fixture::KeyBag made = makeBag({.password = "x"});
+  const PasswordKey key = BackupKeyBag::parse(made.blob).unlock("x");
+  const BackupKeyBag locked = BackupKeyBag::parse(made.blob);
+  std::vector<BackupKeyBag> others(5, locked);
+  others[0].salt.back() ^= 1;
+  ++others[1].iterations;
+  others[2].doubleSalt->back() ^= 1;
+  ++*others[3].doubleIterations;
+  others[4].doubleIterations.reset();
+  for (const BackupKeyBag& other : others) {
+    BackupKeyBag bag = other;
+    EXPECT_FALSE(bag.unlock(key));
+    EXPECT_EQ(bag, other) << "nothing of it is unlocked";
+  }
+}
+
+TEST(BackupKeyBag, AKeyThatDoesNotUnwrapAllLeavesTheBagLocked) {
+  const Fixture::KeyBag made = makeBag({.password = "x", .passwordClasses = {1, 2, 3}});
+  const PasswordKey key = BackupKeyBag::parse(made.blob).unlock("x");
+  BackupKeyBag locked = BackupKeyBag::parse(made.blob);
+  PasswordKey wrong = key;
+  wrong.key.back() ^= 1;
+  EXPECT_FALSE(locked.unlock(wrong));
+  locked.classKeys.at(3).wrappedKey.back() ^= 1;
+  EXPECT_FALSE(locked.unlock(key));
+  EXPECT_EQ(locked.unwrappedClassKeyCount(), 0U);
+  BackupKeyBag ofTheDevice = BackupKeyBag::parse(made.blob);
+  for (auto& [number, classKey] : ofTheDevice.classKeys) classKey.wrap = 1;
+  EXPECT_FALSE(ofTheDevice.unlock(key));
+}
+
+// 200,000,000 rounds take the best part of a minute.
+TEST(BackupKeyBag, AKeyIsNotDerivedAgain) {
+  const Fixture::KeyBag made = makeBag({.password = "x"});
+  PasswordKey key = BackupKeyBag::parse(made.blob).unlock("x");
+  BackupKeyBag slow = BackupKeyBag::parse(made.blob);
+  slow.doubleIterations = key.derivation.doubleIterations = 200'000'000;
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_TRUE(slow.unlock(key));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
 }
 
 TEST(BackupKeyBag, ReadsTheClassOfAPersistentKeyAsLittleEndian) {

@@ -104,13 +104,16 @@ Json::Object Finished::json() const {
 }
 
 CommandLine::CommandLine() {
-  fs::create_directory(folder_ / "home");
-  fs::create_directory(folder_ / "temporary");
+  for (const auto& [variable, name] : {std::pair{"HOME", "home"}, std::pair{"TMPDIR", "temporary"}}) {
+    fs::create_directory(folder_ / name);
+    set(variable, (folder_ / name).string());
+  }
 }
 
 std::vector<std::string> CommandLine::environment() const {
-  return {"HOME=" + (folder_ / "home").string(), "TMPDIR=" + (folder_ / "temporary").string(), "TZ=UTC", "LC_ALL=C",
-          "TERM=xterm"};
+  std::vector<std::string> environment;
+  for (const auto& [variable, value] : variables_) environment.push_back(variable + "=" + value);
+  return environment;
 }
 
 void CommandLine::become(const std::vector<std::string>& arguments) const {

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -25,6 +26,9 @@ struct Finished {
 class CommandLine {
  public:
   CommandLine();
+
+  // Sets a variable of the program's environment for the runs that follow.
+  void set(const std::string& variable, const std::string& value) { variables_[variable] = value; }
 
   // `input` is all that standard input holds.
   Finished run(const std::vector<std::string>& arguments, const std::string& input = {}) const;
@@ -50,4 +54,5 @@ class CommandLine {
   [[noreturn]] void become(const std::vector<std::string>& arguments) const;
 
   Fixture::TemporaryDirectory folder_;
+  std::map<std::string, std::string> variables_{{"TZ", "UTC"}, {"LC_ALL", "C"}, {"TERM", "xterm"}};
 };

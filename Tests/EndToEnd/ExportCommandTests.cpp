@@ -104,6 +104,40 @@ TEST(ExportCommand, StampsNamesInTheTimeZoneAskedFor) {
   EXPECT_TRUE(fs::exists(commandLine / "saved/messages/Ana/2023-03-08_172640_ab-photo.jpg"));
 }
 
+TEST(ExportCommand, CopiesNothingAgainWhereverItRuns) {
+  CommandLine commandLine;
+  Fixture::writeBackup(twoFiles(), commandLine / "device");
+  const auto copiedIn = [&](const char* zone, const char* language) {
+    commandLine.set("TZ", zone);
+    commandLine.set("LC_ALL", language);
+    const Json::Object record = commandLine.run({"export", "device", "saved", "--json"}).json();
+    EXPECT_TRUE(record.at("warnings").as<Json::Array>()->empty());
+    return *record.at("copiedCount").as<std::int64_t>();
+  };
+  EXPECT_EQ(copiedIn("Europe/Berlin", "de_DE.UTF-8"), 2);
+  EXPECT_EQ(copiedIn("Asia/Tokyo", "ja_JP.UTF-8"), 0);
+  EXPECT_EQ(copiedIn("Africa/Cairo", "ar_EG.UTF-8"), 0);
+  EXPECT_EQ(copiedIn("UTC", "C"), 0);
+  EXPECT_THAT(filesIn(commandLine / "saved/messages/Ana"),
+              testing::ElementsAre("2023-03-08_212640_ab-photo.jpg", "2023-03-08_212740_cd-note.opus",
+                                   "_transcript.html", "_transcript.txt"));
+}
+
+TEST(ExportCommand, WarnsWhenItIsToldToNameOtherwiseThanBefore) {
+  const CommandLine commandLine;
+  Fixture::writeBackup(twoFiles(), commandLine / "device");
+  const auto printed = [&](const char* option, const char* value) {
+    return commandLine.run({"export", "device", "saved", option, value, "--no-transcripts"}).output;
+  };
+  EXPECT_THAT(printed("--time-zone", "Europe/Berlin"), testing::EndsWith("0 failed\n"));
+  EXPECT_THAT(printed("--time-zone", "Europe/Berlin"), testing::EndsWith("0 failed\n"));
+  EXPECT_THAT(
+      printed("--time-zone", "Asia/Tokyo"),
+      testing::AllOf(HasSubstr("2 copied"), HasSubstr("time zone “Asia/Tokyo”"), HasSubstr("used “Europe/Berlin”")));
+  EXPECT_THAT(printed("--locale", "ar_EG"), HasSubstr("locale “ar_EG”"));
+  EXPECT_THAT(printed("--locale", "ar-EG"), HasSubstr("0 copied · 2 already present"));
+}
+
 TEST(ExportCommand, EndsWithThreeWhenACopyFailed) {
   const CommandLine commandLine;
   Fixture::BackupContents contents = twoFiles();
@@ -204,6 +238,9 @@ TEST(ExportCommand, WritesInTheLanguageAskedFor) {
     return std::string(bytes.begin(), bytes.end());
   };
   EXPECT_THAT(write("saved", "pt-BR"), HasSubstr("[2023-03-08 20:28:40] Você: oi\n"));
+  for (const char* none : {"C", "C.UTF-8", "POSIX", "en_US_POSIX"}) {
+    EXPECT_THAT(write(none, none), HasSubstr("[2023-03-08 20:28:40] You: oi\n")) << none;
+  }
   EXPECT_THAT(write("gespeichert", "de_DE"), HasSubstr("[2023-03-08 20:28:40] You: oi\n"));
 }
 

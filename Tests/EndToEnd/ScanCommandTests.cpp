@@ -74,6 +74,26 @@ TEST(ScanCommand, AsksForThePasswordOnATerminalWithoutShowingIt) {
   EXPECT_THAT(finished.output, Not(HasSubstr("correct horse")));
 }
 
+TEST(ScanCommand, ListsNamesAsPeopleExpectThemWithoutALanguageToo) {
+  Fixture::BackupContents contents;
+  for (const char* name : {"Team", "ana", "Zoe", "Äpfel", "Ana"}) {
+    const auto number = std::to_string(5511900001111 + static_cast<std::int64_t>(contents.whatsApp.chats.size()));
+    contents.whatsApp.chats.push_back({.jid = number + "@s.whatsapp.net", .name = name});
+    contents.whatsApp.messages.push_back({.chat = static_cast<std::int64_t>(contents.whatsApp.chats.size())});
+  }
+  CommandLine commandLine;
+  Fixture::writeBackup(contents, commandLine / "device");
+  for (const char* language : {"C", "C.UTF-8", "POSIX", "en_US_POSIX", ""}) {
+    commandLine.set("LC_ALL", language);
+    std::vector<std::string> names;
+    const Json::Object result = commandLine.run({"scan", "device", "--json"}).json();
+    for (const Json& chat : *result.at("chats").as<Json::Array>()) {
+      names.push_back(*chat.as<Json::Object>()->at("name").as<std::string>());
+    }
+    EXPECT_THAT(names, testing::ElementsAre("ana", "Ana", "Äpfel", "Team", "Zoe")) << language;
+  }
+}
+
 TEST(ScanCommand, NeedsAPasswordWhenThereIsNoWayToAskForIt) {
   const CommandLine commandLine;
   Fixture::writeBackup(encryptedBackup(), commandLine / "device");

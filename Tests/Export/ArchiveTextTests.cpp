@@ -113,4 +113,25 @@ TEST(ArchiveText, FiftyThousandMessagesOfOneChatTakeNoQuadraticTime) {
   EXPECT_EQ(textIn(messages.back(), "text"), texts.back());
 }
 
+TEST(ArchiveText, ASenderIsNeverCalledByTheMessageThatStandsWhereANameWas) {
+  const std::string blob = "COah/ZEGIAA=";
+  const auto said = [&](const std::string& jid, Fixture::SQLValue member) {
+    return Fixture::Message{
+        .chat = 1, .date = firstDate, .text = "oi", .fromJID = jid, .pushName = blob, .member = std::move(member)};
+  };
+  Fixture::BackupContents contents;
+  contents.whatsApp.chats = {{.jid = ExportTest::group, .name = "Us"}};
+  contents.whatsApp.members = {{.jid = ana, .contactName = "Ana"}, {.jid = ExportTest::bea, .contactName = blob}};
+  contents.whatsApp.pushNames = {{.jid = ExportTest::bea, .name = blob}};
+  contents.whatsApp.messages = {said(ExportTest::group, 1), said(ExportTest::group, 2), said(ExportTest::anaLID, {})};
+  const Scene scene(contents);
+  scene.run(everything);
+  std::vector<std::string> senders;
+  for (const auto& message : messagesOf(scene.content, "Us")) senders.push_back(textIn(message, "sender"));
+  EXPECT_THAT(senders, testing::ElementsAre("Ana", "+55 11 90000-2222", "Unknown"));
+  for (const auto& [file, content] : ExportTest::filesBelow(scene.destination)) {
+    EXPECT_THAT(content, Not(HasSubstr("COah"))) << file;
+  }
+}
+
 }  // namespace

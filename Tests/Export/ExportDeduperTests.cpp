@@ -11,6 +11,7 @@
 #include "Tests/Support/Failures.h"
 #include "Tests/Support/SmallVolume.h"
 #include "TidewellCore/Export/DestinationLock.h"
+#include "TidewellCore/Export/NamingMemory.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -284,6 +285,12 @@ TEST_F(ExportDeduperTest, TellsThatThereIsNoExport) {
     EXPECT_THAT([&] { ExportDeduper::run(folder / "other", apply); },
                 Fixture::failsWith("There is no export in “" + (folder / "other").string() + "”."));
   }
+}
+
+TEST_F(ExportDeduperTest, KnowsAnExportByItsMemoryOfNames) {
+  Fixture::writeFile(folder / "other/Holiday/a", "a");
+  NamingMemory::save(folder / "other", {});
+  EXPECT_EQ(ExportDeduper::run(folder / "other", false).mergedFolderCount(), 0);
 }
 
 // Something else writes into the folder between the planning and the merging.

@@ -111,6 +111,7 @@ TEST_F(ExportLayoutTest, MigratesFoldersThatAreRecognisablyAnExports) {
 
 TEST_F(ExportLayoutTest, MigratesAFlatOlderExportWhole) {
   writeFile(root / ".tidewell-manifest.json", "manifest");
+  writeFile(root / ".tidewell-names.json", "names");
   writeFile(root / "_Viewer/data/chats.js", "chats");
   writeFile(root / "Ana/photo.jpg", "a");
   writeFile(root / "avatars/a.jpg", "avatar");
@@ -119,6 +120,7 @@ TEST_F(ExportLayoutTest, MigratesAFlatOlderExportWhole) {
   writeFile(root / "notes.txt", "notes");
   prepare();
   EXPECT_EQ(filesBelow(root), (Files{{"messages/.tidewell-manifest.json", "manifest"},
+                                     {"messages/.tidewell-names.json", "names"},
                                      {"messages/_viewer/data/chats.js", "chats"},
                                      {"messages/Ana/photo.jpg", "a"},
                                      {"avatars/a.jpg", "avatar"},
@@ -126,6 +128,13 @@ TEST_F(ExportLayoutTest, MigratesAFlatOlderExportWhole) {
                                      {"index.html", "page"},
                                      {"notes.txt", "notes"}}));
   EXPECT_FALSE(fs::exists(root / "_Viewer"));
+}
+
+TEST_F(ExportLayoutTest, TheMemoryOfNamesAloneIsASignOfAnOlderExport) {
+  writeFile(root / ".tidewell-names.json", "names");
+  writeFile(root / "Ana/photo.jpg", "a");
+  prepare();
+  EXPECT_EQ(filesBelow(root), (Files{{"messages/.tidewell-names.json", "names"}, {"messages/Ana/photo.jpg", "a"}}));
 }
 
 TEST_F(ExportLayoutTest, AnInterruptedMigrationIsContinued) {
@@ -178,12 +187,12 @@ TEST_F(ExportLayoutTest, RemovesWhatACrashLeftHalfDone) {
 
 TEST_F(ExportLayoutTest, LooksLikeAContentRootByItsFoldersOrItsManifest) {
   EXPECT_FALSE(ExportLayout::looksLikeContentRoot(root));
-  for (const char* entry : {"_Viewer/x", "Avatars/x", ".tidewell-manifest.json", "Ana/x"}) {
+  for (const char* entry : {"_Viewer/x", "Avatars/x", ".tidewell-manifest.json", ".tidewell-names.json", "Ana/x"}) {
     writeFile(root / entry, "x");
     EXPECT_TRUE(ExportLayout::looksLikeContentRoot(root)) << entry;
     fs::remove_all(root);
   }
-  for (const char* entry : {"messages/x", "Ana", ".hidden/x", ".Tidewell-manifest.json"}) {
+  for (const char* entry : {"messages/x", "Ana", ".hidden/x", ".Tidewell-manifest.json", ".tidewell-other.json"}) {
     writeFile(root / entry, "x");
     EXPECT_FALSE(ExportLayout::looksLikeContentRoot(root)) << entry;
     fs::remove_all(root);

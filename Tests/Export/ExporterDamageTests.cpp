@@ -39,7 +39,7 @@ struct ExporterDamageTest : testing::TestWithParam<bool> {
       EXPECT_EQ(std::ranges::count(summary.failures, reason, &CopyFailure::reason), count);
       EXPECT_EQ(summary.failures.size(), static_cast<std::size_t>(count));
       EXPECT_EQ(run == 0 ? summary.copiedCount : summary.skippedExistingCount, 5 - count);
-      EXPECT_EQ(ExportTest::filesBelow(scene.content).size(), static_cast<std::size_t>(5 - count + 2));
+      EXPECT_EQ(ExportTest::filesBelow(scene.content).size(), static_cast<std::size_t>(5 - count + 3));
       EXPECT_FALSE(ExportTest::holdsPartials(scene.destination));
     }
   }

@@ -211,13 +211,13 @@ TEST(ExporterDestination, FullOfTheUsersOwnFoldersStaysAsItIs) {
 TEST(ExporterDestination, WithAFlatOlderExportIsContinuedInTheContentRoot) {
   const Scene scene;
   scene.run();
-  for (const char* name : {"Ana", "Bea", "Us", "_viewer", ".tidewell-manifest.json"}) {
+  for (const char* name : {"Ana", "Bea", "Us", "_viewer", ".tidewell-manifest.json", ".tidewell-names.json"}) {
     fs::rename(scene.content / name, scene.destination / name);
   }
   fs::remove(scene.content);
   EXPECT_EQ(scene.run().skippedExistingCount, 5);
-  EXPECT_EQ(filesBelow(scene.destination).size(), 7U);
-  EXPECT_EQ(filesBelow(scene.content).size(), 7U);
+  EXPECT_EQ(filesBelow(scene.destination).size(), 8U);
+  EXPECT_EQ(filesBelow(scene.content).size(), 8U);
 }
 
 TEST(ExporterDestination, KeepsTheUsersFilesInAChatsFolder) {

@@ -22,6 +22,8 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/ExporterDamageTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExporterDestinationTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExporterFolderTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ExporterKeyTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ExporterNamingTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExporterTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/FolderAllocatorTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/FolderManifestTests.cpp
@@ -30,6 +32,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/MediaLinksTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MergeJournalTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MergeMoveTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/NamingMemoryTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/PhaseClockTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ProgressReporterTests.cpp)
 

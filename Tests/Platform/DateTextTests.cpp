@@ -154,6 +154,33 @@ TEST(Locale, TellsItsLanguageInLowerCase) {
   EXPECT_EQ(Locale{.identifier = "zh_Hant_TW"}.languageCode(), "zh");
 }
 
+TEST(Locale, TheSystemsOrderOfBytesIsNoLanguage) {
+  for (const char* identifier :
+       {"C", "C.UTF-8", "C.utf8", "POSIX", "en_US_POSIX", "en-US-posix", "en_US_POSIX.UTF-8", "en-US-u-va-posix"}) {
+    EXPECT_EQ(Locale::named(identifier), Locale{.identifier = "en_US"}) << identifier;
+  }
+  EXPECT_EQ(Locale::named("de_DE_POSIX"), Locale{.identifier = "de_DE"});
+  EXPECT_EQ(Locale::named("zh_Hant_TW_POSIX"), Locale{.identifier = "zh_Hant_TW"});
+  for (const char* identifier : {"C_QQ", "CC", "posix_BR"}) EXPECT_EQ(Locale::named(identifier), std::nullopt);
+}
+
+// Exports made under LANG=C by earlier versions keep their names and texts.
+TEST(Locale, WithoutALanguageDatesReadAsTheyDidUnderTheOrderOfBytes) {
+  const TimeZone zone{"America/Sao_Paulo"};
+  const Locale posix{"en_US_POSIX"};
+  const Locale now = Locale::named("C").value();
+  for (const double time : {-62135596800.0, -377705116800.0, 0.0, 978307200.0, 1678307200.0, 253402300799.0}) {
+    const Date date = dateFromUnixTime(time);
+    for (const char* pattern : {"yyyy-MM-dd_HHmmss", "yyyy-MM-dd HH:mm:ss"}) {
+      EXPECT_EQ(DateFormatter(pattern, zone, now).string(date), DateFormatter(pattern, zone, posix).string(date));
+    }
+    for (const auto make :
+         {DateFormatter::fullDate, DateFormatter::mediumTime, DateFormatter::abbreviatedDateAndShortTime}) {
+      EXPECT_EQ(make(zone, now).string(date), make(zone, posix).string(date));
+    }
+  }
+}
+
 TEST(Locale, CurrentHasALanguage) { EXPECT_NE(Locale::current().languageCode(), ""); }
 
 }  // namespace

@@ -125,6 +125,13 @@ TEST(Text, NameOrderIgnoresLetterCaseAndHeedsAccents) {
   EXPECT_LT(order.compare("aná", "anb"), 0) << "an accent weighs less than a letter";
 }
 
+TEST(Text, NameOrderIsNeverThatOfBytes) {
+  const Text::NameOrder order("en_US_POSIX");
+  EXPECT_EQ(order.compare("Ana", "ana"), 0);
+  EXPECT_LT(order.compare("ana", "Team"), 0);
+  EXPECT_LT(order.compare("Äpfel", "Zoe"), 0);
+}
+
 TEST(Text, NameOrderFollowsTheLocale) {
   EXPECT_LT(Text::NameOrder("de_DE").compare("Österreich", "Zypern"), 0);
   EXPECT_GT(Text::NameOrder("sv_SE").compare("Österreich", "Zypern"), 0);

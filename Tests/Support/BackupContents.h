@@ -45,6 +45,8 @@ struct Message {
   SQLValue pushName;
   SQLValue member;
   std::int64_t type = 0;
+  // ZSORT when it is not the message's own `pk`.
+  std::optional<SQLValue> sort;
 };
 
 // A row of ZWAGROUPMEMBER.

@@ -136,7 +136,7 @@ class ChatStorageRows {
                                   {"ZMESSAGEERRORSTATUS", 0},
                                   {"ZMESSAGESTATUS", 8},
                                   {"ZMESSAGETYPE", message.type},
-                                  {"ZSORT", pk},
+                                  {"ZSORT", message.sort.value_or(pk)},
                                   {"ZSTARRED", 0},
                                   {"ZCHATSESSION", message.chat},
                                   {"ZGROUPMEMBER", message.member},

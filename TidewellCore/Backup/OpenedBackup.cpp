@@ -47,16 +47,18 @@ bool isPaddedTo(std::int64_t storedSize, const std::optional<std::int64_t>& reco
 }  // namespace
 
 OpenedBackup OpenedBackup::open(const fs::path& backup, std::optional<std::string_view> password,
-                                const RunControl& control, const UnlockObserver& unlockReport) {
+                                const RunControl& control, const UnlockObserver& unlockReport, const KeyReuse& keys) {
   OpenedBackup opened(BackupInspector::inspect(backup));
   if (!opened.info_.isEncrypted) {
     if (needsWorkingCopy(backup / indexName)) opened.copyManifest();
     return opened;
   }
-  if (!password || password->empty()) throw TidewellError::needsBackupPassword();
+  const std::string_view given = password.value_or("");
+  if (given.empty() && keys.kept == nullptr) throw TidewellError::needsBackupPassword();
   BackupUnlockReport report;
   try {
-    opened.unlock(*password, control, report);
+    opened.unlocker_ = BackupUnlocker::unlock(opened.url(), given, report, control, keys);
+    opened.decryptManifest(control, report);
   } catch (...) {
     if (unlockReport) unlockReport(report);
     throw;
@@ -66,8 +68,7 @@ OpenedBackup OpenedBackup::open(const fs::path& backup, std::optional<std::strin
   return opened;
 }
 
-void OpenedBackup::unlock(std::string_view password, const RunControl& control, BackupUnlockReport& report) {
-  unlocker_ = BackupUnlocker::unlock(url(), password, report, control);
+void OpenedBackup::decryptManifest(const RunControl& control, BackupUnlockReport& report) {
   throwIfCancelled(control.isCancelled);
   workingFolder_.emplace(workingFolderPrefix);
   unlocker_->decryptManifestDatabase(url() / indexName, manifestDatabaseURL(), report);

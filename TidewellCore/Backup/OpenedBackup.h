@@ -24,9 +24,11 @@ class OpenedBackup {
  public:
   // Throws what BackupInspector, BackupUnlocker and SQLiteDB throw, and
   // TidewellError::needsBackupPassword for a password that is absent or empty.
-  // `unlockReport` is called once when a password was tried, on failure too.
+  // `unlockReport` is called once when a password or a kept key was tried, on
+  // failure too. A kept key that fits makes the password needless.
   static OpenedBackup open(const std::filesystem::path& backup, std::optional<std::string_view> password,
-                           const RunControl& control = {}, const UnlockObserver& unlockReport = {});
+                           const RunControl& control = {}, const UnlockObserver& unlockReport = {},
+                           const KeyReuse& keys = {});
 
   const std::filesystem::path& url() const { return info_.url; }
   const BackupInfo& info() const { return info_; }
@@ -62,7 +64,8 @@ class OpenedBackup {
  private:
   explicit OpenedBackup(BackupInfo info) : info_(std::move(info)) {}
 
-  void unlock(std::string_view password, const RunControl& control, BackupUnlockReport& report);
+  // `unlocker_` is what opened the key bag.
+  void decryptManifest(const RunControl& control, BackupUnlockReport& report);
   void copyManifest();
   bool isEncrypted(const ManifestFile& file) const { return file.encryptionKey && unlocker_; }
 

@@ -4,6 +4,8 @@
 #include <charconv>
 #include <cmath>
 #include <limits>
+#include <map>
+#include <tuple>
 
 #include "TidewellCore/ChatData/NameResolver.h"
 #include "TidewellCore/ChatData/TableReader.h"
@@ -107,6 +109,32 @@ std::optional<std::string> messagePushName(const SQLiteValue* value) {
   return isBlob ? plausible(textOrUTF8(value)) : textOrUTF8(value);
 }
 
+constexpr double beforeAll = -std::numeric_limits<double>::infinity();
+
+// A message and its place among those of its date, which counts only until they are in order.
+struct PlacedMessage {
+  MessageRecord message;
+  double sort = beforeAll;
+};
+
+double sortOf(const SQLiteValue* value) {
+  const bool isText = value == nullptr || std::holds_alternative<std::string>(*value);
+  return isText ? beforeAll : realNumber(value).value_or(beforeAll);
+}
+
+auto place(const PlacedMessage& placed) {
+  const MessageRecord& message = placed.message;
+  return std::tuple(message.date ? unixTime(*message.date) : beforeAll, placed.sort, message.pk);
+}
+
+std::vector<MessageRecord> inOrder(std::vector<PlacedMessage> placed) {
+  std::ranges::sort(placed, {}, place);
+  std::vector<MessageRecord> messages;
+  messages.reserve(placed.size());
+  for (PlacedMessage& each : placed) messages.push_back(std::move(each.message));
+  return messages;
+}
+
 void loadMessages(const SQLiteDB& database, ChatStorageSnapshot& snapshot) {
   TableReader table(database, "ZWAMESSAGE");
   const std::string pk = table.select({"Z_PK"});
@@ -117,27 +145,24 @@ void loadMessages(const SQLiteDB& database, ChatStorageSnapshot& snapshot) {
   const std::string fromJID = table.select({"ZFROMJID", "ZSENDERJID"});
   const std::string pushName = table.select({"ZPUSHNAME"});
   const std::string groupMember = table.select({"ZGROUPMEMBER"});
+  const std::string sort = table.select({"ZSORT"});
+  std::map<std::int64_t, std::vector<PlacedMessage>> messagesByChat;
   if (pk.empty() || chat.empty()) return;
   table.forEachRow([&](const SQLiteRow& row) {
     const auto key = row.intValue(pk);
     const auto chatPK = row.intValue(chat);
     if (!key || !chatPK) return;
-    snapshot.messagesByChat[*chatPK].push_back({.pk = *key,
-                                                .chatPK = chatPK,
-                                                .date = date(row.value(sent)),
-                                                .text = row.textValue(text),
-                                                .isFromMe = row.intValue(isFromMe).value_or(0) != 0,
-                                                .fromJID = row.textValue(fromJID),
-                                                .pushName = messagePushName(row.value(pushName)),
-                                                .groupMemberPK = row.intValue(groupMember)});
+    messagesByChat[*chatPK].push_back({.message = {.pk = *key,
+                                                   .chatPK = chatPK,
+                                                   .date = date(row.value(sent)),
+                                                   .text = row.textValue(text),
+                                                   .isFromMe = row.intValue(isFromMe).value_or(0) != 0,
+                                                   .fromJID = row.textValue(fromJID),
+                                                   .pushName = messagePushName(row.value(pushName)),
+                                                   .groupMemberPK = row.intValue(groupMember)},
+                                       .sort = sortOf(row.value(sort))});
   });
-  const auto sortDate = [](const MessageRecord& message) {
-    return message.date ? unixTime(*message.date) : -std::numeric_limits<double>::infinity();
-  };
-  for (auto& [chatPK, messages] : snapshot.messagesByChat) {
-    std::ranges::stable_sort(messages, {}, sortDate);
-    messages.shrink_to_fit();
-  }
+  for (auto& [chatPK, messages] : messagesByChat) snapshot.messagesByChat[chatPK] = inOrder(std::move(messages));
 }
 
 std::unordered_map<std::int64_t, ChatStorageSnapshot::MessagePosition> positionsByPK(

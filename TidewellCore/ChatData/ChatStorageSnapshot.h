@@ -25,9 +25,10 @@ struct ChatStorageSnapshot {
     bool operator==(const MessagePosition&) const = default;
   };
 
-  std::map<std::int64_t, ChatRecord> chats;                           // by primary key
-  std::map<std::string, ChatRecord, std::less<>> chatsByJID;          // as the JID is stored
-  std::map<std::int64_t, std::vector<MessageRecord>> messagesByChat;  // oldest first, undated before all
+  std::map<std::int64_t, ChatRecord> chats;                   // by primary key
+  std::map<std::string, ChatRecord, std::less<>> chatsByJID;  // as the JID is stored
+  // Oldest first, undated before all; those of one date in the phone's own order.
+  std::map<std::int64_t, std::vector<MessageRecord>> messagesByChat;
   std::unordered_map<std::string, MessagePosition> mediaByRelativePath;
   ContactDirectory directory;
   // Derived from `chats` and `directory`; the smallest primary key first.

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "TidewellCore/ChatData/ContactDirectory.h"
+#include "TidewellCore/ChatData/EncodedMessage.h"
 #include "TidewellCore/ChatData/JID.h"
 #include "TidewellCore/Platform/Text.h"
 
@@ -116,6 +117,7 @@ bool NameResolver::looksLikeOpaqueBlob(std::string_view text) {
   // Of names written without blanks hardly any reach this rate, of base64 nearly all.
   constexpr double machineRate = 0.25;
   const std::string run = Text::trimmed(text);
+  if (EncodedMessage::holdsTime(run)) return true;
   const bool isPlainRun = std::ranges::none_of(run, [](char c) { return classOf(c) == CharacterClass::other; });
   if (run.size() < suspicious || !isPlainRun) return false;
   if (isHexadecimal(run) || run.ends_with('=')) return true;

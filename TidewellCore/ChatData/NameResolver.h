@@ -28,7 +28,8 @@ std::optional<std::string> formattedPhone(std::string_view jid);
 
 // Whether a text can be a person's name: something to read, and no machine identifier.
 bool isPlausibleDisplayName(std::string_view name);
-// A long run of letters and digits without order, as hashes and base64 leave it.
+// A long run of letters and digits without order, as hashes and base64 leave it,
+// or a short one that is an EncodedMessage.
 bool looksLikeOpaqueBlob(std::string_view text);
 // A name that shows nothing: blanks and directional marks alone, or nothing at all.
 bool isPlaceholderPartnerName(std::string_view name);

@@ -94,35 +94,61 @@ class Parser {
   std::optional<BackupClassKey> classKey_;
 };
 
-bool hasDoubleDerivation(const BackupKeyBag& bag) {
-  return bag.doubleSalt && !bag.doubleSalt->empty() && bag.doubleIterations.value_or(0) > 0;
+KeyDerivation derivationOf(const BackupKeyBag& bag) {
+  return {.salt = bag.salt,
+          .iterations = bag.iterations,
+          .doubleSalt = bag.doubleSalt,
+          .doubleIterations = bag.doubleIterations};
+}
+
+bool isDouble(const KeyDerivation& derivation) {
+  return derivation.doubleSalt && !derivation.doubleSalt->empty() && derivation.doubleIterations.value_or(0) > 0;
 }
 
 // Since iOS 10.2 the password goes through SHA-256 rounds before the SHA-1 rounds of older bags.
-SecretBytes passwordKey(const BackupKeyBag& bag, std::string_view password, const CancellationCheck& isCancelled) {
+SecretBytes derived(const KeyDerivation& derivation, std::string_view password, const CancellationCheck& isCancelled) {
   using enum BackupCrypto::PBKDF2Hash;
   SecretBytes input(password.begin(), password.end());
-  if (hasDoubleDerivation(bag)) {
-    const auto rounds = static_cast<std::uint32_t>(*bag.doubleIterations);
-    input = BackupCrypto::pbkdf2(input, *bag.doubleSalt, rounds, derivedKeySize, sha256);
+  if (isDouble(derivation)) {
+    const auto rounds = static_cast<std::uint32_t>(*derivation.doubleIterations);
+    input = BackupCrypto::pbkdf2(input, *derivation.doubleSalt, rounds, derivedKeySize, sha256);
     throwIfCancelled(isCancelled);
   }
-  return BackupCrypto::pbkdf2(input, bag.salt, static_cast<std::uint32_t>(bag.iterations), derivedKeySize, sha1);
+  const auto rounds = static_cast<std::uint32_t>(derivation.iterations);
+  return BackupCrypto::pbkdf2(input, derivation.salt, rounds, derivedKeySize, sha1);
+}
+
+void unwrapClassKeys(BackupKeyBag& bag, const SecretBytes& key) {
+  for (auto& [number, classKey] : bag.classKeys) {
+    if ((classKey.wrap & wrappedWithPassword) == 0) continue;
+    classKey.unwrappedKey = BackupCrypto::aesUnwrap(key, classKey.wrappedKey);
+  }
+  if (bag.unwrappedClassKeyCount() == 0) throw TidewellError::wrongBackupPassword();
 }
 
 }  // namespace
 
 BackupKeyBag BackupKeyBag::parse(ByteView data) { return Parser().parse(data); }
 
-void BackupKeyBag::unlock(std::string_view password, const CancellationCheck& isCancelled) {
+PasswordKey BackupKeyBag::unlock(std::string_view password, const CancellationCheck& isCancelled) {
   throwIfCancelled(isCancelled);
-  const SecretBytes key = passwordKey(*this, password, isCancelled);
+  PasswordKey key{.derivation = derivationOf(*this)};
+  key.key = derived(key.derivation, password, isCancelled);
   throwIfCancelled(isCancelled);
-  for (auto& [number, classKey] : classKeys) {
-    if ((classKey.wrap & wrappedWithPassword) == 0) continue;
-    classKey.unwrappedKey = BackupCrypto::aesUnwrap(key, classKey.wrappedKey);
+  unwrapClassKeys(*this, key.key);
+  return key;
+}
+
+bool BackupKeyBag::unlock(const PasswordKey& key) {
+  if (key.derivation != derivationOf(*this)) return false;
+  BackupKeyBag unlocked = *this;
+  try {
+    unwrapClassKeys(unlocked, key.key);
+  } catch (const TidewellError&) {
+    return false;
   }
-  if (unwrappedClassKeyCount() == 0) throw TidewellError::wrongBackupPassword();
+  *this = std::move(unlocked);
+  return true;
 }
 
 std::size_t BackupKeyBag::unwrappedClassKeyCount() const {

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string_view>
 
+#include "TidewellCore/Crypto/PasswordKey.h"
 #include "TidewellCore/Crypto/SecretBytes.h"
 #include "TidewellCore/Platform/Bytes.h"
 #include "TidewellCore/Platform/Cancellation.h"
@@ -35,9 +36,12 @@ struct BackupKeyBag {
   // Reads the bytes under "BackupKeyBag" of Manifest.plist. Throws TidewellError::ioFailure.
   static BackupKeyBag parse(ByteView data);
 
-  // Derives the password's key and unwraps every class key it opens; takes
+  // Derives the password's key, unwraps every class key it opens and returns it; takes
   // seconds. Throws TidewellError::wrongBackupPassword and TidewellError::cancelled.
-  void unlock(std::string_view password, const CancellationCheck& isCancelled = {});
+  PasswordKey unlock(std::string_view password, const CancellationCheck& isCancelled = {});
+  // The same with a key that was derived before, at once. False, and nothing
+  // changed, when it belongs to another derivation or does not open the bag.
+  bool unlock(const PasswordKey& key);
 
   std::size_t unwrappedClassKeyCount() const;
   // Throws TidewellError::ioFailure when that class is missing or locked.

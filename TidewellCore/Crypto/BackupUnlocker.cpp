@@ -24,6 +24,24 @@ BackupKeyBag readKeyBag(const PropertyListDictionary& manifest, BackupUnlockRepo
   return keyBag;
 }
 
+void tellOfUnlocking(const RunControl& control) {
+  if (!control.progress) return;
+  control.progress({.phase = ExportProgress::Phase::unlocking, .currentFileName = "Unlocking backup…", .total = 1});
+}
+
+void unlock(BackupKeyBag& keyBag, std::string_view password, const RunControl& control, const KeyReuse& keys) {
+  if (keys.kept != nullptr) {
+    if (keyBag.unlock(*keys.kept)) {
+      if (keys.used != nullptr) *keys.used = *keys.kept;
+      return;
+    }
+    tellOfUnlocking(control);
+  }
+  if (password.empty()) throw TidewellError::needsBackupPassword();
+  PasswordKey key = keyBag.unlock(password, control.isCancelled);
+  if (keys.used != nullptr) *keys.used = std::move(key);
+}
+
 void writeFile(const fs::path& path, ByteView content) {
   fs::create_directories(path.parent_path());
   FileDescriptor file = FileDescriptor::create(path);
@@ -34,15 +52,13 @@ void writeFile(const fs::path& path, ByteView content) {
 }  // namespace
 
 BackupUnlocker BackupUnlocker::unlock(const fs::path& backup, std::string_view password, BackupUnlockReport& report,
-                                      const RunControl& control) {
+                                      const RunControl& control, const KeyReuse& keys) {
   throwIfCancelled(control.isCancelled);
-  if (control.progress) {
-    control.progress({.phase = ExportProgress::Phase::unlocking, .currentFileName = "Unlocking backup…", .total = 1});
-  }
+  if (keys.kept == nullptr) tellOfUnlocking(control);
   const PropertyListDictionary manifest = PlistSupport::dictionary(backup / "Manifest.plist");
   BackupUnlocker unlocker{.keyBag = readKeyBag(manifest, report)};
   throwIfCancelled(control.isCancelled);
-  unlocker.keyBag.unlock(password, control.isCancelled);
+  ::unlock(unlocker.keyBag, password, control, keys);
   report.classKeysUnwrapped = static_cast<std::int64_t>(unlocker.keyBag.unwrappedClassKeyCount());
   if (const Bytes* manifestKey = PlistSupport::data(entry(manifest, "ManifestKey"))) {
     report.manifestKeyClass = BackupKeyBag::protectionClass(*manifestKey);

@@ -14,9 +14,12 @@ struct BackupUnlocker {
   BackupKeyBag keyBag;
   std::optional<SecretBytes> manifestKey;
 
-  // Fills `report` as far as it comes, on failure too. Takes seconds.
+  // Fills `report` as far as it comes, on failure too. Takes seconds, during
+  // which the phase is `unlocking`; a kept key opens its bag at once, without
+  // that phase. Throws TidewellError::needsBackupPassword when none fits and
+  // the password is empty.
   static BackupUnlocker unlock(const std::filesystem::path& backup, std::string_view password,
-                               BackupUnlockReport& report, const RunControl& control = {});
+                               BackupUnlockReport& report, const RunControl& control = {}, const KeyReuse& keys = {});
 
   // Writes the plaintext of Manifest.db to `copy`, making its folder when it is
   // missing. The file is decrypted in memory in one piece.

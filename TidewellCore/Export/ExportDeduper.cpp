@@ -12,6 +12,7 @@
 #include "TidewellCore/Export/FolderMerge.h"
 #include "TidewellCore/Export/FolderPairing.h"
 #include "TidewellCore/Export/MergeJournal.h"
+#include "TidewellCore/Export/NamingMemory.h"
 #include "TidewellCore/FolderNames.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
@@ -114,7 +115,8 @@ class Run {
     const bool isNamed = std::ranges::any_of(evidence.folders, [](const std::string& folder) {
       return FolderPairing::jidIfLegacyFolder(folder).has_value();
     });
-    if (isNamed || isMarked(contentRoot_) || !evidence.manifest.empty() || !evidence.archive.empty()) return evidence;
+    const bool isRemembered = !evidence.manifest.empty() || NamingMemory::load(contentRoot_);
+    if (isNamed || isMarked(contentRoot_) || isRemembered || !evidence.archive.empty()) return evidence;
     throw TidewellError::ioFailure("There is no export in “" + PathText::text(destination_) + "”.");
   }
 

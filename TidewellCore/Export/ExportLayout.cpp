@@ -8,6 +8,7 @@
 #include "TidewellCore/Export/FolderAllocator.h"
 #include "TidewellCore/Export/FolderManifest.h"
 #include "TidewellCore/Export/MergeMove.h"
+#include "TidewellCore/Export/NamingMemory.h"
 #include "TidewellCore/FileNaming.h"
 #include "TidewellCore/FolderNames.h"
 #include "TidewellCore/Platform/Files.h"
@@ -63,10 +64,12 @@ bool isOlderViewer(const Files::Entry& entry) {
   return entry.isFolder && Text::lowercased(entry.name) == FolderNames::viewer;
 }
 
-bool isOlderManifest(const Files::Entry& entry) { return !entry.isFolder && entry.name == FolderManifest::fileName; }
+bool isMemoryName(std::string_view name) { return name == FolderManifest::fileName || name == NamingMemory::fileName; }
+
+bool isOlderMemory(const Files::Entry& entry) { return !entry.isFolder && isMemoryName(entry.name); }
 
 bool hasSignOfOlderExport(const std::vector<Files::Entry>& entries) {
-  return std::ranges::any_of(entries, isOlderViewer) || std::ranges::any_of(entries, isOlderManifest);
+  return std::ranges::any_of(entries, isOlderViewer) || std::ranges::any_of(entries, isOlderMemory);
 }
 
 bool isExportsOwnFile(const Files::Entry& entry) {
@@ -88,7 +91,7 @@ struct Migration {
     }
     for (const Files::Entry& entry : entries) {
       if (isOlderViewer(entry)) move(entry, FolderNames::viewer);
-      if (isOlderManifest(entry)) move(entry, FolderManifest::fileName);
+      if (isOlderMemory(entry)) move(entry, entry.name);
     }
   }
 
@@ -153,7 +156,7 @@ bool ExportLayout::looksLikeContentRoot(const fs::path& folder) {
   for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
     const std::string name = PathText::text(entry->path().filename());
     const std::string lower = Text::lowercased(name);
-    if (lower == FolderNames::viewer || lower == FolderNames::avatars || name == FolderManifest::fileName) return true;
+    if (lower == FolderNames::viewer || lower == FolderNames::avatars || isMemoryName(name)) return true;
   }
   return !FolderAllocator::existingChatFolders(folder).empty();
 }

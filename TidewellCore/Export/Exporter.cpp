@@ -15,6 +15,8 @@
 #include "TidewellCore/Export/ExportRequests.h"
 #include "TidewellCore/Export/FolderManifest.h"
 #include "TidewellCore/Export/MediaCopying.h"
+#include "TidewellCore/Export/NamingMemory.h"
+#include "TidewellCore/Export/ProgressReporter.h"
 #include "TidewellCore/FileNaming.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
@@ -111,13 +113,18 @@ void requireSpace(std::int64_t needed, const fs::path& contentRoot) {
 BackupInfo Exporter::inspect(const fs::path& backup) const { return BackupInspector::inspect(backup); }
 
 ScanResult Exporter::scan(const fs::path& backup, std::optional<std::string_view> password,
-                          const UnlockObserver& unlockReport, const CancellationCheck& isCancelled) const {
+                          const UnlockObserver& unlockReport, const CancellationCheck& isCancelled,
+                          std::optional<PasswordKey>* passwordKey) const {
   return EarlyEnd::explained({.backup = backup}, [&] {
-    const OpenedBackup opened = OpenedBackup::open(backup, password, {.isCancelled = isCancelled}, unlockReport);
+    std::optional<PasswordKey> used;
+    const OpenedBackup opened = OpenedBackup::open(backup, password, {.isCancelled = isCancelled}, unlockReport,
+                                                   {.used = passwordKey == nullptr ? nullptr : &used});
     throwIfCancelled(isCancelled);
     const ManifestStore manifest = loadManifest(opened);
     const ChatStorageSnapshot snapshot = SnapshotLoader::load(opened, manifest, isCancelled);
-    return ScanSummary::summarize(snapshot, manifest, opened, locale);
+    ScanResult result = ScanSummary::summarize(snapshot, manifest, opened, locale);
+    if (passwordKey != nullptr) *passwordKey = std::move(used);
+    return result;
   });
 }
 
@@ -129,7 +136,7 @@ ExportSummary Exporter::exportBackup(const ExportJob& job, const RunControl& con
 ExportSummary Exporter::runExport(const ExportJob& job, const RunControl& control) const {
   ProgressReporter progress(control.progress);
   progress.begin(Phase::preparing);
-  const OpenedBackup opened = OpenedBackup::open(job.backup, job.password, control);
+  const OpenedBackup opened = OpenedBackup::open(job.backup, job.password, control, {}, {.kept = job.passwordKey});
   throwIfCancelled(control.isCancelled);
 
   progress.begin(Phase::readingChats);
@@ -139,15 +146,21 @@ ExportSummary Exporter::runExport(const ExportJob& job, const RunControl& contro
 
   const DestinationLock lock = lockDestination(job);
   const fs::path contentRoot = prepareDestination(job);
+  const auto [naming, warnings] = NamingMemory::decide({.naming = {.timeZone = timeZone, .locale = locale},
+                                                        .isTimeZoneChosen = isTimeZoneChosen,
+                                                        .isLocaleChosen = isLocaleChosen},
+                                                       NamingMemory::load(contentRoot));
   ExportPlan plan = makePlan(job, {.opened = opened, .manifest = manifest, .snapshot = snapshot}, contentRoot,
-                             FileNaming::stampFormatter(timeZone, locale));
+                             FileNaming::stampFormatter(naming.timeZone, naming.locale));
   requireSpace(plan.bytesToCopy(), contentRoot);
   throwIfCancelled(control.isCancelled);
 
-  // Saved before copying, so that an interrupted export keeps its folder names.
+  // Saved before copying, so that an interrupted export keeps its names.
+  NamingMemory::save(contentRoot, naming);
   FolderManifest::save(contentRoot, plan.rememberedMeanwhile);
   ExportSummary summary{.destination = job.destination,
-                        .chatFolderCount = static_cast<std::int64_t>(plan.folders.size())};
+                        .chatFolderCount = static_cast<std::int64_t>(plan.folders.size()),
+                        .warnings = warnings};
   MediaCopying::run(plan, {.opened = opened, .snapshot = snapshot}, lock, control.isCancelled, progress, summary);
   lock.requireInPlace();
   FolderManifest::save(contentRoot, plan.remembered);

@@ -7,6 +7,7 @@
 #include "TidewellCore/Backup/BackupInfo.h"
 #include "TidewellCore/ChatData/ScanResult.h"
 #include "TidewellCore/Crypto/BackupUnlockReport.h"
+#include "TidewellCore/Crypto/PasswordKey.h"
 #include "TidewellCore/Export/DedupeSummary.h"
 #include "TidewellCore/Export/ExportOptions.h"
 #include "TidewellCore/Export/ExportSummary.h"
@@ -19,22 +20,30 @@ struct ExportJob {
   std::filesystem::path destination;
   ExportOptions options = ExportOptions::defaultOptions();
   std::optional<std::string_view> password;  // the caller's; must outlive the run
+  const PasswordKey* passwordKey = nullptr;  // of an earlier scan; the caller's; must outlive the run
 };
 
 // The front of the core: looks into backups and exports them. Works on the
 // caller's thread; every operation throws TidewellError, and what the file
 // system or a property list reports.
 struct Exporter {
-  TimeZone timeZone = TimeZone::current();  // of the dates in names and transcripts
+  TimeZone timeZone = TimeZone::current();  // of the dates in transcripts and, see below, in names
   Locale locale = Locale::current();
   TranscriptStyle transcriptStyle = TranscriptStyle::matching(Locale::current());
+  // Somebody chose them. Otherwise the names in a destination go on as NamingMemory has them.
+  bool isTimeZoneChosen = false;
+  bool isLocaleChosen = false;
 
   BackupInfo inspect(const std::filesystem::path& backup) const;
 
-  // `unlockReport` is called once for an encrypted backup, on failure too.
+  // `unlockReport` is called once for an encrypted backup, on failure too. On
+  // success `passwordKey`, unless null, gets the key that opened the backup, and
+  // nothing for a plain one; an export that is given it does not wait for it again.
   ScanResult scan(const std::filesystem::path& backup, std::optional<std::string_view> password,
-                  const UnlockObserver& unlockReport = {}, const CancellationCheck& isCancelled = {}) const;
+                  const UnlockObserver& unlockReport = {}, const CancellationCheck& isCancelled = {},
+                  std::optional<PasswordKey>* passwordKey = nullptr) const;
 
+  // A password key that does not fit the backup is passed over for the password.
   // A file that cannot be copied is recorded and does not end the run; a disk that
   // is full and a backup that was taken away do, with TidewellError::ioFailure. An
   // export into the same destination copies only what is new.

@@ -1,6 +1,7 @@
 #include "TidewellCore/Platform/DateText.h"
 
 #include <fmt/format.h>
+#include <unicode/localebuilder.h>
 #include <unicode/locid.h>
 #include <unicode/smpdtfmt.h>
 #include <unicode/timezone.h>
@@ -44,6 +45,21 @@ bool isKnownRegion(std::string_view region) {
   return region.empty() || isArea || isListed(icu::Locale::getISOCountries(), region);
 }
 
+// "C" and "POSIX" as ICU spells them when it is not the system that names them.
+bool isSystemName(const icu::Locale& locale) {
+  const std::string_view name = locale.getName();
+  return name.empty() || name == "c" || name == "posix";
+}
+
+// Names and dates are for people, so the system's order of bytes gives way to a language.
+icu::Locale ofPeople(const icu::Locale& locale) {
+  if (isSystemName(locale)) return icu::Locale::getUS();
+  if (std::string_view(locale.getVariant()) != "POSIX") return locale;
+  UErrorCode status = U_ZERO_ERROR;
+  icu::Locale plain = icu::LocaleBuilder().setLocale(locale).setVariant({}).build(status);
+  return U_FAILURE(status) ? icu::Locale::getUS() : plain;
+}
+
 icu::Locale icuLocale(const Locale& locale) { return icu::Locale::createCanonical(locale.identifier.c_str()); }
 
 std::optional<int> number(std::string_view digits) {
@@ -75,10 +91,11 @@ std::optional<TimeZone> TimeZone::named(std::string_view identifier) {
   return TimeZone{.identifier = std::string(identifier)};
 }
 
-Locale Locale::current() { return {.identifier = icu::Locale::getDefault().getBaseName()}; }
+Locale Locale::current() { return {.identifier = ofPeople(icu::Locale::getDefault()).getBaseName()}; }
 
 std::optional<Locale> Locale::named(std::string_view identifier) {
-  const icu::Locale locale = icu::Locale::createCanonical(std::string(identifier).c_str());
+  if (identifier.empty()) return std::nullopt;
+  const icu::Locale locale = ofPeople(icu::Locale::createCanonical(std::string(identifier).c_str()));
   if (locale.isBogus() || !isKnownLanguage(locale.getLanguage()) || !isKnownRegion(locale.getCountry())) {
     return std::nullopt;
   }

@@ -32,8 +32,10 @@ struct TimeZone {
 struct Locale {
   std::string identifier = "en_US";
 
+  // The system's. Never the "C" or "POSIX" of systems without a language, in
+  // which names stand in the order of their bytes: "en_US" then.
   static Locale current();
-  // Takes "pt_BR" and "pt-BR" alike. Absent when language or region do not exist.
+  // Takes "pt_BR" and "pt-BR" alike, and "C" as above. Absent when language or region do not exist.
   static std::optional<Locale> named(std::string_view identifier);
   // The language alone, in lower case ("pt").
   std::string languageCode() const;

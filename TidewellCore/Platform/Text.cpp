@@ -219,8 +219,10 @@ struct Text::NameOrder::Collator {
 };
 
 Text::NameOrder::NameOrder(const std::string& localeIdentifier) : collator_(std::make_unique<Collator>()) {
+  const icu::Locale locale = icu::Locale::createCanonical(localeIdentifier.c_str());
+  const bool isOrderOfBytes = std::string_view(locale.getVariant()) == "POSIX";
   UErrorCode status = U_ZERO_ERROR;
-  collator_->icu.reset(icu::Collator::createInstance(icu::Locale::createCanonical(localeIdentifier.c_str()), status));
+  collator_->icu.reset(icu::Collator::createInstance(isOrderOfBytes ? icu::Locale::getRoot() : locale, status));
   check(status);
   // Secondary strength tells accents apart and letter case not.
   collator_->icu->setStrength(icu::Collator::SECONDARY);

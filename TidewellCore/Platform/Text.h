@@ -52,7 +52,7 @@ bool isAlphanumeric(char32_t scalar);
 // The value 0 to 9 of a decimal digit of any script, else -1.
 int digitValue(char32_t scalar);
 
-// The order in which a person of a locale expects names, letter case ignored.
+// The order in which a person of a locale expects names, letter case ignored; never that of their bytes.
 class NameOrder {
  public:
   explicit NameOrder(const std::string& localeIdentifier);
