@@ -127,20 +127,24 @@ void compareWithFreshWindows(const QDir& folder, QSize size, const char* suffix)
   }
 }
 
-// The folder dialog that Qt draws itself where the desktop has none.
-void takePictureOfDialog(LorewickApp& app, const QDir& folder, QSize size, const QString& name) {
+void takePicturesOfChooser(LorewickApp& app, const QDir& folder, QSize size, const char* suffix) {
   app.window()->resize(size);
   app.screens().show(allScreenStates().front().state, screenStatesNow());
-  app.folders().ask({.title = "Choose where to save",
-                     .message = "Chats and media will be saved here. Files that are already there with the same size "
-                                "are skipped.",
-                     .confirmButton = "Choose",
-                     .initialFolder = "/usr/share",
-                     .canCreateFolders = true},
-                    [](const auto&) {});
-  waitForFrames(*app.window());
-  app.window()->grabWindow().save(folder.filePath(name));
-  app.folders().cancel();
+  const FolderRequest request{.title = "Choose where to save",
+                              .message =
+                                  "Chats and media will be saved here. Files that are already there with the "
+                                  "same size are skipped.",
+                              .confirmButton = "Choose",
+                              .canCreateFolders = true};
+  for (const ChooserState& each : allChooserStates()) {
+    app.folders().show(request, each.state);
+    waitForFrames(*app.window());
+    app.window()->findChild<QObject*>("folderChooser")->setProperty("isNaming", each.isNaming);
+    waitForFrames(*app.window());
+    for (const QString& fault : screenFaults(*app.window())) qWarning("%s: %s.", each.name.c_str(), qPrintable(fault));
+    keep(app.window()->grabWindow(), folder, QString::fromStdString(each.name) + '-' + suffix + ".png");
+    app.folders().cancel();
+  }
   waitForFrames(*app.window());
 }
 
@@ -162,10 +166,11 @@ int main(int argc, char* argv[]) {
   takePictures(*app, folder, large, "light");
   takePictures(*app, folder, small, "light-small");
   takePictures(*app, folder, least, "light-least");
-  takePictureOfDialog(*app, folder, small, "folder-dialog-light-small.png");
+  takePicturesOfChooser(*app, folder, large, "light");
+  takePicturesOfChooser(*app, folder, least, "light-least");
   app->appearance().setDark(true);
   takePictures(*app, folder, large, "dark");
-  takePictureOfDialog(*app, folder, large, "folder-dialog-dark.png");
+  takePicturesOfChooser(*app, folder, large, "dark");
   compareWithFreshWindows(folder, large, "light");
   compareWithFreshWindows(folder, small, "light-small");
   std::fprintf(stderr, "%d warnings\n", warnings.load());

@@ -215,7 +215,55 @@ ExportState dragging() {
   return state;
 }
 
+std::vector<FolderPlace> places() {
+  using Kind = FolderPlace::Kind;
+  return {{.kind = Kind::home, .folder = "/home/mara"},
+          {.kind = Kind::desktop, .folder = "/home/mara/Desktop"},
+          {.kind = Kind::documents, .folder = "/home/mara/Documents"},
+          {.kind = Kind::computer, .folder = "/"},
+          {.kind = Kind::drive, .folder = "/media/mara/Photos", .label = "Photos"},
+          {.kind = Kind::drive, .folder = "/media/mara/1", .label = "A stick with a name that nobody can read"}};
+}
+
+FolderBrowserState browsing(const std::string& folder, std::vector<std::filesystem::path> names = {}) {
+  return {.listing = {.folder = folder, .names = std::move(names)}, .places = places()};
+}
+
+FolderBrowserState documents() {
+  return browsing("/home/mara/Documents",
+                  {"2024", "2025", "Ávila", "Chats", repeated("A folder with a name beyond all measure ", 5), "Garden",
+                   "Letters 2", "Letters 10", "Music", "Old phones", "Recipes", "Taxes", "رسائل", "📱 <b>Phones</b>"});
+}
+
+FolderBrowserState unreadable() {
+  FolderBrowserState state = browsing("/root");
+  state.listing.isReadable = false;
+  return state;
+}
+
+FolderBrowserState mistyped() {
+  FolderBrowserState state = documents();
+  state.pathFault = FolderFault::noSuchFolder;
+  return state;
+}
+
+FolderBrowserState misnamed() {
+  FolderBrowserState state = documents();
+  state.nameFault = FolderFault::nameTaken;
+  return state;
+}
+
 }  // namespace
+
+std::vector<ChooserState> allChooserStates() {
+  return {{.name = "folders", .state = documents()},
+          {.name = "folders-long-path", .state = browsing(repeated("/A very long folder name", 12), {"Chats"})},
+          {.name = "folders-empty", .state = browsing("/home/mara/Documents/Chats")},
+          {.name = "folders-unreadable", .state = unreadable()},
+          {.name = "folders-mistyped", .state = mistyped()},
+          {.name = "folders-new", .state = misnamed(), .isNaming = true},
+          {.name = "folders-before-any", .state = {.isReading = true}}};
+}
 
 Date screenStatesNow() { return dateFromUnixTime(noon); }
 
