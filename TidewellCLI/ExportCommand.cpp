@@ -68,7 +68,6 @@ void print(const ExportSummary& summary) {
   printLine(counts);
   printFailures(summary.failures);
   if (summary.archiveIndexURL) printLine("To read the chats, open " + PathText::text(*summary.archiveIndexURL));
-  for (const std::string& warning : summary.warnings) printLine(HumanText::safe(warning));
 }
 
 ExportSummary exportBackup(const Options& options) {
@@ -86,7 +85,12 @@ ExportSummary exportBackup(const Options& options) {
                                 .options = options.wanted,
                                 .password = passwordText(password)},
                                {.progress = [&](const ExportProgress& progress) { display.show(progress); },
-                                .isCancelled = Interruption::check()});
+                                .isCancelled = Interruption::check(),
+                                .warned =
+                                    [&](const std::string& warning) {
+                                      display.clear();
+                                      printErrorLine(HumanText::safe(warning));
+                                    }});
 }
 
 int run(const Options& options) {

@@ -37,9 +37,10 @@ std::string attemptOf(const fs::filesystem_error& error) {
   return isOurs ? std::string(text.substr(0, text.find(": "))) : "Could not use";
 }
 
-bool isWorkingFile(const fs::path& path) { return PathText::text(path.filename()).starts_with(Files::partialPrefix); }
+// Working files and what an export remembers: hidden, with names that nobody knows.
+bool isWorkingFile(const fs::path& path) { return PathText::text(path.filename()).starts_with(".tidewell-"); }
 
-// A working file has a name that nobody knows; where it stands says more.
+// Where such a file stands says more than its name.
 std::string placeOf(const fs::filesystem_error& error) {
   const fs::path& path = isWorkingFile(error.path1()) && !error.path2().empty() ? error.path2() : error.path1();
   if (path.empty()) return {};

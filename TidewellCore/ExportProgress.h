@@ -42,8 +42,12 @@ constexpr std::array<std::pair<ExportProgress::Phase, std::string_view>, 6> rawV
 // Called on the thread that does the work.
 using ProgressObserver = std::function<void(const ExportProgress&)>;
 
-// How the caller of long work follows it and ends it; either may be empty.
+// Told of what people should know before it happens: a sentence in English.
+using WarningObserver = std::function<void(const std::string&)>;
+
+// How the caller of long work follows it and ends it; each may be empty.
 struct RunControl {
   ProgressObserver progress;
   CancellationCheck isCancelled;
+  WarningObserver warned;
 };

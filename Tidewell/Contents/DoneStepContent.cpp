@@ -55,6 +55,7 @@ DoneStepContent DoneStepContent::of(const ExportState& state, const L10n& texts)
                           .summary = summaryLine(summary, texts),
                           .hasFailures = summary.failedCount > 0,
                           .hasArchive = summary.archiveIndexURL.has_value(),
+                          .canTryAgain = state.canExport(),
                           .headline = headlineOf(summary, texts)};
   addFailures(content, summary.failures, texts);
   for (const std::string& warning : summary.warnings) content.warnings.append(texts.text(ContentText::text(warning)));

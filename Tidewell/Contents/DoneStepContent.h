@@ -29,6 +29,7 @@ struct DoneStepContent {
   Q_PROPERTY(QString summary MEMBER summary)
   Q_PROPERTY(bool hasFailures MEMBER hasFailures)
   Q_PROPERTY(bool hasArchive MEMBER hasArchive)
+  Q_PROPERTY(bool canTryAgain MEMBER canTryAgain)
   Q_PROPERTY(QString headline MEMBER headline)
   Q_PROPERTY(QList<FailureContent> failures MEMBER failures)
   Q_PROPERTY(QString moreFailures MEMBER moreFailures)
@@ -42,8 +43,9 @@ struct DoneStepContent {
   QString destination;
   QString summary;
   bool hasFailures = false;
-  bool hasArchive = false;  // there is a page to open
-  QString headline;         // what went wrong most; empty when nothing did
+  bool hasArchive = false;   // there is a page to open
+  bool canTryAgain = false;  // the same export once more
+  QString headline;          // what went wrong most; empty when nothing did
   QList<FailureContent> failures;
   QString moreFailures;  // how many are not shown; empty when all are
   QString failureList;   // those that are shown, a line for each, to be copied

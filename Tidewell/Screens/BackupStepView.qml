@@ -21,6 +21,7 @@ FocusScope {
 
     Shortcut {
         sequences: [StandardKey.Refresh]
+        autoRepeat: false
         enabled: view.mayTakeFocus
         onActivated: view.controller.refreshLibrary()
     }

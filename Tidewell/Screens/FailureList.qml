@@ -33,6 +33,7 @@ Card {
         PlainButton {
             objectName: "tryAgainButton"
             text: L10n.text("Try again")
+            enabled: card.content.canTryAgain
             onClicked: card.tryAgain()
         }
     }

@@ -1,13 +1,10 @@
 #include "Tidewell/Screens/LorewickApp.h"
 
 #include <QGuiApplication>
-#include <QStandardPaths>
 #include <chrono>
 
 #include "Tidewell/Screens/DesktopPresence.h"
 #include "Tidewell/Screens/DesktopWorkspace.h"
-#include "Tidewell/Services/PathURL.h"
-#include "TidewellCore/Export/ExportPreferences.h"
 
 namespace {
 
@@ -20,21 +17,14 @@ bool hasDesktop() {
 }  // namespace
 
 LorewickApp::LorewickApp(ExportViewModel::Setup setup)
-    : windowFile_(preferencesFile(setup).replace_filename("window.json")),
-      texts_(setup.texts),
+    : texts_(setup.texts),
       folders_({.work = work_, .texts = texts_, .home = setup.services.home, .asksDesktop = hasDesktop()}),
       controller_(completed(std::move(setup), folders_), work_),
       screens_(controller_, texts_),
       engine_({.screens = screens_, .folders = folders_, .appearance = appearance_, .texts = texts_}) {
-  if (window() != nullptr) keeper_ = std::make_unique<WindowKeeper>(*window(), windowFile_);
-}
-
-// Where the controller keeps them.
-std::filesystem::path LorewickApp::preferencesFile(const ExportViewModel::Setup& setup) {
-  if (setup.preferencesURL) return *setup.preferencesURL;
-  const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
-  return ExportPreferences::fileURL(folder.isEmpty() ? setup.services.home / "Library" / "Application Support"
-                                                     : localPath(folder));
+  if (window() == nullptr) return;
+  const std::filesystem::path besidePreferences = controller_.preferencesURL().parent_path() / "window.json";
+  keeper_ = std::make_unique<WindowKeeper>(*window(), besidePreferences);
 }
 
 ExportViewModel::Setup LorewickApp::completed(ExportViewModel::Setup setup, FolderPrompt& folders) {
@@ -48,7 +38,10 @@ ExportViewModel::Setup LorewickApp::completed(ExportViewModel::Setup setup, Fold
   if (!services.workspace.openURL) services.workspace.openURL = desktop.openURL;
   if (!services.workspace.openFile) services.workspace.openFile = desktop.openFile;
   if (!services.workspace.revealInFinder) services.workspace.revealInFinder = desktop.revealInFinder;
-  if (!services.presence.notify) services.presence = DesktopPresence::make();
+  const Presence presence = DesktopPresence::make();
+  if (!services.presence.keepAwake) services.presence.keepAwake = presence.keepAwake;
+  if (!services.presence.isWindowInFront) services.presence.isWindowInFront = presence.isWindowInFront;
+  if (!services.presence.notify) services.presence.notify = presence.notify;
   if (!services.now) services.now = [] { return Date(std::chrono::system_clock::now()); };
   return setup;
 }

@@ -27,10 +27,8 @@ class LorewickApp {
   QQuickWindow* window() const { return engine_.window(); }
 
  private:
-  static std::filesystem::path preferencesFile(const ExportViewModel::Setup& setup);
   static ExportViewModel::Setup completed(ExportViewModel::Setup setup, FolderPrompt& folders);
 
-  std::filesystem::path windowFile_;  // beside the preferences
   L10n texts_;
   BackgroundWork work_;
   FolderPrompt folders_;

@@ -17,7 +17,7 @@ ApplicationWindow {
     title: Qt.application.displayName
     color: Theme.window
 
-    onActiveChanged: if (active) screens.controller.refreshLibraryOnReturn()
+    onActiveChanged: if (active) screens.controller.comeBack()
     onClosing: close => close.accepted = screens.controller.mayClose()
 
     Connections {
@@ -28,6 +28,7 @@ ApplicationWindow {
     }
     Shortcut {
         sequences: ["Ctrl+Q", "Ctrl+W"]
+        autoRepeat: false
         onActivated: window.close()
     }
     ContentView {

@@ -3,6 +3,8 @@
 #include <qt6keychain/keychain.h>
 
 #include <QThread>
+#include <algorithm>
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
@@ -144,7 +146,9 @@ bool BackupPasswordStore::isAvailable() {
   answerOf([isThere](const std::shared_ptr<Answer>& answer) {
     auto* const job = makeJob<QKeychain::ReadPasswordJob>("");
     QObject::connect(job, &QKeychain::Job::finished, &keychain(), [answer, job, isThere] {
-      *isThere = job->error() == QKeychain::NoError || job->error() == QKeychain::EntryNotFound;
+      constexpr std::array answersOfAStore{QKeychain::NoError, QKeychain::EntryNotFound, QKeychain::AccessDenied,
+                                           QKeychain::AccessDeniedByUser};
+      *isThere = std::ranges::find(answersOfAStore, job->error()) != answersOfAStore.end();
       answer->give(std::nullopt);
     });
     job->start();

@@ -54,6 +54,7 @@ void BackupChoice::clearForNewBackup(const fs::path& url) {
   session_.set(&ExportState::scanResult, std::nullopt);
   session_.set(&ExportState::summary, std::nullopt);
   session_.set(&ExportState::progress, std::nullopt);
+  session_.set(&ExportState::keptBytes, 0);
   if (state.selectedBackupID != url.native()) session_.set(&ExportState::selectedBackupID, std::nullopt);
   BackupPassword::forget(session_);
 }

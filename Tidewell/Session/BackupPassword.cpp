@@ -12,7 +12,8 @@ void take(ExportSession& session, const Found& password) {
   if (!password || password->empty()) return;
   session.set(&ExportState::storedPassword, password);
   session.set(&ExportState::hasStoredPassword, true);
-  session.set(&ExportState::rememberBackupPassword, true);
+  // Who types meanwhile has ticked the box, or not.
+  if (!session.state().hasEditedPassword) session.set(&ExportState::rememberBackupPassword, true);
 }
 
 // Who types has an answer of his own.
@@ -69,7 +70,8 @@ void BackupPassword::takeUnlocking(ExportSession& session, const SecretBytes& pa
     session.set(&ExportState::storedPassword, std::nullopt);
     session.set(&ExportState::hasStoredPassword, false);
   }
-  if (state.currentPassword() != Text::trimmedPart(textOf(password))) {
+  const std::optional<std::string_view> current = state.currentPassword();
+  if (current != textOf(password) && current != Text::trimmedPart(textOf(password))) {
     session.set(&ExportState::backupPassword, password);
   }
 }

@@ -1,7 +1,12 @@
 #include "Tidewell/Session/DestinationChoice.h"
 
+#include <functional>
+#include <utility>
+
+#include "TidewellCore/Backup/BackupLibrary.h"
 #include "TidewellCore/Export/DiskSpace.h"
 #include "TidewellCore/Export/ExportDestination.h"
+#include "TidewellCore/FolderNames.h"
 #include "TidewellCore/Platform/Files.h"
 
 namespace {
@@ -30,7 +35,10 @@ void DestinationChoice::set(const fs::path& folder) {
   const ExportSession::Batch batch(session_);
   access_ = session_.startAccess(folder);
   // What is free in one folder says nothing of another.
-  if (session_.state().destinationURL != folder) session_.set(&ExportState::availableBytes, std::nullopt);
+  if (session_.state().destinationURL != folder) {
+    session_.set(&ExportState::availableBytes, std::nullopt);
+    session_.set(&ExportState::keptBytes, 0);
+  }
   session_.set(&ExportState::destinationURL, folder);
   session_.set(&ExportState::summary, std::nullopt);
   session_.rememberDestination(folder);
@@ -54,14 +62,28 @@ void DestinationChoice::restore() {
 }
 
 void DestinationChoice::refreshFreeSpace() {
+  lookAt([](const fs::path& folder, std::int64_t kept) { return Stock{DiskSpace::availableBytes(folder), kept}; });
+}
+
+void DestinationChoice::takeStock() {
+  lookAt([isGone = session_.isGone()](const fs::path& folder, std::int64_t) {
+    const std::int64_t kept = BackupLibrary::folderByteCount(folder / FolderNames::content, isGone);
+    return Stock{DiskSpace::availableBytes(folder), kept};
+  });
+}
+
+void DestinationChoice::lookAt(std::function<Stock(const fs::path& folder, std::int64_t kept)> look) {
   if (!session_.state().destinationURL) return session_.set(&ExportState::availableBytes, std::nullopt);
   const fs::path asked = *session_.state().destinationURL;
   session_.inBackground(
-      Lane::userInitiated, [asked] { return DiskSpace::availableBytes(asked); },
-      [this, asked](std::future<std::int64_t> bytes) {
+      Lane::userInitiated,
+      [asked, kept = session_.state().keptBytes, look = std::move(look)] { return look(asked, kept); },
+      [this, asked](std::future<Stock> stock) {
         if (session_.state().destinationURL != asked) return;
         try {
-          session_.set(&ExportState::availableBytes, bytes.get());
+          const auto [available, kept] = stock.get();
+          session_.set(&ExportState::availableBytes, available);
+          session_.set(&ExportState::keptBytes, kept);
         } catch (const std::exception&) {
           session_.set(&ExportState::availableBytes, std::nullopt);
         }

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 
 #include "Tidewell/Session/ExportSession.h"
@@ -17,8 +19,17 @@ class DestinationChoice {
   void restore();
   // Asks anew what is free on the destination's volume.
   void refreshFreeSpace();
+  // The same after an export that broke off, whose copies the next one need not make again.
+  void takeStock();
 
  private:
+  // In bytes: what is free on the volume, and what broken-off exports left.
+  struct Stock {
+    std::int64_t available = 0;
+    std::int64_t kept = 0;
+  };
+  void lookAt(std::function<Stock(const std::filesystem::path& folder, std::int64_t kept)> look);
+
   ExportSession& session_;
   std::unique_ptr<ScopedAccess> access_;
 };

@@ -123,7 +123,8 @@ bool ExportRun::mayClose() {
 }
 
 void ExportRun::ask(StopQuestion question) {
-  if (session_.state().isExporting()) session_.set(&ExportState::stopQuestion, question);
+  const Run* run = runOf(session_.state());
+  if (run != nullptr && !(*run)->isCancelled()) session_.set(&ExportState::stopQuestion, question);
 }
 
 void ExportRun::keepGoing() { session_.set(&ExportState::stopQuestion, StopQuestion::none); }

@@ -101,6 +101,7 @@ class ExportSession : public QObject {
   // For as long as somebody looks at what `resolved` said.
   std::shared_ptr<ScopedAccess> accessWhileLooking(const std::optional<std::filesystem::path>& folder) const;
 
+  const std::filesystem::path& preferencesURL() const { return preferencesURL_; }
   const ExportPreferences& preferences() const { return preferences_; }
   void rememberBackup(const std::filesystem::path& folder);
   void rememberDestination(const std::filesystem::path& folder);

@@ -1,5 +1,7 @@
 #include "Tidewell/Session/ExportState.h"
 
+#include <algorithm>
+
 #include "TidewellCore/Export/DiskSpace.h"
 #include "TidewellCore/Export/ExportTiming.h"
 #include "TidewellCore/Platform/Text.h"
@@ -56,7 +58,7 @@ std::int64_t ExportState::selectedBytes() const { return scanResult ? scanResult
 
 std::optional<bool> ExportState::hasEnoughSpace() const {
   if (!availableBytes || !scanResult || !destinationURL) return std::nullopt;
-  return DiskSpace::fitsExport(selectedBytes(), *availableBytes);
+  return DiskSpace::fitsExport(std::max<std::int64_t>(selectedBytes() - keptBytes, 0), *availableBytes);
 }
 
 bool ExportState::canExport() const {

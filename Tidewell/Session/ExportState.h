@@ -45,6 +45,7 @@ struct ExportState {
   std::optional<std::string> errorMessage;  // absent: no alert
   std::optional<std::string> recoverySuggestion;
   std::optional<std::int64_t> availableBytes;         // on the destination's volume
+  std::int64_t keptBytes = 0;                         // what exports that broke off left in the destination
   bool dropTargeted = false;                          // a folder is being dragged over the window
   std::optional<Date> exportStartedAt;                // the running export, else the last one
   PhaseClock phaseClock;                              // of the running export, else the last one
@@ -79,7 +80,8 @@ struct ExportState {
   // Of the kinds chosen; 0 before a scan.
   std::int64_t selectedCount() const;
   std::int64_t selectedBytes() const;
-  // Absent while the space, the need or the destination is not known.
+  // What a broken-off export has left need not be copied again. Absent while the space, the need or the destination
+  // is not known.
   std::optional<bool> hasEnoughSpace() const;
   bool canExport() const;
   // Why the export cannot start, in English; absent when it can, or for another reason.

@@ -44,7 +44,10 @@ void ExportViewModel::refreshLibrary() {
   library_.refresh([this](const auto& end) { chooseRemembered(end); });
 }
 
-void ExportViewModel::refreshLibraryOnReturn() { library_.refreshOnReturn(); }
+void ExportViewModel::comeBack() {
+  library_.refreshOnReturn();
+  if (state().step == WizardStep::options) destination_.refreshFreeSpace();
+}
 
 void ExportViewModel::chooseRemembered(const std::function<void()>& then) {
   const DiscoveredBackup* found = state().backupURL ? nullptr : library_.atPath(session_.preferences().lastBackupPath);
@@ -127,13 +130,12 @@ void ExportViewModel::chooseDestination() { destination_.choose(); }
 
 void ExportViewModel::setDestination(const fs::path& url) { destination_.set(url); }
 
-// What an export that failed has copied takes its space.
 void ExportViewModel::startExport() {
-  export_.start([this] { destination_.refreshFreeSpace(); });
+  export_.start([this] { destination_.takeStock(); });
 }
 
 void ExportViewModel::tryAgain() {
-  export_.startAgain([this] { destination_.refreshFreeSpace(); });
+  export_.startAgain([this] { destination_.takeStock(); });
 }
 
 void ExportViewModel::cancelExport() { export_.cancel(); }

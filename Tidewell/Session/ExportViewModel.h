@@ -29,13 +29,15 @@ class ExportViewModel : public QObject {
 
   const ExportState& state() const { return session_.state(); }
   const PlatformServices& services() const { return session_.services(); }
+  // The file in which the locations are remembered.
+  const std::filesystem::path& preferencesURL() const { return session_.preferencesURL(); }
 
   // What the window does once, when it is first shown: looks for backups, then reopens what was used last;
   // with a folder, that one is the chosen backup.
   void startUp(const std::optional<std::filesystem::path>& backup = {});
   Q_INVOKABLE void refreshLibrary();
-  // Somebody came back to the window: the list may be another by now.
-  Q_INVOKABLE void refreshLibraryOnReturn();
+  // Somebody came back to the window: the list, or the space on the disk, may be another by now.
+  Q_INVOKABLE void comeBack();
   Q_INVOKABLE void restoreRememberedLocations();
 
   void selectDiscovered(const DiscoveredBackup& backup);

@@ -13,6 +13,7 @@
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/Platform/SaturatingAdd.h"
+#include "TidewellCore/TidewellError.h"
 
 namespace {
 
@@ -24,13 +25,17 @@ std::error_code listingError(const fs::path& folder) {
   return error;
 }
 
+void appendUnreadable(const fs::path& folder, const std::exception& error, BackupLibrarySnapshot& snapshot) {
+  snapshot.unreadable.push_back(
+      {.name = PathText::text(folder.filename()), .reason = ErrorReport::of(error).errorDescription});
+}
+
 // A half-written or foreign folder never breaks the list.
 void append(const fs::path& folder, BackupLibrarySnapshot& snapshot) {
   try {
     snapshot.backups.push_back({.info = BackupInspector::inspect(folder)});
   } catch (const std::exception& error) {
-    snapshot.unreadable.push_back(
-        {.name = PathText::text(folder.filename()), .reason = ErrorReport::of(error).errorDescription});
+    appendUnreadable(folder, error, snapshot);
   }
 }
 
@@ -73,14 +78,17 @@ bool BackupLibrary::isPermissionError(const std::error_code& error) {
 BackupLibrarySnapshot BackupLibrary::diagnose(const fs::path& root) {
   BackupLibrarySnapshot snapshot{.access = access(root)};
   if (snapshot.access != BackupAccess::readable) return snapshot;
+  const bool isBackupItself = holdsManifest(root);
   for (const Files::Entry& entry : Files::listVisible(root)) {
     const fs::path child = root / entry.name;
-    if (entry.isFolder) append(child, snapshot);
+    if (!entry.isFolder) continue;
+    // The folders of a backup are no backups.
+    if (holdsManifest(child))
+      append(child, snapshot);
+    else if (!isBackupItself)
+      appendUnreadable(child, TidewellError::notABackup(PathText::text(child)), snapshot);
   }
-  if (holdsManifest(root)) {
-    snapshot.unreadable.clear();  // the folders of a backup are no backups
-    if (snapshot.backups.empty()) append(root, snapshot);
-  }
+  if (isBackupItself && snapshot.backups.empty()) append(root, snapshot);
   std::ranges::stable_sort(snapshot.backups, standsBefore);
   return snapshot;
 }

@@ -33,8 +33,10 @@ bool EarlyEnd::isFullDisk(const std::exception& error) {
   return failure != nullptr && (failure->code().value() == ENOSPC || failure->code().value() == EDQUOT);
 }
 
-bool EarlyEnd::isDue(const std::exception& error, const fs::path& backup) {
-  return TidewellError::isCancellation(error) || isFullDisk(error) || !isBackup(backup);
+// Looked at once: a disk that comes and goes must not make one file's failure the run's.
+void EarlyEnd::throwWhenDue(const std::exception& error, const fs::path& backup) {
+  if (TidewellError::isCancellation(error) || isFullDisk(error)) throw;
+  if (!isBackup(backup)) throw TidewellError::ioFailure(backupGone);
 }
 
 void EarlyEnd::rethrow(const std::exception& error, const Places& places, bool wasBackup) {

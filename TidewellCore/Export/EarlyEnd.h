@@ -2,7 +2,6 @@
 
 #include <exception>
 #include <filesystem>
-#include <optional>
 
 // What ends a run at once, because going on would fail again and again: a full
 // disk, and a backup that was taken away.
@@ -30,8 +29,8 @@ bool isBackup(const std::filesystem::path& folder);
 void requireBackup(const Places& places);
 // Whether a disk, or the user's share of it, had no room for what was written.
 bool isFullDisk(const std::exception& error);
-// Whether a copy that failed so ends the run.
-bool isDue(const std::exception& error, const std::filesystem::path& backup);
+// After a copy that failed, which is being handled: throws what ends the run, if anything does.
+void throwWhenDue(const std::exception& error, const std::filesystem::path& backup);
 
 // Throws the failure that is being handled, or what it comes from when that is one of the above.
 [[noreturn]] void rethrow(const std::exception& error, const Places& places, bool wasBackup);

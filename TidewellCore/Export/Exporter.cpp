@@ -1,5 +1,7 @@
 #include "TidewellCore/Export/Exporter.h"
 
+#include <algorithm>
+
 #include "TidewellCore/Backup/BackupInspector.h"
 #include "TidewellCore/Backup/ManifestStore.h"
 #include "TidewellCore/Backup/OpenedBackup.h"
@@ -150,6 +152,7 @@ ExportSummary Exporter::runExport(const ExportJob& job, const RunControl& contro
                                                         .isTimeZoneChosen = isTimeZoneChosen,
                                                         .isLocaleChosen = isLocaleChosen},
                                                        NamingMemory::load(contentRoot));
+  if (control.warned) std::ranges::for_each(warnings, control.warned);
   ExportPlan plan = makePlan(job, {.opened = opened, .manifest = manifest, .snapshot = snapshot}, contentRoot,
                              FileNaming::stampFormatter(naming.timeZone, naming.locale));
   requireSpace(plan.bytesToCopy(), contentRoot);

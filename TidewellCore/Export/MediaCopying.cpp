@@ -30,7 +30,7 @@ void MediaCopying::run(ExportPlan& plan, const Source& source, const Destination
     try {
       count(copier.carryOut(copy), copy, summary);
     } catch (const std::exception& error) {
-      if (EarlyEnd::isDue(error, source.opened.url())) throw;
+      EarlyEnd::throwWhenDue(error, source.opened.url());
       ++summary.failedCount;
       summary.failures.push_back({.name = copy.exportedName,
                                   .chat = source.snapshot.chatTitle(copy.chatJID),

@@ -34,7 +34,7 @@ TEST_F(Keyboard, ABackupThatWasMadeMeanwhileIsThereWhenOneComesBack) {
   open({.listed = false});
   fs::create_directories(root);
   fs::rename(backup, root / "device");
-  controller().refreshLibraryOnReturn();
+  controller().comeBack();
   expectShown("Ana's iPhone");
 }
 

@@ -3,6 +3,7 @@
 #include "Tests/Application/Session/ManyMessages.h"
 #include "Tests/Application/Session/WizardScene.h"
 #include "Tests/Export/ExportScene.h"
+#include "Tests/Support/SmallVolume.h"
 #include "TidewellCore/Platform/RawValue.h"
 
 namespace WizardTest {
@@ -88,6 +89,27 @@ TEST_F(CancelExportTest, AfterItsLastCheckItIsDone) {
   EXPECT_EQ(state.step, WizardStep::done);
   EXPECT_EQ(state.summary->copiedCount, 5);
   EXPECT_EQ(state.errorMessage, std::nullopt);
+}
+
+TEST_F(CancelExportTest, CountsWhatItCopiedNotAgainstTheNext) {
+  constexpr int photoCount = 200;
+  constexpr std::int64_t photo = 64 << 10;
+  Fixture::BackupContents contents = manyMessages(0, photoCount);
+  for (auto& file : contents.whatsApp.mediaFiles) file.content.resize(photo, 7);
+  const Fixture::SmallVolume volume(scene.desktop, photoCount * photo * 3 / 2);
+  if (!volume.isMounted()) GTEST_SKIP() << "This user cannot mount a volume.";
+  ASSERT_TRUE(scene.reachOptions(scene.addBackup("device", contents)));
+  ASSERT_EQ(state.hasEnoughSpace(), true);
+  QObject::connect(&wizard, &ExportViewModel::changed, &wizard, [this] {
+    if (state.isExporting() && state.progress && state.progress->completed > photoCount * 8 / 10) wizard.cancelExport();
+  });
+  wizard.startExport();
+  ASSERT_TRUE(scene.until([&] { return !state.isExporting(); }));
+  if (state.step == WizardStep::done) GTEST_SKIP() << "It was done before it was cancelled.";
+  ASSERT_TRUE(scene.untilIdle());
+  EXPECT_LT(*state.availableBytes, state.selectedBytes()) << "less than all of it fits there now";
+  EXPECT_EQ(state.hasEnoughSpace(), true) << "but what is missing does";
+  EXPECT_TRUE(state.canExport());
 }
 
 TEST_F(CancelExportTest, CanBeStartedAgain) {

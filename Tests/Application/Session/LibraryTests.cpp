@@ -101,11 +101,11 @@ TEST_F(LibraryTest, TwoQuickRefreshesEndWithTheNewestList) {
 
 TEST_F(LibraryTest, IsRefreshedWhenSomebodyComesBack) {
   scene.addBackup("one");
-  wizard.refreshLibraryOnReturn();
+  wizard.comeBack();
   EXPECT_FALSE(state.isRefreshingLibrary) << "the start reads it";
   ASSERT_TRUE(refresh());
   scene.addBackup("two", madeAt(1'800'000'000));
-  wizard.refreshLibraryOnReturn();
+  wizard.comeBack();
   ASSERT_TRUE(scene.until([&] { return !state.isRefreshingLibrary; }));
   EXPECT_THAT(names(state), ElementsAre("two", "one"));
   for (const DiscoveredBackup& backup : state.library.backups) EXPECT_TRUE(backup.byteCount.has_value());
@@ -119,7 +119,7 @@ TEST_F(LibraryTest, KeepsTheSizesOfBackupsThatAreTheSame) {
   std::ofstream(grown / "more") << std::string(5'000, 'x');
   {
     const HeldLane measuring(scene.work, Lane::utility, 1);
-    wizard.refreshLibraryOnReturn();
+    wizard.comeBack();
     ASSERT_TRUE(scene.until([&] { return names(state).front() == "grown"; }));
     EXPECT_EQ(state.library.backups[0].byteCount, std::nullopt) << "it was made anew";
     EXPECT_TRUE(state.library.backups[1].byteCount.has_value());
@@ -131,7 +131,7 @@ TEST_F(LibraryTest, KeepsTheSizesOfBackupsThatAreTheSame) {
 TEST_F(LibraryTest, IsLeftAloneOnLaterSteps) {
   ASSERT_TRUE(refresh());
   ASSERT_TRUE(scene.reachOptions(scene.addBackup("device")));
-  wizard.refreshLibraryOnReturn();
+  wizard.comeBack();
   EXPECT_FALSE(state.isRefreshingLibrary);
 }
 

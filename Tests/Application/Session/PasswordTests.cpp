@@ -228,6 +228,18 @@ TEST_F(PasswordTest, ThatIsFoundLateComesTooLateForWhoTypes) {
   EXPECT_FALSE(state.hasStoredPassword || state.storedPassword || state.rememberBackupPassword);
 }
 
+TEST_F(PasswordTest, ThatIsFoundInTimeTicksNoBoxUnderWhoTypes) {
+  scene.passwords.put("serial", "an old one");
+  scene.passwords.hold();
+  wizard.setBackup(backup);
+  ASSERT_TRUE(scene.until([&] { return !scene.passwords.calls().empty(); }));
+  wizard.setBackupPassword("c");
+  scene.passwords.release();
+  ASSERT_TRUE(scene.until([&] { return !state.isInspecting(); }));
+  EXPECT_TRUE(state.hasStoredPassword);
+  EXPECT_FALSE(state.rememberBackupPassword);
+}
+
 TEST_F(PasswordTest, ThatIsFoundLateIsNoOtherBackups) {
   scene.passwords.put("serial", password);
   scene.passwords.lock();

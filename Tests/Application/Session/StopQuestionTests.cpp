@@ -80,6 +80,15 @@ TEST_F(StopQuestionTest, EndsTheExportAlone) {
   EXPECT_EQ(closings, 0);
 }
 
+TEST_F(StopQuestionTest, IsNotAskedWhenItIsAnsweredAlready) {
+  reachAnExportThatWaits();
+  wizard.cancelExport();
+  wizard.askToCancelExport();
+  EXPECT_EQ(state.stopQuestion, StopQuestion::none);
+  EXPECT_TRUE(wizard.mayClose());
+  ASSERT_TRUE(letItEnd());
+}
+
 TEST_F(StopQuestionTest, EndsTheExportWithTheWindow) {
   reachAnExportThatWaits();
   EXPECT_FALSE(wizard.mayClose());

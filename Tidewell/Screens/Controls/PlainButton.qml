@@ -48,6 +48,7 @@ T.Button {
     Shortcut {
         sequence: button.mnemonic === "" ? "" : "Alt+" + button.mnemonic
         enabled: button.enabled && button.visible
+        autoRepeat: false
         onActivated: button.clicked()
     }
     contentItem: Text {
