@@ -69,7 +69,7 @@ Card {
             Text {
                 Layout.fillWidth: true
                 Layout.bottomMargin: 4
-                text: row.failure.chat + " · " + row.failure.reason
+                text: L10n.joined([row.failure.chat, row.failure.reason], " · ")
                 textFormat: Text.PlainText
                 color: Theme.quiet
                 font.pixelSize: Theme.caption
