@@ -8,6 +8,8 @@
 
 #include "Tidewell/Screens/Appearance.h"
 #include "Tidewell/Screens/FolderPrompt.h"
+#include "Tidewell/Screens/ProgressAccess.h"
+#include "Tidewell/Screens/SecretAccess.h"
 #include "Tidewell/Screens/SymbolProvider.h"
 #include "Tidewell/Screens/WizardScreens.h"
 #include "TidewellCore/Platform/Precondition.h"
@@ -38,6 +40,8 @@ void chooseLooks() {
 WizardEngine::WizardEngine(const Parts& parts) : texts_(parts.texts), appearance_(parts.appearance) {
   [[maybe_unused]] void (*const volatile keepTypes)() = &qml_register_types_Tidewell_Screens;
   chooseLooks();
+  ProgressAccess::install();
+  SecretAccess::install();
   // They live in this house, not on the engine's heap.
   setObjectOwnership(&texts_, CppOwnership);
   setObjectOwnership(&appearance_, CppOwnership);
