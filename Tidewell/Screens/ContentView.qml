@@ -17,6 +17,8 @@ FocusScope {
             button.clicked();
     }
 
+    LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft
+    LayoutMirroring.childrenInherit: true
     onStepChanged: footerGuard.start()
     Keys.onPressed: event => Mnemonics.watch(event, true)
     Keys.onReleased: event => Mnemonics.watch(event, false)
