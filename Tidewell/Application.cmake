@@ -12,6 +12,10 @@ target_link_libraries(Tidewell PRIVATE TidewellScreens TidewellWarnings)
 set_target_properties(Tidewell PROPERTIES MACOSX_BUNDLE_INFO_PLIST ${PROJECT_BINARY_DIR}/packaging/Info.plist)
 qt_add_resources(Tidewell icon PREFIX / BASE ${PROJECT_SOURCE_DIR}/packaging
   FILES ${PROJECT_SOURCE_DIR}/packaging/app.tidewell.Tidewell.svg)
+# Beside the command line `tidewell`, also where upper and lower case are the same.
+if(NOT APPLE)
+  set_target_properties(Tidewell PROPERTIES OUTPUT_NAME tidewell-app)
+endif()
 install(TARGETS Tidewell RUNTIME DESTINATION bin BUNDLE DESTINATION .)
 
 if(APPLE)

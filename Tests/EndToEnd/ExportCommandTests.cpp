@@ -182,7 +182,7 @@ TEST(ExportCommand, EndsWhenTheDiskIsFull) {
   // One byte more than a page takes two.
   for (auto& file : contents.whatsApp.mediaFiles) file.content = Fixture::Bytes(4097, 7);
   Fixture::writeBackup(contents, commandLine / "device");
-  const Fixture::SmallVolume volume(commandLine / "saved", 4 * 4096);
+  const Fixture::SmallVolume volume(commandLine / "saved", 5 * 4096);
   if (!volume.isMounted()) GTEST_SKIP() << "This user cannot mount a volume.";
   const Finished finished = commandLine.run({"export", "device", "saved"});
   EXPECT_EQ(finished.exitCode, 1);

@@ -3,8 +3,10 @@
 #include <array>
 
 #include "TidewellCore/Archive/ChatArchiveJSON.h"
+#include "TidewellCore/ChatData/EncodedMessage.h"
 #include "TidewellCore/Crypto/BackupKeyBag.h"
 #include "TidewellCore/Crypto/MBFileArchive.h"
+#include "TidewellCore/Platform/Base64.h"
 #include "TidewellCore/Platform/BinaryPropertyList.h"
 #include "TidewellCore/Platform/Json.h"
 #include "TidewellCore/Platform/Precondition.h"
@@ -91,12 +93,21 @@ void archiveAssignment(ByteView input) {
   }
 }
 
-constexpr std::array<FuzzTarget, 6> targets{{{"BinaryPropertyList", binaryPropertyList},
+// The input once as the text and once as the message in it.
+void encodedMessage(ByteView input) {
+  EncodedMessage::holdsTime(textOf(input));
+  const std::string text = Base64::encode(input);
+  const bool isFound = EncodedMessage::holdsTime(text);
+  precondition(EncodedMessage::holdsTime(text.substr(0, text.find('='))) == isFound, "padding may be left out");
+}
+
+constexpr std::array<FuzzTarget, 7> targets{{{"BinaryPropertyList", binaryPropertyList},
                                              {"XMLPropertyList", xmlPropertyList},
                                              {"BackupKeyBag", backupKeyBag},
                                              {"MBFileArchive", mbFileArchive},
                                              {"Json", json},
-                                             {"ArchiveAssignment", archiveAssignment}}};
+                                             {"ArchiveAssignment", archiveAssignment},
+                                             {"EncodedMessage", encodedMessage}}};
 
 }  // namespace
 

@@ -3,6 +3,8 @@ target_sources(TidewellSession PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/BackupStepContent.h
   ${CMAKE_CURRENT_LIST_DIR}/DoneStepContent.cpp
   ${CMAKE_CURRENT_LIST_DIR}/DoneStepContent.h
+  ${CMAKE_CURRENT_LIST_DIR}/FolderChooserContent.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/FolderChooserContent.h
   ${CMAKE_CURRENT_LIST_DIR}/OptionsStepContent.cpp
   ${CMAKE_CURRENT_LIST_DIR}/OptionsStepContent.h
   ${CMAKE_CURRENT_LIST_DIR}/ProgressStepContent.cpp

@@ -56,6 +56,5 @@ WindowContent WindowContent::of(const ExportState& state, const L10n& texts) {
           .hasError = state.errorMessage.has_value(),
           .errorText = alertText(state),
           .asksToStop = state.stopQuestion != StopQuestion::none,
-          .canTryAgain = state.summary && state.summary->failedCount > 0,
           .unopenedPath = state.unopenedPath ? ContentText::path(*state.unopenedPath) : QString()};
 }

@@ -24,7 +24,6 @@ struct WindowContent {
   Q_PROPERTY(bool hasError MEMBER hasError)
   Q_PROPERTY(QString errorText MEMBER errorText)
   Q_PROPERTY(bool asksToStop MEMBER asksToStop)
-  Q_PROPERTY(bool canTryAgain MEMBER canTryAgain)
   Q_PROPERTY(QString unopenedPath MEMBER unopenedPath)
 
  public:
@@ -41,10 +40,9 @@ struct WindowContent {
   bool dropTargeted = false;
   bool canOpenArchive = false;
   bool hasError = false;
-  QString errorText;         // the message and, after an empty line, what to do about it
-  bool asksToStop = false;   // whether the running export is to be ended
-  bool canTryAgain = false;  // something of the finished export failed
-  QString unopenedPath;      // what the desktop could not open; empty without one
+  QString errorText;        // the message and, after an empty line, what to do about it
+  bool asksToStop = false;  // whether the running export is to be ended
+  QString unopenedPath;     // what the desktop could not open; empty without one
 
   static WindowContent of(const ExportState& state, const L10n& texts);
 

@@ -131,6 +131,7 @@ FocusScope {
         DoneStepView {
             focus: true
             content: view.screens.doneStep
+            onTryAgain: view.controller.tryAgain()
         }
     }
 
@@ -209,12 +210,6 @@ FocusScope {
                 objectName: "exportAnotherButton"
                 text: L10n.text("Export another backup")
                 onClicked: view.controller.exportAnother()
-            }
-            PlainButton {
-                objectName: "tryAgainButton"
-                visible: view.content.canTryAgain
-                text: L10n.text("Try again")
-                onClicked: view.controller.tryAgain()
             }
             PlainButton {
                 id: showButton

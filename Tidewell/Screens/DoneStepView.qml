@@ -7,6 +7,7 @@ ScrollPage {
     id: view
 
     required property doneStepContent content
+    signal tryAgain()
 
     centred: true
 
@@ -117,5 +118,6 @@ ScrollPage {
         Layout.fillWidth: true
         visible: view.content.failures.length > 0
         content: view.content
+        onTryAgain: view.tryAgain()
     }
 }

@@ -8,6 +8,7 @@ Card {
     id: card
 
     required property doneStepContent content
+    signal tryAgain()
 
     padding: Theme.medium
     spacing: Theme.snug
@@ -28,6 +29,11 @@ Card {
             objectName: "copyFailuresButton"
             label: L10n.text("Copy list")
             copied: card.content.failureList
+        }
+        PlainButton {
+            objectName: "tryAgainButton"
+            text: L10n.text("Try again")
+            onClicked: card.tryAgain()
         }
     }
     ListView {
@@ -66,15 +72,27 @@ Card {
                 horizontalAlignment: Text.AlignLeft
                 elide: Text.ElideMiddle
             }
-            Text {
+            RowLayout {
+                spacing: 0
                 Layout.fillWidth: true
                 Layout.bottomMargin: 4
-                text: L10n.joined([row.failure.chat, row.failure.reason], " · ")
-                textFormat: Text.PlainText
-                color: Theme.quiet
-                font.pixelSize: Theme.caption
-                horizontalAlignment: Text.AlignLeft
-                elide: Text.ElideRight
+
+                Text {
+                    Layout.fillWidth: true
+                    Layout.maximumWidth: Math.ceil(implicitWidth)
+                    text: row.failure.chat
+                    textFormat: Text.PlainText
+                    color: Theme.quiet
+                    font.pixelSize: Theme.caption
+                    horizontalAlignment: Text.AlignLeft
+                    elide: Text.ElideRight
+                }
+                Text {
+                    text: " · " + row.failure.reason
+                    textFormat: Text.PlainText
+                    color: Theme.quiet
+                    font.pixelSize: Theme.caption
+                }
             }
         }
         FocusRing {

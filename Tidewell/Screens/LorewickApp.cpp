@@ -1,5 +1,6 @@
 #include "Tidewell/Screens/LorewickApp.h"
 
+#include <QGuiApplication>
 #include <QStandardPaths>
 #include <chrono>
 
@@ -8,9 +9,20 @@
 #include "Tidewell/Services/PathURL.h"
 #include "TidewellCore/Export/ExportPreferences.h"
 
+namespace {
+
+// Portals belong to desktops of these two; who draws elsewhere would not see their dialogs.
+bool hasDesktop() {
+  const QString platform = QGuiApplication::platformName();
+  return platform == QStringLiteral("xcb") || platform.startsWith(QStringLiteral("wayland"));
+}
+
+}  // namespace
+
 LorewickApp::LorewickApp(ExportViewModel::Setup setup)
     : windowFile_(preferencesFile(setup).replace_filename("window.json")),
       texts_(setup.texts),
+      folders_({.work = work_, .texts = texts_, .home = setup.services.home, .asksDesktop = hasDesktop()}),
       controller_(completed(std::move(setup), folders_), work_),
       screens_(controller_, texts_),
       engine_({.screens = screens_, .folders = folders_, .appearance = appearance_, .texts = texts_}) {

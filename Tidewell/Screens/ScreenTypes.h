@@ -4,6 +4,7 @@
 
 #include "Tidewell/Contents/BackupStepContent.h"
 #include "Tidewell/Contents/DoneStepContent.h"
+#include "Tidewell/Contents/FolderChooserContent.h"
 #include "Tidewell/Contents/OptionsStepContent.h"
 #include "Tidewell/Contents/ProgressStepContent.h"
 #include "Tidewell/Contents/WindowContent.h"
@@ -47,6 +48,12 @@ struct DestinationContentType {
   Q_GADGET
   QML_FOREIGN(DestinationContent)
   QML_VALUE_TYPE(destinationContent)
+};
+
+struct FolderChooserContentType {
+  Q_GADGET
+  QML_FOREIGN(FolderChooserContent)
+  QML_VALUE_TYPE(folderChooserContent)
 };
 
 struct OptionsStepContentType {

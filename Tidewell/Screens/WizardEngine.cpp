@@ -30,7 +30,7 @@ QFont readable(QFont font) {
 
 // Holds for the whole process, and must be done before anything is loaded.
 void chooseLooks(const L10n& texts) {
-  // For the dialogs; once, since it cannot change any more when a window was open.
+  // Once, since it cannot change any more when a window was open.
   [[maybe_unused]] static const bool isStyled = (QQuickStyle::setStyle(QStringLiteral("Basic")), true);
   QGuiApplication::setFont(readable(QGuiApplication::font()));
   QGuiApplication::setLayoutDirection(texts.speaksRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);

@@ -10,4 +10,6 @@ inline std::filesystem::path localPath(const QString& text) { return QFile::enco
 
 inline std::filesystem::path localPath(const QUrl& url) { return localPath(url.toLocalFile()); }
 
-inline QUrl fileURL(const std::filesystem::path& path) { return QUrl::fromLocalFile(QFile::decodeName(path.c_str())); }
+inline QString pathText(const std::filesystem::path& path) { return QFile::decodeName(path.c_str()); }
+
+inline QUrl fileURL(const std::filesystem::path& path) { return QUrl::fromLocalFile(pathText(path)); }

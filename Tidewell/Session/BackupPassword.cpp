@@ -54,10 +54,12 @@ void BackupPassword::lookUp(ExportSession& session, const Choice& choice, const 
       });
 }
 
-void BackupPassword::takeUnlocking(ExportSession& session, const SecretBytes& password) {
+void BackupPassword::takeUnlocking(ExportSession& session, const SecretBytes& password,
+                                   const std::optional<PasswordKey>& key) {
   const ExportState& state = session.state();
   const PasswordStore& store = session.services().passwords;
   session.set(&ExportState::unlockedPassword, password);
+  session.set(&ExportState::passwordKey, key);
   if (state.rememberBackupPassword) {
     session.keepInOrder([save = store.save, password, account = account(state)] { save(password, account); });
     session.set(&ExportState::storedPassword, password);
@@ -77,6 +79,7 @@ void BackupPassword::forget(ExportSession& session) {
   session.set(&ExportState::hasEditedPassword, false);
   session.set(&ExportState::storedPassword, std::nullopt);
   session.set(&ExportState::unlockedPassword, std::nullopt);
+  session.set(&ExportState::passwordKey, std::nullopt);
   session.set(&ExportState::hasStoredPassword, false);
   session.set(&ExportState::rememberBackupPassword, false);
 }

@@ -17,9 +17,9 @@ std::string account(const ExportState& state);
 void lookUp(ExportSession& session, const std::shared_ptr<CancellationToken>& choice,
             const std::function<void()>& then);
 
-// After `password` has opened the chosen backup: keeps it when that is wanted. Removed from the store is only what
-// was found there and is wanted no more. The export needs the password once more, also one that is not kept.
-void takeUnlocking(ExportSession& session, const SecretBytes& password);
+// After `password` has opened the chosen backup by `key`: keeps it when that is wanted. Removed from the store is only
+// what was found there and is wanted no more. The export needs the password once more, also one that is not kept.
+void takeUnlocking(ExportSession& session, const SecretBytes& password, const std::optional<PasswordKey>& key);
 
 // Wipes all that is known of the password of the backup before.
 void forget(ExportSession& session);

@@ -7,24 +7,46 @@
 #include "TidewellCore/Export/Exporter.h"
 #include "TidewellCore/TidewellError.h"
 
-// What was read, and the password that opened the backup; none for one that is not encrypted.
+// What was read, and what opened the backup; nothing for one that is not encrypted.
 struct ChatScan::Reading {
   ScanResult result;
   std::optional<SecretBytes> password;
+  std::optional<PasswordKey> key;
 };
 
 namespace {
 
 namespace fs = std::filesystem;
 
-ScanResult scan(const fs::path& backup, const SecretBytes* password, const CancellationCheck& isCancelled) {
-  const auto text = password == nullptr ? std::nullopt : std::optional(textOf(*password));
-  return Exporter().scan(backup, text, {}, isCancelled);
-}
-
 bool isWrongPassword(const TidewellError& error) { return error.is<TidewellError::WrongBackupPassword>(); }
 
 }  // namespace
+
+// A worker's part; its own, since the wizard may be gone before it ends.
+struct ChatScan::Work {
+  fs::path backup;
+  std::vector<SecretBytes> passwords;  // none for a backup that needs none
+  CancellationCheck isCancelled;
+
+  // Of several passwords the first that opens the backup counts; the last one's failure is told.
+  Reading operator()() const {
+    for (std::size_t i = 0; i + 1 < passwords.size(); ++i) {
+      try {
+        return read(passwords[i]);
+      } catch (const TidewellError& error) {
+        if (!isWrongPassword(error)) throw;
+      }
+    }
+    return read(passwords.empty() ? std::nullopt : std::optional(passwords.back()));
+  }
+
+  Reading read(const std::optional<SecretBytes>& password) const {
+    Reading reading{.password = password};
+    const auto text = password ? std::optional(textOf(*password)) : std::nullopt;
+    reading.result = Exporter().scan(backup, text, {}, isCancelled, &reading.key);
+    return reading;
+  }
+};
 
 ChatScan::~ChatScan() {
   if (const auto* scanning = std::get_if<Scanning>(&session_.state().work)) scanning->run->cancel();
@@ -38,25 +60,15 @@ void ChatScan::start(const std::function<void()>& then) {
   session_.clearError();
   session_.set(&ExportState::focusBackupPassword, false);
   session_.set(&ExportState::work, Scanning{.run = run, .isUnlocking = state.backupInfo->isEncrypted});
-  // Of several passwords the first that opens it counts; the last one's failure is told.
-  const auto read = [backup = *state.backupURL, isEncrypted = state.backupInfo->isEncrypted,
-                     passwords = state.passwordsToTry(), isCancelled = ExportSession::checkOf(run)]() -> Reading {
-    if (!isEncrypted) return {.result = scan(backup, nullptr, isCancelled), .password = std::nullopt};
-    for (std::size_t i = 0; i + 1 < passwords.size(); ++i) {
-      try {
-        return {.result = scan(backup, &passwords[i], isCancelled), .password = passwords[i]};
-      } catch (const TidewellError& error) {
-        if (!isWrongPassword(error)) throw;
-      }
-    }
-    return {.result = scan(backup, &passwords.back(), isCancelled), .password = passwords.back()};
-  };
-  session_.inBackground(BackgroundWork::Lane::userInitiated, read, [this, run, then](std::future<Reading> reading) {
-    // Another backup was chosen meanwhile.
-    if (!session_.state().isRunning(run)) return;
-    session_.set(&ExportState::work, Idle());
-    if (!run->isCancelled()) take(std::move(reading), then);
-  });
+  Work work{.backup = *state.backupURL, .isCancelled = ExportSession::checkOf(run)};
+  if (state.backupInfo->isEncrypted) work.passwords = state.passwordsToTry();
+  session_.inBackground(BackgroundWork::Lane::userInitiated, std::move(work),
+                        [this, run, then](std::future<Reading> reading) {
+                          // Another backup was chosen meanwhile.
+                          if (!session_.state().isRunning(run)) return;
+                          session_.set(&ExportState::work, Idle());
+                          if (!run->isCancelled()) take(std::move(reading), then);
+                        });
 }
 
 void ChatScan::cancelUnlock() {
@@ -71,7 +83,7 @@ void ChatScan::take(std::future<Reading> future, const std::function<void()>& th
   try {
     const Reading reading = future.get();
     session_.set(&ExportState::scanResult, reading.result);
-    if (reading.password) BackupPassword::takeUnlocking(session_, *reading.password);
+    if (reading.password) BackupPassword::takeUnlocking(session_, *reading.password, reading.key);
   } catch (const std::exception& error) {
     session_.set(&ExportState::scanResult, std::nullopt);
     if (TidewellError::isCancellation(error)) return;

@@ -21,6 +21,7 @@ class ChatScan {
 
  private:
   struct Reading;
+  struct Work;
 
   void take(std::future<Reading> reading, const std::function<void()>& then);
 

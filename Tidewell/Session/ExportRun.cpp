@@ -20,12 +20,17 @@ struct Work {
   fs::path destination;
   ExportOptions options;
   std::optional<SecretBytes> password;
+  std::optional<PasswordKey> passwordKey;
   TranscriptStyle style;
   RunControl control;
 
   ExportSummary operator()() const {
     const auto text = password ? std::optional(textOf(*password)) : std::nullopt;
-    const ExportJob job{.backup = backup, .destination = destination, .options = options, .password = text};
+    const ExportJob job{.backup = backup,
+                        .destination = destination,
+                        .options = options,
+                        .password = text,
+                        .passwordKey = passwordKey ? &*passwordKey : nullptr};
     return Exporter{.transcriptStyle = style}.exportBackup(job, control);
   }
 };
@@ -66,6 +71,7 @@ void ExportRun::run(const Then& failed) {
            .destination = *state.destinationURL,
            .options = {.includedKinds = state.includedKinds, .exportTranscripts = state.exportTranscripts},
            .password = state.unlockedPassword,
+           .passwordKey = state.passwordKey,
            .style = session_.texts().transcriptStyle(),
            .control = {.progress =
                            session_.posting(std::function([this](ExportProgress progress) { takeProgress(progress); })),

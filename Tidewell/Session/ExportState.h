@@ -11,6 +11,7 @@
 #include "Tidewell/Session/WizardWork.h"
 #include "TidewellCore/Backup/BackupLibrary.h"
 #include "TidewellCore/ChatData/ScanResult.h"
+#include "TidewellCore/Crypto/PasswordKey.h"
 #include "TidewellCore/Crypto/SecretBytes.h"
 #include "TidewellCore/Export/ExportSummary.h"
 #include "TidewellCore/Export/PhaseClock.h"
@@ -57,6 +58,7 @@ struct ExportState {
   bool focusBackupPassword = false;             // asks the screen to put the focus into the password field
   std::optional<SecretBytes> storedPassword;    // read from, or just written to, the password store
   std::optional<SecretBytes> unlockedPassword;  // has opened the chosen backup
+  std::optional<PasswordKey> passwordKey;       // what took so long to make of it
 
   bool isInspecting() const { return std::holds_alternative<Inspecting>(work); }
   bool isScanning() const { return std::holds_alternative<Scanning>(work); }

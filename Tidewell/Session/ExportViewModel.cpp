@@ -185,6 +185,7 @@ void ExportViewModel::setBackupPassword(const QString& password) {
   QByteArray utf8 = password.toUtf8();
   session_.set(&ExportState::backupPassword, {utf8.begin(), utf8.end()});
   session_.set(&ExportState::hasEditedPassword, true);
+  session_.set(&ExportState::passwordKey, std::nullopt);
   tw_wipe(utf8.data(), static_cast<std::size_t>(utf8.size()));
 }
 

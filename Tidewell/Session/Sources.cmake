@@ -10,4 +10,6 @@ target_sources(TidewellSession PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/ExportState.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportViewModel.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportViewModel.h
+  ${CMAKE_CURRENT_LIST_DIR}/FolderBrowser.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/FolderBrowser.h
   ${CMAKE_CURRENT_LIST_DIR}/LibraryRefresh.cpp)

@@ -45,14 +45,6 @@ TEST(WindowContent, AsksWhetherToStop) {
   }
 }
 
-TEST(WindowContent, OffersToTryAgainWhatFailed) {
-  ExportState state;
-  state.summary = ExportSummary{.copiedCount = 1};
-  EXPECT_FALSE(contentOf(state).canTryAgain);
-  state.summary->failedCount = 1;
-  EXPECT_TRUE(contentOf(state).canTryAgain);
-}
-
 TEST(WindowContent, NamesWhatCouldNotBeOpened) {
   ExportState state;
   EXPECT_EQ(contentOf(state).unopenedPath, "");

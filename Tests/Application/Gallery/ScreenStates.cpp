@@ -1,5 +1,6 @@
 #include "Tests/Application/Gallery/ScreenStates.h"
 
+#include <array>
 #include <string_view>
 
 namespace {
@@ -154,10 +155,57 @@ ExportState done(std::int64_t failures, std::int64_t missingLinks) {
   return state;
 }
 
+ExportState doneWithFailures(int count) {
+  ExportState state = done(count, 12);
+  constexpr std::array names{"2026-05-12_101500_IMG-20260512-WA0007.jpg", "2025-12-24_180000_Video.mp4",
+                             "undated_a.pdf"};
+  constexpr std::array chats{"Ana Souza", "Família 👨‍👩‍👧",
+                             "A group with a name that is longer than any line of a list can hold, whatever its width"};
+  for (int i = 0; i < count; ++i) {
+    state.summary->failures.push_back({.name = names[static_cast<std::size_t>(i) % names.size()],
+                                       .chat = chats[static_cast<std::size_t>(i) % chats.size()],
+                                       .reason = i % 4 == 3 ? FailureReason::tooLarge : FailureReason::missing});
+  }
+  return state;
+}
+
+ExportState doneWithWarning() {
+  ExportState state = doneWithFailures(2);
+  state.summary->warnings = {
+      "The names in this folder were written for the time zone Europe/Berlin. With Asia/Tokyo, files may be copied "
+      "again."};
+  return state;
+}
+
+ExportState unopened() {
+  ExportState state = done(0, 0);
+  state.unopenedPath = "/Users/mara/Documents/" + repeated("A long folder name/", 6) + "index.html";
+  return state;
+}
+
 ExportState doneWithoutArchive() {
   ExportState state = done(0, 0);
   state.summary->archiveIndexURL = std::nullopt;
   state.summary->destination = "/Volumes/" + repeated("A very long folder name/", 12) + "Chats";
+  return state;
+}
+
+ExportState askingToStop() {
+  ExportState state = exporting({.phase = ExportProgress::Phase::copyingMedia, .completed = 7'211, .total = 18'345});
+  state.stopQuestion = StopQuestion::close;
+  return state;
+}
+
+ExportState withUnreadableFolders() {
+  ExportState state = choosing();
+  state.library.unreadable = {{.name = "Old", .reason = "This folder isn't an iPhone backup."},
+                              {.name = "Half", .reason = "This folder isn't an iPhone backup."}};
+  return state;
+}
+
+ExportState withoutStore() {
+  ExportState state = chosen(1);
+  state.hasPasswordStore = false;
   return state;
 }
 
@@ -167,7 +215,55 @@ ExportState dragging() {
   return state;
 }
 
+std::vector<FolderPlace> places() {
+  using Kind = FolderPlace::Kind;
+  return {{.kind = Kind::home, .folder = "/home/mara"},
+          {.kind = Kind::desktop, .folder = "/home/mara/Desktop"},
+          {.kind = Kind::documents, .folder = "/home/mara/Documents"},
+          {.kind = Kind::computer, .folder = "/"},
+          {.kind = Kind::drive, .folder = "/media/mara/Photos", .label = "Photos"},
+          {.kind = Kind::drive, .folder = "/media/mara/1", .label = "A stick with a name that nobody can read"}};
+}
+
+FolderBrowserState browsing(const std::string& folder, std::vector<std::filesystem::path> names = {}) {
+  return {.listing = {.folder = folder, .names = std::move(names)}, .places = places()};
+}
+
+FolderBrowserState documents() {
+  return browsing("/home/mara/Documents",
+                  {"2024", "2025", "Ávila", "Chats", repeated("A folder with a name beyond all measure ", 5), "Garden",
+                   "Letters 2", "Letters 10", "Music", "Old phones", "Recipes", "Taxes", "رسائل", "📱 <b>Phones</b>"});
+}
+
+FolderBrowserState unreadable() {
+  FolderBrowserState state = browsing("/root");
+  state.listing.isReadable = false;
+  return state;
+}
+
+FolderBrowserState mistyped() {
+  FolderBrowserState state = documents();
+  state.pathFault = FolderFault::noSuchFolder;
+  return state;
+}
+
+FolderBrowserState misnamed() {
+  FolderBrowserState state = documents();
+  state.nameFault = FolderFault::nameTaken;
+  return state;
+}
+
 }  // namespace
+
+std::vector<ChooserState> allChooserStates() {
+  return {{.name = "folders", .state = documents()},
+          {.name = "folders-long-path", .state = browsing(repeated("/A very long folder name", 12), {"Chats"})},
+          {.name = "folders-empty", .state = browsing("/home/mara/Documents/Chats")},
+          {.name = "folders-unreadable", .state = unreadable()},
+          {.name = "folders-mistyped", .state = mistyped()},
+          {.name = "folders-new", .state = misnamed(), .isNaming = true},
+          {.name = "folders-before-any", .state = {.isReading = true}}};
+}
 
 Date screenStatesNow() { return dateFromUnixTime(noon); }
 
@@ -186,6 +282,8 @@ std::vector<ScreenState> allScreenStates() {
       {"backup-odd-names", oddNames()},
       {"backup-inspecting", inspecting()},
       {"backup-dragging", dragging()},
+      {"backup-unreadable", withUnreadableFolders()},
+      {"backup-no-store", withoutStore()},
       {"unlock", unlockingWith(false)},
       {"unlock-stopping", unlockingWith(true)},
       {"error", failed("The backup password is not right.", "Enter the password that was set in Finder.")},
@@ -203,7 +301,11 @@ std::vector<ScreenState> allScreenStates() {
                                        .total = 18'345})},
       {"exporting-transcripts", exporting({.phase = writingTranscripts, .completed = 120, .total = 214})},
       {"done", done(0, 0)},
-      {"done-failures", done(3, 12)},
+      {"exporting-stop", askingToStop()},
+      {"done-failures", doneWithFailures(3)},
+      {"done-many-failures", doneWithFailures(3'130)},
+      {"done-warning", doneWithWarning()},
+      {"done-unopened", unopened()},
       {"done-no-archive", doneWithoutArchive()},
   };
 }

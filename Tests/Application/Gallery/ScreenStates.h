@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "Tidewell/Session/ExportState.h"
+#include "Tidewell/Session/FolderBrowser.h"
 
 // The states that the window must look well in, each with a name for its picture.
 struct ScreenState {
@@ -12,6 +13,15 @@ struct ScreenState {
 };
 
 std::vector<ScreenState> allScreenStates();
+
+// The states of our own folder chooser.
+struct ChooserState {
+  std::string name;
+  FolderBrowserState state;
+  bool isNaming = false;  // a new folder
+};
+
+std::vector<ChooserState> allChooserStates();
 
 // What the clock says in them.
 Date screenStatesNow();

@@ -88,8 +88,9 @@ TEST_F(Access, KeysReachEveryControlOfTheFirstStep) {
   click("passwordField");
   type("x");
   ASSERT_TRUE(until([&] { return item("continueButton").isEnabled(); }, "the step can be left"));
-  EXPECT_THAT(tabStops(), testing::UnorderedElementsAre("backupRow0", "passwordField", "rememberBox",
-                                                        "chooseOtherButton", "continueButton"));
+  EXPECT_THAT(tabStops(),
+              testing::UnorderedElementsAre("refreshListButton", "backupRow0", "passwordField", "passwordField.eye",
+                                            "rememberBox", "chooseOtherButton", "continueButton"));
 }
 
 TEST_F(Access, KeysReachEveryControlOfTheSecondStep) {

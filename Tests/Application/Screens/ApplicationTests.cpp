@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 
@@ -40,6 +41,12 @@ class Application : public testing::Test {
     program.start(TIDEWELL_APPLICATION, arguments);
     ASSERT_TRUE(program.waitForStarted());
   }
+  void withoutDisplay() {
+    QProcessEnvironment environment = program.processEnvironment();
+    for (const char* name : {"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"}) environment.remove(name);
+    program.setProcessEnvironment(environment);
+  }
+  bool endedWith(int code) const { return program.exitStatus() == QProcess::NormalExit && program.exitCode() == code; }
   bool ends() { return program.waitForFinished(10'000); }
   std::string output() { return program.readAllStandardOutput().toStdString(); }
   std::string complaints() { return program.readAllStandardError().toStdString(); }
@@ -84,16 +91,44 @@ TEST_F(Application, OpensABackupByItsPathFromWhereItStands) {
   EXPECT_TRUE(QTest::qWaitFor([&] { return remembered().lastBackupPath == (folder / "device").string(); }, 20'000));
 }
 
-TEST_F(Application, SaysWhatItIs) {
+TEST_F(Application, SaysWhatItIsWithoutADisplay) {
+  withoutDisplay();
   start({"--version"});
   ASSERT_TRUE(ends());
+  EXPECT_TRUE(endedWith(0));
   EXPECT_EQ(output(), "Lorewick " TIDEWELL_VERSION "\n");
+  EXPECT_EQ(complaints(), "");
 }
 
-TEST_F(Application, RefusesMoreThanOneBackup) {
-  start({"a", "b"});
-  ASSERT_TRUE(ends());
-  EXPECT_EQ(program.exitCode(), 2);
+TEST_F(Application, HelpsWithoutADisplay) {
+  withoutDisplay();
+  for (const char* option : {"--help", "-h"}) {
+    start({option});
+    ASSERT_TRUE(ends());
+    EXPECT_TRUE(endedWith(0));
+    EXPECT_THAT(output(), testing::AllOf(testing::HasSubstr("[FOLDER]"), testing::HasSubstr("--version"),
+                                         testing::Not(testing::HasSubstr("session"))));
+    EXPECT_EQ(complaints(), "");
+  }
+}
+
+TEST_F(Application, RefusesWrongUsageWithoutADisplay) {
+  withoutDisplay();
+  for (const QStringList& arguments : {QStringList{"a", "b"}, QStringList{"--unknown"}, QStringList{"--help=x"}}) {
+    start(arguments);
+    ASSERT_TRUE(ends());
+    EXPECT_TRUE(endedWith(2)) << arguments.join(' ').toStdString();
+    EXPECT_EQ(output(), "");
+    EXPECT_NE(complaints(), "");
+  }
+}
+
+TEST_F(Application, TakesQtsOwnOptions) {
+  Fixture::writeBackup(ExportTest::smallBackup(), folder / "device");
+  withoutDisplay();
+  start({"-platform", "offscreen", "-session", "12_34", text(folder / "device")});
+  EXPECT_TRUE(QTest::qWaitFor([&] { return remembered().lastBackupPath == (folder / "device").string(); }, 20'000))
+      << "the backup was never opened";
 }
 
 TEST_F(Application, TakesANamelessBackupForNone) {

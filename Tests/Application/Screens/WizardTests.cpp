@@ -178,19 +178,6 @@ TEST_F(Wizard, AsksForTheDestinationFirst) {
   EXPECT_EQ(folderRequests[0].title, "Choose where to save");
 }
 
-TEST_F(Wizard, OpensTheFolderDialogWhereBackupsAre) {
-  open({.realFolderDialog = true});
-  click("chooseOtherButton");
-  FolderPrompt& prompt = app->folders();
-  EXPECT_EQ(prompt.title(), "Choose a backup folder");
-  EXPECT_EQ(prompt.message(), "Choose the device folder from a Finder backup, or a copy of that folder.");
-  EXPECT_EQ(prompt.initialFolder(), QUrl::fromLocalFile(QString::fromStdString(root.string())));
-  expectShown("Choose the device folder from a Finder backup, or a copy of that folder.");
-  prompt.choose(QUrl::fromLocalFile(QString::fromStdString(backup.string())));
-  ASSERT_TRUE(until([&] { return state().backupInfo.has_value(); }, "the chosen backup"));
-  EXPECT_FALSE(prompt.isOpen());
-}
-
 TEST_F(Wizard, TakesABackupThatIsChosenByHand) {
   open({.listed = false});
   expectShown("No backup yet?");
