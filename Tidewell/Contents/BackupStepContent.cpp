@@ -12,7 +12,7 @@ QString detailLine(const DiscoveredBackup& backup, const L10n& texts) {
   if (info.iosVersion) pieces.append(texts.format(u"iOS %@"_qs, {ContentText::text(*info.iosVersion)}));
   if (info.backupDate) pieces.append(texts.dateAndTime(*info.backupDate));
   if (backup.byteCount) pieces.append(texts.byteCount(*backup.byteCount));
-  return pieces.isEmpty() ? texts.text(u"Finder backup"_qs) : pieces.join(u" · "_qs);
+  return pieces.isEmpty() ? texts.text(u"Finder backup"_qs) : texts.joined(pieces, u" · "_qs);
 }
 
 bool isListed(const ExportState& state, const BackupInfo& info) {
@@ -52,8 +52,9 @@ QString unreadableText(const std::vector<UnreadableFolder>& folders, const L10n&
 QString reasonsOf(const std::vector<UnreadableFolder>& folders, const L10n& texts) {
   QStringList lines;
   for (const UnreadableFolder& folder : folders) {
-    lines.append(u"%1: %2"_qs.arg(ContentText::text(Text::repaired(folder.name)),
-                                  texts.text(ContentText::text(Text::repaired(folder.reason)))));
+    lines.append(texts.joined(
+        {ContentText::text(Text::repaired(folder.name)), texts.text(ContentText::text(Text::repaired(folder.reason)))},
+        u": "_qs));
   }
   return lines.join(u'\n');
 }

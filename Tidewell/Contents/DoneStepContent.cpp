@@ -42,7 +42,7 @@ void addFailures(DoneStepContent& content, const std::vector<CopyFailure>& failu
     lines.append(u"%1\t%2\t%3"_qs.arg(failure.name, failure.chat, failure.reason));
   }
   if (count > shown) content.moreFailures = texts.format(u"and %lld more"_qs, {texts.number(count - shown)});
-  if (count > shown) lines.append(content.moreFailures);
+  if (count > shown) lines.append(L10n::withoutIsolates(content.moreFailures));
   content.failureList = lines.join(u'\n');
 }
 
@@ -51,7 +51,7 @@ void addFailures(DoneStepContent& content, const std::vector<CopyFailure>& failu
 DoneStepContent DoneStepContent::of(const ExportState& state, const L10n& texts) {
   if (!state.summary) return {};
   const ExportSummary& summary = *state.summary;
-  DoneStepContent content{.destination = ContentText::path(summary.destination),
+  DoneStepContent content{.destination = texts.path(ContentText::path(summary.destination)),
                           .summary = summaryLine(summary, texts),
                           .hasFailures = summary.failedCount > 0,
                           .hasArchive = summary.archiveIndexURL.has_value(),

@@ -5,15 +5,20 @@
 namespace {
 
 QString mediaLine(const ScanResult& scan, const L10n& texts) {
-  return u"%1 · %2"_qs.arg(texts.number(scan.mediaFileCount), texts.byteCount(scan.totalBytes));
+  return texts.joined({texts.number(scan.mediaFileCount), texts.byteCount(scan.totalBytes)}, u" · "_qs);
 }
 
 MediaKindContent kindContent(MediaKind kind, const ExportState& state, const L10n& texts) {
   const MediaKinds only{kind};
+  const std::int64_t count = state.scanResult ? state.scanResult->count(only) : 0;
+  const QString title = texts.text(ContentText::text(kind.displayName()));
+  const QString size = texts.byteCount(state.scanResult ? state.scanResult->bytes(only) : 0);
   return {.rawValue = ContentText::text(kind.rawValue()),
-          .title = texts.text(ContentText::text(kind.displayName())),
-          .count = texts.number(state.scanResult ? state.scanResult->count(only) : 0),
-          .size = texts.byteCount(state.scanResult ? state.scanResult->bytes(only) : 0),
+          .title = title,
+          .count = texts.number(count),
+          .size = size,
+          .accessibleName =
+              texts.joined({title, ContentText::counted("1 file", "%lld files", count, texts), size}, u", "_qs),
           .included = state.includedKinds.contains(kind)};
 }
 
@@ -27,7 +32,7 @@ QString spaceStatus(std::optional<bool> hasEnoughSpace, const L10n& texts) {
 DestinationContent DestinationContent::of(const ExportState& state, const L10n& texts) {
   const std::optional<bool> hasEnoughSpace = state.hasEnoughSpace();
   return {.isChosen = state.destinationURL.has_value(),
-          .path = state.destinationURL ? ContentText::path(*state.destinationURL) : QString(),
+          .path = state.destinationURL ? texts.path(ContentText::path(*state.destinationURL)) : QString(),
           .willCopy = texts.byteCount(state.selectedBytes()),
           .freeSpace = state.availableBytes ? texts.byteCount(*state.availableBytes) : QString(),
           .status = spaceStatus(hasEnoughSpace, texts),

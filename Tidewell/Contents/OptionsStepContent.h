@@ -14,6 +14,7 @@ struct MediaKindContent {
   Q_PROPERTY(QString title MEMBER title)
   Q_PROPERTY(QString count MEMBER count)
   Q_PROPERTY(QString size MEMBER size)
+  Q_PROPERTY(QString accessibleName MEMBER accessibleName)
   Q_PROPERTY(bool included MEMBER included)
 
  public:
@@ -21,6 +22,7 @@ struct MediaKindContent {
   QString title;
   QString count;
   QString size;
+  QString accessibleName;  // the whole row for those who hear it: "Photos, 87 files, 127.0 kB"
   bool included = false;
 
   bool operator==(const MediaKindContent&) const = default;

@@ -15,6 +15,7 @@ struct ProgressStepContent {
   Q_PROPERTY(QString count MEMBER count)
   Q_PROPERTY(QString fileName MEMBER fileName)
   Q_PROPERTY(QString remaining MEMBER remaining)
+  Q_PROPERTY(QString announcement MEMBER announcement)
 
  public:
   QString title;
@@ -23,6 +24,8 @@ struct ProgressStepContent {
   QString count;        // "12 of 340"; empty while the amount of work is not known
   QString fileName;
   QString remaining;  // the time left; empty while it cannot be told
+  // For those who hear it: "Copying media, 25%" from each full quarter of a phase on; empty before the first.
+  QString announcement;
 
   static ProgressStepContent of(const ExportState& state, const L10n& texts, Date now);
 

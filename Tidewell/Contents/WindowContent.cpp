@@ -40,10 +40,12 @@ QString alertText(const ExportState& state) {
 
 WindowContent WindowContent::of(const ExportState& state, const L10n& texts) {
   const auto hint = state.startExportHint();
+  const auto continueHint = state.continueHint();
   return {.step = static_cast<int>(state.step),
           .stepCaption = caption(state.step, texts),
           .busyText = busyLine(state, texts),
           .hint = hint ? texts.text(ContentText::text(*hint)) : QString(),
+          .continueHint = continueHint ? texts.text(ContentText::text(*continueHint)) : QString(),
           .hintOpensFolderPicker = state.startExportHintOpensFolderPicker(),
           .canContinue = state.canContinueFromBackup(),
           .canExport = state.canExport(),

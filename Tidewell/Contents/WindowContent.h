@@ -13,6 +13,7 @@ struct WindowContent {
   Q_PROPERTY(QString stepCaption MEMBER stepCaption)
   Q_PROPERTY(QString busyText MEMBER busyText)
   Q_PROPERTY(QString hint MEMBER hint)
+  Q_PROPERTY(QString continueHint MEMBER continueHint)
   Q_PROPERTY(bool hintOpensFolderPicker MEMBER hintOpensFolderPicker)
   Q_PROPERTY(bool canContinue MEMBER canContinue)
   Q_PROPERTY(bool canExport MEMBER canExport)
@@ -28,8 +29,9 @@ struct WindowContent {
  public:
   int step = 1;  // the raw value of WizardStep
   QString stepCaption;
-  QString busyText;  // empty when nothing is being read
-  QString hint;      // why the export cannot start; empty without one
+  QString busyText;      // empty when nothing is being read
+  QString hint;          // why the export cannot start; empty without one
+  QString continueHint;  // why the first step cannot be left; empty when it can
   bool hintOpensFolderPicker = false;
   bool canContinue = false;
   bool canExport = false;

@@ -99,6 +99,7 @@ T.RadioButton {
                     textFormat: Text.PlainText
                     color: Theme.quiet
                     font.pixelSize: Theme.caption
+                    horizontalAlignment: Text.AlignLeft
                     elide: Text.ElideRight
                 }
             }

@@ -17,74 +17,84 @@ FocusScope {
             button.clicked();
     }
 
+    LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft
+    LayoutMirroring.childrenInherit: true
     onStepChanged: footerGuard.start()
     Keys.onPressed: event => Mnemonics.watch(event, true)
     Keys.onReleased: event => Mnemonics.watch(event, false)
-    Accessible.role: Accessible.Client
-    Accessible.name: content.stepCaption
     Keys.onReturnPressed: event => press(footer.item.defaultButton, event)
     Keys.onEnterPressed: event => press(footer.item.defaultButton, event)
     Keys.onEscapePressed: event => event.isAutoRepeat || footer.item.escaped()
 
-    ColumnLayout {
+    Backdrop {
         anchors.fill: parent
-        spacing: 0
+        caption: view.content.stepCaption
+        covered: Beat.shades > 0
+        Accessible.role: Accessible.Client
 
-        StepHeader {
-            Layout.fillWidth: true
-            step: view.content.step
-            caption: view.content.stepCaption
-        }
-        Loader {
-            id: page
+        ColumnLayout {
+            anchors.fill: parent
+            spacing: 0
 
-            objectName: "page"
-            Layout.fillWidth: true
-            Layout.fillHeight: true
-            focus: true
-            sourceComponent: [backupPage, optionsPage, progressPage, donePage][view.content.step - 1]
-            onLoaded: {
-                focus = true;
-                appear.restart();
-            }
-
-            NumberAnimation {
-                id: appear
-
-                target: page.item
-                property: "opacity"
-                from: 0
-                to: 1
-                duration: Theme.calm
-                easing.type: Easing.OutCubic
-            }
-        }
-        Rectangle {
-            Layout.fillWidth: true
-            implicitHeight: Theme.controlHeight + 2 * Theme.medium
-            color: Theme.surface
-
-            Rectangle {
-                width: parent.width
-                height: 1
-                color: Theme.line
+            StepHeader {
+                Layout.fillWidth: true
+                step: view.content.step
+                caption: view.content.stepCaption
             }
             Loader {
-                id: footer
+                id: page
 
-                anchors.fill: parent
-                anchors.leftMargin: Theme.wide
-                anchors.rightMargin: Theme.wide
-                sourceComponent: [backupFooter, optionsFooter, progressFooter, doneFooter][view.content.step - 1]
+                objectName: "page"
+                Layout.fillWidth: true
+                Layout.fillHeight: true
+                focus: true
+                sourceComponent: [backupPage, optionsPage, progressPage, donePage][view.content.step - 1]
+                onLoaded: {
+                    focus = true;
+                    appear.restart();
+                }
+
+                NumberAnimation {
+                    id: appear
+
+                    target: page.item
+                    property: "opacity"
+                    from: 0
+                    to: 1
+                    duration: Theme.calm
+                    easing.type: Easing.OutCubic
+                }
             }
-            // The second click of a double one must not press what the first one brought.
-            ClickGuard {
-                id: footerGuard
+            Rectangle {
+                Layout.fillWidth: true
+                implicitHeight: Theme.controlHeight + 2 * Theme.medium
+                color: Theme.surface
 
-                objectName: "footerGuard"
-                anchors.fill: parent
+                Rectangle {
+                    width: parent.width
+                    height: 1
+                    color: Theme.line
+                }
+                Loader {
+                    id: footer
+
+                    anchors.fill: parent
+                    anchors.leftMargin: Theme.wide
+                    anchors.rightMargin: Theme.wide
+                    sourceComponent: [backupFooter, optionsFooter, progressFooter, doneFooter][view.content.step - 1]
+                }
+                // The second click of a double one must not press what the first one brought.
+                ClickGuard {
+                    id: footerGuard
+
+                    objectName: "footerGuard"
+                    anchors.fill: parent
+                }
             }
         }
+    }
+    Announcer {
+        text: view.screens.progressStep.announcement
     }
 
     Component {
@@ -143,6 +153,7 @@ FocusScope {
                 objectName: "continueButton"
                 text: L10n.text("Continue")
                 enabled: view.content.canContinue
+                Accessible.description: view.content.continueHint
                 onClicked: view.controller.continueToOptions()
             }
         }
@@ -170,6 +181,7 @@ FocusScope {
                 objectName: "startExportButton"
                 text: L10n.text("Start Export")
                 enabled: view.content.canExport
+                Accessible.description: view.content.hint
                 onClicked: view.controller.startExport()
             }
         }

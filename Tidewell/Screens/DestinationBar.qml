@@ -65,12 +65,12 @@ Card {
         Fact {
             objectName: "willCopyFact"
             label: L10n.text("Will copy")
-            value: bar.content.willCopy
+            detail: bar.content.willCopy
         }
         Fact {
             objectName: "freeSpaceFact"
             label: L10n.text("Free space")
-            value: bar.content.freeSpace
+            detail: bar.content.freeSpace
             opacity: bar.content.freeSpace === "" ? 0 : 1
             Accessible.ignored: bar.content.freeSpace === ""
         }

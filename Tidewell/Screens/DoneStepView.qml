@@ -64,7 +64,7 @@ ScrollPage {
             Fact {
                 objectName: "savedToFact"
                 label: L10n.text("Saved to")
-                value: view.content.destination
+                detail: view.content.destination
             }
         }
         Rectangle {

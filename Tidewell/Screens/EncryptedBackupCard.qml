@@ -51,9 +51,7 @@ Card {
             Layout.fillWidth: true
             // Dots stand for a password that was typed before the step was left.
             placeholderText: card.content.hasTypedPassword ? "••••••••" : L10n.text("Backup password")
-            // Qt hides the name of a password field from screen readers, though not its description.
-            Accessible.name: L10n.text("Backup password")
-            Accessible.description: L10n.text("Backup password")
+            secretName: L10n.text("Backup password")
             onSecretEdited: secret => card.controller.setBackupPassword(secret)
         }
         Words {

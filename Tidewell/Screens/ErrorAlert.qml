@@ -25,6 +25,7 @@ ModalPanel {
         Symbol {
             id: sign
 
+            anchors.left: parent.left
             anchors.verticalCenter: title.verticalCenter
             width: size
             height: size

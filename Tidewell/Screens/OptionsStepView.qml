@@ -23,25 +23,25 @@ ScrollPage {
                 objectName: "deviceFact"
                 share: 4
                 label: L10n.text("Device")
-                value: view.content.device
+                detail: view.content.device
             }
             Fact {
                 objectName: "backedUpFact"
                 share: 5
                 label: L10n.text("Backed up")
-                value: view.content.backedUp
+                detail: view.content.backedUp
             }
             Fact {
                 objectName: "chatsFact"
                 share: 2
                 label: L10n.text("Chats")
-                value: view.content.chats
+                detail: view.content.chats
             }
             Fact {
                 objectName: "mediaFact"
                 share: 4
                 label: L10n.text("Media")
-                value: view.content.media
+                detail: view.content.media
             }
         }
         Words {
@@ -80,7 +80,8 @@ ScrollPage {
                 sidePadding: Theme.tight
                 symbol: "kind." + kind.rawValue
                 text: kind.title
-                trailing: kind.count + " · " + kind.size
+                trailing: L10n.joined([kind.count, kind.size], " · ")
+                Accessible.name: kind.accessibleName
                 checked: kind.included
                 onWanted: on => view.controller.setKindIncluded(kind.rawValue, on)
             }

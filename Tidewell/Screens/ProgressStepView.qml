@@ -40,8 +40,8 @@ ScrollPage {
             Layout.topMargin: Theme.hair
             indeterminate: view.content.isIndeterminate
             value: view.content.fraction
-            Accessible.name: view.content.title
-            Accessible.description: view.content.count
+            caption: view.content.title
+            count: view.content.count
         }
         RowLayout {
             spacing: Theme.wide

@@ -26,6 +26,9 @@ class Texts : public QObject {
   Q_INVOKABLE QString format(const QString& english, const QStringList& values) const {
     return texts_.format(english, values);
   }
+  Q_INVOKABLE QString joined(const QStringList& pieces, const QString& separator) const {
+    return texts_.joined(pieces, separator);
+  }
 
  private:
   const L10n& texts_;

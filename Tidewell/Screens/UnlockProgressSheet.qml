@@ -32,7 +32,7 @@ ModalPanel {
         Layout.topMargin: Theme.hair
         indeterminate: true
         isAboveShade: true
-        Accessible.name: sheet.title
+        caption: sheet.title
     }
     PlainButton {
         objectName: "cancelUnlockButton"

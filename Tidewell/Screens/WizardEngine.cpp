@@ -8,6 +8,8 @@
 
 #include "Tidewell/Screens/Appearance.h"
 #include "Tidewell/Screens/FolderPrompt.h"
+#include "Tidewell/Screens/ProgressAccess.h"
+#include "Tidewell/Screens/SecretAccess.h"
 #include "Tidewell/Screens/SymbolProvider.h"
 #include "Tidewell/Screens/WizardScreens.h"
 #include "TidewellCore/Platform/Precondition.h"
@@ -27,17 +29,20 @@ QFont readable(QFont font) {
 }
 
 // Holds for the whole process, and must be done before anything is loaded.
-void chooseLooks() {
+void chooseLooks(const L10n& texts) {
   // Once, since it cannot change any more when a window was open.
   [[maybe_unused]] static const bool isStyled = (QQuickStyle::setStyle(QStringLiteral("Basic")), true);
   QGuiApplication::setFont(readable(QGuiApplication::font()));
+  QGuiApplication::setLayoutDirection(texts.speaksRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
 }
 
 }  // namespace
 
 WizardEngine::WizardEngine(const Parts& parts) : texts_(parts.texts), appearance_(parts.appearance) {
   [[maybe_unused]] void (*const volatile keepTypes)() = &qml_register_types_Tidewell_Screens;
-  chooseLooks();
+  chooseLooks(parts.texts);
+  ProgressAccess::install();
+  SecretAccess::install();
   // They live in this house, not on the engine's heap.
   setObjectOwnership(&texts_, CppOwnership);
   setObjectOwnership(&appearance_, CppOwnership);

@@ -47,5 +47,5 @@ QHash<QString, QString> readTable(const std::filesystem::path& path) {
 
 StringTable StringTable::load(const std::filesystem::path& bundle, const QStringList& languages) {
   const std::optional<std::filesystem::path> file = tableFile(bundle, languages);
-  return file ? StringTable(readTable(*file)) : StringTable();
+  return file ? StringTable(readTable(*file), QString::fromStdString(file->stem().string())) : StringTable();
 }

@@ -52,6 +52,13 @@ bool ExportState::hasPasswordIfNeeded() const {
 
 bool ExportState::canContinueFromBackup() const { return hasPasswordIfNeeded() && !isInspecting() && !isScanning(); }
 
+std::optional<std::string_view> ExportState::continueHint() const {
+  if (canContinueFromBackup()) return std::nullopt;
+  if (isInspecting()) return "Reading this backup…";
+  if (isScanning()) return "Reading chats…";
+  return backupInfo ? "Enter the backup password first" : "Choose a backup first";
+}
+
 std::int64_t ExportState::selectedCount() const { return scanResult ? scanResult->count(includedKinds) : 0; }
 
 std::int64_t ExportState::selectedBytes() const { return scanResult ? scanResult->bytes(includedKinds) : 0; }

@@ -76,6 +76,8 @@ struct ExportState {
   // space at both ends, else the stored password.
   std::vector<SecretBytes> passwordsToTry() const;
   bool canContinueFromBackup() const;
+  // Why not, in English; absent when it can.
+  std::optional<std::string_view> continueHint() const;
 
   // Of the kinds chosen; 0 before a scan.
   std::int64_t selectedCount() const;

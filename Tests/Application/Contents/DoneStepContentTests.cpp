@@ -104,4 +104,16 @@ TEST(DoneStepContent, FillsATranslationByPlace) {
   EXPECT_EQ(DoneStepContent::of(state, other).summary, "4 com erro, 1.000 copiados, 2 presentes, 3 conversas");
 }
 
+TEST(DoneStepContent, WhatIsCopiedHoldsNoIsolates) {
+  const L10n arabic(StringTable({}, "ar"), {.identifier = "ar_EG"}, {.identifier = "UTC"});
+  ExportState state;
+  state.summary = ExportSummary{.failedCount = 1'001};
+  state.summary->failures.assign(1'001, {.name = "a.jpg", .chat = "ليلى", .reason = FailureReason::missing});
+  const auto content = DoneStepContent::of(state, arabic);
+  EXPECT_TRUE(content.moreFailures.contains(QChar(0x2068)));
+  for (const char16_t isolate : {u'\u2066', u'\u2067', u'\u2068', u'\u2069'}) {
+    EXPECT_FALSE(content.failureList.contains(QChar(isolate)));
+  }
+}
+
 }  // namespace

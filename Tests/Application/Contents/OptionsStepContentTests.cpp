@@ -65,21 +65,27 @@ TEST(OptionsStepContent, HasARowForEachKind) {
     const char* title;
     const char* count;
     const char* size;
+    const char* accessibleName;
     bool included;
   };
-  const std::vector<Row> rows{{"photos", "Photos", "12,000", "2.0 GB", true},
-                              {"videos", "Videos", "345", "500.0 MB", false},
-                              {"voiceNotes", "Voice notes", "0", "0 bytes", true},
-                              {"stickers", "Stickers", "0", "0 bytes", true},
-                              {"documents", "Documents", "0", "0 bytes", true}};
+  const std::vector<Row> rows{{"photos", "Photos", "12,000", "2.0 GB", "Photos, 12,000 files, 2.0 GB", true},
+                              {"videos", "Videos", "345", "500.0 MB", "Videos, 345 files, 500.0 MB", false},
+                              {"voiceNotes", "Voice notes", "1", "1 byte", "Voice notes, 1 file, 1 byte", true},
+                              {"stickers", "Stickers", "0", "0 bytes", "Stickers, 0 files, 0 bytes", true},
+                              {"documents", "Documents", "0", "0 bytes", "Documents, 0 files, 0 bytes", true}};
   ExportState state = scanned();
   state.includedKinds.erase(MediaKind::videos);
+  state.scanResult->statsByKind[MediaKind::voiceNotes] = {.count = 1, .byteCount = 1};
   const auto kinds = OptionsStepContent::of(state, texts).kinds;
   ASSERT_EQ(kinds.size(), static_cast<qsizetype>(rows.size()));
   for (qsizetype i = 0; i < kinds.size(); ++i) {
     const Row& row = rows[static_cast<std::size_t>(i)];
-    const MediaKindContent expected{
-        .rawValue = row.rawValue, .title = row.title, .count = row.count, .size = row.size, .included = row.included};
+    const MediaKindContent expected{.rawValue = row.rawValue,
+                                    .title = row.title,
+                                    .count = row.count,
+                                    .size = row.size,
+                                    .accessibleName = row.accessibleName,
+                                    .included = row.included};
     EXPECT_EQ(kinds[i], expected) << row.rawValue;
   }
 }

@@ -76,7 +76,8 @@ TEST(ProgressStepContent, TellsFilesAndTimeLeft) {
                                      .fraction = 0.5,
                                      .count = "1,500 of 3,000",
                                      .fileName = "2023-03-05 Ana.jpg",
-                                     .remaining = "About 2 minutes left"};
+                                     .remaining = "About 2 minutes left",
+                                     .announcement = "Copying media, 50%"};
   EXPECT_EQ(
       after(
           120,

@@ -61,6 +61,20 @@ TEST(WindowContent, TellsWhatIsBeingRead) {
   EXPECT_EQ(contentOf(state).busyText, "Reading this backup…");
 }
 
+TEST(WindowContent, TellsWhyTheFirstStepCannotBeLeft) {
+  ExportState state;
+  EXPECT_EQ(contentOf(state).continueHint, "Choose a backup first");
+  state.work = Inspecting();
+  EXPECT_EQ(contentOf(state).continueHint, "Reading this backup…");
+  state.work = Idle();
+  state.backupInfo = BackupInfo{.url = "/b", .isEncrypted = true};
+  EXPECT_EQ(contentOf(state).continueHint, "Enter the backup password first");
+  state.backupPassword = SecretBytes{'x'};
+  EXPECT_EQ(contentOf(state).continueHint, "");
+  state.work = Scanning();
+  EXPECT_EQ(contentOf(state).continueHint, "Reading chats…");
+}
+
 TEST(WindowContent, HintsAtWhatIsMissing) {
   ExportState state;
   EXPECT_EQ(contentOf(state).hint, "") << "not on the first step";

@@ -60,13 +60,35 @@ void waitForFrames(QQuickWindow& window) {
   if (frames < 2) qWarning("The window drew nothing for five seconds.");
 }
 
-std::unique_ptr<LorewickApp> newApp(const QDir& folder, QSize size) {
+L10n english() { return L10n(StringTable(), Locale{"en_US"}, TimeZone{"UTC"}); }
+
+// A language from right to left, as far as shows what becomes of figures, names and paths.
+L10n arabic() {
+  return L10n(StringTable({{"Step 1 of 3 — Choose a backup", "الخطوة 1 من 3 — اختر نسخة احتياطية"},
+                           {"Continue", "متابعة"},
+                           {"Back", "رجوع"},
+                           {"Start Export", "بدء التصدير"},
+                           {"Choose folder…", "اختر مجلدًا…"},
+                           {"What to export", "ما الذي سيُصدَّر"},
+                           {"Photos", "الصور"},
+                           {"Videos", "مقاطع الفيديو"},
+                           {"Save to", "الحفظ في"},
+                           {"Will copy", "سيُنسخ"},
+                           {"Media", "الوسائط"},
+                           {"Copying media", "جارٍ نسخ الوسائط"},
+                           {"%lld of %lld", "%lld من %lld"},
+                           {"%lld bytes", "%lld بايت"},
+                           {"%lld copied · %lld already present · %lld transcripts · %lld failed",
+                            "نُسخ %lld · موجود %lld · نصوص %lld · فشل %lld"}},
+                          "ar"),
+              Locale{"ar_EG"}, TimeZone{"UTC"});
+}
+
+std::unique_ptr<LorewickApp> newApp(const QDir& folder, QSize size, const L10n& texts = english()) {
   PlatformServices services;
   services.passwords = PasswordStore::none();
-  auto app = std::make_unique<LorewickApp>(
-      ExportViewModel::Setup{.services = services,
-                             .texts = L10n(StringTable(), Locale{"en_US"}, TimeZone{"UTC"}),
-                             .preferencesURL = folder.filePath("preferences.json").toStdString()});
+  auto app = std::make_unique<LorewickApp>(ExportViewModel::Setup{
+      .services = services, .texts = texts, .preferencesURL = folder.filePath("preferences.json").toStdString()});
   if (app->window() == nullptr) qFatal("The window could not be loaded.");
   app->appearance().setReducesMotion(true);
   app->window()->resize(size);
@@ -173,6 +195,8 @@ int main(int argc, char* argv[]) {
   takePicturesOfChooser(*app, folder, large, "dark");
   compareWithFreshWindows(folder, large, "light");
   compareWithFreshWindows(folder, small, "light-small");
+  const std::unique_ptr<LorewickApp> mirrored = newApp(folder, large, arabic());
+  takePictures(*mirrored, folder, large, "right-to-left");
   std::fprintf(stderr, "%d warnings\n", warnings.load());
   return warnings == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -115,4 +115,42 @@ TEST(L10n, OtherTranscriptsAreWordedByTheTable) {
   EXPECT_EQ(german, (TranscriptStyle{.youLabel = "Du", .unknownSenderLabel = "Unbekannt", .languageCode = "en"}));
 }
 
+// A first strong isolate, or one of a direction, and its end.
+QString isolated(const QString& text) { return u'\u2068' + text + u'\u2069'; }
+QString rightToLeft(const QString& text) { return u'\u2067' + text + u'\u2069'; }
+QString leftToRight(const QString& text) { return u'\u2066' + text + u'\u2069'; }
+
+TEST(L10n, LeavesTextsFromLeftToRightAsTheyAre) {
+  for (const char* locale : {"en_US", "pt_BR", "ja_JP", "C"}) {
+    const L10n texts = speaking(locale);
+    EXPECT_EQ(texts.format("iOS %@", {"17"}), "iOS 17") << locale;
+    EXPECT_EQ(texts.joined({"a", "ب"}, " · "), "a · ب") << locale;
+    EXPECT_EQ(texts.path("/ب/a"), "/ب/a") << locale;
+    EXPECT_FALSE(texts.speaksRightToLeft()) << locale;
+  }
+}
+
+TEST(L10n, KeepsFiguresAndUnitsInOrderFromRightToLeft) {
+  const L10n hebrew = speaking("he_IL", StringTable({{"%lld of %lld", "%lld מתוך %lld"}}, "he"));
+  EXPECT_EQ(hebrew.byteCount(1'234'567'890), leftToRight("1.2 GB"));
+  EXPECT_EQ(hebrew.format("%lld of %lld", {hebrew.number(12), hebrew.number(340)}),
+            isolated("12") + " מתוך " + isolated("340"));
+  EXPECT_EQ(hebrew.joined({"a", "ב"}, " · "), rightToLeft(isolated("a") + " · " + isolated("ב")));
+  EXPECT_EQ(hebrew.path("/home/מרים/a"), leftToRight("/home/מרים/a"));
+  const L10n arabic = speaking("ar_EG", StringTable({{"%lld bytes", "%lld بايت"}}, "ar"));
+  EXPECT_EQ(arabic.byteCount(1'234'567'890), leftToRight("١٫٢ GB"));
+  EXPECT_EQ(arabic.byteCount(12), isolated("١٢") + " بايت");
+}
+
+TEST(L10n, IsolatesNothing) { EXPECT_EQ(speaking("ar_EG").joined({"", "a"}, ","), "," + isolated("a")); }
+
+// Dates and figures are in Arabic although the texts are not.
+TEST(L10n, IsolatesWhereOnlyTheRegionWritesFromRightToLeft) {
+  EXPECT_EQ(speaking("ar_EG").format("iOS %@", {"17"}), "iOS " + isolated("17"));
+  EXPECT_FALSE(speaking("ar_EG").speaksRightToLeft()) << "its texts are English";
+  EXPECT_TRUE(speaking("en_US", StringTable({}, "ar")).speaksRightToLeft());
+}
+
+TEST(L10n, TakesIsolatesOutOfWhatIsCopied) { EXPECT_EQ(L10n::withoutIsolates(isolated("a") + leftToRight("ب")), "aب"); }
+
 }  // namespace

@@ -24,7 +24,7 @@ T.CheckBox {
     hoverEnabled: true
     focusPolicy: Qt.StrongFocus
     opacity: enabled ? 1 : 0.45
-    Accessible.name: trailing === "" ? text : text + ", " + trailing
+    Accessible.name: text
     Accessible.description: caption
     Accessible.onToggleAction: clicked()
     Accessible.onPressAction: clicked()
@@ -78,6 +78,7 @@ T.CheckBox {
                 textFormat: Text.PlainText
                 color: Theme.text
                 font.pixelSize: Theme.body
+                horizontalAlignment: Text.AlignLeft
                 wrapMode: Text.Wrap
             }
             Text {
@@ -86,6 +87,7 @@ T.CheckBox {
                 textFormat: Text.PlainText
                 color: Theme.quiet
                 font.pixelSize: Theme.caption
+                horizontalAlignment: Text.AlignLeft
                 wrapMode: Text.Wrap
                 visible: text !== ""
             }

@@ -7,7 +7,8 @@ ColumnLayout {
     id: fact
 
     required property string label
-    required property string value
+    // Not "value", which Qt takes for a slider's and tells assistive technology of.
+    required property string detail
     // Of the width, in proportion to the facts beside it.
     property int share: 1
 
@@ -15,7 +16,7 @@ ColumnLayout {
     Layout.fillWidth: true
     Layout.preferredWidth: 100 * share
     Accessible.role: Accessible.StaticText
-    Accessible.name: label + ": " + value
+    Accessible.name: label + ": " + detail
 
     Text {
         Layout.fillWidth: true
@@ -23,11 +24,12 @@ ColumnLayout {
         textFormat: Text.PlainText
         color: Theme.quiet
         font.pixelSize: Theme.caption
+        horizontalAlignment: Text.AlignLeft
         elide: Text.ElideRight
     }
     Text {
         Layout.fillWidth: true
-        text: fact.value
+        text: fact.detail
         textFormat: Text.PlainText
         color: Theme.text
         font.pixelSize: Theme.body

@@ -38,6 +38,7 @@ T.Button {
         font.weight: Font.Medium
         font.underline: true
         elide: Text.ElideRight
+        horizontalAlignment: Text.AlignLeft
         verticalAlignment: Text.AlignVCenter
     }
 }

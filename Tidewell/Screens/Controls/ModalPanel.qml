@@ -47,6 +47,8 @@ T.Popup {
     }
     contentItem: FocusScope {
         focus: true
+        LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft
+        LayoutMirroring.childrenInherit: true
         Accessible.role: panel.role
         Accessible.name: panel.title
         Accessible.description: panel.description

@@ -51,6 +51,7 @@ ColumnLayout {
                 color: Theme.text
                 font.pixelSize: Theme.body
                 lineHeight: 1.15
+                horizontalAlignment: Text.AlignLeft
                 wrapMode: Text.Wrap
             }
         }

@@ -7,6 +7,9 @@ T.ProgressBar {
     id: bar
 
     property bool isAboveShade: false
+    // What goes on, and how much of it is done, for assistive technology (ProgressAccess).
+    required property string caption
+    property string count
     readonly property Mover mover: Mover {
         wanted: bar.indeterminate && bar.visible
         isAboveShade: bar.isAboveShade
@@ -18,6 +21,7 @@ T.ProgressBar {
     }
 
     implicitHeight: 8
+    Accessible.role: Accessible.ProgressBar
 
     background: Rectangle {
         radius: height / 2
@@ -28,7 +32,8 @@ T.ProgressBar {
 
         Rectangle {
             height: parent.height
-            width: bar.visualPosition * parent.width
+            x: bar.mirrored ? parent.width - width : 0
+            width: bar.position * parent.width
             radius: height / 2
             color: Theme.accent
             visible: !bar.indeterminate

@@ -2,11 +2,13 @@ import QtQuick
 import QtQuick.Templates as T
 import Tidewell.Screens
 
-// A text field whose text nobody can read off the screen. Qt also tells screen
-// readers what a field's "text" is; this one's holds dots, and is no way to the secret.
+// A text field whose text nobody can read off the screen, nor assistive technology
+// (SecretAccess). Its "text" holds dots, and is no way to the secret.
 T.TextField {
     id: field
 
+    // What assistive technology calls it.
+    required property string secretName
     readonly property string text: eye.down ? "" : displayText
     // As far as what is typed tells: Qt knows nothing of the key.
     property bool capsLock: false
@@ -21,11 +23,12 @@ T.TextField {
         event.accepted = false;
     }
 
+    Accessible.role: Accessible.EditableText
     Keys.onPressed: event => watchCapsLock(event)
     onTextEdited: secretEdited(getText(0, length))
     implicitHeight: Theme.controlHeight + 2
-    leftPadding: Theme.snug
-    rightPadding: Theme.controlHeight
+    leftPadding: LayoutMirroring.enabled ? Theme.controlHeight : Theme.snug
+    rightPadding: LayoutMirroring.enabled ? Theme.snug : Theme.controlHeight
     echoMode: eye.down ? TextInput.Normal : TextInput.Password
     inputMethodHints: Qt.ImhSensitiveData | Qt.ImhNoPredictiveText | Qt.ImhNoAutoUppercase | Qt.ImhHiddenText
     color: Theme.text
@@ -34,6 +37,7 @@ T.TextField {
     selectedTextColor: Theme.accentInk
     selectByMouse: true
     font.pixelSize: Theme.body
+    horizontalAlignment: TextInput.AlignLeft
     verticalAlignment: TextInput.AlignVCenter
 
     background: Rectangle {
@@ -61,6 +65,7 @@ T.TextField {
         textFormat: Text.PlainText
         color: field.placeholderTextColor
         font: field.font
+        horizontalAlignment: Text.AlignLeft
         elide: Text.ElideRight
         verticalAlignment: Text.AlignVCenter
         visible: field.length === 0 && field.preeditText === ""
