@@ -22,7 +22,7 @@ FocusScope {
     Shortcut {
         sequences: [StandardKey.Refresh]
         autoRepeat: false
-        enabled: view.mayTakeFocus
+        enabled: view.mayTakeFocus && Beat.shades === 0
         onActivated: view.controller.refreshLibrary()
     }
     Scroller {

@@ -37,8 +37,8 @@ TEST_F(DoubleClicks, AreToldFromOthersByHalfASecond) {
 
 TEST_F(DoubleClicks, OnContinueStartNoExport) {
   open({.guardsClicks = true});
-  guardFor(2'000);
   click("backupRow0");
+  guardFor(2'000);
   ASSERT_TRUE(until([&] { return item("continueButton").isEnabled(); }, "the backup is read"));
   const QPoint place = placeOf("continueButton");
   clickAt(place);
@@ -82,8 +82,8 @@ TEST_F(DoubleClicks, OfAButtonThatIsHeldAcrossTheStepDoNotCount) {
 
 TEST_F(DoubleClicks, HoldUpNoKeys) {
   open({.guardsClicks = true});
-  guardFor(10'000);
   click("backupRow0");
+  guardFor(10'000);
   continueWithBackup();
   ASSERT_TRUE(until([&] { return state().canExport(); }, "the export can start"));
   EXPECT_TRUE(isShown("footerGuard"));

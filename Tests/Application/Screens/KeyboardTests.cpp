@@ -59,6 +59,16 @@ TEST_F(Keyboard, AltAndALetterPressAButton) {
   EXPECT_TRUE(until([&] { return isShown("continueButton"); }, "step 1"));
 }
 
+TEST_F(Keyboard, NoLetterPressesWhatLiesBehindAnAlert) {
+  open();
+  click("backupRow0");
+  ASSERT_TRUE(until([&] { return item("continueButton").isEnabled(); }, "the backup is read"));
+  controller().setBackup(folder / "gone", state().backupInfo);
+  ASSERT_TRUE(until([&] { return isShown("alertOKButton") && item("continueButton").isEnabled(); }, "the alert"));
+  press(Qt::Key_O, Qt::AltModifier);
+  EXPECT_FALSE(state().isScanning());
+}
+
 TEST_F(Keyboard, CapsLockIsTold) {
   openLocked();
   type("A");

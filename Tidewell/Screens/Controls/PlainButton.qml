@@ -47,7 +47,8 @@ T.Button {
     }
     Shortcut {
         sequence: button.mnemonic === "" ? "" : "Alt+" + button.mnemonic
-        enabled: button.enabled && button.visible
+        // Nothing behind a panel is pressed.
+        enabled: button.enabled && button.visible && Beat.shades === 0
         autoRepeat: false
         onActivated: button.clicked()
     }
