@@ -39,8 +39,20 @@ class ReadAloud : public Scene {
     show(state);
   }
 
+  // What is read once there is such a part: the bus takes its time.
+  Spoken readWith(const QString& role, const QString& name = {}) {
+    Spoken window;
+    until(
+        [&] {
+          window = reader.read();
+          return window.find(role, name) != nullptr;
+        },
+        "a " + role.toStdString() + " is read");
+    return window;
+  }
+
   void expectDescribed(const QString& button, const char* description) {
-    const Spoken window = reader.read();
+    const Spoken window = readWith("push button", button);
     const Spoken* found = window.find("push button", button);
     ASSERT_NE(found, nullptr) << button.toStdString();
     EXPECT_EQ(found->description.toStdString(), description);
@@ -54,7 +66,7 @@ class ReadAloud : public Scene {
 TEST_F(ReadAloud, AProgressBarTellsHowFarItIs) {
   open();
   show(ExportProgress::Phase::copyingMedia, 85, 340);
-  const Spoken window = reader.read();
+  const Spoken window = readWith("progress bar");
   const Spoken* bar = window.find("progress bar");
   ASSERT_NE(bar, nullptr);
   EXPECT_EQ(bar->name, "Copying media");
@@ -114,7 +126,7 @@ TEST_F(ReadAloud, APasswordFieldHasANameAndKeepsItsSecret) {
   click("passwordField");
   EXPECT_NE(reader.read().find("password text", "Backup password"), nullptr) << "before typing";
   type("zebra");
-  const Spoken window = reader.read();
+  const Spoken window = readWith("password text", "Backup password");
   const Spoken* field = window.find("password text", "Backup password");
   ASSERT_NE(field, nullptr) << window.everything().toStdString();
   EXPECT_EQ(field->text, "•••••");
