@@ -75,6 +75,12 @@ TEST_P(EarlyEndTest, ADiskThatFillsUpEndsTheCopying) {
   EXPECT_EQ(next.copiedCount, 5 - copied);
 }
 
+TEST_P(EarlyEndTest, ADestinationThatIsTakenAwayWhileTranscriptsAreWrittenSaysSo) {
+  const auto take = when(Phase::writingTranscripts, 0, [&] { fs::remove_all(scene.destination); });
+  EXPECT_THAT([&] { scene.run(everything, {.progress = take}); },
+              failsWith(TidewellError::destinationNotWritable(scene.destination)));
+}
+
 TEST_P(EarlyEndTest, ADiskThatFillsUpWhileTranscriptsAreWrittenSaysSo) {
   const SmallVolume volume(scene.destination, 256 * page);
   if (!volume.isMounted()) GTEST_SKIP() << "This user cannot mount a volume.";

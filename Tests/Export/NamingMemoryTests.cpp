@@ -8,6 +8,7 @@
 
 #include "Tests/Export/ExportScene.h"
 #include "Tests/Support/TemporaryDirectory.h"
+#include "TidewellCore/FileNaming.h"
 
 namespace {
 
@@ -82,6 +83,20 @@ TEST(NamingMemory, WhatIsChosenCountsBeforeAllAndIsToldOf) {
               testing::ElementsAre(testing::AllOf(HasSubstr("locale “ar_EG”"), HasSubstr("used “de_DE”"))));
   const NamingMemory::Wish both{.naming = cairo, .isTimeZoneChosen = true, .isLocaleChosen = true};
   EXPECT_EQ(NamingMemory::decide(both, berlin).warnings.size(), 2U);
+}
+
+TEST(NamingMemory, WhatIsRememberedCanBeReadBackWhateverTheLanguage) {
+  const Fixture::TemporaryDirectory folder;
+  for (const char* language : {"oc_FR", "nds_DE", "la_VA", "garbage"}) {
+    const MediaNaming system{.timeZone = {"Asia/Tokyo"}, .locale = {language}};
+    const MediaNaming decided = NamingMemory::decide({.naming = system}, std::nullopt).naming;
+    NamingMemory::save(folder.path(), decided);
+    EXPECT_EQ(NamingMemory::load(folder.path()), decided) << language;
+    const Date date = dateFromUnixTime(1'700'000'000);
+    EXPECT_EQ(FileNaming::stamp(date, decided.timeZone, decided.locale),
+              FileNaming::stamp(date, system.timeZone, system.locale))
+        << language;
+  }
 }
 
 TEST(NamingMemory, AChoiceThatChangesNothingNeedsNoWord) {

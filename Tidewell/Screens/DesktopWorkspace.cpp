@@ -2,6 +2,7 @@
 
 #include <QDesktopServices>
 #include <QProcess>
+#include <QStandardPaths>
 #include <functional>
 
 #include "Tidewell/Services/PathURL.h"
@@ -14,19 +15,46 @@
 
 namespace {
 
-void open(const QUrl& url, const std::function<void()>& failed) {
+using Failed = std::function<void()>;
+
+void openByQt(const QUrl& url, const Failed& failed) {
   if (!QDesktopServices::openUrl(url)) failed();
 }
 
 #ifdef Q_OS_MACOS
 
-void reveal(const QUrl& folder, const std::function<void()>& failed) {
+void open(const QUrl& url, const Failed& failed) { openByQt(url, failed); }
+
+void reveal(const QUrl& folder, const Failed& failed) {
   if (!QProcess::startDetached(QStringLiteral("/usr/bin/open"), {QStringLiteral("-R"), folder.toLocalFile()})) failed();
 }
 
 #else
 
-void reveal(const QUrl& folder, const std::function<void()>& failed) {
+// From within a sandbox only Qt knows the way out.
+bool isSandboxed() { return qEnvironmentVariableIsSet("FLATPAK_ID") || qEnvironmentVariableIsSet("SNAP"); }
+
+// Qt starts the desktop's opener and does not ask how it ended; what it says to a console is nobody's business.
+void open(const QUrl& url, const Failed& failed) {
+  const QString opener = QStandardPaths::findExecutable(QStringLiteral("xdg-open"));
+  if (opener.isEmpty() || isSandboxed()) return openByQt(url, failed);
+  // It may live as long as what it opened, longer than this program: nobody owns it.
+  auto* const process = new QProcess;
+  process->setStandardOutputFile(QProcess::nullDevice());
+  process->setStandardErrorFile(QProcess::nullDevice());
+  QObject::connect(process, &QProcess::finished, process, [process, failed](int exitCode, QProcess::ExitStatus status) {
+    if (exitCode != 0 || status != QProcess::NormalExit) failed();
+    process->deleteLater();
+  });
+  QObject::connect(process, &QProcess::errorOccurred, process, [process, failed](QProcess::ProcessError error) {
+    if (error != QProcess::FailedToStart) return;
+    failed();
+    process->deleteLater();
+  });
+  process->start(opener, {url.toString(QUrl::FullyEncoded)});
+}
+
+void reveal(const QUrl& folder, const Failed& failed) {
   QDBusMessage call = QDBusMessage::createMethodCall(
       QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("/org/freedesktop/FileManager1"),
       QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("ShowItems"));

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "Tidewell/Services/PathURL.h"
+#include "TidewellCore/Platform/Text.h"
 
 namespace fs = std::filesystem;
 
@@ -81,7 +82,7 @@ fs::path Folders::typed(const std::string& text, const fs::path& shown, const fs
 }
 
 std::optional<FolderFault> Folders::create(const fs::path& parent, const std::string& name) {
-  if (name.empty() || name == "." || name == "..") return FolderFault::noName;
+  if (Text::trimmedPart(name).empty() || name == "." || name == "..") return FolderFault::noName;
   if (name.find(fs::path::preferred_separator) != std::string::npos) return FolderFault::nameOfSeveralFolders;
   std::error_code error;
   if (fs::create_directory(parent / name, error)) return std::nullopt;

@@ -2,7 +2,9 @@
 
 #include <cerrno>
 
+#include "TidewellCore/FolderNames.h"
 #include "TidewellCore/Platform/Files.h"
+#include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/TidewellError.h"
 
 namespace {
@@ -15,6 +17,11 @@ bool isInDestination(const std::exception& error, const EarlyEnd::Places& places
   if (failure == nullptr || places.destination == nullptr) return false;
   const fs::path relative = failure->path1().lexically_relative(*places.destination);
   return !relative.empty() && *relative.begin() != "..";
+}
+
+// Folders are made where they are missing; the mark of the export's own is not.
+bool isTakenAway(const fs::path& destination) {
+  return !Files::exists(destination / FolderNames::content / FolderNames::viewer);
 }
 
 }  // namespace
@@ -43,6 +50,9 @@ void EarlyEnd::rethrow(const std::exception& error, const Places& places, bool w
   if (TidewellError::isCancellation(error)) throw;
   if (isFullDisk(error)) {
     throw TidewellError::ioFailure(isInDestination(error, places) ? fullDestination : fullTemporaryFolder);
+  }
+  if (isInDestination(error, places) && isTakenAway(*places.destination)) {
+    throw TidewellError::destinationNotWritable(PathText::text(*places.destination));
   }
   if (wasBackup) requireBackup(places);
   throw;

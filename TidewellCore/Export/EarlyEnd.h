@@ -4,7 +4,7 @@
 #include <filesystem>
 
 // What ends a run at once, because going on would fail again and again: a full
-// disk, and a backup that was taken away.
+// disk, and a backup or a destination that was taken away.
 namespace EarlyEnd {
 
 inline constexpr const char* fullDestination =

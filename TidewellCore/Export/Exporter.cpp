@@ -182,6 +182,8 @@ ExportSummary Exporter::runExport(const ExportJob& job, const RunControl& contro
     summary.transcriptCount = transcriptCount;
     summary.archiveIndexURL = page;
     summary.unresolvedArchiveLinkCount = unresolvedLinkCount;
+    // Folders that were taken away meanwhile were made again, without what was copied into them.
+    lock.requireInPlace();
     FolderManifest::save(contentRoot, plan.remembered);
   }
   throwIfCancelled(control.isCancelled);

@@ -61,8 +61,10 @@ void NamingMemory::save(const fs::path& contentRoot, const MediaNaming& naming) 
 
 NamingMemory::Decision NamingMemory::decide(const Wish& wish, const std::optional<MediaNaming>& remembered) {
   Decision decision{.naming = wish.naming};
-  if (!remembered) return decision;
   auto& [timeZone, locale] = decision.naming;
+  // A language that has no dates of its own writes the same digits, and can be read back.
+  if (!Locale::named(locale.identifier)) locale = Locale();
+  if (!remembered) return decision;
   if (!wish.isTimeZoneChosen) timeZone = remembered->timeZone;
   if (!wish.isLocaleChosen) locale = remembered->locale;
   if (timeZone != remembered->timeZone) {

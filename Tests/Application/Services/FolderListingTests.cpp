@@ -97,6 +97,7 @@ TEST_F(FolderListingTest, SaysWhyAFolderWasNotMade) {
   EXPECT_EQ(fault("taken"), FolderFault::nameTaken);
   EXPECT_EQ(fault("file"), FolderFault::nameTaken);
   EXPECT_EQ(fault(""), FolderFault::noName);
+  EXPECT_EQ(fault(" "), FolderFault::noName) << "nobody could see it";
   EXPECT_EQ(fault("."), FolderFault::noName);
   EXPECT_EQ(fault(".."), FolderFault::noName);
   EXPECT_EQ(fault("a/b"), FolderFault::nameOfSeveralFolders);
