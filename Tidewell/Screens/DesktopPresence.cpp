@@ -1,10 +1,10 @@
 #include "Tidewell/Screens/DesktopPresence.h"
 
+#include <QCoreApplication>
 #include <QGuiApplication>
 #include <QString>
 
 #ifdef Q_OS_MACOS
-#include <QCoreApplication>
 #include <QProcess>
 #else
 #include <QDBusConnection>
@@ -51,10 +51,10 @@ struct Inhibitor {
   }
 };
 
-// The watcher has no owner: it goes by itself when the answer is there.
+// The watcher goes by itself when the answer is there, at the latest with the application.
 template <typename Reply>
 void whenAnswered(const QDBusPendingCall& call, std::function<void(const Reply&)> take) {
-  auto* const watcher = new QDBusPendingCallWatcher(call);
+  auto* const watcher = new QDBusPendingCallWatcher(call, QCoreApplication::instance());
   QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher, [watcher, take = std::move(take)] {
     take(Reply(*watcher));
     watcher->deleteLater();

@@ -1,5 +1,6 @@
 #include "Tidewell/Screens/DesktopWorkspace.h"
 
+#include <QCoreApplication>
 #include <QDesktopServices>
 #include <QProcess>
 #include <QStandardPaths>
@@ -59,8 +60,9 @@ void reveal(const QUrl& folder, const Failed& failed) {
       QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("/org/freedesktop/FileManager1"),
       QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("ShowItems"));
   call.setArguments({QStringList{folder.toString(QUrl::FullyEncoded)}, QString()});
-  // The watcher has no owner: it goes by itself when the answer is there.
-  auto* watcher = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call));
+  // The watcher goes by itself when the answer is there, at the latest with the application.
+  auto* watcher =
+      new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call), QCoreApplication::instance());
   QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher, [watcher, folder, failed] {
     if (watcher->isError()) open(folder, failed);
     watcher->deleteLater();

@@ -24,7 +24,9 @@ class WorkspaceTest : public testing::Test {
   }
   ~WorkspaceTest() override { qputenv("PATH", path); }
 
-  void openFile() { workspace.openFile("/kept/R&D 100%/index.html", [this] { ++failures; }); }
+  void openFile() {
+    workspace.openFile("/kept/R&D 100%/index.html", [this] { ++failures; });
+  }
   bool isOpened() const { return fs::exists(folder / "opened") && fs::file_size(folder / "opened") > 0; }
 
   const QByteArray path = qgetenv("PATH");
