@@ -5,6 +5,7 @@
 
 #include "Tests/Support/BackupBuilder.h"
 #include "Tests/Support/TemporaryDirectory.h"
+#include "TidewellCore/CopyFailure.h"
 
 namespace {
 
@@ -79,8 +80,12 @@ class Phone : public testing::TestWithParam<bool> {
     ContactDirectory directory;
     directory.link(anaLID, ana);
     snapshot.setDirectory(std::move(directory));
+    lost.clear();
     return ProfilePictures::attachAndCopy(
-        chats, {.files = manifest.profilePictures, .snapshot = snapshot, .backup = opened}, folder / "messages");
+        chats, {.files = manifest.profilePictures, .snapshot = snapshot, .backup = opened}, folder / "messages",
+        [&](const std::exception& error, const ProfilePictures::Loss& loss) {
+          lost.emplace_back(loss.name, CopyFailures::reasonOf(error, loss.source));
+        });
   }
 
   // The picture that the chat of `jid` gets: its path and its bytes.
@@ -93,6 +98,7 @@ class Phone : public testing::TestWithParam<bool> {
 
   Fixture::TemporaryDirectory folder;
   Fixture::BackupContents contents;
+  std::vector<std::pair<std::string, FailureReason>> lost;  // the pictures and why
 };
 INSTANTIATE_TEST_SUITE_P(ProfilePictures, Phone, testing::Bool(),
                          [](const auto& isEncrypted) { return isEncrypted.param ? "Encrypted" : "Plain"; });
@@ -128,6 +134,14 @@ TEST_P(Phone, PassesOverFilesThatAreNoPicturesOrCannotBeRead) {
   add("5511900001111-7.jpg", jpeg("gone"), {.missing = true});
   add("5511900001111-6.jpg", jpeg("still here"));
   EXPECT_EQ(pictureOf(ana).second, jpeg("still here"));
+  EXPECT_THAT(lost, ElementsAre(std::pair("5511900001111-7.jpg"s, FailureReason::missing)));
+}
+
+TEST_P(Phone, TellsOfAPictureThatCannotBeOpened) {
+  if (!GetParam()) GTEST_SKIP() << "A plain backup has no padding to miss.";
+  add("5511900001111-1.jpg", jpeg("0123456789012345678901234567890123456789"), {.truncatedTo = 33});
+  EXPECT_EQ(pictureOf(ana).first, "");
+  EXPECT_THAT(lost, ElementsAre(std::pair("5511900001111-1.jpg"s, FailureReason::cutShort)));
 }
 
 TEST_P(Phone, FindsPicturesUnderEitherIdentityOfAPerson) {

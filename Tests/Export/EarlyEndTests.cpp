@@ -39,8 +39,15 @@ struct EarlyEndTest : testing::TestWithParam<bool> {
       action();
     };
   }
-  void takeBackup() const { fs::rename(scene.backup, scene.folder / "taken"); }
-  void bringBackup() const { fs::rename(scene.folder / "taken", scene.backup); }
+  static void moveAll(const fs::path& from, const fs::path& to) {
+    fs::create_directories(to);
+    for (const fs::directory_entry& entry : fs::directory_iterator(from)) {
+      fs::rename(entry.path(), to / entry.path().filename());
+    }
+  }
+  // Not the folder itself: what was opened before it was moved can still be read.
+  void takeBackup() const { moveAll(scene.backup, scene.folder / "taken"); }
+  void bringBackup() const { moveAll(scene.folder / "taken", scene.backup); }
   // Leaves so many pages of the volume.
   void fillVolume(std::int64_t pagesLeft) const {
     const auto available = static_cast<std::int64_t>(fs::space(scene.destination).available);
@@ -135,6 +142,14 @@ TEST_P(EarlyEndTest, ABackupThatIsTakenAwayEndsTheCopying) {
   EXPECT_EQ(next.skippedExistingCount, 2);
   EXPECT_EQ(next.copiedCount, 3);
   EXPECT_EQ(next.failedCount, 0);
+}
+
+TEST_P(EarlyEndTest, ABackupThatIsMovedAsAWholeIsReadToItsEnd) {
+  enlarge();
+  const auto move = when(Phase::copyingMedia, 0, [&] { fs::rename(scene.backup, scene.folder / "moved"); });
+  const ExportSummary summary = scene.run(everything, {.progress = move});
+  EXPECT_EQ(summary.copiedCount, 5);
+  EXPECT_EQ(summary.failedCount, 0);
 }
 
 TEST_P(EarlyEndTest, ABackupThatIsTakenAwayBeforeItsPicturesAreReadIsMissed) {

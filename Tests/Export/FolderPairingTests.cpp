@@ -166,11 +166,7 @@ INSTANTIATE_TEST_SUITE_P(
                  2},
         Conflict{"ALIDNamedFolderOfAPhone",
                  {.folders = {anaLID, "Ana"}, .manifest = {{ana, anaLID}}, .archive = {{ana, "Ana"}}},
-                 2},
-        Conflict{
-            "CanonicalFolderThatIsALink", {.folders = {"Ana", ana}, .links = {"Ana"}, .manifest = {{ana, "Ana"}}}, 1},
-        Conflict{
-            "DuplicateFolderThatIsALink", {.folders = {"Ana", ana}, .links = {ana}, .manifest = {{ana, "Ana"}}}, 0}),
+                 2}),
     [](const auto& conflict) { return std::string(conflict.param.name); });
 
 }  // namespace

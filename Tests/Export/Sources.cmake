@@ -5,7 +5,6 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/ArchiveReading.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ArchiveTextTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ChatLinesTests.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/CopyFailureTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/DestinationIndexTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/DestinationLockTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/DiskSpaceTests.cpp

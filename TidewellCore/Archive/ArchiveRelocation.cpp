@@ -23,11 +23,8 @@ using ArchiveRelocation::NewPlaces;
 constexpr std::int64_t largestFile = std::int64_t{4} << 30;
 
 std::optional<std::string> read(const fs::path& file) {
-  try {
-    return std::string(textOf(Files::read(file, largestFile)));
-  } catch (const fs::filesystem_error&) {
-    return std::nullopt;
-  }
+  const std::optional<Bytes> content = Files::readIfThere(file, largestFile);
+  return content ? std::optional(std::string(textOf(*content))) : std::nullopt;
 }
 
 // Null unless the object has a text of that name.
@@ -184,7 +181,7 @@ class Rewriting {
 
   void removeFormerBlocks() const {
     for (const std::string& file : formerBlocks_) {
-      if (!currentBlocks_.contains(file)) fs::remove(folder_ / PathText::path(file));
+      if (!currentBlocks_.contains(file)) Files::remove(folder_ / PathText::path(file));
     }
   }
 

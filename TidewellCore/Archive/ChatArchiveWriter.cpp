@@ -10,6 +10,7 @@
 #include "TidewellCore/Archive/ViewerTexts.h"
 #include "TidewellCore/FileNaming.h"
 #include "TidewellCore/FolderNames.h"
+#include "TidewellCore/MakeRoom.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/Platform/Text.h"
@@ -52,25 +53,15 @@ Json::Object textTable(const ChatArchiveStrings& strings) {
 
 bool isOurs(const fs::path& page) {
   constexpr std::int64_t largestPage = 1 << 20;
-  try {
-    const Bytes content = Files::read(page, largestPage);
-    return textOf(content).find(ChatArchiveAssets::pageMark) != std::string_view::npos;
-  } catch (const fs::filesystem_error&) {
-    return false;
-  }
-}
-
-void makeRoomForPage(const fs::path& page) {
-  if (!fs::exists(fs::symlink_status(page)) || isOurs(page)) return;
-  const std::string name = PathText::text(page.filename());
-  std::set<std::string> used{FileNaming::normalizedKey(name)};
-  while (!Files::renameToFree(page, page.parent_path() / FileNaming::uniquify(name, used))) continue;
+  const std::optional<Bytes> content = Files::readIfThere(page, largestPage);
+  return content && textOf(*content).find(ChatArchiveAssets::pageMark) != std::string_view::npos;
 }
 
 }  // namespace
 
 ChatArchiveWriter::ChatArchiveWriter(Setting setting) : setting_(std::move(setting)), blocks_(dataFolder()) {
-  fs::create_directories(dataFolder());
+  MakeRoom::forFolder(setting_.contentRoot / FolderNames::viewer);
+  MakeRoom::forFolder(dataFolder());
 }
 
 fs::path ChatArchiveWriter::dataFolder() const {
@@ -78,6 +69,7 @@ fs::path ChatArchiveWriter::dataFolder() const {
 }
 
 void ChatArchiveWriter::add(const ArchiveChat& chat) {
+  chats_.push_back(summary(chat, setting_.style));  // listed even when its data cannot be written
   std::string script = "window.__CHAT_PAYLOAD = {\"messages\":[";
   blocks_.beginChat(chat.id);
   for (const ArchiveMessage& message : chat.messages) {
@@ -88,7 +80,6 @@ void ChatArchiveWriter::add(const ArchiveChat& chat) {
   }
   script += "]};\n";
   Files::writeWhenDifferent(dataFolder() / dataFileName(chat.id), script);
-  chats_.push_back(summary(chat, setting_.style));
 }
 
 fs::path ChatArchiveWriter::finish() {
@@ -97,7 +88,7 @@ fs::path ChatArchiveWriter::finish() {
   const bool isFlat = setting_.contentRoot == setting_.destination;
   const std::string base = isFlat ? "" : PathText::text(setting_.contentRoot.filename()) + "/";
   const fs::path page = setting_.destination / FolderNames::archivePage;
-  makeRoomForPage(page);
+  if (!isOurs(page)) MakeRoom::at(page);
   Files::writeWhenDifferent(page, ChatArchiveAssets::indexHTML(ChatArchiveStrings::forStyle(setting_.style),
                                                                base + FolderNames::viewer + "/"));
   blocks_.removeOthers();

@@ -44,7 +44,8 @@ class ChatArchiveWriter {
 
   explicit ChatArchiveWriter(Setting setting);
 
-  // Writes the data file of a chat. Each chat has an ID of its own.
+  // Writes the data file of a chat. Each chat has an ID of its own. One whose
+  // data cannot be written stands in the chat list all the same.
   void add(const ArchiveChat& chat);
   // Writes the chat list, the viewer and the page, and returns the page. A page
   // of someone else's in its place is renamed.

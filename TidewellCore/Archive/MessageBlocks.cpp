@@ -81,7 +81,7 @@ void MessageBlocks::write() {
 void MessageBlocks::removeOthers() const {
   for (const Files::Entry& entry : Files::listVisible(folder_)) {
     const bool isBlock = isBlockName(entry.name) && !entry.isFolder;
-    if (isBlock && !names_.contains(entry.name)) fs::remove(folder_ / PathText::path(entry.name));
+    if (isBlock && !names_.contains(entry.name)) Files::remove(folder_ / PathText::path(entry.name));
   }
 }
 

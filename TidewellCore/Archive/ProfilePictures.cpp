@@ -5,7 +5,10 @@
 #include <tuple>
 
 #include "TidewellCore/ChatData/JID.h"
+#include "TidewellCore/CopyFailure.h"
 #include "TidewellCore/FolderNames.h"
+#include "TidewellCore/MakeRoom.h"
+#include "TidewellCore/Platform/FileDescriptor.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/Platform/Text.h"
@@ -14,7 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::int64_t headerSize = 16;
+constexpr std::size_t headerSize = 16;
 constexpr std::int64_t largestPicture = 32 << 20;  // bytes; WhatsApp's take a tenth of a megabyte
 
 std::optional<std::int64_t> signedNumber(std::string_view text) {
@@ -32,19 +35,39 @@ bool hasAt(ByteView bytes, std::size_t offset, std::string_view expected) {
   return bytes.size() >= offset + expected.size() && textOf(bytes.subspan(offset, expected.size())) == expected;
 }
 
-// The first `count` bytes of a file; none when the file or its key does not read.
-Bytes beginning(const ManifestFile& file, const OpenedBackup& backup, std::int64_t count) {
-  try {
-    return backup.firstBytes(file, static_cast<std::size_t>(count));
-  } catch (const std::exception&) {
-    return {};
-  }
+// In bytes. Throws what keeps the file from being read whole.
+std::int64_t sizeOf(const ManifestFile& file, const OpenedBackup& backup) {
+  if (const auto size = backup.provenSize(file)) return *size;
+  const auto stored = backup.location(file);
+  if (!stored) throw CopyError(FailureReason::missing);
+  FileDescriptor::openForReading(*stored);
+  throw CopyError(FailureReason::cutShort);
 }
 
-// Absent for a file that is no picture.
+// Absent for a file that is no picture. Throws what keeps it from being read.
 std::optional<ProfilePictureFormat> formatOf(const ManifestFile& file, const OpenedBackup& backup) {
-  if (backup.provenSize(file).value_or(0) > largestPicture) return std::nullopt;
-  return ProfilePictures::detectFormat(beginning(file, backup, headerSize));
+  if (sizeOf(file, backup) > largestPicture) return std::nullopt;
+  return ProfilePictures::detectFormat(backup.firstBytes(file, headerSize));
+}
+
+void tellOfLoss(const std::exception& error, const ArchiveChat& chat, const ManifestFile& file,
+                const OpenedBackup& backup, const ProfilePictures::LossObserver& lost) {
+  lost(error, {.chat = chat,
+               .name = std::string(PathText::lastComponent(file.relativePath)),
+               .source = backup.location(file).value_or(fs::path())});
+}
+
+// False when the copy is there already. Gives the chat the copy's path.
+bool copyTo(const fs::path& contentRoot, const ProfilePictures::Selection& picture, const OpenedBackup& backup,
+            ArchiveChat& chat) {
+  const ManifestFile& file = picture.candidate.file;
+  const Bytes content = backup.firstBytes(file, static_cast<std::size_t>(sizeOf(file, backup)));
+  const std::string name = chat.id + "." + std::string(rawValue(picture.format));
+  const fs::path folder = contentRoot / FolderNames::avatars;
+  MakeRoom::forFolder(folder);
+  const bool isNew = Files::writeWhenDifferent(folder / PathText::path(name), textOf(content));
+  chat.avatarRelativePath = std::string(FolderNames::avatars) + "/" + name;
+  return isNew;
 }
 
 bool isBetter(const ProfilePictureCandidate& a, const ProfilePictureCandidate& b) {
@@ -95,7 +118,7 @@ std::vector<std::string> ProfilePictures::matchingUsers(std::string_view jid, co
 }
 
 std::optional<ProfilePictureFormat> ProfilePictures::detectFormat(ByteView bytes) {
-  const ByteView header = bytes.first(std::min(bytes.size(), std::size_t{headerSize}));
+  const ByteView header = bytes.first(std::min(bytes.size(), headerSize));
   if (hasAt(header, 0, "\xFF\xD8\xFF")) return ProfilePictureFormat::jpeg;
   if (hasAt(header, 0, "\x89PNG\r\n\x1A\n")) return ProfilePictureFormat::png;
   if (hasAt(header, 0, "GIF87a") || hasAt(header, 0, "GIF89a")) return ProfilePictureFormat::gif;
@@ -106,40 +129,40 @@ std::optional<ProfilePictureFormat> ProfilePictures::detectFormat(ByteView bytes
   return std::nullopt;
 }
 
-std::optional<ProfilePictures::Selection> ProfilePictures::select(std::string_view jid,
+std::optional<ProfilePictures::Selection> ProfilePictures::select(const ArchiveChat& chat,
                                                                   const ChatStorageSnapshot& snapshot,
-                                                                  const Index& byUser, const OpenedBackup& backup) {
+                                                                  const Index& byUser, const OpenedBackup& backup,
+                                                                  const LossObserver& lost) {
   std::vector<const ProfilePictureCandidate*> candidates;
-  for (const std::string& user : matchingUsers(jid, snapshot)) {
+  for (const std::string& user : matchingUsers(chat.jid, snapshot)) {
     const auto found = byUser.find(user);
     if (found == byUser.end()) continue;
     for (const ProfilePictureCandidate& candidate : found->second) candidates.push_back(&candidate);
   }
   std::ranges::stable_sort(candidates, [](const auto* a, const auto* b) { return isBetter(*a, *b); });
   for (const ProfilePictureCandidate* candidate : candidates) {
-    if (const auto format = formatOf(candidate->file, backup)) return Selection{*candidate, *format};
+    try {
+      if (const auto format = formatOf(candidate->file, backup)) return Selection{*candidate, *format};
+    } catch (const std::exception& error) {
+      tellOfLoss(error, chat, candidate->file, backup, lost);
+    }
   }
   return std::nullopt;
 }
 
 ProfilePictures::Outcome ProfilePictures::attachAndCopy(std::vector<ArchiveChat>& chats, const Source& source,
-                                                        const fs::path& contentRoot,
+                                                        const fs::path& contentRoot, const LossObserver& lost,
                                                         const CancellationCheck& isCancelled) {
   const Index byUser = index(source.files, source.backup);
-  const fs::path folder = contentRoot / FolderNames::avatars;
   Outcome outcome;
   for (ArchiveChat& chat : chats) {
     throwIfCancelled(isCancelled);
+    const auto best = select(chat, source.snapshot, byUser, source.backup, lost);
     bool isCopied = false;
-    if (const auto best = select(chat.jid, source.snapshot, byUser, source.backup)) {
-      const ManifestFile& file = best->candidate.file;
-      const std::string name = chat.id + "." + std::string(rawValue(best->format));
-      const Bytes content = beginning(file, source.backup, source.backup.provenSize(file).value_or(0));
-      if (!content.empty()) {  // else it has become unreadable since
-        fs::create_directories(folder);
-        isCopied = Files::writeWhenDifferent(folder / PathText::path(name), textOf(content));
-        chat.avatarRelativePath = std::string(FolderNames::avatars) + "/" + name;
-      }
+    try {
+      isCopied = best && copyTo(contentRoot, *best, source.backup, chat);
+    } catch (const std::exception& error) {
+      tellOfLoss(error, chat, best->candidate.file, source.backup, lost);
     }
     isCopied ? ++outcome.copied : ++outcome.skipped;
   }

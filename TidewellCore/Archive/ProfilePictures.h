@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -63,11 +64,20 @@ struct Selection {
 
   bool operator==(const Selection&) const = default;
 };
+// A picture that is not in the export although the backup lists it.
+struct Loss {
+  const ArchiveChat& chat;
+  std::string name;              // its file name in the backup
+  std::filesystem::path source;  // where the backup keeps it
+};
+// Is told of a loss while `error`, what it came of, is being handled. May throw, to end the work.
+using LossObserver = std::function<void(const std::exception& error, const Loss& loss)>;
+
 // The best of a chat's pictures: a full picture before a thumbnail, then the
 // newest, then the largest, then the first by its path. Files in no known
-// format, or that cannot be read, are passed over.
-std::optional<Selection> select(std::string_view jid, const ChatStorageSnapshot& snapshot, const Index& byUser,
-                                const OpenedBackup& backup);
+// format are passed over, and so are those that cannot be read, after `lost` was told.
+std::optional<Selection> select(const ArchiveChat& chat, const ChatStorageSnapshot& snapshot, const Index& byUser,
+                                const OpenedBackup& backup, const LossObserver& lost);
 
 // What the pictures are taken from.
 struct Source {
@@ -82,8 +92,8 @@ struct Outcome {
   bool operator==(const Outcome&) const = default;
 };
 // Copies each chat's picture to "avatars" in the content root, named after the
-// chat, and gives the chat its path. Throws TidewellError::cancelled.
+// chat, and gives the chat its path. Throws TidewellError::cancelled, and what `lost` throws.
 Outcome attachAndCopy(std::vector<ArchiveChat>& chats, const Source& source, const std::filesystem::path& contentRoot,
-                      const CancellationCheck& isCancelled = {});
+                      const LossObserver& lost, const CancellationCheck& isCancelled = {});
 
 }  // namespace ProfilePictures

@@ -40,6 +40,11 @@ bool isPaddedTo(std::int64_t storedSize, const std::optional<std::int64_t>& reco
          storedSize - *recordedSize <= blockSize;
 }
 
+RootFolder rootOf(const fs::path& backup) try { return RootFolder(backup); } catch (const fs::filesystem_error&) {
+  BackupInspector::inspect(backup);  // knows better what is amiss
+  throw;
+}
+
 [[noreturn]] void failAsMissing(const ManifestFile& file) {
   throw TidewellError::chatStorageUnreadable("Missing backup file for " + file.relativePath + ".");
 }
@@ -48,7 +53,8 @@ bool isPaddedTo(std::int64_t storedSize, const std::optional<std::int64_t>& reco
 
 OpenedBackup OpenedBackup::open(const fs::path& backup, std::optional<std::string_view> password,
                                 const RunControl& control, const UnlockObserver& unlockReport, const KeyReuse& keys) {
-  OpenedBackup opened(BackupInspector::inspect(backup));
+  RootFolder root = rootOf(backup);
+  OpenedBackup opened(std::move(root), BackupInspector::inspect(backup));
   if (!opened.info_.isEncrypted) {
     if (needsWorkingCopy(backup / indexName)) opened.copyManifest();
     return opened;

@@ -9,6 +9,7 @@
 #include "TidewellCore/Backup/ManifestStore.h"
 #include "TidewellCore/Crypto/BackupUnlocker.h"
 #include "TidewellCore/ExportProgress.h"
+#include "TidewellCore/Platform/RootFolder.h"
 #include "TidewellCore/Platform/TemporaryFolder.h"
 
 // A stored file and what is needed to read it.
@@ -62,13 +63,14 @@ class OpenedBackup {
                               const CancellationCheck& isCancelled = {}) const;
 
  private:
-  explicit OpenedBackup(BackupInfo info) : info_(std::move(info)) {}
+  explicit OpenedBackup(RootFolder root, BackupInfo info) : root_(std::move(root)), info_(std::move(info)) {}
 
   // `unlocker_` is what opened the key bag.
   void decryptManifest(const RunControl& control, BackupUnlockReport& report);
   void copyManifest();
   bool isEncrypted(const ManifestFile& file) const { return file.encryptionKey && unlocker_; }
 
+  RootFolder root_;  // no link below the backup is followed
   BackupInfo info_;
   std::optional<BackupUnlocker> unlocker_;
   std::optional<TemporaryFolder> workingFolder_;

@@ -4,6 +4,7 @@
 #include "TidewellCore/Backup/OpenedBackup.h"
 #include "TidewellCore/Export/ChatLines.h"
 #include "TidewellCore/Export/ExportPlan.h"
+#include "TidewellCore/Export/FailureLog.h"
 #include "TidewellCore/Export/ProgressReporter.h"
 
 // The part of an export that people read: the transcripts in the chats'
@@ -29,9 +30,10 @@ struct Outcome {
   std::int64_t unresolvedLinkCount = 0;  // messages with a medium of a wanted kind that is not in the export
 };
 
-// Holds one chat's messages in memory at a time. Throws what the file system
-// reports, and TidewellError::cancelled.
-Outcome write(const Source& source, const Setting& setting, const CancellationCheck& isCancelled,
+// Holds one chat's messages in memory at a time. What cannot be written of one
+// chat, or is no longer in the backup, is recorded in `failures`; what concerns the whole
+// archive is thrown as the file system reports it. Throws TidewellError::cancelled.
+Outcome write(const Source& source, const Setting& setting, FailureLog& failures, const CancellationCheck& isCancelled,
               ProgressReporter& progress);
 
 }  // namespace ArchiveExport

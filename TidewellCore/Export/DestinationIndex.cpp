@@ -12,12 +12,8 @@ constexpr int lastVariant = 64;
 
 DestinationIndex::Files filesOf(const fs::path& folder) {
   DestinationIndex::Files files;
-  std::error_code error;
-  for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
-    const std::string name = PathText::text(entry->path().filename());
-    if (const auto size = Files::regularFileSize(entry->path())) {
-      files.insert_or_assign(FileNaming::normalizedKey(name), DestinationIndex::FileEntry{name, *size});
-    }
+  for (auto& [name, size] : Files::listFiles(folder)) {
+    files.insert_or_assign(FileNaming::normalizedKey(name), DestinationIndex::FileEntry{name, size});
   }
   return files;
 }
@@ -28,7 +24,12 @@ DestinationIndex DestinationIndex::load(const fs::path& contentRoot) {
   DestinationIndex index{.destination = contentRoot};
   for (const std::string& folder : FolderAllocator::existingChatFolders(contentRoot)) {
     index.folderByKey.emplace(FileNaming::normalizedKey(folder), folder);
-    index.filesByFolder.emplace(folder, filesOf(contentRoot / folder));
+    try {
+      index.filesByFolder.emplace(folder, filesOf(contentRoot / PathText::path(folder)));
+    } catch (const fs::filesystem_error&) {
+      index.filesByFolder.emplace(folder, Files{});
+      index.unreadableFolders.insert(folder);
+    }
   }
   return index;
 }

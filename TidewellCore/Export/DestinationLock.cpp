@@ -12,7 +12,9 @@
 #include "TidewellCore/TidewellError.h"
 
 DestinationLock::DestinationLock(const std::filesystem::path& destination)
-    : destination_(destination), folder_(::open(destination.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+    : destination_(destination),
+      root_(destination),
+      folder_(::open(destination.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
   if (folder_ < 0) {
     throw std::filesystem::filesystem_error("Could not open the folder", destination, {errno, std::generic_category()});
   }

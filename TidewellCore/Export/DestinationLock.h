@@ -2,9 +2,12 @@
 
 #include <filesystem>
 
+#include "TidewellCore/Platform/RootFolder.h"
+
 // Keeps two exports from writing into one destination at the same time: each
 // would take the other's working files for those of a crash. Held while it
 // lives, and gone with the process; a file system without locks gives none.
+// No link below a locked destination is followed.
 class DestinationLock {
  public:
   // Throws TidewellError::ioFailure when another export holds it, and what
@@ -20,5 +23,6 @@ class DestinationLock {
 
  private:
   std::filesystem::path destination_;
+  RootFolder root_;
   int folder_ = -1;
 };

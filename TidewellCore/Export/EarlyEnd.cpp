@@ -19,6 +19,18 @@ bool isInDestination(const std::exception& error, const EarlyEnd::Places& places
   return !relative.empty() && *relative.begin() != "..";
 }
 
+// Writes as an export does: a broken disk may still tell what it told before.
+void requireDestination(const fs::path& destination) {
+  const fs::path trial = destination / Files::partialName();
+  try {
+    Files::writeAtomically(trial, "x");
+    Files::remove(trial);
+  } catch (const fs::filesystem_error& error) {
+    if (EarlyEnd::isFullDisk(error)) throw;
+    throw TidewellError::ioFailure(EarlyEnd::destinationBroken);
+  }
+}
+
 // Folders are made where they are missing; the mark of the export's own is not.
 bool isTakenAway(const fs::path& destination) {
   return !Files::exists(destination / FolderNames::content / FolderNames::viewer);
@@ -41,9 +53,10 @@ bool EarlyEnd::isFullDisk(const std::exception& error) {
 }
 
 // Looked at once: a disk that comes and goes must not make one file's failure the run's.
-void EarlyEnd::throwWhenDue(const std::exception& error, const fs::path& backup) {
+void EarlyEnd::throwWhenDue(const std::exception& error, const Places& places) {
   if (TidewellError::isCancellation(error) || isFullDisk(error)) throw;
-  if (!isBackup(backup)) throw TidewellError::ioFailure(backupGone);
+  requireBackup(places);
+  if (isInDestination(error, places)) requireDestination(*places.destination);
 }
 
 void EarlyEnd::rethrow(const std::exception& error, const Places& places, bool wasBackup) {

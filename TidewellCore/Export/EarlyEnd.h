@@ -14,6 +14,9 @@ inline constexpr const char* fullTemporaryFolder =
 inline constexpr const char* backupGone =
     "The backup was moved or removed. Put it back or connect its disk again, then export again. What was copied so "
     "far is kept.";
+inline constexpr const char* destinationBroken =
+    "The disk of the destination folder takes nothing any more. Connect it again or choose another folder, then export "
+    "again. What was copied so far is kept.";
 inline constexpr const char* backupGoneWhileRead =
     "The backup was moved or removed. Put it back or connect its disk again, then try again.";
 
@@ -29,8 +32,9 @@ bool isBackup(const std::filesystem::path& folder);
 void requireBackup(const Places& places);
 // Whether a disk, or the user's share of it, had no room for what was written.
 bool isFullDisk(const std::exception& error);
-// After a copy that failed, which is being handled: throws what ends the run, if anything does.
-void throwWhenDue(const std::exception& error, const std::filesystem::path& backup);
+// After a copy or another part of an export failed, which is being handled:
+// throws what ends the run, if anything does.
+void throwWhenDue(const std::exception& error, const Places& places);
 
 // Throws the failure that is being handled, or what it comes from when that is one of the above.
 [[noreturn]] void rethrow(const std::exception& error, const Places& places, bool wasBackup);

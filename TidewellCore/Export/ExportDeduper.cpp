@@ -109,9 +109,6 @@ class Run {
     FolderPairing::Evidence evidence{.folders = FolderAllocator::existingChatFolders(contentRoot_),
                                      .manifest = FolderManifest::load(destination_),
                                      .archive = ArchiveRelocation::loadChats(dataFolder_)};
-    for (const std::string& folder : evidence.folders) {
-      if (fs::is_symlink(contentRoot_ / PathText::path(folder))) evidence.links.insert(folder);
-    }
     const bool isNamed = std::ranges::any_of(evidence.folders, [](const std::string& folder) {
       return FolderPairing::jidIfLegacyFolder(folder).has_value();
     });

@@ -1,6 +1,7 @@
 #include "TidewellCore/Export/ExportLayout.h"
 
 #include <algorithm>
+#include <array>
 #include <set>
 #include <string>
 #include <vector>
@@ -11,6 +12,7 @@
 #include "TidewellCore/Export/NamingMemory.h"
 #include "TidewellCore/FileNaming.h"
 #include "TidewellCore/FolderNames.h"
+#include "TidewellCore/MakeRoom.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/Platform/Text.h"
@@ -41,7 +43,9 @@ bool holdsBackup(const fs::path& folder, const fs::path& backup) {
 
 void moveForeignContentAside(const fs::path& destination, const fs::path& untouched) {
   const fs::path content = destination / FolderNames::content;
-  if (!Files::isFolder(content) || ExportLayout::isMarked(content)) return;
+  const Files::Kind kind = Files::kindOf(content);
+  const bool leadsToAFolder = kind == Files::Kind::folder || kind == Files::Kind::link;
+  if (!leadsToAFolder || ExportLayout::isMarked(content)) return;
   if (holdsBackup(content, untouched)) failAsOccupied(content);
   std::set<std::string> used = MergeMove::usedNames(destination);
   used.insert(FolderNames::content);
@@ -52,11 +56,11 @@ void moveForeignContentAside(const fs::path& destination, const fs::path& untouc
 // one that the next export would take for somebody else's.
 void makeContentRoot(const fs::path& destination) {
   const fs::path content = destination / FolderNames::content;
-  if (Files::isFolder(content)) return;
+  if (Files::kindOf(content) == Files::Kind::folder) return MakeRoom::forFolder(content / FolderNames::viewer);
   const fs::path partial = destination / Files::partialName();
-  fs::create_directories(partial / FolderNames::viewer);
+  Files::makeFolder(partial / FolderNames::viewer);
   if (Files::renameToFree(partial, content)) return;
-  fs::remove_all(partial);
+  Files::removeTree(partial);
   failAsOccupied(content);
 }
 
@@ -64,7 +68,9 @@ bool isOlderViewer(const Files::Entry& entry) {
   return entry.isFolder && Text::lowercased(entry.name) == FolderNames::viewer;
 }
 
-bool isMemoryName(std::string_view name) { return name == FolderManifest::fileName || name == NamingMemory::fileName; }
+constexpr std::array memoryNames{FolderManifest::fileName, NamingMemory::fileName};
+
+bool isMemoryName(std::string_view name) { return std::ranges::find(memoryNames, name) != memoryNames.end(); }
 
 bool isOlderMemory(const Files::Entry& entry) { return !entry.isFolder && isMemoryName(entry.name); }
 
@@ -107,11 +113,18 @@ struct Migration {
   }
 };
 
-void removePartials(const fs::path& folder) {
-  std::error_code ignored;  // what cannot be listed or removed harms nothing
-  for (fs::directory_iterator entry(folder, ignored), end; entry != end; entry.increment(ignored)) {
-    const std::string name = PathText::text(entry->path().filename());
-    if (name.starts_with(Files::partialPrefix)) fs::remove_all(entry->path(), ignored);
+void removePartials(const fs::path& folder) try {
+  for (const Files::Entry& entry : Files::list(folder)) {
+    if (entry.name.starts_with(Files::partialPrefix)) Files::removeTree(folder / PathText::path(entry.name));
+  }
+} catch (const fs::filesystem_error&) {
+  // What cannot be listed or removed harms nothing.
+}
+
+// Something that is no file would keep the export from remembering anything.
+void freeMemories(const fs::path& content) {
+  for (const char* name : memoryNames) {
+    if (Files::kindOf(content / name) == Files::Kind::folder) MakeRoom::at(content / name);
   }
 }
 
@@ -127,14 +140,17 @@ void removeAllPartials(const fs::path& destination, const fs::path& content) {
 }  // namespace
 
 fs::path ExportLayout::prepare(const fs::path& destination, const fs::path& untouched) {
-  fs::create_directories(destination);
+  Files::makeFolder(destination);
   moveForeignContentAside(destination, untouched);
   makeContentRoot(destination);
   const fs::path content = destination / FolderNames::content;
+  freeMemories(content);
   removeAllPartials(destination, content);
   std::vector<Files::Entry> entries = Files::list(destination);
   // A link is none of an export's making, and may lead elsewhere once it is moved.
-  std::erase_if(entries, [&](const Files::Entry& entry) { return fs::is_symlink(destination / entry.name); });
+  std::erase_if(entries, [&](const Files::Entry& entry) {
+    return Files::kindOf(destination / PathText::path(entry.name)) == Files::Kind::link;
+  });
   const Migration migration{.destination = destination,
                             .content = content,
                             .untouched = untouched,
@@ -149,14 +165,18 @@ fs::path ExportLayout::resolveContentRoot(const fs::path& destination) {
   return Files::isFolder(content) ? content : destination;
 }
 
-bool ExportLayout::isMarked(const fs::path& folder) { return Files::isFolder(folder / FolderNames::viewer); }
+bool ExportLayout::isMarked(const fs::path& folder) {
+  if (!Files::isFolder(folder)) return false;
+  // A link there was put in the mark's place, where it leads nowhere.
+  const Files::Kind mark = Files::kindOf(folder / FolderNames::viewer);
+  return mark == Files::Kind::folder || mark == Files::Kind::link;
+}
 
 bool ExportLayout::looksLikeContentRoot(const fs::path& folder) {
-  std::error_code error;
-  for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
-    const std::string name = PathText::text(entry->path().filename());
-    const std::string lower = Text::lowercased(name);
-    if (lower == FolderNames::viewer || lower == FolderNames::avatars || isMemoryName(name)) return true;
+  if (!Files::isFolder(folder)) return false;
+  for (const Files::Entry& entry : Files::list(folder)) {
+    const std::string lower = Text::lowercased(entry.name);
+    if (lower == FolderNames::viewer || lower == FolderNames::avatars || isMemoryName(entry.name)) return true;
   }
   return !FolderAllocator::existingChatFolders(folder).empty();
 }

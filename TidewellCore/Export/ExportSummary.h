@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "TidewellCore/Export/CopyFailure.h"
+#include "TidewellCore/CopyFailure.h"
 
 // What a finished export did.
 struct ExportSummary {
@@ -19,8 +19,9 @@ struct ExportSummary {
   std::int64_t chatFolderCount = 0;
   std::optional<std::filesystem::path> archiveIndexURL;  // absent when no archive was written
   std::int64_t unresolvedArchiveLinkCount = 0;           // archive messages whose media file is not in the export
-  std::vector<CopyFailure> failures;                     // in the order of the copies
+  std::vector<CopyFailure> failures;                     // files, pictures and pages, in the order they were tried
   std::vector<std::string> warnings;                     // sentences for people, in English
+  bool mayMissMessages = false;                          // one of the warnings tells of a damaged database
 
   bool operator==(const ExportSummary&) const = default;
 };

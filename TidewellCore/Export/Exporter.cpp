@@ -15,11 +15,13 @@
 #include "TidewellCore/Export/ExportLayout.h"
 #include "TidewellCore/Export/ExportPlan.h"
 #include "TidewellCore/Export/ExportRequests.h"
+#include "TidewellCore/Export/FailureLog.h"
 #include "TidewellCore/Export/FolderManifest.h"
 #include "TidewellCore/Export/MediaCopying.h"
 #include "TidewellCore/Export/NamingMemory.h"
 #include "TidewellCore/Export/ProgressReporter.h"
 #include "TidewellCore/FileNaming.h"
+#include "TidewellCore/FolderNames.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/TidewellError.h"
@@ -68,7 +70,7 @@ auto inDestination(const ExportJob& job, Work work) {
 DestinationLock lockDestination(const ExportJob& job) {
   return inDestination(job, [&] {
     requireOutsideBackups(job.destination, job.backup);
-    fs::create_directories(job.destination);
+    Files::makeFolder(job.destination);
     return DestinationLock(job.destination);
   });
 }
@@ -103,6 +105,22 @@ ExportPlan makePlan(const ExportJob& job, const Reading& reading, const fs::path
     wish.jidsOfTranscripts = ChatLines(snapshot).chatsWithMessages();
   }
   return ExportPlan::make(wish, snapshot);
+}
+
+// What the summary tells is on the disk by then: the names of files too, and all that was not copied.
+void bringToDisk(const FlushPoint& disk, const fs::path& destination, const ExportPlan& plan) try {
+  if (disk.flush()) return;
+  const fs::path& contentRoot = plan.index.destination;
+  const fs::path viewer = contentRoot / FolderNames::viewer;
+  std::vector<fs::path> folders{destination, contentRoot, viewer, viewer / FolderNames::viewerData,
+                                contentRoot / FolderNames::avatars};
+  for (const auto& [jid, folder] : plan.folders) folders.push_back(contentRoot / PathText::path(folder));
+  for (const fs::path& folder : folders) {
+    if (Files::isFolder(folder)) Files::flush(folder);
+  }
+} catch (const fs::filesystem_error& error) {
+  if (EarlyEnd::isFullDisk(error)) throw;
+  throw TidewellError::ioFailure(EarlyEnd::destinationBroken);
 }
 
 void requireSpace(std::int64_t needed, const fs::path& contentRoot) {
@@ -147,6 +165,7 @@ ExportSummary Exporter::runExport(const ExportJob& job, const RunControl& contro
   const ChatStorageSnapshot snapshot = SnapshotLoader::load(opened, manifest, control.isCancelled);
 
   const DestinationLock lock = lockDestination(job);
+  const FlushPoint disk(job.destination);
   const fs::path contentRoot = prepareDestination(job);
   const auto [naming, warnings] = NamingMemory::decide({.naming = {.timeZone = timeZone, .locale = locale},
                                                         .isTimeZoneChosen = isTimeZoneChosen,
@@ -164,7 +183,10 @@ ExportSummary Exporter::runExport(const ExportJob& job, const RunControl& contro
   ExportSummary summary{.destination = job.destination,
                         .chatFolderCount = static_cast<std::int64_t>(plan.folders.size()),
                         .warnings = warnings};
-  MediaCopying::run(plan, {.opened = opened, .snapshot = snapshot}, lock, control.isCancelled, progress, summary);
+  FailureLog failures({.backup = job.backup, .destination = &job.destination}, summary);
+  MediaCopying::run(plan, {.opened = opened, .snapshot = snapshot},
+                    {.lock = lock, .disk = disk, .failures = failures, .summary = summary}, control.isCancelled,
+                    progress);
   lock.requireInPlace();
   FolderManifest::save(contentRoot, plan.remembered);
   throwIfCancelled(control.isCancelled);
@@ -178,7 +200,7 @@ ExportSummary Exporter::runExport(const ExportJob& job, const RunControl& contro
                                           .timeZone = timeZone},
                               .locale = locale,
                               .kinds = job.options.includedKinds},
-                             control.isCancelled, progress);
+                             failures, control.isCancelled, progress);
     summary.transcriptCount = transcriptCount;
     summary.archiveIndexURL = page;
     summary.unresolvedArchiveLinkCount = unresolvedLinkCount;
@@ -187,6 +209,7 @@ ExportSummary Exporter::runExport(const ExportJob& job, const RunControl& contro
     FolderManifest::save(contentRoot, plan.remembered);
   }
   throwIfCancelled(control.isCancelled);
+  bringToDisk(disk, job.destination, plan);
   progress.begin(Phase::finished);
   return summary;
 }

@@ -176,9 +176,11 @@ FolderAssignment FolderAllocator::withAbsentChats(const FolderAssignment& assign
 
 std::vector<std::string> FolderAllocator::existingChatFolders(const std::filesystem::path& contentRoot) {
   std::vector<std::string> folders;
-  for (const Files::Entry& entry : Files::listVisible(contentRoot)) {
+  if (!Files::isFolder(contentRoot)) return folders;
+  for (const Files::Entry& entry : Files::list(contentRoot)) {
     // A name that is no text is none of an export's making, and fits no data file.
-    if (entry.isFolder && !isReserved(entry.name) && Text::isValid(entry.name)) folders.push_back(entry.name);
+    const bool isVisible = !entry.name.starts_with('.') && Text::isValid(entry.name);
+    if (entry.isFolder && isVisible && !isReserved(entry.name)) folders.push_back(entry.name);
   }
   return folders;
 }

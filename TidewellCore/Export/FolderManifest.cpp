@@ -42,11 +42,8 @@ std::optional<FolderAssignment> parsed(const std::string& text) {
 }
 
 std::optional<FolderAssignment> read(const fs::path& file) {
-  try {
-    return parsed(std::string(textOf(Files::read(file, largestFile))));
-  } catch (const fs::filesystem_error&) {
-    return std::nullopt;
-  }
+  const std::optional<Bytes> content = Files::readIfThere(file, largestFile);
+  return content ? parsed(std::string(textOf(*content))) : std::nullopt;
 }
 
 void appendBoth(const fs::path& folder, std::vector<fs::path>& files) {

@@ -130,10 +130,11 @@ void Merger::carryOut(const FolderMerge& merge, DedupeSummary& summary) const {
     throwIfCancelled(isCancelled_);
     carryOut(merge, step, summary);
   }
-  std::error_code error;
-  if (fs::remove(contentRoot_ / PathText::path(merge.pair.duplicateFolder), error)) ++summary.removedFolderCount;
-  if (error && error != std::errc::directory_not_empty && error != std::errc::file_exists) {
-    throw fs::filesystem_error("Could not remove the folder", PathText::path(merge.pair.duplicateFolder), error);
+  try {
+    if (Files::remove(contentRoot_ / PathText::path(merge.pair.duplicateFolder))) ++summary.removedFolderCount;
+  } catch (const fs::filesystem_error& error) {
+    const bool isFilled = error.code() == std::errc::directory_not_empty || error.code() == std::errc::file_exists;
+    if (!isFilled) throw;
   }
 }
 
@@ -141,11 +142,11 @@ void Merger::carryOut(const FolderMerge& merge, const Step& step, DedupeSummary&
   const fs::path from = contentRoot_ / PathText::path(merge.pair.duplicateFolder) / PathText::path(step.name);
   const fs::path to = contentRoot_ / PathText::path(merge.pair.canonicalFolder) / PathText::path(step.target);
   if (step.action == Action::discard) {
-    fs::remove(from);
+    Files::remove(from);
   } else if (step.action == Action::moveIfItCan) {
     renamed(from, to);
   } else if (step.action == Action::removeDuplicate && haveSameBytes(from, to)) {
-    fs::remove(from);
+    Files::remove(from);
     if (!step.isMedia) return;
     ++summary.deletedDuplicateCount;
     summary.bytesReclaimed = saturatingAdd(summary.bytesReclaimed, step.size);

@@ -120,9 +120,7 @@ class Pairing {
     return folders.size() == 1 ? std::optional(folders.front()) : std::nullopt;
   }
 
-  bool isCertain(const std::string& folder) const {
-    return chats_.at(folder).size() == 1 && !evidence_.links.contains(folder);
-  }
+  bool isCertain(const std::string& folder) const { return chats_.at(folder).size() == 1; }
 
   void pair(const std::string& chat, const Names& folders) {
     Names candidates = folders;

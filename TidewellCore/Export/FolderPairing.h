@@ -31,7 +31,6 @@ using FolderListing = std::map<std::string, std::int64_t>;
 
 struct Evidence {
   std::vector<std::string> folders;  // of the content root
-  std::set<std::string> links;       // those of them that are links: they stay as they are
   FolderAssignment manifest;
   std::vector<ArchiveRelocation::ChatReference> archive;
 };

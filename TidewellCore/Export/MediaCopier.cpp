@@ -4,6 +4,7 @@
 #include <array>
 
 #include "TidewellCore/FolderNames.h"
+#include "TidewellCore/MakeRoom.h"
 #include "TidewellCore/Platform/FileDescriptor.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
@@ -14,33 +15,17 @@ namespace {
 namespace fs = std::filesystem;
 using ExportPlanner::PlannedCopy;
 
-// Whether a path of that failure is the backup's file.
-bool isOfBackup(const fs::filesystem_error& error, const PlannedCopy& copy) {
-  return error.path1() == copy.source && !copy.leftoverFolder;
-}
-
-FailureReason reasonOfFile(const fs::filesystem_error& error, const PlannedCopy& copy) {
-  const std::error_code code = error.code();
-  if (isOfBackup(error, copy)) {
-    const bool isGone = code == std::errc::no_such_file_or_directory || code == std::errc::not_a_directory;
-    return isGone ? FailureReason::missing : FailureReason::unreadable;
-  }
-  if (code == std::errc::file_too_large) return FailureReason::tooLarge;
-  if (code == std::errc::file_exists && error.path1() == copy.dest) return FailureReason::placeTaken;
-  return FailureReason::unwritable;
-}
-
 [[noreturn]] void failAsOccupied(const fs::path& path) {
   throw fs::filesystem_error("Something else stands in the file's place", path,
                              std::make_error_code(std::errc::file_exists));
 }
 
-// The plan gives no name that is taken, so a file there has come since. It
-// makes room for the copy when that is whole; anything else stays.
-void moveIntoPlace(const fs::path& partial, const fs::path& dest) {
-  if (Files::renameToFree(partial, dest)) return;
-  if (!Files::isRegularFile(dest)) failAsOccupied(dest);
-  fs::rename(partial, dest);
+// After a failure, which is what the caller tells of.
+void removeQuietly(const fs::path& partial) {
+  try {
+    Files::remove(partial);
+  } catch (const fs::filesystem_error&) {
+  }
 }
 
 void setDate(const fs::path& file, const PlannedCopy& copy) {
@@ -56,23 +41,43 @@ bool isWithoutOwnContent(const Files::Entry& entry) {
 void removeIfEmptied(const fs::path& folder) {
   const std::vector<Files::Entry> entries = Files::list(folder);
   if (!std::ranges::all_of(entries, isWithoutOwnContent)) return;
-  for (const Files::Entry& entry : entries) fs::remove(folder / entry.name);
-  fs::remove(folder);
+  for (const Files::Entry& entry : entries) Files::remove(folder / entry.name);
+  Files::remove(folder);
 }
 
 }  // namespace
 
-MediaCopier::MediaCopier(const OpenedBackup& opened, DestinationIndex& index, CancellationCheck isCancelled)
-    : opened_(opened), index_(index), isCancelled_(std::move(isCancelled)) {}
+MediaCopier::MediaCopier(const OpenedBackup& opened, DestinationIndex& index, const FlushPoint& disk,
+                         CancellationCheck isCancelled)
+    : opened_(opened), index_(index), batch_(disk), isCancelled_(std::move(isCancelled)) {}
 
 MediaCopier::Outcome MediaCopier::carryOut(const PlannedCopy& copy) {
   if (copy.alreadyPresent) return Outcome::alreadyPresent;
   if (copy.sourceSize < 0) failAsDamaged(copy);
-  fs::create_directories(copy.dest.parent_path());
+  const fs::path folder = copy.dest.parent_path();
+  // What stands there is not known, so nothing can be put beside it.
+  if (index_.unreadableFolders.contains(PathText::text(folder.filename()))) throw CopyError(FailureReason::unwritable);
+  MakeRoom::forFolder(folder);
   const bool hasCome = Files::regularFileSize(copy.dest) == copy.sourceSize;
-  if (!hasCome) copy.leftoverFolder ? move(copy) : write(copy);
+  if (!hasCome && !copy.leftoverFolder) {
+    write(copy);
+    return Outcome::written;
+  }
+  if (!hasCome) move(copy);
+  enter(copy);
+  return hasCome ? Outcome::alreadyPresent : Outcome::moved;
+}
+
+std::vector<CopyBatch::Settled> MediaCopier::settle() {
+  std::vector<CopyBatch::Settled> settled = batch_.settle();
+  for (const CopyBatch::Settled& one : settled) {
+    if (!one.failure) enter(*one.copy);
+  }
+  return settled;
+}
+
+void MediaCopier::enter(const PlannedCopy& copy) {
   index_.addFile(PathText::text(copy.dest.parent_path().filename()), copy.exportedName, copy.sourceSize);
-  return hasCome ? Outcome::alreadyPresent : Outcome::copied;
 }
 
 bool MediaCopier::hasKey(const PlannedCopy& copy) const {
@@ -92,10 +97,9 @@ void MediaCopier::failAsDamaged(const PlannedCopy& copy) const {
 }
 
 FailureReason MediaCopier::reasonOf(const std::exception& error, const PlannedCopy& copy) const {
-  if (const auto* known = dynamic_cast<const CopyError*>(&error)) return known->reason;
-  if (const auto* file = dynamic_cast<const fs::filesystem_error*>(&error)) return reasonOfFile(*file, copy);
-  if (dynamic_cast<const TidewellError*>(&error) == nullptr) return FailureReason::other;
-  return hasKey(copy) ? FailureReason::undecryptable : FailureReason::keyMissing;
+  // A former copy that is moved is no file of the backup.
+  const FailureReason reason = CopyFailures::reasonOf(error, copy.leftoverFolder ? fs::path() : copy.source);
+  return reason == FailureReason::undecryptable && !hasKey(copy) ? FailureReason::keyMissing : reason;
 }
 
 void MediaCopier::move(const PlannedCopy& copy) {
@@ -104,7 +108,7 @@ void MediaCopier::move(const PlannedCopy& copy) {
   setDate(copy.dest, copy);
 }
 
-void MediaCopier::write(const PlannedCopy& copy) const {
+void MediaCopier::write(const PlannedCopy& copy) {
   const fs::path partial = copy.dest.parent_path() / Files::partialName();
   try {
     const StoredFile stored{.location = copy.source, .encryptionKey = copy.encryptionKey, .size = copy.sourceSize};
@@ -112,12 +116,11 @@ void MediaCopier::write(const PlannedCopy& copy) const {
       throw CopyError(FailureReason::cutShort);
     }
     setDate(partial, copy);
-    moveIntoPlace(partial, copy.dest);
   } catch (...) {
-    std::error_code ignored;
-    fs::remove(partial, ignored);
+    removeQuietly(partial);
     throw;
   }
+  batch_.add(copy, partial);
 }
 
 void MediaCopier::removeEmptied(const ExportPlanner::LeftoverFolders& formerFolders) const {

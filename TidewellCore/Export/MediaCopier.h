@@ -1,21 +1,33 @@
 #pragma once
 
 #include "TidewellCore/Backup/OpenedBackup.h"
-#include "TidewellCore/Export/CopyFailure.h"
+#include "TidewellCore/CopyFailure.h"
+#include "TidewellCore/Export/CopyBatch.h"
 #include "TidewellCore/Export/DestinationIndex.h"
 #include "TidewellCore/Export/ExportPlanner.h"
+#include "TidewellCore/Platform/FlushPoint.h"
 
 // Carries out planned copies, one at a time. Every file appears under its name
-// whole, with its date, or not at all.
+// whole, with its date, and when its bytes are on the disk, or not at all.
 class MediaCopier {
  public:
-  enum class Outcome { copied, alreadyPresent };
+  enum class Outcome {
+    written,  // and waits to be settled
+    moved,    // from a former folder
+    alreadyPresent
+  };
 
-  // Keeps `index` up to date with what it does. Both must outlive it.
-  MediaCopier(const OpenedBackup& opened, DestinationIndex& index, CancellationCheck isCancelled);
+  // Keeps `index` up to date with what it does. All must outlive it.
+  MediaCopier(const OpenedBackup& opened, DestinationIndex& index, const FlushPoint& disk,
+              CancellationCheck isCancelled);
 
   // Throws whatever kept the file from being copied, and TidewellError::cancelled.
+  // `copy` must stay where it is until it is settled.
   Outcome carryOut(const ExportPlanner::PlannedCopy& copy);
+  // Whether what was written should be settled now.
+  bool isSettlingDue() const { return batch_.isFull(); }
+  // Brings what was written onto the disk and into its places, and tells what came of each copy.
+  std::vector<CopyBatch::Settled> settle();
 
   // Why a copy failed that threw `error`.
   FailureReason reasonOf(const std::exception& error, const ExportPlanner::PlannedCopy& copy) const;
@@ -30,9 +42,11 @@ class MediaCopier {
   // Whether a key opens the file, or it needs none.
   bool hasKey(const ExportPlanner::PlannedCopy& copy) const;
   void move(const ExportPlanner::PlannedCopy& copy);
-  void write(const ExportPlanner::PlannedCopy& copy) const;
+  void write(const ExportPlanner::PlannedCopy& copy);
+  void enter(const ExportPlanner::PlannedCopy& copy);
 
   const OpenedBackup& opened_;
   DestinationIndex& index_;
+  CopyBatch batch_;
   CancellationCheck isCancelled_;
 };

@@ -1,42 +1,135 @@
 #include "TidewellCore/Export/MediaCopying.h"
 
-#include "TidewellCore/Export/EarlyEnd.h"
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <span>
+
+#include "TidewellCore/Platform/FileDescriptor.h"
 #include "TidewellCore/Platform/SaturatingAdd.h"
+#include "TidewellCore/TidewellError.h"
 
 namespace {
 
+namespace fs = std::filesystem;
 using ExportPlanner::PlannedCopy;
 
-void count(MediaCopier::Outcome outcome, const PlannedCopy& copy, ExportSummary& summary) {
-  if (outcome == MediaCopier::Outcome::alreadyPresent) {
-    ++summary.skippedExistingCount;
-  } else {
-    ++summary.copiedCount;
-    summary.totalBytesCopied = saturatingAdd(summary.totalBytesCopied, copy.sourceSize);
-  }
+// Whether a disk failed, and not a name or a permission.
+bool isOfDisk(const std::exception& error) {
+  constexpr std::array codes{EIO, ENXIO, ENODEV, ESTALE, ENOTCONN};
+  const auto* failure = dynamic_cast<const fs::filesystem_error*>(&error);
+  return failure != nullptr && std::ranges::find(codes, failure->code().value()) != codes.end();
 }
+
+bool isReadable(const PlannedCopy& copy) try {
+  Bytes firstByte(1);
+  FileDescriptor::openForReading(copy.source).read(firstByte);
+  return true;
+} catch (const fs::filesystem_error&) {
+  return false;
+}
+
+class Copying {
+ public:
+  Copying(ExportPlan& plan, const MediaCopying::Source& source, const MediaCopying::Target& target,
+          const CancellationCheck& isCancelled)
+      : plan_(plan),
+        source_(source),
+        target_(target),
+        isCancelled_(isCancelled),
+        copier_(source.opened, plan.index, target.disk, isCancelled) {}
+
+  void run(ProgressReporter& progress) {
+    progress.begin(ExportProgress::Phase::copyingMedia, static_cast<std::int64_t>(plan_.copies.size()));
+    try {
+      copyAll(progress);
+    } catch (...) {
+      settleQuietly();
+      throw;
+    }
+    settle();
+    copier_.removeEmptied(plan_.removable);
+  }
+
+ private:
+  void copyAll(ProgressReporter& progress) {
+    std::int64_t completed = 0;
+    for (const PlannedCopy& copy : plan_.copies) {
+      throwIfCancelled(isCancelled_);
+      target_.lock.requireInPlace();
+      progress.report(copy.exportedName, completed);
+      attempt(copy);
+      if (copier_.isSettlingDue()) settle();
+      progress.report(copy.exportedName, ++completed);
+    }
+  }
+
+  void attempt(const PlannedCopy& copy) {
+    try {
+      const MediaCopier::Outcome outcome = copier_.carryOut(copy);
+      if (outcome == MediaCopier::Outcome::alreadyPresent) ++target_.summary.skippedExistingCount;
+      if (outcome == MediaCopier::Outcome::moved) countAsCopied(copy);
+      unreadableInARow_ = 0;
+    } catch (const std::exception& error) {
+      record(error, copy);
+      requireReadableBackup(copy);
+    }
+  }
+
+  void settle() {
+    for (const auto& [copy, failure] : copier_.settle()) {
+      if (!failure) {
+        countAsCopied(*copy);
+        continue;
+      }
+      try {
+        std::rethrow_exception(failure);
+      } catch (const std::exception& error) {
+        record(error, *copy);
+      }
+    }
+  }
+
+  // While another failure ends the run: that one is told.
+  void settleQuietly() try { settle(); } catch (const std::exception&) {
+  }
+
+  void countAsCopied(const PlannedCopy& copy) {
+    ++target_.summary.copiedCount;
+    target_.summary.totalBytesCopied = saturatingAdd(target_.summary.totalBytesCopied, copy.sourceSize);
+  }
+
+  void record(const std::exception& error, const PlannedCopy& copy) {
+    unreadableInARow_ = isOfDisk(error) ? unreadableInARow_ + 1 : 0;
+    target_.failures.add(error, {.name = copy.exportedName,
+                                 .chat = source_.snapshot.chatTitle(copy.chatJID),
+                                 .reason = copier_.reasonOf(error, copy)});
+  }
+
+  // A disk that was pulled may still tell what it told before, but gives no file
+  // any more; one with a damaged place gives others.
+  void requireReadableBackup(const PlannedCopy& failed) const {
+    constexpr int suspicious = 8;
+    constexpr std::size_t samples = 16;
+    const std::span<const PlannedCopy> left(&failed + 1, &plan_.copies.back() + 1);
+    if (unreadableInARow_ < suspicious || left.empty()) return;
+    for (std::size_t i = 0; i < left.size(); i += std::max<std::size_t>(1, left.size() / samples)) {
+      if (isReadable(left[i])) return;
+    }
+    throw TidewellError::ioFailure(EarlyEnd::backupGone);
+  }
+
+  ExportPlan& plan_;
+  const MediaCopying::Source& source_;
+  const MediaCopying::Target& target_;
+  const CancellationCheck& isCancelled_;
+  MediaCopier copier_;
+  int unreadableInARow_ = 0;
+};
 
 }  // namespace
 
-void MediaCopying::run(ExportPlan& plan, const Source& source, const DestinationLock& lock,
-                       const CancellationCheck& isCancelled, ProgressReporter& progress, ExportSummary& summary) {
-  MediaCopier copier(source.opened, plan.index, isCancelled);
-  progress.begin(ExportProgress::Phase::copyingMedia, static_cast<std::int64_t>(plan.copies.size()));
-  std::int64_t completed = 0;
-  for (const PlannedCopy& copy : plan.copies) {
-    throwIfCancelled(isCancelled);
-    lock.requireInPlace();
-    progress.report(copy.exportedName, completed);
-    try {
-      count(copier.carryOut(copy), copy, summary);
-    } catch (const std::exception& error) {
-      EarlyEnd::throwWhenDue(error, source.opened.url());
-      ++summary.failedCount;
-      summary.failures.push_back({.name = copy.exportedName,
-                                  .chat = source.snapshot.chatTitle(copy.chatJID),
-                                  .reason = copier.reasonOf(error, copy)});
-    }
-    progress.report(copy.exportedName, ++completed);
-  }
-  copier.removeEmptied(plan.removable);
+void MediaCopying::run(ExportPlan& plan, const Source& source, const Target& target,
+                       const CancellationCheck& isCancelled, ProgressReporter& progress) {
+  Copying(plan, source, target, isCancelled).run(progress);
 }

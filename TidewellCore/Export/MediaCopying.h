@@ -3,6 +3,7 @@
 #include "TidewellCore/Export/DestinationLock.h"
 #include "TidewellCore/Export/ExportPlan.h"
 #include "TidewellCore/Export/ExportSummary.h"
+#include "TidewellCore/Export/FailureLog.h"
 #include "TidewellCore/Export/MediaCopier.h"
 #include "TidewellCore/Export/ProgressReporter.h"
 
@@ -14,11 +15,19 @@ struct Source {
   const ChatStorageSnapshot& snapshot;  // names the chats of copies that fail
 };
 
-// Carries out the plan's copies and counts them in `summary`. A copy that fails
-// is recorded there and the next one follows; throws TidewellError::cancelled,
+struct Target {
+  const DestinationLock& lock;
+  const FlushPoint& disk;
+  FailureLog& failures;
+  ExportSummary& summary;
+};
+
+// Carries out the plan's copies and counts them in the summary. A copy that fails
+// is recorded and the next one follows; throws TidewellError::cancelled,
 // destinationNotWritable when the destination was taken away, and what a full
-// disk or a backup that was taken away makes a copy fail with.
-void run(ExportPlan& plan, const Source& source, const DestinationLock& lock, const CancellationCheck& isCancelled,
-         ProgressReporter& progress, ExportSummary& summary);
+// disk or a disk that was taken away makes a copy fail with. What was written
+// until then is kept.
+void run(ExportPlan& plan, const Source& source, const Target& target, const CancellationCheck& isCancelled,
+         ProgressReporter& progress);
 
 }  // namespace MediaCopying

@@ -18,11 +18,8 @@ constexpr const char* filesName = "files";
 constexpr const char* foldersName = "folders";
 
 std::optional<Json> read(const fs::path& file) {
-  try {
-    return Json::parse(textOf(Files::read(file, largestFile)));
-  } catch (const fs::filesystem_error&) {
-    return std::nullopt;
-  }
+  const std::optional<Bytes> content = Files::readIfThere(file, largestFile);
+  return content ? Json::parse(textOf(*content)) : std::nullopt;
 }
 
 Json::Object dictionary(const std::map<std::string, std::string>& places) {
@@ -58,7 +55,7 @@ void MergeJournal::save() const {
   Files::writeAtomically(contentRoot_ / fileName, document.write(true) + "\n");
 }
 
-void MergeJournal::remove() const { fs::remove(contentRoot_ / fileName); }
+void MergeJournal::remove() const { Files::remove(contentRoot_ / fileName); }
 
 void MergeJournal::Places::add(const std::string& from, const std::string& to) {
   places.insert_or_assign(from, to);
@@ -72,8 +69,7 @@ const std::string* MergeJournal::Places::next(const std::string& place) const {
 }
 
 bool MergeJournal::stands(const std::string& place) const {
-  std::error_code ignored;
-  return fs::exists(fs::symlink_status(contentRoot_ / PathText::path(place), ignored));
+  return Files::kindOf(contentRoot_ / PathText::path(place)) != Files::Kind::nothing;
 }
 
 // A place that was moved to may itself have been moved from later.

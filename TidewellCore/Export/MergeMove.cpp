@@ -18,7 +18,7 @@ bool areOnePlace(const fs::path& a, const fs::path& b) {
 }
 
 // A folder itself; a link to one is moved as the link it is.
-bool isRealFolder(const fs::path& path) { return fs::is_directory(fs::symlink_status(path)); }
+bool isRealFolder(const fs::path& path) { return Files::kindOf(path) == Files::Kind::folder; }
 
 void moveUnderFreeName(const fs::path& from, const fs::path& folder, const std::string& name) {
   std::set<std::string> used = MergeMove::usedNames(folder);
@@ -27,7 +27,7 @@ void moveUnderFreeName(const fs::path& from, const fs::path& folder, const std::
 
 void mergeFolder(const fs::path& from, const fs::path& to) {
   for (const Files::Entry& entry : Files::list(from)) MergeMove::move(from / entry.name, to / entry.name);
-  fs::remove(from);
+  Files::remove(from);
 }
 
 // Tries a plain move; false when the target is taken or on another volume.
@@ -37,7 +37,7 @@ bool moveWhole(const fs::path& from, const fs::path& to) {
   } catch (const fs::filesystem_error& error) {
     if (error.code() != std::errc::cross_device_link || !isRealFolder(from)) throw;
   }
-  fs::create_directory(to);
+  Files::makeFolder(to);
   return false;
 }
 
@@ -55,7 +55,7 @@ void MergeMove::move(const fs::path& from, const fs::path& to) {
   if (isRealFolder(from) && isRealFolder(to)) return mergeFolder(from, to);
   const bool areFiles = Files::isRegularFile(from) && Files::isRegularFile(to);
   if (areFiles && Files::haveSameBytes(from, to)) {
-    fs::remove(from);
+    Files::remove(from);
   } else {
     moveUnderFreeName(from, to.parent_path(), PathText::text(to.filename()));
   }

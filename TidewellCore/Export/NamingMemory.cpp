@@ -46,11 +46,8 @@ std::string warning(std::string_view what, std::string_view now, std::string_vie
 }  // namespace
 
 std::optional<MediaNaming> NamingMemory::load(const fs::path& contentRoot) {
-  try {
-    return parsed(textOf(Files::read(contentRoot / fileName, largestFile)));
-  } catch (const fs::filesystem_error&) {
-    return std::nullopt;
-  }
+  const std::optional<Bytes> content = Files::readIfThere(contentRoot / fileName, largestFile);
+  return content ? parsed(textOf(*content)) : std::nullopt;
 }
 
 void NamingMemory::save(const fs::path& contentRoot, const MediaNaming& naming) {

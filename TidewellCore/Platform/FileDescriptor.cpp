@@ -8,6 +8,8 @@
 #include <system_error>
 #include <utility>
 
+#include "TidewellCore/Platform/RootFolder.h"
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -20,7 +22,9 @@ namespace fs = std::filesystem;
 
 FileDescriptor FileDescriptor::openForReading(const fs::path& path) {
   // O_NONBLOCK keeps a FIFO from blocking the open; on a regular file it means nothing.
-  FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK), path);
+  constexpr int flags = O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
+  const auto open = [](int folder, const char* name) { return ::openat(folder, name, flags); };
+  FileDescriptor file(Place(path).with(open), path);
   if (file.number_ < 0) file.fail("Could not open the file");
   struct stat status {};
   if (::fstat(file.number_, &status) != 0) file.fail("Could not open the file");
@@ -29,8 +33,13 @@ FileDescriptor FileDescriptor::openForReading(const fs::path& path) {
 }
 
 FileDescriptor FileDescriptor::create(const fs::path& path) {
-  if (::unlink(path.c_str()) != 0 && errno != ENOENT) failWith("Could not replace the file", path, errno);
-  FileDescriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666), path);
+  constexpr int flags = O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC;
+  constexpr mode_t everybody = 0666;  // cut by the user's umask
+  const Place place(path);
+  const int removed = place.with([](int folder, const char* name) { return ::unlinkat(folder, name, 0); });
+  if (removed != 0 && errno != ENOENT) failWith("Could not replace the file", path, errno);
+  const auto open = [](int folder, const char* name) { return ::openat(folder, name, flags, everybody); };
+  FileDescriptor file(place.with(open), path);
   if (file.number_ < 0) file.fail("Could not create the file");
   return file;
 }
@@ -77,6 +86,13 @@ std::int64_t FileDescriptor::size() const {
   struct stat status {};
   if (::fstat(number_, &status) != 0) fail("Could not read the file");
   return status.st_size;
+}
+
+void FileDescriptor::requireLength(std::int64_t size) const {
+  constexpr std::int64_t alwaysTaken = 1 << 20;
+  if (size <= alwaysTaken) return;
+  // The kernel compares with the file system's limit first, whether that can set space aside or not.
+  if (::fallocate(number_, FALLOC_FL_KEEP_SIZE, size - 1, 1) != 0 && errno == EFBIG) fail("Could not write the file");
 }
 
 void FileDescriptor::close() {

@@ -21,6 +21,9 @@ class FileDescriptor {
   void write(ByteView bytes);
   void seek(std::int64_t offset);
   std::int64_t size() const;
+  // Throws with EFBIG when the file system takes no file of `size` bytes: to be
+  // found out before the first of them is written.
+  void requireLength(std::int64_t size) const;
   // Closes it and reports what a full or broken disk kept back until now.
   void close();
 

@@ -15,6 +15,7 @@
 
 #include "TidewellCore/Platform/FileDescriptor.h"
 #include "TidewellCore/Platform/PathText.h"
+#include "TidewellCore/Platform/RootFolder.h"
 
 namespace {
 
@@ -59,7 +60,8 @@ void copyThroughBuffer(FileDescriptor& from, FileDescriptor& to, const Cancellat
 // The system's own times hold dates that std::filesystem's clock overflows on.
 timespec modificationTime(const fs::path& path) {
   struct stat status {};
-  if (::lstat(path.c_str(), &status) != 0) fail("Could not read the file's date", path, {});
+  const auto look = [&](int folder, const char* name) { return ::fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW); };
+  if (Place(path).with(look) != 0) fail("Could not read the file's date", path, {});
   return status.st_mtim;
 }
 
@@ -67,15 +69,18 @@ void setModificationTime(const fs::path& path, timespec modified) {
   timespec unchanged{};
   unchanged.tv_nsec = UTIME_OMIT;
   const std::array<timespec, 2> times{unchanged, modified};
-  if (::utimensat(AT_FDCWD, path.c_str(), times.data(), AT_SYMLINK_NOFOLLOW) != 0) {
-    fail("Could not set the file's date", path, {});
-  }
+  const auto set = [&](int folder, const char* name) {
+    return ::utimensat(folder, name, times.data(), AT_SYMLINK_NOFOLLOW);
+  };
+  if (Place(path).with(set) != 0) fail("Could not set the file's date", path, {});
 }
 
-// Waits until the file's bytes are on the disk.
-void flush(const fs::path& path) {
-  const FileDescriptor file = FileDescriptor::openForReading(path);
-  if (::fsync(file.number()) != 0) file.fail("Could not write the file");
+// After a failure, which is what the caller tells of.
+void removeQuietly(const fs::path& path) {
+  try {
+    Files::remove(path);
+  } catch (const fs::filesystem_error&) {
+  }
 }
 
 bool holds(const fs::path& path, std::string_view content) {
@@ -90,50 +95,6 @@ bool holds(const fs::path& path, std::string_view content) {
 
 }  // namespace
 
-bool Files::exists(const fs::path& path) {
-  std::error_code ignored;
-  return fs::exists(path, ignored);
-}
-
-bool Files::isRegularFile(const fs::path& path) { return regularFileSize(path).has_value(); }
-
-std::optional<std::int64_t> Files::regularFileSize(const fs::path& path) {
-  struct stat status {};
-  if (::lstat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
-  return status.st_size;
-}
-
-bool Files::isFolder(const fs::path& path) {
-  std::error_code ignored;
-  return fs::is_directory(path, ignored);
-}
-
-bool Files::isWithin(const fs::path& path, const fs::path& folder) {
-  const auto whole = [](const fs::path& place) { return fs::weakly_canonical(fs::absolute(place)); };
-  const fs::path relative = whole(path).lexically_relative(whole(folder));
-  return !relative.empty() && *relative.begin() != "..";
-}
-
-std::vector<Files::Entry> Files::list(const fs::path& folder) {
-  std::vector<Entry> entries;
-  for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
-    std::error_code ignored;
-    entries.push_back({.name = PathText::text(entry.path().filename()), .isFolder = entry.is_directory(ignored)});
-  }
-  std::ranges::sort(entries, {}, &Entry::name);
-  return entries;
-}
-
-std::vector<Files::Entry> Files::listVisible(const fs::path& folder) {
-  try {
-    std::vector<Entry> entries = list(folder);
-    std::erase_if(entries, [](const Entry& entry) { return entry.name.starts_with('.'); });
-    return entries;
-  } catch (const fs::filesystem_error&) {
-    return {};
-  }
-}
-
 Bytes Files::read(const fs::path& path, std::int64_t limit) {
   FileDescriptor file = FileDescriptor::openForReading(path);
   const std::int64_t size = file.size();
@@ -146,17 +107,21 @@ Bytes Files::read(const fs::path& path, std::int64_t limit) {
   return content;
 }
 
+std::optional<Bytes> Files::readIfThere(const fs::path& path, std::int64_t limit) {
+  if (kindOf(path) != Kind::file || regularFileSize(path).value_or(0) > limit) return std::nullopt;
+  return read(path, limit);
+}
+
 void Files::writeAtomically(const fs::path& path, std::string_view content) {
   const fs::path partial = path.parent_path() / partialName();
   try {
     FileDescriptor file = FileDescriptor::create(partial);
     file.write(bytesOf(content));
     file.close();
-    flush(partial);
-    fs::rename(partial, path);
+    Files::flush(partial);
+    Files::rename(partial, path);
   } catch (...) {
-    std::error_code ignored;
-    fs::remove(partial, ignored);
+    removeQuietly(partial);
     throw;
   }
 }
@@ -167,25 +132,26 @@ bool Files::writeWhenDifferent(const fs::path& path, std::string_view content) {
   return true;
 }
 
+void Files::flush(const fs::path& path) {
+  constexpr int flags = O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
+  const int number = Place(path).with([](int folder, const char* name) { return ::openat(folder, name, flags); });
+  const bool isFlushed = number >= 0 && ::fsync(number) == 0;
+  const int error = errno;
+  if (number >= 0) ::close(number);
+  errno = error;
+  if (!isFlushed) fail("Could not write", path, {});
+}
+
 std::int64_t Files::copy(const fs::path& from, const fs::path& to, const CancellationCheck& isCancelled) {
   FileDescriptor source = FileDescriptor::openForReading(from);
   FileDescriptor target = FileDescriptor::create(to);
+  target.requireLength(source.size());
   if (!cloneBlocks(source, target) && !copyInKernel(source, target, source.size(), isCancelled)) {
     copyThroughBuffer(source, target, isCancelled);
   }
   const std::int64_t copied = target.size();
   target.close();
   return copied;
-}
-
-bool Files::renameToFree(const fs::path& from, const fs::path& to) {
-  if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
-  if (errno == EEXIST) return false;
-  if (errno != EINVAL && errno != ENOSYS) fail("Could not move the file", from, to);
-  // This file system knows no such renaming: look first, then rename.
-  if (fs::exists(fs::symlink_status(to))) return false;
-  fs::rename(from, to);
-  return true;
 }
 
 bool Files::moveToFree(const fs::path& from, const fs::path& to) {
@@ -201,14 +167,13 @@ bool Files::moveToFree(const fs::path& from, const fs::path& to) {
                                  std::make_error_code(std::errc::io_error));
     }
     setModificationTime(partial, modificationTime(from));
-    flush(partial);  // the only other copy is about to be removed
-    if (renameToFree(partial, to)) return fs::remove(from);
+    Files::flush(partial);  // the only other copy is about to be removed
+    if (renameToFree(partial, to)) return Files::remove(from);
   } catch (...) {
-    std::error_code ignored;
-    fs::remove(partial, ignored);
+    removeQuietly(partial);
     throw;
   }
-  fs::remove(partial);
+  Files::remove(partial);
   return false;
 }
 

@@ -7,7 +7,7 @@
 
 #include "Tests/Application/Services/SourceTexts.h"
 #include "Tidewell/Services/ResourceBundle.h"
-#include "TidewellCore/Export/CopyFailure.h"
+#include "TidewellCore/CopyFailure.h"
 #include "TidewellCore/Export/EarlyEnd.h"
 #include "TidewellCore/Export/ExportTiming.h"
 #include "TidewellCore/ExportProgress.h"

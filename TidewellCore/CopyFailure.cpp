@@ -1,8 +1,13 @@
-#include "TidewellCore/Export/CopyFailure.h"
+#include "TidewellCore/CopyFailure.h"
 
 #include <algorithm>
+#include <system_error>
+
+#include "TidewellCore/TidewellError.h"
 
 namespace {
+
+namespace fs = std::filesystem;
 
 using CopyFailures::Words;
 
@@ -36,7 +41,26 @@ constexpr std::array<Words, CopyFailures::allReasons.size()> table{
       .one = "1 file could not be copied",
       .many = "%lld files could not be copied"}}};
 
+FailureReason reasonOfReading(const std::error_code& code) {
+  const bool isGone = code == std::errc::no_such_file_or_directory || code == std::errc::not_a_directory;
+  return isGone ? FailureReason::missing : FailureReason::unreadable;
+}
+
+FailureReason reasonOfWriting(const std::error_code& code) {
+  if (code == std::errc::file_too_large) return FailureReason::tooLarge;
+  return code == std::errc::file_exists ? FailureReason::placeTaken : FailureReason::unwritable;
+}
+
 }  // namespace
+
+FailureReason CopyFailures::reasonOf(const std::exception& error, const fs::path& source) {
+  if (const auto* known = dynamic_cast<const CopyError*>(&error)) return known->reason;
+  if (const auto* file = dynamic_cast<const fs::filesystem_error*>(&error)) {
+    return file->path1() == source ? reasonOfReading(file->code()) : reasonOfWriting(file->code());
+  }
+  const bool isOurs = dynamic_cast<const TidewellError*>(&error) != nullptr;
+  return isOurs ? FailureReason::undecryptable : FailureReason::other;
+}
 
 const char* CopyError::what() const noexcept { return CopyFailures::words(reason).sentence.data(); }
 

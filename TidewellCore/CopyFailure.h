@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <exception>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -39,6 +40,10 @@ struct CopyError : std::exception {
 };
 
 namespace CopyFailures {
+
+// Why a file failed that was read at `source`, or made of it, and written
+// somewhere else. What decrypting reports is `undecryptable`.
+FailureReason reasonOf(const std::exception& error, const std::filesystem::path& source);
 
 inline constexpr std::array allReasons{
     FailureReason::missing,       FailureReason::cutShort,   FailureReason::keyMissing,

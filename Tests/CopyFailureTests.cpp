@@ -1,4 +1,4 @@
-#include "TidewellCore/Export/CopyFailure.h"
+#include "TidewellCore/CopyFailure.h"
 
 #include <gtest/gtest.h>
 

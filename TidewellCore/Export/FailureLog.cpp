@@ -1,0 +1,7 @@
+#include "TidewellCore/Export/FailureLog.h"
+
+void FailureLog::add(const std::exception& error, CopyFailure failure) {
+  EarlyEnd::throwWhenDue(error, places_);
+  ++summary_.failedCount;
+  summary_.failures.push_back(std::move(failure));
+}

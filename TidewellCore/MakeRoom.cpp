@@ -1,0 +1,20 @@
+#include "TidewellCore/MakeRoom.h"
+
+#include "TidewellCore/FileNaming.h"
+#include "TidewellCore/Platform/Files.h"
+#include "TidewellCore/Platform/PathText.h"
+
+namespace fs = std::filesystem;
+
+void MakeRoom::at(const fs::path& path) {
+  if (Files::kindOf(path) == Files::Kind::nothing) return;
+  const std::string name = PathText::text(path.filename());
+  std::set<std::string> used{FileNaming::normalizedKey(name)};
+  while (!Files::renameToFree(path, path.parent_path() / PathText::path(FileNaming::uniquify(name, used)))) continue;
+}
+
+void MakeRoom::forFolder(const fs::path& path) {
+  if (Files::isFolder(path)) return;
+  at(path);
+  Files::makeFolder(path);
+}

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <filesystem>
+
+// Makes places free that an export needs and somebody else took. Nothing is
+// lost: what stands there gets the first free of the names "NAME-2", "NAME-3", …
+// Failures are std::filesystem::filesystem_error.
+namespace MakeRoom {
+
+// Renames what stands at `path`; nothing need stand there.
+void at(const std::filesystem::path& path);
+// Makes a folder, and those above it, where they are missing. A link in its
+// place, below a RootFolder, makes room, and so does anything else that is no folder.
+void forFolder(const std::filesystem::path& path);
+
+}  // namespace MakeRoom
