@@ -32,7 +32,9 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/MergeJournalTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MergeMoveTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/NamingMemoryTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/OnTheDiskTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/PhaseClockTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/PlantedLinksTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ProgressReporterTests.cpp)
 
 # Where the golden listings are, to be compared and, on request, written anew.

@@ -98,7 +98,7 @@ TEST(Texts, EveryHeadlineOfFailuresHasAKey) {
 TEST(Texts, EveryEarlyEndHasAKey) {
   const auto english = readTable(bundle / "en.json");
   for (const char* text : {EarlyEnd::fullDestination, EarlyEnd::fullTemporaryFolder, EarlyEnd::backupGone,
-                           EarlyEnd::backupGoneWhileRead}) {
+                           EarlyEnd::backupGoneWhileRead, EarlyEnd::destinationBroken}) {
     EXPECT_TRUE(english.contains(text)) << text;
   }
 }
