@@ -81,7 +81,8 @@ Json JsonRecords::json(const ExportSummary& summary) {
                       {"chatFolderCount", summary.chatFolderCount},
                       {"unresolvedArchiveLinkCount", summary.unresolvedArchiveLinkCount},
                       {"failures", std::move(failures)},
-                      {"warnings", Json::Array(summary.warnings.begin(), summary.warnings.end())}};
+                      {"warnings", Json::Array(summary.warnings.begin(), summary.warnings.end())},
+                      {"mayMissMessages", summary.mayMissMessages}};
   if (summary.archiveIndexURL) object.emplace("archiveIndexURL", PathText::text(*summary.archiveIndexURL));
   return object;
 }

@@ -31,6 +31,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/MediaLinksTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MergeJournalTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MergeMoveTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/NamedFailuresTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/NamingMemoryTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/OnTheDiskTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/PhaseClockTests.cpp
