@@ -14,7 +14,9 @@ void MakeRoom::at(const fs::path& path) {
 }
 
 void MakeRoom::forFolder(const fs::path& path) {
-  if (Files::isFolder(path)) return;
+  const Files::Kind kind = Files::kindOf(path);
+  const bool isFolder = kind == Files::Kind::folder || (kind == Files::Kind::link && Files::isFolder(path));
+  if (isFolder) return;
   at(path);
   Files::makeFolder(path);
 }

@@ -35,8 +35,7 @@ TEST_P(NamedFailuresTest, ATranscriptThatCannotBeWrittenKeepsNothingElseBack) {
   fs::create_directories(scene.content / "Ana/_transcript.txt/own");
   const ExportSummary summary = scene.run(everything);
   EXPECT_THAT(summary.failures,
-              ElementsAre(CopyFailure{
-                  .name = "_transcript.txt", .chat = "Ana", .reason = FailureReason::unwritable}));
+              ElementsAre(CopyFailure{.name = "_transcript.txt", .chat = "Ana", .reason = FailureReason::unwritable}));
   EXPECT_EQ(summary.failedCount, 1);
   EXPECT_EQ(summary.transcriptCount, 5);
   EXPECT_EQ(summary.copiedCount, 5);
@@ -53,17 +52,16 @@ TEST_P(NamedFailuresTest, AChatWhoseDataCannotBeWrittenStandsInTheArchivesListAl
   ASSERT_TRUE(fs::remove(data));
   fs::create_directories(data / "own");
   const ExportSummary summary = scene.run(everything);
-  EXPECT_THAT(summary.failures, ElementsAre(CopyFailure{
-                                    .name = "index.html", .chat = "Ana", .reason = FailureReason::unwritable}));
+  EXPECT_THAT(summary.failures,
+              ElementsAre(CopyFailure{.name = "index.html", .chat = "Ana", .reason = FailureReason::unwritable}));
   EXPECT_NE(ExportTest::textOf(scene.content / "_viewer/data/chats.js").find("\"name\":\"Ana\""), std::string::npos);
 }
 
 TEST_P(NamedFailuresTest, AProfilePictureThatIsMissingIsNamed) {
   addPicture({.missing = true});
   const ExportSummary summary = scene.run(everything);
-  EXPECT_THAT(summary.failures, ElementsAre(CopyFailure{.name = "5511900001111-1.jpg",
-                                                        .chat = "Ana",
-                                                        .reason = FailureReason::missing}));
+  EXPECT_THAT(summary.failures,
+              ElementsAre(CopyFailure{.name = "5511900001111-1.jpg", .chat = "Ana", .reason = FailureReason::missing}));
   EXPECT_EQ(summary.failedCount, 1);
   EXPECT_EQ(summary.copiedCount, 5);
 }
@@ -71,18 +69,18 @@ TEST_P(NamedFailuresTest, AProfilePictureThatIsMissingIsNamed) {
 TEST_P(NamedFailuresTest, AProfilePictureThatCannotBeReadIsNamed) {
   addPicture({.truncatedTo = 0});
   if (!GetParam()) GTEST_SKIP() << "An empty file of a plain backup reads as it is.";
-  EXPECT_THAT(scene.run(everything).failures, ElementsAre(CopyFailure{.name = "5511900001111-1.jpg",
-                                                                      .chat = "Ana",
-                                                                      .reason = FailureReason::cutShort}));
+  EXPECT_THAT(
+      scene.run(everything).failures,
+      ElementsAre(CopyFailure{.name = "5511900001111-1.jpg", .chat = "Ana", .reason = FailureReason::cutShort}));
 }
 
 TEST_P(NamedFailuresTest, AProfilePictureThatCannotBeWrittenIsNamed) {
   addPicture({});
   fs::create_directories(scene.content / "_viewer");
   fs::create_directories(scene.content / "avatars/5511900001111_s.whatsapp.net.jpeg/own");
-  EXPECT_THAT(scene.run(everything).failures, ElementsAre(CopyFailure{.name = "5511900001111-1.jpg",
-                                                                      .chat = "Ana",
-                                                                      .reason = FailureReason::unwritable}));
+  EXPECT_THAT(
+      scene.run(everything).failures,
+      ElementsAre(CopyFailure{.name = "5511900001111-1.jpg", .chat = "Ana", .reason = FailureReason::unwritable}));
 }
 
 }  // namespace

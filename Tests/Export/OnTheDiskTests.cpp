@@ -81,8 +81,8 @@ TEST(OnTheDisk, AllThatAFinishedExportWroteOutlivesAPowerCut) {
   const Tree left = afterPowerCut(disk, scene.folder / "after");
   EXPECT_EQ(summary.copiedCount, 300);
   EXPECT_EQ(wholePhotos(left, 2000), 300U);
-  for (const char* page : {"export/index.html", "export/messages/Ana/_transcript.txt",
-                           "export/messages/_viewer/data/chats.js"}) {
+  for (const char* page :
+       {"export/index.html", "export/messages/Ana/_transcript.txt", "export/messages/_viewer/data/chats.js"}) {
     ASSERT_TRUE(left.contains(page)) << page;
     EXPECT_FALSE(left.at(page).empty()) << page;
   }
@@ -115,8 +115,7 @@ TEST(OnTheDisk, AStickThatLiesAboutItsSizeIsFoundOut) {
   // Which of the two depends on what such a stick answers.
   EXPECT_THAT(failureOf(scene), testing::AnyOf(TidewellError::ioFailure(EarlyEnd::destinationBroken),
                                                TidewellError::ioFailure(EarlyEnd::fullDestination)));
-  EXPECT_THAT(filesBelow(scene.destination),
-              testing::Not(testing::Contains(testing::Key(testing::EndsWith(".jpg")))))
+  EXPECT_THAT(filesBelow(scene.destination), testing::Not(testing::Contains(testing::Key(testing::EndsWith(".jpg")))))
       << "a file that is not on the disk has no name";
 }
 

@@ -17,7 +17,8 @@ bool succeeds(const std::string& command) { return std::system((command + " >/de
 
 }  // namespace
 
-DiskImage::DiskImage(const fs::path& folder, std::int64_t byteCount) : image_(folder / "image"), root_(folder / "disk") {
+DiskImage::DiskImage(const fs::path& folder, std::int64_t byteCount)
+    : image_(folder / "image"), root_(folder / "disk") {
   writeFile(image_, "");
   fs::resize_file(image_, static_cast<std::uintmax_t>(byteCount));
   if (succeeds("PATH=$PATH:/usr/sbin:/sbin mkfs.ext4 -q -F " + image_.string())) mount();

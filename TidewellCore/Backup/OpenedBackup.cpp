@@ -134,8 +134,9 @@ Bytes OpenedBackup::firstBytes(const ManifestFile& file, std::size_t count) cons
     const ByteView blocks = ByteView(bytes).first(bytes.size() / BackupCrypto::blockSize * BackupCrypto::blockSize);
     bytes = BackupCrypto::cbcDecryptRaw(key, BackupCrypto::zeroIV, blocks);
   }
-  const auto known = static_cast<std::size_t>(provenSize(file).value_or(0));
-  bytes.resize(std::min({bytes.size(), count, known}));
+  const auto known = provenSize(file);
+  if (!known) throw fs::filesystem_error("Could not read the file", *stored, std::make_error_code(std::errc::io_error));
+  bytes.resize(std::min({bytes.size(), count, static_cast<std::size_t>(*known)}));
   return bytes;
 }
 

@@ -38,7 +38,8 @@ bool isAsideName(const std::string& name) {
 
 // A backup, or a folder above one, must never be moved while it is being read.
 bool holdsBackup(const fs::path& folder, const fs::path& backup) {
-  return Files::exists(folder / "Manifest.plist") || Files::isWithin(backup, folder);
+  const bool isOne = Files::kindOf(folder / "Manifest.plist") != Files::Kind::nothing;
+  return isOne || Files::isWithin(backup, folder);
 }
 
 void moveForeignContentAside(const fs::path& destination, const fs::path& untouched) {
@@ -162,18 +163,18 @@ fs::path ExportLayout::prepare(const fs::path& destination, const fs::path& unto
 fs::path ExportLayout::resolveContentRoot(const fs::path& destination) {
   if (looksLikeContentRoot(destination)) return destination;
   const fs::path content = destination / FolderNames::content;
-  return Files::isFolder(content) ? content : destination;
+  return Files::kindOf(content) == Files::Kind::nothing ? destination : content;
 }
 
 bool ExportLayout::isMarked(const fs::path& folder) {
-  if (!Files::isFolder(folder)) return false;
+  if (Files::kindOf(folder) == Files::Kind::nothing) return false;
   // A link there was put in the mark's place, where it leads nowhere.
   const Files::Kind mark = Files::kindOf(folder / FolderNames::viewer);
   return mark == Files::Kind::folder || mark == Files::Kind::link;
 }
 
 bool ExportLayout::looksLikeContentRoot(const fs::path& folder) {
-  if (!Files::isFolder(folder)) return false;
+  if (Files::kindOf(folder) == Files::Kind::nothing) return false;
   for (const Files::Entry& entry : Files::list(folder)) {
     const std::string lower = Text::lowercased(entry.name);
     if (lower == FolderNames::viewer || lower == FolderNames::avatars || isMemoryName(entry.name)) return true;

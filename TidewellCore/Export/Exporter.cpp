@@ -116,7 +116,7 @@ void bringToDisk(const FlushPoint& disk, const fs::path& destination, const Expo
                                 contentRoot / FolderNames::avatars};
   for (const auto& [jid, folder] : plan.folders) folders.push_back(contentRoot / PathText::path(folder));
   for (const fs::path& folder : folders) {
-    if (Files::isFolder(folder)) Files::flush(folder);
+    if (Files::kindOf(folder) == Files::Kind::folder) Files::flush(folder);
   }
 } catch (const fs::filesystem_error& error) {
   if (EarlyEnd::isFullDisk(error)) throw;

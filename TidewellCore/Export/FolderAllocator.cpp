@@ -176,7 +176,7 @@ FolderAssignment FolderAllocator::withAbsentChats(const FolderAssignment& assign
 
 std::vector<std::string> FolderAllocator::existingChatFolders(const std::filesystem::path& contentRoot) {
   std::vector<std::string> folders;
-  if (!Files::isFolder(contentRoot)) return folders;
+  if (Files::kindOf(contentRoot) == Files::Kind::nothing) return folders;
   for (const Files::Entry& entry : Files::list(contentRoot)) {
     // A name that is no text is none of an export's making, and fits no data file.
     const bool isVisible = !entry.name.starts_with('.') && Text::isValid(entry.name);

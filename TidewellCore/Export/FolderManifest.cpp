@@ -79,5 +79,5 @@ void FolderManifest::save(const fs::path& contentRoot, const FolderAssignment& f
   const std::string text = Json(Json::Object{{"folders", std::move(map)}, {"version", version}}).write(true) + "\n";
   Files::writeWhenDifferent(contentRoot / fileName, text);
   const fs::path viewer = contentRoot / FolderNames::viewer;
-  if (Files::isFolder(viewer)) Files::writeWhenDifferent(viewer / viewerFileName, text);
+  if (Files::kindOf(viewer) == Files::Kind::folder) Files::writeWhenDifferent(viewer / viewerFileName, text);
 }

@@ -121,9 +121,8 @@ bool makeOneFolder(const fs::path& path) {
 int renameWith(const fs::path& from, const fs::path& to, unsigned flags) {
   const Place target(to);
   return Place(from).with([&](int fromFolder, const char* fromName) {
-    return target.with([&](int toFolder, const char* toName) {
-      return ::renameat2(fromFolder, fromName, toFolder, toName, flags);
-    });
+    return target.with(
+        [&](int toFolder, const char* toName) { return ::renameat2(fromFolder, fromName, toFolder, toName, flags); });
   });
 }
 
