@@ -9,6 +9,7 @@
 #include "TidewellCore/Backup/ManifestStore.h"
 #include "TidewellCore/Crypto/BackupUnlocker.h"
 #include "TidewellCore/ExportProgress.h"
+#include "TidewellCore/Platform/FileDescriptor.h"
 #include "TidewellCore/Platform/TemporaryFolder.h"
 
 // A stored file and what is needed to read it.
@@ -37,6 +38,9 @@ class OpenedBackup {
   // The backup's own Manifest.db, or the working copy of it.
   std::filesystem::path manifestDatabaseURL() const;
   bool usesTemporaryManifest() const { return workingFolder_.has_value(); }
+  // Removes the working copy, once it has been read. What is left then is the
+  // backup's own Manifest.db, which in an encrypted backup says nothing.
+  void dropTemporaryManifest() { workingFolder_.reset(); }
 
   // Where a file is stored: "3d/3d0d7e5f…" in the backup. Absent for an
   // identifier that is not fit to be a path.
@@ -52,14 +56,14 @@ class OpenedBackup {
   // shorter. Throws what reading and decrypting report.
   Bytes firstBytes(const ManifestFile& file, std::size_t count) const;
 
-  // Writes the plaintext of a file. Throws TidewellError::chatStorageUnreadable
+  // Writes a working copy of a file, for this user alone. Throws TidewellError::chatStorageUnreadable
   // when it is not stored, and what decrypting or copying reports.
   void materialize(const ManifestFile& file, const std::filesystem::path& destination,
                    const CancellationCheck& isCancelled = {}) const;
-  // The same for a file whose place is known; returns the bytes written. What
-  // was written before a failure is left for the caller to remove.
+  // Writes the plaintext of a file whose place is known; returns the bytes
+  // written. What was written before a failure is left for the caller to remove.
   std::int64_t writePlaintext(const StoredFile& file, const std::filesystem::path& destination,
-                              const CancellationCheck& isCancelled = {}) const;
+                              const CancellationCheck& isCancelled = {}, FileAccess access = FileAccess::byUmask) const;
 
  private:
   explicit OpenedBackup(BackupInfo info) : info_(std::move(info)) {}

@@ -28,10 +28,14 @@ FileDescriptor FileDescriptor::openForReading(const fs::path& path) {
   return file;
 }
 
-FileDescriptor FileDescriptor::create(const fs::path& path) {
+FileDescriptor FileDescriptor::create(const fs::path& path, FileAccess access) {
   if (::unlink(path.c_str()) != 0 && errno != ENOENT) failWith("Could not replace the file", path, errno);
-  FileDescriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666), path);
+  const bool isPrivate = access == FileAccess::ownerOnly;
+  const mode_t mode = isPrivate ? 0600 : 0666;
+  FileDescriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode), path);
   if (file.number_ < 0) file.fail("Could not create the file");
+  // A umask may have left too little.
+  if (isPrivate && ::fchmod(file.number_, mode) != 0) file.fail("Could not create the file");
   return file;
 }
 

@@ -167,9 +167,10 @@ bool Files::writeWhenDifferent(const fs::path& path, std::string_view content) {
   return true;
 }
 
-std::int64_t Files::copy(const fs::path& from, const fs::path& to, const CancellationCheck& isCancelled) {
+std::int64_t Files::copy(const fs::path& from, const fs::path& to, const CancellationCheck& isCancelled,
+                         FileAccess access) {
   FileDescriptor source = FileDescriptor::openForReading(from);
-  FileDescriptor target = FileDescriptor::create(to);
+  FileDescriptor target = FileDescriptor::create(to, access);
   if (!cloneBlocks(source, target) && !copyInKernel(source, target, source.size(), isCancelled)) {
     copyThroughBuffer(source, target, isCancelled);
   }

@@ -10,6 +10,7 @@
 #include "TidewellCore/Platform/Bytes.h"
 #include "TidewellCore/Platform/Cancellation.h"
 #include "TidewellCore/Platform/DateText.h"
+#include "TidewellCore/Platform/FileDescriptor.h"
 
 // What the file system is asked for beyond std::filesystem. Failures are
 // std::filesystem::filesystem_error unless a function says otherwise.
@@ -48,7 +49,7 @@ bool writeWhenDifferent(const std::filesystem::path& path, std::string_view cont
 // Copies a regular file's bytes to a new file, in the kernel where it can.
 // Returns the bytes copied. Stops with TidewellError::cancelled and leaves the part behind.
 std::int64_t copy(const std::filesystem::path& from, const std::filesystem::path& to,
-                  const CancellationCheck& isCancelled = {});
+                  const CancellationCheck& isCancelled = {}, FileAccess access = FileAccess::byUmask);
 
 // Renames without replacing: false when something already stands at `to`.
 bool renameToFree(const std::filesystem::path& from, const std::filesystem::path& to);
