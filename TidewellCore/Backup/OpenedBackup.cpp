@@ -55,6 +55,7 @@ OpenedBackup OpenedBackup::open(const fs::path& backup, std::optional<std::strin
   const std::string_view given = password.value_or("");
   if (given.empty() && keys.kept == nullptr) throw TidewellError::needsBackupPassword();
   BackupUnlockReport report;
+  opened.guard_.emplace();
   try {
     opened.unlocker_ = BackupUnlocker::unlock(opened.url(), given, report, control, keys);
     opened.decryptManifest(control, report);

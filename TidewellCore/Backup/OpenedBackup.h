@@ -10,6 +10,7 @@
 #include "TidewellCore/Crypto/BackupUnlocker.h"
 #include "TidewellCore/ExportProgress.h"
 #include "TidewellCore/Platform/FileDescriptor.h"
+#include "TidewellCore/Platform/MemoryGuard.h"
 #include "TidewellCore/Platform/TemporaryFolder.h"
 
 // A stored file and what is needed to read it.
@@ -26,7 +27,7 @@ class OpenedBackup {
   // Throws what BackupInspector, BackupUnlocker and SQLiteDB throw, and
   // TidewellError::needsBackupPassword for a password that is absent or empty.
   // `unlockReport` is called once when a password or a kept key was tried, on
-  // failure too. A kept key that fits makes the password needless.
+  // failure too; the password is needed no more then. A kept key that fits makes the password needless.
   static OpenedBackup open(const std::filesystem::path& backup, std::optional<std::string_view> password,
                            const RunControl& control = {}, const UnlockObserver& unlockReport = {},
                            const KeyReuse& keys = {});
@@ -73,6 +74,7 @@ class OpenedBackup {
   void copyManifest();
   bool isEncrypted(const ManifestFile& file) const { return file.encryptionKey && unlocker_; }
 
+  std::optional<MemoryGuard> guard_;  // while there are keys; goes after them
   BackupInfo info_;
   std::optional<BackupUnlocker> unlocker_;
   std::optional<TemporaryFolder> workingFolder_;

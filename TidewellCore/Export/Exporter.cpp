@@ -149,7 +149,8 @@ ExportSummary Exporter::exportBackup(const ExportJob& job, const RunControl& con
 ExportSummary Exporter::runExport(const ExportJob& job, const RunControl& control) const {
   ProgressReporter progress(control.progress);
   progress.begin(Phase::preparing);
-  OpenedBackup opened = OpenedBackup::open(job.backup, job.password, control, {}, {.kept = job.passwordKey});
+  OpenedBackup opened =
+      OpenedBackup::open(job.backup, job.password, control, job.unlockReport, {.kept = job.passwordKey});
   throwIfCancelled(control.isCancelled);
 
   progress.begin(Phase::readingChats);
