@@ -42,6 +42,8 @@ TEST(ErrorReport, NamesNoWorkingFile) {
             "Could not write the file in “/x/Ana”: the disk is full.");
   EXPECT_EQ(descriptionOf("cannot rename", hidden, "/x/Ana/a.jpg", read_only_file_system),
             "Could not rename “/x/Ana/a.jpg”: the disk can only be read.");
+  EXPECT_EQ(descriptionOf("Could not write the file", "/x/Manifest.db", {}, file_too_large),
+            "Could not write the file “/x/Manifest.db”: a file may not be that large here.");
 }
 
 TEST(ErrorReport, NamesNoFunctionOfTheStandardLibrary) {

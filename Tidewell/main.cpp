@@ -16,6 +16,7 @@
 #include "Tidewell/Screens/QuitSignals.h"
 #include "Tidewell/Services/PathURL.h"
 #include "Tidewell/Services/ResourceBundle.h"
+#include "TidewellCore/Platform/MemoryGuard.h"
 
 namespace {
 
@@ -95,6 +96,8 @@ L10n systemTexts() {
 }  // namespace
 
 int main(int argc, char* argv[]) {
+  // What is typed and what is derived from it stays here between the steps.
+  MemoryGuard::refuseCoreDumps();
   describe();
   const std::optional<std::filesystem::path> backup = backupToOpen(argc, argv);
   const QGuiApplication application(argc, argv);

@@ -11,6 +11,7 @@
 #include "TidewellCLI/PasswordSource.h"
 #include "TidewellCLI/ProgressDisplay.h"
 #include "TidewellCore/Export/Exporter.h"
+#include "TidewellCore/Platform/MemoryGuard.h"
 #include "TidewellCore/Platform/PathText.h"
 
 namespace {
@@ -78,12 +79,14 @@ ExportSummary exportBackup(const Options& options) {
                           .isTimeZoneChosen = options.timeZone.has_value(),
                           .isLocaleChosen = options.locale.has_value()};
   const std::filesystem::path backup = absolutePath(options.backup);
-  const SecretBytes password = options.password.read(exporter.inspect(backup).isEncrypted);
+  const MemoryGuard guard;
+  SecretBytes password = options.password.read(exporter.inspect(backup).isEncrypted);
   ProgressDisplay display(!options.noProgress);
   return exporter.exportBackup({.backup = backup,
                                 .destination = absolutePath(options.destination),
                                 .options = options.wanted,
-                                .password = passwordText(password)},
+                                .password = passwordText(password),
+                                .unlockReport = [&](const BackupUnlockReport&) { wipe(password); }},
                                {.progress = [&](const ExportProgress& progress) { display.show(progress); },
                                 .isCancelled = Interruption::check(),
                                 .warned =

@@ -1,30 +1,30 @@
 #include "TidewellCLI/Interruption.h"
 
-#include <unistd.h>
-
 #include <csignal>
 
 #include "TidewellCLI/Output.h"
+#include "TidewellCore/Platform/AbruptEnd.h"
 
 namespace {
 
-// The only thing that a signal handler may touch.
 volatile std::sig_atomic_t isInterrupted = 0;
 
 extern "C" void interrupt(int) {
-  if (isInterrupted != 0) ::_exit(ExitCode::interrupted);
+  if (isInterrupted != 0) AbruptEnd::request();
   isInterrupted = 1;
 }
 
 }  // namespace
 
 void Interruption::install() {
+  AbruptEnd::prepare(ExitCode::interrupted);
   struct sigaction action {};
   action.sa_handler = interrupt;
   ::sigemptyset(&action.sa_mask);
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) ::sigaction(signal, &action, nullptr);
-  // A reader that goes away must not keep the work from cleaning up.
-  std::signal(SIGPIPE, SIG_IGN);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) ::sigaction(signal, &action, nullptr);
+  // A reader that goes away must not keep the work from cleaning up; a file that
+  // may not grow so long is the failure of the one who writes it.
+  for (const int signal : {SIGPIPE, SIGXFSZ}) std::signal(signal, SIG_IGN);
 }
 
 CancellationCheck Interruption::check() {

@@ -2,8 +2,8 @@
 
 #include "TidewellCore/Platform/Cancellation.h"
 
-// What SIGINT, SIGTERM and SIGHUP do: the first asks the work to end, so that
-// it removes its working copies; a second one ends the program at once.
+// What SIGINT, SIGTERM, SIGHUP and SIGQUIT do: the first asks the work to end; a
+// second one ends the program at once. Either way the working copies are removed.
 namespace Interruption {
 
 void install();

@@ -7,6 +7,7 @@
 #include "TidewellCLI/Output.h"
 #include "TidewellCLI/PasswordSource.h"
 #include "TidewellCore/Export/Exporter.h"
+#include "TidewellCore/Platform/MemoryGuard.h"
 
 namespace {
 
@@ -60,8 +61,13 @@ void printDiagnostics(const BackupUnlockReport& report) {
 int run(const Options& options) {
   const Exporter exporter;
   const std::filesystem::path backup = absolutePath(options.backup);
-  const SecretBytes password = options.password.read(exporter.inspect(backup).isEncrypted);
-  const ScanResult result = exporter.scan(backup, passwordText(password), printDiagnostics, Interruption::check());
+  const MemoryGuard guard;
+  SecretBytes password = options.password.read(exporter.inspect(backup).isEncrypted);
+  const auto unlocked = [&](const BackupUnlockReport& report) {
+    wipe(password);
+    printDiagnostics(report);
+  };
+  const ScanResult result = exporter.scan(backup, passwordText(password), unlocked, Interruption::check());
   options.json ? printJson(JsonRecords::json(result)) : print(result);
   return ExitCode::done;
 }

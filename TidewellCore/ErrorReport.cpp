@@ -58,6 +58,8 @@ std::string causeOf(const std::error_code& code) {
     case ENOSPC:
     case EDQUOT:
       return "the disk is full";
+    case EFBIG:
+      return "a file may not be that large here";
     case EROFS:
       return "the disk can only be read";
     case EIO:

@@ -165,6 +165,19 @@ Finished CommandLine::runAnd(const std::vector<std::string>& arguments, const st
   });
 }
 
+bool CommandLine::kill(const std::vector<std::string>& arguments, std::chrono::duration<double> after) const {
+  const pid_t child = ::fork();
+  if (child == 0) {
+    for (const int file : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+      ::dup2(::open("/dev/null", O_RDWR | O_CLOEXEC), file);
+    }
+    become(arguments);
+  }
+  std::this_thread::sleep_for(after);
+  ::kill(child, SIGKILL);
+  return waitFor(child) == -SIGKILL;
+}
+
 Finished CommandLine::interruptWaiting(const std::vector<std::string>& arguments, int signal) const {
   const Pipe output, errors;
   const pid_t child = ::fork();

@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -37,6 +38,8 @@ class CommandLine {
                   const std::function<void(pid_t)>& action) const;
   // Sends `signal` then.
   Finished interrupt(const std::vector<std::string>& arguments, const std::string& text, int signal) const;
+  // Kills the program so long after its start; returns whether it was still running then.
+  bool kill(const std::vector<std::string>& arguments, std::chrono::duration<double> after) const;
   // Sends `signal` when the program has come to wait for something.
   Finished interruptWaiting(const std::vector<std::string>& arguments, int signal) const;
   // On a terminal of its own, with `typed` as the keys; output and errors come together.

@@ -78,6 +78,7 @@ class PrivateTemporaryFolder {
   PrivateTemporaryFolder(const PrivateTemporaryFolder&) = delete;
   PrivateTemporaryFolder& operator=(const PrivateTemporaryFolder&) = delete;
 
+  const std::filesystem::path& path() const { return folder_.path(); }
   bool isEmpty() const { return std::filesystem::is_empty(folder_.path()); }
 
  private:

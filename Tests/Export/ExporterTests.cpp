@@ -1,7 +1,8 @@
 #include "TidewellCore/Export/Exporter.h"
 
 #include <fmt/format.h>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -88,6 +89,71 @@ TEST_P(ExporterTest, LeavesNoWorkingFoldersBehind) {
   scene.contents.whatsApp.databaseStorage["ChatStorage.sqlite"].truncatedTo = 1000;
   scene.write();
   EXPECT_THROW(scene.run(), TidewellError);
+  EXPECT_TRUE(temporary.isEmpty());
+}
+
+// What stands in the temporary folder, looked at whenever a run asks whether to go on.
+struct Watched {
+  std::set<fs::path> files;
+  std::set<mode_t> modesOfFolders;
+  std::set<mode_t> modesOfFiles;
+  std::size_t mostFolders = 0;
+  bool isEmpty = true;  // at the last look
+
+  void look(const fs::path& temporary) {
+    std::size_t folders = 0;
+    for (const auto& entry : fs::recursive_directory_iterator(temporary)) {
+      struct stat status {};
+      if (::lstat(entry.path().c_str(), &status) != 0) continue;
+      if (!S_ISDIR(status.st_mode)) files.insert(entry.path().filename());
+      (S_ISDIR(status.st_mode) ? modesOfFolders : modesOfFiles).insert(status.st_mode & 07777);
+      folders += S_ISDIR(status.st_mode) ? 1 : 0;
+    }
+    mostFolders = std::max(mostFolders, folders);
+    isEmpty = folders == 0;
+  }
+};
+
+TEST_P(ExporterTest, KeepsWorkingCopiesForThisUserAloneAndNoLongerThanTheyAreRead) {
+  const ExportTest::PrivateTemporaryFolder temporary;
+  scene.contents.manifestJournal = Fixture::Journal::walHeader;
+  scene.write();
+  Watched watched;
+  const mode_t former = ::umask(0);
+  scene.run(ExportOptions::defaultOptions(), {.progress =
+                                                  [&](const ExportProgress& progress) {
+                                                    if (progress.phase == Phase::copyingMedia) {
+                                                      EXPECT_TRUE(watched.isEmpty) << "all that was needed is read";
+                                                    }
+                                                  },
+                                              .isCancelled =
+                                                  [&] {
+                                                    watched.look(temporary.path());
+                                                    return false;
+                                                  }});
+  ::umask(former);
+  EXPECT_THAT(watched.files, testing::IsSupersetOf({fs::path("ChatStorage.sqlite"), fs::path("ContactsV2.sqlite")}));
+  EXPECT_THAT(watched.modesOfFolders, testing::ElementsAre(0700u));
+  EXPECT_THAT(watched.modesOfFiles, testing::ElementsAre(0600u));
+  EXPECT_EQ(watched.mostFolders, 1u);
+  EXPECT_TRUE(watched.isEmpty);
+}
+
+TEST_P(ExporterTest, EveryScanAndExportSweepsWhatAKilledOneLeft) {
+  const ExportTest::PrivateTemporaryFolder temporary;
+  const auto leave = [&] {
+    const fs::path folder = temporary.path() / "Tidewell-manifest-0C4E2C57-1B5C-4E13-8B43-3F9E7D2B6A10";
+    Fixture::writeFile(folder / "Manifest.db", "secret");
+    ::chmod(folder.c_str(), 0700);
+  };
+  leave();
+  scene.run();
+  EXPECT_TRUE(temporary.isEmpty());
+  leave();
+  Exporter().scan(scene.backup, "correct horse");
+  EXPECT_TRUE(temporary.isEmpty());
+  leave();
+  EXPECT_ANY_THROW(Exporter().scan(scene.folder / "nowhere", std::nullopt));
   EXPECT_TRUE(temporary.isEmpty());
 }
 

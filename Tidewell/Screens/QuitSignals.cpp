@@ -6,18 +6,31 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
 #include <system_error>
+
+#include "TidewellCore/Platform/AbruptEnd.h"
 
 namespace {
 
-constexpr std::array handled{SIGINT, SIGTERM, SIGHUP};
+constexpr std::array handled{SIGINT, SIGTERM, SIGHUP, SIGQUIT};
+constexpr int exitCodeOfInterruption = 130;
 std::atomic<int> writeEnd = -1;
+std::atomic<std::uint64_t> seen = 0;  // a bit for each signal
 
-// A second signal finds the default action in place and ends the process at once. Not so a second
-// SIGHUP: where a terminal is closed, its shell sends one and the kernel another.
+bool isSecond(int signal) {
+  const std::uint64_t bit = std::uint64_t{1} << signal;
+  return (seen.fetch_or(bit) & bit) != 0;
+}
+
+// A second signal ends the process at once. Not so a second SIGHUP: where a
+// terminal is closed, its shell sends one and the kernel another.
 void handle(int signal) {
   const int errorBefore = errno;
-  std::signal(signal, signal == SIGHUP ? SIG_IGN : SIG_DFL);
+  if (isSecond(signal)) {
+    if (signal != SIGHUP) AbruptEnd::request();
+    return;
+  }
   const char byte = 0;
   [[maybe_unused]] const ssize_t written = ::write(writeEnd, &byte, 1);
   errno = errorBefore;
@@ -36,7 +49,11 @@ QuitSignals::QuitSignals() : notifier_(makePipe(pipe_), QSocketNotifier::Read) {
     QCoreApplication::quit();
   });
   writeEnd = pipe_[1];
+  AbruptEnd::prepare(exitCodeOfInterruption);
   for (const int signal : handled) std::signal(signal, handle);
+  // A file that may not grow so long is a failure to tell. Handled, not ignored: what is started from here shall not
+  // ignore it.
+  std::signal(SIGXFSZ, [](int) {});
 }
 
 // The handler stays: the process is at its end, and a first signal has nothing left to tell.

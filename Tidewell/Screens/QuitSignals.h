@@ -4,8 +4,9 @@
 #include <QSocketNotifier>
 #include <array>
 
-// Lets SIGINT, SIGTERM and SIGHUP end the application as closing its window does,
-// so that no decrypted working copy is left behind. One for the process, made before what it ends.
+// Lets SIGINT, SIGTERM, SIGHUP and SIGQUIT end the application as closing its window
+// does, so that no decrypted working copy is left behind; a second one of a kind but
+// SIGHUP ends it at once, with the same care for working copies. One for the process, made before what it ends.
 class QuitSignals : public QObject {
  public:
   QuitSignals();

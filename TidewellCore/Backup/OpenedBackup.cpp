@@ -17,7 +17,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* indexName = "Manifest.db";
-constexpr const char* workingFolderPrefix = "Tidewell-manifest-";
 
 // Reading such an index in place would write beside it, lack its newest rows,
 // or wait for a FIFO that somebody put beside it.
@@ -62,6 +61,7 @@ OpenedBackup OpenedBackup::open(const fs::path& backup, std::optional<std::strin
   const std::string_view given = password.value_or("");
   if (given.empty() && keys.kept == nullptr) throw TidewellError::needsBackupPassword();
   BackupUnlockReport report;
+  opened.guard_.emplace();
   try {
     opened.unlocker_ = BackupUnlocker::unlock(opened.url(), given, report, control, keys);
     opened.decryptManifest(control, report);
@@ -76,7 +76,7 @@ OpenedBackup OpenedBackup::open(const fs::path& backup, std::optional<std::strin
 
 void OpenedBackup::decryptManifest(const RunControl& control, BackupUnlockReport& report) {
   throwIfCancelled(control.isCancelled);
-  workingFolder_.emplace(workingFolderPrefix);
+  workingFolder_.emplace(TemporaryFolder::manifestPrefix);
   unlocker_->decryptManifestDatabase(url() / indexName, manifestDatabaseURL(), report);
   throwIfCancelled(control.isCancelled);
   const SQLiteDB converted(PathText::text(manifestDatabaseURL()), SQLiteDB::OpenMode::writableCopy,
@@ -85,11 +85,12 @@ void OpenedBackup::decryptManifest(const RunControl& control, BackupUnlockReport
 }
 
 void OpenedBackup::copyManifest() {
-  workingFolder_.emplace(workingFolderPrefix);
-  Files::copy(url() / indexName, manifestDatabaseURL());
+  workingFolder_.emplace(TemporaryFolder::manifestPrefix);
+  const auto copy = [](const fs::path& from, const fs::path& to) { Files::copy(from, to, {}, FileAccess::ownerOnly); };
+  copy(url() / indexName, manifestDatabaseURL());
   for (const char* ending : SQLiteHeader::companionEndings) {
     const fs::path companion = (url() / indexName).native() + ending;
-    if (Files::isRegularFile(companion)) Files::copy(companion, manifestDatabaseURL().native() + ending);
+    if (Files::isRegularFile(companion)) copy(companion, manifestDatabaseURL().native() + ending);
   }
 }
 
@@ -145,18 +146,18 @@ void OpenedBackup::materialize(const ManifestFile& file, const fs::path& destina
   const auto stored = location(file);
   if (!stored || !Files::isRegularFile(*stored)) failAsMissing(file);
   writePlaintext({.location = *stored, .encryptionKey = file.encryptionKey, .size = file.plaintextSize}, destination,
-                 isCancelled);
+                 isCancelled, FileAccess::ownerOnly);
 }
 
 std::int64_t OpenedBackup::writePlaintext(const StoredFile& file, const fs::path& destination,
-                                          const CancellationCheck& isCancelled) const {
-  if (!file.encryptionKey || !unlocker_) return Files::copy(file.location, destination, isCancelled);
+                                          const CancellationCheck& isCancelled, FileAccess access) const {
+  if (!file.encryptionKey || !unlocker_) return Files::copy(file.location, destination, isCancelled, access);
   if (file.size.value_or(0) == 0 && Files::regularFileSize(file.location) == 0) {
-    FileDescriptor::create(destination).close();  // nothing is encrypted, so no key is needed
+    FileDescriptor::create(destination, access).close();  // nothing is encrypted, so no key is needed
     return 0;
   }
   const SecretBytes key = unlocker_->keyBag.unwrapPersistentKey(*file.encryptionKey);
-  return BackupCrypto::decryptFile(file.location, destination, key, file.size, isCancelled);
+  return BackupCrypto::decryptFile(file.location, destination, key, file.size, isCancelled, access);
 }
 
 void TemporaryBackupDatabase::copyDatabaseFile(const fs::path& backup, const ManifestFile& file,
@@ -165,7 +166,7 @@ void TemporaryBackupDatabase::copyDatabaseFile(const fs::path& backup, const Man
   if (opened == nullptr) {
     const auto stored = storedFileLocation(backup, file.fileID);
     if (!stored || !Files::isRegularFile(*stored)) failAsMissing(file);
-    Files::copy(*stored, destination, isCancelled);
+    Files::copy(*stored, destination, isCancelled, FileAccess::ownerOnly);
     return;
   }
   ManifestFile uncut = file;

@@ -9,6 +9,8 @@
 #include "TidewellCore/Backup/ManifestStore.h"
 #include "TidewellCore/Crypto/BackupUnlocker.h"
 #include "TidewellCore/ExportProgress.h"
+#include "TidewellCore/Platform/FileDescriptor.h"
+#include "TidewellCore/Platform/MemoryGuard.h"
 #include "TidewellCore/Platform/RootFolder.h"
 #include "TidewellCore/Platform/TemporaryFolder.h"
 
@@ -26,7 +28,7 @@ class OpenedBackup {
   // Throws what BackupInspector, BackupUnlocker and SQLiteDB throw, and
   // TidewellError::needsBackupPassword for a password that is absent or empty.
   // `unlockReport` is called once when a password or a kept key was tried, on
-  // failure too. A kept key that fits makes the password needless.
+  // failure too; the password is needed no more then. A kept key that fits makes the password needless.
   static OpenedBackup open(const std::filesystem::path& backup, std::optional<std::string_view> password,
                            const RunControl& control = {}, const UnlockObserver& unlockReport = {},
                            const KeyReuse& keys = {});
@@ -38,6 +40,9 @@ class OpenedBackup {
   // The backup's own Manifest.db, or the working copy of it.
   std::filesystem::path manifestDatabaseURL() const;
   bool usesTemporaryManifest() const { return workingFolder_.has_value(); }
+  // Removes the working copy, once it has been read. What is left then is the
+  // backup's own Manifest.db, which in an encrypted backup says nothing.
+  void dropTemporaryManifest() { workingFolder_.reset(); }
 
   // Where a file is stored: "3d/3d0d7e5f…" in the backup. Absent for an
   // identifier that is not fit to be a path.
@@ -53,14 +58,14 @@ class OpenedBackup {
   // shorter. Throws what reading and decrypting report.
   Bytes firstBytes(const ManifestFile& file, std::size_t count) const;
 
-  // Writes the plaintext of a file. Throws TidewellError::chatStorageUnreadable
+  // Writes a working copy of a file, for this user alone. Throws TidewellError::chatStorageUnreadable
   // when it is not stored, and what decrypting or copying reports.
   void materialize(const ManifestFile& file, const std::filesystem::path& destination,
                    const CancellationCheck& isCancelled = {}) const;
-  // The same for a file whose place is known; returns the bytes written. What
-  // was written before a failure is left for the caller to remove.
+  // Writes the plaintext of a file whose place is known; returns the bytes
+  // written. What was written before a failure is left for the caller to remove.
   std::int64_t writePlaintext(const StoredFile& file, const std::filesystem::path& destination,
-                              const CancellationCheck& isCancelled = {}) const;
+                              const CancellationCheck& isCancelled = {}, FileAccess access = FileAccess::byUmask) const;
 
  private:
   explicit OpenedBackup(RootFolder root, BackupInfo info) : root_(std::move(root)), info_(std::move(info)) {}
@@ -71,6 +76,7 @@ class OpenedBackup {
   bool isEncrypted(const ManifestFile& file) const { return file.encryptionKey && unlocker_; }
 
   RootFolder root_;  // no link below the backup is followed
+  std::optional<MemoryGuard> guard_;  // while there are keys; goes after them
   BackupInfo info_;
   std::optional<BackupUnlocker> unlocker_;
   std::optional<TemporaryFolder> workingFolder_;

@@ -26,6 +26,14 @@ fs::path copyDatabase(const OpenedBackup& opened, const DatabaseFiles& files, co
   return folder / PathText::path((*files[0])->relativePath);
 }
 
+// Reads working copies, which are gone as soon as they are read.
+template <typename Read>
+auto readCopies(const OpenedBackup& opened, const DatabaseFiles& files, const CancellationCheck& isCancelled,
+                Read read) {
+  const TemporaryFolder folder(TemporaryFolder::databasesPrefix);
+  return read(copyDatabase(opened, files, folder.path(), isCancelled));
+}
+
 ChatStorageSnapshot readChats(const fs::path& copy) {
   try {
     return ChatStorageReader::load(copy);
@@ -40,18 +48,16 @@ ChatStorageSnapshot readChats(const fs::path& copy) {
 
 ChatStorageSnapshot SnapshotLoader::load(const OpenedBackup& opened, const ManifestStore& manifest,
                                          const CancellationCheck& isCancelled) {
-  const TemporaryFolder folder("Tidewell-databases-");
   ChatStorageSnapshot snapshot;
   if (manifest.chatStorage) {
-    snapshot =
-        readChats(copyDatabase(opened, {&manifest.chatStorage, &manifest.chatStorageWAL, &manifest.chatStorageSHM},
-                               folder.path(), isCancelled));
+    snapshot = readCopies(opened, {&manifest.chatStorage, &manifest.chatStorageWAL, &manifest.chatStorageSHM},
+                          isCancelled, readChats);
   }
   throwIfCancelled(isCancelled);
   if (manifest.contacts) {
-    const fs::path copy = copyDatabase(opened, {&manifest.contacts, &manifest.contactsWAL, &manifest.contactsSHM},
-                                       folder.path(), isCancelled);
-    snapshot.setDirectory(ContactsReader::directory(ContactsReader::load(copy), std::move(snapshot.directory)));
+    const auto contacts = readCopies(opened, {&manifest.contacts, &manifest.contactsWAL, &manifest.contactsSHM},
+                                     isCancelled, ContactsReader::load);
+    snapshot.setDirectory(ContactsReader::directory(contacts, std::move(snapshot.directory)));
   }
   throwIfCancelled(isCancelled);
   return snapshot;

@@ -124,9 +124,9 @@ Bytes BackupCrypto::decryptBackupPayload(ByteView key, ByteView ciphertext, std:
 
 std::int64_t BackupCrypto::decryptFile(const std::filesystem::path& source, const std::filesystem::path& destination,
                                        ByteView key, std::optional<std::int64_t> expectedSize,
-                                       const CancellationCheck& isCancelled) {
+                                       const CancellationCheck& isCancelled, FileAccess access) {
   FileDescriptor input = FileDescriptor::openForReading(source);
-  FileDescriptor output = FileDescriptor::create(destination);
+  FileDescriptor output = FileDescriptor::create(destination, access);
   CBCDecryptor decryptor(key, zeroIV);
   CappedWriter writer(output, expectedSize);
   Bytes chunk(chunkSize);

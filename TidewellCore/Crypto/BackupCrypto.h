@@ -8,6 +8,7 @@
 #include "TidewellCore/Crypto/SecretBytes.h"
 #include "TidewellCore/Platform/Bytes.h"
 #include "TidewellCore/Platform/Cancellation.h"
+#include "TidewellCore/Platform/FileDescriptor.h"
 
 // What opens an encrypted iPhone backup. All sizes are in bytes; failures are
 // TidewellError::ioFailure unless a function says otherwise.
@@ -51,7 +52,8 @@ Bytes decryptBackupPayload(ByteView key, ByteView ciphertext, std::optional<std:
 // Cut to `expectedSize` or else to its padding. On failure, and on
 // TidewellError::cancelled, the part written is left for the caller to remove.
 std::int64_t decryptFile(const std::filesystem::path& source, const std::filesystem::path& destination, ByteView key,
-                         std::optional<std::int64_t> expectedSize, const CancellationCheck& isCancelled = {});
+                         std::optional<std::int64_t> expectedSize, const CancellationCheck& isCancelled = {},
+                         FileAccess access = FileAccess::byUmask);
 
 // What the last block of an encrypted file says of its plaintext's length;
 // absent when the file is not whole blocks or its padding is invalid.

@@ -26,3 +26,6 @@ struct WipingAllocator {
 
 // A key or a password: bytes that leave no copy behind in freed memory.
 using SecretBytes = std::vector<std::uint8_t, WipingAllocator<std::uint8_t>>;
+
+// Overwrites a secret that is needed no more, and leaves it empty.
+inline void wipe(SecretBytes& secret) { SecretBytes().swap(secret); }

@@ -24,6 +24,7 @@
 #include "TidewellCore/FolderNames.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
+#include "TidewellCore/Platform/TemporaryFolder.h"
 #include "TidewellCore/TidewellError.h"
 
 namespace {
@@ -31,8 +32,19 @@ namespace {
 namespace fs = std::filesystem;
 using Phase = ExportProgress::Phase;
 
-ManifestStore loadManifest(const OpenedBackup& opened) {
-  return ManifestStore::load(opened.url(), opened.manifestDatabaseURL(), opened.usesTemporaryManifest());
+// The one reading of the index, which stands decrypted on the disk no longer than that.
+ManifestStore loadManifest(OpenedBackup& opened) {
+  ManifestStore manifest =
+      ManifestStore::load(opened.url(), opened.manifestDatabaseURL(), opened.usesTemporaryManifest());
+  opened.dropTemporaryManifest();
+  return manifest;
+}
+
+// Where every scan and export begins. What runs left behind that could not end themselves goes first.
+template <typename Work>
+auto begin(const EarlyEnd::Places& places, Work work) {
+  TemporaryFolder::sweep();
+  return EarlyEnd::explained(places, work);
 }
 
 bool isWithinAnyBackup(const fs::path& destination) {
@@ -135,10 +147,10 @@ BackupInfo Exporter::inspect(const fs::path& backup) const { return BackupInspec
 ScanResult Exporter::scan(const fs::path& backup, std::optional<std::string_view> password,
                           const UnlockObserver& unlockReport, const CancellationCheck& isCancelled,
                           std::optional<PasswordKey>* passwordKey) const {
-  return EarlyEnd::explained({.backup = backup}, [&] {
+  return begin({.backup = backup}, [&] {
     std::optional<PasswordKey> used;
-    const OpenedBackup opened = OpenedBackup::open(backup, password, {.isCancelled = isCancelled}, unlockReport,
-                                                   {.used = passwordKey == nullptr ? nullptr : &used});
+    OpenedBackup opened = OpenedBackup::open(backup, password, {.isCancelled = isCancelled}, unlockReport,
+                                             {.used = passwordKey == nullptr ? nullptr : &used});
     throwIfCancelled(isCancelled);
     const ManifestStore manifest = loadManifest(opened);
     const ChatStorageSnapshot snapshot = SnapshotLoader::load(opened, manifest, isCancelled);
@@ -149,14 +161,14 @@ ScanResult Exporter::scan(const fs::path& backup, std::optional<std::string_view
 }
 
 ExportSummary Exporter::exportBackup(const ExportJob& job, const RunControl& control) const {
-  return EarlyEnd::explained({.backup = job.backup, .destination = &job.destination},
-                             [&] { return runExport(job, control); });
+  return begin({.backup = job.backup, .destination = &job.destination}, [&] { return runExport(job, control); });
 }
 
 ExportSummary Exporter::runExport(const ExportJob& job, const RunControl& control) const {
   ProgressReporter progress(control.progress);
   progress.begin(Phase::preparing);
-  const OpenedBackup opened = OpenedBackup::open(job.backup, job.password, control, {}, {.kept = job.passwordKey});
+  OpenedBackup opened =
+      OpenedBackup::open(job.backup, job.password, control, job.unlockReport, {.kept = job.passwordKey});
   throwIfCancelled(control.isCancelled);
 
   progress.begin(Phase::readingChats);

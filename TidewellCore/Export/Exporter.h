@@ -19,8 +19,9 @@ struct ExportJob {
   std::filesystem::path backup;
   std::filesystem::path destination;
   ExportOptions options = ExportOptions::defaultOptions();
-  std::optional<std::string_view> password;  // the caller's; must outlive the run
+  std::optional<std::string_view> password;  // the caller's; must outlive the unlock
   const PasswordKey* passwordKey = nullptr;  // of an earlier scan; the caller's; must outlive the run
+  UnlockObserver unlockReport;               // as of a scan
 };
 
 // The front of the core: looks into backups and exports them. Works on the
@@ -36,7 +37,8 @@ struct Exporter {
 
   BackupInfo inspect(const std::filesystem::path& backup) const;
 
-  // `unlockReport` is called once for an encrypted backup, on failure too. On
+  // `unlockReport` is called once for an encrypted backup, on failure too, and
+  // the password is not looked at again: who keeps it can wipe it then. On
   // success `passwordKey`, unless null, gets the key that opened the backup, and
   // nothing for a plain one; an export that is given it does not wait for it again.
   ScanResult scan(const std::filesystem::path& backup, std::optional<std::string_view> password,

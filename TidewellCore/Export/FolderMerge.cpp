@@ -64,7 +64,7 @@ FolderMerge MergePlanner::plan(const FolderPairing::Pair& pair) {
     merge.steps.push_back(step(content, folder, entry.name));
   }
   // Whoever can keep its name does, before another is given that name.
-  std::ranges::stable_partition(merge.steps, [&](const Step& step) {
+  std::stable_partition(merge.steps.begin(), merge.steps.end(), [&](const Step& step) {
     return !isMoved(step) || !content.usedNames.contains(FileNaming::normalizedKey(step.name));
   });
   for (Step& step : merge.steps) {

@@ -4,13 +4,19 @@
 
 #include "TidewellCore/Platform/Bytes.h"
 
+// Whom a new file is for.
+enum class FileAccess {
+  byUmask,    // everybody whom the user's settings allow
+  ownerOnly,  // this user alone (mode 0600), whatever the settings
+};
+
 // Owns one open file. Failures are thrown as std::filesystem::filesystem_error with the file's path.
 class FileDescriptor {
  public:
   // Opens a regular file; a link, a folder or a device is refused without waiting for it.
   static FileDescriptor openForReading(const std::filesystem::path& path);
   // Makes a new, empty file; whatever file or link stood there is replaced.
-  static FileDescriptor create(const std::filesystem::path& path);
+  static FileDescriptor create(const std::filesystem::path& path, FileAccess access = FileAccess::byUmask);
 
   FileDescriptor(FileDescriptor&& other) noexcept;
   FileDescriptor& operator=(FileDescriptor&& other) noexcept;

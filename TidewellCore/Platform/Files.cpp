@@ -142,9 +142,10 @@ void Files::flush(const fs::path& path) {
   if (!isFlushed) fail("Could not write", path, {});
 }
 
-std::int64_t Files::copy(const fs::path& from, const fs::path& to, const CancellationCheck& isCancelled) {
+std::int64_t Files::copy(const fs::path& from, const fs::path& to, const CancellationCheck& isCancelled,
+                         FileAccess access) {
   FileDescriptor source = FileDescriptor::openForReading(from);
-  FileDescriptor target = FileDescriptor::create(to);
+  FileDescriptor target = FileDescriptor::create(to, access);
   target.requireLength(source.size());
   if (!cloneBlocks(source, target) && !copyInKernel(source, target, source.size(), isCancelled)) {
     copyThroughBuffer(source, target, isCancelled);

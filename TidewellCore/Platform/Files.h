@@ -10,6 +10,7 @@
 #include "TidewellCore/Platform/Bytes.h"
 #include "TidewellCore/Platform/Cancellation.h"
 #include "TidewellCore/Platform/DateText.h"
+#include "TidewellCore/Platform/FileDescriptor.h"
 
 // What the file system is asked for. Nothing here follows a link below a
 // RootFolder; elsewhere links are followed where it is said. Failures are
@@ -79,7 +80,7 @@ void flush(const std::filesystem::path& path);
 // Fails at once with EFBIG when the file system takes no file of that size.
 // Returns the bytes copied. Stops with TidewellError::cancelled and leaves the part behind.
 std::int64_t copy(const std::filesystem::path& from, const std::filesystem::path& to,
-                  const CancellationCheck& isCancelled = {});
+                  const CancellationCheck& isCancelled = {}, FileAccess access = FileAccess::byUmask);
 
 // Renames without replacing: false when something already stands at `to`.
 bool renameToFree(const std::filesystem::path& from, const std::filesystem::path& to);

@@ -5,9 +5,15 @@
 #include <string_view>
 
 // A folder of its own under the system's temporary folder, readable by this
-// user alone (mode 0700), removed with all it holds when its owner goes.
+// user alone (mode 0700), removed with all it holds when its owner goes. It is
+// locked as long as its owner lives, and so tells a sweep whether it was left
+// behind (docs/decisions/0019-working-folders-are-locked-and-swept.md).
 class TemporaryFolder {
  public:
+  // What working folders are for; a sweep knows them by these.
+  static constexpr std::string_view manifestPrefix = "Tidewell-manifest-";
+  static constexpr std::string_view databasesPrefix = "Tidewell-databases-";
+
   // Named `prefix` + a random UUID in upper case.
   explicit TemporaryFolder(std::string_view prefix);
   ~TemporaryFolder();
@@ -16,6 +22,15 @@ class TemporaryFolder {
 
   const std::filesystem::path& path() const { return path_; }
 
+  // Removes the folders of this user that owners left behind which did not live
+  // to remove them. What cannot be looked at or removed stays for the next sweep.
+  static void sweep() noexcept;
+
+  // For a program that is about to end in the midst of its work: removes the
+  // folders of all owners. Threads that make or give up a folder wait from now on.
+  static void removeAllForGood() noexcept;
+
  private:
   std::filesystem::path path_;
+  int lock_ = -1;
 };
