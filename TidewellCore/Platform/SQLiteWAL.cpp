@@ -39,9 +39,9 @@ struct Checksum {
 
  private:
   std::uint32_t word(const std::uint8_t* bytes) const {
-    const std::uint32_t littleEndian = static_cast<std::uint32_t>(bytes[0]) | static_cast<std::uint32_t>(bytes[1]) << 8 |
-                                       static_cast<std::uint32_t>(bytes[2]) << 16 |
-                                       static_cast<std::uint32_t>(bytes[3]) << 24;
+    const std::uint32_t littleEndian =
+        static_cast<std::uint32_t>(bytes[0]) | static_cast<std::uint32_t>(bytes[1]) << 8 |
+        static_cast<std::uint32_t>(bytes[2]) << 16 | static_cast<std::uint32_t>(bytes[3]) << 24;
     return isBigEndian ? __builtin_bswap32(littleEndian) : littleEndian;
   }
 };
