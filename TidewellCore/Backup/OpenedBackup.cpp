@@ -17,15 +17,26 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* indexName = "Manifest.db";
+constexpr const char* unreadableJournal =
+    "The journal of its file index cannot be read. Copy the backup again from where it came, or make a new one with "
+    "the iPhone.";
 constexpr const char* workingFolderPrefix = "Tidewell-manifest-";
+
+// Only what is not there is absent; what cannot be looked at may hold the newest rows.
+bool isThere(const fs::path& path) {
+  std::error_code error;
+  const fs::file_type type = fs::symlink_status(path, error).type();
+  if (type == fs::file_type::not_found) return false;
+  if (error) throw fs::filesystem_error("Could not read the file", path, error);
+  return true;
+}
 
 // Reading such an index in place would write beside it, lack its newest rows,
 // or wait for a FIFO that somebody put beside it.
 bool needsWorkingCopy(const fs::path& index) {
-  for (const char* ending : SQLiteHeader::companionEndings) {
-    std::error_code ignored;
-    if (fs::exists(fs::symlink_status(index.native() + ending, ignored))) return true;
-  }
+  const bool hasCompanion = std::ranges::any_of(SQLiteHeader::companionEndings,
+                                                [&](const char* ending) { return isThere(index.native() + ending); });
+  if (hasCompanion) return true;
   const auto header = SQLiteHeader::read(index);
   return header && header->isWAL;
 }
@@ -78,12 +89,15 @@ void OpenedBackup::decryptManifest(const RunControl& control, BackupUnlockReport
   report.openedAsWritableCopy = true;
 }
 
+// The third companion, -shm, is only an index of the -wal, which SQLite makes anew.
 void OpenedBackup::copyManifest() {
   workingFolder_.emplace(workingFolderPrefix);
   Files::copy(url() / indexName, manifestDatabaseURL());
-  for (const char* ending : SQLiteHeader::companionEndings) {
-    const fs::path companion = (url() / indexName).native() + ending;
-    if (Files::isRegularFile(companion)) Files::copy(companion, manifestDatabaseURL().native() + ending);
+  for (const char* ending : {"-wal", "-journal"}) {
+    const fs::path journal = (url() / indexName).native() + ending;
+    if (!isThere(journal)) continue;
+    if (!Files::isRegularFile(journal)) throw TidewellError::invalidDatabase(unreadableJournal);
+    Files::copy(journal, manifestDatabaseURL().native() + ending);
   }
 }
 
@@ -93,6 +107,12 @@ fs::path OpenedBackup::manifestDatabaseURL() const {
 
 std::optional<fs::path> OpenedBackup::location(const ManifestFile& file) const {
   return storedFileLocation(url(), file.fileID);
+}
+
+bool OpenedBackup::isStored(const ManifestFile& file) const {
+  const auto stored = location(file);
+  std::error_code unreadable;
+  return !stored || fs::symlink_status(*stored, unreadable).type() != fs::file_type::not_found;
 }
 
 std::int64_t OpenedBackup::sourceSize(const ManifestFile& file) const {

@@ -65,7 +65,7 @@ void distrust(sqlite3* handle) {
                                                        {SQLITE_LIMIT_COLUMN, 1000},
                                                        {SQLITE_LIMIT_EXPR_DEPTH, 100},
                                                        {SQLITE_LIMIT_COMPOUND_SELECT, 5},
-                                                       {SQLITE_LIMIT_VDBE_OP, 25'000},
+                                                       {SQLITE_LIMIT_VDBE_OP, 250'000},
                                                        {SQLITE_LIMIT_ATTACHED, 0},
                                                        {SQLITE_LIMIT_TRIGGER_DEPTH, 1}}};
   for (const auto& [name, value] : switches) sqlite3_db_config(handle, name, value, nullptr);
