@@ -63,7 +63,8 @@ int run(const Options& options) {
   const SecretBytes password = options.password.read(exporter.inspect(backup).isEncrypted);
   const ScanResult result = exporter.scan(backup, passwordText(password), printDiagnostics, Interruption::check());
   options.json ? printJson(JsonRecords::json(result)) : print(result);
-  return ExitCode::done;
+  printWarnings(result.warnings);
+  return result.warnings.empty() ? ExitCode::done : ExitCode::incomplete;
 }
 
 }  // namespace

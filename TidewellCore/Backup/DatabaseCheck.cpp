@@ -71,23 +71,32 @@ DatabaseFaults DatabaseCheck::within(const SQLiteDB& database, std::span<const c
 
 const std::array<DatabaseCheck::Sentence, 9> DatabaseCheck::sentences{{
     {BackupDatabase::index, DatabaseFault::journalMissing,
-     "The newest files may be missing: the journal of the backup’s file index cannot be read. Copy the backup again from where it came, or make a new one with the iPhone."},
+     "The newest files may be missing: the journal of the backup’s file index cannot be read. Copy the backup again "
+     "from where it came, or make a new one with the iPhone."},
     {BackupDatabase::index, DatabaseFault::journalDamaged,
-     "The newest files may be missing: the journal of the backup’s file index is damaged. Copy the backup again from where it came, or make a new one with the iPhone."},
+     "The newest files may be missing: the journal of the backup’s file index is damaged. Copy the backup again from "
+     "where it came, or make a new one with the iPhone."},
     {BackupDatabase::index, DatabaseFault::damaged,
-     "Some files may be missing: the backup’s file index is damaged. Copy the backup again from where it came, or make a new one with the iPhone."},
+     "Some files may be missing: the backup’s file index is damaged. Copy the backup again from where it came, or make "
+     "a new one with the iPhone."},
     {BackupDatabase::chats, DatabaseFault::journalMissing,
-     "The newest messages may be missing: the journal of WhatsApp’s chat database is not in this backup. Copy the backup again from where it came, or make a new one with the iPhone."},
+     "The newest messages may be missing: the journal of WhatsApp’s chat database is not in this backup. Copy the "
+     "backup again from where it came, or make a new one with the iPhone."},
     {BackupDatabase::chats, DatabaseFault::journalDamaged,
-     "The newest messages may be missing: the journal of WhatsApp’s chat database is damaged. Copy the backup again from where it came, or make a new one with the iPhone."},
+     "The newest messages may be missing: the journal of WhatsApp’s chat database is damaged. Copy the backup again "
+     "from where it came, or make a new one with the iPhone."},
     {BackupDatabase::chats, DatabaseFault::damaged,
-     "Some messages may be missing: WhatsApp’s chat database is damaged. Copy the backup again from where it came, or make a new one with the iPhone."},
+     "Some messages may be missing: WhatsApp’s chat database is damaged. Copy the backup again from where it came, or "
+     "make a new one with the iPhone."},
     {BackupDatabase::contacts, DatabaseFault::journalMissing,
-     "The newest names may be missing: the journal of WhatsApp’s contacts is not in this backup. Copy the backup again from where it came, or make a new one with the iPhone."},
+     "The newest names may be missing: the journal of WhatsApp’s contacts is not in this backup. Copy the backup again "
+     "from where it came, or make a new one with the iPhone."},
     {BackupDatabase::contacts, DatabaseFault::journalDamaged,
-     "The newest names may be missing: the journal of WhatsApp’s contacts is damaged. Copy the backup again from where it came, or make a new one with the iPhone."},
+     "The newest names may be missing: the journal of WhatsApp’s contacts is damaged. Copy the backup again from where "
+     "it came, or make a new one with the iPhone."},
     {BackupDatabase::contacts, DatabaseFault::damaged,
-     "Some names may be missing: the database of WhatsApp’s contacts is damaged. Copy the backup again from where it came, or make a new one with the iPhone."},
+     "Some names may be missing: the database of WhatsApp’s contacts is damaged. Copy the backup again from where it "
+     "came, or make a new one with the iPhone."},
 }};
 
 std::vector<std::string> DatabaseCheck::warnings(BackupDatabase database, const DatabaseFaults& faults) {

@@ -148,10 +148,12 @@ ExportSummary Exporter::runExport(const ExportJob& job, const RunControl& contro
 
   const DestinationLock lock = lockDestination(job);
   const fs::path contentRoot = prepareDestination(job);
-  const auto [naming, warnings] = NamingMemory::decide({.naming = {.timeZone = timeZone, .locale = locale},
-                                                        .isTimeZoneChosen = isTimeZoneChosen,
-                                                        .isLocaleChosen = isLocaleChosen},
-                                                       NamingMemory::load(contentRoot));
+  std::vector<std::string> warnings = ScanSummary::warnings(snapshot, manifest);
+  const auto [naming, namingWarnings] = NamingMemory::decide({.naming = {.timeZone = timeZone, .locale = locale},
+                                                              .isTimeZoneChosen = isTimeZoneChosen,
+                                                              .isLocaleChosen = isLocaleChosen},
+                                                             NamingMemory::load(contentRoot));
+  warnings.insert(warnings.end(), namingWarnings.begin(), namingWarnings.end());
   if (control.warned) std::ranges::for_each(warnings, control.warned);
   ExportPlan plan = makePlan(job, {.opened = opened, .manifest = manifest, .snapshot = snapshot}, contentRoot,
                              FileNaming::stampFormatter(naming.timeZone, naming.locale));
