@@ -66,7 +66,8 @@ Json JsonRecords::json(const ScanResult& result) {
                       {"skippedThumbnailCount", result.skippedThumbnailCount},
                       {"hasChatStorage", result.hasChatStorage},
                       {"whatsAppDomain", result.whatsAppDomain},
-                      {"chats", std::move(chats)}};
+                      {"chats", std::move(chats)},
+                      {"warnings", Json::Array(result.warnings.begin(), result.warnings.end())}};
 }
 
 Json JsonRecords::json(const ExportSummary& summary) {

@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <ranges>
 
+#include "TidewellCLI/HumanText.h"
 #include "TidewellCore/ErrorReport.h"
 #include "TidewellCore/TidewellError.h"
 
@@ -68,6 +70,14 @@ void printLine(std::string_view line) { write(stdout, std::string(line) + "\n");
 void printError(std::string_view text) { write(stderr, text); }
 
 void printErrorLine(std::string_view line) { printError(std::string(line) + "\n"); }
+
+void printWarnings(const std::vector<std::string>& warnings) {
+  constexpr std::size_t shown = 10;
+  for (const std::string& warning : warnings | std::views::take(shown)) printErrorLine(HumanText::safe(warning));
+  if (warnings.size() <= shown) return;
+  printErrorLine(HumanText::counted(static_cast<std::int64_t>(warnings.size() - shown), "more warning") +
+                 "; --json lists all of them.");
+}
 
 bool flushOutput() { return std::fflush(stdout) == 0 && std::ferror(stdout) == 0; }
 

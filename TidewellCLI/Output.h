@@ -4,6 +4,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "TidewellCore/Platform/Json.h"
 
@@ -12,7 +13,8 @@ namespace ExitCode {
 inline constexpr int done = 0;
 inline constexpr int failed = 1;
 inline constexpr int usage = 2;
-inline constexpr int copiesFailed = 3;
+inline constexpr int incomplete = 3;  // something may be missing
+inline constexpr int copiesFailed = incomplete;
 inline constexpr int interrupted = 130;
 
 }  // namespace ExitCode
@@ -35,6 +37,8 @@ void reserveStandardStreams();
 void printLine(std::string_view line);
 void printError(std::string_view text);
 void printErrorLine(std::string_view line);
+// On standard error: sentences for people, the first ten of them and how many more there are.
+void printWarnings(const std::vector<std::string>& warnings);
 // One object and a line break.
 void printJson(const Json& json);
 // False when something that was printed could not be written.

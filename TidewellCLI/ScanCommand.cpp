@@ -69,7 +69,8 @@ int run(const Options& options) {
   };
   const ScanResult result = exporter.scan(backup, passwordText(password), unlocked, Interruption::check());
   options.json ? printJson(JsonRecords::json(result)) : print(result);
-  return ExitCode::done;
+  printWarnings(result.warnings);
+  return result.warnings.empty() ? ExitCode::done : ExitCode::incomplete;
 }
 
 }  // namespace

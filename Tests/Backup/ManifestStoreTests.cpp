@@ -219,6 +219,15 @@ TEST_F(ManifestStoreTest, SaysThatTheFilesTableIsMissing) {
               failsWith(TidewellError::invalidDatabase("Manifest.db has no Files table.")));
 }
 
+TEST_F(ManifestStoreTest, NothingStandsInForTheFilesTable) {
+  for (const char* sql : {"CREATE VIEW Files AS SELECT 1 AS fileID, 2 AS domain, 3 AS relativePath, 1 AS flags",
+                          "CREATE VIRTUAL TABLE Files USING fts5(fileID, domain, relativePath, flags)",
+                          "CREATE TABLE t (a); CREATE INDEX Files ON t (a)"}) {
+    EXPECT_THAT([&] { loadIndex(sql); }, failsWith(TidewellError::invalidDatabase("Manifest.db has no Files table.")))
+        << sql;
+  }
+}
+
 TEST_F(ManifestStoreTest, NamesTheFirstMissingColumn) {
   const auto missing = [](const std::string& name) {
     return TidewellError::invalidDatabase("Manifest.db is missing column " + name + ".");

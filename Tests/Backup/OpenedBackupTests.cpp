@@ -72,23 +72,48 @@ TEST_F(OpenedBackupTest, AnIndexWithAnEmptyJournalBesideItIsReadFromACopy) {
 }
 
 TEST_F(OpenedBackupTest, AFIFOOrALinkBesideTheIndexIsNeverOpened) {
+  const TidewellError unreadable = TidewellError::invalidDatabase(
+      "The journal of its file index cannot be read. Copy the backup again from where it came, or make a new one with "
+      "the iPhone.");
   write(plainContents());
   writeFile(folder_ / "outside", "text");
+  const auto expectUnopened = [&](const std::string& ending) {
+    rememberBackup();
+    if (ending == "-shm") {
+      EXPECT_THAT(index(open(std::nullopt)).media, SizeIs(1)) << "it holds nothing that is not in the journal";
+    } else {
+      EXPECT_THAT([&] { open(std::nullopt); }, failsWith(unreadable)) << ending;
+    }
+    EXPECT_EQ(treeSnapshot(device_), before_) << ending;
+  };
   for (const char* ending : {"-journal", "-wal", "-shm"}) {
     const fs::path companion = device_ / (std::string("Manifest.db") + ending);
     ASSERT_EQ(::mkfifo(companion.c_str(), 0600), 0);
-    rememberBackup();
-    EXPECT_THAT(index(open(std::nullopt)).media, SizeIs(1)) << ending;
-    EXPECT_EQ(treeSnapshot(device_), before_) << ending;
+    expectUnopened(ending);
     fs::remove(companion);
     fs::create_symlink(folder_ / "outside", companion);
-    rememberBackup();
-    EXPECT_THAT(index(open(std::nullopt)).media, SizeIs(1)) << ending;
-    EXPECT_EQ(treeSnapshot(device_), before_) << ending;
+    expectUnopened(ending);
     fs::remove(companion);
   }
   EXPECT_EQ(readFile(folder_ / "outside"), bytesOf("text"));
   rememberBackup();
+}
+
+TEST_F(OpenedBackupTest, ADamagedJournalOfTheIndexIsAWarning) {
+  BackupContents contents = plainContents();
+  for (int i = 0; i < 300; ++i) {
+    contents.whatsApp.files.push_back({"", "Message/Media/b/" + std::to_string(i) + ".jpg", bytesOf("x")});
+  }
+  contents.manifestJournal = Journal::walWithPendingRows;
+  write(contents);
+  EXPECT_THAT(index(open(std::nullopt)).warnings, IsEmpty());
+  Bytes journal = readFile(device_ / "Manifest.db-wal");
+  journal.at(3000) ^= 1;
+  writeFile(device_ / "Manifest.db-wal", journal);
+  rememberBackup();
+  const ManifestStore store = index(open(std::nullopt));
+  EXPECT_THAT(store.media, SizeIs(testing::Lt(301U)));
+  EXPECT_THAT(store.warnings, testing::ElementsAre(StartsWith("The newest files may be missing: the journal")));
 }
 
 TEST_F(OpenedBackupTest, AnIndexThatIsAFIFOOrALinkIsMissing) {

@@ -204,7 +204,7 @@ TEST_F(OpenedBackupTest, CancelsBetweenTheTwoDerivations) {
   const Bytes tag = bytesOf("ITER");
   const auto iterations = std::search(bag.begin(), bag.end(), tag.begin(), tag.end());
   ASSERT_NE(iterations, bag.end());
-  iterations[8] = 0x0B;
+  iterations[8] = 0x05;
   setKey(backup_.manifest, "BackupKeyBag", bag);
   rewriteManifest();
   int checks = 0;

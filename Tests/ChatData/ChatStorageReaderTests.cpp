@@ -56,6 +56,26 @@ TEST(ChatStorageReader, ReadsChatsMessagesMembersAndMedia) {
   EXPECT_EQ(*snapshot.mediaMessage("Message/" + local), expected);
 }
 
+TEST(ChatStorageReader, CutsNamesThatNoScreenShowsAndNoMessages) {
+  std::string name;
+  while (name.size() < 30'000) name += "Ana Maria ";
+  const std::string cut = name.substr(0, 10'000);
+  const ChatStorageSnapshot snapshot = readChats(
+      {.chats = {{.jid = ana, .name = name}, {.jid = std::string(10'001, '5') + "@s.whatsapp.net"}},
+       .messages = {{.chat = 1, .text = name, .fromJID = std::string(20'000, '5'), .pushName = name, .member = 1}},
+       .members = {{.chat = 1, .jid = ana, .contactName = name, .firstName = name}},
+       .pushNames = {{.jid = ana, .name = name}}});
+  EXPECT_EQ(snapshot.chats.at(1).name, cut);
+  EXPECT_EQ(snapshot.chats.at(2).jid, std::string(10'000, '5'));
+  EXPECT_EQ(snapshot.directory.groupMembers.at(1).contactName, cut);
+  EXPECT_EQ(snapshot.directory.groupMembers.at(1).firstName, cut);
+  EXPECT_EQ(snapshot.directory.pushName(ana), cut);
+  const MessageRecord& message = snapshot.messagesByChat.at(1).at(0);
+  EXPECT_EQ(message.pushName, cut);
+  EXPECT_EQ(message.fromJID, std::string(10'000, '5'));
+  EXPECT_EQ(message.text, name);
+}
+
 TEST(ChatStorageReader, ReadsTheRowsOfEveryJournal) {
   for (const Journal journal : {Journal::rollback, Journal::walHeader, Journal::walWithPendingRows}) {
     WhatsAppContents app{.chats = {{.jid = ana}}, .journal = journal};

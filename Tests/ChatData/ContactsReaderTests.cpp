@@ -38,6 +38,18 @@ TEST(ContactsReader, ReadsARowAndMakesFullJids) {
                                 .phoneNumber = "+55 11 90000-1111"}));
 }
 
+TEST(ContactsReader, CutsNamesThatNoScreenShows) {
+  const std::string name(10'001, 'a');
+  const std::string family = "👨‍👩‍👧";
+  std::string families;
+  for (int i = 0; i < 10'000; ++i) families += family;
+  EXPECT_EQ(only({.fullName = name}).fullName, name.substr(1));
+  EXPECT_EQ(only({.fullName = bytesOf(name)}).fullName, name.substr(1));
+  EXPECT_EQ(only({.fullName = name.substr(1)}).fullName, name.substr(1)) << "as long as a name may be";
+  const std::string cut = only({.fullName = families}).fullName.value();
+  EXPECT_EQ(cut.size(), 40'000 / family.size() * family.size()) << "nobody is cut out of a family";
+}
+
 TEST(ContactsReader, ReadsTheRowsOfTheLogToo) {
   WhatsAppContents app;
   for (int i = 0; i < 8; ++i) app.contacts.push_back({.fullName = "Ana"});

@@ -2,8 +2,10 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <algorithm>
+#include <functional>
 
 #include "Tests/Support/BackupBuilder.h"
 #include "Tests/Support/Failures.h"
@@ -14,8 +16,12 @@ namespace Fixture {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
+using testing::StartsWith;
 
 constexpr const char* phone = "5511900001111@s.whatsapp.net";
 
@@ -28,6 +34,12 @@ WhatsAppContents app(std::string domain, const std::string& name) {
           .contacts = {{.fullName = name, .whatsAppID = phone}}};
 }
 
+void flipBit(const fs::path& file, std::size_t offset) {
+  Bytes bytes = readFile(file);
+  bytes.at(offset) ^= 1;
+  writeFile(file, bytes);
+}
+
 // Loads from plain and encrypted backups, and checks that nothing is left behind or touched.
 class SnapshotLoaderTest : public testing::TestWithParam<bool> {
  protected:
@@ -37,7 +49,8 @@ class SnapshotLoaderTest : public testing::TestWithParam<bool> {
 
   ChatStorageSnapshot load(const CancellationCheck& isCancelled = {}) {
     fs::remove_all(device_);
-    writeBackup(contents_, device_);
+    const WrittenBackup backup = writeBackup(contents_, device_);
+    if (prepare_) prepare_(backup);
     const auto before = treeSnapshot(device_);
     std::optional<ChatStorageSnapshot> snapshot;
     try {
@@ -62,6 +75,7 @@ class SnapshotLoaderTest : public testing::TestWithParam<bool> {
   PrivateTemporaryFolder temporary_;
   fs::path device_ = folder_ / "device";
   BackupContents contents_;
+  std::function<void(const WrittenBackup&)> prepare_;  // changes the backup before it is read
 };
 
 INSTANTIATE_TEST_SUITE_P(PlainAndEncrypted, SnapshotLoaderTest, testing::Bool());
@@ -98,11 +112,92 @@ TEST_P(SnapshotLoaderTest, NeverMixesTheDatabasesOfTheTwoApps) {
 }
 
 TEST_P(SnapshotLoaderTest, AMissingFileIsNamed) {
-  for (const char* path :
-       {"ChatStorage.sqlite", "ChatStorage.sqlite-wal", "ContactsV2.sqlite", "ContactsV2.sqlite-wal"}) {
+  for (const char* path : {"ChatStorage.sqlite", "ContactsV2.sqlite"}) {
     contents_.whatsApp.databaseStorage = {{path, {.missing = true}}};
     expectUnreadable(std::string("Missing backup file for ") + path + ".");
   }
+}
+
+TEST_P(SnapshotLoaderTest, AWholeBackupHasNoWarnings) { EXPECT_THAT(load().warnings, IsEmpty()); }
+
+TEST_P(SnapshotLoaderTest, AMissingJournalIsAWarning) {
+  contents_.whatsApp.databaseStorage = {{"ChatStorage.sqlite-wal", {.missing = true}},
+                                        {"ContactsV2.sqlite-wal", {.missing = true}}};
+  const ChatStorageSnapshot snapshot = load();
+  EXPECT_THAT(snapshot.messagesByChat.at(1), SizeIs(2)) << "what the journal held is gone";
+  EXPECT_THAT(snapshot.warnings, ElementsAre(StartsWith("The newest messages may be missing: the journal"),
+                                             StartsWith("The newest names may be missing: the journal")));
+}
+
+TEST_P(SnapshotLoaderTest, AMissingIndexOfAJournalIsNone) {
+  contents_.whatsApp.databaseStorage = {{"ChatStorage.sqlite-shm", {.missing = true}},
+                                        {"ContactsV2.sqlite-shm", {.missing = true}}};
+  const ChatStorageSnapshot snapshot = load();
+  EXPECT_THAT(snapshot.messagesByChat.at(1), SizeIs(3));
+  EXPECT_THAT(snapshot.warnings, IsEmpty());
+}
+
+TEST_P(SnapshotLoaderTest, AJournalThatIsAFIFOIsAFailure) {
+  prepare_ = [&](const WrittenBackup& backup) {
+    const fs::path journal = backup.storedFile("ChatStorage.sqlite-wal");
+    fs::remove(journal);
+    ASSERT_EQ(::mkfifo(journal.c_str(), 0600), 0);
+  };
+  expectUnreadable("Missing backup file for ChatStorage.sqlite-wal.");
+}
+
+TEST_P(SnapshotLoaderTest, OneFlippedBitInAJournalIsAWarning) {
+  for (int i = 0; i < 1000; ++i) contents_.whatsApp.messages.push_back({.chat = 1, .text = std::string(100, 'a')});
+  ASSERT_THAT(load().messagesByChat.at(1), SizeIs(1003));
+  prepare_ = [](const WrittenBackup& backup) {
+    flipBit(backup.storedFile("ChatStorage.sqlite-wal"), 2000);
+    flipBit(backup.storedFile("ContactsV2.sqlite-wal"), 2000);
+  };
+  const ChatStorageSnapshot snapshot = load();
+  EXPECT_THAT(snapshot.messagesByChat.at(1), SizeIs(testing::Lt(1003U)));
+  EXPECT_THAT(snapshot.warnings, ElementsAre(AllOf(StartsWith("The newest messages"), HasSubstr("damaged")),
+                                             AllOf(StartsWith("The newest names"), HasSubstr("damaged"))));
+}
+
+TEST_P(SnapshotLoaderTest, AJournalShorterThanRecordedIsAWarning) {
+  for (const std::size_t length : {0UL, 32UL, 4160UL}) {
+    contents_.whatsApp.databaseStorage = {{"ChatStorage.sqlite-wal", {.truncatedTo = length}}};
+    EXPECT_THAT(load().warnings, ElementsAre(StartsWith("The newest messages may be missing"))) << length;
+  }
+}
+
+TEST_P(SnapshotLoaderTest, AChatDatabaseWithoutMessagesIsUnreadable) {
+  const std::string missing =
+      "Its list of messages is missing, so it is empty or damaged. Copy the backup again from where it came, or make a "
+      "new one with the iPhone.";
+  for (const char* sql :
+       {"DROP TABLE ZWAMESSAGE", "DROP TABLE ZWAMESSAGE; CREATE VIEW ZWAMESSAGE AS SELECT 1 AS Z_PK, 1 AS ZCHATSESSION",
+        "DROP TABLE ZWAMESSAGE; CREATE VIRTUAL TABLE ZWAMESSAGE USING fts5(Z_PK, ZCHATSESSION)"}) {
+    contents_.whatsApp.chatStorageSQL = sql;
+    expectUnreadable(missing);
+  }
+  contents_.whatsApp.chatStorageSQL.clear();
+  prepare_ = [](const WrittenBackup& backup) { writeFile(backup.storedFile("ChatStorage.sqlite"), ""); };
+  expectUnreadable(missing);
+}
+
+TEST_P(SnapshotLoaderTest, WhatStandsInForAnotherTableIsAWarning) {
+  contents_.whatsApp.chatStorageSQL =
+      "DROP TABLE ZWACHATSESSION; CREATE VIEW ZWACHATSESSION AS SELECT 1 AS Z_PK, 'x' AS ZCONTACTJID";
+  const ChatStorageSnapshot snapshot = load();
+  EXPECT_THAT(snapshot.messagesByChat.at(1), SizeIs(3));
+  EXPECT_THAT(snapshot.warnings, ElementsAre(StartsWith("Some messages may be missing")));
+}
+
+TEST_P(SnapshotLoaderTest, ContactsWithoutTheirTableAreAWarning) {
+  const auto warns = ElementsAre(StartsWith("Some names may be missing"));
+  contents_.whatsApp.contactsSQL = "DROP TABLE ZWAADDRESSBOOKCONTACT";
+  EXPECT_THAT(load().warnings, warns);
+  contents_.whatsApp.contactsSQL.clear();
+  prepare_ = [](const WrittenBackup& backup) {
+    for (const char* name : {"ContactsV2.sqlite", "ContactsV2.sqlite-wal"}) writeFile(backup.storedFile(name), "");
+  };
+  EXPECT_THAT(load().warnings, testing::Contains(StartsWith("Some names may be missing")));
 }
 
 TEST_P(SnapshotLoaderTest, AHostileIdentifierOfADatabaseIsAMissingFile) {

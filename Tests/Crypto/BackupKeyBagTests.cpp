@@ -14,6 +14,9 @@ using Fixture::appendItem;
 using Fixture::failsWith;
 
 constexpr const char* truncated = "The backup key bag is truncated.";
+constexpr const char* excessive =
+    "The key bag of this encrypted backup asks for more work than an iPhone’s ever does, so it is damaged or was "
+    "tampered with. Use another copy of the backup.";
 constexpr const char* unusable = "This encrypted backup is missing a usable key bag.";
 
 Fixture::KeyBag makeBag(const Fixture::KeyBagOptions& options) {
@@ -87,6 +90,25 @@ TEST(BackupKeyBag, ReadsEveryItem) {
   EXPECT_EQ(bag.unwrappedClassKeyCount(), 0u) << "a bag that was just read is locked";
 }
 
+TEST(BackupKeyBag, MoreRoundsThanAPhoneAsksForAreRefused) {
+  for (const char* tag : {"ITER", "DPIC"}) {
+    Bytes blob = header();
+    appendItem(blob, tag, 100'000'000U);
+    EXPECT_NO_THROW(BackupKeyBag::parse(withClassKey(blob))) << tag;
+    appendItem(blob, tag, 100'000'001U);
+    EXPECT_THAT([&] { BackupKeyBag::parse(withClassKey(blob)); }, failsWith(excessive)) << tag;
+  }
+}
+
+TEST(BackupKeyBag, MoreItemsThanAPhoneWritesAreRefused) {
+  Bytes blob = withClassKey(header());
+  constexpr std::size_t itemsSoFar = 8;
+  for (std::size_t i = itemsSoFar; i < 4096; ++i) appendItem(blob, "XXXX", Bytes{});
+  EXPECT_NO_THROW(BackupKeyBag::parse(blob));
+  appendItem(blob, "XXXX", Bytes{});
+  EXPECT_THAT([&] { BackupKeyBag::parse(blob); }, failsWith(excessive));
+}
+
 TEST(BackupKeyBag, AnOldBagHasNoSecondDerivation) {
   const BackupKeyBag bag = BackupKeyBag::parse(withClassKey(header()));
   EXPECT_EQ(bag.doubleSalt, std::nullopt);
@@ -156,14 +178,6 @@ TEST(BackupKeyBag, EveryCutOfABagIsRefusedOrReadable) {
     } catch (const TidewellError& error) {
       EXPECT_TRUE(error == TidewellError::ioFailure(truncated) || error == TidewellError::ioFailure(unusable));
     }
-  }
-}
-
-TEST(BackupKeyBag, ACountOfRoundsThatWouldTakeHoursIsUnusable) {
-  for (const char* tag : {"ITER", "DPIC"}) {
-    Bytes blob = header();
-    appendItem(blob, tag, 4'000'000'000U);
-    EXPECT_THAT([&] { BackupKeyBag::parse(withClassKey(blob)); }, failsWith(unusable)) << tag;
   }
 }
 
@@ -299,12 +313,12 @@ TEST(BackupKeyBag, AKeyThatDoesNotUnwrapAllLeavesTheBagLocked) {
   EXPECT_FALSE(ofTheDevice.unlock(key));
 }
 
-// 200,000,000 rounds take the best part of a minute.
+// 100,000,000 rounds take half a minute.
 TEST(BackupKeyBag, AKeyIsNotDerivedAgain) {
   const Fixture::KeyBag made = makeBag({.password = "x"});
   PasswordKey key = BackupKeyBag::parse(made.blob).unlock("x");
   BackupKeyBag slow = BackupKeyBag::parse(made.blob);
-  slow.doubleIterations = key.derivation.doubleIterations = 200'000'000;
+  slow.doubleIterations = key.derivation.doubleIterations = 100'000'000;
   const auto start = std::chrono::steady_clock::now();
   EXPECT_TRUE(slow.unlock(key));
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));

@@ -44,7 +44,7 @@ TEST(ScanCommand, GivesTheFieldsOfTheResultAsJson) {
   Fixture::writeBackup(smallBackup(), commandLine / "device");
   const Json::Object object = commandLine.run({"scan", "device", "--json"}).json();
   for (const char* key : {"chatCount", "totalBytes", "statsByKind", "skippedThumbnailCount", "hasChatStorage",
-                          "whatsAppDomain", "chats"}) {
+                          "whatsAppDomain", "chats", "warnings"}) {
     EXPECT_TRUE(object.contains(key)) << key;
   }
   const Json::Object& photos = *object.at("statsByKind").as<Json::Object>()->at("photos").as<Json::Object>();
@@ -53,6 +53,39 @@ TEST(ScanCommand, GivesTheFieldsOfTheResultAsJson) {
   const Json::Object& chat = *object.at("chats").as<Json::Array>()->at(0).as<Json::Object>();
   EXPECT_EQ(*chat.at("jid").as<std::string>(), ana);
   EXPECT_EQ(*chat.at("messageCount").as<std::int64_t>(), 2);
+}
+
+TEST(ScanCommand, SaysWhatMayBeMissingAndEndsWithAnotherCode) {
+  const std::string warning =
+      "The newest messages may be missing: the journal of WhatsApp’s chat database is damaged. Copy the backup again "
+      "from where it came, or make a new one with the iPhone.";
+  for (Fixture::BackupContents contents : {smallBackup(), encryptedBackup()}) {
+    for (int i = 0; i < 300; ++i) contents.whatsApp.messages.push_back({.chat = 1, .text = std::string(100, 'a')});
+    const CommandLine commandLine;
+    const auto backup = Fixture::writeBackup(contents, commandLine / "device");
+    const auto journal = backup.storedFile("ChatStorage.sqlite-wal");
+    Fixture::Bytes bytes = Fixture::readFile(journal);
+    bytes.at(3000) ^= 1;
+    Fixture::writeFile(journal, bytes);
+    const Finished finished = commandLine.run({"scan", "device", "--password-stdin"}, "correct horse");
+    EXPECT_EQ(finished.exitCode, 3);
+    EXPECT_THAT(finished.errors, HasSubstr(warning + "\n"));
+    EXPECT_THAT(finished.output, HasSubstr("1 chat"));
+    const Finished asJson = commandLine.run({"scan", "device", "--password-stdin", "--json"}, "correct horse");
+    EXPECT_EQ(asJson.exitCode, 3);
+    const Json::Object object = asJson.json();
+    ASSERT_EQ(object.at("warnings").as<Json::Array>()->size(), 1U);
+    EXPECT_EQ(*object.at("warnings").as<Json::Array>()->at(0).as<std::string>(), warning);
+  }
+}
+
+TEST(ScanCommand, AnEmptyChatDatabaseIsAnErrorAndNotNothing) {
+  const CommandLine commandLine;
+  const auto backup = Fixture::writeBackup(smallBackup(), commandLine / "device");
+  Fixture::writeFile(backup.storedFile("ChatStorage.sqlite"), "");
+  const Finished finished = commandLine.run({"scan", "device"});
+  EXPECT_EQ(finished.exitCode, 1);
+  EXPECT_THAT(finished.errors, testing::StartsWith("Could not read WhatsApp’s chat database. Its list of messages"));
 }
 
 TEST(ScanCommand, TakesThePasswordFromAFileOrStandardInput) {

@@ -54,6 +54,17 @@ TEST_P(ExporterDamageTest, AMissingFileIsACountedFailure) {
   expectFailures(1);
 }
 
+TEST_P(ExporterDamageTest, AJournalThatIsMissingIsAWarningBeforeAnythingIsCopied) {
+  scene.contents.whatsApp.databaseStorage["ChatStorage.sqlite-wal"] = {.missing = true};
+  scene.write();
+  std::vector<std::string> told;
+  const ExportSummary summary =
+      scene.run(ExportTest::mediaAlone(), {.warned = [&](const std::string& text) { told.push_back(text); }});
+  ASSERT_EQ(summary.warnings.size(), 1U);
+  EXPECT_TRUE(summary.warnings[0].starts_with("The newest messages may be missing")) << summary.warnings[0];
+  EXPECT_EQ(told, summary.warnings);
+}
+
 TEST_P(ExporterDamageTest, AllOfAChatsFilesMissingMakesNoFolder) {
   photo().storage.missing = true;
   video().storage.missing = true;

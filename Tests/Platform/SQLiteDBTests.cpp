@@ -257,6 +257,68 @@ TEST_F(SQLiteDBTest, RefusesUnsafeIdentifiers) {
   EXPECT_TRUE(db.tableExists("t"));
 }
 
+TEST_F(SQLiteDBTest, NothingButATableIsOne) {
+  const SQLiteDB db = database(
+      "CREATE TABLE plain (a); CREATE TABLE other (a); CREATE VIEW aView AS SELECT a FROM plain;"
+      "CREATE VIRTUAL TABLE virtual USING fts5(a); CREATE INDEX anIndex ON plain (a);"
+      "CREATE TRIGGER plain AFTER INSERT ON plain BEGIN DELETE FROM other; END;");
+  EXPECT_EQ(db.kindOf("plain"), SQLiteDB::Kind::table);
+  EXPECT_EQ(db.kindOf("missing"), SQLiteDB::Kind::none);
+  for (const char* name : {"aView", "virtual", "anIndex"}) {
+    EXPECT_EQ(db.kindOf(name), SQLiteDB::Kind::other) << name;
+    EXPECT_FALSE(db.tableExists(name)) << name;
+  }
+}
+
+TEST_F(SQLiteDBTest, NoViewOrVirtualTableIsEverRead) {
+  const SQLiteDB db = database(
+      "CREATE VIEW aView AS SELECT 1 AS a; CREATE VIRTUAL TABLE virtual USING fts5(a);"
+      "INSERT INTO virtual VALUES ('row')");
+  EXPECT_EQ(errorOf([&] { valueOf(db, "SELECT a FROM aView"); }),
+            TidewellError::invalidDatabase("access to view \"aView\" prohibited"));
+  EXPECT_EQ(errorOf([&] { valueOf(db, "SELECT a FROM virtual"); }),
+            TidewellError::invalidDatabase("no such module: fts5"));
+}
+
+TEST_F(SQLiteDBTest, AViewThatCallsItselfATableIsAnError) {
+  const SQLiteDB db = database(
+      "CREATE TABLE t (a); CREATE VIEW v AS SELECT 1 AS a; PRAGMA writable_schema = ON;"
+      "UPDATE sqlite_master SET type = 'table', rootpage = 2 WHERE name = 'v'");
+  EXPECT_EQ(errorOf([&] { db.tableExists("v"); }), TidewellError::invalidDatabase("malformed database schema (v)"));
+}
+
+TEST_F(SQLiteDBTest, AStrangersFileIsDistrusted) {
+  execute(file_, "CREATE TABLE t (a)");
+  for (const auto mode : {SQLiteDB::OpenMode::readOnly, SQLiteDB::OpenMode::writableCopy}) {
+    const SQLiteDB db = open(mode);
+    EXPECT_EQ(valueOf(db, "PRAGMA trusted_schema"), SQLiteValue(std::int64_t{0}));
+    EXPECT_EQ(valueOf(db, "PRAGMA cell_size_check"), SQLiteValue(std::int64_t{1}));
+    EXPECT_EQ(errorOf([&] { db.query("ATTACH ':memory:' AS other", {}, {}); }),
+              TidewellError::invalidDatabase("too many attached databases - max 0"));
+  }
+}
+
+TEST_F(SQLiteDBTest, AValueOfMoreThan64MegabytesIsRefused) {
+  const SQLiteDB db = database("CREATE TABLE t (a); INSERT INTO t VALUES (zeroblob(67108000)), (zeroblob(67108865))");
+  EXPECT_EQ(valueOf(db, "SELECT length(a) FROM t WHERE rowid = 1"), SQLiteValue(std::int64_t{67108000}));
+  EXPECT_EQ(errorOf([&] { valueOf(db, "SELECT a FROM t WHERE rowid = 2"); }),
+            TidewellError::invalidDatabase("string or blob too big"));
+}
+
+TEST_F(SQLiteDBTest, ALinkInTheFilesPlaceIsRefusedButNotOneAbove) {
+  const fs::path folder = folder_ / "folder";
+  fs::create_directory(folder);
+  execute(folder / "t.db", "CREATE TABLE t (a)");
+  fs::create_symlink(folder / "t.db", folder / "link.db");
+  fs::create_directory_symlink(folder, folder_ / "linked");
+  for (const auto mode : {SQLiteDB::OpenMode::readOnly, SQLiteDB::OpenMode::writableCopy}) {
+    const auto error = errorOf([&] { SQLiteDB(folder / "link.db", mode); });
+    ASSERT_TRUE(error);
+    EXPECT_EQ(std::get<TidewellError::DatabaseOpenFailed>(error->value()).path, (folder / "link.db").string());
+    EXPECT_TRUE(SQLiteDB(folder_ / "linked/t.db", mode).tableExists("t"));
+  }
+}
+
 // A working copy of a database that was in WAL mode, newest row in its -wal file alone.
 class SQLiteWALTest : public SQLiteDBTest {
  protected:

@@ -52,6 +52,7 @@ OptionsStepContent OptionsStepContent::of(const ExportState& state, const L10n& 
       .isEmpty = state.scanResult && scan.chatCount == 0 && scan.mediaFileCount == 0,
       .exportTranscripts = state.exportTranscripts,
       .destination = DestinationContent::of(state, texts)};
+  for (const std::string& warning : scan.warnings) content.warnings.append(texts.text(ContentText::text(warning)));
   for (const MediaKind kind : MediaKind::allCases) content.kinds.append(kindContent(kind, state, texts));
   return content;
 }

@@ -59,6 +59,7 @@ struct OptionsStepContent {
   Q_PROPERTY(QString chats MEMBER chats)
   Q_PROPERTY(QString media MEMBER media)
   Q_PROPERTY(bool isEmpty MEMBER isEmpty)
+  Q_PROPERTY(QStringList warnings MEMBER warnings)
   Q_PROPERTY(QList<MediaKindContent> kinds MEMBER kinds)
   Q_PROPERTY(bool exportTranscripts MEMBER exportTranscripts)
   Q_PROPERTY(DestinationContent destination MEMBER destination)
@@ -69,6 +70,7 @@ struct OptionsStepContent {
   QString chats;
   QString media;
   bool isEmpty = false;  // the scan found nothing
+  QStringList warnings;  // what the scan may have missed
   QList<MediaKindContent> kinds;
   bool exportTranscripts = true;
   DestinationContent destination;

@@ -89,29 +89,9 @@ ScrollPage {
                 wrapMode: Text.Wrap
             }
         }
-        Repeater {
-            model: view.content.warnings.length
-
-            RowLayout {
-                id: warning
-
-                required property int index
-
-                spacing: Theme.snug
-                Layout.fillWidth: true
-
-                Symbol {
-                    Layout.alignment: Qt.AlignTop
-                    name: "exclamationmark.triangle"
-                    tint: Theme.warning
-                    size: 26
-                }
-                Words {
-                    Layout.fillWidth: true
-                    text: view.content.warnings[warning.index]
-                    wrapMode: Text.Wrap
-                }
-            }
+        WarningList {
+            Layout.fillWidth: true
+            warnings: view.content.warnings
         }
     }
     FailureList {

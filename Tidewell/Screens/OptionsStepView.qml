@@ -52,6 +52,10 @@ ScrollPage {
             color: Theme.warning
             wrapMode: Text.Wrap
         }
+        WarningList {
+            Layout.fillWidth: true
+            warnings: view.content.warnings
+        }
     }
     Card {
         Layout.fillWidth: true

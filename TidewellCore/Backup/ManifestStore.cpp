@@ -5,6 +5,7 @@
 #include <set>
 #include <string_view>
 
+#include "TidewellCore/Backup/DatabaseCheck.h"
 #include "TidewellCore/Crypto/MBFileArchive.h"
 #include "TidewellCore/MediaKind.h"
 #include "TidewellCore/Platform/Files.h"
@@ -16,6 +17,7 @@ namespace {
 
 // The consumer app and the business app.
 constexpr std::array<const char*, 2> domainPatterns{"%whatsapp.WhatsApp.shared", "%whatsapp.WhatsAppSMB.shared"};
+constexpr std::array<const char*, 1> tables{"Files"};
 constexpr std::array<const char*, 4> requiredColumns{"FILEID", "DOMAIN", "RELATIVEPATH", "FLAGS"};
 
 constexpr const char* interestingPaths = R"()
@@ -115,10 +117,13 @@ ManifestStore ManifestStore::load(const std::filesystem::path& backup,
                                   const std::optional<std::filesystem::path>& manifestDatabase, bool isWritableCopy) {
   const std::filesystem::path index = manifestDatabase.value_or(backup / "Manifest.db");
   if (!Files::isRegularFile(index)) throw TidewellError::missingManifestDB();
+  DatabaseFaults faults = DatabaseCheck::beforeOpening(index);
   const SQLiteDB database(PathText::text(index),
                           isWritableCopy ? SQLiteDB::OpenMode::writableCopy : SQLiteDB::OpenMode::readOnly,
                           isWritableCopy ? "open decrypted Manifest.db" : "open Manifest.db");
   ManifestStore store{.files = readFiles(database)};
+  faults.merge(DatabaseCheck::within(database, tables));
+  store.warnings = DatabaseCheck::warnings(BackupDatabase::index, faults);
   pickDatabases(store);
   sortIntoLists(store);
   return store;

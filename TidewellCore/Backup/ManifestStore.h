@@ -32,6 +32,7 @@ struct ManifestStore {
   std::vector<ManifestFile> media;
   std::vector<ManifestFile> skippedThumbnails;
   std::vector<ManifestFile> profilePictures;
+  std::vector<std::string> warnings;  // what may be missing: sentences for people, in English
 
   // `manifestDatabase` stands in for the backup's own Manifest.db, which SQLite
   // would write beside if it were in WAL mode (OpenedBackup sees to that);

@@ -17,14 +17,16 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* indexName = "Manifest.db";
+constexpr const char* unreadableJournal =
+    "The journal of its file index cannot be read. Copy the backup again from where it came, or make a new one with "
+    "the iPhone.";
 
 // Reading such an index in place would write beside it, lack its newest rows,
 // or wait for a FIFO that somebody put beside it.
 bool needsWorkingCopy(const fs::path& index) {
-  for (const char* ending : SQLiteHeader::companionEndings) {
-    std::error_code ignored;
-    if (fs::exists(fs::symlink_status(index.native() + ending, ignored))) return true;
-  }
+  const bool hasCompanion = std::ranges::any_of(SQLiteHeader::companionEndings,
+                                                [&](const char* ending) { return Files::kindOf(index.native() + ending) != Files::Kind::nothing; });
+  if (hasCompanion) return true;
   const auto header = SQLiteHeader::read(index);
   return header && header->isWAL;
 }
@@ -84,13 +86,17 @@ void OpenedBackup::decryptManifest(const RunControl& control, BackupUnlockReport
   report.openedAsWritableCopy = true;
 }
 
+// The third companion, -shm, is only an index of the -wal, which SQLite makes anew.
 void OpenedBackup::copyManifest() {
   workingFolder_.emplace(TemporaryFolder::manifestPrefix);
   const auto copy = [](const fs::path& from, const fs::path& to) { Files::copy(from, to, {}, FileAccess::ownerOnly); };
   copy(url() / indexName, manifestDatabaseURL());
-  for (const char* ending : SQLiteHeader::companionEndings) {
-    const fs::path companion = (url() / indexName).native() + ending;
-    if (Files::isRegularFile(companion)) copy(companion, manifestDatabaseURL().native() + ending);
+  for (const char* ending : {"-wal", "-journal"}) {
+    const fs::path journal = (url() / indexName).native() + ending;
+    const Files::Kind kind = Files::kindOf(journal);
+    if (kind == Files::Kind::nothing) continue;
+    if (kind != Files::Kind::file) throw TidewellError::invalidDatabase(unreadableJournal);
+    copy(journal, manifestDatabaseURL().native() + ending);
   }
 }
 
@@ -100,6 +106,15 @@ fs::path OpenedBackup::manifestDatabaseURL() const {
 
 std::optional<fs::path> OpenedBackup::location(const ManifestFile& file) const {
   return storedFileLocation(url(), file.fileID);
+}
+
+bool OpenedBackup::isStored(const ManifestFile& file) const {
+  const auto stored = location(file);
+  try {
+    return !stored || Files::kindOf(*stored) != Files::Kind::nothing;
+  } catch (const fs::filesystem_error&) {
+    return true;  // reading it will tell
+  }
 }
 
 std::int64_t OpenedBackup::sourceSize(const ManifestFile& file) const {

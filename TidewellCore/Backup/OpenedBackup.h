@@ -48,6 +48,9 @@ class OpenedBackup {
   // identifier that is not fit to be a path.
   std::optional<std::filesystem::path> location(const ManifestFile& file) const;
 
+  // False only when it is known that nothing stands there.
+  bool isStored(const ManifestFile& file) const;
+
   // The recorded size of the plaintext, else the stored file's, else 0.
   std::int64_t sourceSize(const ManifestFile& file) const;
   // The size of the plaintext as the stored file bears it out, whatever was

@@ -22,6 +22,10 @@ SQLiteDB open(const std::filesystem::path& copiedDatabase) {
   }
 }
 
+std::optional<std::string> nameOf(const SQLiteRow& row, const std::string& column) {
+  return NameResolver::cut(row.textValue(column));
+}
+
 std::optional<std::string> plausible(std::optional<std::string> name) {
   if (!name || !NameResolver::isPlausibleDisplayName(*name)) return std::nullopt;
   return name;
@@ -37,7 +41,7 @@ void loadChats(const SQLiteDB& database, ChatStorageSnapshot& snapshot) {
     const auto key = row.intValue(pk);
     if (!key) return;
     snapshot.chats.insert_or_assign(
-        *key, ChatRecord{.pk = *key, .jid = row.textValue(jid).value_or(""), .name = row.textValue(name).value_or("")});
+        *key, ChatRecord{.pk = *key, .jid = nameOf(row, jid).value_or(""), .name = nameOf(row, name).value_or("")});
   });
   for (const auto& [key, chat] : snapshot.chats) {
     if (!chat.jid.empty()) snapshot.chatsByJID.insert_or_assign(chat.jid, chat);
@@ -54,11 +58,10 @@ void loadGroupMembers(const SQLiteDB& database, ContactDirectory& directory) {
   table.forEachRow([&](const SQLiteRow& row) {
     const auto key = row.intValue(pk);
     if (!key) return;
-    directory.groupMembers.insert_or_assign(*key,
-                                            GroupMemberRecord{.pk = *key,
-                                                              .jid = row.textValue(jid),
-                                                              .contactName = plausible(row.textValue(contactName)),
-                                                              .firstName = plausible(row.textValue(firstName))});
+    directory.groupMembers.insert_or_assign(*key, GroupMemberRecord{.pk = *key,
+                                                                    .jid = nameOf(row, jid),
+                                                                    .contactName = plausible(nameOf(row, contactName)),
+                                                                    .firstName = plausible(nameOf(row, firstName))});
   });
 }
 
@@ -68,8 +71,8 @@ void loadProfilePushNames(const SQLiteDB& database, ContactDirectory& directory)
   const std::string name = table.select({"ZPUSHNAME", "ZNAME"});
   if (jid.empty() || name.empty()) return;
   table.forEachRow([&](const SQLiteRow& row) {
-    const std::string owner = row.textValue(jid).value_or("");
-    const auto pushName = plausible(textOrUTF8(row.value(name)));
+    const std::string owner = nameOf(row, jid).value_or("");
+    const auto pushName = plausible(NameResolver::cut(textOrUTF8(row.value(name))));
     if (!owner.empty() && pushName) directory.addPushName(owner, *pushName);
   });
 }
@@ -80,8 +83,8 @@ void loadLIDPairs(const SQLiteDB& database, ContactDirectory& directory) {
   const std::string phone = table.select({"ZPHONENUMBER"});
   if (lid.empty() || phone.empty()) return;
   table.forEachRow([&](const SQLiteRow& row) {
-    const auto identity = NameResolver::trimmedNonEmpty(row.textValue(lid));
-    const auto number = NameResolver::trimmedNonEmpty(row.textValue(phone));
+    const auto identity = NameResolver::trimmedNonEmpty(nameOf(row, lid));
+    const auto number = NameResolver::trimmedNonEmpty(nameOf(row, phone));
     if (identity && number) directory.link(NameResolver::lidJID(*identity), NameResolver::whatsAppJID(*number));
   });
 }
@@ -106,7 +109,8 @@ std::optional<Date> date(const SQLiteValue* value) {
 // A name stored as text is kept as it is; one stored as bytes only when it reads like a name.
 std::optional<std::string> messagePushName(const SQLiteValue* value) {
   const bool isBlob = value != nullptr && std::holds_alternative<Bytes>(*value);
-  return isBlob ? plausible(textOrUTF8(value)) : textOrUTF8(value);
+  std::optional<std::string> name = NameResolver::cut(textOrUTF8(value));
+  return isBlob ? plausible(std::move(name)) : name;
 }
 
 constexpr double beforeAll = -std::numeric_limits<double>::infinity();
@@ -157,7 +161,7 @@ void loadMessages(const SQLiteDB& database, ChatStorageSnapshot& snapshot) {
                                                    .date = date(row.value(sent)),
                                                    .text = row.textValue(text),
                                                    .isFromMe = row.intValue(isFromMe).value_or(0) != 0,
-                                                   .fromJID = row.textValue(fromJID),
+                                                   .fromJID = nameOf(row, fromJID),
                                                    .pushName = messagePushName(row.value(pushName)),
                                                    .groupMemberPK = row.intValue(groupMember)},
                                        .sort = sortOf(row.value(sort))});

@@ -33,6 +33,7 @@ struct ChatStorageSnapshot {
   ContactDirectory directory;
   // Derived from `chats` and `directory`; the smallest primary key first.
   std::map<std::string, std::vector<std::int64_t>, std::less<>> chatPKsByCanonicalJID;
+  std::vector<std::string> warnings;  // what may be missing: sentences for people, in English
 
   // Replaces the directory and what is derived from it.
   void setDirectory(ContactDirectory completed);

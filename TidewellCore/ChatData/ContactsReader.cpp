@@ -12,8 +12,8 @@ using ContactTable = std::map<std::string, AddressBookContact, std::less<>>;
 std::optional<std::string> field(const SQLiteRow& row, const std::string& column) {
   const SQLiteValue* value = row.value(column);
   if (value != nullptr && std::holds_alternative<Bytes>(*value))
-    return NameResolver::trimmedNonEmpty(textOrUTF8(value));
-  return NameResolver::trimmedNonEmpty(row.textValue(column));
+    return NameResolver::trimmedNonEmpty(NameResolver::cut(textOrUTF8(value)));
+  return NameResolver::trimmedNonEmpty(NameResolver::cut(row.textValue(column)));
 }
 
 // Of two contacts with one key the first stays, unless it has no name.

@@ -132,6 +132,11 @@ bool NameResolver::isPlaceholderPartnerName(std::string_view name) {
   });
 }
 
+std::optional<std::string> NameResolver::cut(std::optional<std::string> name) {
+  if (!name || name->size() <= longestName) return name;
+  return Text::firstCharacters(Text::cutToBytes(*name, longestNameInBytes), longestName);
+}
+
 std::optional<std::string> NameResolver::trimmedNonEmpty(const std::optional<std::string>& text) {
   if (!text) return std::nullopt;
   std::string trimmed = Text::trimmed(*text);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -25,6 +26,13 @@ std::string lidJID(std::string_view identifier);
 std::string formatPhoneDigits(std::string_view digits);
 // Absent for groups, for LIDs and below 8 digits.
 std::optional<std::string> formattedPhone(std::string_view jid);
+
+// Names and JIDs that are longer than any screen are cut when they are read, so
+// that whatever is made of them stays cheap. In characters as people count them,
+// and in bytes for those that are of many.
+inline constexpr std::size_t longestName = 10'000;
+inline constexpr std::size_t longestNameInBytes = 40'000;
+std::optional<std::string> cut(std::optional<std::string> name);
 
 // Whether a text can be a person's name: something to read, and no machine identifier.
 bool isPlausibleDisplayName(std::string_view name);

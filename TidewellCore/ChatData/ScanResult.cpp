@@ -54,13 +54,20 @@ std::int64_t ScanResult::count(const MediaKinds& kinds) const { return sum(*this
 
 std::int64_t ScanResult::bytes(const MediaKinds& kinds) const { return sum(*this, kinds).byteCount; }
 
+std::vector<std::string> ScanSummary::warnings(const ChatStorageSnapshot& snapshot, const ManifestStore& manifest) {
+  std::vector<std::string> all = manifest.warnings;
+  all.insert(all.end(), snapshot.warnings.begin(), snapshot.warnings.end());
+  return all;
+}
+
 ScanResult ScanSummary::summarize(const ChatStorageSnapshot& snapshot, const ManifestStore& manifest,
                                   const OpenedBackup& opened, const Locale& locale) {
   ScanResult result{.mediaFileCount = static_cast<std::int64_t>(manifest.media.size()),
                     .skippedThumbnailCount = static_cast<std::int64_t>(manifest.skippedThumbnails.size()),
                     .hasChatStorage = manifest.chatStorage.has_value(),
                     .whatsAppDomain = domainOf(manifest),
-                    .chats = scanChats(snapshot, manifest, opened, locale)};
+                    .chats = scanChats(snapshot, manifest, opened, locale),
+                    .warnings = warnings(snapshot, manifest)};
   for (const ManifestFile& file : manifest.media) {
     const std::int64_t size = opened.sourceSize(file);
     result.statsByKind[MediaKind::classify(PathText::extension(file.relativePath))].add(size);

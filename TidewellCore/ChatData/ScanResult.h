@@ -41,7 +41,8 @@ struct ScanResult {
   std::int64_t skippedThumbnailCount = 0;
   bool hasChatStorage = false;
   std::string whatsAppDomain;
-  std::vector<ScanChat> chats;  // by name, then by JID
+  std::vector<ScanChat> chats;        // by name, then by JID
+  std::vector<std::string> warnings;  // what may be missing: sentences for people, in English
 
   std::int64_t count(const MediaKinds& kinds) const;
   std::int64_t bytes(const MediaKinds& kinds) const;
@@ -50,6 +51,9 @@ struct ScanResult {
 };
 
 namespace ScanSummary {
+
+// What the file index and the databases of the chats tell of damage.
+std::vector<std::string> warnings(const ChatStorageSnapshot& snapshot, const ManifestStore& manifest);
 
 // `locale` orders the names of the chats.
 ScanResult summarize(const ChatStorageSnapshot& snapshot, const ManifestStore& manifest, const OpenedBackup& opened,

@@ -2,9 +2,11 @@
 
 #include <array>
 
+#include "TidewellCore/Backup/DatabaseCheck.h"
 #include "TidewellCore/ChatData/ChatStorageReader.h"
 #include "TidewellCore/ChatData/ContactsReader.h"
 #include "TidewellCore/Platform/PathText.h"
+#include "TidewellCore/Platform/SQLiteDB.h"
 #include "TidewellCore/Platform/TemporaryFolder.h"
 #include "TidewellCore/TidewellError.h"
 
@@ -12,18 +14,46 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A database and the companions that SQLite looks for beside it.
-using DatabaseFiles = std::array<const std::optional<ManifestFile>*, 3>;
+constexpr const char* messageTable = "ZWAMESSAGE";
+constexpr const char* contactTable = "ZWAADDRESSBOOKCONTACT";
+constexpr std::array<const char*, 6> chatTables{messageTable,     "ZWACHATSESSION",     "ZWAMEDIAITEM",
+                                                "ZWAGROUPMEMBER", "ZWAPROFILEPUSHNAME", "ZWAPHONENUMBERLIDPAIR"};
+constexpr std::array<const char*, 1> contactTables{contactTable};
 
-// Makes working copies side by side and returns the database's.
-fs::path copyDatabase(const OpenedBackup& opened, const DatabaseFiles& files, const fs::path& folder,
-                      const CancellationCheck& isCancelled) {
-  for (const auto* file : files) {
-    if (!*file) continue;
-    const fs::path copy = folder / PathText::path((*file)->relativePath);
-    TemporaryBackupDatabase::copyDatabaseFile(opened.url(), **file, copy, &opened, isCancelled);
-  }
-  return folder / PathText::path((*files[0])->relativePath);
+constexpr const char* noMessages =
+    "Its list of messages is missing, so it is empty or damaged. Copy the backup again from where it came, or make a "
+    "new one with the iPhone.";
+
+// A database and the journal and index that SQLite looks for beside it.
+struct DatabaseFiles {
+  const std::optional<ManifestFile>& database;
+  const std::optional<ManifestFile>& journal;
+  const std::optional<ManifestFile>& index;
+};
+
+struct WorkingCopy {
+  fs::path path;
+  DatabaseFaults faults;
+};
+
+fs::path copy(const OpenedBackup& opened, const ManifestFile& file, const fs::path& folder,
+              const CancellationCheck& isCancelled) {
+  fs::path place = folder / PathText::path(file.relativePath);
+  TemporaryBackupDatabase::copyDatabaseFile(opened.url(), file, place, &opened, isCancelled);
+  return place;
+}
+
+// Makes working copies side by side, and looks at them while they are as they were stored.
+WorkingCopy copyDatabase(const OpenedBackup& opened, const DatabaseFiles& files, const fs::path& folder,
+                         const CancellationCheck& isCancelled) {
+  WorkingCopy made{.path = copy(opened, *files.database, folder, isCancelled)};
+  const bool hasJournal = files.journal && opened.isStored(*files.journal);
+  if (hasJournal) copy(opened, *files.journal, folder, isCancelled);
+  if (files.index && opened.isStored(*files.index)) copy(opened, *files.index, folder, isCancelled);
+  made.faults = DatabaseCheck::beforeOpening(made.path,
+                                             hasJournal ? files.journal->plaintextSize : std::optional<std::int64_t>());
+  if (files.journal && !hasJournal) made.faults.insert(DatabaseFault::journalMissing);
+  return made;
 }
 
 // Reads working copies, which are gone as soon as they are read.
@@ -44,20 +74,42 @@ ChatStorageSnapshot readChats(const fs::path& copy) {
   }
 }
 
+void append(std::vector<std::string>& warnings, BackupDatabase database, const DatabaseFaults& faults) {
+  for (std::string& warning : DatabaseCheck::warnings(database, faults)) warnings.push_back(std::move(warning));
+}
+
+ChatStorageSnapshot loadChats(WorkingCopy copy) {
+  ChatStorageSnapshot snapshot = readChats(copy.path);
+  const SQLiteDB database(PathText::text(copy.path), SQLiteDB::OpenMode::readOnly);
+  if (!database.tableExists(messageTable)) throw TidewellError::chatStorageUnreadable(noMessages);
+  copy.faults.merge(DatabaseCheck::within(database, chatTables));
+  append(snapshot.warnings, BackupDatabase::chats, copy.faults);
+  return snapshot;
+}
+
+// Without contacts people are known by their numbers, so their absence ends nothing.
+void addContacts(ChatStorageSnapshot& snapshot, WorkingCopy copy) {
+  const std::vector<AddressBookContact> contacts = ContactsReader::load(copy.path);
+  snapshot.setDirectory(ContactsReader::directory(contacts, std::move(snapshot.directory)));
+  const SQLiteDB database(PathText::text(copy.path), SQLiteDB::OpenMode::readOnly);
+  if (!database.tableExists(contactTable)) copy.faults.insert(DatabaseFault::damaged);
+  copy.faults.merge(DatabaseCheck::within(database, contactTables));
+  append(snapshot.warnings, BackupDatabase::contacts, copy.faults);
+}
+
 }  // namespace
 
 ChatStorageSnapshot SnapshotLoader::load(const OpenedBackup& opened, const ManifestStore& manifest,
                                          const CancellationCheck& isCancelled) {
   ChatStorageSnapshot snapshot;
   if (manifest.chatStorage) {
-    snapshot = readCopies(opened, {&manifest.chatStorage, &manifest.chatStorageWAL, &manifest.chatStorageSHM},
-                          isCancelled, readChats);
+    snapshot = readCopies(opened, {manifest.chatStorage, manifest.chatStorageWAL, manifest.chatStorageSHM}, isCancelled,
+                          loadChats);
   }
   throwIfCancelled(isCancelled);
   if (manifest.contacts) {
-    const auto contacts = readCopies(opened, {&manifest.contacts, &manifest.contactsWAL, &manifest.contactsSHM},
-                                     isCancelled, ContactsReader::load);
-    snapshot.setDirectory(ContactsReader::directory(contacts, std::move(snapshot.directory)));
+    readCopies(opened, {manifest.contacts, manifest.contactsWAL, manifest.contactsSHM}, isCancelled,
+               [&](WorkingCopy copy) { addContacts(snapshot, std::move(copy)); });
   }
   throwIfCancelled(isCancelled);
   return snapshot;

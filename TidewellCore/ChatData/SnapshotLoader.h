@@ -8,6 +8,8 @@ namespace SnapshotLoader {
 
 // Reads the chat and the contacts database of a backup from working copies,
 // which are gone when it returns or throws. Empty where the backup has neither.
+// Damage that leaves something to read is told in the snapshot's warnings; a chat
+// database without a table of messages is unreadable.
 // Throws TidewellError::chatStorageUnreadable, ::invalidDatabase, ::cancelled,
 // and what making the copies reports.
 ChatStorageSnapshot load(const OpenedBackup& opened, const ManifestStore& manifest,

@@ -17,7 +17,12 @@ constexpr std::size_t derivedKeySize = 32;
 constexpr std::uint32_t wrappedWithPassword = 2;
 // Phones ask for 10,000,000 rounds, a few seconds; a derivation cannot be
 // interrupted, so a damaged count must not keep it busy for hours.
-constexpr std::int64_t mostIterations = 200'000'000;
+constexpr std::int64_t mostIterations = 100'000'000;
+constexpr std::size_t mostItems = 4096;  // they write about sixty
+
+constexpr const char* excessive =
+    "The key bag of this encrypted backup asks for more work than an iPhone’s ever does, so it is damaged or was "
+    "tampered with. Use another copy of the backup.";
 
 Bytes copied(ByteView bytes) { return {bytes.begin(), bytes.end()}; }
 
@@ -34,16 +39,18 @@ bool asksForTooMuch(const BackupKeyBag& bag) {
 class Parser {
  public:
   BackupKeyBag parse(ByteView data) {
-    while (data.size() >= itemHeaderSize) {
+    for (std::size_t count = 1; data.size() >= itemHeaderSize; ++count) {
+      if (count > mostItems) throw TidewellError::ioFailure(excessive);
       const auto length = static_cast<std::size_t>(readBigEndian(data.subspan(4, 4)));
       if (length > data.size() - itemHeaderSize) throw TidewellError::ioFailure("The backup key bag is truncated.");
       item(textOf(data.first(4)), data.subspan(itemHeaderSize, length));
       data = data.subspan(itemHeaderSize + length);
     }
     closeClassKey();
-    if (bag_.salt.empty() || bag_.iterations == 0 || bag_.classKeys.empty() || asksForTooMuch(bag_)) {
+    if (bag_.salt.empty() || bag_.iterations == 0 || bag_.classKeys.empty()) {
       throw TidewellError::ioFailure("This encrypted backup is missing a usable key bag.");
     }
+    if (asksForTooMuch(bag_)) throw TidewellError::ioFailure(excessive);
     return std::move(bag_);
   }
 

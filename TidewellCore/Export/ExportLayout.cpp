@@ -38,7 +38,8 @@ bool isAsideName(const std::string& name) {
 
 // A backup, or a folder above one, must never be moved while it is being read.
 bool holdsBackup(const fs::path& folder, const fs::path& backup) {
-  const bool isOne = Files::kindOf(folder / "Manifest.plist") != Files::Kind::nothing;
+  const bool isFolder = Files::kindOf(folder) == Files::Kind::folder;  // and no link, which may be moved alone
+  const bool isOne = isFolder && Files::kindOf(folder / "Manifest.plist") != Files::Kind::nothing;
   return isOne || Files::isWithin(backup, folder);
 }
 
@@ -167,7 +168,9 @@ fs::path ExportLayout::resolveContentRoot(const fs::path& destination) {
 }
 
 bool ExportLayout::isMarked(const fs::path& folder) {
-  if (Files::kindOf(folder) == Files::Kind::nothing) return false;
+  const Files::Kind kind = Files::kindOf(folder);
+  const bool isFolder = kind == Files::Kind::folder || (kind == Files::Kind::link && Files::isFolder(folder));
+  if (!isFolder) return false;
   // A link there was put in the mark's place, where it leads nowhere.
   const Files::Kind mark = Files::kindOf(folder / FolderNames::viewer);
   return mark == Files::Kind::folder || mark == Files::Kind::link;

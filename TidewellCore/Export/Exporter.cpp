@@ -179,10 +179,13 @@ ExportSummary Exporter::runExport(const ExportJob& job, const RunControl& contro
   const DestinationLock lock = lockDestination(job);
   const FlushPoint disk(job.destination);
   const fs::path contentRoot = prepareDestination(job);
-  const auto [naming, warnings] = NamingMemory::decide({.naming = {.timeZone = timeZone, .locale = locale},
-                                                        .isTimeZoneChosen = isTimeZoneChosen,
-                                                        .isLocaleChosen = isLocaleChosen},
-                                                       NamingMemory::load(contentRoot));
+  std::vector<std::string> warnings = ScanSummary::warnings(snapshot, manifest);
+  const bool mayMissMessages = !warnings.empty();
+  const auto [naming, namingWarnings] = NamingMemory::decide({.naming = {.timeZone = timeZone, .locale = locale},
+                                                              .isTimeZoneChosen = isTimeZoneChosen,
+                                                              .isLocaleChosen = isLocaleChosen},
+                                                             NamingMemory::load(contentRoot));
+  warnings.insert(warnings.end(), namingWarnings.begin(), namingWarnings.end());
   if (control.warned) std::ranges::for_each(warnings, control.warned);
   ExportPlan plan = makePlan(job, {.opened = opened, .manifest = manifest, .snapshot = snapshot}, contentRoot,
                              FileNaming::stampFormatter(naming.timeZone, naming.locale));
@@ -194,7 +197,8 @@ ExportSummary Exporter::runExport(const ExportJob& job, const RunControl& contro
   FolderManifest::save(contentRoot, plan.rememberedMeanwhile);
   ExportSummary summary{.destination = job.destination,
                         .chatFolderCount = static_cast<std::int64_t>(plan.folders.size()),
-                        .warnings = warnings};
+                        .warnings = warnings,
+                        .mayMissMessages = mayMissMessages};
   FailureLog failures({.backup = job.backup, .destination = &job.destination}, summary);
   MediaCopying::run(plan, {.opened = opened, .snapshot = snapshot},
                     {.lock = lock, .disk = disk, .failures = failures, .summary = summary}, control.isCancelled,

@@ -4,8 +4,12 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <array>
 #include <charconv>
+#include <filesystem>
+#include <utility>
 
+#include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/Platform/Text.h"
 #include "TidewellCore/TidewellError.h"
 
@@ -15,25 +19,59 @@ struct Mode {
   int flags;
   const char* stage;
   std::vector<const char*> pragmas;
+  bool isTrusted = false;
 };
 
 Mode modeOf(SQLiteDB::OpenMode mode) {
+  constexpr int notOurs = SQLITE_OPEN_FULLMUTEX | SQLITE_OPEN_NOFOLLOW;
+  constexpr const char* watchful = "PRAGMA cell_size_check = ON; PRAGMA mmap_size = 0;";
   constexpr const char* refuseWrites = "PRAGMA query_only = ON;";
   switch (mode) {
     case SQLiteDB::OpenMode::readOnly:
-      return {SQLITE_OPEN_READONLY | SQLITE_OPEN_FULLMUTEX, "open Manifest.db read-only", {refuseWrites}};
+      return {SQLITE_OPEN_READONLY | notOurs, "open Manifest.db read-only", {watchful, refuseWrites}};
     case SQLiteDB::OpenMode::writableCopy:
-      return {SQLITE_OPEN_READWRITE | SQLITE_OPEN_FULLMUTEX,
+      return {SQLITE_OPEN_READWRITE | notOurs,
               "open writable SQLite copy",
-              {"PRAGMA journal_mode = DELETE;", refuseWrites}};
+              {watchful, "PRAGMA journal_mode = DELETE;", refuseWrites}};
     case SQLiteDB::OpenMode::create:
       break;
   }
-  return {SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_FULLMUTEX, "create SQLite file", {}};
+  return {SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_FULLMUTEX, "create SQLite file", {}, true};
 }
 
 // Some builds of SQLite take a name that begins with "file:" for a URI.
 std::string plainPath(const std::string& path) { return path.starts_with("file:") ? "./" + path : path; }
+
+// SQLite is to refuse a link in the file's place, and then refuses them on the
+// whole way there; those above the file's folder are the user's own.
+std::string withoutLinksAbove(const std::string& path) {
+  const std::filesystem::path file = PathText::path(plainPath(path));
+  std::error_code error;
+  const auto folder = std::filesystem::canonical(file.has_parent_path() ? file.parent_path() : ".", error);
+  return error ? plainPath(path) : PathText::text(folder / file.filename());
+}
+
+// What SQLite's makers advise for files of strangers. Without modules there are
+// no virtual tables. The limits are far above what a phone writes.
+void distrust(sqlite3* handle) {
+  constexpr std::array<std::pair<int, int>, 6> switches{{{SQLITE_DBCONFIG_DEFENSIVE, 1},
+                                                         {SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0},
+                                                         {SQLITE_DBCONFIG_ENABLE_VIEW, 0},
+                                                         {SQLITE_DBCONFIG_ENABLE_TRIGGER, 0},
+                                                         {SQLITE_DBCONFIG_ENABLE_LOAD_EXTENSION, 0},
+                                                         {SQLITE_DBCONFIG_ENABLE_FTS3_TOKENIZER, 0}}};
+  constexpr std::array<std::pair<int, int>, 8> limits{{{SQLITE_LIMIT_LENGTH, 64 << 20},
+                                                       {SQLITE_LIMIT_SQL_LENGTH, 1'000'000},
+                                                       {SQLITE_LIMIT_COLUMN, 1000},
+                                                       {SQLITE_LIMIT_EXPR_DEPTH, 100},
+                                                       {SQLITE_LIMIT_COMPOUND_SELECT, 5},
+                                                       {SQLITE_LIMIT_VDBE_OP, 250'000},
+                                                       {SQLITE_LIMIT_ATTACHED, 0},
+                                                       {SQLITE_LIMIT_TRIGGER_DEPTH, 1}}};
+  for (const auto& [name, value] : switches) sqlite3_db_config(handle, name, value, nullptr);
+  for (const auto& [name, value] : limits) sqlite3_limit(handle, name, value);
+  sqlite3_drop_modules(handle, nullptr);
+}
 
 [[noreturn]] void fail(sqlite3* handle) { throw TidewellError::invalidDatabase(sqlite3_errmsg(handle)); }
 
@@ -191,12 +229,13 @@ SQLiteDB::SQLiteDB(const std::string& path, OpenMode openMode, const std::option
     : connection_(std::make_unique<Connection>()) {
   const Mode mode = modeOf(openMode);
   sqlite3*& handle = connection_->handle;
-  const int result = sqlite3_open_v2(plainPath(path).c_str(), &handle, mode.flags, nullptr);
+  const int result = sqlite3_open_v2(withoutLinksAbove(path).c_str(), &handle, mode.flags, nullptr);
   if (result != SQLITE_OK) {
     const std::string message =
         handle != nullptr ? sqlite3_errmsg(handle) : fmt::format("SQLite open failed ({})", result);
     throw TidewellError::databaseOpenFailed(stage.value_or(mode.stage), path, message);
   }
+  if (!mode.isTrusted) distrust(handle);
   for (const char* pragma : mode.pragmas) sqlite3_exec(handle, pragma, nullptr, nullptr, nullptr);
 }
 
@@ -220,13 +259,19 @@ void SQLiteDB::query(const std::string& sql, const std::vector<Bind>& binds, con
   }
 }
 
-bool SQLiteDB::tableExists(const std::string& name) const {
+SQLiteDB::Kind SQLiteDB::kindOf(const std::string& name) const {
   requirePlainIdentifier(name);
-  bool exists = false;
-  query("SELECT name FROM sqlite_master WHERE type = 'table' AND name = ?", {name},
-        [&](const SQLiteRow& row) { exists = exists || row.textValue("name").has_value(); });
-  return exists;
+  Kind kind = Kind::none;
+  query("SELECT type, rootpage, sql FROM sqlite_master WHERE type <> 'trigger' AND name = ?", {name},
+        [&](const SQLiteRow& row) {
+          const bool isTable = row.textValue("type") == "table" && row.intValue("rootpage").value_or(0) > 0 &&
+                               row.textValue("sql").value_or("").starts_with("CREATE TABLE");
+          kind = isTable && kind != Kind::other ? Kind::table : Kind::other;
+        });
+  return kind;
 }
+
+bool SQLiteDB::tableExists(const std::string& name) const { return kindOf(name) == Kind::table; }
 
 std::set<std::string> SQLiteDB::columns(const std::string& table) const {
   requirePlainIdentifier(table);

@@ -37,13 +37,15 @@ struct SQLiteRow {
 };
 
 // One connection to an SQLite file, for one thread at a time. Statements are
-// prepared, stepped to their end and finalised within one call.
+// prepared, stepped to their end and finalised within one call. Files that are
+// not ours are distrusted: no views, triggers, virtual tables or extensions, no
+// value of more than 64 MB, and no link in the file's place.
 class SQLiteDB {
  public:
   enum class OpenMode {
     readOnly,      // never writes to the file
     writableCopy,  // for working copies: folds a -wal file in, ends WAL mode, then refuses writes
-    create,        // makes the file when it is missing
+    create,        // makes the file when it is missing; ours, so it is trusted
   };
 
   using Bind = std::variant<std::string, std::int64_t, Bytes>;
@@ -60,7 +62,13 @@ class SQLiteDB {
   // Throws TidewellError::invalidDatabase, rows already handed over or not.
   void query(const std::string& sql, const std::vector<Bind>& binds, const RowHandler& row) const;
 
-  // Both throw TidewellError::invalidDatabase for a name that is no plain identifier.
+  // What a schema holds under a name, triggers aside. Anything that could stand in
+  // for a table (a view, a virtual table) or for its name (an index) is `other`.
+  enum class Kind { none, table, other };
+
+  // All three throw TidewellError::invalidDatabase for a name that is no plain identifier.
+  Kind kindOf(const std::string& name) const;
+  // Whether it is a table with rows of its own.
   bool tableExists(const std::string& name) const;
   // Upper-cased; empty when there is no such table.
   std::set<std::string> columns(const std::string& table) const;

@@ -29,5 +29,5 @@ std::optional<SQLiteHeader> SQLiteHeader::read(const std::filesystem::path& file
     return std::nullopt;
   }
   if (!textOf(header).starts_with(magic)) return std::nullopt;
-  return SQLiteHeader{.isWAL = header[writeVersionOffset] == 2, .databaseSize = pageSize(header) * pageCount(header)};
+  return SQLiteHeader{.isWAL = header[readVersionOffset] == 2, .databaseSize = pageSize(header) * pageCount(header)};
 }

@@ -59,6 +59,15 @@ TEST(OptionsStepContent, SaysThatNothingWasFound) {
   EXPECT_FALSE(OptionsStepContent::of(state, texts).isEmpty) << "nothing was looked for yet";
 }
 
+TEST(OptionsStepContent, TellsWhatTheScanMayHaveMissed) {
+  EXPECT_TRUE(OptionsStepContent::of(scanned(), texts).warnings.isEmpty());
+  ExportState state = scanned();
+  state.scanResult->warnings = {"Some messages may be missing.", "unknown"};
+  const L10n other(StringTable({{"Some messages may be missing.", "Podem faltar mensagens."}}), {.identifier = "pt_BR"},
+                   {.identifier = "UTC"});
+  EXPECT_EQ(OptionsStepContent::of(state, other).warnings, QStringList({"Podem faltar mensagens.", "unknown"}));
+}
+
 TEST(OptionsStepContent, HasARowForEachKind) {
   struct Row {
     const char* rawValue;

@@ -3,6 +3,8 @@
 #include <array>
 #include <string_view>
 
+#include "TidewellCore/Backup/DatabaseCheck.h"
+
 namespace {
 
 constexpr double noon = 1'790'000'000;
@@ -169,6 +171,15 @@ ExportState doneWithFailures(int count) {
   return state;
 }
 
+ExportState damaged() {
+  ExportState state = withDestination("/Users/mara/Documents/Chats", 250'000'000'000);
+  state.scanResult->warnings = DatabaseCheck::warnings(BackupDatabase::chats, {DatabaseFault::journalDamaged});
+  for (std::string& warning : DatabaseCheck::warnings(BackupDatabase::contacts, {DatabaseFault::damaged})) {
+    state.scanResult->warnings.push_back(std::move(warning));
+  }
+  return state;
+}
+
 ExportState doneWithWarning() {
   ExportState state = doneWithFailures(2);
   state.summary->warnings = {
@@ -293,6 +304,7 @@ std::vector<ScreenState> allScreenStates() {
       {"options-no-space", withDestination("/Volumes/" + repeated("Stick/", 40), 4'000'000'000)},
       {"options-no-kinds", noKinds()},
       {"options-nothing-found", nothingFound()},
+      {"options-warnings", damaged()},
       {"exporting-preparing", exporting({.phase = preparing, .total = 1})},
       {"exporting-reading", exporting({.phase = readingChats})},
       {"exporting-copying", exporting({.phase = copyingMedia,

@@ -111,6 +111,20 @@ TEST_F(Wizard, UnlocksWithThePasswordItKept) {
   continueWithBackup();
 }
 
+TEST_F(Wizard, TellsWhatMayBeMissingBeforeTheExportAndAfterIt) {
+  Fixture::BackupContents contents = ExportTest::smallBackup();
+  contents.whatsApp.databaseStorage["ChatStorage.sqlite-wal"] = {.missing = true};
+  open({.contents = contents});
+  continueWithBackup();
+  const QString warning = QStringLiteral(
+      "The newest messages may be missing: the journal of WhatsApp’s chat database is not in this backup. Copy the "
+      "backup again from where it came, or make a new one with the iPhone.");
+  expectShown(warning);
+  chooseDestination();
+  exportAll();
+  expectShown(warning);
+}
+
 TEST_F(Wizard, StopsAnUnlockThatTakesTooLong) {
   Wishes slow = encrypted();
   slow.contents->encryption->keyBag.iterations = 10'000;

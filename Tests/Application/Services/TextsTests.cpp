@@ -7,6 +7,7 @@
 
 #include "Tests/Application/Services/SourceTexts.h"
 #include "Tidewell/Services/ResourceBundle.h"
+#include "TidewellCore/Backup/DatabaseCheck.h"
 #include "TidewellCore/CopyFailure.h"
 #include "TidewellCore/Export/EarlyEnd.h"
 #include "TidewellCore/Export/ExportTiming.h"
@@ -100,6 +101,13 @@ TEST(Texts, EveryEarlyEndHasAKey) {
   for (const char* text : {EarlyEnd::fullDestination, EarlyEnd::fullTemporaryFolder, EarlyEnd::backupGone,
                            EarlyEnd::backupGoneWhileRead, EarlyEnd::destinationBroken}) {
     EXPECT_TRUE(english.contains(text)) << text;
+  }
+}
+
+TEST(Texts, EveryFaultOfADatabaseHasAKey) {
+  const auto english = readTable(bundle / "en.json");
+  for (const DatabaseCheck::Sentence& sentence : DatabaseCheck::sentences) {
+    EXPECT_TRUE(english.contains(sentence.text)) << sentence.text;
   }
 }
 

@@ -1,0 +1,150 @@
+#include "TidewellCore/Backup/DatabaseCheck.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <map>
+
+#include "Tests/Support/DatabaseWriter.h"
+#include "Tests/Support/TemporaryDirectory.h"
+
+namespace Fixture {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr std::size_t pageSize = 4096;
+constexpr const char* manyRows =
+    "CREATE TABLE t (a, b); CREATE INDEX i ON t (a);"
+    "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 500)"
+    "INSERT INTO t SELECT i, hex(zeroblob(50)) FROM n;";
+
+class DatabaseCheckTest : public testing::Test {
+ protected:
+  void write(const std::string& sql, Journal journal = Journal::rollback) {
+    DatabaseWriter writer(journal);
+    writer.execute(sql);
+    files_ = writer.finish();
+  }
+  DatabaseFaults beforeOpening(std::optional<std::int64_t> recordedSize = std::nullopt) const {
+    store();
+    return DatabaseCheck::beforeOpening(file_, recordedSize);
+  }
+  DatabaseFaults within(const std::vector<const char*>& tables) const {
+    store();
+    return DatabaseCheck::within(SQLiteDB(file_, SQLiteDB::OpenMode::writableCopy), tables);
+  }
+  void store() const {
+    writeFile(file_, files_.main);
+    if (files_.wal) writeFile(file_.native() + "-wal", *files_.wal);
+  }
+
+  // One row less in a leaf of the table, as one flipped bit in the page's count of cells may bring it about.
+  void loseRow() {
+    for (std::size_t page = pageSize; page < files_.main.size(); page += pageSize) {
+      std::uint8_t& count = files_.main[page + 4];
+      if (files_.main[page] != 13 || count % 2 == 0) continue;  // 13: a leaf of a table
+      count ^= 1;
+      return;
+    }
+    FAIL() << "no leaf has an odd number of cells";
+  }
+
+  std::int64_t rowCount() const {
+    std::int64_t count = 0;
+    store();
+    SQLiteDB(file_, SQLiteDB::OpenMode::writableCopy).query("SELECT b FROM t", {}, [&](const SQLiteRow&) { ++count; });
+    return count;
+  }
+
+  const TemporaryDirectory folder_;
+  const fs::path file_ = folder_ / "some.db";
+  DatabaseFiles files_;
+};
+
+TEST_F(DatabaseCheckTest, AWholeDatabaseHasNoFaults) {
+  for (const Journal journal : {Journal::rollback, Journal::walHeader, Journal::walWithPendingRows}) {
+    write(manyRows, journal);
+    EXPECT_THAT(beforeOpening(), IsEmpty());
+    EXPECT_THAT(within({"t", "missing"}), IsEmpty());
+  }
+}
+
+TEST_F(DatabaseCheckTest, AJournalThatIsDamagedOrCutIsAFault) {
+  write(manyRows, Journal::walWithPendingRows);
+  const auto size = static_cast<std::int64_t>(files_.wal->size());
+  EXPECT_THAT(beforeOpening(size), IsEmpty());
+  EXPECT_THAT(beforeOpening(size + 1), ElementsAre(DatabaseFault::journalDamaged));
+  files_.wal->at(5000) ^= 1;
+  EXPECT_THAT(beforeOpening(), ElementsAre(DatabaseFault::journalDamaged));
+}
+
+TEST_F(DatabaseCheckTest, AJournalThatTheDatabaseDoesNotAskForIsAFault) {
+  write(manyRows, Journal::walHeader);
+  const Bytes main = files_.main;
+  write(manyRows, Journal::walWithPendingRows);
+  files_.main = main;
+  EXPECT_THAT(beforeOpening(), IsEmpty());
+  files_.main[19] ^= 2;  // one flipped bit, and SQLite passes over the journal
+  EXPECT_THAT(beforeOpening(), ElementsAre(DatabaseFault::journalDamaged));
+}
+
+TEST_F(DatabaseCheckTest, ADatabaseShorterThanItsHeaderSaysIsDamaged) {
+  write(manyRows);
+  files_.main.resize(files_.main.size() - 1);
+  EXPECT_THAT(beforeOpening(), ElementsAre(DatabaseFault::damaged));
+}
+
+TEST_F(DatabaseCheckTest, ARowLostWithoutAnErrorIsDamage) {
+  write(manyRows);
+  loseRow();
+  EXPECT_EQ(rowCount(), 499) << "SQLite says nothing";
+  EXPECT_THAT(within({}), ElementsAre(DatabaseFault::damaged)) << "by its pages";
+}
+
+TEST_F(DatabaseCheckTest, ARowLostInALargeDatabaseIsDamageWhereAnIndexKnowsIt) {
+  write(std::string(manyRows) + "CREATE TABLE large (a); INSERT INTO large VALUES (zeroblob(17000000))");
+  EXPECT_THAT(within({"t", "large"}), IsEmpty());
+  loseRow();
+  EXPECT_EQ(rowCount(), 499);
+  EXPECT_THAT(within({}), IsEmpty()) << "its pages are too many to be looked at";
+  EXPECT_THAT(within({"t"}), ElementsAre(DatabaseFault::damaged));
+}
+
+TEST_F(DatabaseCheckTest, WhatStandsInForATableIsDamage) {
+  for (const char* sql : {"CREATE VIEW t AS SELECT 1", "CREATE VIRTUAL TABLE t USING fts5(a)",
+                          "CREATE TABLE other (a); CREATE INDEX t ON other (a)"}) {
+    write(sql);
+    EXPECT_THAT(within({"t"}), ElementsAre(DatabaseFault::damaged)) << sql;
+  }
+}
+
+TEST_F(DatabaseCheckTest, TheSchemasOwnChecksAreNotRun) {
+  write("PRAGMA ignore_check_constraints = ON; CREATE TABLE t (a CHECK (a > 5)); INSERT INTO t VALUES (1)");
+  EXPECT_THAT(within({"t"}), IsEmpty());
+}
+
+TEST_F(DatabaseCheckTest, WhatCannotBeLookedIntoIsDamaged) {
+  write(manyRows);
+  std::fill(files_.main.begin() + pageSize, files_.main.end(), std::uint8_t{0xEE});
+  EXPECT_THAT(within({"t"}), ElementsAre(DatabaseFault::damaged));
+}
+
+TEST(DatabaseCheck, EveryFaultOfEveryDatabaseHasASentenceOfItsOwn) {
+  std::map<std::string, int> texts;
+  using enum DatabaseFault;
+  for (const auto database : {BackupDatabase::index, BackupDatabase::chats, BackupDatabase::contacts}) {
+    for (const DatabaseFault fault : {journalMissing, journalDamaged, damaged}) {
+      const auto warnings = DatabaseCheck::warnings(database, {fault});
+      ASSERT_EQ(warnings.size(), 1U);
+      EXPECT_EQ(++texts[warnings[0]], 1) << warnings[0];
+    }
+  }
+  EXPECT_THAT(DatabaseCheck::warnings(BackupDatabase::chats, {}), IsEmpty());
+  EXPECT_EQ(DatabaseCheck::warnings(BackupDatabase::chats, {journalDamaged, damaged}).size(), 2U);
+}
+
+}  // namespace
+}  // namespace Fixture

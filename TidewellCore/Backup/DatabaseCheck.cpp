@@ -1,0 +1,108 @@
+#include "TidewellCore/Backup/DatabaseCheck.h"
+
+#include <algorithm>
+
+#include "TidewellCore/Platform/Files.h"
+#include "TidewellCore/Platform/SQLiteHeader.h"
+#include "TidewellCore/Platform/SQLiteWAL.h"
+#include "TidewellCore/TidewellError.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::int64_t numberOf(const SQLiteDB& database, const std::string& sql, const char* column) {
+  std::int64_t number = 0;
+  database.query(sql, {}, [&](const SQLiteRow& row) { number = row.intValue(column).value_or(0); });
+  return number;
+}
+
+std::int64_t sizeOf(const SQLiteDB& database) {
+  return numberOf(database, "PRAGMA page_count", "page_count") * numberOf(database, "PRAGMA page_size", "page_size");
+}
+
+// Counted once in the smallest index there is, and once in the table itself.
+bool hasLostRows(const SQLiteDB& database, const std::string& table) {
+  const std::string count = "SELECT count(*) AS n FROM " + table;
+  return numberOf(database, count, "n") != numberOf(database, count + " NOT INDEXED", "n");
+}
+
+bool isTableWhole(const SQLiteDB& database, const std::string& table) {
+  const SQLiteDB::Kind kind = database.kindOf(table);
+  if (kind == SQLiteDB::Kind::none) return true;
+  return kind == SQLiteDB::Kind::table && !hasLostRows(database, table);
+}
+
+bool doPagesFit(const SQLiteDB& database) {
+  if (sizeOf(database) > DatabaseCheck::largestForPages) return true;
+  // Checks that the schema itself brings along could keep this busy for ever.
+  database.query("PRAGMA ignore_check_constraints = ON", {}, [](const SQLiteRow&) {});
+  bool isFit = true;
+  database.query("PRAGMA quick_check(1)", {},
+                 [&](const SQLiteRow& row) { isFit = isFit && row.values.front() == SQLiteValue(std::string("ok")); });
+  return isFit;
+}
+
+bool isWhole(const SQLiteDB& database, std::span<const char* const> tables) {
+  try {
+    return std::ranges::all_of(tables, [&](const char* table) { return isTableWhole(database, table); }) &&
+           doPagesFit(database);
+  } catch (const TidewellError&) {
+    return false;
+  }
+}
+
+}  // namespace
+
+DatabaseFaults DatabaseCheck::beforeOpening(const fs::path& database, std::optional<std::int64_t> recordedJournalSize) {
+  DatabaseFaults faults;
+  const SQLiteWAL journal = SQLiteWAL::read(database.native() + "-wal", recordedJournalSize);
+  const auto header = SQLiteHeader::read(database);
+  const bool isPassedOver = header && !header->isWAL && journal.frameCount > 0;
+  if (journal.isDamaged() || isPassedOver) faults.insert(DatabaseFault::journalDamaged);
+  const bool isCut = header && Files::regularFileSize(database) < header->databaseSize;
+  if (isCut) faults.insert(DatabaseFault::damaged);
+  return faults;
+}
+
+DatabaseFaults DatabaseCheck::within(const SQLiteDB& database, std::span<const char* const> tables) {
+  return isWhole(database, tables) ? DatabaseFaults() : DatabaseFaults{DatabaseFault::damaged};
+}
+
+const std::array<DatabaseCheck::Sentence, 9> DatabaseCheck::sentences{{
+    {BackupDatabase::index, DatabaseFault::journalMissing,
+     "The newest files may be missing: the journal of the backup’s file index cannot be read. Copy the backup again "
+     "from where it came, or make a new one with the iPhone."},
+    {BackupDatabase::index, DatabaseFault::journalDamaged,
+     "The newest files may be missing: the journal of the backup’s file index is damaged. Copy the backup again from "
+     "where it came, or make a new one with the iPhone."},
+    {BackupDatabase::index, DatabaseFault::damaged,
+     "Some files may be missing: the backup’s file index is damaged. Copy the backup again from where it came, or make "
+     "a new one with the iPhone."},
+    {BackupDatabase::chats, DatabaseFault::journalMissing,
+     "The newest messages may be missing: the journal of WhatsApp’s chat database is not in this backup. Copy the "
+     "backup again from where it came, or make a new one with the iPhone."},
+    {BackupDatabase::chats, DatabaseFault::journalDamaged,
+     "The newest messages may be missing: the journal of WhatsApp’s chat database is damaged. Copy the backup again "
+     "from where it came, or make a new one with the iPhone."},
+    {BackupDatabase::chats, DatabaseFault::damaged,
+     "Some messages may be missing: WhatsApp’s chat database is damaged. Copy the backup again from where it came, or "
+     "make a new one with the iPhone."},
+    {BackupDatabase::contacts, DatabaseFault::journalMissing,
+     "The newest names may be missing: the journal of WhatsApp’s contacts is not in this backup. Copy the backup again "
+     "from where it came, or make a new one with the iPhone."},
+    {BackupDatabase::contacts, DatabaseFault::journalDamaged,
+     "The newest names may be missing: the journal of WhatsApp’s contacts is damaged. Copy the backup again from where "
+     "it came, or make a new one with the iPhone."},
+    {BackupDatabase::contacts, DatabaseFault::damaged,
+     "Some names may be missing: the database of WhatsApp’s contacts is damaged. Copy the backup again from where it "
+     "came, or make a new one with the iPhone."},
+}};
+
+std::vector<std::string> DatabaseCheck::warnings(BackupDatabase database, const DatabaseFaults& faults) {
+  std::vector<std::string> texts;
+  for (const Sentence& sentence : sentences) {
+    if (sentence.database == database && faults.contains(sentence.fault)) texts.emplace_back(sentence.text);
+  }
+  return texts;
+}

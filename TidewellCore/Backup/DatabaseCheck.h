@@ -1,0 +1,53 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <set>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "TidewellCore/Platform/SQLiteDB.h"
+
+// The databases of a backup that are read.
+enum class BackupDatabase { index, chats, contacts };
+
+// What is wrong with a database of which rows can be read nevertheless.
+enum class DatabaseFault {
+  journalMissing,  // what stands only in its journal is not read
+  journalDamaged,  // the same, but for what comes before the damage
+  damaged,         // its length, its pages or its tables
+};
+using DatabaseFaults = std::set<DatabaseFault>;
+
+// Looks for what SQLite passes over in silence (docs/decisions/0018-what-a-damaged-database-tells.md).
+namespace DatabaseCheck {
+
+// Looks at a database and at the journal beside it; to be done before SQLite
+// opens them, which removes the journal. `recordedJournalSize` is the journal's
+// length in bytes as the backup noted it. Throws
+// std::filesystem::filesystem_error when the journal is there but cannot be read.
+DatabaseFaults beforeOpening(const std::filesystem::path& database,
+                             std::optional<std::int64_t> recordedJournalSize = std::nullopt);
+
+// Looks into a database: whether something stands in for one of `tables`,
+// whether these have lost rows that their indices know, and, up to `largestForPages`
+// bytes, whether its pages fit together. What cannot be looked at is damaged.
+DatabaseFaults within(const SQLiteDB& database, std::span<const char* const> tables);
+
+// Looking at all pages takes a fifth of the time that reading all messages does,
+// which only a small database can spare.
+inline constexpr std::int64_t largestForPages = 16 << 20;
+
+// A fault as people read it, in English: what may be missing, and what to do.
+struct Sentence {
+  BackupDatabase database = BackupDatabase::index;
+  DatabaseFault fault = DatabaseFault::damaged;
+  const char* text = "";
+};
+extern const std::array<Sentence, 9> sentences;
+std::vector<std::string> warnings(BackupDatabase database, const DatabaseFaults& faults);
+
+}  // namespace DatabaseCheck
