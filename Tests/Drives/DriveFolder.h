@@ -46,7 +46,7 @@ class DriveFolder {
 
   std::string folder_;
   DriveOptions options_;
-  std::int64_t used_ = 0;      // bytes of all files
+  std::int64_t used_ = 0;       // bytes of all files
   std::set<ino_t> incomplete_;  // files that lost something
 };
 

@@ -139,7 +139,8 @@ int main(int argc, char** argv) {
   ::prctl(PR_SET_PDEATHSIG, SIGTERM);  // no drive outlives its test
   try {
     DriveFolder drive(argv[1], DriveOptions::parse({argv + 3, argv + argc}));
-    std::vector<std::string> words{argv[0], "-f", "-s", "-o", "default_permissions,fsname=tidewell-test-drive", argv[2]};
+    std::vector<std::string> words{argv[0], "-f", "-s", "-o", "default_permissions,fsname=tidewell-test-drive",
+                                   argv[2]};
     std::vector<char*> arguments;
     for (std::string& word : words) arguments.push_back(word.data());
     const fuse_operations known = operations();

@@ -1,13 +1,17 @@
 #include "TidewellCore/Export/FolderAllocator.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "Tests/Export/ExportScene.h"
+#include "Tests/Support/Failures.h"
 #include "Tests/Support/TemporaryDirectory.h"
+#include "TidewellCore/FileNaming.h"
 
 namespace {
 
@@ -169,6 +173,42 @@ TEST(FolderAllocator, KnowsTheNamesThatEarlierExportsMayHaveGiven) {
   const Names expected{"Ana/Silva", "Ana-Silva", ana, anaLID, "+55 11 90000-1111"};
   ASSERT_GE(names.size(), expected.size());
   EXPECT_EQ(Names(names.begin(), names.begin() + 5), expected);
+}
+
+// Twenty thousand chats, "10000@x" and so on.
+Names manyChats() {
+  Names jids;
+  for (int count = 0; count < 20'000; ++count) jids.push_back(std::to_string(10'000 + count) + "@x");
+  return jids;
+}
+
+TEST(FolderAllocator, TwentyThousandChatsOfOneNameGetFoldersSoon) {
+  auto choice = choiceFor(manyChats());
+  choice.desiredName = [](const std::string&) { return "Ana"; };
+  const auto begin = std::chrono::steady_clock::now();
+  const FolderAssignment folders = FolderAllocator::assign(choice);
+  EXPECT_EQ(folders.at("10000@x"), "Ana");
+  EXPECT_EQ(folders.at("29999@x"), "Ana-20000");
+  for (const auto& [jid, folder] : folders) choice.existing[folder];
+  // Others' folders, which nobody here may have.
+  for (const auto& [folder, contents] : choice.existing) choice.kept.insert(FileNaming::normalizedKey(folder));
+  EXPECT_EQ(FolderAllocator::assign(choice).at("29999@x"), "Ana-40000");
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
+}
+
+TEST(FolderAllocator, AFolderThatIsKeptGoesToTheChatThatItIsRememberedForAlone) {
+  auto choice = choiceFor({"1@x", "2@x"});
+  choice.desiredName = [](const std::string&) { return "Ana"; };
+  choice.existing = {{"Ana", {}}};
+  choice.kept = {"ana", "ana-2"};
+  EXPECT_EQ(FolderAllocator::assign(choice), (FolderAssignment{{"1@x", "Ana-2"}, {"2@x", "Ana-3"}}));
+  choice.persisted = {{"2@x", "Ana"}};
+  EXPECT_EQ(FolderAllocator::assign(choice), (FolderAssignment{{"1@x", "Ana-2"}, {"2@x", "Ana"}}));
+}
+
+TEST(FolderAllocator, CanBeCancelled) {
+  EXPECT_THAT([] { FolderAllocator::assign(choiceFor(manyChats()), [] { return true; }); },
+              Fixture::failsWith(TidewellError::cancelled()));
 }
 
 TEST(FolderAllocator, ListsTheFoldersThatMayBeChats) {

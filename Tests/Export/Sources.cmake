@@ -9,6 +9,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/DestinationIndexTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/DestinationLockTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/DiskSpaceTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/EarlierCopiesTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/EarlyEndTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportDeduperArchiveTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportDeduperInterruptionTests.cpp

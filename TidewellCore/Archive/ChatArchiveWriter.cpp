@@ -8,11 +8,11 @@
 #include "TidewellCore/Archive/ChatArchiveStrings.h"
 #include "TidewellCore/Archive/ReadableText.h"
 #include "TidewellCore/Archive/ViewerTexts.h"
-#include "TidewellCore/FileNaming.h"
 #include "TidewellCore/FolderNames.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/Platform/Text.h"
+#include "TidewellCore/UsedNames.h"
 
 namespace {
 
@@ -63,8 +63,9 @@ bool isOurs(const fs::path& page) {
 void makeRoomForPage(const fs::path& page) {
   if (!fs::exists(fs::symlink_status(page)) || isOurs(page)) return;
   const std::string name = PathText::text(page.filename());
-  std::set<std::string> used{FileNaming::normalizedKey(name)};
-  while (!Files::renameToFree(page, page.parent_path() / FileNaming::uniquify(name, used))) continue;
+  UsedNames used;
+  used.take(name);
+  while (!Files::renameToFree(page, page.parent_path() / used.uniquify(name))) continue;
 }
 
 }  // namespace
@@ -151,8 +152,8 @@ std::string ChatArchiveWriter::safeID(std::string_view jid, std::optional<std::i
 }
 
 void ChatArchiveWriter::giveIDs(std::vector<ArchiveChat>& chats) {
-  std::set<std::string> used;
-  for (ArchiveChat& chat : chats) chat.id = FileNaming::uniquify(safeID(chat.jid, std::nullopt), used);
+  UsedNames used;
+  for (ArchiveChat& chat : chats) chat.id = used.uniquify(safeID(chat.jid, std::nullopt));
 }
 
 ArchiveChatSummary ChatArchiveWriter::summary(const ArchiveChat& chat, const TranscriptStyle& style) {

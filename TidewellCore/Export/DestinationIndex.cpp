@@ -8,12 +8,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int lastVariant = 64;
-
-DestinationIndex::Files filesOf(const fs::path& folder) {
+DestinationIndex::Files filesOf(const fs::path& folder, CancellationPoint& cancellation) {
   DestinationIndex::Files files;
   std::error_code error;
   for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
+    cancellation.step();
     const std::string name = PathText::text(entry->path().filename());
     if (const auto size = Files::regularFileSize(entry->path())) {
       files.insert_or_assign(FileNaming::normalizedKey(name), DestinationIndex::FileEntry{name, *size});
@@ -24,11 +23,13 @@ DestinationIndex::Files filesOf(const fs::path& folder) {
 
 }  // namespace
 
-DestinationIndex DestinationIndex::load(const fs::path& contentRoot) {
+DestinationIndex DestinationIndex::load(const fs::path& contentRoot, const CancellationCheck& isCancelled) {
   DestinationIndex index{.destination = contentRoot};
+  CancellationPoint cancellation(isCancelled);
   for (const std::string& folder : FolderAllocator::existingChatFolders(contentRoot)) {
+    cancellation.step();
     index.folderByKey.emplace(FileNaming::normalizedKey(folder), folder);
-    index.filesByFolder.emplace(folder, filesOf(contentRoot / folder));
+    index.filesByFolder.emplace(folder, filesOf(contentRoot / folder, cancellation));
   }
   return index;
 }
@@ -77,19 +78,6 @@ std::optional<fs::path> DestinationIndex::url(std::string_view folder, std::stri
   if (entry == nullptr) return std::nullopt;
   const std::string onDisk = filesByFolder.contains(std::string(folder)) ? std::string(folder) : *diskFolder(folder);
   return destination / PathText::path(onDisk) / PathText::path(entry->name);
-}
-
-std::optional<std::string> DestinationIndex::existingSameSizeVariant(std::string_view folder, std::string_view desired,
-                                                                     std::int64_t sourceSize,
-                                                                     const std::set<std::string>& claimed) const {
-  const Files* files = filesIn(folder);
-  if (sourceSize < 0 || files == nullptr || files->empty()) return std::nullopt;
-  for (int index = 1; index <= lastVariant; ++index) {
-    const std::string key = FileNaming::normalizedKey(FileNaming::variant(desired, index));
-    const auto found = files->find(key);
-    if (found != files->end() && found->second.size == sourceSize && !claimed.contains(key)) return found->second.name;
-  }
-  return std::nullopt;
 }
 
 void DestinationIndex::addFile(const std::string& folder, const std::string& name, std::int64_t size) {

@@ -1,7 +1,6 @@
 #include "TidewellCore/Export/ExportLayout.h"
 
 #include <algorithm>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -14,6 +13,7 @@
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/Platform/Text.h"
+#include "TidewellCore/UsedNames.h"
 
 namespace {
 
@@ -43,9 +43,9 @@ void moveForeignContentAside(const fs::path& destination, const fs::path& untouc
   const fs::path content = destination / FolderNames::content;
   if (!Files::isFolder(content) || ExportLayout::isMarked(content)) return;
   if (holdsBackup(content, untouched)) failAsOccupied(content);
-  std::set<std::string> used = MergeMove::usedNames(destination);
-  used.insert(FolderNames::content);
-  while (!Files::renameToFree(content, destination / FileNaming::uniquify(asideName, used))) continue;
+  UsedNames used = MergeMove::usedNames(destination);
+  used.take(FolderNames::content);
+  while (!Files::renameToFree(content, destination / used.uniquify(asideName))) continue;
 }
 
 // The root appears with its mark in one step, so that no interruption leaves

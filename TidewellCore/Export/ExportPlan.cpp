@@ -17,11 +17,11 @@ FolderAllocator::PlannedNames namesByChat(const ExportPlan::Wish& wish) {
 
 // Those of the requests that an earlier export carried out.
 std::vector<ExportPlanner::PlannedCopy> carriedOutBefore(std::vector<ExportPlanner::Request> requests,
-                                                         const FolderAssignment& folders,
-                                                         const DestinationIndex& index) {
+                                                         const FolderAssignment& folders, const DestinationIndex& index,
+                                                         const CancellationCheck& isCancelled) {
   std::erase_if(requests, [&](const ExportPlanner::Request& request) { return !folders.contains(request.chatJID); });
   DestinationIndex untouched = index;
-  std::vector<ExportPlanner::PlannedCopy> copies = ExportPlanner::plan(requests, folders, {}, untouched);
+  std::vector<ExportPlanner::PlannedCopy> copies = ExportPlanner::plan(requests, folders, {}, untouched, isCancelled);
   std::erase_if(copies, [](const ExportPlanner::PlannedCopy& copy) { return !copy.alreadyPresent; });
   return copies;
 }
@@ -94,12 +94,13 @@ ExportPlanner::LeftoverFolders withoutOthersFolders(ExportPlanner::LeftoverFolde
 
 }  // namespace
 
-ExportPlan ExportPlan::make(const Wish& wish, const ChatStorageSnapshot& snapshot) {
-  ExportPlan plan{.index = DestinationIndex::load(wish.contentRoot)};
+ExportPlan ExportPlan::make(const Wish& wish, const ChatStorageSnapshot& snapshot,
+                            const CancellationCheck& isCancelled) {
+  ExportPlan plan{.index = DestinationIndex::load(wish.contentRoot, isCancelled)};
   const FolderAssignment loaded = FolderManifest::load(wish.destination);
   const FolderAllocator::PlannedNames names = namesByChat(wish);
   const FolderAssignment persisted = FolderAllocator::expandPersisted(loaded, keysOf(names), snapshot);
-  plan.folders = FolderAllocator::allocate(names, plan.index.mediaNameSets(), persisted, snapshot);
+  plan.folders = FolderAllocator::allocate(names, plan.index.mediaNameSets(), persisted, snapshot, isCancelled);
   plan.remembered = FolderAllocator::withAbsentChats(plan.folders, loaded, snapshot);
   plan.rememberedMeanwhile = plan.remembered;
   plan.rememberedMeanwhile.insert(loaded.begin(), loaded.end());
@@ -109,8 +110,9 @@ ExportPlan ExportPlan::make(const Wish& wish, const ChatStorageSnapshot& snapsho
                                                           .snapshot = snapshot,
                                                           .index = plan.index});
   plan.removable = withoutOthersFolders(plan.leftovers, plan.remembered, snapshot);
-  plan.earlier = carriedOutBefore(wish.leftOut, plan.remembered, plan.index);
-  plan.copies = ExportPlanner::plan(wish.requests, plan.folders, plan.leftovers, plan.index);
+  plan.earlier = carriedOutBefore(wish.leftOut, plan.remembered, plan.index, isCancelled);
+  plan.copies = ExportPlanner::plan(wish.requests, plan.folders, plan.leftovers, plan.index, isCancelled);
+  throwIfCancelled(isCancelled);
   addCopiesOfLostFiles(plan, wish.lost);
   return plan;
 }

@@ -30,7 +30,9 @@ struct ExportPlan {
     std::filesystem::path destination;
     std::filesystem::path contentRoot;
   };
-  static ExportPlan make(const Wish& wish, const ChatStorageSnapshot& snapshot);
+  // Throws TidewellError::cancelled.
+  static ExportPlan make(const Wish& wish, const ChatStorageSnapshot& snapshot,
+                         const CancellationCheck& isCancelled = {});
 
   // The bytes that the copies still take on the destination's volume.
   std::int64_t bytesToCopy() const;

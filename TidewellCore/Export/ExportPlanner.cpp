@@ -2,8 +2,10 @@
 
 #include <algorithm>
 
+#include "TidewellCore/Export/EarlierCopies.h"
 #include "TidewellCore/FileNaming.h"
 #include "TidewellCore/Platform/PathText.h"
+#include "TidewellCore/UsedNames.h"
 
 namespace {
 
@@ -11,10 +13,14 @@ using ExportPlanner::LeftoverFolders;
 using ExportPlanner::PlannedCopy;
 using ExportPlanner::Request;
 
-// What is already spoken for in one chat folder, by key.
+// What one folder holds, and what of it is already spoken for.
 struct FolderState {
-  std::set<std::string> used;     // names on disk, and names given out
-  std::set<std::string> claimed;  // names on disk that a request was matched with
+  explicit FolderState(const DestinationIndex::Files& files) : earlier(files) {
+    for (const auto& [key, file] : files) used.take(file.name);
+  }
+
+  EarlierCopies earlier;
+  UsedNames used;  // names on disk, and names given out
 };
 
 class Planner {
@@ -26,15 +32,12 @@ class Planner {
     const std::string& folder = folders_.at(request.chatJID);
     FolderState& state = stateOf(folder);
     PlannedCopy copy = copyOf(request);
-    const auto present = index_.existingSameSizeVariant(folder, request.desiredName, request.sourceSize, state.claimed);
-    if (present) {
+    if (auto present = state.earlier.take(request.desiredName, request.sourceSize)) {
       copy.alreadyPresent = true;
-      copy.exportedName = *present;
-      state.claimed.insert(FileNaming::normalizedKey(*present));
+      copy.exportedName = std::move(*present);
     } else {
       takeLeftover(request, copy);
-      copy.exportedName = FileNaming::uniquify(request.desiredName, state.used);
-      state.claimed.insert(FileNaming::normalizedKey(copy.exportedName));
+      copy.exportedName = state.used.uniquify(request.desiredName);
     }
     copy.dest = index_.destination / PathText::path(folder) / PathText::path(copy.exportedName);
     return copy;
@@ -42,9 +45,10 @@ class Planner {
 
  private:
   FolderState& stateOf(const std::string& folder) {
-    const auto [state, isNew] = states_.try_emplace(folder);
-    if (isNew) state->second.used = index_.existingNameKeys(folder);
-    return state->second;
+    const auto known = states_.find(folder);
+    if (known != states_.end()) return known->second;
+    const DestinationIndex::Files* files = index_.filesIn(folder);
+    return states_.emplace(folder, files == nullptr ? DestinationIndex::Files() : *files).first->second;
   }
 
   static PlannedCopy copyOf(const Request& request) {
@@ -62,7 +66,7 @@ class Planner {
     const auto former = leftovers_.find(request.chatJID);
     if (former == leftovers_.end()) return;
     for (const std::string& folder : former->second) {
-      const auto name = index_.existingSameSizeVariant(folder, request.desiredName, request.sourceSize, {});
+      const auto name = stateOf(folder).earlier.take(request.desiredName, request.sourceSize);
       if (!name) continue;
       copy.source = *index_.url(folder, *name);
       copy.leftoverFolder = folder;
@@ -96,11 +100,16 @@ std::vector<std::string> formerNames(const std::string& jid, const ExportPlanner
 }  // namespace
 
 std::vector<PlannedCopy> ExportPlanner::plan(const std::vector<Request>& requests, const FolderAssignment& folderForJID,
-                                             const LeftoverFolders& leftoversByOwner, DestinationIndex& index) {
+                                             const LeftoverFolders& leftoversByOwner, DestinationIndex& index,
+                                             const CancellationCheck& isCancelled) {
+  CancellationPoint cancellation(isCancelled);
   Planner planner(folderForJID, leftoversByOwner, index);
   std::vector<PlannedCopy> copies;
   copies.reserve(requests.size());
-  for (const Request& request : requests) copies.push_back(planner.plan(request));
+  for (const Request& request : requests) {
+    cancellation.step();
+    copies.push_back(planner.plan(request));
+  }
   return copies;
 }
 

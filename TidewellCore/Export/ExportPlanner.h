@@ -55,8 +55,10 @@ using LeftoverFolders = std::map<std::string, std::vector<std::string>>;
 
 // One copy for each request, in their order. `folderForJID` names a folder for
 // every chat. Files to be moved out of a leftover folder leave the index.
+// Throws TidewellError::cancelled.
 std::vector<PlannedCopy> plan(const std::vector<Request>& requests, const FolderAssignment& folderForJID,
-                              const LeftoverFolders& leftoversByOwner, DestinationIndex& index);
+                              const LeftoverFolders& leftoversByOwner, DestinationIndex& index,
+                              const CancellationCheck& isCancelled = {});
 
 // The JID folders of each chat's media paths, by the chat's JID.
 using PathJIDs = std::map<std::string, std::set<std::string>>;

@@ -91,18 +91,20 @@ MediaKinds allBut(const MediaKinds& kinds) {
 }
 
 ExportPlan makePlan(const ExportJob& job, const Reading& reading, const fs::path& contentRoot,
-                    const DateFormatter& stamps) {
+                    const DateFormatter& stamps, const CancellationCheck& isCancelled) {
   const auto& [opened, manifest, snapshot] = reading;
   const MediaKinds others = allBut(job.options.includedKinds);
   ExportPlan::Wish wish{.destination = job.destination, .contentRoot = contentRoot};
-  wish.requests =
-      ExportRequests::build(manifest, snapshot, opened, {.kinds = job.options.includedKinds, .stamps = stamps});
+  wish.requests = ExportRequests::build(manifest, snapshot, opened,
+                                        {.kinds = job.options.includedKinds, .stamps = stamps}, isCancelled);
   if (job.options.exportTranscripts) {
-    wish.leftOut = ExportRequests::build(manifest, snapshot, opened, {.kinds = others, .stamps = stamps});
+    wish.leftOut = ExportRequests::build(manifest, snapshot, opened, {.kinds = others, .stamps = stamps}, isCancelled);
+    throwIfCancelled(isCancelled);
     wish.lost = ExportRequests::lost(snapshot, {&wish.requests, &wish.leftOut}, stamps);
     wish.jidsOfTranscripts = ChatLines(snapshot).chatsWithMessages();
   }
-  return ExportPlan::make(wish, snapshot);
+  throwIfCancelled(isCancelled);
+  return ExportPlan::make(wish, snapshot, isCancelled);
 }
 
 void requireSpace(std::int64_t needed, const fs::path& contentRoot) {
@@ -154,7 +156,7 @@ ExportSummary Exporter::runExport(const ExportJob& job, const RunControl& contro
                                                        NamingMemory::load(contentRoot));
   if (control.warned) std::ranges::for_each(warnings, control.warned);
   ExportPlan plan = makePlan(job, {.opened = opened, .manifest = manifest, .snapshot = snapshot}, contentRoot,
-                             FileNaming::stampFormatter(naming.timeZone, naming.locale));
+                             FileNaming::stampFormatter(naming.timeZone, naming.locale), control.isCancelled);
   requireSpace(plan.bytesToCopy(), contentRoot);
   throwIfCancelled(control.isCancelled);
 
