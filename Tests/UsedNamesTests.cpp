@@ -58,11 +58,35 @@ TEST(UsedNames, ManyNamesOfGreatestLengthStayWithinIt) {
 
 // Names whose variants meet each other's, end in letters that change with what follows, or are cut.
 const std::vector<std::string>& awkwardNames() {
-  static const std::vector<std::string> names{
-      "a.jpg", "A.JPG", "a-2.jpg", "a-2", "a", "a.", "a.-2", "a-2.", "a-02.jpg", ".a", ".a-2", "a.b.jpg", "ΑΣ.jpg",
-      "ας.jpg", "ασ.jpg", "e\u0301.jpg", "é.jpg", "İ.jpg", "-2", "a-2147483647.jpg", "a-99999999999.jpg", "a-",
-      repeated("x", 251) + ".jpg", repeated("X", 251) + ".jpg", repeated("x", 249) + "-2.jpg",
-      repeated("日", 83) + ".jpg", repeated("é", 127), "aa." + repeated("y", 252), "a." + repeated("日", 84)};
+  static const std::vector<std::string> names{"a.jpg",
+                                              "A.JPG",
+                                              "a-2.jpg",
+                                              "a-2",
+                                              "a",
+                                              "a.",
+                                              "a.-2",
+                                              "a-2.",
+                                              "a-02.jpg",
+                                              ".a",
+                                              ".a-2",
+                                              "a.b.jpg",
+                                              "ΑΣ.jpg",
+                                              "ας.jpg",
+                                              "ασ.jpg",
+                                              "e\u0301.jpg",
+                                              "é.jpg",
+                                              "İ.jpg",
+                                              "-2",
+                                              "a-2147483647.jpg",
+                                              "a-99999999999.jpg",
+                                              "a-",
+                                              repeated("x", 251) + ".jpg",
+                                              repeated("X", 251) + ".jpg",
+                                              repeated("x", 249) + "-2.jpg",
+                                              repeated("日", 83) + ".jpg",
+                                              repeated("é", 127),
+                                              "aa." + repeated("y", 252),
+                                              "a." + repeated("日", 84)};
   return names;
 }
 
@@ -95,7 +119,8 @@ TEST(NameFamily, AVariantReadsAsAMemberOfItsFamily) {
 }
 
 TEST(NameFamily, OnlyANumberAsVariantsHaveItIsRead) {
-  for (const char* key : {"a.jpg", "a-1.jpg", "a-0.jpg", "a-02.jpg", "a-x.jpg", "a-.jpg", "a-2x", "a-2147483648", "", "-"}) {
+  for (const char* key :
+       {"a.jpg", "a-1.jpg", "a-0.jpg", "a-02.jpg", "a-x.jpg", "a-.jpg", "a-2x", "a-2147483648", "", "-"}) {
     EXPECT_TRUE(NameFamily::readings(key).empty()) << key;
   }
   EXPECT_EQ(NameFamily::readings("a-2.-2").size(), 2U);

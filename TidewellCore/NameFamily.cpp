@@ -31,8 +31,8 @@ int numberAtEnd(std::string_view stem) {
 void addReading(std::string_view stem, std::string_view ending, std::vector<NameFamily::Member>& members) {
   const int value = numberAtEnd(stem);
   if (value == 0) return;
-  members.push_back({.family = std::string(stem.substr(0, stem.rfind('-'))).append(number).append(ending),
-                     .number = value});
+  members.push_back(
+      {.family = std::string(stem.substr(0, stem.rfind('-'))).append(number).append(ending), .number = value});
 }
 
 }  // namespace
@@ -49,9 +49,7 @@ std::string NameFamily::of(std::string_view name, int digits) {
   return FileNaming::normalizedKey(variant.replace(place, length, number));
 }
 
-bool NameFamily::isOne(std::string_view name) {
-  return name.size() + 1 + mostDigits <= FileNaming::maximumNameBytes;
-}
+bool NameFamily::isOne(std::string_view name) { return name.size() + 1 + mostDigits <= FileNaming::maximumNameBytes; }
 
 std::vector<NameFamily::Member> NameFamily::readings(std::string_view key) {
   std::vector<Member> members;

@@ -35,9 +35,7 @@ TEST(EarlierCopies, NoneIsTakenTwice) {
   EXPECT_FALSE(copies.take("a-2.jpg", 10));
 }
 
-TEST(EarlierCopies, AnUnknownSizeMatchesNothing) {
-  EXPECT_FALSE(copiesOf({{"a.jpg", -1}}).take("a.jpg", -1));
-}
+TEST(EarlierCopies, AnUnknownSizeMatchesNothing) { EXPECT_FALSE(copiesOf({{"a.jpg", -1}}).take("a.jpg", -1)); }
 
 TEST(EarlierCopies, AVariantIsFoundWhateverItsNumber) {
   EarlierCopies copies = copiesOf({{"a-20000.jpg", 10}, {"a-65.jpg", 10}});

@@ -130,6 +130,39 @@ TEST(ExportPlanner, TwentyThousandOfOneNameArePlannedSoonAndAreThereTheNextTime)
   }
 }
 
+TEST(ExportPlanner, NamesFilesInTheFormOfTheDestination) {
+  DestinationIndex index{.destination = "/out/messages", .nameForm = NameForm::portable};
+  const std::vector<Request> requests{request("what?.jpg", 1), request("what*.jpg", 2)};
+  const auto plan = ExportPlanner::plan(requests, {{ana, "Ana"}}, {}, index);
+  EXPECT_EQ(plan[0].exportedName, "what-.jpg");
+  EXPECT_EQ(plan[1].exportedName, "what--2.jpg");
+}
+
+TEST(ExportPlanner, KnowsAFileInTheOtherFormOfItsName) {
+  for (const NameForm form : {NameForm::plain, NameForm::portable}) {
+    DestinationIndex index = indexWith("Ana", {{form == NameForm::plain ? "what-.jpg" : "what?.jpg", 10}});
+    index.nameForm = form;
+    const auto plan = ExportPlanner::plan({request("what?.jpg", 10)}, {{ana, "Ana"}}, {}, index);
+    EXPECT_TRUE(plan[0].alreadyPresent);
+  }
+}
+
+TEST(ExportPlanner, AFileInTheOtherFormIsNotTakenFromTheOneThatIsCalledSo) {
+  DestinationIndex index = indexWith("Ana", {{"what-.jpg", 10}});
+  const std::vector<Request> requests{request("what?.jpg", 10), request("what-.jpg", 10)};
+  const auto plan = ExportPlanner::plan(requests, {{ana, "Ana"}}, {}, index);
+  EXPECT_FALSE(plan[0].alreadyPresent);
+  EXPECT_EQ(plan[0].exportedName, "what?.jpg");
+  EXPECT_TRUE(plan[1].alreadyPresent);
+}
+
+TEST(ExportPlanner, MovesAFileInTheOtherFormOutOfTheFormerFolder) {
+  DestinationIndex index = indexWith("Old", {{"what-.jpg", 10}});
+  const auto plan = ExportPlanner::plan({request("what?.jpg", 10)}, {{ana, "Ana"}}, {{ana, {"Old"}}}, index);
+  EXPECT_EQ(plan[0].leftoverFolder, "Old");
+  EXPECT_EQ(plan[0].exportedName, "what?.jpg");
+}
+
 TEST(ExportPlanner, CanBeCancelled) {
   const std::vector<Request> requests(1000, request("a.jpg", 1));
   DestinationIndex index;

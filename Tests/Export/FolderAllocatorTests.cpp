@@ -137,8 +137,9 @@ TEST(FolderAllocator, AFolderNamedAfterAJIDIsForThatChatAlone) {
   EXPECT_FALSE(FolderAllocator::isAdoptableFolder(anaLID, ana));
   EXPECT_FALSE(FolderAllocator::isAdoptableFolder("1-2@G.US", ana));
   const auto snapshot = snapshotOf({{ana, "Ana"}, {bea, "Bea"}});
-  const auto folders =
-      FolderAllocator::allocate({{ana, {"a.jpg"}}, {bea, {"a.jpg"}}}, {{ana, {"a.jpg"}}}, {}, snapshot);
+  const auto folders = FolderAllocator::allocate(
+      {.exportFileNames = {{ana, {"a.jpg"}}, {bea, {"a.jpg"}}}, .existing = {{ana, {"a.jpg"}}}, .persisted = {}},
+      snapshot);
   EXPECT_EQ(folders, (FolderAssignment{{ana, ana}, {bea, "Bea"}}));
 }
 
@@ -146,7 +147,8 @@ TEST(FolderAllocator, KeepsTheFolderOfAChatThatThisBackupLacks) {
   const auto snapshot = snapshotOf({{bea, "Ana"}});
   const FolderAllocator::PlannedNames names{{bea, {"a.jpg"}}};
   const FolderAssignment persisted{{ana, "Ana"}};
-  const auto folders = FolderAllocator::allocate(names, {{"Ana", {"a.jpg"}}}, persisted, snapshot);
+  const auto folders = FolderAllocator::allocate(
+      {.exportFileNames = names, .existing = {{"Ana", {"a.jpg"}}}, .persisted = persisted}, snapshot);
   EXPECT_EQ(folders, (FolderAssignment{{bea, "Ana-2"}}));
   EXPECT_EQ(FolderAllocator::withAbsentChats(folders, persisted, snapshot),
             (FolderAssignment{{ana, "Ana"}, {bea, "Ana-2"}}));
@@ -204,6 +206,16 @@ TEST(FolderAllocator, AFolderThatIsKeptGoesToTheChatThatItIsRememberedForAlone) 
   EXPECT_EQ(FolderAllocator::assign(choice), (FolderAssignment{{"1@x", "Ana-2"}, {"2@x", "Ana-3"}}));
   choice.persisted = {{"2@x", "Ana"}};
   EXPECT_EQ(FolderAllocator::assign(choice), (FolderAssignment{{"1@x", "Ana-2"}, {"2@x", "Ana"}}));
+}
+
+TEST(FolderAllocator, GivesFoldersInTheFormOfTheDestination) {
+  auto choice = choiceFor({"1@x", "2@x", "3@x", "4@x"});
+  choice.nameForm = NameForm::portable;
+  choice.desiredName = [](const std::string& jid) { return jid == "4@x" ? "Nul" : "Pizza?"; };
+  choice.persisted = {{"3@x", "Remembered? "}};
+  choice.existing = {{"PIZZA-", {}}};
+  EXPECT_EQ(FolderAllocator::assign(choice),
+            (FolderAssignment{{"1@x", "PIZZA-"}, {"2@x", "Pizza--2"}, {"3@x", "Remembered-"}, {"4@x", "Nul-"}}));
 }
 
 TEST(FolderAllocator, CanBeCancelled) {

@@ -12,6 +12,7 @@
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/Platform/Text.h"
+#include "TidewellCore/PortableNames.h"
 #include "TidewellCore/UsedNames.h"
 
 namespace {
@@ -153,7 +154,7 @@ std::string ChatArchiveWriter::safeID(std::string_view jid, std::optional<std::i
 
 void ChatArchiveWriter::giveIDs(std::vector<ArchiveChat>& chats) {
   UsedNames used;
-  for (ArchiveChat& chat : chats) chat.id = used.uniquify(safeID(chat.jid, std::nullopt));
+  for (ArchiveChat& chat : chats) chat.id = used.uniquify(PortableNames::portable(safeID(chat.jid, std::nullopt)));
 }
 
 ArchiveChatSummary ChatArchiveWriter::summary(const ArchiveChat& chat, const TranscriptStyle& style) {

@@ -10,6 +10,7 @@
 
 #include "TidewellCore/Export/FolderAllocator.h"
 #include "TidewellCore/Platform/Cancellation.h"
+#include "TidewellCore/PortableNames.h"
 
 // What a content root holds: the chat folders and the files directly in them.
 // Folders and files are found by the key of their name.
@@ -23,6 +24,7 @@ struct DestinationIndex {
   using Files = std::map<std::string, FileEntry>;  // by the key of the name
 
   std::filesystem::path destination;
+  NameForm nameForm = NameForm::plain;             // of what is to be written there
   std::map<std::string, std::string> folderByKey;  // the folder as it is spelt on disk
   std::map<std::string, Files> filesByFolder;      // by the folder as it is spelt on disk
 

@@ -29,6 +29,7 @@ struct ExportPlan {
     std::vector<std::string> jidsOfTranscripts;   // chats that get a folder even without media
     std::filesystem::path destination;
     std::filesystem::path contentRoot;
+    NameForm nameForm = NameForm::plain;
   };
   // Throws TidewellError::cancelled.
   static ExportPlan make(const Wish& wish, const ChatStorageSnapshot& snapshot,

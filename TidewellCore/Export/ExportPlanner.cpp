@@ -28,22 +28,41 @@ class Planner {
   Planner(const FolderAssignment& folders, const LeftoverFolders& leftovers, DestinationIndex& index)
       : folders_(folders), leftovers_(leftovers), index_(index) {}
 
-  PlannedCopy plan(const Request& request) {
+  // The name of the copy that is there already under the name that an export gives it today.
+  std::optional<std::string> present(const Request& request) {
+    return stateOf(folders_.at(request.chatJID)).earlier.take(nameOf(request), request.sourceSize);
+  }
+
+  // To be asked when every request knows what is `present`, so that none takes another's.
+  PlannedCopy plan(const Request& request, std::optional<std::string> present) {
     const std::string& folder = folders_.at(request.chatJID);
     FolderState& state = stateOf(folder);
     PlannedCopy copy = copyOf(request);
-    if (auto present = state.earlier.take(request.desiredName, request.sourceSize)) {
+    if (!present) present = takeInOtherForm(state, request);
+    if (present) {
       copy.alreadyPresent = true;
       copy.exportedName = std::move(*present);
     } else {
       takeLeftover(request, copy);
-      copy.exportedName = state.used.uniquify(request.desiredName);
+      copy.exportedName = state.used.uniquify(nameOf(request));
     }
     copy.dest = index_.destination / PathText::path(folder) / PathText::path(copy.exportedName);
     return copy;
   }
 
  private:
+  std::string nameOf(const Request& request) const {
+    return PortableNames::inForm(request.desiredName, index_.nameForm);
+  }
+
+  // What was copied when the export stood on a drive of another kind.
+  std::optional<std::string> takeInOtherForm(FolderState& state, const Request& request) const {
+    const std::string portable = PortableNames::portable(request.desiredName);
+    if (portable == request.desiredName) return std::nullopt;
+    const bool isPortable = index_.nameForm == NameForm::portable;
+    return state.earlier.take(isPortable ? request.desiredName : portable, request.sourceSize);
+  }
+
   FolderState& stateOf(const std::string& folder) {
     const auto known = states_.find(folder);
     if (known != states_.end()) return known->second;
@@ -66,7 +85,9 @@ class Planner {
     const auto former = leftovers_.find(request.chatJID);
     if (former == leftovers_.end()) return;
     for (const std::string& folder : former->second) {
-      const auto name = stateOf(folder).earlier.take(request.desiredName, request.sourceSize);
+      FolderState& state = stateOf(folder);
+      auto name = state.earlier.take(nameOf(request), request.sourceSize);
+      if (!name) name = takeInOtherForm(state, request);
       if (!name) continue;
       copy.source = *index_.url(folder, *name);
       copy.leftoverFolder = folder;
@@ -104,11 +125,17 @@ std::vector<PlannedCopy> ExportPlanner::plan(const std::vector<Request>& request
                                              const CancellationCheck& isCancelled) {
   CancellationPoint cancellation(isCancelled);
   Planner planner(folderForJID, leftoversByOwner, index);
-  std::vector<PlannedCopy> copies;
-  copies.reserve(requests.size());
+  std::vector<std::optional<std::string>> present;
+  present.reserve(requests.size());
   for (const Request& request : requests) {
     cancellation.step();
-    copies.push_back(planner.plan(request));
+    present.push_back(planner.present(request));
+  }
+  std::vector<PlannedCopy> copies;
+  copies.reserve(requests.size());
+  for (std::size_t place = 0; place < requests.size(); ++place) {
+    cancellation.step();
+    copies.push_back(planner.plan(requests[place], std::move(present[place])));
   }
   return copies;
 }

@@ -17,6 +17,7 @@
 #include "TidewellCore/Export/ExportRequests.h"
 #include "TidewellCore/Export/FolderManifest.h"
 #include "TidewellCore/Export/MediaCopying.h"
+#include "TidewellCore/Export/NameProbe.h"
 #include "TidewellCore/Export/NamingMemory.h"
 #include "TidewellCore/Export/ProgressReporter.h"
 #include "TidewellCore/FileNaming.h"
@@ -95,6 +96,7 @@ ExportPlan makePlan(const ExportJob& job, const Reading& reading, const fs::path
   const auto& [opened, manifest, snapshot] = reading;
   const MediaKinds others = allBut(job.options.includedKinds);
   ExportPlan::Wish wish{.destination = job.destination, .contentRoot = contentRoot};
+  wish.nameForm = inDestination(job, [&] { return NameProbe::formFor(contentRoot); });
   wish.requests = ExportRequests::build(manifest, snapshot, opened,
                                         {.kinds = job.options.includedKinds, .stamps = stamps}, isCancelled);
   if (job.options.exportTranscripts) {

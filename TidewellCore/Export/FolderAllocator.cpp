@@ -75,6 +75,8 @@ class Assigner {
 
   bool isUsed(const std::string& folder) const { return used_.contains(FileNaming::normalizedKey(folder)); }
 
+  std::string inForm(const std::string& name) const { return PortableNames::inForm(name, choice_.nameForm); }
+
   // The spelling on disk of a folder with this name's key, else the name.
   std::string resolved(const std::string& name) const {
     const auto found = existingByKey_.find(FileNaming::normalizedKey(name));
@@ -97,8 +99,9 @@ class Assigner {
 
   void takePersisted(const std::string& jid) {
     const auto folder = choice_.persisted.find(jid);
-    if (folder != choice_.persisted.end() && !folder->second.empty() && !isUsed(folder->second))
-      give(jid, folder->second);
+    if (folder == choice_.persisted.end() || folder->second.empty()) return;
+    const std::string name = inForm(folder->second);
+    if (!isUsed(name)) give(jid, name);
   }
 
   // A folder of nobody here is a new name to nobody.
@@ -139,7 +142,7 @@ class Assigner {
     std::vector<std::string> names{choice_.desiredName(jid)};
     std::ranges::copy(choice_.historicalNames(jid), std::back_inserter(names));
     for (const std::string& name : bothForms(names)) {
-      for (const std::string& candidate : FileNaming::collisionVariants(name, lastNameVariant)) {
+      for (const std::string& candidate : FileNaming::collisionVariants(inForm(name), lastNameVariant)) {
         if (!existingByKey_.contains(FileNaming::normalizedKey(candidate)) || isUsed(candidate)) continue;
         if (choice_.canAdopt(resolved(candidate), jid)) return give(jid, candidate);
       }
@@ -148,7 +151,7 @@ class Assigner {
 
   void makeNew(const std::string& jid) {
     const std::string title = choice_.desiredName(jid);
-    const std::string name = FileNaming::sanitizeFolderName(title.empty() ? jid : title);
+    const std::string name = inForm(FileNaming::sanitizeFolderName(title.empty() ? jid : title));
     // A name that is another's may still be somebody's, so only what is used is passed over for good.
     int& firstFree = firstFree_.try_emplace(name, 1).first->second;
     for (int index = firstFree;; ++index) {
@@ -178,12 +181,11 @@ class Assigner {
 };
 
 // The keys of folders that are remembered for chats without files in this backup.
-std::set<std::string> keysOfAbsentChats(const FolderAssignment& persisted,
-                                        const FolderAllocator::PlannedNames& exportFileNames,
-                                        const ChatStorageSnapshot& snapshot) {
+std::set<std::string> keysOfAbsentChats(const FolderAllocator::Wish& wish, const ChatStorageSnapshot& snapshot) {
   std::set<std::string> keys;
-  for (const auto& [jid, folder] : persisted) {
-    if (!exportFileNames.contains(snapshot.canonicalChatJID(jid))) keys.insert(FileNaming::normalizedKey(folder));
+  for (const auto& [jid, folder] : wish.persisted) {
+    if (wish.exportFileNames.contains(snapshot.canonicalChatJID(jid))) continue;
+    keys.insert(FileNaming::normalizedKey(PortableNames::inForm(folder, wish.nameForm)));
   }
   return keys;
 }
@@ -194,18 +196,18 @@ FolderAssignment FolderAllocator::assign(const Choice& choice, const Cancellatio
   return Assigner(choice, isCancelled).run();
 }
 
-FolderAssignment FolderAllocator::allocate(const PlannedNames& exportFileNames, const FolderContents& existing,
-                                           const FolderAssignment& persisted, const ChatStorageSnapshot& snapshot,
+FolderAssignment FolderAllocator::allocate(const Wish& wish, const ChatStorageSnapshot& snapshot,
                                            const CancellationCheck& isCancelled) {
   Choice choice{
-      .persisted = persisted,
-      .existing = existing,
-      .exportFileNames = exportFileNames,
+      .persisted = wish.persisted,
+      .existing = wish.existing,
+      .exportFileNames = wish.exportFileNames,
       .desiredName = [&](const std::string& jid) { return snapshot.chatTitle(jid); },
       .historicalNames = [&](const std::string& jid) { return historicalNames(jid, snapshot); },
       .canAdopt = [](const std::string& folder, const std::string& jid) { return isAdoptableFolder(folder, jid); },
-      .kept = keysOfAbsentChats(persisted, exportFileNames, snapshot)};
-  for (const auto& [jid, names] : exportFileNames) choice.jids.push_back(jid);
+      .kept = keysOfAbsentChats(wish, snapshot),
+      .nameForm = wish.nameForm};
+  for (const auto& [jid, names] : wish.exportFileNames) choice.jids.push_back(jid);
   return assign(choice, isCancelled);
 }
 
