@@ -226,32 +226,6 @@ TEST(FileNaming, AVariantStillFitsAFileSystem) {
   EXPECT_EQ(FileNaming::variant(repeated("日", 85), 12), repeated("日", 84) + "-12");
 }
 
-TEST(FileNaming, UniquifyTakesTheFirstFreeVariant) {
-  std::set<std::string> used{"ana"};
-  EXPECT_EQ(FileNaming::uniquify("Ana", used), "Ana-2");
-  EXPECT_THAT(used, ElementsAre("ana", "ana-2"));
-  EXPECT_EQ(FileNaming::uniquify("Ana", used), "Ana-3");
-  EXPECT_EQ(FileNaming::uniquify("Rui", used), "Rui");
-  EXPECT_THAT(used, ElementsAre("ana", "ana-2", "ana-3", "rui"));
-}
-
-TEST(FileNaming, UniquifyComparesByKey) {
-  std::set<std::string> used;
-  EXPECT_EQ(FileNaming::uniquify("A\u0301", used), "A\u0301");
-  EXPECT_EQ(FileNaming::uniquify("Á", used), "Á-2");
-  EXPECT_EQ(FileNaming::uniquify("á.JPG", used), "á.JPG");
-  EXPECT_EQ(FileNaming::uniquify("Á.jpg", used), "Á-2.jpg");
-}
-
-TEST(FileNaming, UniquifyFindsManyNamesOfGreatestLength) {
-  std::set<std::string> used;
-  const std::string longest = repeated("x", 251) + ".jpg";
-  for (int count = 1; count <= 120; ++count) {
-    EXPECT_LE(FileNaming::uniquify(longest, used).size(), FileNaming::maximumNameBytes);
-  }
-  EXPECT_EQ(used.size(), 120u);
-}
-
 TEST(FileNaming, ListsCollisionVariants) {
   EXPECT_THAT(FileNaming::collisionVariants("a.jpg", 3), ElementsAre("a.jpg", "a-2.jpg", "a-3.jpg"));
   EXPECT_THAT(FileNaming::collisionVariants("a", 1), ElementsAre("a"));

@@ -108,13 +108,6 @@ std::string FileNaming::variant(std::string_view name, int index) {
   return fitted(PathText::withoutExtension(name), fmt::format("-{}{}", index, dottedExtension(name)));
 }
 
-std::string FileNaming::uniquify(std::string_view desired, std::set<std::string>& used) {
-  for (int index = 1;; ++index) {
-    std::string candidate = variant(desired, index);
-    if (used.insert(normalizedKey(candidate)).second) return candidate;
-  }
-}
-
 std::vector<std::string> FileNaming::collisionVariants(std::string_view name, int limit) {
   precondition(limit >= 1, "collisionVariants needs a limit of at least 1");
   std::vector<std::string> variants;

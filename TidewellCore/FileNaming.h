@@ -2,7 +2,6 @@
 
 #include <filesystem>
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -42,8 +41,6 @@ Date dateFromAppleTimestamp(double seconds);
 
 // The name itself for an index up to 1; else the name with "-" and the index before its extension.
 std::string variant(std::string_view name, int index);
-// The first variant whose key is not in `used`; its key is added.
-std::string uniquify(std::string_view desired, std::set<std::string>& used);
 // The variants 1 to `limit`; a limit below 1 is a fault of the program.
 std::vector<std::string> collisionVariants(std::string_view name, int limit);
 // The first listed name with the key of `name`.

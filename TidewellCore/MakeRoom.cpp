@@ -1,16 +1,17 @@
 #include "TidewellCore/MakeRoom.h"
 
-#include "TidewellCore/FileNaming.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
+#include "TidewellCore/UsedNames.h"
 
 namespace fs = std::filesystem;
 
 void MakeRoom::at(const fs::path& path) {
   if (Files::kindOf(path) == Files::Kind::nothing) return;
   const std::string name = PathText::text(path.filename());
-  std::set<std::string> used{FileNaming::normalizedKey(name)};
-  while (!Files::renameToFree(path, path.parent_path() / PathText::path(FileNaming::uniquify(name, used)))) continue;
+  UsedNames used;
+  used.take(name);
+  while (!Files::renameToFree(path, path.parent_path() / PathText::path(used.uniquify(name)))) continue;
 }
 
 void MakeRoom::forFolder(const fs::path& path) {

@@ -6,6 +6,7 @@
 #include <set>
 #include <string>
 
+#include "Tests/Support/Failures.h"
 #include "Tests/Support/TemporaryDirectory.h"
 
 namespace {
@@ -64,37 +65,11 @@ TEST(DestinationIndex, KeepsTwoFoldersThatDifferInLetterCaseApart) {
   EXPECT_EQ(index.url("ana", "B.JPG"), root / "ana/b.jpg");
 }
 
-TEST(DestinationIndex, RecognisesAnEarlierCopyByItsSize) {
-  DestinationIndex index;
-  index.addFile("Ana", "a.jpg", 10);
-  index.addFile("Ana", "A-2.jpg", 20);
-  EXPECT_EQ(index.existingSameSizeVariant("ana", "a.jpg", 10, {}), "a.jpg");
-  EXPECT_EQ(index.existingSameSizeVariant("Ana", "a.jpg", 20, {}), "A-2.jpg");
-  EXPECT_FALSE(index.existingSameSizeVariant("Ana", "a.jpg", 30, {}));
-  EXPECT_FALSE(index.existingSameSizeVariant("Ana", "b.jpg", 10, {}));
-  EXPECT_FALSE(index.existingSameSizeVariant("Bea", "a.jpg", 10, {}));
-}
-
-TEST(DestinationIndex, MatchesNoFileTwice) {
-  DestinationIndex index;
-  index.addFile("Ana", "a.jpg", 10);
-  index.addFile("Ana", "a-2.jpg", 10);
-  EXPECT_EQ(index.existingSameSizeVariant("Ana", "a.jpg", 10, {"a.jpg"}), "a-2.jpg");
-  EXPECT_FALSE(index.existingSameSizeVariant("Ana", "a.jpg", 10, {"a.jpg", "a-2.jpg"}));
-}
-
-TEST(DestinationIndex, AnUnknownSizeMatchesNothing) {
-  DestinationIndex index;
-  index.addFile("Ana", "a.jpg", -1);
-  EXPECT_FALSE(index.existingSameSizeVariant("Ana", "a.jpg", -1, {}));
-}
-
-TEST(DestinationIndex, LooksAtSixtyFourVariantsOfAName) {
-  DestinationIndex index;
-  index.addFile("Ana", "a-65.jpg", 10);
-  EXPECT_FALSE(index.existingSameSizeVariant("Ana", "a.jpg", 10, {}));
-  index.addFile("Ana", "a-64.jpg", 10);
-  EXPECT_EQ(index.existingSameSizeVariant("Ana", "a.jpg", 10, {}), "a-64.jpg");
+TEST(DestinationIndex, LoadingCanBeCancelled) {
+  const TemporaryDirectory root;
+  for (int count = 0; count < 300; ++count) writeFile(root / ("Ana/" + std::to_string(count)), "1");
+  EXPECT_THAT([&] { DestinationIndex::load(root.path(), [] { return true; }); },
+              Fixture::failsWith(TidewellError::cancelled()));
 }
 
 TEST(DestinationIndex, FollowsWhatTheExportDoes) {

@@ -1,11 +1,14 @@
 #include "TidewellCore/Export/ExportPlanner.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <string>
 #include <vector>
 
 #include "Tests/Export/ExportScene.h"
+#include "Tests/Support/Failures.h"
 #include "TidewellCore/Export/ExportPlan.h"
 
 namespace {
@@ -107,6 +110,67 @@ TEST(ExportPlanner, LeavesTheFormerFoldersOfOtherChatsAlone) {
   DestinationIndex index = indexWith("Old", {{"a.jpg", 10}});
   const auto plan = ExportPlanner::plan({request("a.jpg", 10)}, {{ana, "Ana"}}, {{bea, {"Old"}}}, index);
   EXPECT_FALSE(plan[0].leftoverFolder);
+}
+
+TEST(ExportPlanner, TwentyThousandOfOneNameArePlannedSoonAndAreThereTheNextTime) {
+  for (const int sizes : {1, 7, 20'000}) {
+    std::vector<Request> requests;
+    for (int count = 0; count < 20'000; ++count) requests.push_back(request("a.jpg", count % sizes));
+    DestinationIndex index{.destination = "/out/messages"};
+    const auto begin = std::chrono::steady_clock::now();
+    const auto plan = ExportPlanner::plan(requests, {{ana, "Ana"}}, {}, index);
+    EXPECT_EQ(plan.back().exportedName, "a-20000.jpg");
+    for (const PlannedCopy& copy : plan) index.addFile("Ana", copy.exportedName, copy.sourceSize);
+    const auto later = ExportPlanner::plan(requests, {{ana, "Ana"}}, {}, index);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
+    for (std::size_t place = 0; place < plan.size(); ++place) {
+      ASSERT_TRUE(later[place].alreadyPresent) << place;
+      ASSERT_EQ(later[place].dest, plan[place].dest);
+    }
+  }
+}
+
+TEST(ExportPlanner, NamesFilesInTheFormOfTheDestination) {
+  DestinationIndex index{.destination = "/out/messages", .nameForm = NameForm::portable};
+  const std::vector<Request> requests{request("what?.jpg", 1), request("what*.jpg", 2)};
+  const auto plan = ExportPlanner::plan(requests, {{ana, "Ana"}}, {}, index);
+  EXPECT_EQ(plan[0].exportedName, "what-.jpg");
+  EXPECT_EQ(plan[1].exportedName, "what--2.jpg");
+}
+
+TEST(ExportPlanner, KnowsAFileInTheOtherFormOfItsName) {
+  for (const NameForm form : {NameForm::plain, NameForm::portable}) {
+    DestinationIndex index = indexWith("Ana", {{form == NameForm::plain ? "what-.jpg" : "what?.jpg", 10}});
+    index.nameForm = form;
+    const auto plan = ExportPlanner::plan({request("what?.jpg", 10)}, {{ana, "Ana"}}, {}, index);
+    EXPECT_TRUE(plan[0].alreadyPresent);
+  }
+}
+
+TEST(ExportPlanner, AFileInTheOtherFormIsNotTakenFromTheOneThatIsCalledSo) {
+  DestinationIndex index = indexWith("Ana", {{"what-.jpg", 10}});
+  const std::vector<Request> requests{request("what?.jpg", 10), request("what-.jpg", 10)};
+  const auto plan = ExportPlanner::plan(requests, {{ana, "Ana"}}, {}, index);
+  EXPECT_FALSE(plan[0].alreadyPresent);
+  EXPECT_EQ(plan[0].exportedName, "what?.jpg");
+  EXPECT_TRUE(plan[1].alreadyPresent);
+}
+
+TEST(ExportPlanner, MovesAFileInTheOtherFormOutOfTheFormerFolder) {
+  DestinationIndex index = indexWith("Old", {{"what-.jpg", 10}});
+  const auto plan = ExportPlanner::plan({request("what?.jpg", 10)}, {{ana, "Ana"}}, {{ana, {"Old"}}}, index);
+  EXPECT_EQ(plan[0].leftoverFolder, "Old");
+  EXPECT_EQ(plan[0].exportedName, "what?.jpg");
+}
+
+TEST(ExportPlanner, CanBeCancelled) {
+  const std::vector<Request> requests(1000, request("a.jpg", 1));
+  DestinationIndex index;
+  EXPECT_THAT(
+      [&] {
+        ExportPlanner::plan(requests, {{ana, "Ana"}}, {}, index, [] { return true; });
+      },
+      Fixture::failsWith(TidewellError::cancelled()));
 }
 
 TEST(ExportPlanner, FindsTheFormerFoldersOfAllOfAChatsJIDs) {

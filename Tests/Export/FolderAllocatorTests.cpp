@@ -1,13 +1,17 @@
 #include "TidewellCore/Export/FolderAllocator.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "Tests/Export/ExportScene.h"
+#include "Tests/Support/Failures.h"
 #include "Tests/Support/TemporaryDirectory.h"
+#include "TidewellCore/FileNaming.h"
 
 namespace {
 
@@ -133,8 +137,9 @@ TEST(FolderAllocator, AFolderNamedAfterAJIDIsForThatChatAlone) {
   EXPECT_FALSE(FolderAllocator::isAdoptableFolder(anaLID, ana));
   EXPECT_FALSE(FolderAllocator::isAdoptableFolder("1-2@G.US", ana));
   const auto snapshot = snapshotOf({{ana, "Ana"}, {bea, "Bea"}});
-  const auto folders =
-      FolderAllocator::allocate({{ana, {"a.jpg"}}, {bea, {"a.jpg"}}}, {{ana, {"a.jpg"}}}, {}, snapshot);
+  const auto folders = FolderAllocator::allocate(
+      {.exportFileNames = {{ana, {"a.jpg"}}, {bea, {"a.jpg"}}}, .existing = {{ana, {"a.jpg"}}}, .persisted = {}},
+      snapshot);
   EXPECT_EQ(folders, (FolderAssignment{{ana, ana}, {bea, "Bea"}}));
 }
 
@@ -142,7 +147,8 @@ TEST(FolderAllocator, KeepsTheFolderOfAChatThatThisBackupLacks) {
   const auto snapshot = snapshotOf({{bea, "Ana"}});
   const FolderAllocator::PlannedNames names{{bea, {"a.jpg"}}};
   const FolderAssignment persisted{{ana, "Ana"}};
-  const auto folders = FolderAllocator::allocate(names, {{"Ana", {"a.jpg"}}}, persisted, snapshot);
+  const auto folders = FolderAllocator::allocate(
+      {.exportFileNames = names, .existing = {{"Ana", {"a.jpg"}}}, .persisted = persisted}, snapshot);
   EXPECT_EQ(folders, (FolderAssignment{{bea, "Ana-2"}}));
   EXPECT_EQ(FolderAllocator::withAbsentChats(folders, persisted, snapshot),
             (FolderAssignment{{ana, "Ana"}, {bea, "Ana-2"}}));
@@ -169,6 +175,52 @@ TEST(FolderAllocator, KnowsTheNamesThatEarlierExportsMayHaveGiven) {
   const Names expected{"Ana/Silva", "Ana-Silva", ana, anaLID, "+55 11 90000-1111"};
   ASSERT_GE(names.size(), expected.size());
   EXPECT_EQ(Names(names.begin(), names.begin() + 5), expected);
+}
+
+// Twenty thousand chats, "10000@x" and so on.
+Names manyChats() {
+  Names jids;
+  for (int count = 0; count < 20'000; ++count) jids.push_back(std::to_string(10'000 + count) + "@x");
+  return jids;
+}
+
+TEST(FolderAllocator, TwentyThousandChatsOfOneNameGetFoldersSoon) {
+  auto choice = choiceFor(manyChats());
+  choice.desiredName = [](const std::string&) { return "Ana"; };
+  const auto begin = std::chrono::steady_clock::now();
+  const FolderAssignment folders = FolderAllocator::assign(choice);
+  EXPECT_EQ(folders.at("10000@x"), "Ana");
+  EXPECT_EQ(folders.at("29999@x"), "Ana-20000");
+  for (const auto& [jid, folder] : folders) choice.existing[folder];
+  // Others' folders, which nobody here may have.
+  for (const auto& [folder, contents] : choice.existing) choice.kept.insert(FileNaming::normalizedKey(folder));
+  EXPECT_EQ(FolderAllocator::assign(choice).at("29999@x"), "Ana-40000");
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
+}
+
+TEST(FolderAllocator, AFolderThatIsKeptGoesToTheChatThatItIsRememberedForAlone) {
+  auto choice = choiceFor({"1@x", "2@x"});
+  choice.desiredName = [](const std::string&) { return "Ana"; };
+  choice.existing = {{"Ana", {}}};
+  choice.kept = {"ana", "ana-2"};
+  EXPECT_EQ(FolderAllocator::assign(choice), (FolderAssignment{{"1@x", "Ana-2"}, {"2@x", "Ana-3"}}));
+  choice.persisted = {{"2@x", "Ana"}};
+  EXPECT_EQ(FolderAllocator::assign(choice), (FolderAssignment{{"1@x", "Ana-2"}, {"2@x", "Ana"}}));
+}
+
+TEST(FolderAllocator, GivesFoldersInTheFormOfTheDestination) {
+  auto choice = choiceFor({"1@x", "2@x", "3@x", "4@x"});
+  choice.nameForm = NameForm::portable;
+  choice.desiredName = [](const std::string& jid) { return jid == "4@x" ? "Nul" : "Pizza?"; };
+  choice.persisted = {{"3@x", "Remembered? "}};
+  choice.existing = {{"PIZZA-", {}}};
+  EXPECT_EQ(FolderAllocator::assign(choice),
+            (FolderAssignment{{"1@x", "PIZZA-"}, {"2@x", "Pizza--2"}, {"3@x", "Remembered-"}, {"4@x", "Nul-"}}));
+}
+
+TEST(FolderAllocator, CanBeCancelled) {
+  EXPECT_THAT([] { FolderAllocator::assign(choiceFor(manyChats()), [] { return true; }); },
+              Fixture::failsWith(TidewellError::cancelled()));
 }
 
 TEST(FolderAllocator, ListsTheFoldersThatMayBeChats) {

@@ -57,6 +57,15 @@ TEST(FolderPairing, PairsAFolderNamedAfterAJIDWithTheOneTheManifestNames) {
   EXPECT_EQ(outcome.skippedAmbiguousCount, 0);
 }
 
+TEST(FolderPairing, KnowsAFolderInThePortableFormOfItsName) {
+  const Outcome outcome = find({.folders = {ana, "Ana-"}, .manifest = {{ana, "Ana?"}}});
+  EXPECT_THAT(outcome.pairs, ElementsAre(Pair{"Ana-", ana, ana}));
+  const Outcome both = find({.folders = {ana, "Ana-", "Ana?"}, .manifest = {{ana, "Ana?"}}});
+  EXPECT_THAT(both.pairs, ElementsAre(Pair{"Ana?", ana, ana}));
+  const Outcome others = find({.folders = {ana, "Ana-"}, .manifest = {{ana, "Ana?"}, {bea, "Ana-"}}});
+  EXPECT_THAT(others.pairs, IsEmpty());
+}
+
 TEST(FolderPairing, PairsAFolderNamedAfterAJIDWithTheOneTheArchiveNames) {
   EXPECT_THAT(find({.folders = {ana, "Ana"}, .archive = {{ana, "Ana"}}}).pairs, ElementsAre(Pair{"Ana", ana, ana}));
 }

@@ -8,6 +8,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/DestinationIndexTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/DestinationLockTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/DiskSpaceTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/EarlierCopiesTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/EarlyEndTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportDeduperArchiveTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportDeduperInterruptionTests.cpp
@@ -20,6 +21,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/ExportTimingTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExporterDamageTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExporterDestinationTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ExporterDriveTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExporterFolderTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExporterKeyTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExporterNamingTests.cpp

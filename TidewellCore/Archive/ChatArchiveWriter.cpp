@@ -8,12 +8,13 @@
 #include "TidewellCore/Archive/ChatArchiveStrings.h"
 #include "TidewellCore/Archive/ReadableText.h"
 #include "TidewellCore/Archive/ViewerTexts.h"
-#include "TidewellCore/FileNaming.h"
 #include "TidewellCore/FolderNames.h"
 #include "TidewellCore/MakeRoom.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/Platform/Text.h"
+#include "TidewellCore/PortableNames.h"
+#include "TidewellCore/UsedNames.h"
 
 namespace {
 
@@ -142,8 +143,8 @@ std::string ChatArchiveWriter::safeID(std::string_view jid, std::optional<std::i
 }
 
 void ChatArchiveWriter::giveIDs(std::vector<ArchiveChat>& chats) {
-  std::set<std::string> used;
-  for (ArchiveChat& chat : chats) chat.id = FileNaming::uniquify(safeID(chat.jid, std::nullopt), used);
+  UsedNames used;
+  for (ArchiveChat& chat : chats) chat.id = used.uniquify(PortableNames::portable(safeID(chat.jid, std::nullopt)));
 }
 
 ArchiveChatSummary ChatArchiveWriter::summary(const ArchiveChat& chat, const TranscriptStyle& style) {

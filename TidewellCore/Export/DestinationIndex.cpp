@@ -8,11 +8,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int lastVariant = 64;
-
-DestinationIndex::Files filesOf(const fs::path& folder) {
+DestinationIndex::Files filesOf(const fs::path& folder, CancellationPoint& cancellation) {
   DestinationIndex::Files files;
   for (auto& [name, size] : Files::listFiles(folder)) {
+    cancellation.step();
     files.insert_or_assign(FileNaming::normalizedKey(name), DestinationIndex::FileEntry{name, size});
   }
   return files;
@@ -20,12 +19,14 @@ DestinationIndex::Files filesOf(const fs::path& folder) {
 
 }  // namespace
 
-DestinationIndex DestinationIndex::load(const fs::path& contentRoot) {
+DestinationIndex DestinationIndex::load(const fs::path& contentRoot, const CancellationCheck& isCancelled) {
   DestinationIndex index{.destination = contentRoot};
+  CancellationPoint cancellation(isCancelled);
   for (const std::string& folder : FolderAllocator::existingChatFolders(contentRoot)) {
+    cancellation.step();
     index.folderByKey.emplace(FileNaming::normalizedKey(folder), folder);
     try {
-      index.filesByFolder.emplace(folder, filesOf(contentRoot / PathText::path(folder)));
+      index.filesByFolder.emplace(folder, filesOf(contentRoot / PathText::path(folder), cancellation));
     } catch (const fs::filesystem_error&) {
       index.filesByFolder.emplace(folder, Files{});
       index.unreadableFolders.insert(folder);
@@ -78,19 +79,6 @@ std::optional<fs::path> DestinationIndex::url(std::string_view folder, std::stri
   if (entry == nullptr) return std::nullopt;
   const std::string onDisk = filesByFolder.contains(std::string(folder)) ? std::string(folder) : *diskFolder(folder);
   return destination / PathText::path(onDisk) / PathText::path(entry->name);
-}
-
-std::optional<std::string> DestinationIndex::existingSameSizeVariant(std::string_view folder, std::string_view desired,
-                                                                     std::int64_t sourceSize,
-                                                                     const std::set<std::string>& claimed) const {
-  const Files* files = filesIn(folder);
-  if (sourceSize < 0 || files == nullptr || files->empty()) return std::nullopt;
-  for (int index = 1; index <= lastVariant; ++index) {
-    const std::string key = FileNaming::normalizedKey(FileNaming::variant(desired, index));
-    const auto found = files->find(key);
-    if (found != files->end() && found->second.size == sourceSize && !claimed.contains(key)) return found->second.name;
-  }
-  return std::nullopt;
 }
 
 void DestinationIndex::addFile(const std::string& folder, const std::string& name, std::int64_t size) {

@@ -5,8 +5,10 @@
 #include "TidewellCore/Platform/RootFolder.h"
 
 // Keeps two exports from writing into one destination at the same time: each
-// would take the other's working files for those of a crash. Held while it
-// lives, and gone with the process; a file system without locks gives none.
+// would take the other's working files for those of a crash. A destination
+// called "messages" is locked with the folder above it, whose export would write
+// into it. Held while it lives, and gone with the process; a file system without
+// locks gives none.
 // No link below a locked destination is followed.
 class DestinationLock {
  public:
@@ -22,7 +24,10 @@ class DestinationLock {
   void requireInPlace() const;
 
  private:
+  void close() const;
+
   std::filesystem::path destination_;
   RootFolder root_;
   int folder_ = -1;
+  int above_ = -1;  // of the folder above, when that is locked too
 };

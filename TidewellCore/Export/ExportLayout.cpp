@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -16,6 +15,7 @@
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/Platform/Text.h"
+#include "TidewellCore/UsedNames.h"
 
 namespace {
 
@@ -49,9 +49,9 @@ void moveForeignContentAside(const fs::path& destination, const fs::path& untouc
   const bool leadsToAFolder = kind == Files::Kind::folder || kind == Files::Kind::link;
   if (!leadsToAFolder || ExportLayout::isMarked(content)) return;
   if (holdsBackup(content, untouched)) failAsOccupied(content);
-  std::set<std::string> used = MergeMove::usedNames(destination);
-  used.insert(FolderNames::content);
-  while (!Files::renameToFree(content, destination / FileNaming::uniquify(asideName, used))) continue;
+  UsedNames used = MergeMove::usedNames(destination);
+  used.take(FolderNames::content);
+  while (!Files::renameToFree(content, destination / used.uniquify(asideName))) continue;
 }
 
 // The root appears with its mark in one step, so that no interruption leaves

@@ -11,17 +11,19 @@ namespace {
 FolderAllocator::PlannedNames namesByChat(const ExportPlan::Wish& wish) {
   FolderAllocator::PlannedNames names;
   for (const std::string& jid : wish.jidsOfTranscripts) names[jid];
-  for (const ExportPlanner::Request& request : wish.requests) names[request.chatJID].push_back(request.desiredName);
+  for (const ExportPlanner::Request& request : wish.requests) {
+    names[request.chatJID].push_back(PortableNames::inForm(request.desiredName, wish.nameForm));
+  }
   return names;
 }
 
 // Those of the requests that an earlier export carried out.
 std::vector<ExportPlanner::PlannedCopy> carriedOutBefore(std::vector<ExportPlanner::Request> requests,
-                                                         const FolderAssignment& folders,
-                                                         const DestinationIndex& index) {
+                                                         const FolderAssignment& folders, const DestinationIndex& index,
+                                                         const CancellationCheck& isCancelled) {
   std::erase_if(requests, [&](const ExportPlanner::Request& request) { return !folders.contains(request.chatJID); });
   DestinationIndex untouched = index;
-  std::vector<ExportPlanner::PlannedCopy> copies = ExportPlanner::plan(requests, folders, {}, untouched);
+  std::vector<ExportPlanner::PlannedCopy> copies = ExportPlanner::plan(requests, folders, {}, untouched, isCancelled);
   std::erase_if(copies, [](const ExportPlanner::PlannedCopy& copy) { return !copy.alreadyPresent; });
   return copies;
 }
@@ -41,6 +43,13 @@ std::set<std::string> placesOf(const ExportPlan& plan) {
   return places;
 }
 
+// In either form of its name; null when there is none.
+const DestinationIndex::FileEntry* copyOfLostFile(const DestinationIndex& index, std::string_view folder,
+                                                  std::string_view name) {
+  const auto* file = index.file(folder, name);
+  return file != nullptr ? file : index.file(folder, PortableNames::portable(name));
+}
+
 // A lost file's size is not known, so its copy is the one of the very name that
 // an export gives it, unless that is another's.
 void addCopiesOfLostFiles(ExportPlan& plan, const std::vector<ExportPlanner::Request>& lost) {
@@ -48,7 +57,7 @@ void addCopiesOfLostFiles(ExportPlan& plan, const std::vector<ExportPlanner::Req
   for (const ExportPlanner::Request& request : lost) {
     const auto folder = plan.folders.find(request.chatJID);
     if (folder == plan.folders.end()) continue;
-    const auto* file = plan.index.file(folder->second, request.desiredName);
+    const auto* file = copyOfLostFile(plan.index, folder->second, request.desiredName);
     if (file == nullptr || !taken.insert(placeOf(folder->second, file->name)).second) continue;
     plan.earlier.push_back({.dest = *plan.index.url(folder->second, file->name),
                             .date = request.date,
@@ -94,12 +103,18 @@ ExportPlanner::LeftoverFolders withoutOthersFolders(ExportPlanner::LeftoverFolde
 
 }  // namespace
 
-ExportPlan ExportPlan::make(const Wish& wish, const ChatStorageSnapshot& snapshot) {
-  ExportPlan plan{.index = DestinationIndex::load(wish.contentRoot)};
+ExportPlan ExportPlan::make(const Wish& wish, const ChatStorageSnapshot& snapshot,
+                            const CancellationCheck& isCancelled) {
+  ExportPlan plan{.index = DestinationIndex::load(wish.contentRoot, isCancelled)};
+  plan.index.nameForm = wish.nameForm;
   const FolderAssignment loaded = FolderManifest::load(wish.destination);
   const FolderAllocator::PlannedNames names = namesByChat(wish);
   const FolderAssignment persisted = FolderAllocator::expandPersisted(loaded, keysOf(names), snapshot);
-  plan.folders = FolderAllocator::allocate(names, plan.index.mediaNameSets(), persisted, snapshot);
+  plan.folders = FolderAllocator::allocate({.exportFileNames = names,
+                                            .existing = plan.index.mediaNameSets(),
+                                            .persisted = persisted,
+                                            .nameForm = wish.nameForm},
+                                           snapshot, isCancelled);
   plan.remembered = FolderAllocator::withAbsentChats(plan.folders, loaded, snapshot);
   plan.rememberedMeanwhile = plan.remembered;
   plan.rememberedMeanwhile.insert(loaded.begin(), loaded.end());
@@ -109,8 +124,9 @@ ExportPlan ExportPlan::make(const Wish& wish, const ChatStorageSnapshot& snapsho
                                                           .snapshot = snapshot,
                                                           .index = plan.index});
   plan.removable = withoutOthersFolders(plan.leftovers, plan.remembered, snapshot);
-  plan.earlier = carriedOutBefore(wish.leftOut, plan.remembered, plan.index);
-  plan.copies = ExportPlanner::plan(wish.requests, plan.folders, plan.leftovers, plan.index);
+  plan.earlier = carriedOutBefore(wish.leftOut, plan.remembered, plan.index, isCancelled);
+  plan.copies = ExportPlanner::plan(wish.requests, plan.folders, plan.leftovers, plan.index, isCancelled);
+  throwIfCancelled(isCancelled);
   addCopiesOfLostFiles(plan, wish.lost);
   return plan;
 }

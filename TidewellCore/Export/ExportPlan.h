@@ -29,8 +29,11 @@ struct ExportPlan {
     std::vector<std::string> jidsOfTranscripts;   // chats that get a folder even without media
     std::filesystem::path destination;
     std::filesystem::path contentRoot;
+    NameForm nameForm = NameForm::plain;
   };
-  static ExportPlan make(const Wish& wish, const ChatStorageSnapshot& snapshot);
+  // Throws TidewellError::cancelled.
+  static ExportPlan make(const Wish& wish, const ChatStorageSnapshot& snapshot,
+                         const CancellationCheck& isCancelled = {});
 
   // The bytes that the copies still take on the destination's volume.
   std::int64_t bytesToCopy() const;

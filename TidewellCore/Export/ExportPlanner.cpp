@@ -2,8 +2,10 @@
 
 #include <algorithm>
 
+#include "TidewellCore/Export/EarlierCopies.h"
 #include "TidewellCore/FileNaming.h"
 #include "TidewellCore/Platform/PathText.h"
+#include "TidewellCore/UsedNames.h"
 
 namespace {
 
@@ -11,10 +13,17 @@ using ExportPlanner::LeftoverFolders;
 using ExportPlanner::PlannedCopy;
 using ExportPlanner::Request;
 
-// What is already spoken for in one chat folder, by key.
+// What one folder holds, and what of it is already spoken for.
 struct FolderState {
-  std::set<std::string> used;     // names on disk, and names given out
-  std::set<std::string> claimed;  // names on disk that a request was matched with
+  explicit FolderState(const DestinationIndex::Files& files) : earlier(files) {
+    for (const auto& [key, file] : files) {
+      // One without content is what a power cut left of a copy: it is replaced.
+      if (file.size > 0) used.take(file.name);
+    }
+  }
+
+  EarlierCopies earlier;
+  UsedNames used;  // names of files with content on disk, and names given out
 };
 
 class Planner {
@@ -22,29 +31,49 @@ class Planner {
   Planner(const FolderAssignment& folders, const LeftoverFolders& leftovers, DestinationIndex& index)
       : folders_(folders), leftovers_(leftovers), index_(index) {}
 
-  PlannedCopy plan(const Request& request) {
+  // The name of the copy that is there already under the name that an export gives it today.
+  std::optional<std::string> present(const Request& request) {
+    FolderState& state = stateOf(folders_.at(request.chatJID));
+    auto name = state.earlier.take(nameOf(request), request.sourceSize);
+    if (name) state.used.take(*name);
+    return name;
+  }
+
+  // To be asked when every request knows what is `present`, so that none takes another's.
+  PlannedCopy plan(const Request& request, std::optional<std::string> present) {
     const std::string& folder = folders_.at(request.chatJID);
     FolderState& state = stateOf(folder);
     PlannedCopy copy = copyOf(request);
-    const auto present = index_.existingSameSizeVariant(folder, request.desiredName, request.sourceSize, state.claimed);
+    if (!present) present = takeInOtherForm(state, request);
     if (present) {
       copy.alreadyPresent = true;
-      copy.exportedName = *present;
-      state.claimed.insert(FileNaming::normalizedKey(*present));
+      copy.exportedName = std::move(*present);
     } else {
       takeLeftover(request, copy);
-      copy.exportedName = FileNaming::uniquify(request.desiredName, state.used);
-      state.claimed.insert(FileNaming::normalizedKey(copy.exportedName));
+      copy.exportedName = state.used.uniquify(nameOf(request));
     }
     copy.dest = index_.destination / PathText::path(folder) / PathText::path(copy.exportedName);
     return copy;
   }
 
  private:
+  std::string nameOf(const Request& request) const {
+    return PortableNames::inForm(request.desiredName, index_.nameForm);
+  }
+
+  // What was copied when the export stood on a drive of another kind.
+  std::optional<std::string> takeInOtherForm(FolderState& state, const Request& request) const {
+    const std::string portable = PortableNames::portable(request.desiredName);
+    if (portable == request.desiredName) return std::nullopt;
+    const bool isPortable = index_.nameForm == NameForm::portable;
+    return state.earlier.take(isPortable ? request.desiredName : portable, request.sourceSize);
+  }
+
   FolderState& stateOf(const std::string& folder) {
-    const auto [state, isNew] = states_.try_emplace(folder);
-    if (isNew) state->second.used = index_.existingNameKeys(folder);
-    return state->second;
+    const auto known = states_.find(folder);
+    if (known != states_.end()) return known->second;
+    const DestinationIndex::Files* files = index_.filesIn(folder);
+    return states_.emplace(folder, files == nullptr ? DestinationIndex::Files() : *files).first->second;
   }
 
   static PlannedCopy copyOf(const Request& request) {
@@ -62,7 +91,9 @@ class Planner {
     const auto former = leftovers_.find(request.chatJID);
     if (former == leftovers_.end()) return;
     for (const std::string& folder : former->second) {
-      const auto name = index_.existingSameSizeVariant(folder, request.desiredName, request.sourceSize, {});
+      FolderState& state = stateOf(folder);
+      auto name = state.earlier.take(nameOf(request), request.sourceSize);
+      if (!name) name = takeInOtherForm(state, request);
       if (!name) continue;
       copy.source = *index_.url(folder, *name);
       copy.leftoverFolder = folder;
@@ -96,11 +127,22 @@ std::vector<std::string> formerNames(const std::string& jid, const ExportPlanner
 }  // namespace
 
 std::vector<PlannedCopy> ExportPlanner::plan(const std::vector<Request>& requests, const FolderAssignment& folderForJID,
-                                             const LeftoverFolders& leftoversByOwner, DestinationIndex& index) {
+                                             const LeftoverFolders& leftoversByOwner, DestinationIndex& index,
+                                             const CancellationCheck& isCancelled) {
+  CancellationPoint cancellation(isCancelled);
   Planner planner(folderForJID, leftoversByOwner, index);
+  std::vector<std::optional<std::string>> present;
+  present.reserve(requests.size());
+  for (const Request& request : requests) {
+    cancellation.step();
+    present.push_back(planner.present(request));
+  }
   std::vector<PlannedCopy> copies;
   copies.reserve(requests.size());
-  for (const Request& request : requests) copies.push_back(planner.plan(request));
+  for (std::size_t place = 0; place < requests.size(); ++place) {
+    cancellation.step();
+    copies.push_back(planner.plan(requests[place], std::move(present[place])));
+  }
   return copies;
 }
 

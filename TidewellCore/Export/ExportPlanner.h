@@ -21,7 +21,7 @@ namespace ExportPlanner {
 struct Request {
   std::filesystem::path source;  // in the backup; empty when it cannot be stored anywhere
   std::string relativePath;      // "Message/Media/…"
-  std::string desiredName;
+  std::string desiredName;       // in its plain form
   std::string chatJID;
   MediaKind kind = MediaKind::documents;
   std::int64_t sourceSize = 0;  // bytes of plaintext; negative when the stored file is missing or cut short
@@ -53,10 +53,13 @@ struct PlannedCopy {
 // Folders that were a chat's in an earlier export and are not now, by the chat's JID.
 using LeftoverFolders = std::map<std::string, std::vector<std::string>>;
 
-// One copy for each request, in their order. `folderForJID` names a folder for
+// One copy for each request, in their order, named in the index's form; what was
+// copied under a name of the other form is there as well. `folderForJID` names a folder for
 // every chat. Files to be moved out of a leftover folder leave the index.
+// Throws TidewellError::cancelled.
 std::vector<PlannedCopy> plan(const std::vector<Request>& requests, const FolderAssignment& folderForJID,
-                              const LeftoverFolders& leftoversByOwner, DestinationIndex& index);
+                              const LeftoverFolders& leftoversByOwner, DestinationIndex& index,
+                              const CancellationCheck& isCancelled = {});
 
 // The JID folders of each chat's media paths, by the chat's JID.
 using PathJIDs = std::map<std::string, std::set<std::string>>;

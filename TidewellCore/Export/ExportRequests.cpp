@@ -14,9 +14,12 @@ constexpr std::int64_t unknownSize = -1;
 
 std::vector<ExportPlanner::Request> ExportRequests::build(const ManifestStore& manifest,
                                                           const ChatStorageSnapshot& snapshot,
-                                                          const OpenedBackup& opened, const Wish& wish) {
+                                                          const OpenedBackup& opened, const Wish& wish,
+                                                          const CancellationCheck& isCancelled) {
   std::vector<ExportPlanner::Request> requests;
+  CancellationPoint cancellation(isCancelled);
   for (const ManifestFile& file : manifest.media) {
+    cancellation.step();
     const MediaKind kind = MediaKind::classify(PathText::extension(file.relativePath));
     if (!wish.kinds.contains(kind)) continue;
     const MessageRecord* message = snapshot.mediaMessage(file.relativePath);

@@ -17,9 +17,11 @@ struct Wish {
 };
 
 // A request for every media file of the wanted kinds, in the file index's
-// order. A file without a message is undated, in the chat of its path.
+// order. A file without a message is undated, in the chat of its path. Throws
+// TidewellError::cancelled.
 std::vector<ExportPlanner::Request> build(const ManifestStore& manifest, const ChatStorageSnapshot& snapshot,
-                                          const OpenedBackup& opened, const Wish& wish);
+                                          const OpenedBackup& opened, const Wish& wish,
+                                          const CancellationCheck& isCancelled = {});
 
 // A request, which nothing can carry out, for every medium that a message names
 // and whose file is in none of `found` whole; in the order of their paths.

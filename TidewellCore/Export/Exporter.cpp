@@ -12,12 +12,14 @@
 #include "TidewellCore/Export/DiskSpace.h"
 #include "TidewellCore/Export/EarlyEnd.h"
 #include "TidewellCore/Export/ExportDeduper.h"
+#include "TidewellCore/Export/ExportDestination.h"
 #include "TidewellCore/Export/ExportLayout.h"
 #include "TidewellCore/Export/ExportPlan.h"
 #include "TidewellCore/Export/ExportRequests.h"
 #include "TidewellCore/Export/FailureLog.h"
 #include "TidewellCore/Export/FolderManifest.h"
 #include "TidewellCore/Export/MediaCopying.h"
+#include "TidewellCore/Export/NameProbe.h"
 #include "TidewellCore/Export/NamingMemory.h"
 #include "TidewellCore/Export/ProgressReporter.h"
 #include "TidewellCore/FileNaming.h"
@@ -105,18 +107,21 @@ MediaKinds allBut(const MediaKinds& kinds) {
 }
 
 ExportPlan makePlan(const ExportJob& job, const Reading& reading, const fs::path& contentRoot,
-                    const DateFormatter& stamps) {
+                    const DateFormatter& stamps, const CancellationCheck& isCancelled) {
   const auto& [opened, manifest, snapshot] = reading;
   const MediaKinds others = allBut(job.options.includedKinds);
   ExportPlan::Wish wish{.destination = job.destination, .contentRoot = contentRoot};
-  wish.requests =
-      ExportRequests::build(manifest, snapshot, opened, {.kinds = job.options.includedKinds, .stamps = stamps});
+  wish.nameForm = inDestination(job, [&] { return NameProbe::formFor(contentRoot); });
+  wish.requests = ExportRequests::build(manifest, snapshot, opened,
+                                        {.kinds = job.options.includedKinds, .stamps = stamps}, isCancelled);
   if (job.options.exportTranscripts) {
-    wish.leftOut = ExportRequests::build(manifest, snapshot, opened, {.kinds = others, .stamps = stamps});
+    wish.leftOut = ExportRequests::build(manifest, snapshot, opened, {.kinds = others, .stamps = stamps}, isCancelled);
+    throwIfCancelled(isCancelled);
     wish.lost = ExportRequests::lost(snapshot, {&wish.requests, &wish.leftOut}, stamps);
     wish.jidsOfTranscripts = ChatLines(snapshot).chatsWithMessages();
   }
-  return ExportPlan::make(wish, snapshot);
+  throwIfCancelled(isCancelled);
+  return ExportPlan::make(wish, snapshot, isCancelled);
 }
 
 // What the summary tells is on the disk by then: the names of files too, and all that was not copied.
@@ -160,7 +165,9 @@ ScanResult Exporter::scan(const fs::path& backup, std::optional<std::string_view
   });
 }
 
-ExportSummary Exporter::exportBackup(const ExportJob& job, const RunControl& control) const {
+ExportSummary Exporter::exportBackup(const ExportJob& wish, const RunControl& control) const {
+  ExportJob job = wish;
+  job.destination = ExportDestination::meant(job.destination);
   return begin({.backup = job.backup, .destination = &job.destination}, [&] { return runExport(job, control); });
 }
 
@@ -188,7 +195,7 @@ ExportSummary Exporter::runExport(const ExportJob& job, const RunControl& contro
   warnings.insert(warnings.end(), namingWarnings.begin(), namingWarnings.end());
   if (control.warned) std::ranges::for_each(warnings, control.warned);
   ExportPlan plan = makePlan(job, {.opened = opened, .manifest = manifest, .snapshot = snapshot}, contentRoot,
-                             FileNaming::stampFormatter(naming.timeZone, naming.locale));
+                             FileNaming::stampFormatter(naming.timeZone, naming.locale), control.isCancelled);
   requireSpace(plan.bytesToCopy(), contentRoot);
   throwIfCancelled(control.isCancelled);
 

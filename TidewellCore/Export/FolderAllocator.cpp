@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <unordered_map>
 
 #include "TidewellCore/ChatData/JID.h"
@@ -41,17 +42,22 @@ std::vector<std::string> bothForms(const std::vector<std::string>& names) {
 // The four passes over the chats, each in ascending order of their JIDs.
 class Assigner {
  public:
-  explicit Assigner(const Choice& choice) : choice_(choice), jids_(choice.jids.begin(), choice.jids.end()) {
+  Assigner(const Choice& choice, const CancellationCheck& isCancelled)
+      : choice_(choice), cancellation_(isCancelled), jids_(choice.jids.begin(), choice.jids.end()) {
     jids_.erase("");
     for (const std::string_view name : FolderNames::reserved) used_.insert(std::string(name));
     for (const auto& [folder, contents] : choice.existing) {
-      existingByKey_[FileNaming::normalizedKey(folder)].push_back(folder);
-      for (const std::string& file : contents) foldersByFileKey_[file].push_back(&folder);
+      existingByKey_[FileNaming::normalizedKey(folder)].push_back(folders_.size());
+      for (const std::string& file : contents) foldersByFileKey_[file].push_back(folders_.size());
+      folders_.push_back(&folder);
     }
+    counts_.resize(folders_.size());
+    isGiven_.resize(folders_.size());
   }
 
   FolderAssignment run() {
     forEachChatWithoutFolder([this](const std::string& jid) { takePersisted(jid); });
+    takeKept();
     forEachChatWithoutFolder([this](const std::string& jid) { takeByContent(jid); });
     forEachChatWithoutFolder([this](const std::string& jid) { takeByName(jid); });
     forEachChatWithoutFolder([this](const std::string& jid) { makeNew(jid); });
@@ -62,50 +68,81 @@ class Assigner {
   template <typename Pass>
   void forEachChatWithoutFolder(Pass pass) {
     for (const std::string& jid : jids_) {
+      cancellation_.step();
       if (!result_.contains(jid)) pass(jid);
     }
   }
 
   bool isUsed(const std::string& folder) const { return used_.contains(FileNaming::normalizedKey(folder)); }
 
+  std::string inForm(const std::string& name) const { return PortableNames::inForm(name, choice_.nameForm); }
+
   // The spelling on disk of a folder with this name's key, else the name.
   std::string resolved(const std::string& name) const {
     const auto found = existingByKey_.find(FileNaming::normalizedKey(name));
-    if (found == existingByKey_.end() || std::ranges::find(found->second, name) != found->second.end()) return name;
-    return found->second.front();
+    if (found == existingByKey_.end()) return name;
+    const auto isName = [&](std::size_t folder) { return *folders_[folder] == name; };
+    return std::ranges::any_of(found->second, isName) ? name : *folders_[found->second.front()];
   }
 
   void give(const std::string& jid, const std::string& name) {
-    used_.insert(FileNaming::normalizedKey(name));
+    use(FileNaming::normalizedKey(name));
     result_.emplace(jid, resolved(name));
+  }
+
+  void use(const std::string& key) {
+    used_.insert(key);
+    const auto found = existingByKey_.find(key);
+    if (found == existingByKey_.end()) return;
+    for (const std::size_t folder : found->second) isGiven_[folder] = true;
   }
 
   void takePersisted(const std::string& jid) {
     const auto folder = choice_.persisted.find(jid);
-    if (folder != choice_.persisted.end() && !folder->second.empty() && !isUsed(folder->second))
-      give(jid, folder->second);
+    if (folder == choice_.persisted.end() || folder->second.empty()) return;
+    const std::string name = inForm(folder->second);
+    if (!isUsed(name)) give(jid, name);
+  }
+
+  // A folder of nobody here is a new name to nobody.
+  void takeKept() {
+    for (const auto& [key, folders] : existingByKey_) {
+      if (choice_.kept.contains(key)) use(key);
+    }
   }
 
   void takeByContent(const std::string& jid) {
     const auto planned = choice_.exportFileNames.find(jid);
-    if (planned == choice_.exportFileNames.end()) return;
-    std::map<std::string, int> counts;  // in ascending order, so of equal counts the first wins
+    if (planned == choice_.exportFileNames.end() || foldersByFileKey_.empty()) return;
+    std::vector<std::size_t> found;
     for (const std::string& name : planned->second) {
+      cancellation_.step();
       const auto folders = foldersByFileKey_.find(FileNaming::normalizedKey(name));
       if (folders == foldersByFileKey_.end()) continue;
-      for (const std::string* folder : folders->second) ++counts[*folder];
+      for (const std::size_t folder : folders->second) {
+        if (!isGiven_[folder] && counts_[folder]++ == 0) found.push_back(folder);
+      }
     }
-    std::erase_if(counts,
-                  [&](const auto& entry) { return isUsed(entry.first) || !choice_.canAdopt(entry.first, jid); });
-    const auto best = std::ranges::max_element(counts, {}, [](const auto& entry) { return entry.second; });
-    if (best != counts.end()) give(jid, best->first);
+    if (const std::string* best = bestOf(found, jid)) give(jid, *best);
+    for (const std::size_t folder : found) counts_[folder] = 0;
+  }
+
+  // Of those with the highest count the first by name; null when the chat may have none of them.
+  const std::string* bestOf(const std::vector<std::size_t>& folders, const std::string& jid) const {
+    const auto rank = [&](std::size_t folder) { return std::pair(-counts_[folder], folder); };
+    std::optional<std::size_t> best;
+    for (const std::size_t folder : folders) {
+      if ((!best || rank(folder) < rank(*best)) && choice_.canAdopt(*folders_[folder], jid)) best = folder;
+    }
+    return best ? folders_[*best] : nullptr;
   }
 
   void takeByName(const std::string& jid) {
+    if (existingByKey_.empty()) return;
     std::vector<std::string> names{choice_.desiredName(jid)};
     std::ranges::copy(choice_.historicalNames(jid), std::back_inserter(names));
     for (const std::string& name : bothForms(names)) {
-      for (const std::string& candidate : FileNaming::collisionVariants(name, lastNameVariant)) {
+      for (const std::string& candidate : FileNaming::collisionVariants(inForm(name), lastNameVariant)) {
         if (!existingByKey_.contains(FileNaming::normalizedKey(candidate)) || isUsed(candidate)) continue;
         if (choice_.canAdopt(resolved(candidate), jid)) return give(jid, candidate);
       }
@@ -114,10 +151,14 @@ class Assigner {
 
   void makeNew(const std::string& jid) {
     const std::string title = choice_.desiredName(jid);
-    const std::string name = FileNaming::sanitizeFolderName(title.empty() ? jid : title);
-    for (int index = 1;; ++index) {
+    const std::string name = inForm(FileNaming::sanitizeFolderName(title.empty() ? jid : title));
+    // A name that is another's may still be somebody's, so only what is used is passed over for good.
+    int& firstFree = firstFree_.try_emplace(name, 1).first->second;
+    for (int index = firstFree;; ++index) {
       const std::string candidate = FileNaming::variant(name, index);
-      if (!isUsed(candidate) && !isOthers(candidate, jid)) return give(jid, candidate);
+      const bool isFree = !isUsed(candidate);
+      if (!isFree && index == firstFree) ++firstFree;
+      if (isFree && !isOthers(candidate, jid)) return give(jid, candidate);
     }
   }
 
@@ -127,42 +168,47 @@ class Assigner {
   }
 
   const Choice& choice_;
+  CancellationPoint cancellation_;
   std::set<std::string> jids_;
   FolderAssignment result_;
-  std::set<std::string> used_;  // keys
-  std::map<std::string, std::vector<std::string>> existingByKey_;
-  std::unordered_map<std::string, std::vector<const std::string*>> foldersByFileKey_;
+  std::set<std::string> used_;                                     // keys
+  std::map<std::string, std::vector<std::size_t>> existingByKey_;  // as positions in `folders_`
+  std::unordered_map<std::string, int> firstFree_;  // by the name wanted, its first variant that may be free
+  std::vector<const std::string*> folders_;         // those on disk, in ascending order
+  std::vector<bool> isGiven_;                       // by position: nobody else's any more
+  std::vector<int> counts_;                         // by position: what the chat that is looked at has there
+  std::unordered_map<std::string, std::vector<std::size_t>> foldersByFileKey_;  // as positions
 };
 
 // The keys of folders that are remembered for chats without files in this backup.
-std::set<std::string> keysOfAbsentChats(const FolderAssignment& persisted,
-                                        const FolderAllocator::PlannedNames& exportFileNames,
-                                        const ChatStorageSnapshot& snapshot) {
+std::set<std::string> keysOfAbsentChats(const FolderAllocator::Wish& wish, const ChatStorageSnapshot& snapshot) {
   std::set<std::string> keys;
-  for (const auto& [jid, folder] : persisted) {
-    if (!exportFileNames.contains(snapshot.canonicalChatJID(jid))) keys.insert(FileNaming::normalizedKey(folder));
+  for (const auto& [jid, folder] : wish.persisted) {
+    if (wish.exportFileNames.contains(snapshot.canonicalChatJID(jid))) continue;
+    keys.insert(FileNaming::normalizedKey(PortableNames::inForm(folder, wish.nameForm)));
   }
   return keys;
 }
 
 }  // namespace
 
-FolderAssignment FolderAllocator::assign(const Choice& choice) { return Assigner(choice).run(); }
+FolderAssignment FolderAllocator::assign(const Choice& choice, const CancellationCheck& isCancelled) {
+  return Assigner(choice, isCancelled).run();
+}
 
-FolderAssignment FolderAllocator::allocate(const PlannedNames& exportFileNames, const FolderContents& existing,
-                                           const FolderAssignment& persisted, const ChatStorageSnapshot& snapshot) {
-  const std::set<std::string> kept = keysOfAbsentChats(persisted, exportFileNames, snapshot);
-  Choice choice{.persisted = persisted,
-                .existing = existing,
-                .exportFileNames = exportFileNames,
-                .desiredName = [&](const std::string& jid) { return snapshot.chatTitle(jid); },
-                .historicalNames = [&](const std::string& jid) { return historicalNames(jid, snapshot); },
-                .canAdopt =
-                    [&](const std::string& folder, const std::string& jid) {
-                      return isAdoptableFolder(folder, jid) && !kept.contains(FileNaming::normalizedKey(folder));
-                    }};
-  for (const auto& [jid, names] : exportFileNames) choice.jids.push_back(jid);
-  return assign(choice);
+FolderAssignment FolderAllocator::allocate(const Wish& wish, const ChatStorageSnapshot& snapshot,
+                                           const CancellationCheck& isCancelled) {
+  Choice choice{
+      .persisted = wish.persisted,
+      .existing = wish.existing,
+      .exportFileNames = wish.exportFileNames,
+      .desiredName = [&](const std::string& jid) { return snapshot.chatTitle(jid); },
+      .historicalNames = [&](const std::string& jid) { return historicalNames(jid, snapshot); },
+      .canAdopt = [](const std::string& folder, const std::string& jid) { return isAdoptableFolder(folder, jid); },
+      .kept = keysOfAbsentChats(wish, snapshot),
+      .nameForm = wish.nameForm};
+  for (const auto& [jid, names] : wish.exportFileNames) choice.jids.push_back(jid);
+  return assign(choice, isCancelled);
 }
 
 FolderAssignment FolderAllocator::withAbsentChats(const FolderAssignment& assigned, const FolderAssignment& persisted,

@@ -10,6 +10,8 @@
 
 #include "TidewellCore/ChatData/ChatStorageSnapshot.h"
 #include "TidewellCore/Export/FolderManifest.h"
+#include "TidewellCore/Platform/Cancellation.h"
+#include "TidewellCore/PortableNames.h"
 
 // Gives every chat a folder of its own, the same at every export.
 namespace FolderAllocator {
@@ -28,16 +30,26 @@ struct Choice {
   std::function<std::string(const std::string& jid)> desiredName;
   std::function<std::vector<std::string>(const std::string& jid)> historicalNames;
   std::function<bool(const std::string& folder, const std::string& jid)> canAdopt;
+  // The keys of folders that no chat may adopt, whatever `canAdopt` says.
+  std::set<std::string> kept;
+  NameForm nameForm = NameForm::plain;  // of every folder given
 };
 
 // In this order: the folder remembered; the folder that already holds most of
 // the chat's files; a folder with a name that the chat has or had; a new one.
-FolderAssignment assign(const Choice& choice);
+// Throws TidewellError::cancelled.
+FolderAssignment assign(const Choice& choice, const CancellationCheck& isCancelled = {});
 
 // `assign` with the names that a backup's chats have and had. A folder
 // remembered for a chat that this backup lacks stays that chat's.
-FolderAssignment allocate(const PlannedNames& exportFileNames, const FolderContents& existing,
-                          const FolderAssignment& persisted, const ChatStorageSnapshot& snapshot);
+struct Wish {
+  const PlannedNames& exportFileNames;
+  const FolderContents& existing;
+  const FolderAssignment& persisted;
+  NameForm nameForm = NameForm::plain;
+};
+FolderAssignment allocate(const Wish& wish, const ChatStorageSnapshot& snapshot,
+                          const CancellationCheck& isCancelled = {});
 
 // What is to be remembered: the chats of this export, and those that only earlier exports had.
 FolderAssignment withAbsentChats(const FolderAssignment& assigned, const FolderAssignment& persisted,

@@ -65,10 +65,10 @@ FolderMerge MergePlanner::plan(const FolderPairing::Pair& pair) {
   }
   // Whoever can keep its name does, before another is given that name.
   std::stable_partition(merge.steps.begin(), merge.steps.end(), [&](const Step& step) {
-    return !isMoved(step) || !content.usedNames.contains(FileNaming::normalizedKey(step.name));
+    return !isMoved(step) || !content.usedNames.contains(step.name);
   });
   for (Step& step : merge.steps) {
-    if (isMoved(step)) step.target = FileNaming::uniquify(step.name, content.usedNames);
+    if (isMoved(step)) step.target = content.usedNames.uniquify(step.name);
     if (step.action == Action::move) {
       content.files.emplace(FileNaming::normalizedKey(step.target),
                             File{.name = step.target, .path = folder / PathText::path(step.name), .size = step.size});
@@ -99,7 +99,7 @@ MergePlanner::Content& MergePlanner::contentOf(const std::string& canonical) {
   for (const Files::Entry& entry : Files::list(folder)) {
     const std::string key = FileNaming::normalizedKey(entry.name);
     const fs::path path = folder / PathText::path(entry.name);
-    content.usedNames.insert(key);
+    content.usedNames.take(entry.name);
     if (const auto size = Files::regularFileSize(path)) {
       content.files.emplace(key, File{.name = entry.name, .path = path, .size = *size});
     }
@@ -163,9 +163,9 @@ void Merger::move(const FolderMerge& merge, const Step& step) const {
   const fs::path from = contentRoot_ / PathText::path(duplicate) / PathText::path(step.name);
   const fs::path folder = contentRoot_ / PathText::path(canonical);
   if (Files::moveToFree(from, folder / PathText::path(step.target))) return;
-  std::set<std::string> used = MergeMove::usedNames(folder);
+  UsedNames used = MergeMove::usedNames(folder);
   for (;;) {
-    const std::string name = FileNaming::uniquify(step.name, used);
+    const std::string name = used.uniquify(step.name);
     journal_.addFile(duplicate + "/" + step.name, canonical + "/" + name);
     journal_.save();
     if (Files::moveToFree(from, folder / PathText::path(name))) return;

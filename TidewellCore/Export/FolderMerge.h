@@ -4,7 +4,6 @@
 #include <filesystem>
 #include <map>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -12,6 +11,7 @@
 #include "TidewellCore/Export/FolderPairing.h"
 #include "TidewellCore/Export/MergeJournal.h"
 #include "TidewellCore/Platform/Cancellation.h"
+#include "TidewellCore/UsedNames.h"
 
 // What becomes of each entry of a duplicate folder.
 struct FolderMerge {
@@ -54,7 +54,7 @@ class MergePlanner {
   };
   struct Content {
     std::multimap<std::string, File> files;  // by the key of the name
-    std::set<std::string> usedNames;         // keys
+    UsedNames usedNames;
   };
 
   Content& contentOf(const std::string& canonical);

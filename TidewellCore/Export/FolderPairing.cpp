@@ -9,6 +9,7 @@
 #include "TidewellCore/FileNaming.h"
 #include "TidewellCore/Platform/SaturatingAdd.h"
 #include "TidewellCore/Platform/Text.h"
+#include "TidewellCore/PortableNames.h"
 
 namespace {
 
@@ -111,8 +112,14 @@ class Pairing {
     }
   }
 
-  // The folder as it is spelt on disk; absent when two have the name's key.
+  // The folder as it is spelt on disk, where a drive may have asked for the name's portable form.
   std::optional<std::string> onDisk(const std::string& name) const {
+    const bool isThere = foldersByKey_.contains(FileNaming::normalizedKey(name));
+    return spelling(isThere ? name : PortableNames::portable(name));
+  }
+
+  // Absent when two folders have the name's key.
+  std::optional<std::string> spelling(const std::string& name) const {
     const auto found = foldersByKey_.find(FileNaming::normalizedKey(name));
     if (found == foldersByKey_.end()) return std::nullopt;
     const std::vector<std::string>& folders = found->second;

@@ -1,6 +1,5 @@
 #include "TidewellCore/Export/MergeMove.h"
 
-#include "TidewellCore/FileNaming.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
 
@@ -21,8 +20,8 @@ bool areOnePlace(const fs::path& a, const fs::path& b) {
 bool isRealFolder(const fs::path& path) { return Files::kindOf(path) == Files::Kind::folder; }
 
 void moveUnderFreeName(const fs::path& from, const fs::path& folder, const std::string& name) {
-  std::set<std::string> used = MergeMove::usedNames(folder);
-  while (!Files::moveToFree(from, folder / FileNaming::uniquify(name, used))) continue;
+  UsedNames used = MergeMove::usedNames(folder);
+  while (!Files::moveToFree(from, folder / used.uniquify(name))) continue;
 }
 
 void mergeFolder(const fs::path& from, const fs::path& to) {
@@ -43,10 +42,10 @@ bool moveWhole(const fs::path& from, const fs::path& to) {
 
 }  // namespace
 
-std::set<std::string> MergeMove::usedNames(const fs::path& folder) {
-  std::set<std::string> keys;
-  for (const Files::Entry& entry : Files::list(folder)) keys.insert(FileNaming::normalizedKey(entry.name));
-  return keys;
+UsedNames MergeMove::usedNames(const fs::path& folder) {
+  UsedNames used;
+  for (const Files::Entry& entry : Files::list(folder)) used.take(entry.name);
+  return used;
 }
 
 void MergeMove::move(const fs::path& from, const fs::path& to) {

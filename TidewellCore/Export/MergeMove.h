@@ -1,8 +1,8 @@
 #pragma once
 
 #include <filesystem>
-#include <set>
-#include <string>
+
+#include "TidewellCore/UsedNames.h"
 
 // Moving without losing anything. Failures are what the file system reports.
 namespace MergeMove {
@@ -12,7 +12,7 @@ namespace MergeMove {
 // with the same bytes the one to be moved is removed.
 void move(const std::filesystem::path& from, const std::filesystem::path& to);
 
-// The keys of all names in a folder, for FileNaming::uniquify.
-std::set<std::string> usedNames(const std::filesystem::path& folder);
+// All names in a folder.
+UsedNames usedNames(const std::filesystem::path& folder);
 
 }  // namespace MergeMove

@@ -49,6 +49,16 @@ TEST_F(DestinationTest, AChosenOneStays) {
   EXPECT_EQ(state.destinationURL, chosen);
 }
 
+TEST_F(DestinationTest, AnExportsOwnContentGivesWayToTheExport) {
+  const fs::path chosen = scene.folder / "chosen";
+  fs::create_directories(chosen / "messages/_viewer");
+  std::ofstream(chosen / "index.html") << "the page";
+  wizard.setDestination(chosen / "messages");
+  ASSERT_TRUE(scene.reachOptions(backup));
+  EXPECT_EQ(state.destinationURL, chosen);
+  EXPECT_EQ(scene.preferences().lastDestinationPath, chosen.string());
+}
+
 TEST_F(DestinationTest, IsAskedForWithWhatIsThere) {
   const FolderRequest request{
       .title = "Choose where to save",
