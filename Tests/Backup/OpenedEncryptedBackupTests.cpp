@@ -232,5 +232,22 @@ TEST_F(OpenedBackupTest, NeitherReportNorErrorHoldsThePassword) {
   for (const std::string& line : reports_.at(0).diagnosticLines()) EXPECT_EQ(line.find(secret), std::string::npos);
 }
 
+TEST_F(OpenedBackupTest, AJournalBesideALockedIndexIsAWarning) {
+  write(encryptedContents());
+  EXPECT_THAT(open(password).warnings(), IsEmpty());
+  for (const char* ending : {"-wal", "-journal"}) {
+    const fs::path journal = (device_ / "Manifest.db").native() + ending;
+    writeFile(journal, "");
+    rememberBackup();
+    EXPECT_THAT(open(password).warnings(), IsEmpty()) << "it holds nothing";
+    writeFile(journal, "locked rows");
+    rememberBackup();
+    EXPECT_THAT(open(password).warnings(),
+                testing::ElementsAre(testing::StartsWith("The newest files may be missing: the journal")));
+    fs::remove(journal);
+  }
+  rememberBackup();
+}
+
 }  // namespace
 }  // namespace Fixture

@@ -1,8 +1,10 @@
 #include "TidewellCore/Backup/OpenedBackup.h"
 
 #include <algorithm>
+#include <array>
 
 #include "TidewellCore/Backup/BackupInspector.h"
+#include "TidewellCore/Backup/DatabaseCheck.h"
 #include "TidewellCore/Backup/StoredFileLocation.h"
 #include "TidewellCore/Crypto/BackupCrypto.h"
 #include "TidewellCore/Platform/FileDescriptor.h"
@@ -17,6 +19,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* indexName = "Manifest.db";
+constexpr std::array<const char*, 2> journalEndings{"-wal", "-journal"};
 constexpr const char* unreadableJournal =
     "The journal of its file index cannot be read. Copy the backup again from where it came, or make a new one with "
     "the iPhone.";
@@ -29,6 +32,14 @@ bool isThere(const fs::path& path) {
   if (type == fs::file_type::not_found) return false;
   if (error) throw fs::filesystem_error("Could not read the file", path, error);
   return true;
+}
+
+// Phones leave none beside a locked index, so nobody knows what one would hold.
+bool hasJournal(const fs::path& index) {
+  return std::ranges::any_of(journalEndings, [&](const char* ending) {
+    const fs::path journal = index.native() + ending;
+    return isThere(journal) && Files::regularFileSize(journal) != 0;
+  });
 }
 
 // Reading such an index in place would write beside it, lack its newest rows,
@@ -87,13 +98,16 @@ void OpenedBackup::decryptManifest(const RunControl& control, BackupUnlockReport
   const SQLiteDB converted(PathText::text(manifestDatabaseURL()), SQLiteDB::OpenMode::writableCopy,
                            "convert decrypted Manifest.db");
   report.openedAsWritableCopy = true;
+  if (hasJournal(url() / indexName)) {
+    warnings_ = DatabaseCheck::warnings(BackupDatabase::index, {DatabaseFault::journalMissing});
+  }
 }
 
 // The third companion, -shm, is only an index of the -wal, which SQLite makes anew.
 void OpenedBackup::copyManifest() {
   workingFolder_.emplace(workingFolderPrefix);
   Files::copy(url() / indexName, manifestDatabaseURL());
-  for (const char* ending : {"-wal", "-journal"}) {
+  for (const char* ending : journalEndings) {
     const fs::path journal = (url() / indexName).native() + ending;
     if (!isThere(journal)) continue;
     if (!Files::isRegularFile(journal)) throw TidewellError::invalidDatabase(unreadableJournal);

@@ -3,7 +3,9 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "TidewellCore/Backup/BackupInfo.h"
 #include "TidewellCore/Backup/ManifestStore.h"
@@ -36,6 +38,8 @@ class OpenedBackup {
   const std::optional<BackupUnlockReport>& unlockReport() const { return unlockReport_; }
   // The backup's own Manifest.db, or the working copy of it.
   std::filesystem::path manifestDatabaseURL() const;
+  // What may be missing since the index could not be read whole: sentences for people, in English.
+  const std::vector<std::string>& warnings() const { return warnings_; }
   bool usesTemporaryManifest() const { return workingFolder_.has_value(); }
 
   // Where a file is stored: "3d/3d0d7e5f…" in the backup. Absent for an
@@ -76,6 +80,7 @@ class OpenedBackup {
   std::optional<BackupUnlocker> unlocker_;
   std::optional<TemporaryFolder> workingFolder_;
   std::optional<BackupUnlockReport> unlockReport_;
+  std::vector<std::string> warnings_;
 };
 
 namespace TemporaryBackupDatabase {
