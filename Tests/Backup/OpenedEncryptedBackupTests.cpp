@@ -197,14 +197,14 @@ TEST_F(OpenedBackupTest, CancellingAtAnyStageLeavesNothingBehind) {
 }
 
 TEST_F(OpenedBackupTest, CancelsBetweenTheTwoDerivations) {
-  // The second derivation alone would take half a minute.
+  // The second derivation alone would take a quarter of a minute.
   BackupContents contents = encryptedContents();
   write(contents);
   Bytes bag = backup_.keyBag->blob;
   const Bytes tag = bytesOf("ITER");
   const auto iterations = std::search(bag.begin(), bag.end(), tag.begin(), tag.end());
   ASSERT_NE(iterations, bag.end());
-  iterations[8] = 0x0B;
+  iterations[8] = 0x05;
   setKey(backup_.manifest, "BackupKeyBag", bag);
   rewriteManifest();
   int checks = 0;
