@@ -197,7 +197,7 @@ TEST_F(OpenedBackupTest, CancellingAtAnyStageLeavesNothingBehind) {
 }
 
 TEST_F(OpenedBackupTest, CancelsBetweenTheTwoDerivations) {
-  // The second derivation alone would take half a minute.
+  // The second derivation alone would take a quarter of a minute.
   BackupContents contents = encryptedContents();
   write(contents);
   Bytes bag = backup_.keyBag->blob;
@@ -230,6 +230,23 @@ TEST_F(OpenedBackupTest, NeitherReportNorErrorHoldsThePassword) {
     EXPECT_EQ(error.errorDescription().find(secret), std::string::npos);
   }
   for (const std::string& line : reports_.at(0).diagnosticLines()) EXPECT_EQ(line.find(secret), std::string::npos);
+}
+
+TEST_F(OpenedBackupTest, AJournalBesideALockedIndexIsAWarning) {
+  write(encryptedContents());
+  EXPECT_THAT(open(password).warnings(), IsEmpty());
+  for (const char* ending : {"-wal", "-journal"}) {
+    const fs::path journal = (device_ / "Manifest.db").native() + ending;
+    writeFile(journal, "");
+    rememberBackup();
+    EXPECT_THAT(open(password).warnings(), IsEmpty()) << "it holds nothing";
+    writeFile(journal, "locked rows");
+    rememberBackup();
+    EXPECT_THAT(open(password).warnings(),
+                testing::ElementsAre(testing::StartsWith("The newest files may be missing: the journal")));
+    fs::remove(journal);
+  }
+  rememberBackup();
 }
 
 }  // namespace

@@ -50,8 +50,8 @@ struct DyingDiskTest : testing::TestWithParam<Dying> {
   // From the `number`th call on.
   Finished runWithFault(long number) {
     program.set("LD_PRELOAD", TIDEWELL_FAULT_LIBRARY);
-    program.set("TIDEWELL_FAULT", std::string(GetParam().call) + ":" + std::to_string(number) +
-                                      "+:" + std::to_string(GetParam().error));
+    program.set("TIDEWELL_FAULT",
+                std::string(GetParam().call) + ":" + std::to_string(number) + "+:" + std::to_string(GetParam().error));
     program.set("TIDEWELL_FAULT_BELOW", (program / GetParam().below).string());
     const Finished finished = program.run(arguments);
     program.set("LD_PRELOAD", "");
@@ -63,13 +63,14 @@ struct DyingDiskTest : testing::TestWithParam<Dying> {
   std::vector<std::string> arguments{"export", (program / "device").string(), destination.string(), "--no-progress"};
 };
 
-INSTANTIATE_TEST_SUITE_P(Disks, DyingDiskTest,
-                         testing::Values(Dying{"TheBackups", "open", "device", EIO, 90, EarlyEnd::backupGone},
-                                         Dying{"TheDestinationsFiles", "write", "out", EIO, 1, EarlyEnd::destinationBroken},
-                                         Dying{"TheDestinationsNames", "rename", "out", EIO, 45, EarlyEnd::destinationBroken},
-                                         Dying{"TheDestinationsFlush", "fsync", "out", EIO, 1, EarlyEnd::destinationBroken},
-                                         Dying{"AFullOne", "write", "out", ENOSPC, 1, EarlyEnd::fullDestination}),
-                         [](const auto& dying) { return std::string(dying.param.name); });
+INSTANTIATE_TEST_SUITE_P(
+    Disks, DyingDiskTest,
+    testing::Values(Dying{"TheBackups", "open", "device", EIO, 90, EarlyEnd::backupGone},
+                    Dying{"TheDestinationsFiles", "write", "out", EIO, 1, EarlyEnd::destinationBroken},
+                    Dying{"TheDestinationsNames", "rename", "out", EIO, 45, EarlyEnd::destinationBroken},
+                    Dying{"TheDestinationsFlush", "fsync", "out", EIO, 1, EarlyEnd::destinationBroken},
+                    Dying{"AFullOne", "write", "out", ENOSPC, 1, EarlyEnd::fullDestination}),
+    [](const auto& dying) { return std::string(dying.param.name); });
 
 TEST_P(DyingDiskTest, EndsTheRunSoonWithOneSentence) {
   int ended = 0;

@@ -101,7 +101,11 @@ Function* original(const char* name) {
 }  // namespace
 
 // Defines NAME as a call that may fail; ORIGINAL(…) is the real one.
-#define ORIGINAL(name) (*[] { static auto* const found = original<decltype(::name)>(#name); return found; }())
+#define ORIGINAL(name)                                            \
+  (*[] {                                                          \
+    static auto* const found = original<decltype(::name)>(#name); \
+    return found;                                                 \
+  }())
 
 extern "C" {
 
@@ -219,9 +223,7 @@ int stat(const char* path, struct stat* status) noexcept {
 int lstat(const char* path, struct stat* status) noexcept {
   return strikes("stat", AT_FDCWD, path) ? -1 : ORIGINAL(lstat)(path, status);
 }
-int fstat(int file, struct stat* status) noexcept {
-  return strikes("stat", file) ? -1 : ORIGINAL(fstat)(file, status);
-}
+int fstat(int file, struct stat* status) noexcept { return strikes("stat", file) ? -1 : ORIGINAL(fstat)(file, status); }
 int fstatat(int folder, const char* path, struct stat* status, int flags) noexcept {
   return strikes("stat", folder, path) ? -1 : ORIGINAL(fstatat)(folder, path, status, flags);
 }

@@ -37,9 +37,13 @@ int step() {
   return text == nullptr ? quick : std::max(1, std::atoi(text));
 }
 
-bool isHidden(const std::string& path) { return path.starts_with(".tidewell-") || path.find("/.tidewell-") != std::string::npos; }
+bool isHidden(const std::string& path) {
+  return path.starts_with(".tidewell-") || path.find("/.tidewell-") != std::string::npos;
+}
 
-bool isMedium(const std::string& path) { return path.find("/2023-") != std::string::npos || path.find("/undated") != std::string::npos; }
+bool isMedium(const std::string& path) {
+  return path.find("/2023-") != std::string::npos || path.find("/undated") != std::string::npos;
+}
 
 // What people see of an export.
 Tree visible(const fs::path& root) {
@@ -61,8 +65,8 @@ struct FaultSweepTest : testing::TestWithParam<Sweep> {
   // Ana has a picture, so that all kinds of files are there.
   void makeBackup(bool isEncrypted) {
     Fixture::BackupContents contents = ExportTest::smallBackup(isEncrypted);
-    contents.whatsApp.files.push_back({.relativePath = "Media/Profile/5511900001111-1.jpg",
-                                       .content = Fixture::bytesOf("\xFF\xD8\xFF and so on")});
+    contents.whatsApp.files.push_back(
+        {.relativePath = "Media/Profile/5511900001111-1.jpg", .content = Fixture::bytesOf("\xFF\xD8\xFF and so on")});
     Fixture::writeBackup(contents, program / "device");
     if (!isEncrypted) return;
     Fixture::writeFile(program / "password", contents.encryption->keyBag.password + "\n");
@@ -74,7 +78,8 @@ struct FaultSweepTest : testing::TestWithParam<Sweep> {
   Finished runWithFault(long number, int error) {
     fs::remove(program / "mark");
     program.set("LD_PRELOAD", TIDEWELL_FAULT_LIBRARY);
-    program.set("TIDEWELL_FAULT", std::string(GetParam().call) + ":" + std::to_string(number) + ":" + std::to_string(error));
+    program.set("TIDEWELL_FAULT",
+                std::string(GetParam().call) + ":" + std::to_string(number) + ":" + std::to_string(error));
     const Finished finished = run();
     program.set("LD_PRELOAD", "");
     return finished;

@@ -11,6 +11,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// SQLite's words for it. It also fails where an index is in an order that only
+// the app knows, which keeps nobody from reading the table.
+constexpr const char* malformed = "database disk image is malformed";
+
 std::int64_t numberOf(const SQLiteDB& database, const std::string& sql, const char* column) {
   std::int64_t number = 0;
   database.query(sql, {}, [&](const SQLiteRow& row) { number = row.intValue(column).value_or(0); });
@@ -47,8 +51,8 @@ bool isWhole(const SQLiteDB& database, std::span<const char* const> tables) {
   try {
     return std::ranges::all_of(tables, [&](const char* table) { return isTableWhole(database, table); }) &&
            doPagesFit(database);
-  } catch (const TidewellError&) {
-    return false;
+  } catch (const TidewellError& error) {
+    return error != TidewellError::invalidDatabase(malformed);
   }
 }
 

@@ -34,7 +34,7 @@ DatabaseFaults beforeOpening(const std::filesystem::path& database,
 
 // Looks into a database: whether something stands in for one of `tables`,
 // whether these have lost rows that their indices know, and, up to `largestForPages`
-// bytes, whether its pages fit together. What cannot be looked at is damaged.
+// bytes, whether its pages fit together.
 DatabaseFaults within(const SQLiteDB& database, std::span<const char* const> tables);
 
 // Looking at all pages takes a fifth of the time that reading all messages does,

@@ -1,8 +1,10 @@
 #include "TidewellCore/Backup/OpenedBackup.h"
 
 #include <algorithm>
+#include <array>
 
 #include "TidewellCore/Backup/BackupInspector.h"
+#include "TidewellCore/Backup/DatabaseCheck.h"
 #include "TidewellCore/Backup/StoredFileLocation.h"
 #include "TidewellCore/Crypto/BackupCrypto.h"
 #include "TidewellCore/Platform/FileDescriptor.h"
@@ -17,15 +19,25 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* indexName = "Manifest.db";
+constexpr std::array<const char*, 2> journalEndings{"-wal", "-journal"};
 constexpr const char* unreadableJournal =
     "The journal of its file index cannot be read. Copy the backup again from where it came, or make a new one with "
     "the iPhone.";
 
+// Phones leave none beside a locked index, so nobody knows what one would hold.
+bool hasJournal(const fs::path& index) {
+  return std::ranges::any_of(journalEndings, [&](const char* ending) {
+    const fs::path journal = index.native() + ending;
+    return Files::kindOf(journal) != Files::Kind::nothing && Files::regularFileSize(journal) != 0;
+  });
+}
+
 // Reading such an index in place would write beside it, lack its newest rows,
 // or wait for a FIFO that somebody put beside it.
 bool needsWorkingCopy(const fs::path& index) {
-  const bool hasCompanion = std::ranges::any_of(SQLiteHeader::companionEndings,
-                                                [&](const char* ending) { return Files::kindOf(index.native() + ending) != Files::Kind::nothing; });
+  const bool hasCompanion = std::ranges::any_of(SQLiteHeader::companionEndings, [&](const char* ending) {
+    return Files::kindOf(index.native() + ending) != Files::Kind::nothing;
+  });
   if (hasCompanion) return true;
   const auto header = SQLiteHeader::read(index);
   return header && header->isWAL;
@@ -84,6 +96,9 @@ void OpenedBackup::decryptManifest(const RunControl& control, BackupUnlockReport
   const SQLiteDB converted(PathText::text(manifestDatabaseURL()), SQLiteDB::OpenMode::writableCopy,
                            "convert decrypted Manifest.db");
   report.openedAsWritableCopy = true;
+  if (hasJournal(url() / indexName)) {
+    warnings_ = DatabaseCheck::warnings(BackupDatabase::index, {DatabaseFault::journalMissing});
+  }
 }
 
 // The third companion, -shm, is only an index of the -wal, which SQLite makes anew.
@@ -91,7 +106,7 @@ void OpenedBackup::copyManifest() {
   workingFolder_.emplace(TemporaryFolder::manifestPrefix);
   const auto copy = [](const fs::path& from, const fs::path& to) { Files::copy(from, to, {}, FileAccess::ownerOnly); };
   copy(url() / indexName, manifestDatabaseURL());
-  for (const char* ending : {"-wal", "-journal"}) {
+  for (const char* ending : journalEndings) {
     const fs::path journal = (url() / indexName).native() + ending;
     const Files::Kind kind = Files::kindOf(journal);
     if (kind == Files::Kind::nothing) continue;

@@ -3,7 +3,9 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "TidewellCore/Backup/BackupInfo.h"
 #include "TidewellCore/Backup/ManifestStore.h"
@@ -39,6 +41,8 @@ class OpenedBackup {
   const std::optional<BackupUnlockReport>& unlockReport() const { return unlockReport_; }
   // The backup's own Manifest.db, or the working copy of it.
   std::filesystem::path manifestDatabaseURL() const;
+  // What may be missing since the index could not be read whole: sentences for people, in English.
+  const std::vector<std::string>& warnings() const { return warnings_; }
   bool usesTemporaryManifest() const { return workingFolder_.has_value(); }
   // Removes the working copy, once it has been read. What is left then is the
   // backup's own Manifest.db, which in an encrypted backup says nothing.
@@ -78,12 +82,13 @@ class OpenedBackup {
   void copyManifest();
   bool isEncrypted(const ManifestFile& file) const { return file.encryptionKey && unlocker_; }
 
-  RootFolder root_;  // no link below the backup is followed
+  RootFolder root_;                   // no link below the backup is followed
   std::optional<MemoryGuard> guard_;  // while there are keys; goes after them
   BackupInfo info_;
   std::optional<BackupUnlocker> unlocker_;
   std::optional<TemporaryFolder> workingFolder_;
   std::optional<BackupUnlockReport> unlockReport_;
+  std::vector<std::string> warnings_;
 };
 
 namespace TemporaryBackupDatabase {

@@ -54,8 +54,10 @@ std::int64_t ScanResult::count(const MediaKinds& kinds) const { return sum(*this
 
 std::int64_t ScanResult::bytes(const MediaKinds& kinds) const { return sum(*this, kinds).byteCount; }
 
-std::vector<std::string> ScanSummary::warnings(const ChatStorageSnapshot& snapshot, const ManifestStore& manifest) {
-  std::vector<std::string> all = manifest.warnings;
+std::vector<std::string> ScanSummary::warnings(const ChatStorageSnapshot& snapshot, const ManifestStore& manifest,
+                                               const OpenedBackup& opened) {
+  std::vector<std::string> all = opened.warnings();
+  all.insert(all.end(), manifest.warnings.begin(), manifest.warnings.end());
   all.insert(all.end(), snapshot.warnings.begin(), snapshot.warnings.end());
   return all;
 }
@@ -67,7 +69,7 @@ ScanResult ScanSummary::summarize(const ChatStorageSnapshot& snapshot, const Man
                     .hasChatStorage = manifest.chatStorage.has_value(),
                     .whatsAppDomain = domainOf(manifest),
                     .chats = scanChats(snapshot, manifest, opened, locale),
-                    .warnings = warnings(snapshot, manifest)};
+                    .warnings = warnings(snapshot, manifest, opened)};
   for (const ManifestFile& file : manifest.media) {
     const std::int64_t size = opened.sourceSize(file);
     result.statsByKind[MediaKind::classify(PathText::extension(file.relativePath))].add(size);

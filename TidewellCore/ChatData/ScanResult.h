@@ -52,8 +52,9 @@ struct ScanResult {
 
 namespace ScanSummary {
 
-// What the file index and the databases of the chats tell of damage.
-std::vector<std::string> warnings(const ChatStorageSnapshot& snapshot, const ManifestStore& manifest);
+// What the file index and WhatsApp's databases tell of damage.
+std::vector<std::string> warnings(const ChatStorageSnapshot& snapshot, const ManifestStore& manifest,
+                                  const OpenedBackup& opened);
 
 // `locale` orders the names of the chats.
 ScanResult summarize(const ChatStorageSnapshot& snapshot, const ManifestStore& manifest, const OpenedBackup& opened,

@@ -28,7 +28,7 @@ struct DestinationIndex {
   std::map<std::string, std::string> folderByKey;  // the folder as it is spelt on disk
   std::map<std::string, Files> filesByFolder;      // by the folder as it is spelt on disk
 
-  std::set<std::string> unreadableFolders;         // of those, what could not be listed, and counts as empty
+  std::set<std::string> unreadableFolders;  // of those, what could not be listed, and counts as empty
 
   // Empty when there is no content root. Throws std::filesystem::filesystem_error
   // when it cannot be listed, and TidewellError::cancelled.

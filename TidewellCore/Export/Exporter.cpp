@@ -186,7 +186,7 @@ ExportSummary Exporter::runExport(const ExportJob& job, const RunControl& contro
   const DestinationLock lock = lockDestination(job);
   const FlushPoint disk(job.destination);
   const fs::path contentRoot = prepareDestination(job);
-  std::vector<std::string> warnings = ScanSummary::warnings(snapshot, manifest);
+  std::vector<std::string> warnings = ScanSummary::warnings(snapshot, manifest, opened);
   const bool mayMissMessages = !warnings.empty();
   const auto [naming, namingWarnings] = NamingMemory::decide({.naming = {.timeZone = timeZone, .locale = locale},
                                                               .isTimeZoneChosen = isTimeZoneChosen,

@@ -64,9 +64,8 @@ FolderMerge MergePlanner::plan(const FolderPairing::Pair& pair) {
     merge.steps.push_back(step(content, folder, entry.name));
   }
   // Whoever can keep its name does, before another is given that name.
-  std::stable_partition(merge.steps.begin(), merge.steps.end(), [&](const Step& step) {
-    return !isMoved(step) || !content.usedNames.contains(step.name);
-  });
+  std::stable_partition(merge.steps.begin(), merge.steps.end(),
+                        [&](const Step& step) { return !isMoved(step) || !content.usedNames.contains(step.name); });
   for (Step& step : merge.steps) {
     if (isMoved(step)) step.target = content.usedNames.uniquify(step.name);
     if (step.action == Action::move) {
