@@ -47,8 +47,9 @@ TEST(PortableNames, ADevicesNameIsMarked) {
 }
 
 TEST(PortableNames, OrdinaryNamesStayAsTheyAre) {
-  for (const std::string& name : std::vector<std::string>{"2023-04-05_142233_IMG-20230405-WA0007.jpg", "Zoë & Şule 🎉",
-                                  "5511900001111-1500000000@g.us", "a.tar.gz", repeated("日", 85)}) {
+  for (const std::string& name :
+       std::vector<std::string>{"2023-04-05_142233_IMG-20230405-WA0007.jpg", "Zoë & Şule 🎉",
+                                "5511900001111-1500000000@g.us", "a.tar.gz", repeated("日", 85)}) {
     EXPECT_EQ(portable(name), name);
   }
 }

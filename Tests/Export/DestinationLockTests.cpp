@@ -21,6 +21,21 @@ TEST(DestinationLock, LetsOneExportAtATimeIntoADestination) {
   EXPECT_NO_THROW(DestinationLock(folder.path()));
 }
 
+TEST(DestinationLock, ADestinationAndItsContentAreOnePlace) {
+  const Fixture::TemporaryDirectory folder;
+  std::filesystem::create_directory(folder / "messages");
+  {
+    const DestinationLock whole(folder.path());
+    EXPECT_THROW(DestinationLock(folder / "messages"), TidewellError);
+    EXPECT_THROW(DestinationLock(folder / "messages/."), TidewellError);
+  }
+  {
+    const DestinationLock content(folder / "messages");
+    EXPECT_THROW(DestinationLock(folder.path()), TidewellError);
+  }
+  EXPECT_NO_THROW(DestinationLock(folder.path()));
+}
+
 TEST(DestinationLock, LeavesNothingInTheDestination) {
   const Fixture::TemporaryDirectory folder;
   const DestinationLock lock(folder.path());

@@ -46,4 +46,51 @@ TEST_F(DefaultDestination, IsAbsentWithoutAHomeFolder) {
   EXPECT_EQ(ExportDestination::resolvedDefault(std::nullopt, folder / "nobody"), std::nullopt);
 }
 
+class MeantDestination : public testing::Test {
+ protected:
+  // With a page beside the content root, or with the memory of its names in it.
+  void makeExport(bool withPage) const {
+    fs::create_directories(content / "_viewer");
+    fs::create_directories(content / "Ana");
+    std::ofstream(withPage ? destination / "index.html" : content / ".tidewell-names.json") << "{}";
+  }
+
+  Fixture::TemporaryDirectory folder;
+  fs::path destination = folder / "export";
+  fs::path content = destination / "messages";
+};
+
+TEST_F(MeantDestination, OfAnExportsContentIsTheFolderAboveIt) {
+  for (const bool withPage : {true, false}) {
+    fs::remove_all(destination);
+    makeExport(withPage);
+    EXPECT_EQ(ExportDestination::meant(content), destination);
+    EXPECT_EQ(ExportDestination::meant(destination / "messages/"), destination);
+    EXPECT_EQ(ExportDestination::meant(content / "Ana/.."), destination);
+    fs::create_directory_symlink(content, destination / "shortcut");
+    EXPECT_EQ(ExportDestination::meant(destination / "shortcut"), destination);
+  }
+}
+
+TEST_F(MeantDestination, OfAnyOtherFolderIsThatFolder) {
+  makeExport(true);
+  for (const fs::path& other : {destination, content / "Ana", content / "_viewer", folder / "nowhere"}) {
+    EXPECT_EQ(ExportDestination::meant(other), other);
+  }
+}
+
+TEST_F(MeantDestination, AFolderOfThatNameWithoutTheMarkIsMeantItself) {
+  fs::create_directories(content);
+  std::ofstream(destination / "index.html") << "somebody's page";
+  EXPECT_EQ(ExportDestination::meant(content), content);
+}
+
+TEST_F(MeantDestination, AnOlderExportInAFolderOfThatNameIsMeantItself) {
+  fs::create_directories(content / "_viewer");
+  EXPECT_EQ(ExportDestination::meant(content), content) << "without a page";
+  std::ofstream(content / "index.html") << "its own page";
+  std::ofstream(destination / "index.html") << "somebody else's page";
+  EXPECT_EQ(ExportDestination::meant(content), content);
+}
+
 }  // namespace

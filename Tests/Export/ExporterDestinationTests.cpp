@@ -220,6 +220,22 @@ TEST(ExporterDestination, WithAFlatOlderExportIsContinuedInTheContentRoot) {
   EXPECT_EQ(filesBelow(scene.content).size(), 8U);
 }
 
+TEST(ExporterDestination, ThatIsAnExportsContentMeansThatExport) {
+  for (const ExportOptions& options : {ExportTest::mediaAlone(), ExportOptions::defaultOptions()}) {
+    Scene scene;
+    scene.run(options);
+    const fs::path whole = scene.destination;
+    const auto before = filesBelow(whole);
+    scene.destination = scene.content;
+    const ExportSummary summary = scene.run(options);
+    EXPECT_EQ(summary.copiedCount, 0);
+    EXPECT_EQ(summary.destination, whole);
+    EXPECT_EQ(filesBelow(whole), before);
+    EXPECT_NO_THROW(Exporter().dedupe(scene.content, true));
+    EXPECT_EQ(filesBelow(whole), before);
+  }
+}
+
 TEST(ExporterDestination, KeepsTheUsersFilesInAChatsFolder) {
   const Scene scene;
   Fixture::writeFile(scene.content / "_viewer/x", "");

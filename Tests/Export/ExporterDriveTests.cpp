@@ -112,9 +112,8 @@ TEST_P(ExporterDrive, AnExportThatMovesToAnotherDriveAndBackIsRecognised) {
   // A new file gets the name that this drive takes, and has to find its way back.
   scene.contents.whatsApp.messages.push_back({.chat = 1, .date = ExportTest::firstDate + 30});
   const auto last = static_cast<std::int64_t>(scene.contents.whatsApp.messages.size());
-  scene.contents.whatsApp.mediaFiles.push_back({.localPath = "Media/" + ana + "/a/b/new?.jpg",
-                                                .content = Fixture::bytesOf("new"),
-                                                .message = last});
+  scene.contents.whatsApp.mediaFiles.push_back(
+      {.localPath = "Media/" + ana + "/a/b/new?.jpg", .content = Fixture::bytesOf("new"), .message = last});
   scene.write();
   EXPECT_EQ(scene.run(ExportOptions::defaultOptions()).copiedCount, 1);
   EXPECT_TRUE(fs::exists(scene.destination / "messages/Pizza-/2023-03-08_202710_new?.jpg") ||

@@ -43,6 +43,19 @@ void DestinationChoice::set(const fs::path& folder) {
   session_.set(&ExportState::summary, std::nullopt);
   session_.rememberDestination(folder);
   refreshFreeSpace();
+  setWhatIsMeant(folder);
+}
+
+void DestinationChoice::setWhatIsMeant(const fs::path& folder) {
+  session_.inBackground(
+      Lane::userInitiated, [folder] { return ExportDestination::meant(folder); },
+      [this, folder](std::future<fs::path> answer) {
+        const ExportState& state = session_.state();
+        const fs::path meant = answer.get();
+        // A running or finished export has found out for itself, and keeps what it was started with.
+        if (meant == folder || state.destinationURL != folder || state.isExporting()) return;
+        if (state.step != WizardStep::done) set(meant);
+      });
 }
 
 // The folders are looked at on a worker, since the volume of one may be slow or gone.

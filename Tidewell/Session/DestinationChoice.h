@@ -14,6 +14,7 @@ class DestinationChoice {
 
   // Lets the user pick a folder.
   void choose();
+  // An export's own folder "messages" gives way to the folder of that export.
   void set(const std::filesystem::path& folder);
   // The remembered folder, else the usual one, unless there is a destination already.
   void restore();
@@ -23,6 +24,7 @@ class DestinationChoice {
   void takeStock();
 
  private:
+  void setWhatIsMeant(const std::filesystem::path& folder);
   // In bytes: what is free on the volume, and what broken-off exports left.
   struct Stock {
     std::int64_t available = 0;

@@ -3,8 +3,10 @@
 #include <filesystem>
 
 // Keeps two exports from writing into one destination at the same time: each
-// would take the other's working files for those of a crash. Held while it
-// lives, and gone with the process; a file system without locks gives none.
+// would take the other's working files for those of a crash. A destination
+// called "messages" is locked with the folder above it, whose export would write
+// into it. Held while it lives, and gone with the process; a file system without
+// locks gives none.
 class DestinationLock {
  public:
   // Throws TidewellError::ioFailure when another export holds it, and what
@@ -19,6 +21,9 @@ class DestinationLock {
   void requireInPlace() const;
 
  private:
+  void close() const;
+
   std::filesystem::path destination_;
   int folder_ = -1;
+  int above_ = -1;  // of the folder above, when that is locked too
 };

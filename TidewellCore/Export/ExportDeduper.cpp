@@ -1,11 +1,11 @@
 #include "TidewellCore/Export/ExportDeduper.h"
 
 #include <algorithm>
-#include <optional>
 
 #include "TidewellCore/Archive/ArchiveRelocation.h"
 #include "TidewellCore/Export/DestinationIndex.h"
 #include "TidewellCore/Export/DestinationLock.h"
+#include "TidewellCore/Export/ExportDestination.h"
 #include "TidewellCore/Export/ExportLayout.h"
 #include "TidewellCore/Export/FolderAllocator.h"
 #include "TidewellCore/Export/FolderManifest.h"
@@ -16,7 +16,6 @@
 #include "TidewellCore/FolderNames.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
-#include "TidewellCore/Platform/Text.h"
 #include "TidewellCore/TidewellError.h"
 
 namespace {
@@ -29,21 +28,6 @@ fs::path contentRootOf(const fs::path& destination) {
   const fs::path content = destination / FolderNames::content;
   return isMarked(content) && !isMarked(destination) ? content : ExportLayout::resolveContentRoot(destination);
 }
-
-// An export locks the folder above its content root, whichever of the two is named here.
-class Locks {
- public:
-  explicit Locks(const fs::path& destination) : lock_(destination) {
-    const fs::path whole = fs::absolute(destination).lexically_normal();
-    const fs::path folder = whole.has_filename() ? whole : whole.parent_path();
-    const std::string name = Text::lowercased(PathText::text(folder.filename()));
-    if (name == FolderNames::content && isMarked(folder)) lockAbove_.emplace(folder.parent_path());
-  }
-
- private:
-  DestinationLock lock_;
-  std::optional<DestinationLock> lockAbove_;
-};
 
 FolderPairing::FolderListing listing(const DestinationIndex& index, const std::string& folder) {
   FolderPairing::FolderListing files;
@@ -164,7 +148,8 @@ DedupeSummary ExportDeduper::run(const fs::path& destination, bool apply, const 
   if (!Files::isFolder(destination)) {
     throw TidewellError::ioFailure("There is no folder at “" + PathText::text(destination) + "”.");
   }
-  const Locks locks(destination);
-  Run run(destination, isCancelled);
+  const fs::path meant = ExportDestination::meant(destination);
+  const DestinationLock lock(meant);
+  Run run(meant, isCancelled);
   return apply ? run.apply() : run.dryRun();
 }

@@ -11,4 +11,8 @@ namespace ExportDestination {
 std::optional<std::filesystem::path> resolvedDefault(const std::optional<std::string>& lastPath,
                                                      const std::filesystem::path& home);
 
+// The destination that somebody means who names `folder`: the export's own
+// folder "messages" means the export above it. Any other folder is meant itself.
+std::filesystem::path meant(const std::filesystem::path& folder);
+
 }  // namespace ExportDestination

@@ -12,6 +12,7 @@
 #include "TidewellCore/Export/DiskSpace.h"
 #include "TidewellCore/Export/EarlyEnd.h"
 #include "TidewellCore/Export/ExportDeduper.h"
+#include "TidewellCore/Export/ExportDestination.h"
 #include "TidewellCore/Export/ExportLayout.h"
 #include "TidewellCore/Export/ExportPlan.h"
 #include "TidewellCore/Export/ExportRequests.h"
@@ -134,7 +135,9 @@ ScanResult Exporter::scan(const fs::path& backup, std::optional<std::string_view
   });
 }
 
-ExportSummary Exporter::exportBackup(const ExportJob& job, const RunControl& control) const {
+ExportSummary Exporter::exportBackup(const ExportJob& wish, const RunControl& control) const {
+  ExportJob job = wish;
+  job.destination = ExportDestination::meant(job.destination);
   return EarlyEnd::explained({.backup = job.backup, .destination = &job.destination},
                              [&] { return runExport(job, control); });
 }

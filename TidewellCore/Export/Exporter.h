@@ -44,6 +44,7 @@ struct Exporter {
                   std::optional<PasswordKey>* passwordKey = nullptr) const;
 
   // A password key that does not fit the backup is passed over for the password.
+  // An export's own folder "messages" as the destination means the export above it.
   // A file that cannot be copied is recorded and does not end the run; a disk that
   // is full and a backup that was taken away do, with TidewellError::ioFailure. An
   // export into the same destination copies only what is new.

@@ -27,9 +27,8 @@ bool takes(const fs::path& folder, const char* name) {
 // A drive may leave a dot out without a word.
 bool areAllListed(const fs::path& folder) {
   const std::vector<Files::Entry> entries = Files::list(folder);
-  return std::ranges::all_of(trials, [&](const char* name) {
-    return std::ranges::find(entries, name, &Files::Entry::name) != entries.end();
-  });
+  return std::ranges::all_of(
+      trials, [&](const char* name) { return std::ranges::find(entries, name, &Files::Entry::name) != entries.end(); });
 }
 
 NameForm formIn(const fs::path& probe) {

@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <fstream>
+
 #include "Tests/Application/Session/WizardScene.h"
 #include "TidewellCore/Export/DiskSpace.h"
 
@@ -47,6 +49,17 @@ TEST_F(DestinationTest, AChosenOneStays) {
   wizard.setDestination(chosen);
   ASSERT_TRUE(scene.reachOptions(backup));
   EXPECT_EQ(state.destinationURL, chosen);
+}
+
+TEST_F(DestinationTest, AnExportsOwnContentGivesWayToTheExport) {
+  const fs::path chosen = scene.folder / "chosen";
+  fs::create_directories(chosen / "messages/_viewer");
+  std::ofstream(chosen / "index.html") << "the page";
+  wizard.setDestination(chosen / "messages");
+  ASSERT_TRUE(scene.reachOptions(backup));
+  EXPECT_EQ(state.destinationURL, chosen);
+  ASSERT_TRUE(scene.untilIdle());
+  EXPECT_EQ(ExportPreferences::load(scene.preferencesURL).lastDestinationPath, chosen.string());
 }
 
 TEST_F(DestinationTest, IsAskedForWithWhatIsThere) {
