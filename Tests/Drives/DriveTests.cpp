@@ -182,14 +182,6 @@ TEST_F(Drives, OneThatLiesTellsSoWhenAFileIsFlushed) {
   EXPECT_EQ(lost.close(), 0);
 }
 
-TEST_F(Drives, OneThatLiesAndWritesLateTellsSoWhenItIsFlushed) {
-  const Drive drive(files, place, {.losesWhatIsTooMuch = true, .writesLate = true, .capacity = 1 << 20});
-  SKIP_UNLESS_MOUNTED(drive);
-  File lost(at("a"));
-  EXPECT_EQ(lost.write(3 << 20), 0);
-  EXPECT_EQ(lost.flushDrive(), EIO);
-}
-
 TEST_F(Drives, FailsEveryFlushWhenItIsToldTo) {
   const Drive drive(files, place, {.failsFlushes = true});
   SKIP_UNLESS_MOUNTED(drive);

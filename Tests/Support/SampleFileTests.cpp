@@ -161,6 +161,7 @@ TEST(SampleClips, PaddingOfACommentKeepsPagesWhole) {
 
 TEST(MediaProgram, NamesThePackageWhenItIsMissing) {
   const TemporaryDirectory empty;
+  const std::string before = std::getenv("PATH");
   ASSERT_EQ(setenv("PATH", empty.path().c_str(), 1), 0);
   try {
     encodedAudio({.samples = {0, 0}});
@@ -168,6 +169,7 @@ TEST(MediaProgram, NamesThePackageWhenItIsMissing) {
   } catch (const std::runtime_error& failure) {
     EXPECT_THAT(failure.what(), HasSubstr("Debian package ffmpeg"));
   }
+  ASSERT_EQ(setenv("PATH", before.c_str(), 1), 0);
 }
 
 TEST(MediaProgram, TellsWhyItFailed) {

@@ -66,10 +66,14 @@ ManifestFile readFile(const SQLiteRow& row) {
   return file;
 }
 
-std::vector<ManifestFile> readFiles(const SQLiteDB& database) {
+std::vector<ManifestFile> readFiles(const SQLiteDB& database, const CancellationCheck& isCancelled) {
   std::vector<ManifestFile> files;
+  CancellationPoint cancellation(isCancelled);
   database.query(selection(checkSchema(database)), {domainPatterns.begin(), domainPatterns.end()},
-                 [&](const SQLiteRow& row) { files.push_back(readFile(row)); });
+                 [&](const SQLiteRow& row) {
+                   cancellation.step();
+                   files.push_back(readFile(row));
+                 });
   return files;
 }
 
@@ -114,14 +118,15 @@ void pickDatabases(ManifestStore& store) {
 }  // namespace
 
 ManifestStore ManifestStore::load(const std::filesystem::path& backup,
-                                  const std::optional<std::filesystem::path>& manifestDatabase, bool isWritableCopy) {
+                                  const std::optional<std::filesystem::path>& manifestDatabase, bool isWritableCopy,
+                                  const CancellationCheck& isCancelled) {
   const std::filesystem::path index = manifestDatabase.value_or(backup / "Manifest.db");
   if (!Files::isRegularFile(index)) throw TidewellError::missingManifestDB();
   DatabaseFaults faults = DatabaseCheck::beforeOpening(index);
   const SQLiteDB database(PathText::text(index),
                           isWritableCopy ? SQLiteDB::OpenMode::writableCopy : SQLiteDB::OpenMode::readOnly,
                           isWritableCopy ? "open decrypted Manifest.db" : "open Manifest.db");
-  ManifestStore store{.files = readFiles(database)};
+  ManifestStore store{.files = readFiles(database, isCancelled)};
   faults.merge(DatabaseCheck::within(database, tables));
   store.warnings = DatabaseCheck::warnings(BackupDatabase::index, faults);
   pickDatabases(store);

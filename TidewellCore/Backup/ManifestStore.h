@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "TidewellCore/Platform/Bytes.h"
+#include "TidewellCore/Platform/Cancellation.h"
 
 // One file of the backup, as its file index lists it.
 struct ManifestFile {
@@ -37,10 +38,10 @@ struct ManifestStore {
   // `manifestDatabase` stands in for the backup's own Manifest.db, which SQLite
   // would write beside if it were in WAL mode (OpenedBackup sees to that);
   // `isWritableCopy` says that it is a working copy of ours. Throws
-  // TidewellError::missingManifestDB, ::invalidDatabase and ::databaseOpenFailed.
+  // TidewellError::missingManifestDB, ::invalidDatabase, ::databaseOpenFailed and ::cancelled.
   static ManifestStore load(const std::filesystem::path& backup,
                             const std::optional<std::filesystem::path>& manifestDatabase = std::nullopt,
-                            bool isWritableCopy = false);
+                            bool isWritableCopy = false, const CancellationCheck& isCancelled = {});
 
   bool operator==(const ManifestStore&) const = default;
 };

@@ -35,9 +35,9 @@ namespace fs = std::filesystem;
 using Phase = ExportProgress::Phase;
 
 // The one reading of the index, which stands decrypted on the disk no longer than that.
-ManifestStore loadManifest(OpenedBackup& opened) {
+ManifestStore loadManifest(OpenedBackup& opened, const CancellationCheck& isCancelled) {
   ManifestStore manifest =
-      ManifestStore::load(opened.url(), opened.manifestDatabaseURL(), opened.usesTemporaryManifest());
+      ManifestStore::load(opened.url(), opened.manifestDatabaseURL(), opened.usesTemporaryManifest(), isCancelled);
   opened.dropTemporaryManifest();
   return manifest;
 }
@@ -157,7 +157,7 @@ ScanResult Exporter::scan(const fs::path& backup, std::optional<std::string_view
     OpenedBackup opened = OpenedBackup::open(backup, password, {.isCancelled = isCancelled}, unlockReport,
                                              {.used = passwordKey == nullptr ? nullptr : &used});
     throwIfCancelled(isCancelled);
-    const ManifestStore manifest = loadManifest(opened);
+    const ManifestStore manifest = loadManifest(opened, isCancelled);
     const ChatStorageSnapshot snapshot = SnapshotLoader::load(opened, manifest, isCancelled);
     ScanResult result = ScanSummary::summarize(snapshot, manifest, opened, locale);
     if (passwordKey != nullptr) *passwordKey = std::move(used);
@@ -179,7 +179,7 @@ ExportSummary Exporter::runExport(const ExportJob& job, const RunControl& contro
   throwIfCancelled(control.isCancelled);
 
   progress.begin(Phase::readingChats);
-  const ManifestStore manifest = loadManifest(opened);
+  const ManifestStore manifest = loadManifest(opened, control.isCancelled);
   requireWhatsApp(manifest);
   const ChatStorageSnapshot snapshot = SnapshotLoader::load(opened, manifest, control.isCancelled);
 

@@ -91,7 +91,8 @@ bool moveToFree(const std::filesystem::path& from, const std::filesystem::path& 
 
 bool haveSameBytes(const std::filesystem::path& a, const std::filesystem::path& b);
 
-// Dates that the file system cannot hold become the nearest it can.
+// Dates that the file system cannot hold become the nearest it can; one that
+// refuses them keeps its own.
 void setModificationDate(const std::filesystem::path& path, Date date);
 
 // A name for a working file beside the file that it will become. Names begin

@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <fstream>
+
 #include "Tests/Application/Session/WizardScene.h"
 #include "TidewellCore/Export/DiskSpace.h"
 
@@ -56,6 +58,7 @@ TEST_F(DestinationTest, AnExportsOwnContentGivesWayToTheExport) {
   wizard.setDestination(chosen / "messages");
   ASSERT_TRUE(scene.reachOptions(backup));
   EXPECT_EQ(state.destinationURL, chosen);
+  ASSERT_TRUE(scene.untilIdle());
   EXPECT_EQ(scene.preferences().lastDestinationPath, chosen.string());
 }
 
