@@ -33,7 +33,6 @@ void checkNamesOf(const std::string& original, std::set<std::string>& used) {
   checkName(FileNaming::sanitizeFolderName(original));
   const std::string exported = FileNaming::exportFileName(dateFromUnixTime(0), original, stamps);
   checkName(exported);
-  precondition(FileNaming::hasExportStamp(exported), "an exported name begins with its stamp");
   for (const int index : {1, 2, 10, 12345678}) checkName(FileNaming::variant(exported, index));
   const std::set<std::string> before = used;
   const std::string unique = FileNaming::uniquify(exported, used);
@@ -63,7 +62,8 @@ void NameTargets::folderAllocation(ByteView input) {
     const ChatRecord chat{.pk = static_cast<std::int64_t>(snapshot.chats.size() + 1),
                           .jid = std::string(fields[0]),
                           .name = std::string(fields[1])};
-    if (chat.jid.empty()) continue;
+    // A chat without a JID is that of nobody known, as ownerJID has it.
+    if (Text::trimmed(chat.jid).empty()) continue;
     snapshot.chats.emplace(chat.pk, chat);
     snapshot.chatsByJID.emplace(chat.jid, chat);
     planned.try_emplace(snapshot.canonicalChatJID(chat.jid), std::vector<std::string>{"2023-03-08_202640_a.jpg"});
