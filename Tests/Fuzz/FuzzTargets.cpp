@@ -2,6 +2,9 @@
 
 #include <array>
 
+#include "Tests/Fuzz/DatabaseTargets.h"
+#include "Tests/Fuzz/DestinationTargets.h"
+#include "Tests/Fuzz/NameTargets.h"
 #include "TidewellCore/Archive/ChatArchiveJSON.h"
 #include "TidewellCore/ChatData/EncodedMessage.h"
 #include "TidewellCore/Crypto/BackupKeyBag.h"
@@ -101,13 +104,21 @@ void encodedMessage(ByteView input) {
   precondition(EncodedMessage::holdsTime(text.substr(0, text.find('='))) == isFound, "padding may be left out");
 }
 
-constexpr std::array<FuzzTarget, 7> targets{{{"BinaryPropertyList", binaryPropertyList},
-                                             {"XMLPropertyList", xmlPropertyList},
-                                             {"BackupKeyBag", backupKeyBag},
-                                             {"MBFileArchive", mbFileArchive},
-                                             {"Json", json},
-                                             {"ArchiveAssignment", archiveAssignment},
-                                             {"EncodedMessage", encodedMessage}}};
+constexpr std::array<FuzzTarget, 15> targets{{{"BinaryPropertyList", binaryPropertyList},
+                                              {"XMLPropertyList", xmlPropertyList},
+                                              {"BackupKeyBag", backupKeyBag},
+                                              {"MBFileArchive", mbFileArchive},
+                                              {"Json", json},
+                                              {"ArchiveAssignment", archiveAssignment},
+                                              {"EncodedMessage", encodedMessage},
+                                              {"ChatDatabase", DatabaseTargets::chatDatabase},
+                                              {"Contacts", DatabaseTargets::contacts},
+                                              {"ManifestDatabase", DatabaseTargets::manifestDatabase},
+                                              {"FileNaming", NameTargets::fileNaming},
+                                              {"FolderAllocation", NameTargets::folderAllocation},
+                                              {"FolderManifest", DestinationTargets::folderManifest},
+                                              {"Preferences", DestinationTargets::preferences},
+                                              {"Archive", DestinationTargets::archive}}};
 
 }  // namespace
 

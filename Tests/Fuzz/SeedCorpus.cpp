@@ -5,6 +5,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "Tests/Support/BackupBuilder.h"
+#include "Tests/Support/ChatDatabase.h"
 #include "Tests/Support/Hex.h"
 #include "Tests/Support/KeyBagBuilder.h"
 #include "Tests/Support/MBFileRecord.h"
@@ -40,11 +42,37 @@ Seeds keyBags() {
           Fixture::buildKeyBag({.password = "x", .doubleIterations = {}, .wideIterations = true}, random).blob};
 }
 
+// Small pages, so that a changed byte meets something.
+constexpr const char* smallPages = "COMMIT; PRAGMA page_size = 512; VACUUM; BEGIN;";
+
+Fixture::WhatsAppContents whatsApp() {
+  return {.chats = {{.jid = "5511900001111@s.whatsapp.net", .name = "Ana"}, {.jid = "1-2@g.us", .name = "Us"}},
+          .messages = {{.chat = 1, .date = 700000000, .text = "Zoë"},
+                       {.chat = 2, .date = 700000060, .text = "hi", .isFromMe = 1, .member = 1}},
+          .members = {{.chat = 2, .jid = "12345@lid", .contactName = "Bo"}},
+          .pushNames = {{.jid = "12345@lid", .name = "Bo B"}},
+          .mediaItems = {{.message = 1, .localPath = "Media/a@s/a/b/ab.jpg", .title = "a"}},
+          .lidPairs = std::vector<Fixture::LidPair>{{.lid = "12345", .phoneNumber = "5511900002222"}},
+          .contacts = {{.fullName = "Ana", .whatsAppID = "5511900001111@s.whatsapp.net", .lid = "1@lid"}},
+          .journal = Fixture::Journal::rollback,
+          .chatStorageSQL = smallPages,
+          .contactsSQL = smallPages};
+}
+
+Seeds manifestDatabases() {
+  const Fixture::TemporaryDirectory folder;
+  const Fixture::BackupContents contents{.whatsApp = whatsApp(), .manifestSQL = smallPages};
+  return {Fixture::writeBackup(contents, folder / "device").manifestDatabase};
+}
+
 Seeds madeByCode(std::string_view target) {
   if (target == "BinaryPropertyList") return {Fixture::binaryPlist(everyType()), records()[1]};
   if (target == "XMLPropertyList") return {Fixture::bytesOf(Fixture::xmlPlist(everyType()))};
   if (target == "BackupKeyBag") return keyBags();
   if (target == "MBFileArchive") return records();
+  if (target == "ChatDatabase") return {Fixture::writeChatStorage(whatsApp()).main};
+  if (target == "Contacts") return {Fixture::writeContacts(whatsApp()).main};
+  if (target == "ManifestDatabase") return manifestDatabases();
   return {};
 }
 

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "TidewellCore/Platform/Bytes.h"
+
+/// The readers of databases; the input is the database's file.
+namespace DatabaseTargets {
+
+void chatDatabase(ByteView input);
+void contacts(ByteView input);
+void manifestDatabase(ByteView input);
+
+}  // namespace DatabaseTargets

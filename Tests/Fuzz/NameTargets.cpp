@@ -1,0 +1,83 @@
+#include "Tests/Fuzz/NameTargets.h"
+
+#include <set>
+#include <string>
+#include <vector>
+
+#include "TidewellCore/Export/FolderAllocator.h"
+#include "TidewellCore/FileNaming.h"
+#include "TidewellCore/Platform/Precondition.h"
+#include "TidewellCore/Platform/Text.h"
+
+namespace {
+
+std::vector<std::string_view> split(std::string_view text, char separator) {
+  std::vector<std::string_view> parts;
+  for (;;) {
+    const std::size_t end = text.find(separator);
+    parts.push_back(text.substr(0, end));
+    if (end == std::string_view::npos) return parts;
+    text.remove_prefix(end + 1);
+  }
+}
+
+void checkName(const std::string& name) {
+  precondition(!name.empty() && name != "." && name != "..", "a name names something");
+  precondition(name.find('/') == std::string::npos && name.find('\0') == std::string::npos, "a name is one component");
+  precondition(name.size() <= FileNaming::maximumNameBytes, "a file system takes the name");
+}
+
+// `original` as a database gives it, which is UTF-8.
+void checkNamesOf(const std::string& original, std::set<std::string>& used) {
+  static const DateFormatter stamps = FileNaming::stampFormatter(TimeZone{"UTC"}, Locale{"en_US"});
+  checkName(FileNaming::sanitizeFolderName(original));
+  const std::string exported = FileNaming::exportFileName(dateFromUnixTime(0), original, stamps);
+  checkName(exported);
+  for (const int index : {1, 2, 10, 12345678}) checkName(FileNaming::variant(exported, index));
+  const std::set<std::string> before = used;
+  const std::string unique = FileNaming::uniquify(exported, used);
+  checkName(unique);
+  precondition(!before.contains(FileNaming::normalizedKey(unique)), "no two files have one name");
+  precondition(used.contains(FileNaming::normalizedKey(unique)), "a name that was given is taken");
+}
+
+}  // namespace
+
+void NameTargets::fileNaming(ByteView input) {
+  std::set<std::string> used;
+  for (const std::string_view line : split(textOf(input), '\n')) {
+    if (Text::isValid(line)) checkNamesOf(std::string(line), used);
+  }
+}
+
+void NameTargets::folderAllocation(ByteView input) {
+  ChatStorageSnapshot snapshot;
+  FolderAllocator::PlannedNames planned;
+  FolderAllocator::FolderContents existing;
+  FolderAssignment persisted;
+  for (const std::string_view line : split(textOf(input), '\n')) {
+    if (!Text::isValid(line)) continue;
+    std::vector<std::string_view> fields = split(line, '\t');
+    fields.resize(4);
+    const ChatRecord chat{.pk = static_cast<std::int64_t>(snapshot.chats.size() + 1),
+                          .jid = std::string(fields[0]),
+                          .name = std::string(fields[1])};
+    // A chat without a JID is that of nobody known, as ownerJID has it.
+    if (Text::trimmed(chat.jid).empty()) continue;
+    snapshot.chats.emplace(chat.pk, chat);
+    snapshot.chatsByJID.emplace(chat.jid, chat);
+    planned.try_emplace(snapshot.canonicalChatJID(chat.jid), std::vector<std::string>{"2023-03-08_202640_a.jpg"});
+    if (FileNaming::isSafeComponent(fields[2])) persisted.emplace(chat.jid, fields[2]);
+    if (FileNaming::isSafeComponent(fields[3])) existing.emplace(fields[3], std::set<std::string>{});
+  }
+  snapshot.setDirectory({});
+  std::set<std::string> keys;
+  const FolderAssignment folders = FolderAllocator::allocate(planned, existing, persisted, snapshot);
+  for (const auto& [jid, names] : planned) {
+    const auto folder = folders.find(jid);
+    precondition(folder != folders.end(), "every chat has a folder");
+    checkName(folder->second);
+    precondition(!FolderAllocator::isReserved(folder->second), "no chat has a folder of the export's own");
+    precondition(keys.insert(FileNaming::normalizedKey(folder->second)).second, "no two chats have one folder");
+  }
+}
