@@ -8,6 +8,8 @@
 #include "TidewellCore/FileNaming.h"
 #include "TidewellCore/Platform/Precondition.h"
 #include "TidewellCore/Platform/Text.h"
+#include "TidewellCore/PortableNames.h"
+#include "TidewellCore/UsedNames.h"
 
 namespace {
 
@@ -28,23 +30,35 @@ void checkName(const std::string& name) {
 }
 
 // `original` as a database gives it, which is UTF-8.
-void checkNamesOf(const std::string& original, std::set<std::string>& used) {
+void checkNamesOf(const std::string& original, UsedNames& used) {
   static const DateFormatter stamps = FileNaming::stampFormatter(TimeZone{"UTC"}, Locale{"en_US"});
   checkName(FileNaming::sanitizeFolderName(original));
   const std::string exported = FileNaming::exportFileName(dateFromUnixTime(0), original, stamps);
   checkName(exported);
   for (const int index : {1, 2, 10, 12345678}) checkName(FileNaming::variant(exported, index));
-  const std::set<std::string> before = used;
-  const std::string unique = FileNaming::uniquify(exported, used);
+  checkName(PortableNames::portable(exported));
+  const UsedNames before = used;
+  const std::string unique = used.uniquify(exported);
   checkName(unique);
-  precondition(!before.contains(FileNaming::normalizedKey(unique)), "no two files have one name");
-  precondition(used.contains(FileNaming::normalizedKey(unique)), "a name that was given is taken");
+  precondition(!before.contains(unique), "no two files have one name");
+  precondition(used.contains(unique), "a name that was given is taken");
+}
+
+void checkFolders(const FolderAllocator::PlannedNames& planned, const FolderAssignment& folders) {
+  std::set<std::string> keys;
+  for (const auto& [jid, names] : planned) {
+    const auto folder = folders.find(jid);
+    precondition(folder != folders.end(), "every chat has a folder");
+    checkName(folder->second);
+    precondition(!FolderAllocator::isReserved(folder->second), "no chat has a folder of the export's own");
+    precondition(keys.insert(FileNaming::normalizedKey(folder->second)).second, "no two chats have one folder");
+  }
 }
 
 }  // namespace
 
 void NameTargets::fileNaming(ByteView input) {
-  std::set<std::string> used;
+  UsedNames used;
   for (const std::string_view line : split(textOf(input), '\n')) {
     if (Text::isValid(line)) checkNamesOf(std::string(line), used);
   }
@@ -71,13 +85,10 @@ void NameTargets::folderAllocation(ByteView input) {
     if (FileNaming::isSafeComponent(fields[3])) existing.emplace(fields[3], std::set<std::string>{});
   }
   snapshot.setDirectory({});
-  std::set<std::string> keys;
-  const FolderAssignment folders = FolderAllocator::allocate(planned, existing, persisted, snapshot);
-  for (const auto& [jid, names] : planned) {
-    const auto folder = folders.find(jid);
-    precondition(folder != folders.end(), "every chat has a folder");
-    checkName(folder->second);
-    precondition(!FolderAllocator::isReserved(folder->second), "no chat has a folder of the export's own");
-    precondition(keys.insert(FileNaming::normalizedKey(folder->second)).second, "no two chats have one folder");
+  for (const NameForm form : {NameForm::plain, NameForm::portable}) {
+    checkFolders(
+        planned,
+        FolderAllocator::allocate(
+            {.exportFileNames = planned, .existing = existing, .persisted = persisted, .nameForm = form}, snapshot));
   }
 }

@@ -55,7 +55,7 @@ FolderAssignment allocate(const Wish& wish, const ChatStorageSnapshot& snapshot,
 FolderAssignment withAbsentChats(const FolderAssignment& assigned, const FolderAssignment& persisted,
                                  const ChatStorageSnapshot& snapshot);
 
-// The folders of a content root that may be chats', in ascending order; empty when it cannot be listed.
+// The folders of a content root that may be chats', in ascending order; none when it is missing.
 std::vector<std::string> existingChatFolders(const std::filesystem::path& contentRoot);
 bool isReserved(std::string_view folder);
 // Named after a JID, or with nothing to read in its name.

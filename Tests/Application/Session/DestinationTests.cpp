@@ -59,7 +59,7 @@ TEST_F(DestinationTest, AnExportsOwnContentGivesWayToTheExport) {
   ASSERT_TRUE(scene.reachOptions(backup));
   EXPECT_EQ(state.destinationURL, chosen);
   ASSERT_TRUE(scene.untilIdle());
-  EXPECT_EQ(scene.preferences().lastDestinationPath, chosen.string());
+  EXPECT_EQ(ExportPreferences::load(scene.preferencesURL).lastDestinationPath, chosen.string());
 }
 
 TEST_F(DestinationTest, IsAskedForWithWhatIsThere) {
