@@ -68,10 +68,13 @@ TEST_P(NamedFailuresTest, AProfilePictureThatIsMissingIsNamed) {
 
 TEST_P(NamedFailuresTest, AProfilePictureThatCannotBeReadIsNamed) {
   addPicture({.truncatedTo = 0});
-  if (!GetParam()) GTEST_SKIP() << "An empty file of a plain backup reads as it is.";
-  EXPECT_THAT(
-      scene.run(everything).failures,
-      ElementsAre(CopyFailure{.name = "5511900001111-1.jpg", .chat = "Ana", .reason = FailureReason::cutShort}));
+  const std::vector<CopyFailure> failures = scene.run(everything).failures;
+  if (GetParam()) {
+    EXPECT_THAT(failures, ElementsAre(CopyFailure{
+                              .name = "5511900001111-1.jpg", .chat = "Ana", .reason = FailureReason::cutShort}));
+  } else {
+    EXPECT_THAT(failures, IsEmpty()) << "an empty file is no picture";
+  }
 }
 
 TEST_P(NamedFailuresTest, AProfilePictureThatCannotBeWrittenIsNamed) {

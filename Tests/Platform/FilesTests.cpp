@@ -317,15 +317,20 @@ TEST(Files, PartialNamesAreHiddenAndUnique) {
 class FilesAcrossVolumesTest : public FilesTest {
  protected:
   void SetUp() override {
+    for (const std::string place : {"/dev/shm", "/var/tmp"}) {
+      if (!isOnAnotherVolume(place)) continue;
+      std::string pattern = place + "/tidewell-test-XXXXXX";
+      ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+      other_ = pattern;
+      return;
+    }
+    GTEST_SKIP() << "this machine has no second volume";
+  }
+  bool isOnAnotherVolume(const std::string& place) const {
     struct stat here {
     }, there{};
-    if (stat(folder_.path().c_str(), &here) != 0 || stat("/dev/shm", &there) != 0 || here.st_dev == there.st_dev ||
-        access("/dev/shm", W_OK) != 0) {
-      GTEST_SKIP() << "/dev/shm is no second volume here";
-    }
-    std::string pattern = "/dev/shm/tidewell-test-XXXXXX";
-    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-    other_ = pattern;
+    return stat(folder_.path().c_str(), &here) == 0 && stat(place.c_str(), &there) == 0 &&
+           here.st_dev != there.st_dev && access(place.c_str(), W_OK) == 0;
   }
   void TearDown() override {
     if (!other_.empty()) fs::remove_all(other_);
