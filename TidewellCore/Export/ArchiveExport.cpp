@@ -21,18 +21,19 @@ class Writing {
 
   // Returns the number of files written. One that cannot be written is recorded.
   std::int64_t writeTranscripts(const ArchiveChat& chat) {
-    const auto& [destination, contentRoot, style, timeZone] = setting_.archive;
-    const fs::path folder = contentRoot / PathText::path(chat.folder);
+    const ChatArchiveWriter::Setting& archive = setting_.archive;
+    const fs::path folder = archive.contentRoot / PathText::path(chat.folder);
     const std::vector<TranscriptWriter::Line> lines = ChatLines::transcriptLines(chat);
     std::int64_t written = 0;
     written += attempt(chat, FolderNames::textTranscript, [&] {
       MakeRoom::forFolder(folder);
       Files::writeWhenDifferent(folder / FolderNames::textTranscript,
-                                TranscriptWriter::renderText(chat.name, lines, timeZone, setting_.locale));
+                                TranscriptWriter::renderText(chat.name, lines, archive.timeZone, setting_.locale));
     });
     written += attempt(chat, FolderNames::htmlTranscript, [&] {
-      Files::writeWhenDifferent(folder / FolderNames::htmlTranscript,
-                                TranscriptWriter::renderHTML(chat.name, lines, style, timeZone, setting_.locale));
+      Files::writeWhenDifferent(
+          folder / FolderNames::htmlTranscript,
+          TranscriptWriter::renderHTML(chat.name, lines, archive.style, archive.timeZone, setting_.locale));
     });
     return written;
   }
