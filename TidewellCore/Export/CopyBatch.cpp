@@ -1,5 +1,6 @@
 #include "TidewellCore/Export/CopyBatch.h"
 
+#include "TidewellCore/CopyFailure.h"
 #include "TidewellCore/MakeRoom.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/SaturatingAdd.h"
@@ -11,27 +12,14 @@ namespace fs = std::filesystem;
 constexpr std::size_t mostFiles = 256;
 constexpr std::int64_t mostBytes = 256 << 20;
 
-[[noreturn]] void failAsOccupied(const fs::path& path) {
-  throw fs::filesystem_error("Something else stands in the file's place", path,
-                             std::make_error_code(std::errc::file_exists));
-}
-
 // The plan gives no name that is taken, so a file there has come since, or has
 // no content. It makes room for the copy, and so does a link, which is kept.
 void moveIntoPlace(const fs::path& partial, const fs::path& dest) {
   if (Files::renameToFree(partial, dest)) return;
   const Files::Kind kind = Files::kindOf(dest);
   if (kind == Files::Kind::link) MakeRoom::at(dest);
-  if (kind != Files::Kind::link && kind != Files::Kind::file) failAsOccupied(dest);
+  if (kind != Files::Kind::link && kind != Files::Kind::file) throw CopyError(FailureReason::placeTaken);
   Files::rename(partial, dest);
-}
-
-// Removes what a failure left behind; that failure is what is told.
-void removeQuietly(const fs::path& partial) {
-  try {
-    Files::remove(partial);
-  } catch (const fs::filesystem_error&) {
-  }
 }
 
 template <typename Work>
@@ -47,7 +35,7 @@ std::exception_ptr failureOf(Work work) {
 }  // namespace
 
 CopyBatch::~CopyBatch() {
-  for (const Waiting& waiting : waiting_) removeQuietly(waiting.partial);
+  for (const Waiting& waiting : waiting_) Files::removeQuietly(waiting.partial);
 }
 
 void CopyBatch::add(const ExportPlanner::PlannedCopy& copy, fs::path partial) {
@@ -66,7 +54,7 @@ std::vector<CopyBatch::Settled> CopyBatch::settle() {
       if (!isFlushed) Files::flush(waiting.partial);
       moveIntoPlace(waiting.partial, waiting.copy->dest);
     });
-    if (failure) removeQuietly(waiting.partial);
+    if (failure) Files::removeQuietly(waiting.partial);
     settled.push_back({.copy = waiting.copy, .failure = failure});
   }
   waiting_.clear();
