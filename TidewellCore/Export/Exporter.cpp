@@ -124,6 +124,65 @@ ExportPlan makePlan(const ExportJob& job, const Reading& reading, const fs::path
   return ExportPlan::make(wish, snapshot, isCancelled);
 }
 
+// Puts into the summary what is to be told before anything is copied.
+MediaNaming decideNaming(const Exporter& exporter, const Reading& reading, const fs::path& contentRoot,
+                         ExportSummary& summary) {
+  summary.warnings = ScanSummary::warnings(reading.snapshot, reading.manifest, reading.opened);
+  summary.mayMissMessages = !summary.warnings.empty();
+  const auto [naming, warnings] =
+      NamingMemory::decide({.naming = {.timeZone = exporter.timeZone, .locale = exporter.locale},
+                            .isTimeZoneChosen = exporter.isTimeZoneChosen,
+                            .isLocaleChosen = exporter.isLocaleChosen},
+                           NamingMemory::load(contentRoot));
+  summary.warnings.insert(summary.warnings.end(), warnings.begin(), warnings.end());
+  return naming;
+}
+
+// What an export works with once it is planned.
+struct Work {
+  const Exporter& exporter;
+  const ExportJob& job;
+  const Reading& reading;
+  const DestinationLock& lock;
+  const FlushPoint& disk;
+  const fs::path& contentRoot;
+  const CancellationCheck& isCancelled;
+};
+
+// Folders that were taken away meanwhile may have been made again, without what was copied into them.
+void remember(const Work& work, const FolderAssignment& folders) {
+  work.lock.requireInPlace();
+  FolderManifest::save(work.contentRoot, folders);
+  throwIfCancelled(work.isCancelled);
+}
+
+ArchiveExport::Outcome writeArchive(const Work& work, const ExportPlan& plan, FailureLog& failures,
+                                    ProgressReporter& progress) {
+  const auto& [opened, manifest, snapshot] = work.reading;
+  return ArchiveExport::write({.opened = opened, .manifest = manifest, .snapshot = snapshot, .plan = plan},
+                              {.archive = {.destination = work.job.destination,
+                                           .contentRoot = work.contentRoot,
+                                           .style = work.exporter.transcriptStyle,
+                                           .timeZone = work.exporter.timeZone},
+                               .locale = work.exporter.locale,
+                               .kinds = work.job.options.includedKinds},
+                              failures, work.isCancelled, progress);
+}
+
+void carryOut(const Work& work, ExportPlan& plan, ExportSummary& summary, ProgressReporter& progress) {
+  FailureLog failures({.backup = work.job.backup, .destination = &work.job.destination}, summary);
+  MediaCopying::run(plan, {.opened = work.reading.opened, .snapshot = work.reading.snapshot},
+                    {.lock = work.lock, .disk = work.disk, .failures = failures, .summary = summary}, work.isCancelled,
+                    progress);
+  remember(work, plan.remembered);
+  if (!work.job.options.exportTranscripts) return;
+  const ArchiveExport::Outcome archive = writeArchive(work, plan, failures, progress);
+  summary.transcriptCount = archive.transcriptCount;
+  summary.archiveIndexURL = archive.page;
+  summary.unresolvedArchiveLinkCount = archive.unresolvedLinkCount;
+  remember(work, plan.remembered);
+}
+
 // What the summary tells is on the disk by then: the names of files too, and all that was not copied.
 void bringToDisk(const FlushPoint& disk, const fs::path& destination, const ExportPlan& plan) try {
   if (disk.flush()) return;
@@ -182,56 +241,31 @@ ExportSummary Exporter::runExport(const ExportJob& job, const RunControl& contro
   const ManifestStore manifest = loadManifest(opened, control.isCancelled);
   requireWhatsApp(manifest);
   const ChatStorageSnapshot snapshot = SnapshotLoader::load(opened, manifest, control.isCancelled);
+  const Reading reading{.opened = opened, .manifest = manifest, .snapshot = snapshot};
 
   const DestinationLock lock = lockDestination(job);
   const FlushPoint disk(job.destination);
   const fs::path contentRoot = prepareDestination(job);
-  std::vector<std::string> warnings = ScanSummary::warnings(snapshot, manifest, opened);
-  const bool mayMissMessages = !warnings.empty();
-  const auto [naming, namingWarnings] = NamingMemory::decide({.naming = {.timeZone = timeZone, .locale = locale},
-                                                              .isTimeZoneChosen = isTimeZoneChosen,
-                                                              .isLocaleChosen = isLocaleChosen},
-                                                             NamingMemory::load(contentRoot));
-  warnings.insert(warnings.end(), namingWarnings.begin(), namingWarnings.end());
-  if (control.warned) std::ranges::for_each(warnings, control.warned);
-  ExportPlan plan = makePlan(job, {.opened = opened, .manifest = manifest, .snapshot = snapshot}, contentRoot,
-                             FileNaming::stampFormatter(naming.timeZone, naming.locale), control.isCancelled);
+  ExportSummary summary{.destination = job.destination};
+  const MediaNaming naming = decideNaming(*this, reading, contentRoot, summary);
+  if (control.warned) std::ranges::for_each(summary.warnings, control.warned);
+  ExportPlan plan = makePlan(job, reading, contentRoot, FileNaming::stampFormatter(naming.timeZone, naming.locale),
+                             control.isCancelled);
+  summary.chatFolderCount = static_cast<std::int64_t>(plan.folders.size());
   requireSpace(plan.bytesToCopy(), contentRoot);
   throwIfCancelled(control.isCancelled);
 
   // Saved before copying, so that an interrupted export keeps its names.
   NamingMemory::save(contentRoot, naming);
   FolderManifest::save(contentRoot, plan.rememberedMeanwhile);
-  ExportSummary summary{.destination = job.destination,
-                        .chatFolderCount = static_cast<std::int64_t>(plan.folders.size()),
-                        .warnings = warnings,
-                        .mayMissMessages = mayMissMessages};
-  FailureLog failures({.backup = job.backup, .destination = &job.destination}, summary);
-  MediaCopying::run(plan, {.opened = opened, .snapshot = snapshot},
-                    {.lock = lock, .disk = disk, .failures = failures, .summary = summary}, control.isCancelled,
-                    progress);
-  lock.requireInPlace();
-  FolderManifest::save(contentRoot, plan.remembered);
-  throwIfCancelled(control.isCancelled);
-
-  if (job.options.exportTranscripts) {
-    const auto [transcriptCount, page, unresolvedLinkCount] =
-        ArchiveExport::write({.opened = opened, .manifest = manifest, .snapshot = snapshot, .plan = plan},
-                             {.archive = {.destination = job.destination,
-                                          .contentRoot = contentRoot,
-                                          .style = transcriptStyle,
-                                          .timeZone = timeZone},
-                              .locale = locale,
-                              .kinds = job.options.includedKinds},
-                             failures, control.isCancelled, progress);
-    summary.transcriptCount = transcriptCount;
-    summary.archiveIndexURL = page;
-    summary.unresolvedArchiveLinkCount = unresolvedLinkCount;
-    // Folders that were taken away meanwhile were made again, without what was copied into them.
-    lock.requireInPlace();
-    FolderManifest::save(contentRoot, plan.remembered);
-  }
-  throwIfCancelled(control.isCancelled);
+  const Work work{.exporter = *this,
+                  .job = job,
+                  .reading = reading,
+                  .lock = lock,
+                  .disk = disk,
+                  .contentRoot = contentRoot,
+                  .isCancelled = control.isCancelled};
+  carryOut(work, plan, summary, progress);
   bringToDisk(disk, job.destination, plan);
   progress.begin(Phase::finished);
   return summary;
