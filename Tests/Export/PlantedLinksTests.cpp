@@ -66,6 +66,14 @@ TEST_P(PlantedLinksTest, InThePlaceOfWhatAnExportWroteMakeRoom) {
   EXPECT_EQ(scene.run(everything).copiedCount, 0);
 }
 
+TEST_F(PlantedLinksTest, WhereAnOlderExportHadItsViewerAreLeftAlone) {
+  link(scene.destination / "_viewer");
+  EXPECT_EQ(scene.run(everything).copiedCount, 5);
+  EXPECT_EQ(scene.run(everything).copiedCount, 0);
+  EXPECT_TRUE(isUntouched());
+  EXPECT_TRUE(fs::is_symlink(scene.destination / "_viewer"));
+}
+
 TEST_F(PlantedLinksTest, OfOwnFilesInTheExportAreReplacedOrKept) {
   scene.run(everything);
   const fs::path photo = scene.content / "Ana/2023-03-08_202640_aa1.jpg";

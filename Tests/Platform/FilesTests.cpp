@@ -3,9 +3,13 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
+#include <cerrno>
+
 #include "Tests/Support/Failures.h"
+#include "Tests/Support/RefusedCall.h"
 #include "Tests/Support/SeededRandom.h"
 #include "Tests/Support/TemporaryDirectory.h"
 
@@ -222,6 +226,32 @@ TEST_F(FilesTest, ACancelledCopyStops) {
     EXPECT_EQ(error, TidewellError::cancelled());
     EXPECT_LT(Files::regularFileSize(at("to")), Files::regularFileSize(at("from")));
   }
+}
+
+TEST_F(FilesTest, RemovesFilesLinksAndEmptyFolders) {
+  make("file");
+  EXPECT_TRUE(Files::remove(link("link", "file")));
+  EXPECT_TRUE(Files::remove(at("file")));
+  EXPECT_FALSE(Files::remove(at("file")));
+  fs::create_directories(at("folder") / "empty");
+  EXPECT_THROW(Files::remove(at("folder")), fs::filesystem_error);
+  EXPECT_TRUE(Files::remove(at("folder") / "empty"));
+  EXPECT_TRUE(Files::remove(at("folder")));
+}
+
+// As a drive answers whose makers mean it literally, or a server.
+TEST_F(FilesTest, AFileThatMayNotBeRemovedIsAFailureAndNotAbsent) {
+  make("file");
+  const auto remove = [&] {
+    Fixture::refuseCall(SYS_unlinkat, EPERM, true);
+    try {
+      Files::remove(at("file"));
+      ::_exit(0);
+    } catch (const fs::filesystem_error& error) {
+      ::_exit(error.code().value());
+    }
+  };
+  EXPECT_EXIT(remove(), testing::ExitedWithCode(EPERM), "");
 }
 
 TEST_F(FilesTest, RenamesToAFreePlace) {

@@ -1,11 +1,17 @@
 #include "TidewellCore/Platform/RootFolder.h"
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
+#include <cerrno>
+#include <cstdio>
 #include <optional>
 
 #include "Tests/Support/Failures.h"
+#include "Tests/Support/RefusedCall.h"
 #include "Tests/Support/TemporaryDirectory.h"
 #include "TidewellCore/Platform/FileDescriptor.h"
 #include "TidewellCore/Platform/Files.h"
@@ -126,6 +132,28 @@ TEST_F(RootFolderTest, AFolderThatIsReplacedByALinkMeanwhileLeadsNowhere) {
   Files::writeAtomically(root / "new", "x");
   EXPECT_TRUE(fs::exists(folder / "moved" / "new"));
   EXPECT_FALSE(fs::exists(secret / "new"));
+}
+
+// 0, or why it cannot be looked at.
+int failureOfLookingAt(const fs::path& path) {
+  try {
+    return Files::kindOf(path) == Files::Kind::nothing ? ENOENT : 0;
+  } catch (const fs::filesystem_error& error) {
+    return error.code().value();
+  }
+}
+
+TEST_F(RootFolderTest, HoldsWithoutOpenat2) {
+  Fixture::writeFile(root / "sub" / "deep" / "file", "x");
+  const auto walk = [&] {
+    Fixture::refuseCall(SYS_openat2, ENOSYS);  // as an older kernel, or a container
+    const RootFolder held(root);
+    std::fprintf(stderr, "%d %d %d %d", failureOfLookingAt(root / "sub" / "deep" / "file"),
+                 failureOfLookingAt(root / "sub" / "missing" / "file"),
+                 failureOfLookingAt(root / "sub" / "deep" / "file" / "x"), failureOfLookingAt(root / "link" / "key"));
+    ::_exit(0);
+  };
+  EXPECT_EXIT(walk(), testing::ExitedWithCode(0), fmt::format("0 {} {} {}$", ENOENT, ENOENT, ELOOP));
 }
 
 TEST(RootFolder, AMissingFolderIsAFailure) {

@@ -43,7 +43,7 @@ void unlock(BackupKeyBag& keyBag, std::string_view password, const RunControl& c
 }
 
 void writeFile(const fs::path& path, ByteView content) {
-  fs::create_directories(path.parent_path());
+  Files::makeFolder(path.parent_path());
   FileDescriptor file = FileDescriptor::create(path, FileAccess::ownerOnly);
   file.write(content);
   file.close();

@@ -65,7 +65,7 @@ ExportPreferences ExportPreferences::load(const fs::path& url) {
 }
 
 void ExportPreferences::save(const fs::path& url) const {
-  fs::create_directories(url.parent_path());
+  Files::makeFolder(url.parent_path());
   Json::Object object;
   add(object, "lastBackupPath", lastBackupPath);
   add(object, "lastDestinationPath", lastDestinationPath);

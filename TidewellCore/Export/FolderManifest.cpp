@@ -46,9 +46,11 @@ std::optional<FolderAssignment> read(const fs::path& file) {
   return content ? parsed(std::string(textOf(*content))) : std::nullopt;
 }
 
+// A link in the viewer's place is none of an export's making.
 void appendBoth(const fs::path& folder, std::vector<fs::path>& files) {
   files.push_back(folder / FolderManifest::fileName);
-  files.push_back(folder / FolderNames::viewer / FolderManifest::viewerFileName);
+  const fs::path viewer = folder / FolderNames::viewer;
+  if (Files::kindOf(viewer) == Files::Kind::folder) files.push_back(viewer / FolderManifest::viewerFileName);
 }
 
 std::vector<fs::path> candidates(const fs::path& destination) {

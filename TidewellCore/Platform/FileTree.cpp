@@ -208,7 +208,10 @@ bool Files::remove(const fs::path& path) {
   };
   if (unlink(0) == 0) return true;
   // What a system answers for a folder differs: EISDIR, or EPERM as POSIX has it.
-  if ((errno == EISDIR || errno == EPERM) && unlink(AT_REMOVEDIR) == 0) return true;
+  const int answer = errno;
+  const bool mayBeFolder = answer == EISDIR || answer == EPERM;
+  if (mayBeFolder && unlink(AT_REMOVEDIR) == 0) return true;
+  if (mayBeFolder && errno == ENOTDIR) errno = answer;  // a file that may not be removed
   if (isAbsence(errno)) return false;
   fail("Could not remove", path);
 }

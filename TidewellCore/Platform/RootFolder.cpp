@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <linux/openat2.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -40,12 +41,21 @@ bool leadsUp(const std::string& path) {
   return std::ranges::any_of(fs::path(path), [](const fs::path& part) { return part == ".."; });
 }
 
+// Why a folder was not opened. The system calls a link no folder, but it is not absent.
+int reasonFor(int folder, const char* name) {
+  const int error = errno;
+  struct stat status {};
+  const bool isLink =
+      error == ENOTDIR && ::fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(status.st_mode);
+  return isLink ? ELOOP : error;
+}
+
 int openStepByStep(int root, const std::string& path) {
   int folder = ::fcntl(root, F_DUPFD_CLOEXEC, 0);
   for (const fs::path& part : fs::path(path)) {
     if (folder < 0 || part.empty()) continue;
     const int next = ::openat(folder, part.c_str(), folderFlags | O_NOFOLLOW);
-    const int error = errno;
+    const int error = next < 0 ? reasonFor(folder, part.c_str()) : 0;
     ::close(folder);
     errno = error;
     folder = next;
