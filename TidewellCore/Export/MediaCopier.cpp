@@ -36,7 +36,7 @@ void removeIfEmptied(const fs::path& folder) {
 
 MediaCopier::MediaCopier(const OpenedBackup& opened, DestinationIndex& index, const FlushPoint& disk,
                          CancellationCheck isCancelled)
-    : opened_(opened), index_(index), batch_(disk), isCancelled_(std::move(isCancelled)) {}
+    : opened_(opened), index_(index), batches_(disk), isCancelled_(std::move(isCancelled)) {}
 
 MediaCopier::Outcome MediaCopier::carryOut(const PlannedCopy& copy) {
   if (copy.alreadyPresent) return Outcome::alreadyPresent;
@@ -55,9 +55,14 @@ MediaCopier::Outcome MediaCopier::carryOut(const PlannedCopy& copy) {
   return hasCome ? Outcome::alreadyPresent : Outcome::moved;
 }
 
-std::vector<CopyBatch::Settled> MediaCopier::settle() {
-  std::vector<CopyBatch::Settled> settled = batch_.settle();
-  for (const CopyBatch::Settled& one : settled) {
+std::vector<CopyBatches::Settled> MediaCopier::settleDue() {
+  return batches_.isFull() ? entered(batches_.turnOver()) : std::vector<CopyBatches::Settled>();
+}
+
+std::vector<CopyBatches::Settled> MediaCopier::settle() { return entered(batches_.settle()); }
+
+std::vector<CopyBatches::Settled> MediaCopier::entered(std::vector<CopyBatches::Settled> settled) {
+  for (const CopyBatches::Settled& one : settled) {
     if (!one.failure) enter(*one.copy);
   }
   return settled;
@@ -107,7 +112,7 @@ void MediaCopier::write(const PlannedCopy& copy) {
     Files::removeQuietly(partial);
     throw;
   }
-  batch_.add(copy, partial);
+  batches_.add(copy, partial);
 }
 
 void MediaCopier::removeEmptied(const ExportPlanner::LeftoverFolders& formerFolders) const {

@@ -2,7 +2,7 @@
 
 #include "TidewellCore/Backup/OpenedBackup.h"
 #include "TidewellCore/CopyFailure.h"
-#include "TidewellCore/Export/CopyBatch.h"
+#include "TidewellCore/Export/CopyBatches.h"
 #include "TidewellCore/Export/DestinationIndex.h"
 #include "TidewellCore/Export/ExportPlanner.h"
 #include "TidewellCore/Platform/FlushPoint.h"
@@ -24,10 +24,10 @@ class MediaCopier {
   // Throws whatever kept the file from being copied, and TidewellError::cancelled.
   // `copy` must stay where it is until it is settled.
   Outcome carryOut(const ExportPlanner::PlannedCopy& copy);
-  // Whether what was written should be settled now.
-  bool isSettlingDue() const { return batch_.isFull(); }
-  // Brings what was written onto the disk and into its places, and tells what came of each copy.
-  std::vector<CopyBatch::Settled> settle();
+  // Settles what is due of what was written, and tells what came of each such copy.
+  std::vector<CopyBatches::Settled> settleDue();
+  // Brings all that was written onto the disk and into its places.
+  std::vector<CopyBatches::Settled> settle();
 
   // Why a copy failed that threw `error`.
   FailureReason reasonOf(const std::exception& error, const ExportPlanner::PlannedCopy& copy) const;
@@ -44,9 +44,10 @@ class MediaCopier {
   void move(const ExportPlanner::PlannedCopy& copy);
   void write(const ExportPlanner::PlannedCopy& copy);
   void enter(const ExportPlanner::PlannedCopy& copy);
+  std::vector<CopyBatches::Settled> entered(std::vector<CopyBatches::Settled> settled);
 
   const OpenedBackup& opened_;
   DestinationIndex& index_;
-  CopyBatch batch_;
+  CopyBatches batches_;
   CancellationCheck isCancelled_;
 };

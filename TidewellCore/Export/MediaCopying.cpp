@@ -47,7 +47,7 @@ class Copying {
       settleQuietly();
       throw;
     }
-    settle();
+    count(copier_.settle());
     copier_.removeEmptied(plan_.removable);
   }
 
@@ -59,7 +59,7 @@ class Copying {
       target_.lock.requireInPlace();
       progress.report(copy.exportedName, completed);
       attempt(copy);
-      if (copier_.isSettlingDue()) settle();
+      count(copier_.settleDue());
       progress.report(copy.exportedName, ++completed);
     }
   }
@@ -76,8 +76,8 @@ class Copying {
     }
   }
 
-  void settle() {
-    for (const auto& [copy, failure] : copier_.settle()) {
+  void count(const std::vector<CopyBatches::Settled>& settled) {
+    for (const auto& [copy, failure] : settled) {
       if (!failure) {
         countAsCopied(*copy);
         continue;
@@ -91,7 +91,7 @@ class Copying {
   }
 
   // While another failure ends the run: that one is told.
-  void settleQuietly() try { settle(); } catch (const std::exception&) {
+  void settleQuietly() try { count(copier_.settle()); } catch (const std::exception&) {
   }
 
   void countAsCopied(const PlannedCopy& copy) {
