@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <filesystem>
 #include <map>
@@ -10,6 +13,7 @@
 #include <string>
 
 #include "Tests/Export/ExportScene.h"
+#include "Tests/Support/RefusedCall.h"
 #include "Tests/Support/TemporaryDirectory.h"
 #include "TidewellCore/TidewellError.h"
 
@@ -235,6 +239,21 @@ TEST_F(MediaCopierTest, MovesAFileOutOfAFormerFolder) {
   EXPECT_EQ(ExportTest::modified(root / "Ana/b.jpg"), 1'600'000'000);
   EXPECT_TRUE(index.contains("Ana/b.jpg"));
   EXPECT_FALSE(index.contains("Old/a.jpg"));
+}
+
+// On a system that gives no more threads the flush waits its turn.
+TEST_F(MediaCopierTest, CopiesWithoutAThreadForTheFlush) {
+  const auto copyAlone = [&] {
+    Fixture::refuseCall(SYS_clone3, EAGAIN);
+    try {
+      carryOut(copyTo("b.jpg"));
+      ::_exit(0);
+    } catch (const std::exception&) {
+      ::_exit(1);
+    }
+  };
+  EXPECT_EXIT(copyAlone(), testing::ExitedWithCode(0), "");
+  EXPECT_EQ(filesBelow(root), (Files{{"Ana/b.jpg", "stored"}}));
 }
 
 TEST_F(MediaCopierTest, AMovedFileNeverReplacesAnother) {

@@ -65,7 +65,9 @@ std::vector<CopyBatches::Settled> CopyBatches::turnOver() {
   }
   std::vector<fs::path> partials;
   for (const Waiting& waiting : onTheirWay_) partials.push_back(waiting.partial);
-  flushing_ = std::async(std::launch::async, [this, partials = std::move(partials)] { return flush(disk_, partials); });
+  // Deferred where the system gives no thread: flushed when it is waited for, by a copy that no failed start took.
+  const auto work = [this, partials] { return flush(disk_, partials); };
+  flushing_ = std::async(std::launch::async | std::launch::deferred, work);
   return settled;
 }
 
