@@ -13,8 +13,7 @@ namespace ExitCode {
 inline constexpr int done = 0;
 inline constexpr int failed = 1;
 inline constexpr int usage = 2;
-inline constexpr int incomplete = 3;  // something may be missing
-inline constexpr int copiesFailed = incomplete;
+inline constexpr int incomplete = 3;  // done, but something is or may be missing
 inline constexpr int interrupted = 130;
 
 }  // namespace ExitCode

@@ -1,7 +1,12 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
 
 #include "Tests/Support/Failures.h"
+#include "Tests/Support/RefusedCall.h"
 #include "Tests/Support/SeededRandom.h"
 #include "Tests/Support/TemporaryDirectory.h"
 #include "Tests/Support/TestCrypto.h"
@@ -161,6 +166,23 @@ TEST_F(FileDecryptionTest, PassesOnWhatTheFileSystemSays) {
   storeEncrypted(random(50));
   EXPECT_THROW(BackupCrypto::decryptFile(source_, folder_ / "missing" / "plain", key_, {}),
                std::filesystem::filesystem_error);
+}
+
+TEST_F(FileDecryptionTest, AFileTooLargeForTheDriveFailsBeforeItIsWritten) {
+  storeEncrypted(random(5 * chunkSize));
+  const auto decrypt = [&](std::optional<std::int64_t> expectedSize) {
+    Fixture::refuseCall(SYS_fallocate, EFBIG);  // as the kernel does where the file system has a limit
+    try {
+      BackupCrypto::decryptFile(source_, target_, key_, expectedSize);
+      ::_exit(0);
+    } catch (const std::filesystem::filesystem_error& error) {
+      ::_exit(error.code().value());
+    }
+  };
+  for (const auto size : {std::optional<std::int64_t>(), std::optional<std::int64_t>(5 * chunkSize)}) {
+    EXPECT_EXIT(decrypt(size), testing::ExitedWithCode(EFBIG), "");
+    EXPECT_EQ(Fixture::readFile(target_).size(), 0U);
+  }
 }
 
 TEST_F(FileDecryptionTest, RefusesLinksAndFIFOsWithoutBlocking) {

@@ -201,6 +201,21 @@ TEST_F(FilesTest, ACopyReplacesAnEarlierFileWhole) {
   EXPECT_EQ(content(at("to")), "new");
 }
 
+TEST_F(FilesTest, ACopyTooLargeForTheDriveFailsBeforeItIsWritten) {
+  make("from", std::string(2 << 20, 'x'));
+  const auto copy = [&] {
+    Fixture::refuseCall(SYS_fallocate, EFBIG);  // as the kernel does where the file system has a limit
+    try {
+      Files::copy(at("from"), at("to"));
+      ::_exit(0);
+    } catch (const fs::filesystem_error& error) {
+      ::_exit(error.code().value());
+    }
+  };
+  EXPECT_EXIT(copy(), testing::ExitedWithCode(EFBIG), "");
+  EXPECT_EQ(content(at("to")), "");
+}
+
 TEST_F(FilesTest, ACopyRefusesLinksAndFIFOsWithoutBlocking) {
   make("file");
   EXPECT_THROW(Files::copy(link("link", "file"), at("to")), fs::filesystem_error);

@@ -32,6 +32,11 @@ class CappedWriter {
   std::int64_t written_ = 0;
 };
 
+// What the plaintext has at least, before anything is decrypted.
+std::int64_t leastPlaintextSize(std::int64_t storedSize, std::optional<std::int64_t> expectedSize) {
+  return expectedSize ? std::min(*expectedSize, storedSize) : storedSize - signedSize(BackupCrypto::blockSize);
+}
+
 }  // namespace
 
 SecretBytes BackupCrypto::pbkdf2(ByteView password, ByteView salt, std::uint32_t iterations, std::size_t keyLength,
@@ -127,6 +132,7 @@ std::int64_t BackupCrypto::decryptFile(const std::filesystem::path& source, cons
                                        const CancellationCheck& isCancelled, FileAccess access) {
   FileDescriptor input = FileDescriptor::openForReading(source);
   FileDescriptor output = FileDescriptor::create(destination, access);
+  output.requireLength(leastPlaintextSize(input.size(), expectedSize));
   CBCDecryptor decryptor(key, zeroIV);
   CappedWriter writer(output, expectedSize);
   Bytes chunk(chunkSize);

@@ -49,7 +49,8 @@ SecretBytes aesUnwrap(ByteView kek, ByteView wrapped);
 Bytes decryptBackupPayload(ByteView key, ByteView ciphertext, std::optional<std::int64_t> expectedSize);
 
 // Decrypts a file into a new file, in slices, and returns the bytes written.
-// Cut to `expectedSize` or else to its padding. On failure, and on
+// Cut to `expectedSize` or else to its padding. Fails at once with EFBIG when the
+// file system takes no file of that size. On failure, and on
 // TidewellError::cancelled, the part written is left for the caller to remove.
 std::int64_t decryptFile(const std::filesystem::path& source, const std::filesystem::path& destination, ByteView key,
                          std::optional<std::int64_t> expectedSize, const CancellationCheck& isCancelled = {},

@@ -4,6 +4,7 @@
 #include <iterator>
 #include <utility>
 
+#include "TidewellCore/CopyFailure.h"
 #include "TidewellCore/MakeRoom.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/SaturatingAdd.h"
@@ -15,27 +16,14 @@ namespace fs = std::filesystem;
 constexpr std::size_t mostFiles = 256;
 constexpr std::int64_t mostBytes = 256 << 20;
 
-[[noreturn]] void failAsOccupied(const fs::path& path) {
-  throw fs::filesystem_error("Something else stands in the file's place", path,
-                             std::make_error_code(std::errc::file_exists));
-}
-
 // The plan gives no name that is taken, so a file there has come since, or has
 // no content. It makes room for the copy, and so does a link, which is kept.
 void moveIntoPlace(const fs::path& partial, const fs::path& dest) {
   if (Files::renameToFree(partial, dest)) return;
   const Files::Kind kind = Files::kindOf(dest);
   if (kind == Files::Kind::link) MakeRoom::at(dest);
-  if (kind != Files::Kind::link && kind != Files::Kind::file) failAsOccupied(dest);
+  if (kind != Files::Kind::link && kind != Files::Kind::file) throw CopyError(FailureReason::placeTaken);
   Files::rename(partial, dest);
-}
-
-// Removes what a failure left behind; that failure is what is told.
-void removeQuietly(const fs::path& partial) {
-  try {
-    Files::remove(partial);
-  } catch (const fs::filesystem_error&) {
-  }
 }
 
 template <typename Work>
@@ -53,7 +41,7 @@ std::exception_ptr failureOf(Work work) {
 CopyBatches::~CopyBatches() {
   if (flushing_.valid()) flushing_.wait();
   for (const auto* batch : {&gathered_, &onTheirWay_}) {
-    for (const Waiting& waiting : *batch) removeQuietly(waiting.partial);
+    for (const Waiting& waiting : *batch) Files::removeQuietly(waiting.partial);
   }
 }
 
@@ -106,7 +94,7 @@ std::vector<CopyBatches::Settled> CopyBatches::awaitFlush() {
     const auto& [copy, partial] = onTheirWay_[i];
     const auto failure =
         failures[i] ? failures[i] : failureOf([&place = *copy, &file = partial] { moveIntoPlace(file, place.dest); });
-    if (failure) removeQuietly(partial);
+    if (failure) Files::removeQuietly(partial);
     settled.push_back({.copy = copy, .failure = failure});
   }
   onTheirWay_.clear();

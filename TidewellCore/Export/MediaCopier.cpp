@@ -15,19 +15,6 @@ namespace {
 namespace fs = std::filesystem;
 using ExportPlanner::PlannedCopy;
 
-[[noreturn]] void failAsOccupied(const fs::path& path) {
-  throw fs::filesystem_error("Something else stands in the file's place", path,
-                             std::make_error_code(std::errc::file_exists));
-}
-
-// After a failure, which is what the caller tells of.
-void removeQuietly(const fs::path& partial) {
-  try {
-    Files::remove(partial);
-  } catch (const fs::filesystem_error&) {
-  }
-}
-
 void setDate(const fs::path& file, const PlannedCopy& copy) {
   if (copy.date) Files::setModificationDate(file, *copy.date);
 }
@@ -108,7 +95,7 @@ FailureReason MediaCopier::reasonOf(const std::exception& error, const PlannedCo
 }
 
 void MediaCopier::move(const PlannedCopy& copy) {
-  if (!Files::moveToFree(copy.source, copy.dest)) failAsOccupied(copy.dest);
+  if (!Files::moveToFree(copy.source, copy.dest)) throw CopyError(FailureReason::placeTaken);
   index_.removeFile(*copy.leftoverFolder, PathText::text(copy.source.filename()));
   setDate(copy.dest, copy);
 }
@@ -122,7 +109,7 @@ void MediaCopier::write(const PlannedCopy& copy) {
     }
     setDate(partial, copy);
   } catch (...) {
-    removeQuietly(partial);
+    Files::removeQuietly(partial);
     throw;
   }
   batches_.add(copy, partial);

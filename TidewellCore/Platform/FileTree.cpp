@@ -216,6 +216,9 @@ bool Files::remove(const fs::path& path) {
   fail("Could not remove", path);
 }
 
+void Files::removeQuietly(const fs::path& path) noexcept try { Files::remove(path); } catch (const std::exception&) {
+}
+
 void Files::removeTree(const fs::path& path) {
   if (kindOf(path) == Kind::folder) {
     for (const Entry& entry : list(path)) removeTree(path / PathText::path(entry.name));

@@ -78,14 +78,6 @@ void setModificationTime(const fs::path& path, timespec modified) {
   if (!isRefusal) fail("Could not set the file's date", path, {});
 }
 
-// After a failure, which is what the caller tells of.
-void removeQuietly(const fs::path& path) {
-  try {
-    Files::remove(path);
-  } catch (const fs::filesystem_error&) {
-  }
-}
-
 bool holds(const fs::path& path, std::string_view content) {
   const auto length = static_cast<std::int64_t>(content.size());
   if (Files::regularFileSize(path) != length) return false;

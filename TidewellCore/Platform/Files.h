@@ -57,6 +57,8 @@ std::vector<SizedFile> listFiles(const std::filesystem::path& folder);
 void makeFolder(const std::filesystem::path& path);
 // Removes a file, a link or an empty folder; false when nothing stands there.
 bool remove(const std::filesystem::path& path);
+// The same for what a failure left behind, which is what is told: does not throw.
+void removeQuietly(const std::filesystem::path& path) noexcept;
 // Removes a folder with all it holds, or whatever else stands there; links in it are not followed.
 void removeTree(const std::filesystem::path& path);
 // Moves a file or folder on its volume; a file that stands at `to` is replaced as one step.
