@@ -99,7 +99,7 @@ ExportSummary exportBackup(const Options& options) {
 int run(const Options& options) {
   const ExportSummary summary = exportBackup(options);
   options.json ? printJson(JsonRecords::json(summary)) : print(summary);
-  return summary.failedCount > 0 || summary.mayMissMessages ? ExitCode::incomplete : ExitCode::done;
+  return summary.failedCount > 0 || summary.mayBeIncomplete ? ExitCode::incomplete : ExitCode::done;
 }
 
 }  // namespace

@@ -83,7 +83,7 @@ Json JsonRecords::json(const ExportSummary& summary) {
                       {"unresolvedArchiveLinkCount", summary.unresolvedArchiveLinkCount},
                       {"failures", std::move(failures)},
                       {"warnings", Json::Array(summary.warnings.begin(), summary.warnings.end())},
-                      {"mayMissMessages", summary.mayMissMessages}};
+                      {"mayBeIncomplete", summary.mayBeIncomplete}};
   if (summary.archiveIndexURL) object.emplace("archiveIndexURL", PathText::text(*summary.archiveIndexURL));
   return object;
 }

@@ -109,6 +109,22 @@ TEST_P(ExporterDamageTest, AnIdentifierThatLeadsOutOfTheBackupIsACountedFailure)
   expectFailures(2);
 }
 
+TEST_P(ExporterDamageTest, AFileThatMayHaveLostItsEndIsCopiedAndTold) {
+  scene.contents.whatsApp.mediaFiles[0].storage.recordedSize = 1000;
+  scene.write();
+  const ExportSummary summary = scene.run();
+  EXPECT_EQ(summary.failedCount, 0);
+  EXPECT_EQ(summary.copiedCount, 5);
+  ASSERT_EQ(summary.warnings.size(), 1U);
+  EXPECT_TRUE(summary.warnings[0].starts_with("“2023-03-08_202640_aa1.jpg” is shorter in the backup"));
+  EXPECT_TRUE(summary.mayBeIncomplete);
+
+  scene.contents.whatsApp.mediaFiles[1].storage.recordedSize = 1000;
+  scene.contents.whatsApp.mediaFiles[2].storage.recordedSize = 1;
+  scene.write();
+  EXPECT_NE(scene.run().warnings.at(0).find("” and 1 more are shorter"), std::string::npos);
+}
+
 TEST_P(ExporterDamageTest, WrongRecordedSizesBringNoSecondCopy) {
   photo().storage.recordedSize = 100'000;
   video().storage.recordedSize = 3;

@@ -20,6 +20,7 @@ struct ExportPlan {
   std::vector<ExportPlanner::PlannedCopy> copies;   // in the order of the requests
   std::vector<ExportPlanner::PlannedCopy> earlier;  // what an earlier export copied and this one cannot or is not to
   DestinationIndex index;
+  std::vector<std::string> warnings;  // of what may be missing: sentences for people, in English
 
   // What is to be exported, and where to.
   struct Wish {

@@ -1,5 +1,7 @@
 #include "TidewellCore/Export/ExportRequests.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <unordered_set>
 
@@ -32,8 +34,22 @@ std::vector<ExportPlanner::Request> ExportRequests::build(const ManifestStore& m
                         .sourceSize = opened.provenSize(file).value_or(unknownSize),
                         .date = date,
                         .encryptionKey = opened.unlocker() ? file.encryptionKey : std::nullopt});
+    ExportPlanner::Request& request = requests.back();
+    request.isShorterThanRecorded = request.sourceSize >= 0 && request.sourceSize < file.plaintextSize.value_or(0);
   }
   return requests;
+}
+
+std::optional<std::string> ExportRequests::warningOfShortFiles(const std::vector<ExportPlanner::Request>& requests) {
+  const std::int64_t count = std::ranges::count(requests, true, &ExportPlanner::Request::isShorterThanRecorded);
+  if (count == 0) return std::nullopt;
+  const auto first = std::ranges::find(requests, true, &ExportPlanner::Request::isShorterThanRecorded);
+  const std::string others = count == 1 ? " is" : fmt::format(" and {} more are", count - 1);
+  return fmt::format(
+      "“{}”{} shorter in the backup than the iPhone recorded, and may have lost the end. Such files are exported as "
+      "they "
+      "are. Copy the backup again from where it came, or make a new one with the iPhone.",
+      first->desiredName, others);
 }
 
 std::vector<ExportPlanner::Request> ExportRequests::lost(

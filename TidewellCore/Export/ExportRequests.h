@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "TidewellCore/Backup/ManifestStore.h"
@@ -22,6 +24,9 @@ struct Wish {
 std::vector<ExportPlanner::Request> build(const ManifestStore& manifest, const ChatStorageSnapshot& snapshot,
                                           const OpenedBackup& opened, const Wish& wish,
                                           const CancellationCheck& isCancelled = {});
+
+// A sentence about those that may have lost their ends; absent when there are none.
+std::optional<std::string> warningOfShortFiles(const std::vector<ExportPlanner::Request>& requests);
 
 // A request, which nothing can carry out, for every medium that a message names
 // and whose file is in none of `found` whole; in the order of their paths.

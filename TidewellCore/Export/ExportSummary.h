@@ -21,7 +21,7 @@ struct ExportSummary {
   std::int64_t unresolvedArchiveLinkCount = 0;           // archive messages whose media file is not in the export
   std::vector<CopyFailure> failures;                     // files, pictures and pages, in the order they were tried
   std::vector<std::string> warnings;                     // sentences for people, in English
-  bool mayMissMessages = false;                          // one of the warnings tells of a damaged database
+  bool mayBeIncomplete = false;                          // one of the warnings tells of something that may be missing
 
   bool operator==(const ExportSummary&) const = default;
 };

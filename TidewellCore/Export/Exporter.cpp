@@ -1,6 +1,7 @@
 #include "TidewellCore/Export/Exporter.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "TidewellCore/Backup/BackupInspector.h"
 #include "TidewellCore/Backup/ManifestStore.h"
@@ -8,24 +9,19 @@
 #include "TidewellCore/ChatData/SnapshotLoader.h"
 #include "TidewellCore/Export/ArchiveExport.h"
 #include "TidewellCore/Export/ChatLines.h"
-#include "TidewellCore/Export/DestinationLock.h"
 #include "TidewellCore/Export/DiskSpace.h"
 #include "TidewellCore/Export/EarlyEnd.h"
 #include "TidewellCore/Export/ExportDeduper.h"
 #include "TidewellCore/Export/ExportDestination.h"
-#include "TidewellCore/Export/ExportLayout.h"
 #include "TidewellCore/Export/ExportPlan.h"
 #include "TidewellCore/Export/ExportRequests.h"
+#include "TidewellCore/Export/ExportTarget.h"
 #include "TidewellCore/Export/FailureLog.h"
 #include "TidewellCore/Export/FolderManifest.h"
 #include "TidewellCore/Export/MediaCopying.h"
-#include "TidewellCore/Export/NameProbe.h"
 #include "TidewellCore/Export/NamingMemory.h"
 #include "TidewellCore/Export/ProgressReporter.h"
 #include "TidewellCore/FileNaming.h"
-#include "TidewellCore/FolderNames.h"
-#include "TidewellCore/Platform/Files.h"
-#include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/Platform/TemporaryFolder.h"
 #include "TidewellCore/TidewellError.h"
 
@@ -49,48 +45,9 @@ auto begin(const EarlyEnd::Places& places, Work work) {
   return EarlyEnd::explained(places, work);
 }
 
-bool isWithinAnyBackup(const fs::path& destination) {
-  fs::path folder = fs::weakly_canonical(fs::absolute(destination));
-  while (!EarlyEnd::isBackup(folder)) {
-    if (folder == folder.parent_path()) return false;
-    folder = folder.parent_path();
-  }
-  return true;
-}
-
-// Nothing in a backup is ever changed, so nothing is exported into one, be it another than the one that is read.
-void requireOutsideBackups(const fs::path& destination, const fs::path& backup) {
-  if (Files::isWithin(destination, backup) || isWithinAnyBackup(destination)) {
-    throw TidewellError::destinationNotWritable(PathText::text(destination));
-  }
-}
-
 void requireWhatsApp(const ManifestStore& manifest) {
   if (manifest.chatStorage || !manifest.media.empty()) return;
   throw TidewellError::chatStorageUnreadable("This backup holds no WhatsApp data.");
-}
-
-// What keeps the destination from being made ready is told as one thing.
-template <typename Work>
-auto inDestination(const ExportJob& job, Work work) {
-  try {
-    return work();
-  } catch (const fs::filesystem_error& error) {
-    if (EarlyEnd::isFullDisk(error)) throw;
-    throw TidewellError::destinationNotWritable(PathText::text(job.destination));
-  }
-}
-
-DestinationLock lockDestination(const ExportJob& job) {
-  return inDestination(job, [&] {
-    requireOutsideBackups(job.destination, job.backup);
-    Files::makeFolder(job.destination);
-    return DestinationLock(job.destination);
-  });
-}
-
-fs::path prepareDestination(const ExportJob& job) {
-  return inDestination(job, [&] { return ExportLayout::prepare(job.destination, job.backup); });
 }
 
 // What was read of a backup.
@@ -106,12 +63,12 @@ MediaKinds allBut(const MediaKinds& kinds) {
   return others;
 }
 
-ExportPlan makePlan(const ExportJob& job, const Reading& reading, const fs::path& contentRoot,
+ExportPlan makePlan(const ExportJob& job, const Reading& reading, const ExportTarget& target,
                     const DateFormatter& stamps, const CancellationCheck& isCancelled) {
   const auto& [opened, manifest, snapshot] = reading;
   const MediaKinds others = allBut(job.options.includedKinds);
-  ExportPlan::Wish wish{.destination = job.destination, .contentRoot = contentRoot};
-  wish.nameForm = inDestination(job, [&] { return NameProbe::formFor(contentRoot); });
+  ExportPlan::Wish wish{
+      .destination = target.destination(), .contentRoot = target.contentRoot(), .nameForm = target.nameForm()};
   wish.requests = ExportRequests::build(manifest, snapshot, opened,
                                         {.kinds = job.options.includedKinds, .stamps = stamps}, isCancelled);
   if (job.options.exportTranscripts) {
@@ -121,88 +78,96 @@ ExportPlan makePlan(const ExportJob& job, const Reading& reading, const fs::path
     wish.jidsOfTranscripts = ChatLines(snapshot).chatsWithMessages();
   }
   throwIfCancelled(isCancelled);
-  return ExportPlan::make(wish, snapshot, isCancelled);
+  ExportPlan plan = ExportPlan::make(wish, snapshot, isCancelled);
+  if (auto warning = ExportRequests::warningOfShortFiles(wish.requests)) plan.warnings.push_back(std::move(*warning));
+  return plan;
 }
 
-// Puts into the summary what is to be told before anything is copied.
-MediaNaming decideNaming(const Exporter& exporter, const Reading& reading, const fs::path& contentRoot,
-                         ExportSummary& summary) {
-  summary.warnings = ScanSummary::warnings(reading.snapshot, reading.manifest, reading.opened);
-  summary.mayMissMessages = !summary.warnings.empty();
-  const auto [naming, warnings] =
-      NamingMemory::decide({.naming = {.timeZone = exporter.timeZone, .locale = exporter.locale},
-                            .isTimeZoneChosen = exporter.isTimeZoneChosen,
-                            .isLocaleChosen = exporter.isLocaleChosen},
-                           NamingMemory::load(contentRoot));
-  summary.warnings.insert(summary.warnings.end(), warnings.begin(), warnings.end());
-  return naming;
-}
+// The part of an export that writes.
+class Writing {
+ public:
+  Writing(const Exporter& exporter, const ExportJob& job, const Reading& reading, const RunControl& control)
+      : exporter_(exporter),
+        job_(job),
+        reading_(reading),
+        control_(control),
+        target_(job.destination, job.backup),
+        naming_(NamingMemory::decide({.naming = {.timeZone = exporter.timeZone, .locale = exporter.locale},
+                                      .isTimeZoneChosen = exporter.isTimeZoneChosen,
+                                      .isLocaleChosen = exporter.isLocaleChosen},
+                                     NamingMemory::load(target_.contentRoot()))),
+        plan_(makePlan(job, reading, target_,
+                       FileNaming::stampFormatter(naming_.naming.timeZone, naming_.naming.locale),
+                       control.isCancelled)) {}
 
-// What an export works with once it is planned.
-struct Work {
-  const Exporter& exporter;
-  const ExportJob& job;
-  const Reading& reading;
-  const DestinationLock& lock;
-  const FlushPoint& disk;
-  const fs::path& contentRoot;
-  const CancellationCheck& isCancelled;
-};
-
-// Folders that were taken away meanwhile may have been made again, without what was copied into them.
-void remember(const Work& work, const FolderAssignment& folders) {
-  work.lock.requireInPlace();
-  FolderManifest::save(work.contentRoot, folders);
-  throwIfCancelled(work.isCancelled);
-}
-
-ArchiveExport::Outcome writeArchive(const Work& work, const ExportPlan& plan, FailureLog& failures,
-                                    ProgressReporter& progress) {
-  const auto& [opened, manifest, snapshot] = work.reading;
-  return ArchiveExport::write({.opened = opened, .manifest = manifest, .snapshot = snapshot, .plan = plan},
-                              {.archive = {.destination = work.job.destination,
-                                           .contentRoot = work.contentRoot,
-                                           .style = work.exporter.transcriptStyle,
-                                           .timeZone = work.exporter.timeZone},
-                               .locale = work.exporter.locale,
-                               .kinds = work.job.options.includedKinds},
-                              failures, work.isCancelled, progress);
-}
-
-void carryOut(const Work& work, ExportPlan& plan, ExportSummary& summary, ProgressReporter& progress) {
-  FailureLog failures({.backup = work.job.backup, .destination = &work.job.destination}, summary);
-  MediaCopying::run(plan, {.opened = work.reading.opened, .snapshot = work.reading.snapshot},
-                    {.lock = work.lock, .disk = work.disk, .failures = failures, .summary = summary}, work.isCancelled,
-                    progress);
-  remember(work, plan.remembered);
-  if (!work.job.options.exportTranscripts) return;
-  const ArchiveExport::Outcome archive = writeArchive(work, plan, failures, progress);
-  summary.transcriptCount = archive.transcriptCount;
-  summary.archiveIndexURL = archive.page;
-  summary.unresolvedArchiveLinkCount = archive.unresolvedLinkCount;
-  remember(work, plan.remembered);
-}
-
-// What the summary tells is on the disk by then: the names of files too, and all that was not copied.
-void bringToDisk(const FlushPoint& disk, const fs::path& destination, const ExportPlan& plan) try {
-  if (disk.flush()) return;
-  const fs::path& contentRoot = plan.index.destination;
-  const fs::path viewer = contentRoot / FolderNames::viewer;
-  std::vector<fs::path> folders{destination, contentRoot, viewer, viewer / FolderNames::viewerData,
-                                contentRoot / FolderNames::avatars};
-  for (const auto& [jid, folder] : plan.folders) folders.push_back(contentRoot / PathText::path(folder));
-  for (const fs::path& folder : folders) {
-    if (Files::kindOf(folder) == Files::Kind::folder) Files::flush(folder);
+  ExportSummary run(ProgressReporter& progress) {
+    warn();
+    target_.requireSpace(plan_.bytesToCopy());
+    throwIfCancelled(control_.isCancelled);
+    // Saved before copying, so that an interrupted export keeps its names.
+    NamingMemory::save(target_.contentRoot(), naming_.naming);
+    FolderManifest::save(target_.contentRoot(), plan_.rememberedMeanwhile);
+    MediaCopying::run(plan_, {.opened = reading_.opened, .snapshot = reading_.snapshot},
+                      {.lock = target_.lock(), .disk = target_.disk(), .failures = failures_, .summary = summary_},
+                      control_.isCancelled, progress);
+    remember();
+    if (job_.options.exportTranscripts) {
+      writeArchive(progress);
+      remember();
+    }
+    target_.flush(chatFolders());
+    return std::move(summary_);
   }
-} catch (const fs::filesystem_error& error) {
-  if (EarlyEnd::isFullDisk(error)) throw;
-  throw TidewellError::ioFailure(EarlyEnd::destinationBroken);
-}
 
-void requireSpace(std::int64_t needed, const fs::path& contentRoot) {
-  if (DiskSpace::fitsExport(needed, DiskSpace::availableBytes(contentRoot))) return;
-  throw TidewellError::ioFailure("Not enough free space — choose another folder");
-}
+ private:
+  void warn() {
+    summary_.warnings = ScanSummary::warnings(reading_.snapshot, reading_.manifest, reading_.opened);
+    std::ranges::copy(plan_.warnings, std::back_inserter(summary_.warnings));
+    summary_.mayBeIncomplete = !summary_.warnings.empty();
+    std::ranges::copy(naming_.warnings, std::back_inserter(summary_.warnings));
+    if (control_.warned) std::ranges::for_each(summary_.warnings, control_.warned);
+  }
+
+  // Folders that were taken away meanwhile were made again, without what was copied into them.
+  void remember() const {
+    target_.lock().requireInPlace();
+    FolderManifest::save(target_.contentRoot(), plan_.remembered);
+    throwIfCancelled(control_.isCancelled);
+  }
+
+  void writeArchive(ProgressReporter& progress) {
+    const auto& [opened, manifest, snapshot] = reading_;
+    const ArchiveExport::Outcome outcome =
+        ArchiveExport::write({.opened = opened, .manifest = manifest, .snapshot = snapshot, .plan = plan_},
+                             {.archive = {.destination = target_.destination(),
+                                          .contentRoot = target_.contentRoot(),
+                                          .style = exporter_.transcriptStyle,
+                                          .timeZone = exporter_.timeZone},
+                              .locale = exporter_.locale,
+                              .kinds = job_.options.includedKinds},
+                             failures_, control_.isCancelled, progress);
+    summary_.transcriptCount = outcome.transcriptCount;
+    summary_.archiveIndexURL = outcome.page;
+    summary_.unresolvedArchiveLinkCount = outcome.unresolvedLinkCount;
+  }
+
+  std::vector<std::string> chatFolders() const {
+    std::vector<std::string> folders;
+    for (const auto& [jid, folder] : plan_.folders) folders.push_back(folder);
+    return folders;
+  }
+
+  const Exporter& exporter_;
+  const ExportJob& job_;
+  const Reading& reading_;
+  const RunControl& control_;
+  const ExportTarget target_;
+  const NamingMemory::Decision naming_;
+  ExportPlan plan_;
+  ExportSummary summary_{.destination = job_.destination,
+                         .chatFolderCount = static_cast<std::int64_t>(plan_.folders.size())};
+  FailureLog failures_{{.backup = job_.backup, .destination = &job_.destination}, summary_};
+};
 
 }  // namespace
 
@@ -242,31 +207,7 @@ ExportSummary Exporter::runExport(const ExportJob& job, const RunControl& contro
   requireWhatsApp(manifest);
   const ChatStorageSnapshot snapshot = SnapshotLoader::load(opened, manifest, control.isCancelled);
   const Reading reading{.opened = opened, .manifest = manifest, .snapshot = snapshot};
-
-  const DestinationLock lock = lockDestination(job);
-  const FlushPoint disk(job.destination);
-  const fs::path contentRoot = prepareDestination(job);
-  ExportSummary summary{.destination = job.destination};
-  const MediaNaming naming = decideNaming(*this, reading, contentRoot, summary);
-  if (control.warned) std::ranges::for_each(summary.warnings, control.warned);
-  ExportPlan plan = makePlan(job, reading, contentRoot, FileNaming::stampFormatter(naming.timeZone, naming.locale),
-                             control.isCancelled);
-  summary.chatFolderCount = static_cast<std::int64_t>(plan.folders.size());
-  requireSpace(plan.bytesToCopy(), contentRoot);
-  throwIfCancelled(control.isCancelled);
-
-  // Saved before copying, so that an interrupted export keeps its names.
-  NamingMemory::save(contentRoot, naming);
-  FolderManifest::save(contentRoot, plan.rememberedMeanwhile);
-  const Work work{.exporter = *this,
-                  .job = job,
-                  .reading = reading,
-                  .lock = lock,
-                  .disk = disk,
-                  .contentRoot = contentRoot,
-                  .isCancelled = control.isCancelled};
-  carryOut(work, plan, summary, progress);
-  bringToDisk(disk, job.destination, plan);
+  ExportSummary summary = Writing(*this, job, reading, control).run(progress);
   progress.begin(Phase::finished);
   return summary;
 }

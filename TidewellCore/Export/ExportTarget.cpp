@@ -1,0 +1,77 @@
+#include "TidewellCore/Export/ExportTarget.h"
+
+#include "TidewellCore/Export/DiskSpace.h"
+#include "TidewellCore/Export/EarlyEnd.h"
+#include "TidewellCore/Export/ExportLayout.h"
+#include "TidewellCore/Export/NameProbe.h"
+#include "TidewellCore/FolderNames.h"
+#include "TidewellCore/Platform/Files.h"
+#include "TidewellCore/Platform/PathText.h"
+#include "TidewellCore/TidewellError.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+bool isWithinAnyBackup(const fs::path& destination) {
+  fs::path folder = fs::weakly_canonical(fs::absolute(destination));
+  while (!EarlyEnd::isBackup(folder)) {
+    if (folder == folder.parent_path()) return false;
+    folder = folder.parent_path();
+  }
+  return true;
+}
+
+// Nothing in a backup is ever changed, so nothing is exported into one, be it another than the one that is read.
+void requireOutsideBackups(const fs::path& destination, const fs::path& backup) {
+  if (Files::isWithin(destination, backup) || isWithinAnyBackup(destination)) {
+    throw TidewellError::destinationNotWritable(PathText::text(destination));
+  }
+}
+
+// What keeps the destination from being made ready is told as one thing.
+template <typename Work>
+auto madeReady(const fs::path& destination, Work work) {
+  try {
+    return work();
+  } catch (const fs::filesystem_error& error) {
+    if (EarlyEnd::isFullDisk(error)) throw;
+    throw TidewellError::destinationNotWritable(PathText::text(destination));
+  }
+}
+
+DestinationLock locked(const fs::path& destination, const fs::path& backup) {
+  return madeReady(destination, [&] {
+    requireOutsideBackups(destination, backup);
+    Files::makeFolder(destination);
+    return DestinationLock(destination);
+  });
+}
+
+}  // namespace
+
+ExportTarget::ExportTarget(const fs::path& destination, const fs::path& backup)
+    : destination_(destination),
+      lock_(locked(destination, backup)),
+      disk_(destination),
+      contentRoot_(madeReady(destination, [&] { return ExportLayout::prepare(destination, backup); })),
+      nameForm_(madeReady(destination, [&] { return NameProbe::formFor(contentRoot_); })) {}
+
+void ExportTarget::requireSpace(std::int64_t bytes) const {
+  if (DiskSpace::fitsExport(bytes, DiskSpace::availableBytes(contentRoot_))) return;
+  throw TidewellError::ioFailure("Not enough free space — choose another folder");
+}
+
+void ExportTarget::flush(const std::vector<std::string>& chatFolders) const try {
+  if (disk_.flush()) return;
+  const fs::path viewer = contentRoot_ / FolderNames::viewer;
+  std::vector<fs::path> folders{destination_, contentRoot_, viewer, viewer / FolderNames::viewerData,
+                                contentRoot_ / FolderNames::avatars};
+  for (const std::string& folder : chatFolders) folders.push_back(contentRoot_ / PathText::path(folder));
+  for (const fs::path& folder : folders) {
+    if (Files::kindOf(folder) == Files::Kind::folder) Files::flush(folder);
+  }
+} catch (const fs::filesystem_error& error) {
+  if (EarlyEnd::isFullDisk(error)) throw;
+  throw TidewellError::ioFailure(EarlyEnd::destinationBroken);
+}

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <vector>
+
+#include "TidewellCore/Export/DestinationLock.h"
+#include "TidewellCore/Platform/FlushPoint.h"
+#include "TidewellCore/PortableNames.h"
+
+// A destination that was made ready for one export, and is locked for it. Its
+// failures are TidewellError::destinationNotWritable and ::ioFailure; a full
+// disk is std::filesystem::filesystem_error.
+class ExportTarget {
+ public:
+  // Makes the folder where it is missing, locks it and prepares its content root.
+  // Nothing is exported into a backup, be it another than the one that is read.
+  ExportTarget(const std::filesystem::path& destination, const std::filesystem::path& backup);
+
+  const std::filesystem::path& destination() const { return destination_; }
+  const std::filesystem::path& contentRoot() const { return contentRoot_; }
+  const DestinationLock& lock() const { return lock_; }
+  const FlushPoint& disk() const { return disk_; }
+  // Which names its drive takes.
+  NameForm nameForm() const { return nameForm_; }
+
+  void requireSpace(std::int64_t bytes) const;
+  // Returns when all that was written, the names in its folders included, is on
+  // the disk. `chatFolders` are in the content root.
+  void flush(const std::vector<std::string>& chatFolders) const;
+
+ private:
+  std::filesystem::path destination_;
+  DestinationLock lock_;
+  FlushPoint disk_;
+  std::filesystem::path contentRoot_;
+  NameForm nameForm_ = NameForm::plain;
+};
