@@ -22,6 +22,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/ExporterDamageTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExporterDestinationTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExporterDriveTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ExporterFaultyDriveTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExporterFolderTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExporterKeyTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExporterNamingTests.cpp

@@ -78,7 +78,8 @@ TEST_P(DyingDiskTest, EndsTheRunSoonWithOneSentence) {
     fs::remove_all(destination);
     const Finished finished = runWithFault(number);
     if (finished.exitCode == 0) break;
-    EXPECT_EQ(finished.exitCode, 1) << number << finished.errors;
+    // Where only a few files were left, each of them may be named instead.
+    EXPECT_THAT(finished.exitCode, testing::AnyOf(1, 3)) << number << finished.errors;
     EXPECT_LE(std::ranges::count(finished.errors, '\n'), 3) << number << finished.errors;
     if (finished.errors.find(GetParam().sentence) != std::string::npos) ++ended;
   }

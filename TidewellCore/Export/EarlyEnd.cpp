@@ -1,5 +1,7 @@
 #include "TidewellCore/Export/EarlyEnd.h"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 
 #include "TidewellCore/FolderNames.h"
@@ -31,6 +33,13 @@ void requireDestination(const fs::path& destination) {
   }
 }
 
+// A name or a permission is one file's trouble.
+bool mayBeOfDestination(const std::exception& error) {
+  const auto* failure = dynamic_cast<const fs::filesystem_error*>(&error);
+  const int code = failure == nullptr ? 0 : failure->code().value();
+  return EarlyEnd::isOfDisk(error) || code == EROFS || code == ENOENT;
+}
+
 // Folders are made where they are missing; the mark of the export's own is not.
 bool isTakenAway(const fs::path& destination) {
   return !Files::exists(destination / FolderNames::content / FolderNames::viewer);
@@ -52,11 +61,17 @@ bool EarlyEnd::isFullDisk(const std::exception& error) {
   return failure != nullptr && (failure->code().value() == ENOSPC || failure->code().value() == EDQUOT);
 }
 
+bool EarlyEnd::isOfDisk(const std::exception& error) {
+  constexpr std::array codes{EIO, ENXIO, ENODEV, ESTALE, ENOTCONN};
+  const auto* failure = dynamic_cast<const fs::filesystem_error*>(&error);
+  return failure != nullptr && std::ranges::find(codes, failure->code().value()) != codes.end();
+}
+
 // Looked at once: a disk that comes and goes must not make one file's failure the run's.
 void EarlyEnd::throwWhenDue(const std::exception& error, const Places& places) {
   if (TidewellError::isCancellation(error) || isFullDisk(error)) throw;
   requireBackup(places);
-  if (isInDestination(error, places)) requireDestination(*places.destination);
+  if (isInDestination(error, places) && mayBeOfDestination(error)) requireDestination(*places.destination);
 }
 
 void EarlyEnd::rethrow(const std::exception& error, const Places& places, bool wasBackup) {
@@ -68,5 +83,6 @@ void EarlyEnd::rethrow(const std::exception& error, const Places& places, bool w
     throw TidewellError::destinationNotWritable(PathText::text(*places.destination));
   }
   if (wasBackup) requireBackup(places);
+  if (isInDestination(error, places) && isOfDisk(error)) throw TidewellError::ioFailure(destinationBroken);
   throw;
 }

@@ -32,6 +32,8 @@ bool isBackup(const std::filesystem::path& folder);
 void requireBackup(const Places& places);
 // Whether a disk, or the user's share of it, had no room for what was written.
 bool isFullDisk(const std::exception& error);
+// Whether a disk failed, and not a name or a permission.
+bool isOfDisk(const std::exception& error);
 // After a copy or another part of an export failed, which is being handled:
 // throws what ends the run, if anything does.
 void throwWhenDue(const std::exception& error, const Places& places);

@@ -1,8 +1,6 @@
 #include "TidewellCore/Export/MediaCopying.h"
 
 #include <algorithm>
-#include <array>
-#include <cerrno>
 #include <span>
 
 #include "TidewellCore/Platform/FileDescriptor.h"
@@ -13,13 +11,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using ExportPlanner::PlannedCopy;
-
-// Whether a disk failed, and not a name or a permission.
-bool isOfDisk(const std::exception& error) {
-  constexpr std::array codes{EIO, ENXIO, ENODEV, ESTALE, ENOTCONN};
-  const auto* failure = dynamic_cast<const fs::filesystem_error*>(&error);
-  return failure != nullptr && std::ranges::find(codes, failure->code().value()) != codes.end();
-}
 
 bool isReadable(const PlannedCopy& copy) try {
   Bytes firstByte(1);
@@ -100,7 +91,7 @@ class Copying {
   }
 
   void record(const std::exception& error, const PlannedCopy& copy) {
-    unreadableInARow_ = isOfDisk(error) ? unreadableInARow_ + 1 : 0;
+    unreadableInARow_ = EarlyEnd::isOfDisk(error) ? unreadableInARow_ + 1 : 0;
     target_.failures.add(error, {.name = copy.exportedName,
                                  .chat = source_.snapshot.chatTitle(copy.chatJID),
                                  .reason = copier_.reasonOf(error, copy)});
@@ -112,7 +103,7 @@ class Copying {
     constexpr int suspicious = 8;
     constexpr std::size_t samples = 16;
     const std::span<const PlannedCopy> left(&failed + 1, &plan_.copies.back() + 1);
-    if (unreadableInARow_ < suspicious || left.empty()) return;
+    if (unreadableInARow_ < suspicious || left.size() < samples) return;
     for (std::size_t i = 0; i < left.size(); i += std::max<std::size_t>(1, left.size() / samples)) {
       if (isReadable(left[i])) return;
     }
