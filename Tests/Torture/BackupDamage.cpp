@@ -65,10 +65,11 @@ BackupDamage damageMedium(const fs::path& backup, const Phone& phone, SeededRand
   const Way way = random.pick(ways);
   const Done done = damage(stored(backup, "Message/" + path), way, random);
   const std::string name = path.substr(path.rfind('/') + 1);
-  BackupDamage result{.what = done.what + " " + name, .told = Told::always};
-  // Nothing tells that a bit was flipped, nor that a file in clear is shorter than it was.
-  const bool isKnown = done.what == "removed" || (way == Way::cut && phone.isEncrypted());
-  if (!isKnown) result.mark = name.substr(0, name.find('_'));
+  BackupDamage result{.what = done.what + " " + name, .told = done.size == 0 ? Told::always : Told::loudly};
+  const bool isFlipped = way == Way::flip && done.size > 0;
+  if (isFlipped) result.told = Told::always;  // all but this one
+  // What is in it is not known, and a file in clear that lost its end is copied as it is.
+  if (isFlipped || (way == Way::cut && !phone.isEncrypted())) result.mark = name.substr(0, name.find('_'));
   return result;
 }
 

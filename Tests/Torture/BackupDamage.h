@@ -11,6 +11,7 @@ namespace Torture {
 // What happened to a copy of the phone's backup, and what an export of it must tell.
 struct BackupDamage {
   enum class Told {
+    loudly,    // no success
     always,    // a success has everything
     messages,  // a success has as many messages as the phone
     nothing    // it may be such that nobody can know

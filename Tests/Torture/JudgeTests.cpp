@@ -89,7 +89,7 @@ TEST_F(JudgeTest, FindsMessagesThatTheArchiveLacks) {
 
 TEST_F(JudgeTest, FindsALossThatNobodyNamed) {
   Finished incomplete{.exitCode = 3,
-                      .output = R"({"failures":[{"name":"x","chat":"y"}],"warnings":[],"mayMissMessages":false})"
+                      .output = R"({"failures":[{"name":"x","chat":"y"}],"warnings":[],"mayBeIncomplete":false})"
                                 "\n"};
   EXPECT_NO_THROW(judge.judgeRun(incomplete, phone));
   fs::remove(medium());

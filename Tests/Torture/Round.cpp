@@ -176,7 +176,8 @@ void Round::damageBackup() {
   if (finished.exitCode != 0 && finished.exitCode != 1 && finished.exitCode != 3) {
     throw Difference("exit code " + std::to_string(finished.exitCode) + ": " + finished.errors);
   }
-  if (damage.told == BackupDamage::Told::always) judge.judgeRun(finished, phone_);
+  if (damage.told == BackupDamage::Told::loudly && finished.exitCode == 0) throw Difference("a silent loss");
+  if (damage.told <= BackupDamage::Told::always) judge.judgeRun(finished, phone_);
   if (damage.told == BackupDamage::Told::messages && finished.exitCode == 0) {
     const std::size_t count = Destination::count(Destination::blocks(destination), "{\"id\":");
     if (count != phone_.messageCount()) throw Difference("success with " + std::to_string(count) + " messages");
