@@ -28,6 +28,8 @@ TEST(FileNaming, NamesMatchByKey) {
   EXPECT_TRUE(FileNaming::namesMatch("Ana", "ana"));
   EXPECT_TRUE(FileNaming::namesMatch("A\u0301", "Á"));
   EXPECT_TRUE(FileNaming::namesMatch("a\u0301", "Á"));
+  EXPECT_TRUE(FileNaming::namesMatch("Straße", "STRASSE")) << "one folder where letter case is folded in full";
+  EXPECT_TRUE(FileNaming::namesMatch("ΟΔΟΣ", "οδοσ"));
   EXPECT_FALSE(FileNaming::namesMatch("Ana", "Aná"));
   EXPECT_FALSE(FileNaming::namesMatch("Ana", "Ana "));
 }

@@ -49,7 +49,7 @@ std::string fittedFileName(std::string_view name) {
 
 }  // namespace
 
-std::string FileNaming::normalizedKey(std::string_view name) { return Text::lowercased(Text::composed(name)); }
+std::string FileNaming::normalizedKey(std::string_view name) { return Text::caseFolded(Text::composed(name)); }
 
 bool FileNaming::namesMatch(std::string_view a, std::string_view b) { return normalizedKey(a) == normalizedKey(b); }
 

@@ -15,7 +15,8 @@ namespace FileNaming {
 inline constexpr std::size_t maximumNameBytes = 255;
 
 // Two names with the same key would collide on a file system that ignores
-// letter case or composes accents: canonical composition, then lower case.
+// letter case or composes accents: canonical composition, then lower case,
+// as full as any of them has it: "Straße" is "STRASSE".
 std::string normalizedKey(std::string_view name);
 bool namesMatch(std::string_view a, std::string_view b);
 

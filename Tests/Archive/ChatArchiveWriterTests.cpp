@@ -203,6 +203,14 @@ TEST_F(ChatArchiveWriterTest, KeepsTheDataOfChatsThatAreGone) {
   EXPECT_THAT(data("chats.js"), Not(HasSubstr("gone")));
 }
 
+// As a power cut leaves one that was just written.
+TEST_F(ChatArchiveWriterTest, ReplacesAnEmptyPage) {
+  Fixture::writeFile(folder / "index.html", "");
+  write({});
+  EXPECT_FALSE(fs::exists(folder / "index-2.html"));
+  EXPECT_THAT(textOf(folder / "index.html"), HasSubstr("window.ARCHIVE_BASE"));
+}
+
 TEST_F(ChatArchiveWriterTest, SetsAForeignPageAside) {
   Fixture::writeFile(folder / "index.html", "my home page");
   Fixture::writeFile(folder / "index-2.html", "another");

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <pty.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -176,6 +177,28 @@ bool CommandLine::kill(const std::vector<std::string>& arguments, std::chrono::d
   std::this_thread::sleep_for(after);
   ::kill(child, SIGKILL);
   return waitFor(child) == -SIGKILL;
+}
+
+Finished CommandLine::signalAfter(const std::vector<std::string>& arguments, std::chrono::duration<double> after,
+                                  int signal) const {
+  const Pipe output, errors;
+  const pid_t child = ::fork();
+  if (child == 0) {
+    ::dup2(::open("/dev/null", O_RDONLY), STDIN_FILENO);
+    ::dup2(output.writeEnd, STDOUT_FILENO);
+    ::dup2(errors.writeEnd, STDERR_FILENO);
+    become(arguments);
+  }
+  // It means this process alone, also when its number is another's by then.
+  const auto process = static_cast<int>(::syscall(SYS_pidfd_open, child, 0));
+  std::thread sender([process, after, signal] {
+    std::this_thread::sleep_for(after);
+    ::syscall(SYS_pidfd_send_signal, process, signal, nullptr, 0);
+  });
+  Finished finished = collect(child, output, errors, [](Finished&) {});
+  sender.join();
+  ::close(process);
+  return finished;
 }
 
 Finished CommandLine::interruptWaiting(const std::vector<std::string>& arguments, int signal) const {

@@ -40,6 +40,9 @@ class CommandLine {
   Finished interrupt(const std::vector<std::string>& arguments, const std::string& text, int signal) const;
   // Kills the program so long after its start; returns whether it was still running then.
   bool kill(const std::vector<std::string>& arguments, std::chrono::duration<double> after) const;
+  // Sends `signal` so long after the program's start, whatever it does then.
+  Finished signalAfter(const std::vector<std::string>& arguments, std::chrono::duration<double> after,
+                       int signal) const;
   // Sends `signal` when the program has come to wait for something.
   Finished interruptWaiting(const std::vector<std::string>& arguments, int signal) const;
   // On a terminal of its own, with `typed` as the keys; output and errors come together.

@@ -158,6 +158,12 @@ TEST_P(ExporterDamageTest, AnEmptyFileIsExportedEmpty) {
   EXPECT_EQ(ExportTest::textOf(scene.content / "Ana/2023-03-08_202641_ab2.mp4"), "");
 }
 
+TEST_P(ExporterDamageTest, AFileThatIsEmptyAlthoughTheIndexKnowsBetterIsACountedFailure) {
+  photo().storage.truncatedTo = 0;
+  scene.write();
+  expectFailures(1, FailureReason::cutShort);
+}
+
 struct CutFileTest : testing::TestWithParam<std::size_t> {};
 INSTANTIATE_TEST_SUITE_P(Lengths, CutFileTest, testing::Values(0, 1, 15, 16, 17, 31, 32, 40, 4096));
 

@@ -29,6 +29,11 @@ Fixture::BackupContents awkwardBackup() {
   app.chats[2].name = "CON";
   app.chats.push_back({.jid = "5511900003333@s.whatsapp.net", .name = std::string(177, 'x') + "a.b"});
   app.messages.push_back({.chat = 4, .date = ExportTest::firstDate + 9, .text = "hello"});
+  // One folder to drives that fold letter case in full.
+  app.chats.push_back({.jid = "5511900004444@s.whatsapp.net", .name = "Straße"});
+  app.chats.push_back({.jid = "5511900005555@s.whatsapp.net", .name = "STRASSE"});
+  app.messages.push_back({.chat = 5, .date = ExportTest::firstDate + 9, .text = "from the street"});
+  app.messages.push_back({.chat = 6, .date = ExportTest::firstDate + 9, .text = "FROM THE STREET"});
   const auto add = [&](const std::string& name, const std::string& content) {
     app.messages.push_back({.chat = 1, .date = ExportTest::firstDate + 20});
     app.mediaFiles.push_back({.localPath = "Media/" + ana + "/a/b/" + name,
@@ -83,7 +88,8 @@ TEST_P(ExporterDrive, EverythingIsExportedUnderNamesThatTheDriveTakes) {
     for (const fs::path& name : fs::path(path)) EXPECT_EQ(PortableNames::portable(name.string()), name.string());
   }
   const auto folders = ExportTest::foldersBelow(scene.content);
-  for (const char* folder : {"Pizza-", "Pizza--2", "CON-"}) EXPECT_THAT(folders, Contains(folder));
+  for (const char* folder : {"Pizza-", "Pizza--2", "CON-", "Straße", "STRASSE-2"})
+    EXPECT_THAT(folders, Contains(folder));
   const fs::path chat = fs::exists(scene.content / "Pizza-/2023-03-08_202700_end") ? "Pizza-" : "Pizza--2";
   EXPECT_EQ(ExportTest::textOf(scene.content / chat / "2023-03-08_202700_what-.jpg"), "1st");
   EXPECT_EQ(ExportTest::textOf(scene.content / chat / "2023-03-08_202700_what--2.jpg"), "2nd");

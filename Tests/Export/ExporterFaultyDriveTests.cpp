@@ -103,9 +103,9 @@ TEST_F(FaultyDriveTest, OneThatTakesNoLargeFileIsToldSoAtOnceAndGetsTheRest) {
   scene.write();
   if (!mount({.largestFile = 2 << 20})) GTEST_SKIP() << drive->whyNot();
   const ExportSummary summary = scene.run(everything);
-  EXPECT_THAT(summary.failures,
-              ElementsAre(CopyFailure{
-                  .name = "2023-03-08_202640_aa1.jpg", .chat = "Ana", .reason = FailureReason::tooLarge}));
+  EXPECT_THAT(
+      summary.failures,
+      ElementsAre(CopyFailure{.name = "2023-03-08_202640_aa1.jpg", .chat = "Ana", .reason = FailureReason::tooLarge}));
   EXPECT_EQ(summary.copiedCount, 4);
   EXPECT_TRUE(fs::exists(scene.destination / "index.html"));
 }

@@ -52,10 +52,11 @@ Json::Object textTable(const ChatArchiveStrings& strings) {
   return table;
 }
 
+// An empty one is what a power cut left of it.
 bool isOurs(const fs::path& page) {
   constexpr std::int64_t largestPage = 1 << 20;
   const std::optional<Bytes> content = Files::readIfThere(page, largestPage);
-  return content && textOf(*content).find(ChatArchiveAssets::pageMark) != std::string_view::npos;
+  return content && (content->empty() || textOf(*content).find(ChatArchiveAssets::pageMark) != std::string_view::npos);
 }
 
 }  // namespace

@@ -141,8 +141,8 @@ std::int64_t OpenedBackup::sourceSize(const ManifestFile& file) const {
 std::optional<std::int64_t> OpenedBackup::provenSize(const ManifestFile& file) const {
   const auto stored = location(file);
   const auto storedSize = stored ? Files::regularFileSize(*stored) : std::nullopt;
+  if (storedSize == 0) return file.plaintextSize.value_or(0) == 0 ? storedSize : std::nullopt;
   if (!storedSize || !isEncrypted(file)) return storedSize;
-  if (*storedSize == 0) return file.plaintextSize.value_or(0) == 0 ? storedSize : std::nullopt;
   if (isPaddedTo(*storedSize, file.plaintextSize)) return file.plaintextSize;
   try {
     const SecretBytes key = unlocker_->keyBag.unwrapPersistentKey(*file.encryptionKey);

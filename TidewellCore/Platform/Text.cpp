@@ -129,6 +129,10 @@ std::string Text::lowercased(std::string_view text) {
   return result;
 }
 
+std::string Text::caseFolded(std::string_view text) {
+  return isASCII(text) ? lowercased(text) : utf8(icu::UnicodeString::fromUTF8(piece(text)).foldCase());
+}
+
 std::string Text::uppercasedASCII(std::string_view text) {
   std::string result(text);
   for (char& c : result) {

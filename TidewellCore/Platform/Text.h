@@ -21,6 +21,9 @@ std::string_view trimmedPart(std::string_view text);
 
 // Lower case by the language-neutral rules of Unicode.
 std::string lowercased(std::string_view text);
+// What texts that differ in letter case alone have in common, by Unicode's full
+// folding: "ß" and "SS" are "ss", and a final sigma is one like all.
+std::string caseFolded(std::string_view text);
 
 // The letters a to z in capitals, everything else as it is: how SQL compares identifiers.
 std::string uppercasedASCII(std::string_view text);
