@@ -32,6 +32,7 @@ class WorkingFolders : public testing::Test {
   Finished scan() const { return commandLine_.run({"scan", "device", "--password-file", "password.txt"}); }
 
   static constexpr const char* password = "correct horse";
+  static constexpr int mostTries = 20;  // of what a moment decides
   const std::vector<std::string> export_{"export", "device", "saved", "--password-file", "password.txt"};
   const CommandLine commandLine_;
 };
@@ -64,21 +65,28 @@ TEST_F(WorkingFolders, AreGoneAfterKillsAtAnyMomentAndOneScan) {
 }
 
 TEST_F(WorkingFolders, AreLeftByAKillAndGoneAfterAScan) {
-  commandLine_.runAnd(export_, "Reading chats", [](pid_t child) { ::kill(child, SIGKILL); });
-  EXPECT_THAT(commandLine_.temporaryFiles(), testing::Not(IsEmpty())) << "killed too early or too late";
+  for (int tries = 0; tries < mostTries && commandLine_.temporaryFiles().empty(); ++tries) {
+    commandLine_.runAnd(export_, "Reading chats", [](pid_t child) { ::kill(child, SIGKILL); });
+  }
+  EXPECT_THAT(commandLine_.temporaryFiles(), testing::Not(IsEmpty())) << "killed too early or too late each time";
   EXPECT_EQ(scan().exitCode, 0);
   EXPECT_THAT(commandLine_.temporaryFiles(), IsEmpty());
 }
 
 TEST_F(WorkingFolders, AreRemovedAtASecondSignalToo) {
   for (const int second : {SIGTERM, SIGHUP, SIGQUIT}) {
-    const Finished finished = commandLine_.runAnd(export_, "Reading chats", [second](pid_t child) {
-      ::kill(child, SIGINT);
-      ::kill(child, second);
-    });
-    EXPECT_EQ(finished.exitCode, 130);
-    EXPECT_EQ(finished.errors.find("cancelled"), std::string::npos) << "it was not waited for";
-    EXPECT_THAT(commandLine_.temporaryFiles(), IsEmpty());
+    // On a busy machine the work may end by the first signal before the second one arrives.
+    bool wasWaitedFor = true;
+    for (int tries = 0; tries < mostTries && wasWaitedFor; ++tries) {
+      const Finished finished = commandLine_.runAnd(export_, "Reading chats", [second](pid_t child) {
+        ::kill(child, SIGINT);
+        ::kill(child, second);
+      });
+      EXPECT_EQ(finished.exitCode, 130);
+      EXPECT_THAT(commandLine_.temporaryFiles(), IsEmpty());
+      wasWaitedFor = finished.errors.find("cancelled") != std::string::npos;
+    }
+    EXPECT_FALSE(wasWaitedFor) << second;
   }
 }
 
