@@ -45,6 +45,11 @@ TEST_F(OpenedBackupTest, AnEncryptedBackupOpensWithItsPassword) {
   EXPECT_EQ(reports_[0], expected) << "the journal is that before the conversion";
 }
 
+TEST_F(OpenedBackupTest, TheKeyOfTheIndexIsGoneWhenTheIndexIsOpen) {
+  write(encryptedContents());
+  EXPECT_FALSE(open(password).unlocker()->manifestKey);
+}
+
 TEST_F(OpenedBackupTest, TheDecryptedIndexNoLongerExpectsAWriteAheadLog) {
   write(encryptedContents());
   const OpenedBackup opened = open(password);

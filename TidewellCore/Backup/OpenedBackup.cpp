@@ -92,6 +92,7 @@ void OpenedBackup::decryptManifest(const RunControl& control, BackupUnlockReport
   throwIfCancelled(control.isCancelled);
   workingFolder_.emplace(TemporaryFolder::manifestPrefix);
   unlocker_->decryptManifestDatabase(url() / indexName, manifestDatabaseURL(), report);
+  unlocker_->manifestKey.reset();
   throwIfCancelled(control.isCancelled);
   const SQLiteDB converted(PathText::text(manifestDatabaseURL()), SQLiteDB::OpenMode::writableCopy,
                            "convert decrypted Manifest.db");

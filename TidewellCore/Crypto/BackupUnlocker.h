@@ -12,7 +12,7 @@
 // What an encrypted backup and its password yield: an unlocked key bag and the key of Manifest.db.
 struct BackupUnlocker {
   BackupKeyBag keyBag;
-  std::optional<SecretBytes> manifestKey;
+  std::optional<SecretBytes> manifestKey;  // of use until the index is decrypted
 
   // Fills `report` as far as it comes, on failure too. Takes seconds, during
   // which the phase is `unlocking`; a kept key opens its bag at once, without
