@@ -129,16 +129,21 @@ void CommandLine::become(const std::vector<std::string>& arguments) const {
   ::_exit(127);
 }
 
-Finished CommandLine::run(const std::vector<std::string>& arguments, const std::string& input) const {
-  const Pipe in, output, errors;
+pid_t CommandLine::start(const std::vector<std::string>& arguments, int input, int output, int errors) const {
   const pid_t child = ::fork();
   if (child == 0) {
-    ::dup2(in.readEnd, STDIN_FILENO);
-    ::dup2(output.writeEnd, STDOUT_FILENO);
-    ::dup2(errors.writeEnd, STDERR_FILENO);
+    ::dup2(input, STDIN_FILENO);
+    ::dup2(output, STDOUT_FILENO);
+    ::dup2(errors, STDERR_FILENO);
     become(arguments);
   }
-  ::close(in.readEnd);
+  ::close(input);
+  return child;
+}
+
+Finished CommandLine::run(const std::vector<std::string>& arguments, const std::string& input) const {
+  const Pipe in, output, errors;
+  const pid_t child = start(arguments, in.readEnd, output.writeEnd, errors.writeEnd);
   EXPECT_EQ(::write(in.writeEnd, input.data(), input.size()), static_cast<ssize_t>(input.size()));
   ::close(in.writeEnd);
   return collect(child, output, errors, [](Finished&) {});
@@ -151,13 +156,7 @@ Finished CommandLine::interrupt(const std::vector<std::string>& arguments, const
 Finished CommandLine::runAnd(const std::vector<std::string>& arguments, const std::string& text,
                              const std::function<void(pid_t)>& action) const {
   const Pipe output, errors;
-  const pid_t child = ::fork();
-  if (child == 0) {
-    ::dup2(::open("/dev/null", O_RDONLY), STDIN_FILENO);
-    ::dup2(output.writeEnd, STDOUT_FILENO);
-    ::dup2(errors.writeEnd, STDERR_FILENO);
-    become(arguments);
-  }
+  const pid_t child = start(arguments, ::open("/dev/null", O_RDONLY | O_CLOEXEC), output.writeEnd, errors.writeEnd);
   bool isDone = false;
   return collect(child, output, errors, [&](Finished& finished) {
     if (isDone || finished.errors.find(text) == std::string::npos) return;
@@ -182,13 +181,7 @@ bool CommandLine::kill(const std::vector<std::string>& arguments, std::chrono::d
 Finished CommandLine::signalAfter(const std::vector<std::string>& arguments, std::chrono::duration<double> after,
                                   int signal) const {
   const Pipe output, errors;
-  const pid_t child = ::fork();
-  if (child == 0) {
-    ::dup2(::open("/dev/null", O_RDONLY), STDIN_FILENO);
-    ::dup2(output.writeEnd, STDOUT_FILENO);
-    ::dup2(errors.writeEnd, STDERR_FILENO);
-    become(arguments);
-  }
+  const pid_t child = start(arguments, ::open("/dev/null", O_RDONLY | O_CLOEXEC), output.writeEnd, errors.writeEnd);
   // It means this process alone, also when its number is another's by then.
   const auto process = static_cast<int>(::syscall(SYS_pidfd_open, child, 0));
   std::thread sender([process, after, signal] {
@@ -203,12 +196,7 @@ Finished CommandLine::signalAfter(const std::vector<std::string>& arguments, std
 
 Finished CommandLine::interruptWaiting(const std::vector<std::string>& arguments, int signal) const {
   const Pipe output, errors;
-  const pid_t child = ::fork();
-  if (child == 0) {
-    ::dup2(output.writeEnd, STDOUT_FILENO);
-    ::dup2(errors.writeEnd, STDERR_FILENO);
-    become(arguments);
-  }
+  const pid_t child = start(arguments, ::dup(STDIN_FILENO), output.writeEnd, errors.writeEnd);
   waitUntilAsleep(child);
   ::kill(child, signal);
   return collect(child, output, errors, [](Finished&) {});

@@ -57,6 +57,8 @@ class CommandLine {
 
  private:
   std::vector<std::string> environment() const;
+  // Starts the program with these as its streams; closes `input` here.
+  pid_t start(const std::vector<std::string>& arguments, int input, int output, int errors) const;
   [[noreturn]] void become(const std::vector<std::string>& arguments) const;
 
   Fixture::TemporaryDirectory folder_;
