@@ -1,9 +1,16 @@
 #pragma once
 
+#include <array>
+#include <csignal>
+
 // The end of a program that is told again to end, or whose work does not come
 // to an end: at once, but leaving no working folder behind. A signal handler may
 // not remove files, so a thread that waits for nothing else does.
 namespace AbruptEnd {
+
+// What asks a program to end, and what would end it though nobody meant to: a
+// limit of processor time, and signals without a meaning here.
+inline constexpr std::array signals{SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXCPU, SIGUSR1, SIGUSR2};
 
 // Starts that thread, which takes no signals; the program is to end with
 // `exitCode`. To be called once, before `request`. Where there can be no such
