@@ -122,6 +122,13 @@ TEST(FileNaming, CallsANamelessFolderUntitled) {
   }
 }
 
+TEST(FileNaming, CallsAFolderWhoseNameNobodySeesUntitled) {
+  for (const char* name : {"\u061C", "\u200B", "\uFEFF", "\u00AD", "\u2060 \u200D", "\u3164", "-\u200B-"}) {
+    EXPECT_EQ(FileNaming::sanitizeFolderName(name), "Untitled") << '"' << name << '"';
+  }
+  EXPECT_EQ(FileNaming::sanitizeFolderName("\u200BAna"), "\u200BAna");
+}
+
 TEST(FileNaming, TrimsBlanksThenDotsAndDashesFromFolderNames) {
   EXPECT_EQ(FileNaming::sanitizeFolderName(" .Family. "), "Family");
   EXPECT_EQ(FileNaming::sanitizeFolderName("--Family--"), "Family");

@@ -32,6 +32,12 @@ std::string_view trimmedOfDotsAndDashes(std::string_view text) {
   return text.substr(first, text.find_last_not_of(".-") - first + 1);
 }
 
+bool hasAnythingToSee(std::string_view name) {
+  const std::u32string scalars = Text::scalars(name);
+  return !std::ranges::all_of(scalars,
+                              [](char32_t scalar) { return Text::isInvisible(scalar) || Text::isBlank(scalar); });
+}
+
 // Shortens the part before the extension until the whole name fits a file system.
 std::string fitted(std::string_view stem, std::string_view ending) {
   if (ending.size() >= FileNaming::maximumNameBytes) {
@@ -64,7 +70,7 @@ std::string FileNaming::sanitizeFolderName(std::string_view name) {
   constexpr std::string_view fallback = "Untitled";
   const std::string text = Text::trimmed(cleaned(name));
   const std::string_view trimmed = trimmedOfDotsAndDashes(text);
-  if (trimmed.empty()) return std::string(fallback);
+  if (!hasAnythingToSee(trimmed)) return std::string(fallback);
   return Text::cutToBytes(Text::firstCharacters(trimmed, folderNameCharacters), maximumNameBytes);
 }
 

@@ -22,7 +22,7 @@ bool namesMatch(std::string_view a, std::string_view b);
 
 // A safe file name from the last component of `original`; "file" when nothing is left.
 std::string sanitizeFileName(std::string_view original);
-// A safe folder name; "Untitled" when nothing is left.
+// A safe folder name; "Untitled" when nothing is left that can be seen.
 std::string sanitizeFolderName(std::string_view name);
 
 // Writes stamps as "yyyy-MM-dd_HHmmss". One thread at a time.

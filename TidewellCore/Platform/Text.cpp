@@ -212,6 +212,10 @@ bool Text::isDirectionalMark(char32_t scalar) {
   return marks.find(scalar) != std::u32string_view::npos;
 }
 
+bool Text::isInvisible(char32_t scalar) {
+  return u_hasBinaryProperty(codePoint(scalar), UCHAR_DEFAULT_IGNORABLE_CODE_POINT) != 0;
+}
+
 bool Text::isAlphanumeric(char32_t scalar) {
   return (U_GET_GC_MASK(codePoint(scalar)) & (U_GC_L_MASK | U_GC_M_MASK | U_GC_N_MASK)) != 0;
 }

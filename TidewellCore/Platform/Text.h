@@ -50,6 +50,8 @@ bool isBlank(char32_t scalar);
 bool isControl(char32_t scalar);
 // The marks that set the direction of text, and nothing else: they are invisible.
 bool isDirectionalMark(char32_t scalar);
+// Takes no place of its own on a screen: the Unicode property Default_Ignorable_Code_Point.
+bool isInvisible(char32_t scalar);
 // The letter, mark and number categories.
 bool isAlphanumeric(char32_t scalar);
 // The value 0 to 9 of a decimal digit of any script, else -1.
