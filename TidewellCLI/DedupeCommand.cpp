@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "TidewellCLI/Arguments.h"
 #include "TidewellCLI/Commands.h"
 #include "TidewellCLI/HumanText.h"
 #include "TidewellCLI/Interruption.h"
@@ -75,7 +76,7 @@ int run(const Options& options) {
 void addDedupeCommand(CLI::App& app, int& exitCode) {
   const auto options = std::make_shared<Options>();
   CLI::App* command = app.add_subcommand("dedupe", "Find the chat folders that an export holds twice, and merge them");
-  command->add_option("DESTINATION", options->destination, "The folder that was exported to")->required();
+  Arguments::addPath(*command, "DESTINATION", options->destination, "The folder that was exported to")->required();
   command->add_flag("--apply", options->apply, "Merge them; without it nothing is changed");
   command->add_flag("--json", options->json, "Print one JSON object");
   command->callback([options, &exitCode] {

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <ranges>
 
+#include "TidewellCLI/Arguments.h"
 #include "TidewellCLI/Commands.h"
 #include "TidewellCLI/HumanText.h"
 #include "TidewellCLI/Interruption.h"
@@ -107,8 +108,9 @@ int run(const Options& options) {
 void addExportCommand(CLI::App& app, int& exitCode) {
   const auto options = std::make_shared<Options>();
   CLI::App* command = app.add_subcommand("export", "Save a backup's chats and media, one folder per chat");
-  command->add_option("BACKUP", options->backup, "The backup's device folder")->required();
-  command->add_option("DESTINATION", options->destination, "Where to save; made when it is missing")->required();
+  Arguments::addPath(*command, "BACKUP", options->backup, "The backup's device folder")->required();
+  Arguments::addPath(*command, "DESTINATION", options->destination, "Where to save; made when it is missing")
+      ->required();
   command->add_option_function<std::string>(
       "--kinds", [options](const std::string& list) { options->wanted.includedKinds = parseKinds(list); },
       "The kinds to copy, separated by commas: photos, videos, voiceNotes, stickers, documents");

@@ -1,5 +1,6 @@
 #include <CLI/CLI.hpp>
 
+#include "TidewellCLI/Arguments.h"
 #include "TidewellCLI/Commands.h"
 #include "TidewellCLI/HumanText.h"
 #include "TidewellCLI/JsonRecords.h"
@@ -53,7 +54,7 @@ int run(const Options& options) {
 void addListCommand(CLI::App& app, int& exitCode) {
   const auto options = std::make_shared<Options>();
   CLI::App* command = app.add_subcommand("list", "List the backups of this computer, newest first");
-  command->add_option("--root", options->root, "The folder that holds the backups")->capture_default_str();
+  Arguments::addPath(*command, "--root", options->root, "The folder that holds the backups")->capture_default_str();
   command->add_flag("--sizes", options->sizes, "Measure the size of each backup, too");
   command->add_flag("--json", options->json, "Print one JSON object");
   command->callback([options, &exitCode] {

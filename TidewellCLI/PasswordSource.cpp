@@ -1,4 +1,5 @@
 #include "TidewellCLI/PasswordSource.h"
+#include "TidewellCLI/Arguments.h"
 
 #include <fcntl.h>
 #include <termios.h>
@@ -74,8 +75,8 @@ SecretBytes askOnTerminal() {
 }  // namespace
 
 void PasswordSource::addOptions(CLI::App& command) {
-  CLI::Option* fileOption =
-      command.add_option("--password-file", file, "Read the backup's password from the first line of this file");
+  CLI::Option* fileOption = Arguments::addPath(command, "--password-file", file,
+                                               "Read the backup's password from the first line of this file");
   command.add_flag("--password-stdin", fromStandardInput, "Read the password from the first line of standard input")
       ->excludes(fileOption);
 }

@@ -1,5 +1,6 @@
 #include <CLI/CLI.hpp>
 
+#include "TidewellCLI/Arguments.h"
 #include "TidewellCLI/Commands.h"
 #include "TidewellCLI/HumanText.h"
 #include "TidewellCLI/Interruption.h"
@@ -78,7 +79,7 @@ int run(const Options& options) {
 void addScanCommand(CLI::App& app, int& exitCode) {
   const auto options = std::make_shared<Options>();
   CLI::App* command = app.add_subcommand("scan", "Show the chats and media of a backup");
-  command->add_option("BACKUP", options->backup, "The backup's device folder")->required();
+  Arguments::addPath(*command, "BACKUP", options->backup, "The backup's device folder")->required();
   options->password.addOptions(*command);
   command->add_flag("--json", options->json, "Print one JSON object");
   command->callback([options, &exitCode] {

@@ -1,5 +1,6 @@
 #include <CLI/CLI.hpp>
 
+#include "TidewellCLI/Arguments.h"
 #include "TidewellCLI/Commands.h"
 #include "TidewellCLI/Interruption.h"
 #include "TidewellCLI/Output.h"
@@ -10,6 +11,7 @@ int main(int argumentCount, char** arguments) {
   int exitCode = ExitCode::done;
   CLI::App app("Gets WhatsApp chats and media out of a local iPhone backup. The backup is never changed.", "tidewell");
   app.set_version_flag("--version", "tidewell " TIDEWELL_VERSION);
+  app.failure_message(Arguments::wrongUsage);
   app.require_subcommand(1);
   addListCommand(app, exitCode);
   addScanCommand(app, exitCode);

@@ -4,6 +4,7 @@
 #include "Tests/EndToEnd/CommandLine.h"
 
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 namespace {
@@ -39,6 +40,12 @@ TEST(Usage, EndsWithTwoForWhatItDoesNotUnderstand) {
       {"export", "backup", "destination", "--locale", "xx_QQ"},
       {"scan", "backup", "--password-stdin", "--password-file", "file"},
       {"scan", "backup", "--password", "secret"},
+      {"scan", ""},
+      {"export", "", "destination"},
+      {"export", "backup", ""},
+      {"dedupe", ""},
+      {"list", "--root", ""},
+      {"scan", "backup", "--password-file", ""},
   };
   for (const auto& arguments : wrong) {
     const Finished finished = commandLine.run(arguments);
@@ -47,6 +54,35 @@ TEST(Usage, EndsWithTwoForWhatItDoesNotUnderstand) {
     EXPECT_EQ(finished.output, "") << testing::PrintToString(arguments);
   }
   EXPECT_FALSE(std::filesystem::exists(commandLine / "destination"));
+}
+
+TEST(Usage, NamesWhatIsEmpty) {
+  EXPECT_EQ(CommandLine().run({"export", "backup", ""}).errors,
+            "DESTINATION: may not be empty\nRun with --help for more information.\n");
+}
+
+TEST(Usage, NeverRepeatsWhatMayBeAPassword) {
+  const std::vector<std::vector<std::string>> wrong{
+      {"scan", "backup", "secret"},
+      {"scan", "backup", "--password", "secret"},
+      {"scan", "backup", "--password=secret"},
+      {"scan", "backup", "-psecret"},
+      {"scan", "backup", "--password-stdin=secret"},
+      {"scan", "backup", "--password-stdin", "secret"},
+      {"export", "backup", "destination", "-p", "secret"},
+      {"secret"},
+  };
+  for (const auto& arguments : wrong) {
+    const Finished finished = CommandLine().run(arguments);
+    EXPECT_EQ(finished.exitCode, 2) << testing::PrintToString(arguments);
+    EXPECT_THAT(finished.errors, Not(HasSubstr("secret"))) << testing::PrintToString(arguments);
+    EXPECT_THAT(finished.errors, HasSubstr("--help")) << testing::PrintToString(arguments);
+  }
+}
+
+TEST(Usage, NamesTheOptionThatIsUnknown) {
+  EXPECT_THAT(CommandLine().run({"scan", "backup", "--password=secret"}).errors,
+              StartsWith("--password was not expected. A password is never an argument"));
 }
 
 }  // namespace
