@@ -42,6 +42,11 @@ TEST(ErrorReport, NamesNoWorkingFile) {
             "Could not write the file in “/x/Ana”: the disk is full.");
   EXPECT_EQ(descriptionOf("cannot rename", hidden, "/x/Ana/a.jpg", read_only_file_system),
             "Could not rename “/x/Ana/a.jpg”: the disk can only be read.");
+  const fs::path working = "/tmp/Tidewell-manifest-281812EB-E8AF-4A63-9C0D-674D2422BAFA";
+  EXPECT_EQ(descriptionOf("Could not create a working folder", working, {}, read_only_file_system),
+            "Could not create a working folder in “/tmp”: the disk can only be read.");
+  EXPECT_EQ(descriptionOf("Could not write the file", working / "Manifest.db", {}, file_too_large),
+            "Could not write the file in “/tmp”: a file may not be that large here.");
   EXPECT_EQ(descriptionOf("Could not write the file", "/x/Manifest.db", {}, file_too_large),
             "Could not write the file “/x/Manifest.db”: a file may not be that large here.");
 }

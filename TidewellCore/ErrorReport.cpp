@@ -6,11 +6,13 @@
 #include <cerrno>
 #include <filesystem>
 #include <new>
+#include <optional>
 #include <string_view>
 #include <utility>
 
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
+#include "TidewellCore/Platform/TemporaryFolder.h"
 #include "TidewellCore/TidewellError.h"
 
 namespace {
@@ -37,15 +39,25 @@ std::string attemptOf(const fs::filesystem_error& error) {
   return isOurs ? std::string(text.substr(0, text.find(": "))) : "Could not use";
 }
 
-// Working files and what an export remembers: hidden, with names that nobody knows.
-bool isWorkingFile(const fs::path& path) { return PathText::text(path.filename()).starts_with(".tidewell-"); }
+// Working files, working folders and what an export remembers: names that nobody knows.
+bool isOurOwn(std::string_view name) { return name.starts_with(".tidewell-") || TemporaryFolder::isName(name); }
+
+// The folder that holds the outermost of them on the way to `path`, when there is one.
+std::optional<fs::path> placeOfOurOwn(const fs::path& path) {
+  fs::path above;
+  for (const fs::path& part : path) {
+    if (isOurOwn(PathText::text(part))) return above;
+    above /= part;
+  }
+  return std::nullopt;
+}
 
 // Where such a file stands says more than its name.
 std::string placeOf(const fs::filesystem_error& error) {
-  const fs::path& path = isWorkingFile(error.path1()) && !error.path2().empty() ? error.path2() : error.path1();
+  const fs::path& path = placeOfOurOwn(error.path1()) && !error.path2().empty() ? error.path2() : error.path1();
   if (path.empty()) return {};
-  return isWorkingFile(path) ? fmt::format(" in “{}”", PathText::text(path.parent_path()))
-                             : fmt::format(" “{}”", PathText::text(path));
+  if (const auto place = placeOfOurOwn(path)) return fmt::format(" in “{}”", PathText::text(*place));
+  return fmt::format(" “{}”", PathText::text(path));
 }
 
 std::string causeOf(const std::error_code& code) {
@@ -55,6 +67,8 @@ std::string causeOf(const std::error_code& code) {
       return "permission is missing";
     case ENOENT:
       return "it is not there";
+    case ENOTDIR:
+      return "there is no such folder";
     case ENOSPC:
     case EDQUOT:
       return "the disk is full";

@@ -34,7 +34,7 @@ class WorkingFolders : public testing::Test {
   static constexpr const char* password = "correct horse";
   static constexpr int mostTries = 20;  // of what a moment decides
   const std::vector<std::string> export_{"export", "device", "saved", "--password-file", "password.txt"};
-  const CommandLine commandLine_;
+  CommandLine commandLine_;
 };
 
 // TIDEWELL_KILLS asks for more of them.
@@ -90,11 +90,21 @@ TEST_F(WorkingFolders, AreRemovedAtASecondSignalToo) {
   }
 }
 
-TEST_F(WorkingFolders, AreRemovedWhenTheTerminalAsksToQuit) {
-  const Finished finished = commandLine_.interrupt(export_, "Reading chats", SIGQUIT);
-  EXPECT_EQ(finished.exitCode, 130);
-  EXPECT_THAT(finished.errors, HasSubstr("The export was cancelled.\n"));
-  EXPECT_THAT(commandLine_.temporaryFiles(), IsEmpty());
+TEST_F(WorkingFolders, AreRemovedAtEverySignalThatEndsAProgram) {
+  for (const int signal : {SIGQUIT, SIGXCPU, SIGUSR1, SIGUSR2}) {
+    const Finished finished = commandLine_.interrupt(export_, "Reading chats", signal);
+    EXPECT_EQ(finished.exitCode, 130) << signal;
+    EXPECT_THAT(finished.errors, HasSubstr("The export was cancelled.\n")) << signal;
+    EXPECT_THAT(commandLine_.temporaryFiles(), IsEmpty()) << signal;
+  }
+}
+
+TEST_F(WorkingFolders, AreNotAskedForWhereTMPDIRNamesNone) {
+  commandLine_.set("TMPDIR", "/nowhere");
+  const Finished finished = commandLine_.run(export_);
+  EXPECT_EQ(finished.exitCode, 1);
+  EXPECT_EQ(finished.errors.substr(finished.errors.find("Could")),
+            "Could not use the folder for temporary files that TMPDIR names: it is not there.\n");
 }
 
 TEST_F(WorkingFolders, AreRemovedWhereFilesMayNotGrowSoLong) {

@@ -46,12 +46,6 @@ bool isUUID(std::string_view text) {
   });
 }
 
-bool isOfAWorkingFolder(std::string_view name) {
-  return std::ranges::any_of(
-      std::array{TemporaryFolder::manifestPrefix, TemporaryFolder::databasesPrefix},
-      [&](std::string_view prefix) { return name.starts_with(prefix) && isUUID(name.substr(prefix.size())); });
-}
-
 // The folders of this process. Never destroyed: who ends the program looks here while others already leave it.
 struct Living {
   std::mutex mutex;
@@ -114,10 +108,23 @@ void removeForGood(const fs::path& path) noexcept {
   fs::remove_all(error ? path : aside, error);
 }
 
+fs::path parentOfAll() {
+  std::error_code error;
+  const fs::path parent = fs::temp_directory_path(error);
+  if (error) throw fs::filesystem_error("Could not use the folder for temporary files that TMPDIR names", error);
+  return parent;
+}
+
 }  // namespace
 
+bool TemporaryFolder::isName(std::string_view name) {
+  return std::ranges::any_of(std::array{manifestPrefix, databasesPrefix}, [&](std::string_view prefix) {
+    return name.starts_with(prefix) && isUUID(name.substr(prefix.size()));
+  });
+}
+
 TemporaryFolder::TemporaryFolder(std::string_view prefix) {
-  const fs::path parent = fs::temp_directory_path();
+  const fs::path parent = parentOfAll();
   const std::lock_guard guard(living().mutex);
   while (lock_ < 0) {
     path_ = parent / (std::string(prefix) + randomUUID());
@@ -149,7 +156,7 @@ void TemporaryFolder::sweep() noexcept {
   const fs::path parent = fs::temp_directory_path(error);
   if (error) return;
   for (fs::directory_iterator entry(parent, error), end; !error && entry != end; entry.increment(error)) {
-    if (isOfAWorkingFolder(entry->path().filename().native())) removeUnlessLocked(entry->path());
+    if (isName(entry->path().filename().native())) removeUnlessLocked(entry->path());
   }
 }
 

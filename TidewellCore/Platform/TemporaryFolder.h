@@ -14,6 +14,9 @@ class TemporaryFolder {
   static constexpr std::string_view manifestPrefix = "Tidewell-manifest-";
   static constexpr std::string_view databasesPrefix = "Tidewell-databases-";
 
+  // Whether a name is one of a working folder.
+  static bool isName(std::string_view name);
+
   // Named `prefix` + a random UUID in upper case.
   explicit TemporaryFolder(std::string_view prefix);
   ~TemporaryFolder();
