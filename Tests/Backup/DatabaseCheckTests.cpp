@@ -30,7 +30,7 @@ class DatabaseCheckTest : public testing::Test {
   }
   DatabaseFaults beforeOpening(std::optional<std::int64_t> recordedSize = std::nullopt) const {
     store();
-    return DatabaseCheck::beforeOpening(file_, recordedSize);
+    return DatabaseCheck::beforeOpening(file_, recordedSize, SQLiteWALIndex::read(file_.native() + "-shm"));
   }
   DatabaseFaults within(const std::vector<const char*>& tables) const {
     store();
@@ -39,6 +39,7 @@ class DatabaseCheckTest : public testing::Test {
   void store() const {
     writeFile(file_, files_.main);
     if (files_.wal) writeFile(file_.native() + "-wal", *files_.wal);
+    if (files_.shm) writeFile(file_.native() + "-shm", *files_.shm);
   }
 
   // One row less in a leaf of the table, as one flipped bit in the page's count of cells may bring it about.
@@ -79,6 +80,14 @@ TEST_F(DatabaseCheckTest, AJournalThatIsDamagedOrCutIsAFault) {
   EXPECT_THAT(beforeOpening(size + 1), ElementsAre(DatabaseFault::journalDamaged));
   files_.wal->at(5000) ^= 1;
   EXPECT_THAT(beforeOpening(), ElementsAre(DatabaseFault::journalDamaged));
+}
+
+TEST_F(DatabaseCheckTest, ADamagedEndOfAJournalIsAFaultWhereTheIndexBesideKnowsIt) {
+  write(manyRows, Journal::walWithPendingRows);
+  files_.wal->back() ^= 1;
+  EXPECT_THAT(beforeOpening(), ElementsAre(DatabaseFault::journalDamaged));
+  files_.shm->front() ^= 1;
+  EXPECT_THAT(beforeOpening(), IsEmpty()) << "the index is damaged itself";
 }
 
 TEST_F(DatabaseCheckTest, AJournalThatTheDatabaseDoesNotAskForIsAFault) {

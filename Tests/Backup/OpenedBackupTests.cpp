@@ -116,6 +116,18 @@ TEST_F(OpenedBackupTest, ADamagedJournalOfTheIndexIsAWarning) {
   EXPECT_THAT(store.warnings, testing::ElementsAre(StartsWith("The newest files may be missing: the journal")));
 }
 
+TEST_F(OpenedBackupTest, ADamagedEndOfTheIndexsJournalIsAWarning) {
+  BackupContents contents = plainContents();
+  contents.manifestJournal = Journal::walWithPendingRows;
+  write(contents);
+  Bytes journal = readFile(device_ / "Manifest.db-wal");
+  journal.back() ^= 1;
+  writeFile(device_ / "Manifest.db-wal", journal);
+  rememberBackup();
+  EXPECT_THAT(index(open(std::nullopt)).warnings,
+              testing::ElementsAre(StartsWith("The newest files may be missing: the journal")));
+}
+
 TEST_F(OpenedBackupTest, AnIndexThatIsAFIFOOrALinkIsMissing) {
   write(plainContents());
   fs::rename(device_ / "Manifest.db", folder_ / "Manifest.db");

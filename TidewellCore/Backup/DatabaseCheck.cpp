@@ -58,9 +58,10 @@ bool isWhole(const SQLiteDB& database, std::span<const char* const> tables) {
 
 }  // namespace
 
-DatabaseFaults DatabaseCheck::beforeOpening(const fs::path& database, std::optional<std::int64_t> recordedJournalSize) {
+DatabaseFaults DatabaseCheck::beforeOpening(const fs::path& database, std::optional<std::int64_t> recordedJournalSize,
+                                            const std::optional<SQLiteWALIndex>& journalIndex) {
   DatabaseFaults faults;
-  const SQLiteWAL journal = SQLiteWAL::read(database.native() + "-wal", recordedJournalSize);
+  const SQLiteWAL journal = SQLiteWAL::read(database.native() + "-wal", recordedJournalSize, journalIndex);
   const auto header = SQLiteHeader::read(database);
   const bool isPassedOver = header && !header->isWAL && journal.frameCount > 0;
   if (journal.isDamaged() || isPassedOver) faults.insert(DatabaseFault::journalDamaged);

@@ -122,7 +122,8 @@ ManifestStore ManifestStore::load(const std::filesystem::path& backup,
                                   const CancellationCheck& isCancelled) {
   const std::filesystem::path index = manifestDatabase.value_or(backup / "Manifest.db");
   if (!Files::isRegularFile(index)) throw TidewellError::missingManifestDB();
-  DatabaseFaults faults = DatabaseCheck::beforeOpening(index);
+  DatabaseFaults faults =
+      DatabaseCheck::beforeOpening(index, std::nullopt, SQLiteWALIndex::read(backup / "Manifest.db-shm"));
   const SQLiteDB database(PathText::text(index),
                           isWritableCopy ? SQLiteDB::OpenMode::writableCopy : SQLiteDB::OpenMode::readOnly,
                           isWritableCopy ? "open decrypted Manifest.db" : "open Manifest.db");
