@@ -1,5 +1,7 @@
 #include "TidewellCore/Backup/DatabaseCheck.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 
 #include "TidewellCore/Platform/Files.h"
@@ -110,4 +112,11 @@ std::vector<std::string> DatabaseCheck::warnings(BackupDatabase database, const 
     if (sentence.database == database && faults.contains(sentence.fault)) texts.emplace_back(sentence.text);
   }
   return texts;
+}
+
+std::string DatabaseCheck::damagedNames(std::int64_t count) {
+  return fmt::format(
+      "Some files may be missing: {} in the backup’s file index {} damaged. Copy the backup again from where it came, "
+      "or make a new one with the iPhone.",
+      count == 1 ? "1 name" : fmt::format("{} names", count), count == 1 ? "is" : "are");
 }

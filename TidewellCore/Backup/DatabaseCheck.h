@@ -52,5 +52,7 @@ struct Sentence {
 };
 extern const std::array<Sentence, 9> sentences;
 std::vector<std::string> warnings(BackupDatabase database, const DatabaseFaults& faults);
+// The same of so many names in the file index that do not fit their identifiers.
+std::string damagedNames(std::int64_t count);
 
 }  // namespace DatabaseCheck

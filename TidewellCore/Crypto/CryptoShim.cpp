@@ -43,6 +43,14 @@ const EVP_CIPHER* cbcCipher(std::size_t keyLength) {
   return keyLength == 32 ? EVP_aes_256_cbc() : nullptr;
 }
 
+template <std::size_t length>
+std::array<std::uint8_t, length> digestOf(const EVP_MD* kind, ByteView bytes) {
+  std::array<std::uint8_t, length> digest{};
+  const int done = EVP_Digest(bytes.data(), bytes.size(), digest.data(), nullptr, kind, nullptr);
+  precondition(done == 1, "a digest is missing");
+  return digest;
+}
+
 // Null when the cipher cannot be set up.
 CipherContext makeContext(const EVP_CIPHER* cipher, const std::uint8_t* key, const std::uint8_t* iv, bool encrypt,
                           bool pkcs7) {
@@ -97,12 +105,8 @@ int tw_aes256_cbc_crypt(const std::uint8_t* key, std::size_t keyLength, const st
   return success;
 }
 
-std::array<std::uint8_t, 32> sha256(ByteView bytes) {
-  std::array<std::uint8_t, 32> digest{};
-  const int done = EVP_Digest(bytes.data(), bytes.size(), digest.data(), nullptr, EVP_sha256(), nullptr);
-  precondition(done == 1, "SHA-256 is missing");
-  return digest;
-}
+std::array<std::uint8_t, 20> sha1(ByteView bytes) { return digestOf<20>(EVP_sha1(), bytes); }
+std::array<std::uint8_t, 32> sha256(ByteView bytes) { return digestOf<32>(EVP_sha256(), bytes); }
 
 void tw_wipe(void* memory, std::size_t length) { OPENSSL_cleanse(memory, length); }
 

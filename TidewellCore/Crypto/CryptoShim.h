@@ -23,7 +23,8 @@ int tw_aes_ecb_block(const std::uint8_t* key, std::size_t keyLength, const std::
 int tw_aes256_cbc_crypt(const std::uint8_t* key, std::size_t keyLength, const std::uint8_t* iv, const std::uint8_t* in,
                         std::size_t inLength, std::uint8_t* out, std::size_t* inOutLength, bool encrypt, bool pkcs7);
 
-// FIPS 180-4. A library without it is a fault of the program.
+// FIPS 180-4. A library without them is a fault of the program.
+std::array<std::uint8_t, 20> sha1(ByteView bytes);
 std::array<std::uint8_t, 32> sha256(ByteView bytes);
 
 // Overwrites memory that held a secret, in a way that is not optimised away.
