@@ -106,6 +106,28 @@ TEST_F(DatabaseCheckTest, ADatabaseShorterThanItsHeaderSaysIsDamaged) {
   EXPECT_THAT(beforeOpening(), ElementsAre(DatabaseFault::damaged));
 }
 
+TEST_F(DatabaseCheckTest, ADatabaseThatWasCaughtInACheckpointIsWholeWithItsJournal) {
+  write(manyRows, Journal::walWithPendingRows);
+  const Bytes before = files_.main;
+  store();
+  SQLiteDB(file_, SQLiteDB::OpenMode::writableCopy);
+  files_.main = readFile(file_);  // with all that the journal held
+  ASSERT_GT(files_.main.size(), before.size() + 3 * pageSize);
+  files_.main[18] = files_.main[19] = 2;
+  files_.main.resize(files_.main.size() - 3 * pageSize);  // of which the last pages were not written yet
+  EXPECT_THAT(beforeOpening(), IsEmpty());
+  EXPECT_EQ(rowCount(), 500);
+  const DatabaseFiles caught = files_;
+  files_.wal.reset();
+  fs::remove(file_.native() + "-wal");
+  EXPECT_THAT(beforeOpening(), ElementsAre(DatabaseFault::damaged)) << "without the journal";
+  files_ = caught;
+  files_.wal->resize(files_.wal->size() - 1);
+  files_.shm.reset();
+  fs::remove(file_.native() + "-shm");
+  EXPECT_THAT(beforeOpening(), ElementsAre(DatabaseFault::damaged)) << "its last frame commits nothing now";
+}
+
 TEST_F(DatabaseCheckTest, ARowLostWithoutAnErrorIsDamage) {
   write(manyRows);
   loseRow();

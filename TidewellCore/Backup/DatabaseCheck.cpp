@@ -67,8 +67,9 @@ DatabaseFaults DatabaseCheck::beforeOpening(const fs::path& database, std::optio
   const auto header = SQLiteHeader::read(database);
   const bool isPassedOver = header && !header->isWAL && journal.frameCount > 0;
   if (journal.isDamaged() || isPassedOver) faults.insert(DatabaseFault::journalDamaged);
-  const bool isCut = header && Files::regularFileSize(database) < header->databaseSize;
-  if (isCut) faults.insert(DatabaseFault::damaged);
+  const std::int64_t size = Files::regularFileSize(database).value_or(0);
+  const bool isShort = header && size < header->databaseSize;
+  if (isShort && !journal.completes(database.native() + "-wal", size)) faults.insert(DatabaseFault::damaged);
   return faults;
 }
 

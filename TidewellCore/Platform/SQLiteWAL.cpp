@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <set>
 
 #include "TidewellCore/Platform/BigEndian.h"
 #include "TidewellCore/Platform/FileDescriptor.h"
@@ -111,6 +112,34 @@ SQLiteWAL readLog(FileDescriptor& file, const std::optional<SQLiteWALIndex>& ind
   return log;
 }
 
+// The page of the lock bytes, which never holds anything and is never written.
+std::int64_t lockPage(std::int64_t pageSize) { return 0x4000'0000 / pageSize + 1; }
+
+// Those of a database after the last commit which lie beyond so many.
+struct PagesBeyond {
+  std::int64_t databasePages = 0;
+  std::set<std::int64_t> held;
+
+  bool areAllHeld(std::int64_t stored, std::int64_t pageSize) const {
+    const auto end = held.upper_bound(databasePages);
+    const std::int64_t lock = lockPage(pageSize);
+    const bool hasLock = lock > stored && lock <= databasePages && !held.contains(lock);
+    return std::distance(held.begin(), end) + (hasLock ? 1 : 0) >= databasePages - stored;
+  }
+};
+
+PagesBeyond pagesBeyond(FileDescriptor& file, const Header& header, std::int64_t frameCount, std::int64_t stored) {
+  PagesBeyond pages;
+  Bytes frame(frameHeaderSize);
+  for (std::int64_t i = 0; i < frameCount; ++i) {
+    file.seek(static_cast<std::int64_t>(headerSize) + i * static_cast<std::int64_t>(header.frameSize()));
+    if (file.read(frame) < frameHeaderSize) break;
+    if (number(frame, 0) > stored) pages.held.insert(number(frame, 0));
+    if (isCommit(frame)) pages.databasePages = number(frame, 4);
+  }
+  return pages;
+}
+
 std::optional<FileDescriptor> openIfThere(const std::filesystem::path& path) {
   try {
     return FileDescriptor::openForReading(path);
@@ -133,4 +162,15 @@ SQLiteWAL SQLiteWAL::read(const std::filesystem::path& file, std::optional<std::
   const std::int64_t size = opened ? opened->size() : 0;
   if (!log.isDamaged() && recordedSize && size < *recordedSize) log.state = State::cut;
   return log;
+}
+
+bool SQLiteWAL::completes(const std::filesystem::path& file, std::int64_t storedSize) const {
+  if (frameCount == 0) return false;
+  FileDescriptor opened = FileDescriptor::openForReading(file);
+  Bytes bytes(headerSize);
+  const auto header = opened.read(bytes) == headerSize ? parsed(bytes) : std::nullopt;
+  if (!header) return false;
+  const auto pageSize = static_cast<std::int64_t>(header->pageSize);
+  const std::int64_t stored = storedSize / pageSize;
+  return pagesBeyond(opened, *header, frameCount, stored).areAllHeld(stored, pageSize);
 }

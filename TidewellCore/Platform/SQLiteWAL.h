@@ -32,5 +32,10 @@ struct SQLiteWAL {
   static SQLiteWAL read(const std::filesystem::path& file, std::optional<std::int64_t> recordedSize = std::nullopt,
                         const std::optional<SQLiteWALIndex>& index = std::nullopt);
 
+  // Whether the frames that SQLite takes of `file`, which was read, hold each page
+  // of the database that its first `storedSize` bytes lack: an app that is caught
+  // while it moves pages from the log into the database leaves it so.
+  bool completes(const std::filesystem::path& file, std::int64_t storedSize) const;
+
   bool operator==(const SQLiteWAL&) const = default;
 };
