@@ -30,7 +30,7 @@ class DatabaseCheckTest : public testing::Test {
   }
   DatabaseFaults beforeOpening(std::optional<std::int64_t> recordedSize = std::nullopt) const {
     store();
-    return DatabaseCheck::beforeOpening(file_, recordedSize);
+    return DatabaseCheck::beforeOpening(file_, recordedSize, SQLiteWALIndex::read(file_.native() + "-shm"));
   }
   DatabaseFaults within(const std::vector<const char*>& tables) const {
     store();
@@ -39,6 +39,7 @@ class DatabaseCheckTest : public testing::Test {
   void store() const {
     writeFile(file_, files_.main);
     if (files_.wal) writeFile(file_.native() + "-wal", *files_.wal);
+    if (files_.shm) writeFile(file_.native() + "-shm", *files_.shm);
   }
 
   // One row less in a leaf of the table, as one flipped bit in the page's count of cells may bring it about.
@@ -81,6 +82,14 @@ TEST_F(DatabaseCheckTest, AJournalThatIsDamagedOrCutIsAFault) {
   EXPECT_THAT(beforeOpening(), ElementsAre(DatabaseFault::journalDamaged));
 }
 
+TEST_F(DatabaseCheckTest, ADamagedEndOfAJournalIsAFaultWhereTheIndexBesideKnowsIt) {
+  write(manyRows, Journal::walWithPendingRows);
+  files_.wal->back() ^= 1;
+  EXPECT_THAT(beforeOpening(), ElementsAre(DatabaseFault::journalDamaged));
+  files_.shm->front() ^= 1;
+  EXPECT_THAT(beforeOpening(), IsEmpty()) << "the index is damaged itself";
+}
+
 TEST_F(DatabaseCheckTest, AJournalThatTheDatabaseDoesNotAskForIsAFault) {
   write(manyRows, Journal::walHeader);
   const Bytes main = files_.main;
@@ -95,6 +104,28 @@ TEST_F(DatabaseCheckTest, ADatabaseShorterThanItsHeaderSaysIsDamaged) {
   write(manyRows);
   files_.main.resize(files_.main.size() - 1);
   EXPECT_THAT(beforeOpening(), ElementsAre(DatabaseFault::damaged));
+}
+
+TEST_F(DatabaseCheckTest, ADatabaseThatWasCaughtInACheckpointIsWholeWithItsJournal) {
+  write(manyRows, Journal::walWithPendingRows);
+  const Bytes before = files_.main;
+  store();
+  SQLiteDB(file_, SQLiteDB::OpenMode::writableCopy);
+  files_.main = readFile(file_);  // with all that the journal held
+  ASSERT_GT(files_.main.size(), before.size() + 3 * pageSize);
+  files_.main[18] = files_.main[19] = 2;
+  files_.main.resize(files_.main.size() - 3 * pageSize);  // of which the last pages were not written yet
+  EXPECT_THAT(beforeOpening(), IsEmpty());
+  EXPECT_EQ(rowCount(), 500);
+  const DatabaseFiles caught = files_;
+  files_.wal.reset();
+  fs::remove(file_.native() + "-wal");
+  EXPECT_THAT(beforeOpening(), ElementsAre(DatabaseFault::damaged)) << "without the journal";
+  files_ = caught;
+  files_.wal->resize(files_.wal->size() - 1);
+  files_.shm.reset();
+  fs::remove(file_.native() + "-shm");
+  EXPECT_THAT(beforeOpening(), ElementsAre(DatabaseFault::damaged)) << "its last frame commits nothing now";
 }
 
 TEST_F(DatabaseCheckTest, ARowLostWithoutAnErrorIsDamage) {

@@ -214,6 +214,57 @@ TEST_F(ManifestStoreTest, ColumnNamesMayBeInAnyLetterCase) {
   EXPECT_EQ(store.files[0].relativePath, "ChatStorage.sqlite");
 }
 
+// Four files of WhatsApp's and one of another app; then rows are changed behind the index's back.
+class DamagedNames : public ManifestStoreTest {
+ protected:
+  std::vector<std::string> warningsAfter(const std::string& sql) {
+    BackupContents contents = withFiles({{"", "ChatStorage.sqlite"},
+                                         {"", "Message/Media/a/1.jpg"},
+                                         {"", "Message/Media/a/2.jpg"},
+                                         {"", "Library/Preferences/some.plist"}});
+    contents.otherFiles = {{"AppDomain-com.example.notes", "Message/Media/3.jpg", bytesOf("x")}};
+    contents.manifestSQL = sql;
+    return load(contents).warnings;
+  }
+};
+
+TEST_F(DamagedNames, NamesThatFitTheirIdentifiersAreNoDamage) { EXPECT_THAT(warningsAfter(""), IsEmpty()); }
+
+TEST_F(DamagedNames, APathThatDoesNotFitItsIdentifierIsAWarning) {
+  constexpr const char* one =
+      "Some files may be missing: 1 name in the backup’s file index is damaged. Copy the backup again from where it "
+      "came, or make a new one with the iPhone.";
+  for (const char* sql : {"UPDATE Files SET relativePath = 'ChatStorage.sqlitd' WHERE relativePath LIKE 'Chat%'",
+                          "UPDATE Files SET relativePath = 'Message/Oedia/a/1.jpg' WHERE relativePath LIKE '%1.jpg'",
+                          "UPDATE Files SET relativePath = 'Message/Media/a/0.jpg' WHERE relativePath LIKE '%1.jpg'",
+                          "UPDATE Files SET fileID = 'x' || fileID WHERE relativePath LIKE '%1.jpg'",
+                          "UPDATE Files SET relativePath = x'00' WHERE relativePath LIKE '%1.jpg'"}) {
+    EXPECT_THAT(warningsAfter(sql), ElementsAre(one)) << sql;
+  }
+}
+
+TEST_F(DamagedNames, ADomainThatDoesNotFitItsIdentifierIsAWarning) {
+  EXPECT_THAT(warningsAfter("UPDATE Files SET domain = replace(domain, 'whats', 'wiats') WHERE relativePath LIKE "
+                            "'Message/Media/a/%'"),
+              ElementsAre("Some files may be missing: 2 names in the backup’s file index are damaged. Copy the backup "
+                          "again from where it came, or make a new one with the iPhone."));
+}
+
+TEST_F(DamagedNames, IdentifiersOfAnotherMakingSayNothing) {
+  EXPECT_THAT(warningsAfter("UPDATE Files SET fileID = upper(fileID)"), IsEmpty());
+  EXPECT_THAT(warningsAfter("UPDATE Files SET fileID = 'x' || fileID WHERE relativePath LIKE '%.jpg'"), IsEmpty())
+      << "as many that fit as that do not";
+}
+
+TEST_F(ManifestStoreTest, AnIndexOfTheTableThatIsDamagedHidesNoFile) {
+  BackupContents contents = withFiles({{"", "Message/Media/a/1.jpg"}, {"", "Message/Media/a/2.jpg"}});
+  contents.manifestSQL =
+      "DROP INDEX FilesFlagsIdx; CREATE INDEX FilesFlagsIdx ON Files (flags) WHERE relativePath LIKE '%1.jpg';"
+      "PRAGMA writable_schema = ON; UPDATE sqlite_master SET sql = 'CREATE INDEX FilesFlagsIdx ON Files(flags)' "
+      "WHERE name = 'FilesFlagsIdx'";
+  EXPECT_EQ(load(contents).media.size(), 2U);
+}
+
 TEST_F(ManifestStoreTest, SaysThatTheFilesTableIsMissing) {
   EXPECT_THAT([&] { loadIndex("CREATE TABLE Other (a)"); },
               failsWith(TidewellError::invalidDatabase("Manifest.db has no Files table.")));

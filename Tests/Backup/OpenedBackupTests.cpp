@@ -116,6 +116,30 @@ TEST_F(OpenedBackupTest, ADamagedJournalOfTheIndexIsAWarning) {
   EXPECT_THAT(store.warnings, testing::ElementsAre(StartsWith("The newest files may be missing: the journal")));
 }
 
+TEST_F(OpenedBackupTest, CopyingAnIndexAndItsJournalCanBeCancelled) {
+  BackupContents contents = plainContents();
+  contents.manifestJournal = Journal::walWithPendingRows;
+  write(contents);
+  rememberBackup();
+  for (int stage : {1, 2}) {
+    int asked = 0;
+    const RunControl control{.isCancelled = [&] { return ++asked == stage; }};
+    EXPECT_THAT([&] { OpenedBackup::open(device_, std::nullopt, control); }, failsWith(TidewellError::cancelled()));
+  }
+}
+
+TEST_F(OpenedBackupTest, ADamagedEndOfTheIndexsJournalIsAWarning) {
+  BackupContents contents = plainContents();
+  contents.manifestJournal = Journal::walWithPendingRows;
+  write(contents);
+  Bytes journal = readFile(device_ / "Manifest.db-wal");
+  journal.back() ^= 1;
+  writeFile(device_ / "Manifest.db-wal", journal);
+  rememberBackup();
+  EXPECT_THAT(index(open(std::nullopt)).warnings,
+              testing::ElementsAre(StartsWith("The newest files may be missing: the journal")));
+}
+
 TEST_F(OpenedBackupTest, AnIndexThatIsAFIFOOrALinkIsMissing) {
   write(plainContents());
   fs::rename(device_ / "Manifest.db", folder_ / "Manifest.db");

@@ -146,6 +146,19 @@ TEST_P(SnapshotLoaderTest, AJournalThatIsAFIFOIsAFailure) {
   expectUnreadable("Missing backup file for ChatStorage.sqlite-wal.");
 }
 
+TEST_P(SnapshotLoaderTest, OneFlippedBitInTheLastFrameOfAJournalIsAWarning) {
+  prepare_ = [](const WrittenBackup& backup) {
+    for (const char* name : {"ChatStorage.sqlite-wal", "ContactsV2.sqlite-wal"}) {
+      const fs::path journal = backup.storedFile(name);
+      flipBit(journal, fs::file_size(journal) - 100);
+    }
+  };
+  const ChatStorageSnapshot snapshot = load();
+  EXPECT_THAT(snapshot.messagesByChat.at(1), SizeIs(2)) << "what the last frame held is gone";
+  EXPECT_THAT(snapshot.warnings, ElementsAre(AllOf(StartsWith("The newest messages"), HasSubstr("damaged")),
+                                             AllOf(StartsWith("The newest names"), HasSubstr("damaged"))));
+}
+
 TEST_P(SnapshotLoaderTest, OneFlippedBitInAJournalIsAWarning) {
   for (int i = 0; i < 1000; ++i) contents_.whatsApp.messages.push_back({.chat = 1, .text = std::string(100, 'a')});
   ASSERT_THAT(load().messagesByChat.at(1), SizeIs(1003));

@@ -6,6 +6,7 @@
 #include "Tests/Support/Hex.h"
 #include "Tests/Support/SeededRandom.h"
 #include "Tests/Support/TestCrypto.h"
+#include "TidewellCore/TidewellError.h"
 
 namespace {
 
@@ -37,6 +38,27 @@ TEST(BackupCrypto, DerivesKeysWithSHA256AsInRFC7914) {
   EXPECT_EQ(derived("Password", "NaCl", 80000, 64, PBKDF2Hash::sha256),
             "4ddcd8f60b98be21830cee5ef22701f9641a4418d04c0414aeff08876b34ab56"
             "a1d425a1225833549adb841b51c9b3176a272bdebba1d078478f62b397f33c8d");
+}
+
+TEST(BackupCrypto, APasswordLongerThanABlockOfTheHashIsHashedFirst) {
+  const Bytes password(65, 'p'), salt = Fixture::bytesOf("salt");
+  for (const std::size_t length : {1UL, 20UL, 21UL, 64UL, 65UL}) {
+    const Bytes some = Bytes(password.begin(), password.begin() + static_cast<std::ptrdiff_t>(length));
+    EXPECT_EQ(Fixture::hex(BackupCrypto::pbkdf2(some, salt, 3, 32, PBKDF2Hash::sha1)),
+              Fixture::hex(Fixture::pbkdf2(Fixture::Digest::sha1, some, salt, 3, 32)))
+        << length;
+  }
+}
+
+TEST(BackupCrypto, ADerivationEndsSoonWhenItIsCancelled) {
+  int asked = 0;
+  const CancellationCheck isCancelled = [&] { return ++asked == 2; };
+  const auto derive = [&](std::uint32_t rounds) {
+    BackupCrypto::pbkdf2(bytesOf("password"), bytesOf("salt"), rounds, 32, PBKDF2Hash::sha256, isCancelled);
+  };
+  derive(100'000);
+  EXPECT_EQ(asked, 0) << "a fraction of a second";
+  EXPECT_THAT([&] { derive(100'000'000); }, failsWith(TidewellError::cancelled()));
 }
 
 TEST(BackupCrypto, DerivesNothingFromNothing) {

@@ -21,20 +21,20 @@ TEST(CryptoShim, DerivationRefusesNullPointersAndZeroLengths) {
   for (const auto derive : {tw_pbkdf2_hmac_sha1, tw_pbkdf2_hmac_sha256}) {
     std::array<std::uint8_t, 4> out{};
     const std::uint8_t* p = key.data();
-    EXPECT_EQ(derive(p, 8, p, 8, 1, out.data(), out.size()), success);
-    EXPECT_EQ(derive(nullptr, 8, p, 8, 1, out.data(), out.size()), failure);
-    EXPECT_EQ(derive(p, 0, p, 8, 1, out.data(), out.size()), failure);
-    EXPECT_EQ(derive(p, 8, nullptr, 8, 1, out.data(), out.size()), failure);
-    EXPECT_EQ(derive(p, 8, p, 0, 1, out.data(), out.size()), failure);
-    EXPECT_EQ(derive(p, 8, p, 8, 0, out.data(), out.size()), failure);
-    EXPECT_EQ(derive(p, 8, p, 8, 1, nullptr, out.size()), failure);
-    EXPECT_EQ(derive(p, 8, p, 8, 1, out.data(), 0), failure);
+    EXPECT_EQ(derive(p, 8, p, 8, 1, out.data(), out.size(), {}), success);
+    EXPECT_EQ(derive(nullptr, 8, p, 8, 1, out.data(), out.size(), {}), failure);
+    EXPECT_EQ(derive(p, 0, p, 8, 1, out.data(), out.size(), {}), failure);
+    EXPECT_EQ(derive(p, 8, nullptr, 8, 1, out.data(), out.size(), {}), failure);
+    EXPECT_EQ(derive(p, 8, p, 0, 1, out.data(), out.size(), {}), failure);
+    EXPECT_EQ(derive(p, 8, p, 8, 0, out.data(), out.size(), {}), failure);
+    EXPECT_EQ(derive(p, 8, p, 8, 1, nullptr, out.size(), {}), failure);
+    EXPECT_EQ(derive(p, 8, p, 8, 1, out.data(), 0, {}), failure);
   }
 }
 
 TEST(CryptoShim, DerivationRefusesCountsThatTheLibraryWouldTakeForNegative) {
   std::array<std::uint8_t, 4> out{};
-  EXPECT_EQ(tw_pbkdf2_hmac_sha1(key.data(), 8, key.data(), 8, 0x80000000, out.data(), out.size()), failure);
+  EXPECT_EQ(tw_pbkdf2_hmac_sha1(key.data(), 8, key.data(), 8, 0x80000000, out.data(), out.size(), {}), failure);
 }
 
 TEST(CryptoShim, ABlockNeedsAKeyOf16Or32Bytes) {

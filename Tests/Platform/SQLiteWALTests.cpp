@@ -33,8 +33,15 @@ class WriteAheadLog : public testing::Test {
     const Fixture::DatabaseFiles files = writer.finish();
     database_ = files.main;
     log_ = *files.wal;
+    Fixture::writeFile(folder_ / "index", Fixture::ByteView(*files.shm));
+    index_ = SQLiteWALIndex::read(folder_ / "index");
+    ASSERT_TRUE(index_);
   }
 
+  SQLiteWAL readWithIndex() const {
+    Fixture::writeFile(file_, Fixture::ByteView(log_));
+    return SQLiteWAL::read(file_, std::nullopt, index_);
+  }
   SQLiteWAL read(std::optional<std::int64_t> recordedSize = std::nullopt) const {
     Fixture::writeFile(file_, Fixture::ByteView(log_));
     return SQLiteWAL::read(file_, recordedSize);
@@ -96,6 +103,7 @@ class WriteAheadLog : public testing::Test {
   const fs::path file_ = folder_ / "log";
   Fixture::Bytes database_;
   Fixture::Bytes log_;
+  std::optional<SQLiteWALIndex> index_;
 };
 
 TEST_F(WriteAheadLog, ALogAsSQLiteWroteItIsSound) {
@@ -138,6 +146,33 @@ TEST_F(WriteAheadLog, CountsTheFramesThatSQLiteTakes) {
   flip(frame(3) + 50);  // within the second transaction
   EXPECT_EQ(read(), (SQLiteWAL{.state = State::damagedFrame, .frameCount = 1}));
   EXPECT_EQ(rowsForSQLite(), 1);
+}
+
+TEST_F(WriteAheadLog, OneFlippedBitInTheLastFrameIsDamageWhereTheIndexKnowsIt) {
+  const std::size_t last = frameCount() - 1;
+  EXPECT_EQ(readWithIndex(), read()) << "a whole log";
+  for (const std::size_t place : {0UL, 4UL, 8UL, 15UL, 16UL, 23UL, 24UL, 4119UL}) {
+    flip(frame(last) + place);
+    EXPECT_FALSE(read().isDamaged()) << "as if the phone had stopped there, byte " << place;
+    EXPECT_EQ(readWithIndex().state, State::damagedFrame) << "byte " << place;
+    EXPECT_LT(rowsForSQLite(), 3);
+    flip(frame(last) + place);
+  }
+  keepFrames(last);
+  EXPECT_EQ(readWithIndex().state, State::damagedFrame) << "cut between two frames";
+}
+
+TEST_F(WriteAheadLog, AnIndexOfAnotherGenerationOrAnEarlierMomentSaysNothing) {
+  const auto end = static_cast<std::int64_t>(frameCount());
+  flip(frame(frameCount() - 1) + 100);
+  index_->frameCount = end - 1;
+  EXPECT_EQ(readWithIndex(), read());
+  index_->frameCount = end;
+  index_->salts[7] ^= 1;
+  EXPECT_EQ(readWithIndex(), read());
+  index_->salts[7] ^= 1;
+  log_.clear();
+  EXPECT_EQ(readWithIndex(), SQLiteWAL()) << "an app that closes its database may leave it so";
 }
 
 TEST_F(WriteAheadLog, ADamagedHeaderIsDamage) {

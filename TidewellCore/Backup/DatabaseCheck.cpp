@@ -1,5 +1,7 @@
 #include "TidewellCore/Backup/DatabaseCheck.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 
 #include "TidewellCore/Platform/Files.h"
@@ -58,14 +60,16 @@ bool isWhole(const SQLiteDB& database, std::span<const char* const> tables) {
 
 }  // namespace
 
-DatabaseFaults DatabaseCheck::beforeOpening(const fs::path& database, std::optional<std::int64_t> recordedJournalSize) {
+DatabaseFaults DatabaseCheck::beforeOpening(const fs::path& database, std::optional<std::int64_t> recordedJournalSize,
+                                            const std::optional<SQLiteWALIndex>& journalIndex) {
   DatabaseFaults faults;
-  const SQLiteWAL journal = SQLiteWAL::read(database.native() + "-wal", recordedJournalSize);
+  const SQLiteWAL journal = SQLiteWAL::read(database.native() + "-wal", recordedJournalSize, journalIndex);
   const auto header = SQLiteHeader::read(database);
   const bool isPassedOver = header && !header->isWAL && journal.frameCount > 0;
   if (journal.isDamaged() || isPassedOver) faults.insert(DatabaseFault::journalDamaged);
-  const bool isCut = header && Files::regularFileSize(database) < header->databaseSize;
-  if (isCut) faults.insert(DatabaseFault::damaged);
+  const std::int64_t size = Files::regularFileSize(database).value_or(0);
+  const bool isShort = header && size < header->databaseSize;
+  if (isShort && !journal.completes(database.native() + "-wal", size)) faults.insert(DatabaseFault::damaged);
   return faults;
 }
 
@@ -109,4 +113,11 @@ std::vector<std::string> DatabaseCheck::warnings(BackupDatabase database, const 
     if (sentence.database == database && faults.contains(sentence.fault)) texts.emplace_back(sentence.text);
   }
   return texts;
+}
+
+std::string DatabaseCheck::damagedNames(std::int64_t count) {
+  return fmt::format(
+      "Some files may be missing: {} in the backup’s file index {} damaged. Copy the backup again from where it came, "
+      "or make a new one with the iPhone.",
+      count == 1 ? "1 name" : fmt::format("{} names", count), count == 1 ? "is" : "are");
 }

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "TidewellCore/Platform/SQLiteDB.h"
+#include "TidewellCore/Platform/SQLiteWALIndex.h"
 
 // The databases of a backup that are read.
 enum class BackupDatabase { index, chats, contacts };
@@ -27,10 +28,12 @@ namespace DatabaseCheck {
 
 // Looks at a database and at the journal beside it; to be done before SQLite
 // opens them, which removes the journal. `recordedJournalSize` is the journal's
-// length in bytes as the backup noted it. Throws
-// std::filesystem::filesystem_error when the journal is there but cannot be read.
+// length in bytes as the backup noted it, `journalIndex` the index that the
+// backup keeps of it. Throws std::filesystem::filesystem_error when the journal
+// is there but cannot be read.
 DatabaseFaults beforeOpening(const std::filesystem::path& database,
-                             std::optional<std::int64_t> recordedJournalSize = std::nullopt);
+                             std::optional<std::int64_t> recordedJournalSize = std::nullopt,
+                             const std::optional<SQLiteWALIndex>& journalIndex = std::nullopt);
 
 // Looks into a database: whether something stands in for one of `tables`,
 // whether these have lost rows that their indices know, and, up to `largestForPages`
@@ -49,5 +52,7 @@ struct Sentence {
 };
 extern const std::array<Sentence, 9> sentences;
 std::vector<std::string> warnings(BackupDatabase database, const DatabaseFaults& faults);
+// The same of so many names in the file index that do not fit their identifiers.
+std::string damagedNames(std::int64_t count);
 
 }  // namespace DatabaseCheck

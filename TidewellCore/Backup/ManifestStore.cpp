@@ -1,11 +1,14 @@
 #include "TidewellCore/Backup/ManifestStore.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
 #include <set>
 #include <string_view>
 
 #include "TidewellCore/Backup/DatabaseCheck.h"
+#include "TidewellCore/Crypto/CryptoShim.h"
 #include "TidewellCore/Crypto/MBFileArchive.h"
 #include "TidewellCore/MediaKind.h"
 #include "TidewellCore/Platform/Files.h"
@@ -20,8 +23,7 @@ constexpr std::array<const char*, 2> domainPatterns{"%whatsapp.WhatsApp.shared",
 constexpr std::array<const char*, 1> tables{"Files"};
 constexpr std::array<const char*, 4> requiredColumns{"FILEID", "DOMAIN", "RELATIVEPATH", "FLAGS"};
 
-constexpr const char* interestingPaths = R"()
-  AND (
+constexpr const char* interestingPaths = R"((
         relativePath = 'ChatStorage.sqlite'
      OR relativePath = 'ChatStorage.sqlite-wal'
      OR relativePath = 'ChatStorage.sqlite-shm'
@@ -32,13 +34,17 @@ constexpr const char* interestingPaths = R"()
      OR relativePath LIKE 'Media/Profile/%'
   ))";
 
-// A column that is not renamed keeps the letter case of the table's own declaration.
+constexpr const char* wantedDomains = "(domain LIKE ?1 OR domain LIKE ?2)";
+
+// WhatsApp's files, and those that one damaged name, of the domain or of the
+// path, keeps from being taken for them. A column that is not renamed keeps the
+// letter case of the table's own declaration. All rows are looked at, and faster
+// so than by way of an index, which may be damaged itself.
 std::string selection(bool hasRecords) {
-  std::string sql = "SELECT fileID AS fileID, domain AS domain, relativePath AS relativePath, flags AS flags";
-  if (hasRecords) sql += ", file AS file";
-  sql += "\nFROM Files\nWHERE flags = 1\n  AND (";
-  for (std::size_t i = 0; i < domainPatterns.size(); ++i) sql += i == 0 ? "domain LIKE ?" : " OR domain LIKE ?";
-  return sql + interestingPaths;
+  return fmt::format(
+      "SELECT fileID AS fileID, domain AS domain, relativePath AS relativePath, flags AS flags{0}, "
+      "{1} AND {2} AS isWanted\nFROM Files NOT INDEXED\nWHERE flags = 1 AND ({1} OR {2})",
+      hasRecords ? ", file AS file" : "", wantedDomains, interestingPaths);
 }
 
 // Returns whether the index keeps a record of each file.
@@ -52,29 +58,49 @@ bool checkSchema(const SQLiteDB& database) {
   return columns.contains("FILE");
 }
 
-ManifestFile readFile(const SQLiteRow& row) {
-  ManifestFile file{.fileID = row.textValue("fileID").value_or(""),
-                    .domain = row.textValue("domain").value_or(""),
-                    .relativePath = row.textValue("relativePath").value_or(""),
-                    .flags = row.intValue("flags").value_or(0)};
+ManifestFile readNames(const SQLiteRow& row) {
+  return {.fileID = row.textValue("fileID").value_or(""),
+          .domain = row.textValue("domain").value_or(""),
+          .relativePath = row.textValue("relativePath").value_or(""),
+          .flags = row.intValue("flags").value_or(0)};
+}
+
+void readRecord(const SQLiteRow& row, ManifestFile& file) {
   const SQLiteValue* record = row.value("file");
   if (const auto* blob = record == nullptr ? nullptr : std::get_if<Bytes>(record)) {
     MBFileArchive::Metadata metadata = MBFileArchive::metadata(*blob);
     file.encryptionKey = std::move(metadata.encryptionKey);
     file.plaintextSize = metadata.size;
   }
-  return file;
 }
 
-std::vector<ManifestFile> readFiles(const SQLiteDB& database, const CancellationCheck& isCancelled) {
+bool doNamesFit(const ManifestFile& file) {
+  return file.fileID == fmt::format("{:02x}", fmt::join(sha1(bytesOf(file.domain + "-" + file.relativePath)), ""));
+}
+
+// WhatsApp's files, and how many names do or do not fit their identifiers.
+struct Listing {
   std::vector<ManifestFile> files;
+  std::int64_t fitting = 0;
+  std::int64_t misfitting = 0;
+
+  // Where most do not fit, the identifiers were made in another way.
+  std::int64_t damagedNames() const { return misfitting < fitting ? misfitting : 0; }
+};
+
+Listing readFiles(const SQLiteDB& database, const CancellationCheck& isCancelled) {
+  Listing listing;
   CancellationPoint cancellation(isCancelled);
   database.query(selection(checkSchema(database)), {domainPatterns.begin(), domainPatterns.end()},
                  [&](const SQLiteRow& row) {
                    cancellation.step();
-                   files.push_back(readFile(row));
+                   ManifestFile file = readNames(row);
+                   ++(doNamesFit(file) ? listing.fitting : listing.misfitting);
+                   if (row.intValue("isWanted") != 1) return;
+                   readRecord(row, file);
+                   listing.files.push_back(std::move(file));
                  });
-  return files;
+  return listing;
 }
 
 void sortIntoLists(ManifestStore& store) {
@@ -122,13 +148,16 @@ ManifestStore ManifestStore::load(const std::filesystem::path& backup,
                                   const CancellationCheck& isCancelled) {
   const std::filesystem::path index = manifestDatabase.value_or(backup / "Manifest.db");
   if (!Files::isRegularFile(index)) throw TidewellError::missingManifestDB();
-  DatabaseFaults faults = DatabaseCheck::beforeOpening(index);
+  DatabaseFaults faults =
+      DatabaseCheck::beforeOpening(index, std::nullopt, SQLiteWALIndex::read(backup / "Manifest.db-shm"));
   const SQLiteDB database(PathText::text(index),
                           isWritableCopy ? SQLiteDB::OpenMode::writableCopy : SQLiteDB::OpenMode::readOnly,
                           isWritableCopy ? "open decrypted Manifest.db" : "open Manifest.db");
-  ManifestStore store{.files = readFiles(database, isCancelled)};
+  Listing listing = readFiles(database, isCancelled);
   faults.merge(DatabaseCheck::within(database, tables));
-  store.warnings = DatabaseCheck::warnings(BackupDatabase::index, faults);
+  ManifestStore store{.files = std::move(listing.files),
+                      .warnings = DatabaseCheck::warnings(BackupDatabase::index, faults)};
+  if (listing.damagedNames() > 0) store.warnings.push_back(DatabaseCheck::damagedNames(listing.damagedNames()));
   pickDatabases(store);
   sortIntoLists(store);
   return store;

@@ -69,7 +69,7 @@ OpenedBackup OpenedBackup::open(const fs::path& backup, std::optional<std::strin
   RootFolder root = rootOf(backup);
   OpenedBackup opened(std::move(root), BackupInspector::inspect(backup));
   if (!opened.info_.isEncrypted) {
-    if (needsWorkingCopy(backup / indexName)) opened.copyManifest();
+    if (needsWorkingCopy(backup / indexName)) opened.copyManifest(control.isCancelled);
     return opened;
   }
   const std::string_view given = password.value_or("");
@@ -103,9 +103,12 @@ void OpenedBackup::decryptManifest(const RunControl& control, BackupUnlockReport
 }
 
 // The third companion, -shm, is only an index of the -wal, which SQLite makes anew.
-void OpenedBackup::copyManifest() {
+void OpenedBackup::copyManifest(const CancellationCheck& isCancelled) {
   workingFolder_.emplace(TemporaryFolder::manifestPrefix);
-  const auto copy = [](const fs::path& from, const fs::path& to) { Files::copy(from, to, {}, FileAccess::ownerOnly); };
+  const auto copy = [&](const fs::path& from, const fs::path& to) {
+    throwIfCancelled(isCancelled);
+    Files::copy(from, to, isCancelled, FileAccess::ownerOnly);
+  };
   copy(url() / indexName, manifestDatabaseURL());
   for (const char* ending : journalEndings) {
     const fs::path journal = (url() / indexName).native() + ending;

@@ -79,7 +79,7 @@ class OpenedBackup {
 
   // `unlocker_` is what opened the key bag.
   void decryptManifest(const RunControl& control, BackupUnlockReport& report);
-  void copyManifest();
+  void copyManifest(const CancellationCheck& isCancelled);
   bool isEncrypted(const ManifestFile& file) const { return file.encryptionKey && unlocker_; }
 
   RootFolder root_;                   // no link below the backup is followed

@@ -50,8 +50,9 @@ WorkingCopy copyDatabase(const OpenedBackup& opened, const DatabaseFiles& files,
   const bool hasJournal = files.journal && opened.isStored(*files.journal);
   if (hasJournal) copy(opened, *files.journal, folder, isCancelled);
   if (files.index && opened.isStored(*files.index)) copy(opened, *files.index, folder, isCancelled);
-  made.faults = DatabaseCheck::beforeOpening(made.path,
-                                             hasJournal ? files.journal->plaintextSize : std::optional<std::int64_t>());
+  made.faults =
+      DatabaseCheck::beforeOpening(made.path, hasJournal ? files.journal->plaintextSize : std::optional<std::int64_t>(),
+                                   SQLiteWALIndex::read(made.path.native() + "-shm"));
   if (files.journal && !hasJournal) made.faults.insert(DatabaseFault::journalMissing);
   return made;
 }

@@ -40,10 +40,11 @@ std::int64_t leastPlaintextSize(std::int64_t storedSize, std::optional<std::int6
 }  // namespace
 
 SecretBytes BackupCrypto::pbkdf2(ByteView password, ByteView salt, std::uint32_t iterations, std::size_t keyLength,
-                                 PBKDF2Hash hash) {
+                                 PBKDF2Hash hash, const CancellationCheck& isCancelled) {
   SecretBytes key(keyLength);
   const auto derive = hash == PBKDF2Hash::sha256 ? tw_pbkdf2_hmac_sha256 : tw_pbkdf2_hmac_sha1;
-  if (derive(password.data(), password.size(), salt.data(), salt.size(), iterations, key.data(), key.size()) != 0) {
+  if (derive(password.data(), password.size(), salt.data(), salt.size(), iterations, key.data(), key.size(),
+             isCancelled) != 0) {
     throw TidewellError::ioFailure("Could not derive the backup key.");
   }
   return key;

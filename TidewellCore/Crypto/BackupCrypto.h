@@ -24,8 +24,9 @@ inline constexpr std::size_t chunkSize = 262'144;
 
 enum class PBKDF2Hash { sha1, sha256 };
 
-// RFC 8018 section 5.2.
-SecretBytes pbkdf2(ByteView password, ByteView salt, std::uint32_t iterations, std::size_t keyLength, PBKDF2Hash hash);
+// RFC 8018 section 5.2. Asks `isCancelled` several times a second.
+SecretBytes pbkdf2(ByteView password, ByteView salt, std::uint32_t iterations, std::size_t keyLength, PBKDF2Hash hash,
+                   const CancellationCheck& isCancelled = {});
 
 // One block with a key of 16 or 32 bytes.
 SecretBytes aesECB(ByteView key, ByteView block, bool encrypt);

@@ -15,8 +15,8 @@ constexpr std::size_t classNumberSize = 4;
 constexpr std::size_t shortestPersistentKey = 8;
 constexpr std::size_t derivedKeySize = 32;
 constexpr std::uint32_t wrappedWithPassword = 2;
-// Phones ask for 10,000,000 rounds, a few seconds; a derivation cannot be
-// interrupted, so a damaged count must not keep it busy for hours.
+// Phones ask for 10,000,000 rounds, a few seconds; a damaged count must not keep
+// anybody waiting for hours.
 constexpr std::int64_t mostIterations = 100'000'000;
 constexpr std::size_t mostItems = 4096;  // they write about sixty
 
@@ -118,11 +118,11 @@ SecretBytes derived(const KeyDerivation& derivation, std::string_view password, 
   SecretBytes input(password.begin(), password.end());
   if (isDouble(derivation)) {
     const auto rounds = static_cast<std::uint32_t>(*derivation.doubleIterations);
-    input = BackupCrypto::pbkdf2(input, *derivation.doubleSalt, rounds, derivedKeySize, sha256);
+    input = BackupCrypto::pbkdf2(input, *derivation.doubleSalt, rounds, derivedKeySize, sha256, isCancelled);
     throwIfCancelled(isCancelled);
   }
   const auto rounds = static_cast<std::uint32_t>(derivation.iterations);
-  return BackupCrypto::pbkdf2(input, derivation.salt, rounds, derivedKeySize, sha1);
+  return BackupCrypto::pbkdf2(input, derivation.salt, rounds, derivedKeySize, sha1, isCancelled);
 }
 
 void unwrapClassKeys(BackupKeyBag& bag, const SecretBytes& key) {

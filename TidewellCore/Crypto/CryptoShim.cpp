@@ -4,6 +4,7 @@
 #include <openssl/evp.h>
 
 #include <algorithm>
+#include <initializer_list>
 #include <limits>
 
 #include "TidewellCore/Platform/Precondition.h"
@@ -22,15 +23,99 @@ using CipherContext = std::unique_ptr<EVP_CIPHER_CTX, ContextDeleter>;
 
 bool fitsInt(std::size_t length) { return length <= static_cast<std::size_t>(std::numeric_limits<int>::max()); }
 
+struct DigestDeleter {
+  void operator()(EVP_MD_CTX* context) const { EVP_MD_CTX_free(context); }
+};
+using DigestContext = std::unique_ptr<EVP_MD_CTX, DigestDeleter>;
+
+// A block of SHA-1 and SHA-256, which are 64 bytes; wiped when it goes.
+struct SecretBlock {
+  std::array<std::uint8_t, 64> bytes{};
+
+  SecretBlock() = default;
+  SecretBlock(const SecretBlock&) = default;
+  SecretBlock& operator=(const SecretBlock&) = default;
+  ~SecretBlock() { tw_wipe(bytes.data(), bytes.size()); }
+};
+
+// RFC 2104. What the key contributes is hashed once, not once a message.
+class KeyedHash {
+ public:
+  KeyedHash(const EVP_MD* digest, ByteView key) : digest_(digest) {
+    SecretBlock block;
+    if (key.size() <= block.bytes.size()) {
+      std::ranges::copy(key, block.bytes.begin());
+    } else {
+      isReady_ = EVP_Digest(key.data(), key.size(), block.bytes.data(), nullptr, digest_, nullptr) == 1;
+    }
+    isReady_ = isReady_ && begin(inner_, block, 0x36) && begin(outer_, block, 0x5C);
+  }
+
+  bool isReady() const { return isReady_ && running_; }
+  std::size_t size() const { return static_cast<std::size_t>(EVP_MD_get_size(digest_)); }
+
+  // Hashes one part after the other; the result may stand where a part did.
+  bool hash(std::initializer_list<ByteView> parts, SecretBlock& result) const {
+    if (EVP_MD_CTX_copy_ex(running_.get(), inner_.get()) != 1) return false;
+    for (const ByteView part : parts) {
+      if (EVP_DigestUpdate(running_.get(), part.data(), part.size()) != 1) return false;
+    }
+    return EVP_DigestFinal_ex(running_.get(), result.bytes.data(), nullptr) == 1 &&
+           EVP_MD_CTX_copy_ex(running_.get(), outer_.get()) == 1 &&
+           EVP_DigestUpdate(running_.get(), result.bytes.data(), size()) == 1 &&
+           EVP_DigestFinal_ex(running_.get(), result.bytes.data(), nullptr) == 1;
+  }
+
+ private:
+  bool begin(const DigestContext& context, SecretBlock key, std::uint8_t pad) const {
+    for (std::uint8_t& byte : key.bytes) byte ^= pad;
+    return context && EVP_DigestInit_ex(context.get(), digest_, nullptr) == 1 &&
+           EVP_DigestUpdate(context.get(), key.bytes.data(), key.bytes.size()) == 1;
+  }
+
+  const EVP_MD* digest_;
+  DigestContext inner_{EVP_MD_CTX_new()};
+  DigestContext outer_{EVP_MD_CTX_new()};
+  DigestContext running_{EVP_MD_CTX_new()};
+  bool isReady_ = true;
+};
+
+// About a tenth of a second.
+constexpr std::uint32_t roundsPerQuestion = 1 << 18;
+
+// One block of the derived key, the first of which has the number 1.
+bool deriveBlock(const KeyedHash& hash, ByteView salt, std::uint32_t number, std::uint32_t rounds, SecretBlock& sum,
+                 const CancellationCheck& isCancelled) {
+  const std::array<std::uint8_t, 4> suffix{static_cast<std::uint8_t>(number >> 24),
+                                           static_cast<std::uint8_t>(number >> 16),
+                                           static_cast<std::uint8_t>(number >> 8), static_cast<std::uint8_t>(number)};
+  SecretBlock last;
+  if (!hash.hash({salt, suffix}, last)) return false;
+  sum = last;
+  const ByteView message = ByteView(last.bytes).first(hash.size());
+  for (std::uint32_t round = 1; round < rounds; ++round) {
+    if (round % roundsPerQuestion == 0) throwIfCancelled(isCancelled);
+    if (!hash.hash({message}, last)) return false;
+    for (std::size_t i = 0; i < message.size(); ++i) sum.bytes[i] ^= message[i];
+  }
+  return true;
+}
+
 int pbkdf2(const EVP_MD* digest, const std::uint8_t* password, std::size_t passwordLength, const std::uint8_t* salt,
-           std::size_t saltLength, std::uint32_t rounds, std::uint8_t* out, std::size_t outLength) {
+           std::size_t saltLength, std::uint32_t rounds, std::uint8_t* out, std::size_t outLength,
+           const CancellationCheck& isCancelled) {
   if (password == nullptr || salt == nullptr || out == nullptr) return failure;
   if (passwordLength == 0 || saltLength == 0 || rounds == 0 || outLength == 0) return failure;
   if (!fitsInt(passwordLength) || !fitsInt(saltLength) || !fitsInt(rounds) || !fitsInt(outLength)) return failure;
-  const int done = PKCS5_PBKDF2_HMAC(reinterpret_cast<const char*>(password), static_cast<int>(passwordLength), salt,
-                                     static_cast<int>(saltLength), static_cast<int>(rounds), digest,
-                                     static_cast<int>(outLength), out);
-  return done == 1 ? success : failure;
+  const KeyedHash hash(digest, ByteView(password, passwordLength));
+  if (!hash.isReady()) return failure;
+  std::uint32_t number = 0;
+  for (std::size_t done = 0; done < outLength; done += hash.size()) {
+    SecretBlock block;
+    if (!deriveBlock(hash, ByteView(salt, saltLength), ++number, rounds, block, isCancelled)) return failure;
+    std::copy_n(block.bytes.begin(), std::min(hash.size(), outLength - done), out + done);
+  }
+  return success;
 }
 
 const EVP_CIPHER* ecbCipher(std::size_t keyLength) {
@@ -41,6 +126,14 @@ const EVP_CIPHER* ecbCipher(std::size_t keyLength) {
 const EVP_CIPHER* cbcCipher(std::size_t keyLength) {
   if (keyLength == 16) return EVP_aes_128_cbc();
   return keyLength == 32 ? EVP_aes_256_cbc() : nullptr;
+}
+
+template <std::size_t length>
+std::array<std::uint8_t, length> digestOf(const EVP_MD* kind, ByteView bytes) {
+  std::array<std::uint8_t, length> digest{};
+  const int done = EVP_Digest(bytes.data(), bytes.size(), digest.data(), nullptr, kind, nullptr);
+  precondition(done == 1, "a digest is missing");
+  return digest;
 }
 
 // Null when the cipher cannot be set up.
@@ -56,13 +149,15 @@ CipherContext makeContext(const EVP_CIPHER* cipher, const std::uint8_t* key, con
 }  // namespace
 
 int tw_pbkdf2_hmac_sha1(const std::uint8_t* password, std::size_t passwordLength, const std::uint8_t* salt,
-                        std::size_t saltLength, std::uint32_t rounds, std::uint8_t* out, std::size_t outLength) {
-  return pbkdf2(EVP_sha1(), password, passwordLength, salt, saltLength, rounds, out, outLength);
+                        std::size_t saltLength, std::uint32_t rounds, std::uint8_t* out, std::size_t outLength,
+                        const CancellationCheck& isCancelled) {
+  return pbkdf2(EVP_sha1(), password, passwordLength, salt, saltLength, rounds, out, outLength, isCancelled);
 }
 
 int tw_pbkdf2_hmac_sha256(const std::uint8_t* password, std::size_t passwordLength, const std::uint8_t* salt,
-                          std::size_t saltLength, std::uint32_t rounds, std::uint8_t* out, std::size_t outLength) {
-  return pbkdf2(EVP_sha256(), password, passwordLength, salt, saltLength, rounds, out, outLength);
+                          std::size_t saltLength, std::uint32_t rounds, std::uint8_t* out, std::size_t outLength,
+                          const CancellationCheck& isCancelled) {
+  return pbkdf2(EVP_sha256(), password, passwordLength, salt, saltLength, rounds, out, outLength, isCancelled);
 }
 
 int tw_aes_ecb_block(const std::uint8_t* key, std::size_t keyLength, const std::uint8_t* in, std::uint8_t* out,
@@ -97,12 +192,8 @@ int tw_aes256_cbc_crypt(const std::uint8_t* key, std::size_t keyLength, const st
   return success;
 }
 
-std::array<std::uint8_t, 32> sha256(ByteView bytes) {
-  std::array<std::uint8_t, 32> digest{};
-  const int done = EVP_Digest(bytes.data(), bytes.size(), digest.data(), nullptr, EVP_sha256(), nullptr);
-  precondition(done == 1, "SHA-256 is missing");
-  return digest;
-}
+std::array<std::uint8_t, 20> sha1(ByteView bytes) { return digestOf<20>(EVP_sha1(), bytes); }
+std::array<std::uint8_t, 32> sha256(ByteView bytes) { return digestOf<32>(EVP_sha256(), bytes); }
 
 void tw_wipe(void* memory, std::size_t length) { OPENSSL_cleanse(memory, length); }
 

@@ -1,10 +1,13 @@
 #include "TidewellCore/Platform/SQLiteWAL.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
+#include <set>
 
 #include "TidewellCore/Platform/BigEndian.h"
 #include "TidewellCore/Platform/FileDescriptor.h"
+#include "TidewellCore/Platform/SQLiteChecksum.h"
 
 namespace {
 
@@ -20,37 +23,16 @@ std::uint32_t number(ByteView bytes, std::size_t offset) {
   return static_cast<std::uint32_t>(readBigEndian(bytes.subspan(offset, 4)));
 }
 
-// The running sum over everything before it, two words at a time.
-struct Checksum {
-  bool isBigEndian = false;
-  std::uint32_t first = 0;
-  std::uint32_t second = 0;
-
-  void add(ByteView bytes) {
-    for (std::size_t i = 0; i + 8 <= bytes.size(); i += 8) {
-      first += word(&bytes[i]) + second;
-      second += word(&bytes[i + 4]) + first;
-    }
-  }
-
-  bool isStoredAt(ByteView bytes, std::size_t offset) const {
-    return number(bytes, offset) == first && number(bytes, offset + 4) == second;
-  }
-
- private:
-  std::uint32_t word(const std::uint8_t* bytes) const {
-    const std::uint32_t littleEndian =
-        static_cast<std::uint32_t>(bytes[0]) | static_cast<std::uint32_t>(bytes[1]) << 8 |
-        static_cast<std::uint32_t>(bytes[2]) << 16 | static_cast<std::uint32_t>(bytes[3]) << 24;
-    return isBigEndian ? __builtin_bswap32(littleEndian) : littleEndian;
-  }
-};
+// The sum that stands in the log is big-endian, whatever the order it was reckoned in.
+bool isStoredAt(const SQLiteChecksum& checksum, ByteView bytes, std::size_t offset) {
+  return number(bytes, offset) == checksum.first && number(bytes, offset + 4) == checksum.second;
+}
 
 // What the log's first bytes say; they are the same for one generation of frames.
 struct Header {
   std::size_t pageSize = 0;
-  Bytes salts;
-  Checksum checksum;
+  std::array<std::uint8_t, saltSize> salts{};
+  SQLiteChecksum checksum;
 
   std::size_t frameSize() const { return frameHeaderSize + pageSize; }
   bool owns(ByteView frame) const { return std::ranges::equal(frame.subspan(8, saltSize), salts); }
@@ -61,21 +43,20 @@ std::optional<Header> parsed(ByteView bytes) {
   const std::size_t pageSize = number(bytes, 8);
   const bool isPageSize = std::has_single_bit(pageSize) && pageSize >= smallestPage && pageSize <= largestPage;
   if ((kind & ~1U) != magic || number(bytes, 4) != version || !isPageSize) return std::nullopt;
-  Header header{.pageSize = pageSize,
-                .salts = Bytes(bytes.begin() + 16, bytes.begin() + 24),
-                .checksum = {.isBigEndian = (kind & 1) != 0}};
+  Header header{.pageSize = pageSize, .checksum = {.order = (kind & 1) != 0 ? std::endian::big : std::endian::little}};
+  std::ranges::copy(bytes.subspan(16, saltSize), header.salts.begin());
   header.checksum.add(bytes.first(24));
-  return header.checksum.isStoredAt(bytes, 24) ? std::optional(header) : std::nullopt;
+  return isStoredAt(header.checksum, bytes, 24) ? std::optional(header) : std::nullopt;
 }
 
 bool isCommit(ByteView frame) { return number(frame, 4) != 0; }
 
 // Whether the frame is the next of the log; the sum then includes it.
-bool continues(ByteView frame, const Header& header, Checksum& checksum) {
+bool continues(ByteView frame, const Header& header, SQLiteChecksum& checksum) {
   if (number(frame, 0) == 0 || !header.owns(frame)) return false;
   checksum.add(frame.first(8));
   checksum.add(frame.subspan(frameHeaderSize));
-  return checksum.isStoredAt(frame, 16);
+  return isStoredAt(checksum, frame, 16);
 }
 
 // Judges the frames from the one that does not fit, which stands at `offset`.
@@ -98,7 +79,7 @@ SQLiteWAL::State stateOfRest(FileDescriptor& file, const Header& header, ByteVie
 
 SQLiteWAL readFrames(FileDescriptor& file, const Header& header) {
   SQLiteWAL log{.state = SQLiteWAL::State::sound};
-  Checksum checksum = header.checksum;
+  SQLiteChecksum checksum = header.checksum;
   Bytes frame(header.frameSize());
   std::int64_t count = 0;
   for (auto offset = static_cast<std::int64_t>(headerSize);; offset += static_cast<std::int64_t>(frame.size())) {
@@ -116,12 +97,47 @@ SQLiteWAL readFrames(FileDescriptor& file, const Header& header) {
   }
 }
 
-SQLiteWAL readLog(FileDescriptor& file) {
+bool knowsMore(const std::optional<SQLiteWALIndex>& index, const Header& header, const SQLiteWAL& log) {
+  return index && index->salts == header.salts && index->frameCount > log.frameCount;
+}
+
+SQLiteWAL readLog(FileDescriptor& file, const std::optional<SQLiteWALIndex>& index) {
   Bytes bytes(headerSize);
   const std::size_t length = file.read(bytes);
   if (length == 0) return {};
   const auto header = length == headerSize ? parsed(bytes) : std::nullopt;
-  return header ? readFrames(file, *header) : SQLiteWAL{.state = SQLiteWAL::State::damagedHeader};
+  if (!header) return {.state = SQLiteWAL::State::damagedHeader};
+  SQLiteWAL log = readFrames(file, *header);
+  if (knowsMore(index, *header, log)) log.state = SQLiteWAL::State::damagedFrame;
+  return log;
+}
+
+// The page of the lock bytes, which never holds anything and is never written.
+std::int64_t lockPage(std::int64_t pageSize) { return 0x4000'0000 / pageSize + 1; }
+
+// Those of a database after the last commit which lie beyond so many.
+struct PagesBeyond {
+  std::int64_t databasePages = 0;
+  std::set<std::int64_t> held;
+
+  bool areAllHeld(std::int64_t stored, std::int64_t pageSize) const {
+    const auto end = held.upper_bound(databasePages);
+    const std::int64_t lock = lockPage(pageSize);
+    const bool hasLock = lock > stored && lock <= databasePages && !held.contains(lock);
+    return std::distance(held.begin(), end) + (hasLock ? 1 : 0) >= databasePages - stored;
+  }
+};
+
+PagesBeyond pagesBeyond(FileDescriptor& file, const Header& header, std::int64_t frameCount, std::int64_t stored) {
+  PagesBeyond pages;
+  Bytes frame(frameHeaderSize);
+  for (std::int64_t i = 0; i < frameCount; ++i) {
+    file.seek(static_cast<std::int64_t>(headerSize) + i * static_cast<std::int64_t>(header.frameSize()));
+    if (file.read(frame) < frameHeaderSize) break;
+    if (number(frame, 0) > stored) pages.held.insert(number(frame, 0));
+    if (isCommit(frame)) pages.databasePages = number(frame, 4);
+  }
+  return pages;
 }
 
 std::optional<FileDescriptor> openIfThere(const std::filesystem::path& path) {
@@ -139,10 +155,22 @@ bool SQLiteWAL::isDamaged() const {
   return state == State::damagedHeader || state == State::damagedFrame || state == State::cut;
 }
 
-SQLiteWAL SQLiteWAL::read(const std::filesystem::path& file, std::optional<std::int64_t> recordedSize) {
+SQLiteWAL SQLiteWAL::read(const std::filesystem::path& file, std::optional<std::int64_t> recordedSize,
+                          const std::optional<SQLiteWALIndex>& index) {
   std::optional<FileDescriptor> opened = openIfThere(file);
-  SQLiteWAL log = opened ? readLog(*opened) : SQLiteWAL();
+  SQLiteWAL log = opened ? readLog(*opened, index) : SQLiteWAL();
   const std::int64_t size = opened ? opened->size() : 0;
   if (!log.isDamaged() && recordedSize && size < *recordedSize) log.state = State::cut;
   return log;
+}
+
+bool SQLiteWAL::completes(const std::filesystem::path& file, std::int64_t storedSize) const {
+  if (frameCount == 0) return false;
+  FileDescriptor opened = FileDescriptor::openForReading(file);
+  Bytes bytes(headerSize);
+  const auto header = opened.read(bytes) == headerSize ? parsed(bytes) : std::nullopt;
+  if (!header) return false;
+  const auto pageSize = static_cast<std::int64_t>(header->pageSize);
+  const std::int64_t stored = storedSize / pageSize;
+  return pagesBeyond(opened, *header, frameCount, stored).areAllHeld(stored, pageSize);
 }
