@@ -1,10 +1,13 @@
 #include "TidewellCore/ChatData/SnapshotLoader.h"
 
+#include <algorithm>
 #include <array>
+#include <iterator>
 
 #include "TidewellCore/Backup/DatabaseCheck.h"
 #include "TidewellCore/ChatData/ChatStorageReader.h"
 #include "TidewellCore/ChatData/ContactsReader.h"
+#include "TidewellCore/ChatData/MissingMessages.h"
 #include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/Platform/SQLiteDB.h"
 #include "TidewellCore/Platform/TemporaryFolder.h"
@@ -23,6 +26,10 @@ constexpr std::array<const char*, 1> contactTables{contactTable};
 constexpr const char* noMessages =
     "Its list of messages is missing, so it is empty or damaged. Copy the backup again from where it came, or make a "
     "new one with the iPhone.";
+
+constexpr const char* noChats =
+    "It does not say which chats its messages belong to, so it is damaged. Copy the backup again from where it came, "
+    "or make a new one with the iPhone.";
 
 // A database and the journal and index that SQLite looks for beside it.
 struct DatabaseFiles {
@@ -82,8 +89,11 @@ ChatStorageSnapshot loadChats(WorkingCopy copy) {
   ChatStorageSnapshot snapshot = readChats(copy.path);
   const SQLiteDB database(PathText::text(copy.path), SQLiteDB::OpenMode::readOnly);
   if (!database.tableExists(messageTable)) throw TidewellError::chatStorageUnreadable(noMessages);
+  if (MissingMessages::areAll(snapshot)) throw TidewellError::chatStorageUnreadable(noChats);
+  if (MissingMessages::areGone(snapshot)) copy.faults.insert(DatabaseFault::damaged);
   copy.faults.merge(DatabaseCheck::within(database, chatTables));
   append(snapshot.warnings, BackupDatabase::chats, copy.faults);
+  std::ranges::move(MissingMessages::warnings(snapshot), std::back_inserter(snapshot.warnings));
   return snapshot;
 }
 
