@@ -113,11 +113,17 @@ TEST_P(SnapshotLoaderTest, NeverMixesTheDatabasesOfTheTwoApps) {
   }
 }
 
-TEST_P(SnapshotLoaderTest, AMissingFileIsNamed) {
-  for (const char* path : {"ChatStorage.sqlite", "ContactsV2.sqlite"}) {
-    contents_.whatsApp.databaseStorage = {{path, {.missing = true}}};
-    expectUnreadable(std::string("Missing backup file for ") + path + ".");
-  }
+TEST_P(SnapshotLoaderTest, AMissingChatDatabaseIsNamed) {
+  contents_.whatsApp.databaseStorage = {{"ChatStorage.sqlite", {.missing = true}}};
+  expectUnreadable("Missing backup file for ChatStorage.sqlite.");
+}
+
+TEST_P(SnapshotLoaderTest, MissingContactsCostNamesOnly) {
+  contents_.whatsApp.databaseStorage = {{"ContactsV2.sqlite", {.missing = true}}};
+  const ChatStorageSnapshot snapshot = load();
+  EXPECT_THAT(snapshot.messagesByChat.at(1), SizeIs(3));
+  EXPECT_EQ(snapshot.chatTitle(phone), "+55 11 90000-1111");
+  EXPECT_THAT(snapshot.warnings, ElementsAre(StartsWith("Some names may be missing")));
 }
 
 TEST_P(SnapshotLoaderTest, AWholeBackupHasNoWarnings) { EXPECT_THAT(load().warnings, IsEmpty()); }
@@ -343,10 +349,25 @@ TEST_F(DamagedChatStorage, ACutDatabaseIsUnreadableAtEveryLength) {
   }
 }
 
-TEST_F(DamagedChatStorage, DamagedContactsAreReported) {
+TEST_F(DamagedChatStorage, ContactsThatAreNoDatabaseCostNamesOnly) {
   write(app(std::string(consumerDomain), "Ana"));
   writeFile(backup_.storedFile("ContactsV2.sqlite"), std::string(9000, 'x'));
-  EXPECT_THAT([&] { load(); }, failsWith(TidewellError::invalidDatabase("file is not a database")));
+  const ChatStorageSnapshot snapshot = load();
+  EXPECT_THAT(snapshot.messagesByChat.at(1), SizeIs(3));
+  EXPECT_THAT(snapshot.warnings, ElementsAre(StartsWith("Some names may be missing")));
+}
+
+TEST_F(DamagedChatStorage, ContactsBeforeAMalformedPageAreKept) {
+  WhatsAppContents contents = app(std::string(consumerDomain), "Ana");
+  for (int i = 0; i < 2000; ++i) contents.contacts.push_back({.fullName = std::string(100, 'a')});
+  write(contents);
+  const fs::path stored = backup_.storedFile("ContactsV2.sqlite");
+  Bytes bytes = readFile(stored);
+  std::fill(bytes.end() - 8 * 4096, bytes.end(), std::uint8_t{0xEE});
+  writeFile(stored, bytes);
+  const ChatStorageSnapshot snapshot = load();
+  EXPECT_EQ(snapshot.chatTitle(phone), "Ana");
+  EXPECT_THAT(snapshot.warnings, ElementsAre(StartsWith("Some names may be missing")));
 }
 
 }  // namespace

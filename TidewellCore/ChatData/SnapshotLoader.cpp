@@ -97,14 +97,31 @@ ChatStorageSnapshot loadChats(WorkingCopy copy) {
   return snapshot;
 }
 
-// Without contacts people are known by their numbers, so their absence ends nothing.
-void addContacts(ChatStorageSnapshot& snapshot, WorkingCopy copy) {
-  const std::vector<AddressBookContact> contacts = ContactsReader::load(copy.path);
-  snapshot.setDirectory(ContactsReader::directory(contacts, std::move(snapshot.directory)));
-  const SQLiteDB database(PathText::text(copy.path), SQLiteDB::OpenMode::readOnly);
-  if (!database.tableExists(contactTable)) copy.faults.insert(DatabaseFault::damaged);
-  copy.faults.merge(DatabaseCheck::within(database, contactTables));
-  append(snapshot.warnings, BackupDatabase::contacts, copy.faults);
+// The contacts that can be read of a working copy, whose faults are added to.
+std::vector<AddressBookContact> readContacts(WorkingCopy& copy) {
+  std::vector<AddressBookContact> contacts;
+  try {
+    ContactsReader::load(copy.path, contacts);
+    const SQLiteDB database(PathText::text(copy.path), SQLiteDB::OpenMode::readOnly);
+    if (!database.tableExists(contactTable)) copy.faults.insert(DatabaseFault::damaged);
+    copy.faults.merge(DatabaseCheck::within(database, contactTables));
+  } catch (const TidewellError&) {
+    copy.faults.insert(DatabaseFault::damaged);
+  }
+  return contacts;
+}
+
+// Without contacts people are known by their numbers, so damage to them ends nothing.
+void addContacts(ChatStorageSnapshot& snapshot, const OpenedBackup& opened, const DatabaseFiles& files,
+                 const CancellationCheck& isCancelled) try {
+  readCopies(opened, files, isCancelled, [&](WorkingCopy copy) {
+    const std::vector<AddressBookContact> contacts = readContacts(copy);
+    snapshot.setDirectory(ContactsReader::directory(contacts, std::move(snapshot.directory)));
+    append(snapshot.warnings, BackupDatabase::contacts, copy.faults);
+  });
+} catch (const TidewellError& error) {
+  if (TidewellError::isCancellation(error)) throw;
+  append(snapshot.warnings, BackupDatabase::contacts, {DatabaseFault::damaged});
 }
 
 }  // namespace
@@ -118,8 +135,7 @@ ChatStorageSnapshot SnapshotLoader::load(const OpenedBackup& opened, const Manif
   }
   throwIfCancelled(isCancelled);
   if (manifest.contacts) {
-    readCopies(opened, {manifest.contacts, manifest.contactsWAL, manifest.contactsSHM}, isCancelled,
-               [&](WorkingCopy copy) { addContacts(snapshot, std::move(copy)); });
+    addContacts(snapshot, opened, {manifest.contacts, manifest.contactsWAL, manifest.contactsSHM}, isCancelled);
   }
   throwIfCancelled(isCancelled);
   return snapshot;
