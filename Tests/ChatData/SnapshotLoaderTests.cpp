@@ -126,6 +126,30 @@ TEST_P(SnapshotLoaderTest, MissingContactsCostNamesOnly) {
   EXPECT_THAT(snapshot.warnings, ElementsAre(StartsWith("Some names may be missing")));
 }
 
+TEST_P(SnapshotLoaderTest, OfTwoAppsTheOneThatIsNotReadIsNamed) {
+  contents_.businessApp = app(std::string(businessDomain), "Padaria");
+  for (const char* read : {"WhatsApp", "WhatsApp Business"}) {
+    const ChatStorageSnapshot snapshot = load();
+    EXPECT_EQ(snapshot.chatTitle(phone) == "Padaria", read == std::string("WhatsApp Business"));
+    EXPECT_THAT(snapshot.warnings, ElementsAre(StartsWith(std::string("Only the messages of ") + read + " are")));
+    std::swap(contents_.whatsApp, *contents_.businessApp);
+  }
+}
+
+TEST_P(SnapshotLoaderTest, FilesOfAnAppWithoutItsChatDatabaseAreAWarning) {
+  const std::string path = "Media/a@g.us/1.jpg";
+  contents_.businessApp = WhatsAppContents{
+      .domain = std::string(businessDomain), .withChatStorage = false, .mediaFiles = {{path, Bytes(1)}}};
+  const auto warnsOf = [](const std::string& app) {
+    return StartsWith("The messages of " + app + " are missing: this backup holds its photos");
+  };
+  EXPECT_THAT(load().warnings, ElementsAre(warnsOf("WhatsApp Business")));
+  contents_.whatsApp = {.withChatStorage = false, .withContacts = false, .mediaFiles = {{path, Bytes(1)}}};
+  EXPECT_THAT(load().warnings, ElementsAre(warnsOf("WhatsApp"), warnsOf("WhatsApp Business")));
+  contents_.businessApp->mediaFiles.clear();
+  EXPECT_THAT(load().warnings, ElementsAre(warnsOf("WhatsApp")));
+}
+
 TEST_P(SnapshotLoaderTest, AWholeBackupHasNoWarnings) { EXPECT_THAT(load().warnings, IsEmpty()); }
 
 TEST_P(SnapshotLoaderTest, AMissingJournalIsAWarning) {

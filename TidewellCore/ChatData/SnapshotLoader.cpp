@@ -8,6 +8,7 @@
 #include "TidewellCore/ChatData/ChatStorageReader.h"
 #include "TidewellCore/ChatData/ContactsReader.h"
 #include "TidewellCore/ChatData/MissingMessages.h"
+#include "TidewellCore/ChatData/UnreadApps.h"
 #include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/Platform/SQLiteDB.h"
 #include "TidewellCore/Platform/TemporaryFolder.h"
@@ -138,5 +139,6 @@ ChatStorageSnapshot SnapshotLoader::load(const OpenedBackup& opened, const Manif
     addContacts(snapshot, opened, {manifest.contacts, manifest.contactsWAL, manifest.contactsSHM}, isCancelled);
   }
   throwIfCancelled(isCancelled);
+  std::ranges::move(UnreadApps::warnings(manifest), std::back_inserter(snapshot.warnings));
   return snapshot;
 }

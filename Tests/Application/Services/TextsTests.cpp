@@ -9,6 +9,7 @@
 #include "Tidewell/Services/ResourceBundle.h"
 #include "TidewellCore/Backup/DatabaseCheck.h"
 #include "TidewellCore/ChatData/MissingMessages.h"
+#include "TidewellCore/ChatData/UnreadApps.h"
 #include "TidewellCore/CopyFailure.h"
 #include "TidewellCore/Export/EarlyEnd.h"
 #include "TidewellCore/Export/ExportTiming.h"
@@ -118,6 +119,14 @@ TEST(Texts, EveryWarningOfMissingMessagesHasAKey) {
     for (const std::string_view text : {words.one, words.many}) {
       EXPECT_TRUE(english.contains(std::string(text))) << text;
     }
+  }
+}
+
+TEST(Texts, EveryWarningOfAnAppThatIsNotReadHasAKey) {
+  const auto english = readTable(bundle / "en.json");
+  for (const char* text : {UnreadApps::businessNotRead, UnreadApps::personalNotRead,
+                           UnreadApps::personalWithoutMessages, UnreadApps::businessWithoutMessages}) {
+    EXPECT_TRUE(english.contains(text)) << text;
   }
 }
 
