@@ -98,31 +98,57 @@ ChatStorageSnapshot loadChats(WorkingCopy copy) {
   return snapshot;
 }
 
-// The contacts that can be read of a working copy, whose faults are added to.
-std::vector<AddressBookContact> readContacts(WorkingCopy& copy) {
-  std::vector<AddressBookContact> contacts;
+// Whether a database that is whole may have failed so: SQLite's words for what the disk
+// of the working copies, or the memory, does not give.
+bool isOfThisMachine(const TidewellError& error) {
+  constexpr std::array words{"disk I/O error", "database or disk is full", "unable to open database file",
+                             "out of memory"};
+  return !error.is<TidewellError::InvalidDatabase>() ||
+         std::ranges::any_of(words, [&](const char* text) { return error == TidewellError::invalidDatabase(text); });
+}
+
+struct Contacts {
+  std::vector<AddressBookContact> all;
+  DatabaseFaults faults;
+};
+
+// Those that can be read of a working copy.
+Contacts readContacts(WorkingCopy copy) {
+  Contacts contacts{.faults = std::move(copy.faults)};
   try {
-    ContactsReader::load(copy.path, contacts);
+    ContactsReader::load(copy.path, contacts.all);
     const SQLiteDB database(PathText::text(copy.path), SQLiteDB::OpenMode::readOnly);
-    if (!database.tableExists(contactTable)) copy.faults.insert(DatabaseFault::damaged);
-    copy.faults.merge(DatabaseCheck::within(database, contactTables));
-  } catch (const TidewellError&) {
-    copy.faults.insert(DatabaseFault::damaged);
+    if (!database.tableExists(contactTable)) contacts.faults.insert(DatabaseFault::damaged);
+    contacts.faults.merge(DatabaseCheck::within(database, contactTables));
+  } catch (const TidewellError& error) {
+    if (isOfThisMachine(error)) throw;
+    contacts.faults.insert(DatabaseFault::damaged);
   }
   return contacts;
 }
 
-// Without contacts people are known by their numbers, so damage to them ends nothing.
-void addContacts(ChatStorageSnapshot& snapshot, const OpenedBackup& opened, const DatabaseFiles& files,
-                 const CancellationCheck& isCancelled) try {
-  readCopies(opened, files, isCancelled, [&](WorkingCopy copy) {
-    const std::vector<AddressBookContact> contacts = readContacts(copy);
-    snapshot.setDirectory(ContactsReader::directory(contacts, std::move(snapshot.directory)));
-    append(snapshot.warnings, BackupDatabase::contacts, copy.faults);
-  });
+// Whether the backup has no copy of a file to give, or no key that opens it.
+bool isNotToBeHad(const TidewellError& error) {
+  return error.is<TidewellError::ChatStorageUnreadable>() || error.is<TidewellError::IOFailure>() ||
+         error.is<TidewellError::WrongBackupPassword>();
+}
+
+Contacts readContacts(const OpenedBackup& opened, const DatabaseFiles& files,
+                      const CancellationCheck& isCancelled) try {
+  return readCopies(opened, files, isCancelled, [](WorkingCopy copy) { return readContacts(std::move(copy)); });
 } catch (const TidewellError& error) {
-  if (TidewellError::isCancellation(error)) throw;
-  append(snapshot.warnings, BackupDatabase::contacts, {DatabaseFault::damaged});
+  if (!isNotToBeHad(error)) throw;
+  return {.faults = {DatabaseFault::damaged}};
+}
+
+// Without contacts people are known by their numbers, so damage to them ends nothing.
+// Folders keep the names they get, so what may have failed for a moment is read once more.
+void addContacts(ChatStorageSnapshot& snapshot, const OpenedBackup& opened, const DatabaseFiles& files,
+                 const CancellationCheck& isCancelled) {
+  Contacts contacts = readContacts(opened, files, isCancelled);
+  if (contacts.faults.contains(DatabaseFault::damaged)) contacts = readContacts(opened, files, isCancelled);
+  snapshot.setDirectory(ContactsReader::directory(contacts.all, std::move(snapshot.directory)));
+  append(snapshot.warnings, BackupDatabase::contacts, contacts.faults);
 }
 
 }  // namespace

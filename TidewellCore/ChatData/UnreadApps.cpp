@@ -12,13 +12,12 @@ struct App {
   const char* notRead = "";
   const char* withoutMessages = "";
 };
-constexpr std::array<App, 2> apps{
-    {{.isBusiness = false,
-      .notRead = UnreadApps::personalNotRead,
-      .withoutMessages = UnreadApps::personalWithoutMessages},
-     {.isBusiness = true,
-      .notRead = UnreadApps::businessNotRead,
-      .withoutMessages = UnreadApps::businessWithoutMessages}}};
+constexpr std::array<App, 2> apps{{{.isBusiness = false,
+                                    .notRead = UnreadApps::personalNotRead,
+                                    .withoutMessages = UnreadApps::personalWithoutMessages},
+                                   {.isBusiness = true,
+                                    .notRead = UnreadApps::businessNotRead,
+                                    .withoutMessages = UnreadApps::businessWithoutMessages}}};
 
 // Of a file of either app; the index is asked for them in any letter case.
 bool isOf(const App& app, const ManifestFile& file) {
