@@ -129,12 +129,22 @@ TEST_P(Phone, TakesAThumbnailWhenThereIsNothingElse) {
 }
 
 TEST_P(Phone, PassesOverFilesThatAreNoPicturesOrCannotBeRead) {
-  add("5511900001111-9.jpg", Fixture::bytesOf("plain text, no picture"));
+  add("5511900001111-9.enc", Fixture::bytesOf("plain text, no picture"));
   add("5511900001111-8.jpg", {});
   add("5511900001111-7.jpg", jpeg("gone"), {.missing = true});
   add("5511900001111-6.jpg", jpeg("still here"));
   EXPECT_EQ(pictureOf(ana).second, jpeg("still here"));
   EXPECT_THAT(lost, ElementsAre(std::pair("5511900001111-7.jpg"s, FailureReason::missing)));
+}
+
+TEST_P(Phone, TellsOfPicturesWhoseBytesAreNone) {
+  add("5511900001111-9.jpg", Fixture::bytesOf("random bytes in its place"));
+  add("5511900001111-8.JPEG", Fixture::bytesOf("\xFF\xD8"));
+  add("5511900001111-7.thumb", Fixture::bytesOf("no thumbnail"));
+  EXPECT_EQ(pictureOf(ana).first, "");
+  EXPECT_THAT(lost, ElementsAre(std::pair("5511900001111-9.jpg"s, FailureReason::unreadable),
+                                std::pair("5511900001111-8.JPEG"s, FailureReason::unreadable),
+                                std::pair("5511900001111-7.thumb"s, FailureReason::unreadable)));
 }
 
 TEST_P(Phone, TellsOfAPictureThatCannotBeOpened) {

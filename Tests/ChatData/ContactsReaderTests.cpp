@@ -89,7 +89,8 @@ TEST(ContactsReader, AMissingTableGivesNobody) {
 TEST(ContactsReader, AFileThatIsNoDatabaseIsReported) {
   const TemporaryDirectory folder;
   writeFile(folder / "db", std::string(4096, 'x'));
-  EXPECT_THAT([&] { ContactsReader::load(folder / "db"); },
+  std::vector<AddressBookContact> contacts;
+  EXPECT_THAT([&] { ContactsReader::load(folder / "db", contacts); },
               failsWith(TidewellError::invalidDatabase("file is not a database")));
 }
 

@@ -26,7 +26,9 @@ inline ChatStorageSnapshot readChats(const WhatsAppContents& app) {
 inline std::vector<AddressBookContact> readContacts(const WhatsAppContents& app) {
   const TemporaryDirectory folder;
   writeDatabase(writeContacts(app), folder / "ContactsV2.sqlite");
-  return ContactsReader::load(folder / "ContactsV2.sqlite");
+  std::vector<AddressBookContact> contacts;
+  ContactsReader::load(folder / "ContactsV2.sqlite", contacts);
+  return contacts;
 }
 
 // Both together, as a scan has them.

@@ -74,7 +74,7 @@ TEST(ScanCommand, SaysWhatMayBeMissingAndEndsWithAnotherCode) {
     const Finished asJson = commandLine.run({"scan", "device", "--password-stdin", "--json"}, "correct horse");
     EXPECT_EQ(asJson.exitCode, 3);
     const Json::Object object = asJson.json();
-    ASSERT_EQ(object.at("warnings").as<Json::Array>()->size(), 1U);
+    ASSERT_FALSE(object.at("warnings").as<Json::Array>()->empty());
     EXPECT_EQ(*object.at("warnings").as<Json::Array>()->at(0).as<std::string>(), warning);
   }
 }

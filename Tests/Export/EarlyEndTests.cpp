@@ -166,16 +166,23 @@ TEST_P(EarlyEndTest, ABackupThatIsTakenAwayWhileChatsAreReadIsMissed) {
   EXPECT_FALSE(fs::exists(scene.destination));
 }
 
-TEST_P(EarlyEndTest, AScanMissesItsBackupToo) {
+TEST_P(EarlyEndTest, AScanMissesItsBackupAtEveryStageToo) {
   const Exporter exporter;
   std::optional<std::string_view> password;
   if (scene.contents.encryption) password = scene.contents.encryption->keyBag.password;
-  bool isFirst = true;
-  const auto take = [&] {
-    if (std::exchange(isFirst, false)) takeBackup();
-    return false;
-  };
-  EXPECT_THAT([&] { exporter.scan(scene.backup, password, {}, take); }, failsWith(EarlyEnd::backupGoneWhileRead));
+  int checks = 0;
+  exporter.scan(scene.backup, password, {}, [&] { return ++checks < 0; });
+  const int stages = checks;
+  for (int stage = 1; stage <= stages; ++stage) {
+    checks = 0;
+    const auto take = [&] {
+      if (++checks == stage) takeBackup();
+      return false;
+    };
+    EXPECT_THAT([&] { exporter.scan(scene.backup, password, {}, take); }, failsWith(EarlyEnd::backupGoneWhileRead))
+        << stage << " of " << stages;
+    bringBackup();
+  }
 }
 
 TEST_P(EarlyEndTest, AFolderThatNeverWasABackupIsNotMissed) {

@@ -62,11 +62,13 @@ struct FaultSweepTest : testing::TestWithParam<Sweep> {
 #endif
   }
 
-  // Ana has a picture, so that all kinds of files are there.
+  // Ana has a picture and Bea's name stands among the contacts alone, so that all kinds of files are there.
   void makeBackup(bool isEncrypted) {
     Fixture::BackupContents contents = ExportTest::smallBackup(isEncrypted);
     contents.whatsApp.files.push_back(
         {.relativePath = "Media/Profile/5511900001111-1.jpg", .content = Fixture::bytesOf("\xFF\xD8\xFF and so on")});
+    contents.whatsApp.chats.back().name = {};
+    contents.whatsApp.contacts = {{.fullName = "Bea", .whatsAppID = ExportTest::bea}};
     Fixture::writeBackup(contents, program / "device");
     if (!isEncrypted) return;
     Fixture::writeFile(program / "password", contents.encryption->keyBag.password + "\n");

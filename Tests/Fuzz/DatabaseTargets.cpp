@@ -53,7 +53,8 @@ void DatabaseTargets::chatDatabase(ByteView input) {
 
 void DatabaseTargets::contacts(ByteView input) {
   withFile(input, "ContactsV2.sqlite", [](const fs::path& file) {
-    const auto contacts = ContactsReader::load(file);
+    std::vector<AddressBookContact> contacts;
+    ContactsReader::load(file, contacts);
     for (const AddressBookContact& contact : contacts) checkText(contact.bestName());
     ContactsReader::directory(contacts, {});
   });

@@ -1,6 +1,7 @@
 #include "TidewellCore/Archive/ProfilePictures.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <tuple>
 
@@ -44,10 +45,21 @@ std::int64_t sizeOf(const ManifestFile& file, const OpenedBackup& backup) {
   throw CopyError(FailureReason::cutShort);
 }
 
-// Absent for a file that is no picture. Throws what keeps it from being read.
+// Whether its name says that it is a picture, and not something else that is kept beside them.
+bool isNamedAsPicture(const ManifestFile& file) {
+  constexpr std::array<std::string_view, 8> extensions{"jpg", "jpeg", "thumb", "png", "gif", "webp", "heic", "heif"};
+  return std::ranges::find(extensions, Text::lowercased(PathText::extension(file.relativePath))) != extensions.end();
+}
+
+// Absent for a file that is meant to be no picture, and for one that the phone
+// kept empty. Throws what keeps it from being read as one.
 std::optional<ProfilePictureFormat> formatOf(const ManifestFile& file, const OpenedBackup& backup) {
-  if (sizeOf(file, backup) > largestPicture) return std::nullopt;
-  return ProfilePictures::detectFormat(backup.firstBytes(file, headerSize));
+  const std::int64_t size = sizeOf(file, backup);
+  if (size <= largestPicture) {
+    if (const auto format = ProfilePictures::detectFormat(backup.firstBytes(file, headerSize))) return format;
+  }
+  if (size > 0 && isNamedAsPicture(file)) throw CopyError(FailureReason::unreadable);
+  return std::nullopt;
 }
 
 void tellOfLoss(const std::exception& error, const ArchiveChat& chat, const ManifestFile& file,

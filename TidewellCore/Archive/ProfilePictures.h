@@ -74,8 +74,9 @@ struct Loss {
 using LossObserver = std::function<void(const std::exception& error, const Loss& loss)>;
 
 // The best of a chat's pictures: a full picture before a thumbnail, then the
-// newest, then the largest, then the first by its path. Files in no known
-// format are passed over, and so are those that cannot be read, after `lost` was told.
+// newest, then the largest, then the first by its path. Files that are no
+// pictures are passed over; `lost` is told of those that cannot be read, or not as
+// the pictures that their names say they are.
 std::optional<Selection> select(const ArchiveChat& chat, const ChatStorageSnapshot& snapshot, const Index& byUser,
                                 const OpenedBackup& backup, const LossObserver& lost);
 

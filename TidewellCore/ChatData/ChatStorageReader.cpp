@@ -6,6 +6,7 @@
 #include <limits>
 #include <map>
 #include <tuple>
+#include <unordered_set>
 
 #include "TidewellCore/ChatData/NameResolver.h"
 #include "TidewellCore/ChatData/TableReader.h"
@@ -139,35 +140,80 @@ std::vector<MessageRecord> inOrder(std::vector<PlacedMessage> placed) {
   return messages;
 }
 
-void loadMessages(const SQLiteDB& database, ChatStorageSnapshot& snapshot) {
-  TableReader table(database, "ZWAMESSAGE");
-  const std::string pk = table.select({"Z_PK"});
-  const std::string chat = table.select({"ZCHATSESSION"});
-  const std::string sent = table.select({"ZMESSAGEDATE", "ZDATE"});
-  const std::string text = table.select({"ZTEXT", "ZMESSAGETEXT"});
-  const std::string isFromMe = table.select({"ZISFROMME", "ZFROMMe"});
-  const std::string fromJID = table.select({"ZFROMJID", "ZSENDERJID"});
-  const std::string pushName = table.select({"ZPUSHNAME"});
-  const std::string groupMember = table.select({"ZGROUPMEMBER"});
-  const std::string sort = table.select({"ZSORT"});
-  std::map<std::int64_t, std::vector<PlacedMessage>> messagesByChat;
-  if (pk.empty() || chat.empty()) return;
-  table.forEachRow([&](const SQLiteRow& row) {
-    const auto key = row.intValue(pk);
-    const auto chatPK = row.intValue(chat);
-    if (!key || !chatPK) return;
-    messagesByChat[*chatPK].push_back({.message = {.pk = *key,
-                                                   .chatPK = chatPK,
-                                                   .date = date(row.value(sent)),
-                                                   .text = row.textValue(text),
-                                                   .isFromMe = row.intValue(isFromMe).value_or(0) != 0,
-                                                   .fromJID = nameOf(row, fromJID),
-                                                   .pushName = messagePushName(row.value(pushName)),
-                                                   .groupMemberPK = row.intValue(groupMember)},
-                                       .sort = sortOf(row.value(sort))});
-  });
-  for (auto& [chatPK, messages] : messagesByChat) snapshot.messagesByChat[chatPK] = inOrder(std::move(messages));
+std::int64_t rowCount(const SQLiteDB& database, const std::string& table) {
+  std::int64_t count = 0;
+  if (!database.tableExists(table)) return count;
+  database.query("SELECT count(*) AS n FROM " + table, {},
+                 [&](const SQLiteRow& row) { count = row.intValue("n").value_or(0); });
+  return count;
 }
+
+bool holdsBytes(const SQLiteValue* value) {
+  const auto* bytes = value == nullptr ? nullptr : std::get_if<Bytes>(value);
+  return bytes != nullptr && !bytes->empty();
+}
+
+// Keys of messages that say no chat and hold no text; whether they are missed is for their files to say.
+using SilentMessages = std::unordered_set<std::int64_t>;
+
+class MessageTable {
+ public:
+  MessageTable(const SQLiteDB& database, ChatStorageSnapshot& snapshot)
+      : table_(database, "ZWAMESSAGE"), snapshot_(snapshot) {}
+
+  SilentMessages load(const SQLiteDB& database) {
+    if (pk_.empty() || chat_.empty()) {
+      snapshot_.unread.withoutChat = rowCount(database, "ZWAMESSAGE");
+      return {};
+    }
+    table_.forEachRow([this](const SQLiteRow& row) { read(row); });
+    for (auto& [chat, messages] : messagesByChat_) snapshot_.messagesByChat[chat] = inOrder(std::move(messages));
+    return std::move(silent_);
+  }
+
+ private:
+  void read(const SQLiteRow& row) {
+    const auto key = row.intValue(pk_);
+    const auto chat = row.intValue(chat_);
+    const bool isTextLost = text_.empty() || holdsBytes(row.value(text_));
+    std::optional<std::string> text = row.textValue(text_);
+    if (key && chat) {
+      if (isTextLost) ++snapshot_.unread.withoutText;
+      messagesByChat_[*chat].push_back(placed(row, *key, *chat, std::move(text)));
+    } else if (key && !isTextLost && text.value_or("").empty()) {
+      silent_.insert(*key);
+    } else {
+      ++snapshot_.unread.withoutChat;
+    }
+  }
+
+  PlacedMessage placed(const SQLiteRow& row, std::int64_t key, std::int64_t chat,
+                       std::optional<std::string> text) const {
+    return {.message = {.pk = key,
+                        .chatPK = chat,
+                        .date = date(row.value(sent_)),
+                        .text = std::move(text),
+                        .isFromMe = row.intValue(isFromMe_).value_or(0) != 0,
+                        .fromJID = nameOf(row, fromJID_),
+                        .pushName = messagePushName(row.value(pushName_)),
+                        .groupMemberPK = row.intValue(groupMember_)},
+            .sort = sortOf(row.value(sort_))};
+  }
+
+  TableReader table_;
+  ChatStorageSnapshot& snapshot_;
+  const std::string pk_ = table_.select({"Z_PK"});
+  const std::string chat_ = table_.select({"ZCHATSESSION"});
+  const std::string sent_ = table_.select({"ZMESSAGEDATE", "ZDATE"});
+  const std::string text_ = table_.select({"ZTEXT", "ZMESSAGETEXT"});
+  const std::string isFromMe_ = table_.select({"ZISFROMME", "ZFROMMe"});
+  const std::string fromJID_ = table_.select({"ZFROMJID", "ZSENDERJID"});
+  const std::string pushName_ = table_.select({"ZPUSHNAME"});
+  const std::string groupMember_ = table_.select({"ZGROUPMEMBER"});
+  const std::string sort_ = table_.select({"ZSORT"});
+  std::map<std::int64_t, std::vector<PlacedMessage>> messagesByChat_;
+  SilentMessages silent_;
+};
 
 std::unordered_map<std::int64_t, ChatStorageSnapshot::MessagePosition> positionsByPK(
     const ChatStorageSnapshot& snapshot) {
@@ -178,7 +224,7 @@ std::unordered_map<std::int64_t, ChatStorageSnapshot::MessagePosition> positions
   return positions;
 }
 
-void attachMediaPaths(const SQLiteDB& database, ChatStorageSnapshot& snapshot) {
+void attachMediaPaths(const SQLiteDB& database, SilentMessages silent, ChatStorageSnapshot& snapshot) {
   TableReader table(database, "ZWAMEDIAITEM");
   const std::string message = table.select({"ZMESSAGE"});
   const std::string path = table.select({"ZMEDIALOCALPATH", "ZLOCALPATH"});
@@ -188,7 +234,12 @@ void attachMediaPaths(const SQLiteDB& database, ChatStorageSnapshot& snapshot) {
     const auto key = row.intValue(message);
     std::string relativePath = row.textValue(path).value_or("");
     const auto position = key ? positions.find(*key) : positions.end();
-    if (position == positions.end() || relativePath.empty()) return;
+    if (relativePath.empty()) return;
+    if (position == positions.end()) {
+      const bool isOfSilent = key && silent.erase(*key) > 0;
+      ++(isOfSilent ? snapshot.unread.withoutChat : snapshot.unread.ofFiles);
+      return;
+    }
     if (!relativePath.starts_with("Message/")) relativePath.insert(0, "Message/");
     const auto& [chatPK, index] = position->second;
     snapshot.messagesByChat[chatPK][index].mediaLocalPath = relativePath;
@@ -208,7 +259,6 @@ ChatStorageSnapshot ChatStorageReader::load(const std::filesystem::path& copiedD
   loadProfilePushNames(database, directory);
   loadLIDPairs(database, directory);
   snapshot.setDirectory(std::move(directory));
-  loadMessages(database, snapshot);
-  attachMediaPaths(database, snapshot);
+  attachMediaPaths(database, MessageTable(database, snapshot).load(database), snapshot);
   return snapshot;
 }

@@ -7,7 +7,7 @@
 namespace ChatStorageReader {
 
 // Reads a working copy of ChatStorage.sqlite (docs/formats/chat-schema.md).
-// A missing table leaves its part empty. Throws
+// A missing table leaves its part empty; what is not read of the messages is counted. Throws
 // TidewellError::chatStorageUnreadable and TidewellError::invalidDatabase.
 ChatStorageSnapshot load(const std::filesystem::path& copiedDatabase);
 

@@ -30,6 +30,7 @@ struct ChatStorageSnapshot {
   // Oldest first, undated before all; those of one date in the phone's own order.
   std::map<std::int64_t, std::vector<MessageRecord>> messagesByChat;
   std::unordered_map<std::string, MessagePosition> mediaByRelativePath;
+  UnreadMessages unread;
   ContactDirectory directory;
   // Derived from `chats` and `directory`; the smallest primary key first.
   std::map<std::string, std::vector<std::int64_t>, std::less<>> chatPKsByCanonicalJID;

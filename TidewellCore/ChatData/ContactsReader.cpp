@@ -32,7 +32,7 @@ std::optional<std::string> phoneJID(const AddressBookContact& contact) {
 
 }  // namespace
 
-std::vector<AddressBookContact> ContactsReader::load(const std::filesystem::path& copiedDatabase) {
+void ContactsReader::load(const std::filesystem::path& copiedDatabase, std::vector<AddressBookContact>& contacts) {
   const SQLiteDB database(PathText::text(copiedDatabase), SQLiteDB::OpenMode::writableCopy);
   TableReader table(database, "ZWAADDRESSBOOKCONTACT");
   const std::string fullName = table.select({"ZFULLNAME", "ZDISPLAYNAME"});
@@ -42,7 +42,6 @@ std::vector<AddressBookContact> ContactsReader::load(const std::filesystem::path
   const std::string lid = table.select({"ZLID"});
   const std::string phoneNumber = table.select({"ZPHONENUMBER"});
   const std::string localizedNumber = table.select({"ZLOCALIZEDPHONENUMBER"});
-  std::vector<AddressBookContact> contacts;
   table.forEachRow([&](const SQLiteRow& row) {
     AddressBookContact contact{.fullName = field(row, fullName),
                                .givenName = field(row, givenName),
@@ -53,7 +52,6 @@ std::vector<AddressBookContact> ContactsReader::load(const std::filesystem::path
     if (!contact.phoneNumber) contact.phoneNumber = field(row, localizedNumber);
     contacts.push_back(std::move(contact));
   });
-  return contacts;
 }
 
 ContactDirectory ContactsReader::directory(const std::vector<AddressBookContact>& contacts, ContactDirectory base) {

@@ -7,9 +7,10 @@
 
 namespace ContactsReader {
 
-// Reads a working copy of ContactsV2.sqlite. Empty when its table is missing.
-// Throws TidewellError::databaseOpenFailed and TidewellError::invalidDatabase.
-std::vector<AddressBookContact> load(const std::filesystem::path& copiedDatabase);
+// Appends what a working copy of ContactsV2.sqlite holds; nothing when its table is missing.
+// Throws TidewellError::databaseOpenFailed and TidewellError::invalidDatabase; the
+// contacts that were read by then stay.
+void load(const std::filesystem::path& copiedDatabase, std::vector<AddressBookContact>& contacts);
 
 // `base` with the contacts filed in it and their LIDs linked to their numbers.
 ContactDirectory directory(const std::vector<AddressBookContact>& contacts, ContactDirectory base);

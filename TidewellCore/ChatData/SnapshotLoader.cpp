@@ -1,10 +1,14 @@
 #include "TidewellCore/ChatData/SnapshotLoader.h"
 
+#include <algorithm>
 #include <array>
+#include <iterator>
 
 #include "TidewellCore/Backup/DatabaseCheck.h"
 #include "TidewellCore/ChatData/ChatStorageReader.h"
 #include "TidewellCore/ChatData/ContactsReader.h"
+#include "TidewellCore/ChatData/MissingMessages.h"
+#include "TidewellCore/ChatData/UnreadApps.h"
 #include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/Platform/SQLiteDB.h"
 #include "TidewellCore/Platform/TemporaryFolder.h"
@@ -23,6 +27,10 @@ constexpr std::array<const char*, 1> contactTables{contactTable};
 constexpr const char* noMessages =
     "Its list of messages is missing, so it is empty or damaged. Copy the backup again from where it came, or make a "
     "new one with the iPhone.";
+
+constexpr const char* noChats =
+    "It does not say which chats its messages belong to, so it is damaged. Copy the backup again from where it came, "
+    "or make a new one with the iPhone.";
 
 // A database and the journal and index that SQLite looks for beside it.
 struct DatabaseFiles {
@@ -83,19 +91,65 @@ ChatStorageSnapshot loadChats(WorkingCopy copy) {
   ChatStorageSnapshot snapshot = readChats(copy.path);
   const SQLiteDB database(PathText::text(copy.path), SQLiteDB::OpenMode::readOnly);
   if (!database.tableExists(messageTable)) throw TidewellError::chatStorageUnreadable(noMessages);
+  if (MissingMessages::areAll(snapshot)) throw TidewellError::chatStorageUnreadable(noChats);
+  if (MissingMessages::areGone(snapshot)) copy.faults.insert(DatabaseFault::damaged);
   copy.faults.merge(DatabaseCheck::within(database, chatTables));
   append(snapshot.warnings, BackupDatabase::chats, copy.faults);
+  std::ranges::move(MissingMessages::warnings(snapshot), std::back_inserter(snapshot.warnings));
   return snapshot;
 }
 
-// Without contacts people are known by their numbers, so their absence ends nothing.
-void addContacts(ChatStorageSnapshot& snapshot, WorkingCopy copy) {
-  const std::vector<AddressBookContact> contacts = ContactsReader::load(copy.path);
-  snapshot.setDirectory(ContactsReader::directory(contacts, std::move(snapshot.directory)));
-  const SQLiteDB database(PathText::text(copy.path), SQLiteDB::OpenMode::readOnly);
-  if (!database.tableExists(contactTable)) copy.faults.insert(DatabaseFault::damaged);
-  copy.faults.merge(DatabaseCheck::within(database, contactTables));
-  append(snapshot.warnings, BackupDatabase::contacts, copy.faults);
+// Whether a database that is whole may have failed so: SQLite's words for what the disk
+// of the working copies, or the memory, does not give.
+bool isOfThisMachine(const TidewellError& error) {
+  constexpr std::array words{"disk I/O error", "database or disk is full", "unable to open database file",
+                             "out of memory"};
+  return !error.is<TidewellError::InvalidDatabase>() ||
+         std::ranges::any_of(words, [&](const char* text) { return error == TidewellError::invalidDatabase(text); });
+}
+
+struct Contacts {
+  std::vector<AddressBookContact> all;
+  DatabaseFaults faults;
+};
+
+// Those that can be read of a working copy.
+Contacts readContacts(WorkingCopy copy) {
+  Contacts contacts{.faults = std::move(copy.faults)};
+  try {
+    ContactsReader::load(copy.path, contacts.all);
+    const SQLiteDB database(PathText::text(copy.path), SQLiteDB::OpenMode::readOnly);
+    if (!database.tableExists(contactTable)) contacts.faults.insert(DatabaseFault::damaged);
+    contacts.faults.merge(DatabaseCheck::within(database, contactTables));
+  } catch (const TidewellError& error) {
+    if (isOfThisMachine(error)) throw;
+    contacts.faults.insert(DatabaseFault::damaged);
+  }
+  return contacts;
+}
+
+// Whether the backup has no copy of a file to give, or no key that opens it.
+bool isNotToBeHad(const TidewellError& error) {
+  return error.is<TidewellError::ChatStorageUnreadable>() || error.is<TidewellError::IOFailure>() ||
+         error.is<TidewellError::WrongBackupPassword>();
+}
+
+Contacts readContacts(const OpenedBackup& opened, const DatabaseFiles& files,
+                      const CancellationCheck& isCancelled) try {
+  return readCopies(opened, files, isCancelled, [](WorkingCopy copy) { return readContacts(std::move(copy)); });
+} catch (const TidewellError& error) {
+  if (!isNotToBeHad(error)) throw;
+  return {.faults = {DatabaseFault::damaged}};
+}
+
+// Without contacts people are known by their numbers, so damage to them ends nothing.
+// Folders keep the names they get, so what may have failed for a moment is read once more.
+void addContacts(ChatStorageSnapshot& snapshot, const OpenedBackup& opened, const DatabaseFiles& files,
+                 const CancellationCheck& isCancelled) {
+  Contacts contacts = readContacts(opened, files, isCancelled);
+  if (contacts.faults.contains(DatabaseFault::damaged)) contacts = readContacts(opened, files, isCancelled);
+  snapshot.setDirectory(ContactsReader::directory(contacts.all, std::move(snapshot.directory)));
+  append(snapshot.warnings, BackupDatabase::contacts, contacts.faults);
 }
 
 }  // namespace
@@ -109,9 +163,9 @@ ChatStorageSnapshot SnapshotLoader::load(const OpenedBackup& opened, const Manif
   }
   throwIfCancelled(isCancelled);
   if (manifest.contacts) {
-    readCopies(opened, {manifest.contacts, manifest.contactsWAL, manifest.contactsSHM}, isCancelled,
-               [&](WorkingCopy copy) { addContacts(snapshot, std::move(copy)); });
+    addContacts(snapshot, opened, {manifest.contacts, manifest.contactsWAL, manifest.contactsSHM}, isCancelled);
   }
   throwIfCancelled(isCancelled);
+  std::ranges::move(UnreadApps::warnings(manifest), std::back_inserter(snapshot.warnings));
   return snapshot;
 }

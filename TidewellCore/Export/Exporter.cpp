@@ -183,6 +183,7 @@ ScanResult Exporter::scan(const fs::path& backup, std::optional<std::string_view
     throwIfCancelled(isCancelled);
     const ManifestStore manifest = loadManifest(opened, isCancelled);
     const ChatStorageSnapshot snapshot = SnapshotLoader::load(opened, manifest, isCancelled);
+    EarlyEnd::requireBackup({.backup = backup});
     ScanResult result = ScanSummary::summarize(snapshot, manifest, opened, locale);
     if (passwordKey != nullptr) *passwordKey = std::move(used);
     return result;
@@ -206,6 +207,8 @@ ExportSummary Exporter::runExport(const ExportJob& job, const RunControl& contro
   const ManifestStore manifest = loadManifest(opened, control.isCancelled);
   requireWhatsApp(manifest);
   const ChatStorageSnapshot snapshot = SnapshotLoader::load(opened, manifest, control.isCancelled);
+  // One that was taken away would only lack the names of its contacts.
+  EarlyEnd::requireBackup({.backup = job.backup, .destination = &job.destination});
   const Reading reading{.opened = opened, .manifest = manifest, .snapshot = snapshot};
   ExportSummary summary = Writing(*this, job, reading, control).run(progress);
   progress.begin(Phase::finished);

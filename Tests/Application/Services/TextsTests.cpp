@@ -8,6 +8,8 @@
 #include "Tests/Application/Services/SourceTexts.h"
 #include "Tidewell/Services/ResourceBundle.h"
 #include "TidewellCore/Backup/DatabaseCheck.h"
+#include "TidewellCore/ChatData/MissingMessages.h"
+#include "TidewellCore/ChatData/UnreadApps.h"
 #include "TidewellCore/CopyFailure.h"
 #include "TidewellCore/Export/EarlyEnd.h"
 #include "TidewellCore/Export/ExportTiming.h"
@@ -108,6 +110,23 @@ TEST(Texts, EveryFaultOfADatabaseHasAKey) {
   const auto english = readTable(bundle / "en.json");
   for (const DatabaseCheck::Sentence& sentence : DatabaseCheck::sentences) {
     EXPECT_TRUE(english.contains(sentence.text)) << sentence.text;
+  }
+}
+
+TEST(Texts, EveryWarningOfMissingMessagesHasAKey) {
+  const auto english = readTable(bundle / "en.json");
+  for (const MissingMessages::Words& words : MissingMessages::allWords) {
+    for (const std::string_view text : {words.one, words.many}) {
+      EXPECT_TRUE(english.contains(std::string(text))) << text;
+    }
+  }
+}
+
+TEST(Texts, EveryWarningOfAnAppThatIsNotReadHasAKey) {
+  const auto english = readTable(bundle / "en.json");
+  for (const char* text : {UnreadApps::businessNotRead, UnreadApps::personalNotRead,
+                           UnreadApps::personalWithoutMessages, UnreadApps::businessWithoutMessages}) {
+    EXPECT_TRUE(english.contains(text)) << text;
   }
 }
 
