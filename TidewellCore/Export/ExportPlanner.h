@@ -38,11 +38,13 @@ struct PlannedCopy {
   std::filesystem::path dest;
   std::optional<Date> date;
   std::string relativePath;
-  std::string exportedName;  // the file name of `dest`
+  std::string desiredName;   // in the form that the destination takes
+  std::string exportedName;  // the file name of `dest`: the desired one, or a variant of it
   std::string chatJID;
   MediaKind kind = MediaKind::documents;
   std::int64_t sourceSize = 0;
   bool alreadyPresent = false;  // nothing is to be copied
+  bool hasFailed = false;       // what stands at `dest` is not of this copy
   std::optional<Bytes> encryptionKey;
   // Set when `source` is an earlier export's file, plaintext already: the former
   // folder it is to be moved from.

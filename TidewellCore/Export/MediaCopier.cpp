@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "TidewellCore/Export/CopyPlace.h"
 #include "TidewellCore/FolderNames.h"
 #include "TidewellCore/MakeRoom.h"
 #include "TidewellCore/Platform/FileDescriptor.h"
@@ -38,21 +39,16 @@ MediaCopier::MediaCopier(const OpenedBackup& opened, DestinationIndex& index, co
                          CancellationCheck isCancelled)
     : opened_(opened), index_(index), batches_(disk), isCancelled_(std::move(isCancelled)) {}
 
-MediaCopier::Outcome MediaCopier::carryOut(const PlannedCopy& copy) {
+MediaCopier::Outcome MediaCopier::carryOut(PlannedCopy& copy) {
   if (copy.alreadyPresent) return Outcome::alreadyPresent;
   if (copy.sourceSize < 0) failAsDamaged(copy);
   const fs::path folder = copy.dest.parent_path();
   // What stands there is not known, so nothing can be put beside it.
   if (index_.unreadableFolders.contains(PathText::text(folder.filename()))) throw CopyError(FailureReason::unwritable);
   MakeRoom::forFolder(folder);
-  const bool hasCome = Files::regularFileSize(copy.dest) == copy.sourceSize;
-  if (!hasCome && !copy.leftoverFolder) {
-    write(copy);
-    return Outcome::written;
-  }
-  if (!hasCome) move(copy);
-  enter(copy);
-  return hasCome ? Outcome::alreadyPresent : Outcome::moved;
+  if (copy.leftoverFolder) return move(copy);
+  write(copy);
+  return Outcome::written;
 }
 
 std::vector<CopyBatches::Settled> MediaCopier::settleDue() {
@@ -94,13 +90,17 @@ FailureReason MediaCopier::reasonOf(const std::exception& error, const PlannedCo
   return reason == FailureReason::undecryptable && !hasKey(copy) ? FailureReason::keyMissing : reason;
 }
 
-void MediaCopier::move(const PlannedCopy& copy) {
-  if (!Files::moveToFree(copy.source, copy.dest)) throw CopyError(FailureReason::placeTaken);
-  index_.removeFile(*copy.leftoverFolder, PathText::text(copy.source.filename()));
-  setDate(copy.dest, copy);
+MediaCopier::Outcome MediaCopier::move(PlannedCopy& copy) {
+  const bool isMoved = CopyPlace::give(copy, copy.source);
+  if (isMoved) {
+    index_.removeFile(*copy.leftoverFolder, PathText::text(copy.source.filename()));
+    setDate(copy.dest, copy);
+  }
+  enter(copy);
+  return isMoved ? Outcome::moved : Outcome::alreadyPresent;
 }
 
-void MediaCopier::write(const PlannedCopy& copy) {
+void MediaCopier::write(PlannedCopy& copy) {
   const fs::path partial = copy.dest.parent_path() / Files::partialName();
   try {
     const StoredFile stored{.location = copy.source, .encryptionKey = copy.encryptionKey, .size = copy.sourceSize};
