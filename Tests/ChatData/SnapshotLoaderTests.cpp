@@ -69,6 +69,13 @@ class SnapshotLoaderTest : public testing::TestWithParam<bool> {
     EXPECT_THAT([&] { load(); }, failsWith(TidewellError::chatStorageUnreadable(detail)));
   }
 
+  // None, one that holds nothing, and one that holds something like a key.
+  static std::vector<Fixture::StorageOptions> lostRecords() {
+    return {{.withoutRecord = true},
+            {.record = Fixture::Bytes(200, 0)},
+            {.record = Fixture::bytesOf(std::string(99, '\t'))}};
+  }
+
   void TearDown() override { EXPECT_THAT(temporary_.names(), IsEmpty()) << "working folders are left behind"; }
 
   TemporaryDirectory folder_;
@@ -115,6 +122,27 @@ TEST_P(SnapshotLoaderTest, AMissingFileIsNamed) {
   for (const char* path : {"ChatStorage.sqlite", "ContactsV2.sqlite"}) {
     contents_.whatsApp.databaseStorage = {{path, {.missing = true}}};
     expectUnreadable(std::string("Missing backup file for ") + path + ".");
+  }
+}
+
+TEST_P(SnapshotLoaderTest, ADatabaseWhoseKeyIsLostIsNamed) {
+  if (!contents_.encryption) GTEST_SKIP() << "A plain backup has no keys.";
+  for (const char* path : {"ChatStorage.sqlite", "ContactsV2.sqlite"}) {
+    for (const auto& record : lostRecords()) {
+      contents_.whatsApp.databaseStorage = {{path, record}};
+      expectUnreadable(std::string("The backup holds no key that opens ") + path +
+                       ". Copy the backup again from where it came, or make a new one with the iPhone.");
+    }
+  }
+}
+
+TEST_P(SnapshotLoaderTest, AJournalWhoseKeyIsLostIsAWarning) {
+  if (!contents_.encryption) GTEST_SKIP() << "A plain backup has no keys.";
+  for (const auto& record : lostRecords()) {
+    contents_.whatsApp.databaseStorage = {{"ChatStorage.sqlite-wal", record}, {"ChatStorage.sqlite-shm", record}};
+    const ChatStorageSnapshot snapshot = load();
+    EXPECT_THAT(snapshot.messagesByChat.at(1), SizeIs(2)) << "what the journal held is gone";
+    EXPECT_THAT(snapshot.warnings, ElementsAre(StartsWith("The newest messages may be missing: the journal")));
   }
 }
 

@@ -20,6 +20,8 @@ constexpr std::array<const char*, 2> domainPatterns{"%whatsapp.WhatsApp.shared",
 constexpr std::array<const char*, 1> tables{"Files"};
 constexpr std::array<const char*, 4> requiredColumns{"FILEID", "DOMAIN", "RELATIVEPATH", "FLAGS"};
 
+constexpr std::uint32_t unprotected = 0;  // a protection class
+
 constexpr const char* interestingPaths = R"()
   AND (
         relativePath = 'ChatStorage.sqlite'
@@ -62,6 +64,7 @@ ManifestFile readFile(const SQLiteRow& row) {
     MBFileArchive::Metadata metadata = MBFileArchive::metadata(*blob);
     file.encryptionKey = std::move(metadata.encryptionKey);
     file.plaintextSize = metadata.size;
+    file.isUnprotected = metadata.protectionClass == unprotected;
   }
   return file;
 }

@@ -26,7 +26,7 @@ struct Request {
   MediaKind kind = MediaKind::documents;
   std::int64_t sourceSize = 0;  // bytes of plaintext; negative when the stored file is missing or cut short
   std::optional<Date> date;
-  std::optional<Bytes> encryptionKey;  // wrapped; absent in a plain backup
+  std::optional<Bytes> encryptionKey;  // wrapped; absent for what is stored plain, empty when the backup has lost it
   bool isShorterThanRecorded = false;  // by the phone: it may have lost its end
 
   bool operator==(const Request&) const = default;

@@ -68,26 +68,17 @@ void MediaCopier::enter(const PlannedCopy& copy) {
   index_.addFile(PathText::text(copy.dest.parent_path().filename()), copy.exportedName, copy.sourceSize);
 }
 
-bool MediaCopier::hasKey(const PlannedCopy& copy) const {
-  if (!copy.encryptionKey || !opened_.unlocker()) return true;
-  try {
-    opened_.unlocker()->keyBag.unwrapPersistentKey(*copy.encryptionKey);
-    return true;
-  } catch (const TidewellError&) {
-    return false;
-  }
-}
-
 void MediaCopier::failAsDamaged(const PlannedCopy& copy) const {
   if (copy.source.empty()) throw CopyError(FailureReason::missing);
   FileDescriptor::openForReading(copy.source);
-  throw CopyError(hasKey(copy) ? FailureReason::cutShort : FailureReason::keyMissing);
+  throw CopyError(opened_.isOpenedBy(copy.encryptionKey) ? FailureReason::cutShort : FailureReason::keyMissing);
 }
 
 FailureReason MediaCopier::reasonOf(const std::exception& error, const PlannedCopy& copy) const {
   // A former copy that is moved is no file of the backup.
   const FailureReason reason = CopyFailures::reasonOf(error, copy.leftoverFolder ? fs::path() : copy.source);
-  return reason == FailureReason::undecryptable && !hasKey(copy) ? FailureReason::keyMissing : reason;
+  return reason == FailureReason::undecryptable && !opened_.isOpenedBy(copy.encryptionKey) ? FailureReason::keyMissing
+                                                                                           : reason;
 }
 
 MediaCopier::Outcome MediaCopier::move(PlannedCopy& copy) {

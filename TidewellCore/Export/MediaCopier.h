@@ -39,8 +39,6 @@ class MediaCopier {
  private:
   // Throws what keeps a file from being copied whose size could not be proven.
   [[noreturn]] void failAsDamaged(const ExportPlanner::PlannedCopy& copy) const;
-  // Whether a key opens the file, or it needs none.
-  bool hasKey(const ExportPlanner::PlannedCopy& copy) const;
   Outcome move(ExportPlanner::PlannedCopy& copy);
   void write(ExportPlanner::PlannedCopy& copy);
   void enter(const ExportPlanner::PlannedCopy& copy);
