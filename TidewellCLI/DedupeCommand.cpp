@@ -68,7 +68,8 @@ int run(const Options& options) {
   const DedupeSummary summary =
       Exporter().dedupe(absolutePath(options.destination), options.apply, Interruption::check());
   options.json ? printJson(JsonRecords::json(summary)) : print(summary);
-  return ExitCode::done;
+  printWarnings(summary.warnings);
+  return summary.warnings.empty() ? ExitCode::done : ExitCode::incomplete;
 }
 
 }  // namespace

@@ -99,5 +99,6 @@ Json JsonRecords::json(const DedupeSummary& summary) {
                       {"removedFolderCount", summary.removedFolderCount},
                       {"bytesReclaimed", summary.bytesReclaimed},
                       {"archiveUpdated", summary.archiveUpdated},
+                      {"warnings", Json::Array(summary.warnings.begin(), summary.warnings.end())},
                       {"mergedFolderCount", summary.mergedFolderCount()}};
 }

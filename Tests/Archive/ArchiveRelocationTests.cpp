@@ -6,6 +6,7 @@
 #include <map>
 
 #include "Tests/Export/DedupeScene.h"
+#include "Tests/Support/Unprivileged.h"
 #include "TidewellCore/Archive/ChatArchiveJSON.h"
 #include "TidewellCore/Archive/MessageBlocks.h"
 
@@ -146,6 +147,23 @@ TEST_F(ArchiveRelocationTest, AChatListThatCannotBeReadLeavesAllAsItIs) {
   const auto before = Fixture::treeSnapshot(data);
   EXPECT_FALSE(rewrite({{"A/a", "B/b"}}, {{"A", "B"}}));
   EXPECT_EQ(Fixture::treeSnapshot(data), before);
+}
+
+// Beside those that the list names there may be more, which must follow as well.
+TEST_F(ArchiveRelocationTest, AFolderThatCannotBeListedIsAFailure) {
+  writeArchive({archiveChat("1@x", "A", {"A/a"})});
+  fs::permissions(folder.path(), fs::perms::owner_all | fs::perms::others_exec);
+  fs::permissions(data, fs::perms::owner_all | fs::perms::others_write | fs::perms::others_exec);
+  enum { passed, failed };
+  const int result = Fixture::asUnprivilegedUser([&] {
+    try {
+      rewrite({{"A/a", "B/b"}});
+      return passed;
+    } catch (const fs::filesystem_error&) {
+      return failed;
+    }
+  });
+  EXPECT_EQ(result, failed);
 }
 
 TEST_F(ArchiveRelocationTest, OpensNoFileOutsideItsFolder) {

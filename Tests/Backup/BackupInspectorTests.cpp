@@ -7,6 +7,7 @@
 #include "Tests/Support/Failures.h"
 #include "Tests/Support/PlistWriter.h"
 #include "Tests/Support/TemporaryDirectory.h"
+#include "Tests/Support/Unprivileged.h"
 #include "TidewellCore/Platform/PropertyList.h"
 #include "TidewellCore/TidewellError.h"
 
@@ -173,6 +174,24 @@ TEST_F(BackupInspectorTest, PassesOnThatAPropertyListCannotBeParsed) {
   EXPECT_THROW(BackupInspector::inspect(device_), PropertyListError);
   writeFile(device_ / "Manifest.plist", "");
   EXPECT_THROW(BackupInspector::inspect(device_), PropertyListError);
+}
+
+// A disk that does not answer at this moment may hold a backup all the same.
+TEST_F(BackupInspectorTest, AFolderThatCannotBeLookedIntoIsNotTakenForNone) {
+  inspect();
+  fs::permissions(folder_.path(), fs::perms::owner_all | fs::perms::others_exec);
+  fs::permissions(device_, fs::perms::owner_all | fs::perms::others_read);
+  enum { other, cannotLook };
+  const int result = asUnprivilegedUser([&] {
+    try {
+      BackupInspector::inspect(device_);
+    } catch (const fs::filesystem_error& error) {
+      return error.code() == std::errc::permission_denied ? cannotLook : other;
+    } catch (const std::exception&) {
+    }
+    return other;
+  });
+  EXPECT_EQ(result, cannotLook);
 }
 
 TEST_F(BackupInspectorTest, AFIFOOrAFolderAsPropertyListIsRefusedWithoutWaiting) {

@@ -71,6 +71,13 @@ class SnapshotLoaderTest : public testing::TestWithParam<bool> {
     EXPECT_THAT([&] { load(); }, failsWith(TidewellError::chatStorageUnreadable(detail)));
   }
 
+  // None, one that holds nothing, and one that holds something like a key.
+  static std::vector<Fixture::StorageOptions> lostRecords() {
+    return {{.withoutRecord = true},
+            {.record = Fixture::Bytes(200, 0)},
+            {.record = Fixture::bytesOf(std::string(99, '\t'))}};
+  }
+
   void TearDown() override { EXPECT_THAT(temporary_.names(), IsEmpty()) << "working folders are left behind"; }
 
   TemporaryDirectory folder_;
@@ -148,6 +155,34 @@ TEST_P(SnapshotLoaderTest, FilesOfAnAppWithoutItsChatDatabaseAreAWarning) {
   EXPECT_THAT(load().warnings, ElementsAre(warnsOf("WhatsApp"), warnsOf("WhatsApp Business")));
   contents_.businessApp->mediaFiles.clear();
   EXPECT_THAT(load().warnings, ElementsAre(warnsOf("WhatsApp")));
+}
+
+TEST_P(SnapshotLoaderTest, AChatDatabaseWhoseKeyIsLostIsNamed) {
+  if (!contents_.encryption) GTEST_SKIP() << "A plain backup has no keys.";
+  for (const auto& record : lostRecords()) {
+    contents_.whatsApp.databaseStorage = {{"ChatStorage.sqlite", record}};
+    expectUnreadable(
+        "The backup holds no key that opens ChatStorage.sqlite. Copy the backup again from where it came, or make a "
+        "new one with the iPhone.");
+  }
+}
+
+TEST_P(SnapshotLoaderTest, ContactsWhoseKeyIsLostAreAWarning) {
+  if (!contents_.encryption) GTEST_SKIP() << "A plain backup has no keys.";
+  for (const auto& record : lostRecords()) {
+    contents_.whatsApp.databaseStorage = {{"ContactsV2.sqlite", record}};
+    EXPECT_THAT(load().warnings, ElementsAre(StartsWith("Some names may be missing")));
+  }
+}
+
+TEST_P(SnapshotLoaderTest, AJournalWhoseKeyIsLostIsAWarning) {
+  if (!contents_.encryption) GTEST_SKIP() << "A plain backup has no keys.";
+  for (const auto& record : lostRecords()) {
+    contents_.whatsApp.databaseStorage = {{"ChatStorage.sqlite-wal", record}, {"ChatStorage.sqlite-shm", record}};
+    const ChatStorageSnapshot snapshot = load();
+    EXPECT_THAT(snapshot.messagesByChat.at(1), SizeIs(2)) << "what the journal held is gone";
+    EXPECT_THAT(snapshot.warnings, ElementsAre(StartsWith("The newest messages may be missing: the journal")));
+  }
 }
 
 TEST_P(SnapshotLoaderTest, AWholeBackupHasNoWarnings) { EXPECT_THAT(load().warnings, IsEmpty()); }

@@ -41,6 +41,7 @@ std::string DriveNames::key(std::string_view name, const DriveOptions& options) 
   icu::UnicodeString units = unitsOf(name);
   if (!isValid(units, name)) return std::string(name);
   UErrorCode status = U_ZERO_ERROR;
+  if (options.ignoresWidth) units = icu::Normalizer2::getNFKCInstance(status)->normalize(units, status);
   if (options.ignoresCase) units.foldCase();
   if (options.composesNames) units = icu::Normalizer2::getNFCInstance(status)->normalize(units, status);
   std::string key;

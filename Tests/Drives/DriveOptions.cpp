@@ -7,11 +7,12 @@
 namespace Fixture {
 namespace {
 
-constexpr std::array<std::pair<const char*, bool DriveOptions::*>, 9> flags{{
+constexpr std::array<std::pair<const char*, bool DriveOptions::*>, 10> flags{{
     {"takes-every-name", &DriveOptions::takesEveryName},
     {"strips-dots", &DriveOptions::stripsDots},
     {"ignores-case", &DriveOptions::ignoresCase},
     {"composes-names", &DriveOptions::composesNames},
+    {"ignores-width", &DriveOptions::ignoresWidth},
     {"refuses-dates", &DriveOptions::refusesDates},
     {"lacks-free-renaming", &DriveOptions::lacksFreeRenaming},
     {"loses-what-is-too-much", &DriveOptions::losesWhatIsTooMuch},

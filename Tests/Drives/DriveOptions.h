@@ -12,6 +12,7 @@ struct DriveOptions {
   bool stripsDots = false;      // leaves dots at a name's end out without a word, instead of refusing them
   bool ignoresCase = true;
   bool composesNames = false;       // an accent's composed and decomposed form are one name
+  bool ignoresWidth = false;        // a letter's wide form, and other forms of compatibility, are the letter
   bool refusesDates = false;        // before 1980 and after 2107; they are clamped otherwise
   bool lacksFreeRenaming = false;   // cannot be asked to rename without replacing
   bool losesWhatIsTooMuch = false;  // takes what is beyond its capacity, loses it, and says so when the file is flushed

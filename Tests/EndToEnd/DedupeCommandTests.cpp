@@ -64,7 +64,7 @@ TEST_F(DedupeCommandTest, GivesTheFieldsOfTheSummaryAsJson) {
               std::string(R"({"archiveUpdated":false,"bytesReclaimed":)") + (apply ? "10," : "0,") + counts +
                   R"("pairs":[{"bytes":10,"canonicalFolder":"Ana","duplicateFileCount":1,"duplicateFolder":")" + jid +
                   R"(","jid":")" + jid + R"(","uniqueFileCount":1}],"removedFolderCount":)" + (apply ? "1" : "0") +
-                  R"(,"skippedAmbiguousCount":0})" + "\n");
+                  R"(,"skippedAmbiguousCount":0,"warnings":[]})" + "\n");
   }
 }
 

@@ -9,6 +9,7 @@
 #include "Tests/Export/ExportScene.h"
 #include "Tests/Support/Failures.h"
 #include "Tests/Support/SmallVolume.h"
+#include "Tests/Support/Unprivileged.h"
 #include "TidewellCore/TidewellError.h"
 
 // Exports during which the disk fills up or the backup is taken away.
@@ -183,6 +184,26 @@ TEST_P(EarlyEndTest, AScanMissesItsBackupAtEveryStageToo) {
         << stage << " of " << stages;
     bringBackup();
   }
+}
+
+TEST_P(EarlyEndTest, WhatCannotBeLookedAtIsNeitherABackupNorGone) {
+  fs::permissions(scene.folder.path(), fs::perms::owner_all | fs::perms::others_exec);
+  fs::permissions(scene.backup, fs::perms::owner_all | fs::perms::others_read);
+  enum { known, unknown, taken };
+  const int result = Fixture::asUnprivilegedUser([&] {
+    try {
+      EarlyEnd::requireBackup({.backup = scene.backup, .destination = &scene.destination});
+    } catch (const TidewellError&) {
+      return taken;
+    }
+    try {
+      EarlyEnd::isBackup(scene.backup);
+      return known;
+    } catch (const fs::filesystem_error&) {
+      return unknown;
+    }
+  });
+  EXPECT_EQ(result, unknown);
 }
 
 TEST_P(EarlyEndTest, AFolderThatNeverWasABackupIsNotMissed) {

@@ -46,6 +46,7 @@ TEST(ExportPlanner, PlansACopyForEachRequestInTheirOrder) {
                                   .dest = "/out/messages/Ana/b.jpg",
                                   .date = dateFromUnixTime(5),
                                   .relativePath = "Message/Media/" + ana + "/a/b/b.jpg",
+                                  .desiredName = "b.jpg",
                                   .exportedName = "b.jpg",
                                   .chatJID = ana,
                                   .kind = MediaKind::photos,

@@ -137,9 +137,22 @@ TEST_P(ExporterDamageTest, WrongRecordedSizesBringNoSecondCopy) {
   EXPECT_EQ(ExportTest::textOf(scene.content / "Bea/undated_ea5.pdf"), "a document that no message carries");
 }
 
-TEST_P(ExporterDamageTest, AFileWithoutRecordIsCopiedAsItIsStored) {
-  photo().storage.withoutRecord = true;
-  photo().storage.withoutKey = true;
+// Without its record there is no key: what is stored is not the photo, however it is called.
+TEST_P(ExporterDamageTest, AFileWhoseRecordIsLostIsCopiedFromAPlainBackupOnly) {
+  using Fixture::Bytes;
+  for (const auto& record :
+       {Bytes(), Bytes(200, 0), Fixture::bytesOf("bplist00"), Fixture::bytesOf(std::string(99, '\t'))}) {
+    photo().storage = {.withoutRecord = record.empty(), .record = record};
+    scene.write();
+    expectFailures(GetParam() ? 1 : 0, FailureReason::keyMissing);
+    const fs::path copy = scene.content / "Ana/2023-03-08_202640_aa1.jpg";
+    EXPECT_EQ(fs::exists(copy) ? ExportTest::textOf(copy) : "", GetParam() ? "" : "a photo");
+    fs::remove_all(scene.destination);
+  }
+}
+
+TEST_P(ExporterDamageTest, AFileThatItsRecordCallsUnprotectedIsCopiedAsItIsStored) {
+  photo().storage = {.withoutKey = true, .protectionClass = 0};
   scene.write();
   expectFailures(0);
   EXPECT_EQ(ExportTest::textOf(scene.content / "Ana/2023-03-08_202640_aa1.jpg"), "a photo");

@@ -150,6 +150,45 @@ INSTANTIATE_TEST_SUITE_P(Kinds, ExporterDrive,
                                          inImage("exFAT", Drive::exfat), inImage("vFAT", Drive::vfat)),
                          kindName);
 
+// What a drive takes for one name, and we for two.
+class ExporterDriveThatFoldsMore : public testing::TestWithParam<bool> {
+ protected:
+  void SetUp() override {
+    drive.emplace(scene.folder / "files", scene.folder / "drive",
+                  Fixture::DriveOptions{.ignoresWidth = true, .lacksFreeRenaming = GetParam()});
+    if (!drive->isMounted()) GTEST_SKIP() << drive->whyNot();
+    scene.destination = scene.folder / "drive/Export";
+    scene.content = scene.destination / "messages";
+  }
+
+  Scene scene;
+  std::optional<Drive> drive;
+};
+
+TEST_P(ExporterDriveThatFoldsMore, NoFileReplacesAnotherAndLinksLeadToTheRightOne) {
+  Fixture::WhatsAppContents& app = scene.contents.whatsApp;
+  const auto first = static_cast<std::int64_t>(app.messages.size()) + 1;
+  app.messages.resize(app.messages.size() + 2, {.chat = 1, .date = ExportTest::firstDate + 20});
+  app.mediaFiles = {ExportTest::media(ana, "W", "jpg", "the narrow one", first),
+                    ExportTest::media(ana, "\uFF37", "jpg", "the wide one", first + 1)};
+  scene.write();
+  const ExportSummary summary = scene.run(ExportOptions::defaultOptions());
+  EXPECT_EQ(summary.copiedCount, 2);
+  EXPECT_EQ(summary.failedCount, 0);
+  const auto tree = ExportTest::filesBelow(scene.content / "Ana");
+  std::map<std::string, std::string> names;  // by content
+  for (const auto& [name, content] : tree) names.emplace(content, name);
+  ASSERT_TRUE(names.contains("the narrow one"));
+  ASSERT_TRUE(names.contains("the wide one"));
+  EXPECT_THAT(names["the wide one"], HasSubstr("\uFF37-2.jpg"));
+  EXPECT_THAT(tree.at("_transcript.txt"), HasSubstr(names["the narrow one"]));
+  EXPECT_THAT(tree.at("_transcript.txt"), HasSubstr(names["the wide one"]));
+  EXPECT_EQ(scene.run(ExportOptions::defaultOptions()).copiedCount, 0);
+  EXPECT_EQ(ExportTest::filesBelow(scene.content / "Ana"), tree);
+}
+
+INSTANTIATE_TEST_SUITE_P(WithAndWithoutFreeRenaming, ExporterDriveThatFoldsMore, testing::Bool());
+
 TEST(NameProbe, AFolderOfThisMachineTakesThePlainNames) {
   const Fixture::TemporaryDirectory folder;
   const auto date = fs::last_write_time(folder.path());

@@ -38,27 +38,34 @@ struct MediaCopierTest : testing::Test {
     return {.source = source,
             .dest = root / "Ana" / name,
             .date = dateFromUnixTime(1'600'000'000),
+            .desiredName = name,
             .exportedName = name,
             .sourceSize = 6};
   }
 
-  Outcome carryOut(const PlannedCopy& copy, const CancellationCheck& isCancelled = {}) {
+  Outcome carryOut(PlannedCopy& copy, const CancellationCheck& isCancelled = {}) {
     const OpenedBackup opened = OpenedBackup::open(folder / "device", std::nullopt);
     const FlushPoint disk(root);
     MediaCopier copier(opened, index, disk, isCancelled);
     const Outcome outcome = copier.carryOut(copy);
-    settle(copier);
-    return outcome;
+    return settle(copier) ? Outcome::alreadyPresent : outcome;
+  }
+  Outcome carryOut(PlannedCopy&& copy, const CancellationCheck& isCancelled = {}) {
+    return carryOut(copy, isCancelled);
   }
 
-  static void settle(MediaCopier& copier) {
-    for (const auto& [copy, failure] : copier.settle()) {
-      if (failure) std::rethrow_exception(failure);
+  // Whether anything stood there already.
+  static bool settle(MediaCopier& copier) {
+    bool wasThere = false;
+    for (const auto& settled : copier.settle()) {
+      if (settled.failure) std::rethrow_exception(settled.failure);
+      wasThere |= settled.wasThere;
     }
+    return wasThere;
   }
 
   // Why a copy fails that is carried out.
-  std::optional<FailureReason> reasonOf(const PlannedCopy& copy) {
+  std::optional<FailureReason> reasonOf(PlannedCopy copy) {
     const OpenedBackup opened = OpenedBackup::open(folder / "device", std::nullopt);
     const FlushPoint disk(root);
     MediaCopier copier(opened, index, disk, {});
@@ -111,20 +118,45 @@ TEST_F(MediaCopierTest, DoesNotTouchAFileThatIsThereAlready) {
   EXPECT_EQ(filesBelow(root), Files{});
 }
 
-TEST_F(MediaCopierTest, KeepsAFileOfTheSameSizeThatCameSinceThePlan) {
-  writeFile(root / "Ana/a.jpg", "sextet");
+TEST_F(MediaCopierTest, TakesAFileOfTheSameContentThatCameSinceThePlanForTheCopy) {
+  writeFile(root / "Ana/a.jpg", "stored");
   EXPECT_EQ(carryOut(copyTo("a.jpg")), Outcome::alreadyPresent);
-  EXPECT_EQ(filesBelow(root), (Files{{"Ana/a.jpg", "sextet"}}));
+  EXPECT_EQ(filesBelow(root), (Files{{"Ana/a.jpg", "stored"}}));
   EXPECT_TRUE(index.contains("Ana/a.jpg"));
 }
 
-TEST_F(MediaCopierTest, ReplacesAFileOfAnotherSizeThatCameSinceThePlan) {
-  writeFile(root / "Ana/a.jpg", "half");
+TEST_F(MediaCopierTest, KeepsWhateverElseCameSinceThePlanAndTakesTheNextName) {
+  for (const std::string content : {"sextet", "half"}) {
+    writeFile(root / "Ana/a.jpg", content);
+    PlannedCopy copy = copyTo("a.jpg");
+    EXPECT_EQ(carryOut(copy), Outcome::written);
+    EXPECT_EQ(filesBelow(root), (Files{{"Ana/a.jpg", content}, {"Ana/a-2.jpg", "stored"}}));
+    EXPECT_EQ(copy.exportedName, "a-2.jpg");
+    EXPECT_EQ(copy.dest, root / "Ana/a-2.jpg");
+    EXPECT_TRUE(index.contains("Ana/a-2.jpg"));
+    EXPECT_FALSE(index.contains("Ana/a.jpg"));
+    fs::remove_all(root / "Ana");
+    index = {.destination = root};
+  }
+}
+
+TEST_F(MediaCopierTest, TheNextNameIsOneThatALaterExportKnowsAgain) {
+  writeFile(root / "Ana/a-2.jpg", "half");
+  writeFile(root / "Ana/a-3.jpg", "half a loaf");
+  PlannedCopy copy = copyTo("a-2.jpg");
+  copy.desiredName = "a.jpg";
+  EXPECT_EQ(carryOut(copy), Outcome::written);
+  EXPECT_EQ(copy.exportedName, "a-4.jpg");
+  EXPECT_EQ(ExportTest::textOf(root / "Ana/a-4.jpg"), "stored");
+}
+
+TEST_F(MediaCopierTest, ReplacesAnEmptyFile) {
+  writeFile(root / "Ana/a.jpg", "");
   EXPECT_EQ(carryOut(copyTo("a.jpg")), Outcome::written);
   EXPECT_EQ(filesBelow(root), (Files{{"Ana/a.jpg", "stored"}}));
 }
 
-TEST_F(MediaCopierTest, KeepsAFileOfAnotherSizeWhenItsReplacementFails) {
+TEST_F(MediaCopierTest, KeepsAFileOfAnotherSizeWhenItsCopyFails) {
   writeFile(root / "Ana/a.jpg", "half");
   fs::remove(source);
   EXPECT_ANY_THROW(carryOut(copyTo("a.jpg")));
@@ -263,8 +295,9 @@ TEST_F(MediaCopierTest, AMovedFileNeverReplacesAnother) {
   copy.source = root / "Old/a.jpg";
   copy.leftoverFolder = "Old";
   copy.sourceSize = 7;
-  EXPECT_THROW(carryOut(copy), CopyError);
-  EXPECT_EQ(filesBelow(root), (Files{{"Ana/b.jpg", "other"}, {"Old/a.jpg", "earlier"}}));
+  EXPECT_EQ(carryOut(copy), Outcome::moved);
+  EXPECT_EQ(filesBelow(root), (Files{{"Ana/b.jpg", "other"}, {"Ana/b-2.jpg", "earlier"}}));
+  EXPECT_EQ(copy.exportedName, "b-2.jpg");
 }
 
 TEST_F(MediaCopierTest, RemovesAFormerFolderThatHoldsNothingMoreThanTranscripts) {

@@ -31,6 +31,15 @@ TEST_F(MediaLinksTest, ACopyThatFailedHasNone) {
   EXPECT_EQ(link("Message/Media/a/1.jpg"), Path());
 }
 
+// Another copy may have got the name that was planned for it.
+TEST_F(MediaLinksTest, ACopyThatFailedHasNoneWhateverStandsInItsPlace) {
+  plan.copies = {copyOf("Message/Media/a/1.jpg", "Ana", "x.jpg"), copyOf("Message/Media/a/2.jpg", "Ana", "x.jpg")};
+  plan.copies[0].hasFailed = true;
+  plan.index.addFile("Ana", "x.jpg", 1);
+  EXPECT_EQ(link("Message/Media/a/1.jpg"), Path());
+  EXPECT_EQ(link("Message/Media/a/2.jpg"), "Ana/x.jpg");
+}
+
 TEST_F(MediaLinksTest, ACopyThatFailedHasThatOfAnEarlierExport) {
   plan.copies = {copyOf("Message/Media/a/1.jpg", "Ana", "x-2.jpg")};
   plan.earlier = {copyOf("Message/Media/a/1.jpg", "Ana", "x.jpg")};

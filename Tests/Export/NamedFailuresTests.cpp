@@ -73,6 +73,18 @@ TEST_P(NamedFailuresTest, AProfilePictureThatCannotBeReadIsNamed) {
       ElementsAre(CopyFailure{.name = "5511900001111-1.jpg", .chat = "Ana", .reason = FailureReason::cutShort}));
 }
 
+TEST_P(NamedFailuresTest, AProfilePictureWhoseKeyIsLostIsNamed) {
+  if (!GetParam()) GTEST_SKIP() << "A plain backup has no keys.";
+  for (const auto& record : {Fixture::Bytes(), Fixture::Bytes(200, 0), Fixture::bytesOf(std::string(99, '\t'))}) {
+    Fixture::StorageOptions storage{.withoutRecord = record.empty(), .record = record};
+    scene.contents.whatsApp.files.clear();
+    addPicture(storage);
+    EXPECT_THAT(
+        scene.run(everything).failures,
+        ElementsAre(CopyFailure{.name = "5511900001111-1.jpg", .chat = "Ana", .reason = FailureReason::keyMissing}));
+  }
+}
+
 TEST_P(NamedFailuresTest, AProfilePictureThatCannotBeWrittenIsNamed) {
   addPicture({});
   fs::create_directories(scene.content / "_viewer");

@@ -157,7 +157,7 @@ class Rewriting {
 
   // Those of chats that only earlier exports had, too, which no list names.
   void rewriteDataFiles() {
-    for (const Files::Entry& entry : Files::listVisible(folder_)) {
+    for (const Files::Entry& entry : Files::list(folder_)) {
       if (entry.name.starts_with("chat-") && entry.name.ends_with(".js")) addDataFile(entry.name);
     }
     for (const std::string& name : dataFiles_) rewriteDataFile(folder_ / PathText::path(name));

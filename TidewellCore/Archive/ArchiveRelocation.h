@@ -30,8 +30,8 @@ std::vector<ChatReference> loadChats(const std::filesystem::path& dataFolder);
 
 // Makes the chat list, the chats' data files and the message blocks point at
 // the new places; all else in them stays. The chat list comes last, so that an
-// interruption leaves an archive that opens. Files that cannot be read are left
-// as they are. Tells whether anything changed; throws what writing reports.
+// interruption leaves an archive that opens. Files without what is expected are
+// left as they are. Tells whether anything changed; throws what listing and writing report.
 bool rewrite(const std::filesystem::path& dataFolder, const NewPlaces& places);
 
 }  // namespace ArchiveRelocation

@@ -38,10 +38,13 @@ bool hasAt(ByteView bytes, std::size_t offset, std::string_view expected) {
 
 // In bytes. Throws what keeps the file from being read whole.
 std::int64_t sizeOf(const ManifestFile& file, const OpenedBackup& backup) {
-  if (const auto size = backup.provenSize(file)) return *size;
+  const auto size = backup.provenSize(file);
+  const bool isOpen = backup.isOpenedBy(backup.keyOf(file));
+  if (size && isOpen) return *size;
   const auto stored = backup.location(file);
   if (!stored) throw CopyError(FailureReason::missing);
   FileDescriptor::openForReading(*stored);
+  if (!isOpen) throw CopyError(FailureReason::keyMissing);
   throw CopyError(FailureReason::cutShort);
 }
 

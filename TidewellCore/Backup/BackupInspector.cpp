@@ -35,7 +35,7 @@ void readDeviceDetails(const PropertyListDictionary& plist, BackupInfo& info) {
   info.uniqueIdentifier = PlistSupport::string(entry(plist, "Unique Identifier"));
 }
 
-// A damaged Status.plist only costs the date.
+// A damaged or missing Status.plist only costs the date.
 std::optional<Date> statusDate(const fs::path& file) {
   try {
     return PlistSupport::date(entry(PlistSupport::dictionary(file), "Date"));
@@ -47,16 +47,16 @@ std::optional<Date> statusDate(const fs::path& file) {
 }  // namespace
 
 BackupInfo BackupInspector::inspect(const fs::path& backup) {
-  if (!Files::exists(backup)) throw TidewellError::backupNotFound(PathText::text(backup));
+  if (!Files::isThere(backup)) throw TidewellError::backupNotFound(PathText::text(backup));
   if (!Files::isFolder(backup)) throw TidewellError::notABackup(PathText::text(backup));
-  if (!Files::exists(backup / "Manifest.plist")) failWithoutManifest(backup);
+  if (!Files::isThere(backup / "Manifest.plist")) failWithoutManifest(backup);
 
   BackupInfo info{.url = backup};
   const PropertyListDictionary manifest = PlistSupport::dictionary(backup / "Manifest.plist");
   info.isEncrypted = PlistSupport::boolean(entry(manifest, "IsEncrypted"));
-  if (Files::exists(backup / "Info.plist")) readDeviceDetails(PlistSupport::dictionary(backup / "Info.plist"), info);
-  if (!info.backupDate && Files::exists(backup / "Status.plist")) info.backupDate = statusDate(backup / "Status.plist");
-  if (!info.isEncrypted && !Files::exists(backup / "Manifest.db"))
+  if (Files::isThere(backup / "Info.plist")) readDeviceDetails(PlistSupport::dictionary(backup / "Info.plist"), info);
+  if (!info.backupDate) info.backupDate = statusDate(backup / "Status.plist");
+  if (!info.isEncrypted && !Files::isThere(backup / "Manifest.db"))
     throw TidewellError::notABackup(PathText::text(backup));
   return info;
 }

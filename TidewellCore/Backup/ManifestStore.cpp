@@ -23,6 +23,9 @@ constexpr std::array<const char*, 2> domainPatterns{"%whatsapp.WhatsApp.shared",
 constexpr std::array<const char*, 1> tables{"Files"};
 constexpr std::array<const char*, 4> requiredColumns{"FILEID", "DOMAIN", "RELATIVEPATH", "FLAGS"};
 
+constexpr std::uint32_t unprotected = 0;  // a protection class
+constexpr std::int64_t regularFile = 1;   // in the column of flags
+
 constexpr const char* interestingPaths = R"((
         relativePath = 'ChatStorage.sqlite'
      OR relativePath = 'ChatStorage.sqlite-wal'
@@ -36,14 +39,15 @@ constexpr const char* interestingPaths = R"((
 
 constexpr const char* wantedDomains = "(domain LIKE ?1 OR domain LIKE ?2)";
 
-// WhatsApp's files, and those that one damaged name, of the domain or of the
-// path, keeps from being taken for them. A column that is not renamed keeps the
+// WhatsApp's files, and those that damage to one column keeps from being taken
+// for them: rows are of files (flags 1), folders (2) or links (4). A column that is not renamed keeps the
 // letter case of the table's own declaration. All rows are looked at, and faster
 // so than by way of an index, which may be damaged itself.
 std::string selection(bool hasRecords) {
   return fmt::format(
       "SELECT fileID AS fileID, domain AS domain, relativePath AS relativePath, flags AS flags{0}, "
-      "{1} AND {2} AS isWanted\nFROM Files NOT INDEXED\nWHERE flags = 1 AND ({1} OR {2})",
+      "flags IS 1 AND {1} AND {2} AS isWanted\nFROM Files NOT INDEXED\n"
+      "WHERE flags IS NOT 2 AND flags IS NOT 4 AND ({1} OR {2})",
       hasRecords ? ", file AS file" : "", wantedDomains, interestingPaths);
 }
 
@@ -71,21 +75,23 @@ void readRecord(const SQLiteRow& row, ManifestFile& file) {
     MBFileArchive::Metadata metadata = MBFileArchive::metadata(*blob);
     file.encryptionKey = std::move(metadata.encryptionKey);
     file.plaintextSize = metadata.size;
+    file.isUnprotected = metadata.protectionClass == unprotected;
   }
 }
 
-bool doNamesFit(const ManifestFile& file) {
-  return file.fileID == fmt::format("{:02x}", fmt::join(sha1(bytesOf(file.domain + "-" + file.relativePath)), ""));
+bool isSound(const ManifestFile& file) {
+  return file.flags == regularFile &&
+         file.fileID == fmt::format("{:02x}", fmt::join(sha1(bytesOf(file.domain + "-" + file.relativePath)), ""));
 }
 
-// WhatsApp's files, and how many names do or do not fit their identifiers.
+// WhatsApp's files, and how many rows do or do not fit their identifiers.
 struct Listing {
   std::vector<ManifestFile> files;
-  std::int64_t fitting = 0;
-  std::int64_t misfitting = 0;
+  std::int64_t sound = 0;
+  std::int64_t damaged = 0;
 
   // Where most do not fit, the identifiers were made in another way.
-  std::int64_t damagedNames() const { return misfitting < fitting ? misfitting : 0; }
+  std::int64_t damagedNames() const { return damaged < sound ? damaged : 0; }
 };
 
 Listing readFiles(const SQLiteDB& database, const CancellationCheck& isCancelled) {
@@ -95,7 +101,7 @@ Listing readFiles(const SQLiteDB& database, const CancellationCheck& isCancelled
                  [&](const SQLiteRow& row) {
                    cancellation.step();
                    ManifestFile file = readNames(row);
-                   ++(doNamesFit(file) ? listing.fitting : listing.misfitting);
+                   ++(isSound(file) ? listing.sound : listing.damaged);
                    if (row.intValue("isWanted") != 1) return;
                    readRecord(row, file);
                    listing.files.push_back(std::move(file));

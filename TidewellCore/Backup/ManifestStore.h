@@ -17,6 +17,7 @@ struct ManifestFile {
   std::int64_t flags = 0;                     // 1 for a regular file
   std::optional<Bytes> encryptionKey;         // wrapped; meaningless in a plain backup
   std::optional<std::int64_t> plaintextSize;  // as the phone recorded it, in bytes; can be wrong
+  bool isUnprotected = false;                 // its record says that nothing locks it, even in an encrypted backup
 
   bool operator==(const ManifestFile&) const = default;
 };

@@ -58,6 +58,12 @@ RootFolder rootOf(const fs::path& backup) try { return RootFolder(backup); } cat
   throw;
 }
 
+[[noreturn]] void failAsLocked(const ManifestFile& file) {
+  throw TidewellError::chatStorageUnreadable("The backup holds no key that opens " + file.relativePath +
+                                             ". Copy the backup again from where it came, or make a new one with the "
+                                             "iPhone.");
+}
+
 [[noreturn]] void failAsMissing(const ManifestFile& file) {
   throw TidewellError::chatStorageUnreadable("Missing backup file for " + file.relativePath + ".");
 }
@@ -136,6 +142,21 @@ bool OpenedBackup::isStored(const ManifestFile& file) const {
   }
 }
 
+std::optional<Bytes> OpenedBackup::keyOf(const ManifestFile& file) const {
+  if (!unlocker_) return std::nullopt;
+  // What looks like a key in such a record need not be one.
+  if (file.isUnprotected && !isOpenedBy(file.encryptionKey)) return std::nullopt;
+  const bool mayLackKey = file.isUnprotected || file.plaintextSize == 0;
+  return file.encryptionKey || mayLackKey ? file.encryptionKey : Bytes();
+}
+
+bool OpenedBackup::isOpenedBy(const std::optional<Bytes>& key) const try {
+  if (key && unlocker_) unlocker_->keyBag.unwrapPersistentKey(*key);
+  return true;
+} catch (const TidewellError&) {
+  return false;
+}
+
 std::int64_t OpenedBackup::sourceSize(const ManifestFile& file) const {
   if (file.plaintextSize) return *file.plaintextSize;
   const auto stored = location(file);
@@ -146,10 +167,11 @@ std::optional<std::int64_t> OpenedBackup::provenSize(const ManifestFile& file) c
   const auto stored = location(file);
   const auto storedSize = stored ? Files::regularFileSize(*stored) : std::nullopt;
   if (storedSize == 0) return file.plaintextSize.value_or(0) == 0 ? storedSize : std::nullopt;
-  if (!storedSize || !isEncrypted(file)) return storedSize;
+  const auto wrappedKey = keyOf(file);
+  if (!storedSize || !wrappedKey) return storedSize;
   if (isPaddedTo(*storedSize, file.plaintextSize)) return file.plaintextSize;
   try {
-    const SecretBytes key = unlocker_->keyBag.unwrapPersistentKey(*file.encryptionKey);
+    const SecretBytes key = unlocker_->keyBag.unwrapPersistentKey(*wrappedKey);
     if (const auto size = BackupCrypto::paddedFileSize(*stored, key)) return size;
   } catch (const std::exception&) {
     return std::nullopt;  // a key that does not open, or a file that does not read
@@ -164,8 +186,9 @@ Bytes OpenedBackup::firstBytes(const ManifestFile& file, std::size_t count) cons
   FileDescriptor input = FileDescriptor::openForReading(*stored);
   Bytes bytes((count + BackupCrypto::blockSize - 1) / BackupCrypto::blockSize * BackupCrypto::blockSize);
   bytes.resize(input.read(bytes));
-  if (isEncrypted(file) && !bytes.empty()) {
-    const SecretBytes key = unlocker_->keyBag.unwrapPersistentKey(*file.encryptionKey);
+  const auto wrappedKey = keyOf(file);
+  if (wrappedKey && !bytes.empty()) {
+    const SecretBytes key = unlocker_->keyBag.unwrapPersistentKey(*wrappedKey);
     const ByteView blocks = ByteView(bytes).first(bytes.size() / BackupCrypto::blockSize * BackupCrypto::blockSize);
     bytes = BackupCrypto::cbcDecryptRaw(key, BackupCrypto::zeroIV, blocks);
   }
@@ -197,16 +220,20 @@ std::int64_t OpenedBackup::writePlaintext(const StoredFile& file, const fs::path
 void TemporaryBackupDatabase::copyDatabaseFile(const fs::path& backup, const ManifestFile& file,
                                                const fs::path& destination, const OpenedBackup* opened,
                                                const CancellationCheck& isCancelled) {
+  const auto stored = storedFileLocation(backup, file.fileID);
+  if (!stored || !Files::isRegularFile(*stored)) failAsMissing(file);
   if (opened == nullptr) {
-    const auto stored = storedFileLocation(backup, file.fileID);
-    if (!stored || !Files::isRegularFile(*stored)) failAsMissing(file);
     Files::copy(*stored, destination, isCancelled, FileAccess::ownerOnly);
     return;
   }
+  const auto key = opened->keyOf(file);
+  const bool isLocked = !opened->isOpenedBy(key);
+  if (isLocked && !key->empty()) failAsLocked(file);
   ManifestFile uncut = file;
   uncut.plaintextSize = opened->provenSize(file);
   opened->materialize(uncut, destination, isCancelled);
   const auto header = SQLiteHeader::read(destination);
+  if (isLocked && !header) failAsLocked(file);
   const bool isWhole = !header || Files::regularFileSize(destination) >= header->databaseSize;
   if (isWhole || !uncut.plaintextSize) return;
   uncut.plaintextSize.reset();

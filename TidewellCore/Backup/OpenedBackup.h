@@ -55,18 +55,24 @@ class OpenedBackup {
   // False only when it is known that nothing stands there.
   bool isStored(const ManifestFile& file) const;
 
+  // The wrapped key that locks a file: absent for one that is stored plain, and
+  // empty, so that it opens nothing, where the backup has lost it with the file's record.
+  std::optional<Bytes> keyOf(const ManifestFile& file) const;
+  // Whether a wrapped key can be unwrapped, or is absent.
+  bool isOpenedBy(const std::optional<Bytes>& key) const;
+
   // The recorded size of the plaintext, else the stored file's, else 0.
   std::int64_t sourceSize(const ManifestFile& file) const;
   // The size of the plaintext as the stored file bears it out, whatever was
-  // recorded; absent when the stored file is missing or was cut short.
+  // recorded; absent when the stored file is missing or was cut short, or when no key opens it.
   std::optional<std::int64_t> provenSize(const ManifestFile& file) const;
 
   // The first bytes of the plaintext, at most `count`, fewer when the file is
   // shorter. Throws what reading and decrypting report.
   Bytes firstBytes(const ManifestFile& file, std::size_t count) const;
 
-  // Writes a working copy of a file, for this user alone. Throws TidewellError::chatStorageUnreadable
-  // when it is not stored, and what decrypting or copying reports.
+  // Writes a working copy of a file, for this user alone; one without a key is copied as it is. Throws
+  // TidewellError::chatStorageUnreadable when it is not stored, and what decrypting or copying reports.
   void materialize(const ManifestFile& file, const std::filesystem::path& destination,
                    const CancellationCheck& isCancelled = {}) const;
   // Writes the plaintext of a file whose place is known; returns the bytes
@@ -80,7 +86,6 @@ class OpenedBackup {
   // `unlocker_` is what opened the key bag.
   void decryptManifest(const RunControl& control, BackupUnlockReport& report);
   void copyManifest(const CancellationCheck& isCancelled);
-  bool isEncrypted(const ManifestFile& file) const { return file.encryptionKey && unlocker_; }
 
   RootFolder root_;                   // no link below the backup is followed
   std::optional<MemoryGuard> guard_;  // while there are keys; goes after them
@@ -95,7 +100,8 @@ namespace TemporaryBackupDatabase {
 
 // Makes a working copy of one database file, or of a companion. A recorded size
 // that would cut it short is not believed. Without an opened backup the stored
-// file is copied as it is.
+// file is copied as it is. Throws TidewellError::chatStorageUnreadable also for
+// a database that no key opens.
 void copyDatabaseFile(const std::filesystem::path& backup, const ManifestFile& file,
                       const std::filesystem::path& destination, const OpenedBackup* opened,
                       const CancellationCheck& isCancelled = {});

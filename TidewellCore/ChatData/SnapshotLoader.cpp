@@ -51,13 +51,18 @@ fs::path copy(const OpenedBackup& opened, const ManifestFile& file, const fs::pa
   return place;
 }
 
+// False for what is listed and not stored, or locked with a key that is lost.
+bool canBeRead(const OpenedBackup& opened, const std::optional<ManifestFile>& companion) {
+  return companion && opened.isStored(*companion) && opened.isOpenedBy(opened.keyOf(*companion));
+}
+
 // Makes working copies side by side, and looks at them while they are as they were stored.
 WorkingCopy copyDatabase(const OpenedBackup& opened, const DatabaseFiles& files, const fs::path& folder,
                          const CancellationCheck& isCancelled) {
   WorkingCopy made{.path = copy(opened, *files.database, folder, isCancelled)};
-  const bool hasJournal = files.journal && opened.isStored(*files.journal);
+  const bool hasJournal = canBeRead(opened, files.journal);
   if (hasJournal) copy(opened, *files.journal, folder, isCancelled);
-  if (files.index && opened.isStored(*files.index)) copy(opened, *files.index, folder, isCancelled);
+  if (canBeRead(opened, files.index)) copy(opened, *files.index, folder, isCancelled);
   made.faults =
       DatabaseCheck::beforeOpening(made.path, hasJournal ? files.journal->plaintextSize : std::optional<std::int64_t>(),
                                    SQLiteWALIndex::read(made.path.native() + "-shm"));

@@ -4,8 +4,7 @@
 #include <iterator>
 #include <utility>
 
-#include "TidewellCore/CopyFailure.h"
-#include "TidewellCore/MakeRoom.h"
+#include "TidewellCore/Export/CopyPlace.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/SaturatingAdd.h"
 
@@ -15,16 +14,6 @@ namespace fs = std::filesystem;
 
 constexpr std::size_t mostFiles = 256;
 constexpr std::int64_t mostBytes = 256 << 20;
-
-// The plan gives no name that is taken, so a file there has come since, or has
-// no content. It makes room for the copy, and so does a link, which is kept.
-void moveIntoPlace(const fs::path& partial, const fs::path& dest) {
-  if (Files::renameToFree(partial, dest)) return;
-  const Files::Kind kind = Files::kindOf(dest);
-  if (kind == Files::Kind::link) MakeRoom::at(dest);
-  if (kind != Files::Kind::link && kind != Files::Kind::file) throw CopyError(FailureReason::placeTaken);
-  Files::rename(partial, dest);
-}
 
 template <typename Work>
 std::exception_ptr failureOf(Work work) {
@@ -45,7 +34,7 @@ CopyBatches::~CopyBatches() {
   }
 }
 
-void CopyBatches::add(const ExportPlanner::PlannedCopy& copy, fs::path partial) {
+void CopyBatches::add(ExportPlanner::PlannedCopy& copy, fs::path partial) {
   gathered_.push_back({.copy = &copy, .partial = std::move(partial)});
   bytes_ = saturatingAdd(bytes_, copy.sourceSize);
 }
@@ -93,11 +82,11 @@ std::vector<CopyBatches::Settled> CopyBatches::awaitFlush() {
   const auto [ofVolume, failures] = flushing_.get();
   lost_ = ofVolume;
   for (std::size_t i = 0; i < onTheirWay_.size(); ++i) {
-    const auto& [copy, partial] = onTheirWay_[i];
-    const auto failure =
-        failures[i] ? failures[i] : failureOf([&place = *copy, &file = partial] { moveIntoPlace(file, place.dest); });
-    if (failure) Files::removeQuietly(partial);
-    settled.push_back({.copy = copy, .failure = failure});
+    const fs::path& partial = onTheirWay_[i].partial;
+    Settled one{.copy = onTheirWay_[i].copy, .failure = failures[i]};
+    if (!one.failure) one.failure = failureOf([&] { one.wasThere = !CopyPlace::give(*one.copy, partial); });
+    if (one.failure || one.wasThere) Files::removeQuietly(partial);
+    settled.push_back(std::move(one));
   }
   onTheirWay_.clear();
   return settled;

@@ -21,14 +21,15 @@ class CopyBatches {
   CopyBatches(const CopyBatches&) = delete;
   CopyBatches& operator=(const CopyBatches&) = delete;
 
-  // `copy` must stay where it is until it is settled.
-  void add(const ExportPlanner::PlannedCopy& copy, std::filesystem::path partial);
+  // `copy` must stay where it is until it is settled, and is told the place that it is really given.
+  void add(ExportPlanner::PlannedCopy& copy, std::filesystem::path partial);
   // Whether what was gathered is a batch: a flush takes long, and what waits for it is lost when the program is killed.
   bool isFull() const;
 
   struct Settled {
-    const ExportPlanner::PlannedCopy* copy = nullptr;
+    ExportPlanner::PlannedCopy* copy = nullptr;
     std::exception_ptr failure;  // null when the copy stands in its place
+    bool wasThere = false;       // put there by somebody else meanwhile
   };
   // Begins to bring what was gathered onto the disk, and moves what was on its
   // way into its places, in the order it was added. Neither throws for what fails.
@@ -38,7 +39,7 @@ class CopyBatches {
 
  private:
   struct Waiting {
-    const ExportPlanner::PlannedCopy* copy = nullptr;
+    ExportPlanner::PlannedCopy* copy = nullptr;
     std::filesystem::path partial;
   };
   struct Flushed {

@@ -40,19 +40,29 @@ bool mayBeOfDestination(const std::exception& error) {
   return EarlyEnd::isOfDisk(error) || code == EROFS || code == ENOENT;
 }
 
+// What cannot be looked at may be there.
+template <typename Finding>
+bool isKnown(Finding finding) {
+  try {
+    return finding();
+  } catch (const fs::filesystem_error&) {
+    return false;
+  }
+}
+
 // Folders are made where they are missing; the mark of the export's own is not.
 bool isTakenAway(const fs::path& destination) {
-  return !Files::exists(destination / FolderNames::content / FolderNames::viewer);
+  return isKnown([&] { return !Files::isThere(destination / FolderNames::content / FolderNames::viewer); });
 }
 
 }  // namespace
 
 bool EarlyEnd::isBackup(const fs::path& folder) {
-  return Files::exists(folder / "Manifest.plist") && Files::exists(folder / "Manifest.db");
+  return Files::isThere(folder / "Manifest.plist") && Files::isThere(folder / "Manifest.db");
 }
 
 void EarlyEnd::requireBackup(const Places& places) {
-  if (isBackup(places.backup)) return;
+  if (!isKnown([&] { return !isBackup(places.backup); })) return;
   throw TidewellError::ioFailure(places.destination == nullptr ? backupGoneWhileRead : backupGone);
 }
 

@@ -26,9 +26,10 @@ struct Places {
   const std::filesystem::path* destination = nullptr;
 };
 
-// Whether the lists that make a folder a backup can be looked at.
+// Whether the lists that make a folder a backup are there. Throws std::filesystem::filesystem_error
+// when that cannot be found out.
 bool isBackup(const std::filesystem::path& folder);
-// Throws TidewellError::ioFailure when the backup is there no more.
+// Throws TidewellError::ioFailure when the backup is known to be there no more.
 void requireBackup(const Places& places);
 // Whether a disk, or the user's share of it, had no room for what was written.
 bool isFullDisk(const std::exception& error);

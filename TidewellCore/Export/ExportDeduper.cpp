@@ -1,6 +1,7 @@
 #include "TidewellCore/Export/ExportDeduper.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "TidewellCore/Archive/ArchiveRelocation.h"
 #include "TidewellCore/Export/DestinationIndex.h"
@@ -85,6 +86,7 @@ class Run {
       }
       merges.push_back(planner.plan(pair));
       summary.pairs.push_back(merges.back().pair);
+      std::ranges::copy(merges.back().warnings, std::back_inserter(summary.warnings));
     }
     return merges;
   }

@@ -188,7 +188,7 @@ bool ExportLayout::looksLikeContentRoot(const fs::path& folder) {
 fs::path ExportLayout::viewerDataDirectory(const fs::path& destination) {
   const auto dataIn = [](const fs::path& root) { return root / FolderNames::viewer / FolderNames::viewerData; };
   for (const fs::path& root : {destination, destination / FolderNames::content}) {
-    if (Files::exists(dataIn(root) / FolderNames::archiveChats)) return dataIn(root);
+    if (Files::isThere(dataIn(root) / FolderNames::archiveChats)) return dataIn(root);
   }
   return dataIn(resolveContentRoot(destination));
 }

@@ -44,13 +44,14 @@ class Planner {
     const std::string& folder = folders_.at(request.chatJID);
     FolderState& state = stateOf(folder);
     PlannedCopy copy = copyOf(request);
+    copy.desiredName = nameOf(request);
     if (!present) present = takeInOtherForm(state, request);
     if (present) {
       copy.alreadyPresent = true;
       copy.exportedName = std::move(*present);
     } else {
       takeLeftover(request, copy);
-      copy.exportedName = state.used.uniquify(nameOf(request));
+      copy.exportedName = state.used.uniquify(copy.desiredName);
     }
     copy.dest = index_.destination / PathText::path(folder) / PathText::path(copy.exportedName);
     return copy;

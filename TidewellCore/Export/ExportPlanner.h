@@ -26,7 +26,7 @@ struct Request {
   MediaKind kind = MediaKind::documents;
   std::int64_t sourceSize = 0;  // bytes of plaintext; negative when the stored file is missing or cut short
   std::optional<Date> date;
-  std::optional<Bytes> encryptionKey;  // wrapped; absent in a plain backup
+  std::optional<Bytes> encryptionKey;  // wrapped; absent for what is stored plain, empty when the backup has lost it
   bool isShorterThanRecorded = false;  // by the phone: it may have lost its end
 
   bool operator==(const Request&) const = default;
@@ -38,11 +38,13 @@ struct PlannedCopy {
   std::filesystem::path dest;
   std::optional<Date> date;
   std::string relativePath;
-  std::string exportedName;  // the file name of `dest`
+  std::string desiredName;   // in the form that the destination takes
+  std::string exportedName;  // the file name of `dest`: the desired one, or a variant of it
   std::string chatJID;
   MediaKind kind = MediaKind::documents;
   std::int64_t sourceSize = 0;
   bool alreadyPresent = false;  // nothing is to be copied
+  bool hasFailed = false;       // what stands at `dest` is not of this copy
   std::optional<Bytes> encryptionKey;
   // Set when `source` is an earlier export's file, plaintext already: the former
   // folder it is to be moved from.

@@ -33,7 +33,7 @@ std::vector<ExportPlanner::Request> ExportRequests::build(const ManifestStore& m
                         .kind = kind,
                         .sourceSize = opened.provenSize(file).value_or(unknownSize),
                         .date = date,
-                        .encryptionKey = opened.unlocker() ? file.encryptionKey : std::nullopt});
+                        .encryptionKey = opened.keyOf(file)});
     ExportPlanner::Request& request = requests.back();
     request.isShorterThanRecorded = request.sourceSize >= 0 && request.sourceSize < file.plaintextSize.value_or(0);
   }

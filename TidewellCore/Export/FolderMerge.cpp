@@ -24,11 +24,25 @@ bool isTranscript(const std::string& name) {
 
 bool isMedia(const std::string& name) { return !isTranscript(name) && !name.starts_with(Files::partialPrefix); }
 
-bool haveSameBytes(const fs::path& a, const fs::path& b) {
+// Absent for anything but a regular file; throws when that cannot be found out.
+std::optional<std::int64_t> sizeOf(const fs::path& path) {
+  const auto size = Files::regularFileSize(path);
+  if (size || Files::kindOf(path) != Files::Kind::file) return size;
+  throw fs::filesystem_error("Could not look at", path, std::make_error_code(std::errc::io_error));
+}
+
+std::string warningOf(const DedupePair& pair, const Step& step) {
+  return "“" + step.name + "” stands in “" + pair.canonicalFolder + "” and in “" + pair.duplicateFolder +
+         "”, and one of the two cannot be read, so both stay. Clean up again when the disk can be read; what still "
+         "cannot be read then is damaged.";
+}
+
+// Absent when one of them cannot be read.
+std::optional<bool> haveSameBytes(const fs::path& a, const fs::path& b) {
   try {
     return Files::haveSameBytes(a, b);
   } catch (const fs::filesystem_error&) {
-    return false;
+    return std::nullopt;
   }
 }
 
@@ -72,6 +86,7 @@ FolderMerge MergePlanner::plan(const FolderPairing::Pair& pair) {
       content.files.emplace(FileNaming::normalizedKey(step.target),
                             File{.name = step.target, .path = folder / PathText::path(step.name), .size = step.size});
     }
+    if (step.action == Action::leave) merge.warnings.push_back(warningOf(merge.pair, step));
     count(step, merge.pair);
   }
   return merge;
@@ -79,13 +94,17 @@ FolderMerge MergePlanner::plan(const FolderPairing::Pair& pair) {
 
 FolderMerge::Step MergePlanner::step(const Content& content, const fs::path& folder, const std::string& name) const {
   const fs::path path = folder / PathText::path(name);
-  const auto size = Files::regularFileSize(path);
+  const auto size = sizeOf(path);
   if (!size) return {.action = Action::moveIfItCan, .name = name};
   if (name == fileManagersFile) return {.action = Action::discard, .name = name};
   Step step{.name = name, .isMedia = isMedia(name), .size = *size};
-  if (const File* same = twin(content, name, path, *size)) {
-    step.action = Action::removeDuplicate;
-    step.target = same->name;
+  try {
+    if (const File* same = twin(content, name, path, *size)) {
+      step.action = Action::removeDuplicate;
+      step.target = same->name;
+    }
+  } catch (const fs::filesystem_error&) {
+    step.action = Action::leave;
   }
   return step;
 }
@@ -99,7 +118,7 @@ MergePlanner::Content& MergePlanner::contentOf(const std::string& canonical) {
     const std::string key = FileNaming::normalizedKey(entry.name);
     const fs::path path = folder / PathText::path(entry.name);
     content.usedNames.take(entry.name);
-    if (const auto size = Files::regularFileSize(path)) {
+    if (const auto size = sizeOf(path)) {
       content.files.emplace(key, File{.name = entry.name, .path = path, .size = *size});
     }
   }
@@ -107,10 +126,10 @@ MergePlanner::Content& MergePlanner::contentOf(const std::string& canonical) {
 }
 
 const MergePlanner::File* MergePlanner::twin(const Content& content, const std::string& name, const fs::path& file,
-                                             std::int64_t size) const {
+                                             std::int64_t size) {
   const auto [begin, end] = content.files.equal_range(FileNaming::normalizedKey(name));
   const auto found = std::find_if(begin, end, [&](const auto& entry) {
-    return entry.second.size == size && haveSameBytes(entry.second.path, file);
+    return entry.second.size == size && Files::haveSameBytes(entry.second.path, file);
   });
   return found == end ? nullptr : &found->second;
 }
@@ -140,11 +159,16 @@ void Merger::carryOut(const FolderMerge& merge, DedupeSummary& summary) const {
 void Merger::carryOut(const FolderMerge& merge, const Step& step, DedupeSummary& summary) const {
   const fs::path from = contentRoot_ / PathText::path(merge.pair.duplicateFolder) / PathText::path(step.name);
   const fs::path to = contentRoot_ / PathText::path(merge.pair.canonicalFolder) / PathText::path(step.target);
-  if (step.action == Action::discard) {
+  if (step.action == Action::leave) return;
+  std::optional<bool> isDuplicate = false;  // absent when that cannot be read
+  if (step.action == Action::removeDuplicate) isDuplicate = haveSameBytes(from, to);
+  if (!isDuplicate) {
+    summary.warnings.push_back(warningOf(merge.pair, step));
+  } else if (step.action == Action::discard) {
     Files::remove(from);
   } else if (step.action == Action::moveIfItCan) {
     renamed(from, to);
-  } else if (step.action == Action::removeDuplicate && haveSameBytes(from, to)) {
+  } else if (*isDuplicate) {
     Files::remove(from);
     if (!step.isMedia) return;
     ++summary.deletedDuplicateCount;

@@ -18,6 +18,7 @@ struct FolderMerge {
   enum class Action {
     removeDuplicate,  // its twin in the canonical folder holds the same bytes
     move,
+    leave,        // it may be a duplicate, but one of the two cannot be read
     discard,      // a file manager's ".DS_Store"
     moveIfItCan,  // no regular file: moved with the folder's other entries where that is possible
   };
@@ -33,11 +34,12 @@ struct FolderMerge {
 
   DedupePair pair;
   std::vector<Step> steps;
+  std::vector<std::string> warnings;  // of what is left: sentences for people, in English
 };
 
 // Plans merges one after another, each as the folders are once the former are
 // carried out, without changing anything. Two files are duplicates when the keys
-// of their names and their bytes are equal; one that cannot be read has none.
+// of their names and their bytes are equal; what cannot be compared is left for a later clean-up.
 class MergePlanner {
  public:
   explicit MergePlanner(std::filesystem::path contentRoot, CancellationCheck isCancelled = {})
@@ -60,8 +62,9 @@ class MergePlanner {
   Content& contentOf(const std::string& canonical);
   // What becomes of one entry; the name it is moved to is left open.
   FolderMerge::Step step(const Content& content, const std::filesystem::path& folder, const std::string& name) const;
-  const File* twin(const Content& content, const std::string& name, const std::filesystem::path& file,
-                   std::int64_t size) const;
+  // Null when there is none. Throws when it cannot be read whether one is.
+  static const File* twin(const Content& content, const std::string& name, const std::filesystem::path& file,
+                          std::int64_t size);
 
   std::filesystem::path contentRoot_;
   CancellationCheck isCancelled_;
@@ -76,7 +79,8 @@ class Merger {
   Merger(std::filesystem::path contentRoot, MergeJournal& journal, CancellationCheck isCancelled = {})
       : contentRoot_(std::move(contentRoot)), journal_(journal), isCancelled_(std::move(isCancelled)) {}
 
-  // Counts what it does in `summary`. Throws what the file system reports, and TidewellError::cancelled.
+  // Counts in `summary` what it does, and warns of what it leaves. Throws what the file system reports, and
+  // TidewellError::cancelled.
   void carryOut(const FolderMerge& merge, DedupeSummary& summary) const;
 
   // Enters all that a merge moves.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "TidewellCore/Export/CopyPlace.h"
 #include "TidewellCore/FolderNames.h"
 #include "TidewellCore/MakeRoom.h"
 #include "TidewellCore/Platform/FileDescriptor.h"
@@ -38,21 +39,16 @@ MediaCopier::MediaCopier(const OpenedBackup& opened, DestinationIndex& index, co
                          CancellationCheck isCancelled)
     : opened_(opened), index_(index), batches_(disk), isCancelled_(std::move(isCancelled)) {}
 
-MediaCopier::Outcome MediaCopier::carryOut(const PlannedCopy& copy) {
+MediaCopier::Outcome MediaCopier::carryOut(PlannedCopy& copy) {
   if (copy.alreadyPresent) return Outcome::alreadyPresent;
   if (copy.sourceSize < 0) failAsDamaged(copy);
   const fs::path folder = copy.dest.parent_path();
   // What stands there is not known, so nothing can be put beside it.
   if (index_.unreadableFolders.contains(PathText::text(folder.filename()))) throw CopyError(FailureReason::unwritable);
   MakeRoom::forFolder(folder);
-  const bool hasCome = Files::regularFileSize(copy.dest) == copy.sourceSize;
-  if (!hasCome && !copy.leftoverFolder) {
-    write(copy);
-    return Outcome::written;
-  }
-  if (!hasCome) move(copy);
-  enter(copy);
-  return hasCome ? Outcome::alreadyPresent : Outcome::moved;
+  if (copy.leftoverFolder) return move(copy);
+  write(copy);
+  return Outcome::written;
 }
 
 std::vector<CopyBatches::Settled> MediaCopier::settleDue() {
@@ -72,35 +68,30 @@ void MediaCopier::enter(const PlannedCopy& copy) {
   index_.addFile(PathText::text(copy.dest.parent_path().filename()), copy.exportedName, copy.sourceSize);
 }
 
-bool MediaCopier::hasKey(const PlannedCopy& copy) const {
-  if (!copy.encryptionKey || !opened_.unlocker()) return true;
-  try {
-    opened_.unlocker()->keyBag.unwrapPersistentKey(*copy.encryptionKey);
-    return true;
-  } catch (const TidewellError&) {
-    return false;
-  }
-}
-
 void MediaCopier::failAsDamaged(const PlannedCopy& copy) const {
   if (copy.source.empty()) throw CopyError(FailureReason::missing);
   FileDescriptor::openForReading(copy.source);
-  throw CopyError(hasKey(copy) ? FailureReason::cutShort : FailureReason::keyMissing);
+  throw CopyError(opened_.isOpenedBy(copy.encryptionKey) ? FailureReason::cutShort : FailureReason::keyMissing);
 }
 
 FailureReason MediaCopier::reasonOf(const std::exception& error, const PlannedCopy& copy) const {
   // A former copy that is moved is no file of the backup.
   const FailureReason reason = CopyFailures::reasonOf(error, copy.leftoverFolder ? fs::path() : copy.source);
-  return reason == FailureReason::undecryptable && !hasKey(copy) ? FailureReason::keyMissing : reason;
+  return reason == FailureReason::undecryptable && !opened_.isOpenedBy(copy.encryptionKey) ? FailureReason::keyMissing
+                                                                                           : reason;
 }
 
-void MediaCopier::move(const PlannedCopy& copy) {
-  if (!Files::moveToFree(copy.source, copy.dest)) throw CopyError(FailureReason::placeTaken);
-  index_.removeFile(*copy.leftoverFolder, PathText::text(copy.source.filename()));
-  setDate(copy.dest, copy);
+MediaCopier::Outcome MediaCopier::move(PlannedCopy& copy) {
+  const bool isMoved = CopyPlace::give(copy, copy.source);
+  if (isMoved) {
+    index_.removeFile(*copy.leftoverFolder, PathText::text(copy.source.filename()));
+    setDate(copy.dest, copy);
+  }
+  enter(copy);
+  return isMoved ? Outcome::moved : Outcome::alreadyPresent;
 }
 
-void MediaCopier::write(const PlannedCopy& copy) {
+void MediaCopier::write(PlannedCopy& copy) {
   const fs::path partial = copy.dest.parent_path() / Files::partialName();
   try {
     const StoredFile stored{.location = copy.source, .encryptionKey = copy.encryptionKey, .size = copy.sourceSize};

@@ -12,9 +12,9 @@
 class MediaCopier {
  public:
   enum class Outcome {
-    written,  // and waits to be settled
-    moved,    // from a former folder
-    alreadyPresent
+    written,        // and waits to be settled
+    moved,          // from a former folder
+    alreadyPresent  // or somebody else put it there meanwhile
   };
 
   // Keeps `index` up to date with what it does. All must outlive it.
@@ -22,8 +22,8 @@ class MediaCopier {
               CancellationCheck isCancelled);
 
   // Throws whatever kept the file from being copied, and TidewellError::cancelled.
-  // `copy` must stay where it is until it is settled.
-  Outcome carryOut(const ExportPlanner::PlannedCopy& copy);
+  // `copy` must stay where it is until it is settled, and is told the place that it is really given.
+  Outcome carryOut(ExportPlanner::PlannedCopy& copy);
   // Settles what is due of what was written, and tells what came of each such copy.
   std::vector<CopyBatches::Settled> settleDue();
   // Brings all that was written onto the disk and into its places.
@@ -39,10 +39,8 @@ class MediaCopier {
  private:
   // Throws what keeps a file from being copied whose size could not be proven.
   [[noreturn]] void failAsDamaged(const ExportPlanner::PlannedCopy& copy) const;
-  // Whether a key opens the file, or it needs none.
-  bool hasKey(const ExportPlanner::PlannedCopy& copy) const;
-  void move(const ExportPlanner::PlannedCopy& copy);
-  void write(const ExportPlanner::PlannedCopy& copy);
+  Outcome move(ExportPlanner::PlannedCopy& copy);
+  void write(ExportPlanner::PlannedCopy& copy);
   void enter(const ExportPlanner::PlannedCopy& copy);
   std::vector<CopyBatches::Settled> entered(std::vector<CopyBatches::Settled> settled);
 

@@ -45,7 +45,7 @@ class Copying {
  private:
   void copyAll(ProgressReporter& progress) {
     std::int64_t completed = 0;
-    for (const PlannedCopy& copy : plan_.copies) {
+    for (PlannedCopy& copy : plan_.copies) {
       throwIfCancelled(isCancelled_);
       target_.lock.requireInPlace();
       progress.report(copy.exportedName, completed);
@@ -55,7 +55,7 @@ class Copying {
     }
   }
 
-  void attempt(const PlannedCopy& copy) {
+  void attempt(PlannedCopy& copy) {
     try {
       const MediaCopier::Outcome outcome = copier_.carryOut(copy);
       if (outcome == MediaCopier::Outcome::alreadyPresent) ++target_.summary.skippedExistingCount;
@@ -68,11 +68,10 @@ class Copying {
   }
 
   void count(const std::vector<CopyBatches::Settled>& settled) {
-    for (const auto& [copy, failure] : settled) {
-      if (!failure) {
-        countAsCopied(*copy);
-        continue;
-      }
+    for (const auto& [copy, failure, wasThere] : settled) {
+      if (wasThere) ++target_.summary.skippedExistingCount;
+      if (!failure && !wasThere) countAsCopied(*copy);
+      if (!failure) continue;
       try {
         std::rethrow_exception(failure);
       } catch (const std::exception& error) {
@@ -90,7 +89,8 @@ class Copying {
     target_.summary.totalBytesCopied = saturatingAdd(target_.summary.totalBytesCopied, copy.sourceSize);
   }
 
-  void record(const std::exception& error, const PlannedCopy& copy) {
+  void record(const std::exception& error, PlannedCopy& copy) {
+    copy.hasFailed = true;
     unreadableInARow_ = EarlyEnd::isOfDisk(error) ? unreadableInARow_ + 1 : 0;
     target_.failures.add(error, {.name = copy.exportedName,
                                  .chat = source_.snapshot.chatTitle(copy.chatJID),

@@ -13,7 +13,7 @@ std::string placeOf(const ExportPlanner::PlannedCopy& copy) {
 MediaLinks::MediaLinks(const ExportPlan& plan) {
   for (const auto* copies : {&plan.copies, &plan.earlier}) {
     for (const ExportPlanner::PlannedCopy& copy : *copies) {
-      if (plan.index.contains(placeOf(copy))) copies_.emplace(copy.relativePath, &copy);
+      if (!copy.hasFailed && plan.index.contains(placeOf(copy))) copies_.emplace(copy.relativePath, &copy);
     }
   }
 }

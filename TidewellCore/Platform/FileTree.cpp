@@ -140,6 +140,13 @@ bool Files::exists(const fs::path& path) {
   return look(path, Links::followed, status) == 0;
 }
 
+bool Files::isThere(const fs::path& path) {
+  struct stat status {};
+  if (look(path, Links::followed, status) == 0) return true;
+  if (isAbsence(errno)) return false;
+  fail("Could not look at", path);
+}
+
 bool Files::isRegularFile(const fs::path& path) { return regularFileSize(path).has_value(); }
 
 std::optional<std::int64_t> Files::regularFileSize(const fs::path& path) {

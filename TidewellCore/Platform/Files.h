@@ -24,6 +24,8 @@ Kind kindOf(const std::filesystem::path& path);
 
 // Whether anything stands there, links followed; what cannot be looked at does not.
 bool exists(const std::filesystem::path& path);
+// The same, but throws when it cannot be found out: only what the file system says is not there is not.
+bool isThere(const std::filesystem::path& path);
 // Whether a regular file stands there; a link is none, and neither is what cannot be looked at.
 bool isRegularFile(const std::filesystem::path& path);
 // The length in bytes of a regular file; absent for anything else. Links are not followed.
