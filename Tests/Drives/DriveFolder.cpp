@@ -7,9 +7,11 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <memory>
 #include <optional>
+#include <thread>
 
 #include "Tests/Drives/DriveNames.h"
 
@@ -175,6 +177,7 @@ int DriveFolder::write(int file, const char* bytes, std::size_t count, std::int6
 int DriveFolder::flush(int file) const {
   struct stat status {};
   if (::fstat(file, &status) != 0) return -errno;
+  std::this_thread::sleep_for(std::chrono::milliseconds(options_.flushTakes));
   return options_.failsFlushes || incomplete_.contains(status.st_ino) ? -EIO : 0;
 }
 

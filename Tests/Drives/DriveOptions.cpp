@@ -20,7 +20,8 @@ constexpr std::array<std::pair<const char*, bool DriveOptions::*>, 10> flags{{
     {"fails-flushes", &DriveOptions::failsFlushes},
 }};
 
-constexpr std::array<std::pair<const char*, std::int64_t DriveOptions::*>, 3> numbers{{
+constexpr std::array<std::pair<const char*, std::int64_t DriveOptions::*>, 4> numbers{{
+    {"flush-takes", &DriveOptions::flushTakes},
     {"largest-file", &DriveOptions::largestFile},
     {"capacity", &DriveOptions::capacity},
     {"claimed-capacity", &DriveOptions::claimedCapacity},

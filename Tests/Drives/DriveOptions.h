@@ -18,6 +18,7 @@ struct DriveOptions {
   bool losesWhatIsTooMuch = false;  // takes what is beyond its capacity, loses it, and says so when the file is flushed
   bool writesLate = false;  // the system keeps what is written, so that its loss is met by the flush of the whole drive
   bool failsFlushes = false;                   // with EIO, every one
+  std::int64_t flushTakes = 0;                 // milliseconds, of one file
   std::int64_t largestFile = (1LL << 32) - 1;  // bytes
   std::int64_t capacity = 1LL << 40;           // bytes of all files together
   std::int64_t claimedCapacity = 0;            // what it says of itself; 0: the truth

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <functional>
 #include <optional>
 
@@ -96,6 +97,54 @@ TEST_F(FaultyDriveTest, OneThatIsUnmountedEndsTheRunAndLeavesNothingInItsPlace) 
   EXPECT_THAT(failure({.progress = atFirstCopy([&] { drive->unmount(); })}),
               AnyOf(broken, TidewellError::destinationNotWritable(scene.destination.string())));
   EXPECT_TRUE(fs::is_empty(scene.folder / "drive"));
+}
+
+struct SlowDriveTest : FaultyDriveTest {
+  using Clock = std::chrono::steady_clock;
+
+  // Fifty files take more than seven seconds to be flushed.
+  bool mountSlow() {
+    auto& files = scene.contents.whatsApp.mediaFiles;
+    files.clear();
+    for (int i = 0; i < 60; ++i) {
+      files.push_back(ExportTest::media(ExportTest::ana, "p" + std::to_string(i), "jpg", "x"));
+    }
+    scene.write();
+    return mount({.flushTakes = 150});
+  }
+  // Cancels when `isTime` says so for the so many times that were asked while files are copied.
+  void expectSoonEnd(const std::function<bool(int asked, const ExportProgress& last)>& isTime) {
+    ExportProgress last;
+    int asked = 0;
+    std::optional<Clock::time_point> cancelled;
+    const auto look = [&] {
+      if (!cancelled && last.phase == Phase::copyingMedia && isTime(asked, last)) cancelled = Clock::now();
+    };
+    const auto watch = [&](const ExportProgress& progress) {
+      last = progress;
+      look();
+    };
+    const auto isCancelled = [&] {
+      asked += last.phase == Phase::copyingMedia ? 1 : 0;
+      look();
+      return cancelled.has_value();
+    };
+    EXPECT_EQ(failure({.progress = watch, .isCancelled = isCancelled}), TidewellError::cancelled());
+    ASSERT_TRUE(cancelled);
+    EXPECT_LT(Clock::now() - *cancelled, std::chrono::seconds(4));
+    EXPECT_FALSE(ExportTest::holdsPartials(scene.destination));
+  }
+};
+
+TEST_F(SlowDriveTest, IsNotWaitedForByWhoCancelsAmongTheFiles) {
+  if (!mountSlow()) GTEST_SKIP() << drive->whyNot();
+  expectSoonEnd([](int asked, const ExportProgress&) { return asked == 100; });
+  EXPECT_THAT(media(), testing::Not(IsEmpty())) << "what the drive took in that time is kept";
+}
+
+TEST_F(SlowDriveTest, IsNotWaitedForByWhoCancelsAfterTheLastFile) {
+  if (!mountSlow()) GTEST_SKIP() << drive->whyNot();
+  expectSoonEnd([](int, const ExportProgress& last) { return last.completed == 60; });
 }
 
 TEST_F(FaultyDriveTest, OneThatTakesNoLargeFileIsToldSoAtOnceAndGetsTheRest) {

@@ -1,12 +1,14 @@
 #include "TidewellCore/Export/CopyBatches.h"
 
 #include <algorithm>
+#include <chrono>
 #include <iterator>
 #include <utility>
 
 #include "TidewellCore/Export/CopyPlace.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/SaturatingAdd.h"
+#include "TidewellCore/TidewellError.h"
 
 namespace {
 
@@ -14,6 +16,8 @@ namespace fs = std::filesystem;
 
 constexpr std::size_t mostFiles = 256;
 constexpr std::int64_t mostBytes = 256 << 20;
+// A file that a slow disk takes at once, or nearly so.
+constexpr std::int64_t largestInHaste = 1 << 20;
 
 template <typename Work>
 std::exception_ptr failureOf(Work work) {
@@ -43,6 +47,7 @@ bool CopyBatches::isFull() const { return gathered_.size() >= mostFiles || bytes
 
 std::vector<CopyBatches::Settled> CopyBatches::turnOver() {
   std::vector<Settled> settled = awaitFlush();
+  if (isInHaste_) return settled;
   onTheirWay_ = std::exchange(gathered_, {});
   bytes_ = 0;
   if (onTheirWay_.empty()) return settled;
@@ -55,7 +60,7 @@ std::vector<CopyBatches::Settled> CopyBatches::turnOver() {
   std::vector<fs::path> partials;
   for (const Waiting& waiting : onTheirWay_) partials.push_back(waiting.partial);
   // Deferred where the system gives no thread: flushed when it is waited for, by a copy that no failed start took.
-  const auto work = [this, partials] { return flush(disk_, partials); };
+  const auto work = [this, partials] { return flush(partials); };
   flushing_ = std::async(std::launch::async | std::launch::deferred, work);
   return settled;
 }
@@ -66,28 +71,51 @@ std::vector<CopyBatches::Settled> CopyBatches::settle() {
   return settled;
 }
 
-CopyBatches::Flushed CopyBatches::flush(const FlushPoint& disk, const std::vector<fs::path>& partials) {
+std::vector<CopyBatches::Settled> CopyBatches::settleInHaste() {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(1);
+  isInHaste_ = true;
+  std::vector<Settled> settled = awaitFlush();
+  for (const Waiting& waiting : gathered_) {
+    if (lost_ || std::chrono::steady_clock::now() >= end) break;
+    if (waiting.copy->sourceSize > largestInHaste) continue;
+    settled.push_back(moved(waiting, failureOf([&] { Files::flush(waiting.partial); })));
+  }
+  return settled;
+}
+
+CopyBatches::Flushed CopyBatches::flush(const std::vector<fs::path>& partials) const {
   bool isWhole = false;
-  const auto lost = failureOf([&] { isWhole = disk.flush(); });
+  const auto lost = failureOf([&] { isWhole = disk_.flush(); });
   Flushed flushed{.ofVolume = lost, .ofFiles = std::vector(partials.size(), lost)};
   if (lost || isWhole) return flushed;
+  const auto flushFile = [this](const fs::path& partial) {
+    if (isInHaste_) throw TidewellError::cancelled();
+    Files::flush(partial);
+  };
   std::ranges::transform(partials, flushed.ofFiles.begin(),
-                         [](const fs::path& partial) { return failureOf([&] { Files::flush(partial); }); });
+                         [&](const fs::path& partial) { return failureOf([&] { flushFile(partial); }); });
   return flushed;
 }
 
 std::vector<CopyBatches::Settled> CopyBatches::awaitFlush() {
   std::vector<Settled> settled;
   if (!flushing_.valid()) return settled;
+  constexpr auto patience = std::chrono::milliseconds(100);
+  while (flushing_.wait_for(patience) == std::future_status::timeout) {
+    if (isCancelled_ && isCancelled_()) isInHaste_ = true;
+  }
   const auto [ofVolume, failures] = flushing_.get();
   lost_ = ofVolume;
   for (std::size_t i = 0; i < onTheirWay_.size(); ++i) {
-    const fs::path& partial = onTheirWay_[i].partial;
-    Settled one{.copy = onTheirWay_[i].copy, .failure = failures[i]};
-    if (!one.failure) one.failure = failureOf([&] { one.wasThere = !CopyPlace::give(*one.copy, partial); });
-    if (one.failure || one.wasThere) Files::removeQuietly(partial);
-    settled.push_back(std::move(one));
+    settled.push_back(moved(onTheirWay_[i], failures[i]));
   }
   onTheirWay_.clear();
   return settled;
+}
+
+CopyBatches::Settled CopyBatches::moved(const Waiting& waiting, std::exception_ptr failure) {
+  Settled one{.copy = waiting.copy, .failure = std::move(failure)};
+  if (!one.failure) one.failure = failureOf([&] { one.wasThere = !CopyPlace::give(*one.copy, waiting.partial); });
+  if (one.failure || one.wasThere) Files::removeQuietly(waiting.partial);
+  return one;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <exception>
 #include <filesystem>
@@ -7,6 +8,7 @@
 #include <vector>
 
 #include "TidewellCore/Export/ExportPlanner.h"
+#include "TidewellCore/Platform/Cancellation.h"
 #include "TidewellCore/Platform/FlushPoint.h"
 
 // Copies that were written and wait under hidden names until their bytes are
@@ -15,8 +17,10 @@
 // disk the next one is gathered. What still waits when it goes is removed.
 class CopyBatches {
  public:
-  // Both must outlive it.
-  explicit CopyBatches(const FlushPoint& disk) : disk_(disk) {}
+  // `disk` must outlive it. When `isCancelled` says so, no more flush is begun, and
+  // files that wait for their own fail with TidewellError::cancelled; the rest is left to `settleInHaste`.
+  explicit CopyBatches(const FlushPoint& disk, CancellationCheck isCancelled = {})
+      : disk_(disk), isCancelled_(std::move(isCancelled)) {}
   ~CopyBatches();
   CopyBatches(const CopyBatches&) = delete;
   CopyBatches& operator=(const CopyBatches&) = delete;
@@ -36,6 +40,11 @@ class CopyBatches {
   std::vector<Settled> turnOver();
   // Brings everything onto the disk and into its places.
   std::vector<Settled> settle();
+  // The same for somebody who wants to leave: what the disk takes within about a
+  // second. It does not wait for more than that, but for a volume's flush that the
+  // system has begun, which nothing breaks off. The rest is not told of, and is
+  // removed when this goes.
+  std::vector<Settled> settleInHaste();
 
  private:
   struct Waiting {
@@ -47,14 +56,17 @@ class CopyBatches {
     std::vector<std::exception_ptr> ofFiles;  // one for each file; null for one that is on the disk
   };
 
-  static Flushed flush(const FlushPoint& disk, const std::vector<std::filesystem::path>& partials);
+  Flushed flush(const std::vector<std::filesystem::path>& partials) const;
   std::vector<Settled> awaitFlush();
+  static Settled moved(const Waiting& waiting, std::exception_ptr failure);
 
   const FlushPoint& disk_;
+  CancellationCheck isCancelled_;
   std::vector<Waiting> gathered_;
   std::int64_t bytes_ = 0;  // of those
   // Of the flush before: it may have been told of what was gathered meanwhile, and nobody is told twice.
   std::exception_ptr lost_;
   std::vector<Waiting> onTheirWay_;
   std::future<Flushed> flushing_;
+  std::atomic<bool> isInHaste_ = false;
 };

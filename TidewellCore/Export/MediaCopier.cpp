@@ -37,7 +37,7 @@ void removeIfEmptied(const fs::path& folder) {
 
 MediaCopier::MediaCopier(const OpenedBackup& opened, DestinationIndex& index, const FlushPoint& disk,
                          CancellationCheck isCancelled)
-    : opened_(opened), index_(index), batches_(disk), isCancelled_(std::move(isCancelled)) {}
+    : opened_(opened), index_(index), batches_(disk, isCancelled), isCancelled_(std::move(isCancelled)) {}
 
 MediaCopier::Outcome MediaCopier::carryOut(PlannedCopy& copy) {
   if (copy.alreadyPresent) return Outcome::alreadyPresent;
@@ -56,6 +56,8 @@ std::vector<CopyBatches::Settled> MediaCopier::settleDue() {
 }
 
 std::vector<CopyBatches::Settled> MediaCopier::settle() { return entered(batches_.settle()); }
+
+std::vector<CopyBatches::Settled> MediaCopier::settleInHaste() { return entered(batches_.settleInHaste()); }
 
 std::vector<CopyBatches::Settled> MediaCopier::entered(std::vector<CopyBatches::Settled> settled) {
   for (const CopyBatches::Settled& one : settled) {

@@ -28,6 +28,8 @@ class MediaCopier {
   std::vector<CopyBatches::Settled> settleDue();
   // Brings all that was written onto the disk and into its places.
   std::vector<CopyBatches::Settled> settle();
+  // The same within about a second, as far as it gets; the rest is dropped.
+  std::vector<CopyBatches::Settled> settleInHaste();
 
   // Why a copy failed that threw `error`.
   FailureReason reasonOf(const std::exception& error, const ExportPlanner::PlannedCopy& copy) const;

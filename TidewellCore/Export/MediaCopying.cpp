@@ -34,11 +34,12 @@ class Copying {
     progress.begin(ExportProgress::Phase::copyingMedia, static_cast<std::int64_t>(plan_.copies.size()));
     try {
       copyAll(progress);
-    } catch (...) {
-      settleQuietly();
+      count(copier_.settle());
+      throwIfCancelled(isCancelled_);
+    } catch (const std::exception& error) {
+      settleQuietly(TidewellError::isCancellation(error));
       throw;
     }
-    count(copier_.settle());
     copier_.removeEmptied(plan_.removable);
   }
 
@@ -81,7 +82,9 @@ class Copying {
   }
 
   // While another failure ends the run: that one is told.
-  void settleQuietly() try { count(copier_.settle()); } catch (const std::exception&) {
+  void settleQuietly(bool isInHaste) try {
+    count(isInHaste ? copier_.settleInHaste() : copier_.settle());
+  } catch (const std::exception&) {
   }
 
   void countAsCopied(const PlannedCopy& copy) {
