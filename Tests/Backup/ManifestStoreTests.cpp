@@ -246,11 +246,13 @@ TEST_F(DamagedNames, APathThatDoesNotFitItsIdentifierIsAWarning) {
 TEST_F(DamagedNames, ARowThatIsOfNeitherFileNorFolderNorLinkIsAWarning) {
   for (const char* flags : {"0", "3", "5", "NULL", "'x'"}) {
     EXPECT_THAT(warningsAfter("UPDATE Files SET flags = " + std::string(flags) + " WHERE relativePath LIKE '%1.jpg'"),
-                ElementsAre(testing::StartsWith("Some files may be missing: 1 name"))) << flags;
+                ElementsAre(testing::StartsWith("Some files may be missing: 1 name")))
+        << flags;
   }
   for (const char* flags : {"2", "4"}) {
     EXPECT_THAT(warningsAfter("UPDATE Files SET flags = " + std::string(flags) + " WHERE relativePath LIKE '%1.jpg'"),
-                IsEmpty()) << flags;
+                IsEmpty())
+        << flags;
   }
 }
 
