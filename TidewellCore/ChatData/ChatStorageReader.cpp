@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <initializer_list>
 #include <limits>
 #include <map>
+#include <string_view>
 #include <tuple>
 #include <unordered_set>
 
@@ -32,11 +34,17 @@ std::optional<std::string> plausible(std::optional<std::string> name) {
   return name;
 }
 
+// Every version of WhatsApp has one of the candidates of such a column.
+void noteColumns(std::initializer_list<std::string_view> selected, ChatStorageSnapshot& snapshot) {
+  if (std::ranges::any_of(selected, &std::string_view::empty)) snapshot.unread.lacksColumns = true;
+}
+
 void loadChats(const SQLiteDB& database, ChatStorageSnapshot& snapshot) {
   TableReader table(database, "ZWACHATSESSION");
   const std::string pk = table.select({"Z_PK"});
   const std::string jid = table.select({"ZCONTACTJID", "ZJID", "ZPARTNERJID"});
   const std::string name = table.select({"ZPARTNERNAME", "ZPARTNER", "ZCONTACTNAME"});
+  noteColumns({pk, jid, name}, snapshot);
   if (pk.empty()) return;
   table.forEachRow([&](const SQLiteRow& row) {
     const auto key = row.intValue(pk);
@@ -49,12 +57,13 @@ void loadChats(const SQLiteDB& database, ChatStorageSnapshot& snapshot) {
   }
 }
 
-void loadGroupMembers(const SQLiteDB& database, ContactDirectory& directory) {
+void loadGroupMembers(const SQLiteDB& database, ChatStorageSnapshot& snapshot, ContactDirectory& directory) {
   TableReader table(database, "ZWAGROUPMEMBER");
   const std::string pk = table.select({"Z_PK"});
   const std::string contactName = table.select({"ZCONTACTNAME", "ZNAME", "ZMEMBERNAME"});
   const std::string firstName = table.select({"ZFIRSTNAME"});
   const std::string jid = table.select({"ZMEMBERJID", "ZJID"});
+  noteColumns({pk, jid}, snapshot);
   if (pk.empty()) return;
   table.forEachRow([&](const SQLiteRow& row) {
     const auto key = row.intValue(pk);
@@ -162,6 +171,7 @@ class MessageTable {
       : table_(database, "ZWAMESSAGE"), snapshot_(snapshot) {}
 
   SilentMessages load(const SQLiteDB& database) {
+    noteColumns({sent_, isFromMe_, fromJID_, groupMember_}, snapshot_);
     if (pk_.empty() || chat_.empty()) {
       snapshot_.unread.withoutChat = rowCount(database, "ZWAMESSAGE");
       return {};
@@ -228,6 +238,7 @@ void attachMediaPaths(const SQLiteDB& database, SilentMessages silent, ChatStora
   TableReader table(database, "ZWAMEDIAITEM");
   const std::string message = table.select({"ZMESSAGE"});
   const std::string path = table.select({"ZMEDIALOCALPATH", "ZLOCALPATH"});
+  noteColumns({message, path}, snapshot);
   if (message.empty() || path.empty()) return;
   const auto positions = positionsByPK(snapshot);
   const auto attach = [&](const SQLiteRow& row) {
@@ -255,7 +266,7 @@ ChatStorageSnapshot ChatStorageReader::load(const std::filesystem::path& copiedD
   ChatStorageSnapshot snapshot;
   loadChats(database, snapshot);
   ContactDirectory directory;
-  loadGroupMembers(database, directory);
+  loadGroupMembers(database, snapshot, directory);
   loadProfilePushNames(database, directory);
   loadLIDPairs(database, directory);
   snapshot.setDirectory(std::move(directory));

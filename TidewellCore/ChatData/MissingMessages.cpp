@@ -52,8 +52,8 @@ bool MissingMessages::areAll(const ChatStorageSnapshot& snapshot) {
   return snapshot.messagesByChat.empty() && snapshot.unread.withoutChat > 0;
 }
 
-bool MissingMessages::areGone(const ChatStorageSnapshot& snapshot) {
-  return snapshot.messagesByChat.empty() && snapshot.unread.ofFiles > 0;
+bool MissingMessages::mayBeMissing(const ChatStorageSnapshot& snapshot) {
+  return snapshot.unread.lacksColumns || (snapshot.messagesByChat.empty() && snapshot.unread.ofFiles > 0);
 }
 
 std::vector<std::string> MissingMessages::warnings(const ChatStorageSnapshot& snapshot) {

@@ -20,8 +20,9 @@ extern const std::array<Words, 3> allWords;
 
 // Whether there are messages and none says its chat.
 bool areAll(const ChatStorageSnapshot& snapshot);
-// Whether there are no messages, though some had files.
-bool areGone(const ChatStorageSnapshot& snapshot);
+// Whether something is gone that no count tells: there are no messages, though
+// some had files, or a column that every phone has.
+bool mayBeMissing(const ChatStorageSnapshot& snapshot);
 // Sentences for people: what is missing, and what to do.
 std::vector<std::string> warnings(const ChatStorageSnapshot& snapshot);
 

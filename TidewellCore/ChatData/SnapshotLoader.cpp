@@ -97,7 +97,7 @@ ChatStorageSnapshot loadChats(WorkingCopy copy) {
   const SQLiteDB database(PathText::text(copy.path), SQLiteDB::OpenMode::readOnly);
   if (!database.tableExists(messageTable)) throw TidewellError::chatStorageUnreadable(noMessages);
   if (MissingMessages::areAll(snapshot)) throw TidewellError::chatStorageUnreadable(noChats);
-  if (MissingMessages::areGone(snapshot)) copy.faults.insert(DatabaseFault::damaged);
+  if (MissingMessages::mayBeMissing(snapshot)) copy.faults.insert(DatabaseFault::damaged);
   copy.faults.merge(DatabaseCheck::within(database, chatTables));
   append(snapshot.warnings, BackupDatabase::chats, copy.faults);
   std::ranges::move(MissingMessages::warnings(snapshot), std::back_inserter(snapshot.warnings));
