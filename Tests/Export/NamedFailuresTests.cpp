@@ -73,6 +73,15 @@ TEST_P(NamedFailuresTest, AProfilePictureThatCannotBeReadIsNamed) {
       ElementsAre(CopyFailure{.name = "5511900001111-1.jpg", .chat = "Ana", .reason = FailureReason::cutShort}));
 }
 
+TEST_P(NamedFailuresTest, AProfilePictureThatMayHaveLostItsEndIsCopiedAndTold) {
+  if (GetParam()) GTEST_SKIP() << "In an encrypted backup its padding tells.";
+  addPicture({.truncatedTo = 8});
+  const ExportSummary summary = scene.run(everything);
+  EXPECT_THAT(summary.failures, IsEmpty());
+  EXPECT_THAT(summary.warnings, ElementsAre(testing::StartsWith("“5511900001111-1.jpg” is shorter in the backup")));
+  EXPECT_TRUE(summary.mayBeIncomplete);
+}
+
 TEST_P(NamedFailuresTest, AProfilePictureWhoseKeyIsLostIsNamed) {
   if (!GetParam()) GTEST_SKIP() << "A plain backup has no keys.";
   for (const auto& record : {Fixture::Bytes(), Fixture::Bytes(200, 0), Fixture::bytesOf(std::string(99, '\t'))}) {

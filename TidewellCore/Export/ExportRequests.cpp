@@ -12,6 +12,10 @@ namespace {
 
 constexpr std::int64_t unknownSize = -1;
 
+bool isShort(const std::optional<std::int64_t>& provenSize, const ManifestFile& file) {
+  return provenSize && *provenSize < file.plaintextSize.value_or(0);
+}
+
 }  // namespace
 
 std::vector<ExportPlanner::Request> ExportRequests::build(const ManifestStore& manifest,
@@ -26,30 +30,36 @@ std::vector<ExportPlanner::Request> ExportRequests::build(const ManifestStore& m
     if (!wish.kinds.contains(kind)) continue;
     const MessageRecord* message = snapshot.mediaMessage(file.relativePath);
     const std::optional<Date> date = message == nullptr ? std::nullopt : message->date;
+    const std::optional<std::int64_t> size = opened.provenSize(file);
     requests.push_back({.source = opened.location(file).value_or(std::filesystem::path()),
                         .relativePath = file.relativePath,
                         .desiredName = FileNaming::exportFileName(date, file.relativePath, wish.stamps),
                         .chatJID = snapshot.ownerJID(file.relativePath, FileNaming::chatJID(file.relativePath)),
                         .kind = kind,
-                        .sourceSize = opened.provenSize(file).value_or(unknownSize),
+                        .sourceSize = size.value_or(unknownSize),
                         .date = date,
-                        .encryptionKey = opened.keyOf(file)});
-    ExportPlanner::Request& request = requests.back();
-    request.isShorterThanRecorded = request.sourceSize >= 0 && request.sourceSize < file.plaintextSize.value_or(0);
+                        .encryptionKey = opened.keyOf(file),
+                        .isShorterThanRecorded = isShort(size, file)});
   }
   return requests;
 }
 
-std::optional<std::string> ExportRequests::warningOfShortFiles(const std::vector<ExportPlanner::Request>& requests) {
-  const std::int64_t count = std::ranges::count(requests, true, &ExportPlanner::Request::isShorterThanRecorded);
-  if (count == 0) return std::nullopt;
-  const auto first = std::ranges::find(requests, true, &ExportPlanner::Request::isShorterThanRecorded);
-  const std::string others = count == 1 ? " is" : fmt::format(" and {} more are", count - 1);
+std::optional<std::string> ExportRequests::warningOfShortFiles(const std::vector<ExportPlanner::Request>& requests,
+                                                               std::span<const ManifestFile> pictures,
+                                                               const OpenedBackup& opened) {
+  std::vector<std::string> names;
+  for (const ExportPlanner::Request& request : requests) {
+    if (request.isShorterThanRecorded) names.push_back(request.desiredName);
+  }
+  for (const ManifestFile& picture : pictures) {
+    if (isShort(opened.provenSize(picture), picture)) names.emplace_back(PathText::lastComponent(picture.relativePath));
+  }
+  if (names.empty()) return std::nullopt;
+  const std::string others = names.size() == 1 ? " is" : fmt::format(" and {} more are", names.size() - 1);
   return fmt::format(
       "“{}”{} shorter in the backup than the iPhone recorded, and may have lost the end. Such files are exported as "
-      "they "
-      "are. Copy the backup again from where it came, or make a new one with the iPhone.",
-      first->desiredName, others);
+      "they are. Copy the backup again from where it came, or make a new one with the iPhone.",
+      names.front(), others);
 }
 
 std::vector<ExportPlanner::Request> ExportRequests::lost(

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -25,8 +26,10 @@ std::vector<ExportPlanner::Request> build(const ManifestStore& manifest, const C
                                           const OpenedBackup& opened, const Wish& wish,
                                           const CancellationCheck& isCancelled = {});
 
-// A sentence about those that may have lost their ends; absent when there are none.
-std::optional<std::string> warningOfShortFiles(const std::vector<ExportPlanner::Request>& requests);
+// A sentence about those, and those of the profile pictures, that may have lost
+// their ends; absent when there are none.
+std::optional<std::string> warningOfShortFiles(const std::vector<ExportPlanner::Request>& requests,
+                                               std::span<const ManifestFile> pictures, const OpenedBackup& opened);
 
 // A request, which nothing can carry out, for every medium that a message names
 // and whose file is in none of `found` whole; in the order of their paths.

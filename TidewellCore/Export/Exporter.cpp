@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <span>
 
 #include "TidewellCore/Backup/BackupInspector.h"
 #include "TidewellCore/Backup/ManifestStore.h"
@@ -79,7 +80,11 @@ ExportPlan makePlan(const ExportJob& job, const Reading& reading, const ExportTa
   }
   throwIfCancelled(isCancelled);
   ExportPlan plan = ExportPlan::make(wish, snapshot, isCancelled);
-  if (auto warning = ExportRequests::warningOfShortFiles(wish.requests)) plan.warnings.push_back(std::move(*warning));
+  std::span<const ManifestFile> pictures;
+  if (job.options.exportTranscripts) pictures = manifest.profilePictures;
+  if (auto warning = ExportRequests::warningOfShortFiles(wish.requests, pictures, opened)) {
+    plan.warnings.push_back(std::move(*warning));
+  }
   return plan;
 }
 
