@@ -69,6 +69,8 @@ std::string causeOf(const std::error_code& code) {
       return "it is not there";
     case ENOTDIR:
       return "there is no such folder";
+    case EISDIR:
+      return "it is a folder";
     case ENOSPC:
     case EDQUOT:
       return "the disk is full";

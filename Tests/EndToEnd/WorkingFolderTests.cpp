@@ -99,12 +99,14 @@ TEST_F(WorkingFolders, AreRemovedAtEverySignalThatEndsAProgram) {
   }
 }
 
-TEST_F(WorkingFolders, AreNotAskedForWhereTMPDIRNamesNone) {
+TEST_F(WorkingFolders, AreMissedWhereTMPDIRNamesAFolderThatIsNotThere) {
   commandLine_.set("TMPDIR", "/nowhere");
   const Finished finished = commandLine_.run(export_);
   EXPECT_EQ(finished.exitCode, 1);
   EXPECT_EQ(finished.errors.substr(finished.errors.find("Could")),
-            "Could not use the folder for temporary files that TMPDIR names: it is not there.\n");
+            "Could not create a working folder in “/nowhere”: it is not there.\n");
+  commandLine_.set("TMPDIR", "");
+  EXPECT_EQ(commandLine_.run(export_).exitCode, 0);
 }
 
 TEST_F(WorkingFolders, AreRemovedWhereFilesMayNotGrowSoLong) {

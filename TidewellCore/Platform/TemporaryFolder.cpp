@@ -10,6 +10,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdint>
+#include <cstdlib>
 #include <mutex>
 #include <random>
 #include <set>
@@ -108,11 +109,10 @@ void removeForGood(const fs::path& path) noexcept {
   fs::remove_all(error ? path : aside, error);
 }
 
+// An empty TMPDIR names none.
 fs::path parentOfAll() {
-  std::error_code error;
-  const fs::path parent = fs::temp_directory_path(error);
-  if (error) throw fs::filesystem_error("Could not use the folder for temporary files that TMPDIR names", error);
-  return parent;
+  const char* named = std::getenv("TMPDIR");
+  return named == nullptr || *named == '\0' ? "/tmp" : named;
 }
 
 }  // namespace
@@ -153,9 +153,7 @@ TemporaryFolder& TemporaryFolder::operator=(TemporaryFolder&& other) noexcept {
 
 void TemporaryFolder::sweep() noexcept {
   std::error_code error;
-  const fs::path parent = fs::temp_directory_path(error);
-  if (error) return;
-  for (fs::directory_iterator entry(parent, error), end; !error && entry != end; entry.increment(error)) {
+  for (fs::directory_iterator entry(parentOfAll(), error), end; !error && entry != end; entry.increment(error)) {
     if (isName(entry->path().filename().native())) removeUnlessLocked(entry->path());
   }
 }

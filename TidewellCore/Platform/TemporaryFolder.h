@@ -4,10 +4,10 @@
 #include <string>
 #include <string_view>
 
-// A folder of its own under the system's temporary folder, readable by this
-// user alone (mode 0700), removed with all it holds when its owner goes. It is
-// locked as long as its owner lives, and so tells a sweep whether it was left
-// behind (docs/decisions/0019-working-folders-are-locked-and-swept.md).
+// A folder of its own under TMPDIR, else /tmp, readable by this user alone (mode
+// 0700), removed with all it holds when its owner goes. It is locked as long as
+// its owner lives, and so tells a sweep whether it was left behind
+// (docs/decisions/0019-working-folders-are-locked-and-swept.md).
 class TemporaryFolder {
  public:
   // What working folders are for; a sweep knows them by these.
