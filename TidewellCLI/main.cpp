@@ -21,7 +21,7 @@ int main(int argumentCount, char** arguments) {
     app.parse(argumentCount, arguments);
   } catch (const CLI::ParseError& error) {
     // Help and the version are told by such an error, too.
-    return app.exit(error) == 0 ? ExitCode::done : ExitCode::usage;
+    if (app.exit(error) != 0) return ExitCode::usage;
   }
   if (flushOutput()) return exitCode;
   printErrorLine("The result could not be written.");

@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "Tests/EndToEnd/CommandLine.h"
 
@@ -54,6 +55,13 @@ TEST(Usage, EndsWithTwoForWhatItDoesNotUnderstand) {
     EXPECT_EQ(finished.output, "") << testing::PrintToString(arguments);
   }
   EXPECT_FALSE(std::filesystem::exists(commandLine / "destination"));
+}
+
+TEST(Usage, FailsWhereItsHelpCannotBeWritten) {
+  for (const char* question : {"--help", "--version"}) {
+    EXPECT_EQ(CommandLine().runWithoutStreams({question}, {}), 1) << question;
+    EXPECT_EQ(CommandLine().runWithoutStreams({question}, {STDOUT_FILENO}), 1) << question;
+  }
 }
 
 TEST(Usage, NamesWhatIsEmpty) {
