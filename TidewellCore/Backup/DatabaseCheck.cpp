@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cctype>
+#include <string_view>
 
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/SQLiteHeader.h"
@@ -27,16 +29,43 @@ std::int64_t sizeOf(const SQLiteDB& database) {
   return numberOf(database, "PRAGMA page_count", "page_count") * numberOf(database, "PRAGMA page_size", "page_size");
 }
 
-// Counted once in the smallest index there is, and once in the table itself.
-bool hasLostRows(const SQLiteDB& database, const std::string& table) {
-  const std::string count = "SELECT count(*) AS n FROM " + table;
-  return numberOf(database, count, "n") != numberOf(database, count + " NOT INDEXED", "n");
+bool isPlain(std::string_view name) {
+  const auto isPlainCharacter = [](unsigned char c) { return c == '_' || (c < 0x80 && std::isalnum(c) != 0); };
+  return !name.empty() && std::ranges::all_of(name, isPlainCharacter);
 }
 
-bool isTableWhole(const SQLiteDB& database, const std::string& table) {
-  const SQLiteDB::Kind kind = database.kindOf(table);
+// The name of one that holds the column of every row, by that column; empty when there is none.
+std::string indexOf(const SQLiteDB& database, const DatabaseTable& table) {
+  if (table.reference == nullptr) return {};
+  std::string found;
+  database.query(
+      "SELECT list.name AS name FROM pragma_index_list(?1) AS list, pragma_index_info(list.name) AS info "
+      "WHERE list.partial = 0 AND info.seqno = 0 AND info.name = ?2",
+      {table.name, table.reference}, [&](const SQLiteRow& row) {
+        const std::string name = row.textValue("name").value_or("");
+        if (isPlain(name)) found = name;
+      });
+  return found;
+}
+
+// What a table and its index agree on: the number of rows, and of the values and their sum.
+bool agreesWithItsIndex(const SQLiteDB& database, const DatabaseTable& table) {
+  const std::string index = indexOf(database, table);
+  const std::string values = index.empty() ? "" : fmt::format(", count({0}), total({0})", table.reference);
+  const auto tally = [&](const std::string& way) {
+    std::vector<SQLiteValue> result;
+    database.query(fmt::format("SELECT count(*){} FROM {} {}", values, table.name, way), {},
+                   [&](const SQLiteRow& row) { result = row.values; });
+    return result;
+  };
+  // Without a known index SQLite takes the smallest there is.
+  return tally(index.empty() ? "" : "INDEXED BY " + index) == tally("NOT INDEXED");
+}
+
+bool isTableWhole(const SQLiteDB& database, const DatabaseTable& table) {
+  const SQLiteDB::Kind kind = database.kindOf(table.name);
   if (kind == SQLiteDB::Kind::none) return true;
-  return kind == SQLiteDB::Kind::table && !hasLostRows(database, table);
+  return kind == SQLiteDB::Kind::table && agreesWithItsIndex(database, table);
 }
 
 bool doPagesFit(const SQLiteDB& database) {
@@ -49,9 +78,9 @@ bool doPagesFit(const SQLiteDB& database) {
   return isFit;
 }
 
-bool isWhole(const SQLiteDB& database, std::span<const char* const> tables) {
+bool isWhole(const SQLiteDB& database, std::span<const DatabaseTable> tables) {
   try {
-    return std::ranges::all_of(tables, [&](const char* table) { return isTableWhole(database, table); }) &&
+    return std::ranges::all_of(tables, [&](const DatabaseTable& table) { return isTableWhole(database, table); }) &&
            doPagesFit(database);
   } catch (const TidewellError& error) {
     return error != TidewellError::invalidDatabase(malformed);
@@ -73,7 +102,7 @@ DatabaseFaults DatabaseCheck::beforeOpening(const fs::path& database, std::optio
   return faults;
 }
 
-DatabaseFaults DatabaseCheck::within(const SQLiteDB& database, std::span<const char* const> tables) {
+DatabaseFaults DatabaseCheck::within(const SQLiteDB& database, std::span<const DatabaseTable> tables) {
   return isWhole(database, tables) ? DatabaseFaults() : DatabaseFaults{DatabaseFault::damaged};
 }
 

@@ -23,6 +23,12 @@ enum class DatabaseFault {
 };
 using DatabaseFaults = std::set<DatabaseFault>;
 
+// A table that is read, and the column, if any, by which its rows find their place.
+struct DatabaseTable {
+  const char* name = "";
+  const char* reference = nullptr;  // to a row of another table, by its key
+};
+
 // Looks for what SQLite passes over in silence (docs/decisions/0018-what-a-damaged-database-tells.md).
 namespace DatabaseCheck {
 
@@ -36,9 +42,9 @@ DatabaseFaults beforeOpening(const std::filesystem::path& database,
                              const std::optional<SQLiteWALIndex>& journalIndex = std::nullopt);
 
 // Looks into a database: whether something stands in for one of `tables`,
-// whether these have lost rows that their indices know, and, up to `largestForPages`
-// bytes, whether its pages fit together.
-DatabaseFaults within(const SQLiteDB& database, std::span<const char* const> tables);
+// whether these have lost rows, or references, that their indices know, and, up
+// to `largestForPages` bytes, whether its pages fit together.
+DatabaseFaults within(const SQLiteDB& database, std::span<const DatabaseTable> tables);
 
 // Looking at all pages takes a fifth of the time that reading all messages does,
 // which only a small database can spare.

@@ -20,7 +20,7 @@ namespace {
 
 // The consumer app and the business app.
 constexpr std::array<const char*, 2> domainPatterns{"%whatsapp.WhatsApp.shared", "%whatsapp.WhatsAppSMB.shared"};
-constexpr std::array<const char*, 1> tables{"Files"};
+constexpr std::array tables{DatabaseTable{.name = "Files"}};
 constexpr std::array<const char*, 4> requiredColumns{"FILEID", "DOMAIN", "RELATIVEPATH", "FLAGS"};
 
 constexpr std::uint32_t unprotected = 0;  // a protection class

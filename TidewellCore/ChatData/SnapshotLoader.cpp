@@ -20,9 +20,13 @@ namespace fs = std::filesystem;
 
 constexpr const char* messageTable = "ZWAMESSAGE";
 constexpr const char* contactTable = "ZWAADDRESSBOOKCONTACT";
-constexpr std::array<const char*, 6> chatTables{messageTable,     "ZWACHATSESSION",     "ZWAMEDIAITEM",
-                                                "ZWAGROUPMEMBER", "ZWAPROFILEPUSHNAME", "ZWAPHONENUMBERLIDPAIR"};
-constexpr std::array<const char*, 1> contactTables{contactTable};
+constexpr std::array<DatabaseTable, 6> chatTables{{{.name = messageTable, .reference = "ZCHATSESSION"},
+                                                   {.name = "ZWAMEDIAITEM", .reference = "ZMESSAGE"},
+                                                   {.name = "ZWACHATSESSION"},
+                                                   {.name = "ZWAGROUPMEMBER"},
+                                                   {.name = "ZWAPROFILEPUSHNAME"},
+                                                   {.name = "ZWAPHONENUMBERLIDPAIR"}}};
+constexpr std::array contactTables{DatabaseTable{.name = contactTable}};
 
 constexpr const char* noMessages =
     "Its list of messages is missing, so it is empty or damaged. Copy the backup again from where it came, or make a "
