@@ -88,4 +88,26 @@ TEST_P(DyingDiskTest, EndsTheRunSoonWithOneSentence) {
   EXPECT_EQ(copied(), photoCount);
 }
 
+TEST(DyingTemporaryFolder, EndsTheRunSoon) {
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "The sanitizer's library must come first.";
+#endif
+  CommandLine program;
+  Fixture::writeBackup(ExportTest::smallBackup(), program / "device");
+  program.set("TIDEWELL_FAULT_BELOW", (program / "temporary").string());
+  program.set("LD_PRELOAD", TIDEWELL_FAULT_LIBRARY);
+  for (const std::string call : {"open", "stat", "mkdir", "read", "pread", "write", "unlink", "readdir"}) {
+    for (int number = 1; number <= 13; number += 3) {
+      for (const int error : {EACCES, EIO}) {
+        const std::string fault = call + ":" + std::to_string(number) + "+:" + std::to_string(error);
+        program.set("TIDEWELL_FAULT", fault);
+        const Finished finished = program.run({"scan", (program / "device").string()});
+        // By a signal when it did not end.
+        EXPECT_THAT(finished.exitCode, testing::AnyOf(0, 1, 3)) << fault << finished.errors;
+        EXPECT_NE(finished.exitCode == 0, !finished.errors.empty()) << fault << finished.errors;
+      }
+    }
+  }
+}
+
 }  // namespace

@@ -59,11 +59,15 @@ Living& living() {
 
 int openFolder(const fs::path& path) { return ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); }
 
-bool isStillThere(int folder, const fs::path& path) {
+// Of a folder that is open. Errno says why it cannot be found out.
+enum class Standing { itself, goneOrAnother, unknown };
+Standing standingOf(int folder, const fs::path& path) {
   struct stat opened {};
   struct stat named {};
-  return ::fstat(folder, &opened) == 0 && ::lstat(path.c_str(), &named) == 0 && opened.st_dev == named.st_dev &&
-         opened.st_ino == named.st_ino;
+  if (::fstat(folder, &opened) != 0) return Standing::unknown;
+  if (::lstat(path.c_str(), &named) != 0) return errno == ENOENT ? Standing::goneOrAnother : Standing::unknown;
+  const bool isSame = opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
+  return isSame ? Standing::itself : Standing::goneOrAnother;
 }
 
 [[noreturn]] void fail(const fs::path& path, int error) {
@@ -78,11 +82,13 @@ int makeLocked(const fs::path& path) {
   // Whatever the umask has taken away.
   const int folder = ::chmod(path.c_str(), ownerOnly) == 0 ? openFolder(path) : -1;
   if (folder < 0 && errno != ENOENT) fail(path, errno);
-  const bool isSwept =
-      folder < 0 || (::flock(folder, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) || !isStillThere(folder, path);
-  if (!isSwept) return folder;
+  const bool isLockedBySweep = folder >= 0 && ::flock(folder, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+  const Standing standing = folder < 0 || isLockedBySweep ? Standing::goneOrAnother : standingOf(folder, path);
+  if (standing == Standing::itself) return folder;
+  const int error = errno;
   if (folder >= 0) ::close(folder);
   ::rmdir(path.c_str());
+  if (standing == Standing::unknown) fail(path, error);
   return -1;
 }
 
@@ -95,7 +101,8 @@ void removeUnlessLocked(const fs::path& path) {
   const int folder = openFolder(path);
   if (folder < 0) return;
   std::error_code ignored;
-  if (isOfThisUserAlone(folder) && ::flock(folder, LOCK_EX | LOCK_NB) == 0 && isStillThere(folder, path)) {
+  if (isOfThisUserAlone(folder) && ::flock(folder, LOCK_EX | LOCK_NB) == 0 &&
+      standingOf(folder, path) == Standing::itself) {
     fs::remove_all(path, ignored);
   }
   ::close(folder);
