@@ -21,7 +21,7 @@ void Interruption::install() {
   struct sigaction action {};
   action.sa_handler = interrupt;
   ::sigemptyset(&action.sa_mask);
-  for (const int signal : AbruptEnd::signals) ::sigaction(signal, &action, nullptr);
+  for (const int signal : AbruptEnd::endingSignals) ::sigaction(signal, &action, nullptr);
   // A reader that goes away must not keep the work from cleaning up; a file that
   // may not grow so long is the failure of the one who writes it.
   for (const int signal : {SIGPIPE, SIGXFSZ}) std::signal(signal, SIG_IGN);

@@ -2,7 +2,7 @@
 
 #include "TidewellCore/Platform/Cancellation.h"
 
-// What the signals that end a program (AbruptEnd::signals) do: the first asks the work to end; a
+// What the signals that end a program (AbruptEnd::endingSignals) do: the first asks the work to end; a
 // second one ends the program at once. Either way the working copies are removed.
 namespace Interruption {
 

@@ -49,7 +49,7 @@ QuitSignals::QuitSignals() : notifier_(makePipe(pipe_), QSocketNotifier::Read) {
   });
   writeEnd = pipe_[1];
   AbruptEnd::prepare(exitCodeOfInterruption);
-  for (const int signal : AbruptEnd::signals) std::signal(signal, handle);
+  for (const int signal : AbruptEnd::endingSignals) std::signal(signal, handle);
   // A file that may not grow so long is a failure to tell. Handled, not ignored: what is started from here shall not
   // ignore it.
   std::signal(SIGXFSZ, [](int) {});

@@ -10,7 +10,7 @@ namespace AbruptEnd {
 
 // What asks a program to end, and what would end it though nobody meant to: a
 // limit of processor time, and signals without a meaning here.
-inline constexpr std::array signals{SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXCPU, SIGUSR1, SIGUSR2};
+inline constexpr std::array endingSignals{SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXCPU, SIGUSR1, SIGUSR2};
 
 // Starts that thread, which takes no signals; the program is to end with
 // `exitCode`. To be called once, before `request`. Where there can be no such
