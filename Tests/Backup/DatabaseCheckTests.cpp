@@ -53,6 +53,18 @@ class DatabaseCheckTest : public testing::Test {
     FAIL() << "no leaf has an odd number of cells";
   }
 
+  // The second row of a leaf of the table in the place of its first, too: one flipped bit in the page's list of cells.
+  void repeatRow() {
+    for (std::size_t page = pageSize; page < files_.main.size(); page += pageSize) {
+      constexpr std::size_t cells = 8;  // where the list begins, of two bytes each
+      if (files_.main[page] != 13) continue;
+      std::copy_n(files_.main.begin() + static_cast<std::ptrdiff_t>(page + cells + 2), 2,
+                  files_.main.begin() + static_cast<std::ptrdiff_t>(page + cells));
+      return;
+    }
+    FAIL() << "the table has no leaf";
+  }
+
   std::int64_t rowCount() const {
     std::int64_t count = 0;
     store();
@@ -142,6 +154,20 @@ TEST_F(DatabaseCheckTest, ARowLostInALargeDatabaseIsDamageWhereAnIndexKnowsIt) {
   EXPECT_EQ(rowCount(), 499);
   EXPECT_THAT(within({}), IsEmpty()) << "its pages are too many to be looked at";
   EXPECT_THAT(within({{.name = "t"}}), ElementsAre(DatabaseFault::damaged));
+}
+
+TEST_F(DatabaseCheckTest, ARowInThePlaceOfAnotherIsDamage) {
+  write(std::string(manyRows) + "CREATE TABLE large (a); INSERT INTO large VALUES (zeroblob(17000000))");
+  repeatRow();
+  EXPECT_EQ(rowCount(), 500) << "as many as before";
+  EXPECT_THAT(within({{.name = "t"}}), ElementsAre(DatabaseFault::damaged));
+}
+
+TEST_F(DatabaseCheckTest, ATableThatCannotBeAskedKeepsNoOtherFromIt) {
+  write(std::string(manyRows) + "CREATE TABLE w (a PRIMARY KEY) WITHOUT ROWID; INSERT INTO w VALUES (1)");
+  EXPECT_THAT(within({{.name = "w"}, {.name = "t"}}), IsEmpty());
+  repeatRow();
+  EXPECT_THAT(within({{.name = "w"}, {.name = "t"}}), ElementsAre(DatabaseFault::damaged));
 }
 
 TEST_F(DatabaseCheckTest, AReferenceThatItsIndexKnowsOtherwiseIsDamage) {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <functional>
 #include <string_view>
 
 #include "TidewellCore/Platform/Files.h"
@@ -48,13 +49,14 @@ std::string indexOf(const SQLiteDB& database, const DatabaseTable& table) {
   return found;
 }
 
-// What a table and its index agree on: the number of rows, and of the values and their sum.
+// What a table and its index agree on: the number of rows and of references, and
+// the sums of both, since a damaged page may show one row twice and another not.
 bool agreesWithItsIndex(const SQLiteDB& database, const DatabaseTable& table) {
   const std::string index = indexOf(database, table);
   const std::string values = index.empty() ? "" : fmt::format(", count({0}), total({0})", table.reference);
   const auto tally = [&](const std::string& way) {
     std::vector<SQLiteValue> result;
-    database.query(fmt::format("SELECT count(*){} FROM {} {}", values, table.name, way), {},
+    database.query(fmt::format("SELECT count(*), total(rowid){} FROM {} {}", values, table.name, way), {},
                    [&](const SQLiteRow& row) { result = row.values; });
     return result;
   };
@@ -78,13 +80,20 @@ bool doPagesFit(const SQLiteDB& database) {
   return isFit;
 }
 
-bool isWhole(const SQLiteDB& database, std::span<const DatabaseTable> tables) {
+// What cannot be asked of a database says nothing of it.
+bool isFine(const std::function<bool()>& question) {
   try {
-    return std::ranges::all_of(tables, [&](const DatabaseTable& table) { return isTableWhole(database, table); }) &&
-           doPagesFit(database);
+    return question();
   } catch (const TidewellError& error) {
     return error != TidewellError::invalidDatabase(malformed);
   }
+}
+
+bool isWhole(const SQLiteDB& database, std::span<const DatabaseTable> tables) {
+  const auto isFineTable = [&](const DatabaseTable& table) {
+    return isFine([&] { return isTableWhole(database, table); });
+  };
+  return std::ranges::all_of(tables, isFineTable) && isFine([&] { return doPagesFit(database); });
 }
 
 }  // namespace

@@ -42,7 +42,7 @@ DatabaseFaults beforeOpening(const std::filesystem::path& database,
                              const std::optional<SQLiteWALIndex>& journalIndex = std::nullopt);
 
 // Looks into a database: whether something stands in for one of `tables`,
-// whether these have lost rows, or references, that their indices know, and, up
+// whether these have lost rows, or references, that their indices know otherwise, and, up
 // to `largestForPages` bytes, whether its pages fit together.
 DatabaseFaults within(const SQLiteDB& database, std::span<const DatabaseTable> tables);
 
