@@ -263,6 +263,16 @@ TEST_F(DamagedNames, ADomainThatDoesNotFitItsIdentifierIsAWarning) {
                           "again from where it came, or make a new one with the iPhone."));
 }
 
+TEST_F(DamagedNames, ARowThatOnlyTheIndexOfDomainsKnowsIsAWarning) {
+  // The index holds what the row was before its domain and its path were lost.
+  EXPECT_THAT(warningsAfter("ALTER TABLE Files ADD COLUMN was TEXT; UPDATE Files SET was = domain;"
+                            "UPDATE Files SET domain = 'AppDom', relativePath = 'essage/' WHERE relativePath LIKE "
+                            "'%1.jpg'; DROP INDEX FilesDomainIdx; CREATE INDEX FilesDomainIdx ON Files (was);"
+                            "PRAGMA writable_schema = ON; UPDATE sqlite_master SET sql = 'CREATE INDEX "
+                            "FilesDomainIdx ON Files(domain)' WHERE name = 'FilesDomainIdx'"),
+              Contains(testing::StartsWith("Some files may be missing: the backup’s file index is damaged")));
+}
+
 TEST_F(DamagedNames, IdentifiersOfAnotherMakingSayNothing) {
   EXPECT_THAT(warningsAfter("UPDATE Files SET fileID = upper(fileID)"), IsEmpty());
   EXPECT_THAT(warningsAfter("UPDATE Files SET fileID = 'x' || fileID WHERE relativePath LIKE '%.jpg'"), IsEmpty())

@@ -35,24 +35,10 @@ bool isPlain(std::string_view name) {
   return !name.empty() && std::ranges::all_of(name, isPlainCharacter);
 }
 
-// The name of one that holds the column of every row, by that column; empty when there is none.
-std::string indexOf(const SQLiteDB& database, const DatabaseTable& table) {
-  if (table.reference == nullptr) return {};
-  std::string found;
-  database.query(
-      "SELECT list.name AS name FROM pragma_index_list(?1) AS list, pragma_index_info(list.name) AS info "
-      "WHERE list.partial = 0 AND info.seqno = 0 AND info.name = ?2",
-      {table.name, table.reference}, [&](const SQLiteRow& row) {
-        const std::string name = row.textValue("name").value_or("");
-        if (isPlain(name)) found = name;
-      });
-  return found;
-}
-
 // What a table and its index agree on: the number of rows and of references, and
 // the sums of both, since a damaged page may show one row twice and another not.
 bool agreesWithItsIndex(const SQLiteDB& database, const DatabaseTable& table) {
-  const std::string index = indexOf(database, table);
+  const std::string index = DatabaseCheck::indexOf(database, table);
   const std::string values = index.empty() ? "" : fmt::format(", count({0}), total({0})", table.reference);
   const auto tally = [&](const std::string& way) {
     std::vector<SQLiteValue> result;
@@ -113,6 +99,19 @@ DatabaseFaults DatabaseCheck::beforeOpening(const fs::path& database, std::optio
 
 DatabaseFaults DatabaseCheck::within(const SQLiteDB& database, std::span<const DatabaseTable> tables) {
   return isWhole(database, tables) ? DatabaseFaults() : DatabaseFaults{DatabaseFault::damaged};
+}
+
+std::string DatabaseCheck::indexOf(const SQLiteDB& database, const DatabaseTable& table) {
+  if (table.reference == nullptr) return {};
+  std::string found;
+  database.query(
+      "SELECT list.name AS name FROM pragma_index_list(?1) AS list, pragma_index_info(list.name) AS info "
+      "WHERE list.partial = 0 AND info.seqno = 0 AND info.name = ?2",
+      {table.name, table.reference}, [&](const SQLiteRow& row) {
+        const std::string name = row.textValue("name").value_or("");
+        if (isPlain(name)) found = name;
+      });
+  return found;
 }
 
 const std::array<DatabaseCheck::Sentence, 9> DatabaseCheck::sentences{{

@@ -46,6 +46,10 @@ DatabaseFaults beforeOpening(const std::filesystem::path& database,
 // to `largestForPages` bytes, whether its pages fit together.
 DatabaseFaults within(const SQLiteDB& database, std::span<const DatabaseTable> tables);
 
+// The name of an index that holds the table's reference of each row, in that
+// order; empty when there is none, or none with a plain name.
+std::string indexOf(const SQLiteDB& database, const DatabaseTable& table);
+
 // Looking at all pages takes a fifth of the time that reading all messages does,
 // which only a small database can spare.
 inline constexpr std::int64_t largestForPages = 16 << 20;

@@ -14,6 +14,7 @@
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/Platform/SQLiteDB.h"
+#include "TidewellCore/Platform/SaturatingAdd.h"
 #include "TidewellCore/TidewellError.h"
 
 namespace {
@@ -24,7 +25,11 @@ constexpr std::array tables{DatabaseTable{.name = "Files"}};
 constexpr std::array<const char*, 4> requiredColumns{"FILEID", "DOMAIN", "RELATIVEPATH", "FLAGS"};
 
 constexpr std::uint32_t unprotected = 0;  // a protection class
-constexpr std::int64_t regularFile = 1;   // in the column of flags
+
+// In the column of flags.
+constexpr std::int64_t regularFile = 1;
+constexpr std::int64_t folder = 2;
+constexpr std::int64_t link = 4;
 
 constexpr const char* interestingPaths = R"((
         relativePath = 'ChatStorage.sqlite'
@@ -39,15 +44,14 @@ constexpr const char* interestingPaths = R"((
 
 constexpr const char* wantedDomains = "(domain LIKE ?1 OR domain LIKE ?2)";
 
-// WhatsApp's files, and those that damage to one column keeps from being taken
-// for them: rows are of files (flags 1), folders (2) or links (4). A column that is not renamed keeps the
-// letter case of the table's own declaration. All rows are looked at, and faster
-// so than by way of an index, which may be damaged itself.
+// WhatsApp's rows, and those that damage to one column keeps from being taken
+// for them. A column that is not renamed keeps the letter case of the table's own
+// declaration. All rows are looked at, and faster so than by way of an index,
+// which may be damaged itself.
 std::string selection(bool hasRecords) {
   return fmt::format(
-      "SELECT fileID AS fileID, domain AS domain, relativePath AS relativePath, flags AS flags{0}, "
-      "flags IS 1 AND {1} AND {2} AS isWanted\nFROM Files NOT INDEXED\n"
-      "WHERE flags IS NOT 2 AND flags IS NOT 4 AND ({1} OR {2})",
+      "SELECT rowid AS key, fileID AS fileID, domain AS domain, relativePath AS relativePath, flags AS flags{0}, "
+      "{1} AS isOfApp, {2} AS isInteresting\nFROM Files NOT INDEXED\nWHERE {1} OR {2}",
       hasRecords ? ", file AS file" : "", wantedDomains, interestingPaths);
 }
 
@@ -79,20 +83,46 @@ void readRecord(const SQLiteRow& row, ManifestFile& file) {
   }
 }
 
+bool isFolderOrLink(const ManifestFile& file) { return file.flags == folder || file.flags == link; }
+
 bool isSound(const ManifestFile& file) {
   return file.flags == regularFile &&
          file.fileID == fmt::format("{:02x}", fmt::join(sha1(bytesOf(file.domain + "-" + file.relativePath)), ""));
 }
 
-// WhatsApp's files, and how many rows do or do not fit their identifiers.
+// How many rows there are, and the sum of their keys: enough to tell that one is another.
+struct Tally {
+  std::int64_t count = 0;
+  std::int64_t keys = 0;
+
+  void add(std::int64_t key) {
+    ++count;
+    keys = saturatingAdd(keys, key);
+  }
+  bool operator==(const Tally&) const = default;
+};
+
+// What the table says of WhatsApp's files.
 struct Listing {
   std::vector<ManifestFile> files;
+  Tally ofApp;  // with its folders and links
   std::int64_t sound = 0;
-  std::int64_t damaged = 0;
+  std::int64_t damaged = 0;  // whose names do not fit their identifiers, or that are of no kind
 
   // Where most do not fit, the identifiers were made in another way.
   std::int64_t damagedNames() const { return damaged < sound ? damaged : 0; }
 };
+
+void take(const SQLiteRow& row, Listing& listing) {
+  const bool isOfApp = row.intValue("isOfApp") == 1;
+  if (isOfApp) listing.ofApp.add(row.intValue("key").value_or(0));
+  ManifestFile file = readNames(row);
+  if (isFolderOrLink(file)) return;
+  ++(isSound(file) ? listing.sound : listing.damaged);
+  if (!isOfApp || row.intValue("isInteresting") != 1 || file.flags != regularFile) return;
+  readRecord(row, file);
+  listing.files.push_back(std::move(file));
+}
 
 Listing readFiles(const SQLiteDB& database, const CancellationCheck& isCancelled) {
   Listing listing;
@@ -100,13 +130,21 @@ Listing readFiles(const SQLiteDB& database, const CancellationCheck& isCancelled
   database.query(selection(checkSchema(database)), {domainPatterns.begin(), domainPatterns.end()},
                  [&](const SQLiteRow& row) {
                    cancellation.step();
-                   ManifestFile file = readNames(row);
-                   ++(isSound(file) ? listing.sound : listing.damaged);
-                   if (row.intValue("isWanted") != 1) return;
-                   readRecord(row, file);
-                   listing.files.push_back(std::move(file));
+                   take(row, listing);
                  });
   return listing;
+}
+
+// Whether the index of domains knows the same rows of WhatsApp's. Damage that takes a domain and a path at once, as
+// one flipped bit does before decryption, leaves no other trace.
+bool areAllListed(const SQLiteDB& database, const Listing& listing) {
+  const std::string index = DatabaseCheck::indexOf(database, {.name = "Files", .reference = "domain"});
+  if (index.empty()) return true;
+  Tally known;
+  database.query(fmt::format("SELECT rowid AS key FROM Files INDEXED BY {} WHERE {}", index, wantedDomains),
+                 {domainPatterns.begin(), domainPatterns.end()},
+                 [&](const SQLiteRow& row) { known.add(row.intValue("key").value_or(0)); });
+  return known == listing.ofApp;
 }
 
 void sortIntoLists(ManifestStore& store) {
@@ -161,6 +199,7 @@ ManifestStore ManifestStore::load(const std::filesystem::path& backup,
                           isWritableCopy ? "open decrypted Manifest.db" : "open Manifest.db");
   Listing listing = readFiles(database, isCancelled);
   faults.merge(DatabaseCheck::within(database, tables));
+  if (!areAllListed(database, listing)) faults.insert(DatabaseFault::damaged);
   ManifestStore store{.files = std::move(listing.files),
                       .warnings = DatabaseCheck::warnings(BackupDatabase::index, faults)};
   if (listing.damagedNames() > 0) store.warnings.push_back(DatabaseCheck::damagedNames(listing.damagedNames()));
