@@ -50,7 +50,11 @@ class Transcripts {
 void Judge::begin(const Phone& phone) {
   for (const Medium& medium : phone.media()) media_.insert(medium.sha1);
   for (const Medium& picture : phone.pictures()) media_.insert(picture.sha1);
-  present_ = Destination::contents(Destination::look(destination_));
+  const std::vector<SeenFile> files = Destination::look(destination_);
+  for (const SeenFile& file : files) {
+    if (Destination::isPage(file.path)) pages_.insert(file.sha1);
+  }
+  present_ = Destination::contents(files);
   std::erase_if(present_, [&](const auto& sha1) { return !media_.contains(sha1) && !foreign_.contains(sha1); });
 }
 
@@ -60,6 +64,8 @@ bool Judge::isExpected(const SeenFile& file) const {
            file.path.find("_empty") != std::string::npos;
   }
   if (media_.contains(file.sha1) || foreign_.contains(file.sha1) || Destination::isPage(file.path)) return true;
+  // The clean-up keeps a chat's other transcript under a name of its own.
+  if (pages_.contains(file.sha1)) return true;
   return !uncertain_.empty() && file.path.find(uncertain_) != std::string::npos;
 }
 

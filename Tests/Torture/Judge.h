@@ -50,6 +50,7 @@ class Judge {
   std::set<std::string> media_;    // SHA-1 of all that the phone holds or held
   std::set<std::string> foreign_;  // SHA-1
   std::set<std::string> present_;  // SHA-1, when the step began
+  std::set<std::string> pages_;    // SHA-1 of all pages and transcripts that stood there when a step began
   std::set<std::string> emptied_;  // paths
   std::string uncertain_;
   bool mayRepeat_ = false;

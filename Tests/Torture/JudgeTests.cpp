@@ -62,6 +62,15 @@ TEST_F(JudgeTest, FindsAHalfFile) {
   EXPECT_THROW(judge.judgeFiles(), Difference);
 }
 
+TEST_F(JudgeTest, TakesATranscriptUnderANameOfItsOwnForWhatItWas) {
+  const fs::path transcript = medium().parent_path() / "_transcript.html";
+  const fs::path kept = medium().parent_path() / "_transcript-2.html";
+  fs::copy_file(transcript, kept);
+  EXPECT_NO_THROW(judge.judgeFiles());
+  fs::resize_file(kept, fs::file_size(kept) - 1);
+  EXPECT_THROW(judge.judgeFiles(), Difference);
+}
+
 TEST_F(JudgeTest, FindsAnEmptyFile) {
   fs::resize_file(medium(), 0);
   EXPECT_THROW(judge.judgeFiles(), Difference);
