@@ -65,6 +65,7 @@ TEST_F(JudgeTest, FindsAHalfFile) {
 TEST_F(JudgeTest, TakesATranscriptUnderANameOfItsOwnForWhatItWas) {
   const fs::path transcript = medium().parent_path() / "_transcript.html";
   const fs::path kept = medium().parent_path() / "_transcript-2.html";
+  judge.begin(phone);
   fs::copy_file(transcript, kept);
   EXPECT_NO_THROW(judge.judgeFiles());
   fs::resize_file(kept, fs::file_size(kept) - 1);
