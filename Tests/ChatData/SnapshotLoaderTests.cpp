@@ -282,14 +282,16 @@ TEST_P(SnapshotLoaderTest, MessagesOfChatsThatAreNotListedAreAWarning) {
 }
 
 TEST_P(SnapshotLoaderTest, AColumnThatEveryPhoneHasIsMissed) {
-  for (const char* sql : {"ALTER TABLE ZWAMESSAGE RENAME COLUMN ZMESSAGEDATE TO ZMESSAGEDAUE",
-                          "ALTER TABLE ZWAMESSAGE RENAME COLUMN ZISFROMME TO ZISFROMLE",
-                          "ALTER TABLE ZWAMESSAGE RENAME COLUMN ZFROMJID TO ZFROMJIE",
-                          "ALTER TABLE ZWAMESSAGE RENAME COLUMN ZGROUPMEMBER TO ZGROUPMEMBES",
-                          "ALTER TABLE ZWACHATSESSION RENAME COLUMN ZPARTNERNAME TO ZPARTNERNAMD",
-                          "ALTER TABLE ZWAGROUPMEMBER RENAME COLUMN ZMEMBERJID TO ZMEMBERJIE",
-                          "ALTER TABLE ZWAMEDIAITEM RENAME COLUMN ZMEDIALOCALPATH TO ZMEDIALOCALPATI",
-                          "DROP TABLE ZWAMEDIAITEM", "DROP TABLE ZWAGROUPMEMBER"}) {
+  for (const char* sql :
+       {"ALTER TABLE ZWAMESSAGE RENAME COLUMN ZMESSAGEDATE TO ZMESSAGEDAUE",
+        "ALTER TABLE ZWAMESSAGE RENAME COLUMN ZISFROMME TO ZISFROMLE",
+        "ALTER TABLE ZWAMESSAGE RENAME COLUMN ZFROMJID TO ZFROMJIE",
+        "ALTER TABLE ZWAMESSAGE RENAME COLUMN ZGROUPMEMBER TO ZGROUPMEMBES",
+        "ALTER TABLE ZWACHATSESSION RENAME COLUMN ZPARTNERNAME TO ZPARTNERNAMD",
+        "ALTER TABLE ZWAGROUPMEMBER RENAME COLUMN ZMEMBERJID TO ZMEMBERJIE",
+        "ALTER TABLE ZWAMEDIAITEM RENAME COLUMN ZMEDIALOCALPATH TO ZMEDIALOCALPATI",
+        "ALTER TABLE ZWAPROFILEPUSHNAME RENAME COLUMN ZPUSHNAME TO ZPUSHNAMD",
+        "UPDATE ZWAMESSAGE SET ZMESSAGEDATE = 'garbage'", "DROP TABLE ZWAMEDIAITEM", "DROP TABLE ZWAGROUPMEMBER"}) {
     contents_.whatsApp.chatStorageSQL = sql;
     EXPECT_THAT(load().warnings, ElementsAre(StartsWith("Some messages may be missing"))) << sql;
   }
@@ -348,10 +350,23 @@ TEST_P(SnapshotLoaderTest, NoMessagesAtAllBesideTheirFilesIsAWarning) {
   EXPECT_THAT(load().warnings, ElementsAre(StartsWith("Some messages may be missing")));
 }
 
-TEST_P(SnapshotLoaderTest, ContactsWithoutTheirTableAreAWarning) {
+TEST_P(SnapshotLoaderTest, FilesOfWhichNoneHasItsMessageAreAWarning) {
+  contents_.whatsApp.mediaItems = {{.message = 1, .localPath = "Media/a@g.us/1.jpg"},
+                                   {.message = 2, .localPath = "Media/a@g.us/2.jpg"}};
+  contents_.whatsApp.chatStorageSQL = "UPDATE ZWAMEDIAITEM SET ZMESSAGE = 99 WHERE Z_PK = 1";
+  EXPECT_THAT(load().warnings, IsEmpty()) << "the phone may have deleted that message";
+  contents_.whatsApp.chatStorageSQL = "UPDATE ZWAMEDIAITEM SET ZMESSAGE = NULL";
+  EXPECT_THAT(load().warnings, ElementsAre(StartsWith("Some messages may be missing")));
+}
+
+TEST_P(SnapshotLoaderTest, ContactsWithoutTheirTableOrItsColumnsAreAWarning) {
   const auto warns = ElementsAre(StartsWith("Some names may be missing"));
-  contents_.whatsApp.contactsSQL = "DROP TABLE ZWAADDRESSBOOKCONTACT";
-  EXPECT_THAT(load().warnings, warns);
+  for (const char* sql :
+       {"DROP TABLE ZWAADDRESSBOOKCONTACT", "ALTER TABLE ZWAADDRESSBOOKCONTACT RENAME COLUMN ZFULLNAME TO ZFULLNAMD",
+        "ALTER TABLE ZWAADDRESSBOOKCONTACT RENAME COLUMN ZWHATSAPPID TO ZWHATSAPPIE"}) {
+    contents_.whatsApp.contactsSQL = sql;
+    EXPECT_THAT(load().warnings, warns) << sql;
+  }
   contents_.whatsApp.contactsSQL.clear();
   prepare_ = [](const WrittenBackup& backup) {
     for (const char* name : {"ContactsV2.sqlite", "ContactsV2.sqlite-wal"}) writeFile(backup.storedFile(name), "");

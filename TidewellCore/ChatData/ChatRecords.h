@@ -44,7 +44,7 @@ struct UnreadMessages {
   std::int64_t withoutChat = 0;  // rows that do not say which chat they belong to, or have no key
   std::int64_t withoutText = 0;  // messages whose text is stored as no text, or in no column that is known
   std::int64_t ofFiles = 0;      // files whose message is not there
-  bool lacksColumns = false;     // so that chats, dates, senders or files are not told
+  bool isPartial = false;        // a column that every phone has is not there, or a date is no number
 
   bool operator==(const UnreadMessages&) const = default;
 };

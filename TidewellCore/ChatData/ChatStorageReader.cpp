@@ -36,7 +36,7 @@ std::optional<std::string> plausible(std::optional<std::string> name) {
 
 // Every version of WhatsApp has one of the candidates of such a column.
 void noteColumns(std::initializer_list<std::string_view> selected, ChatStorageSnapshot& snapshot) {
-  if (std::ranges::any_of(selected, &std::string_view::empty)) snapshot.unread.lacksColumns = true;
+  if (std::ranges::any_of(selected, &std::string_view::empty)) snapshot.unread.isPartial = true;
 }
 
 void loadChats(const SQLiteDB& database, ChatStorageSnapshot& snapshot) {
@@ -75,10 +75,12 @@ void loadGroupMembers(const SQLiteDB& database, ChatStorageSnapshot& snapshot, C
   });
 }
 
-void loadProfilePushNames(const SQLiteDB& database, ContactDirectory& directory) {
+void loadProfilePushNames(const SQLiteDB& database, ChatStorageSnapshot& snapshot, ContactDirectory& directory) {
   TableReader table(database, "ZWAPROFILEPUSHNAME");
   const std::string jid = table.select({"ZJID", "ZCONTACTJID"});
   const std::string name = table.select({"ZPUSHNAME", "ZNAME"});
+  // Not every version has the table.
+  if (!jid.empty() || !name.empty()) noteColumns({jid, name}, snapshot);
   if (jid.empty() || name.empty()) return;
   table.forEachRow([&](const SQLiteRow& row) {
     const std::string owner = nameOf(row, jid).value_or("");
@@ -197,11 +199,18 @@ class MessageTable {
     }
   }
 
-  PlacedMessage placed(const SQLiteRow& row, std::int64_t key, std::int64_t chat,
-                       std::optional<std::string> text) const {
+  std::optional<Date> dateOf(const SQLiteRow& row) {
+    const SQLiteValue* value = row.value(sent_);
+    const std::optional<Date> sent = date(value);
+    const bool isNull = value == nullptr || std::holds_alternative<SQLiteNull>(*value);
+    if (!sent && !isNull) snapshot_.unread.isPartial = true;
+    return sent;
+  }
+
+  PlacedMessage placed(const SQLiteRow& row, std::int64_t key, std::int64_t chat, std::optional<std::string> text) {
     return {.message = {.pk = key,
                         .chatPK = chat,
-                        .date = date(row.value(sent_)),
+                        .date = dateOf(row),
                         .text = std::move(text),
                         .isFromMe = row.intValue(isFromMe_).value_or(0) != 0,
                         .fromJID = nameOf(row, fromJID_),
@@ -267,7 +276,7 @@ ChatStorageSnapshot ChatStorageReader::load(const std::filesystem::path& copiedD
   loadChats(database, snapshot);
   ContactDirectory directory;
   loadGroupMembers(database, snapshot, directory);
-  loadProfilePushNames(database, directory);
+  loadProfilePushNames(database, snapshot, directory);
   loadLIDPairs(database, directory);
   snapshot.setDirectory(std::move(directory));
   attachMediaPaths(database, MessageTable(database, snapshot).load(database), snapshot);

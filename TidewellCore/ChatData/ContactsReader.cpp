@@ -32,7 +32,7 @@ std::optional<std::string> phoneJID(const AddressBookContact& contact) {
 
 }  // namespace
 
-void ContactsReader::load(const std::filesystem::path& copiedDatabase, std::vector<AddressBookContact>& contacts) {
+bool ContactsReader::load(const std::filesystem::path& copiedDatabase, std::vector<AddressBookContact>& contacts) {
   const SQLiteDB database(PathText::text(copiedDatabase), SQLiteDB::OpenMode::writableCopy);
   TableReader table(database, "ZWAADDRESSBOOKCONTACT");
   const std::string fullName = table.select({"ZFULLNAME", "ZDISPLAYNAME"});
@@ -52,6 +52,7 @@ void ContactsReader::load(const std::filesystem::path& copiedDatabase, std::vect
     if (!contact.phoneNumber) contact.phoneNumber = field(row, localizedNumber);
     contacts.push_back(std::move(contact));
   });
+  return !fullName.empty() && !whatsAppID.empty();
 }
 
 ContactDirectory ContactsReader::directory(const std::vector<AddressBookContact>& contacts, ContactDirectory base) {

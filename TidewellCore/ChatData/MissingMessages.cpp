@@ -53,7 +53,8 @@ bool MissingMessages::areAll(const ChatStorageSnapshot& snapshot) {
 }
 
 bool MissingMessages::mayBeMissing(const ChatStorageSnapshot& snapshot) {
-  return snapshot.unread.lacksColumns || (snapshot.messagesByChat.empty() && snapshot.unread.ofFiles > 0);
+  const bool hasNoFiles = snapshot.mediaByRelativePath.empty() && snapshot.unread.ofFiles > 0;
+  return snapshot.unread.isPartial || hasNoFiles;
 }
 
 std::vector<std::string> MissingMessages::warnings(const ChatStorageSnapshot& snapshot) {

@@ -126,9 +126,8 @@ struct Contacts {
 Contacts readContacts(WorkingCopy copy) {
   Contacts contacts{.faults = std::move(copy.faults)};
   try {
-    ContactsReader::load(copy.path, contacts.all);
+    if (!ContactsReader::load(copy.path, contacts.all)) contacts.faults.insert(DatabaseFault::damaged);
     const SQLiteDB database(PathText::text(copy.path), SQLiteDB::OpenMode::readOnly);
-    if (!database.tableExists(contactTable)) contacts.faults.insert(DatabaseFault::damaged);
     contacts.faults.merge(DatabaseCheck::within(database, contactTables));
   } catch (const TidewellError& error) {
     if (isOfThisMachine(error)) throw;
