@@ -166,6 +166,14 @@ TEST_F(ExportLayoutTest, LeavesTheFoldersThatHoldBackups) {
   EXPECT_TRUE(fs::exists(root / "device/Manifest.plist"));
 }
 
+TEST_F(ExportLayoutTest, LeavesTheFolderOfAnotherPhonesBackups) {
+  writeFile(root / ".tidewell-manifest.json", "{}");
+  writeFile(root / "MobileSync/Backup/other/Manifest.plist", "another phone's");
+  const auto before = Fixture::treeSnapshot(root / "MobileSync");
+  ExportLayout::prepare(root, "/somewhere/else");
+  EXPECT_EQ(Fixture::treeSnapshot(root / "MobileSync"), before);
+}
+
 TEST_F(ExportLayoutTest, DoesNotMoveABackupInAMessagesFolderAside) {
   writeFile(root / "messages/mine/3d/3d00", "the backup being read");
   EXPECT_THROW(ExportLayout::prepare(root, root / "messages/mine"), fs::filesystem_error);

@@ -36,11 +36,20 @@ bool isAsideName(const std::string& name) {
                              std::make_error_code(std::errc::file_exists));
 }
 
-// A backup, or a folder above one, must never be moved while it is being read.
+// Whether a folder, and no link, which may be moved alone, is a backup or has one so many levels below.
+bool holdsAnyBackup(const fs::path& folder, int levels) {
+  if (Files::kindOf(folder) != Files::Kind::folder) return false;
+  if (Files::kindOf(folder / "Manifest.plist") != Files::Kind::nothing) return true;
+  return levels > 0 && std::ranges::any_of(Files::listVisible(folder), [&](const Files::Entry& entry) {
+           return entry.isFolder && holdsAnyBackup(folder / PathText::path(entry.name), levels - 1);
+         });
+}
+
+// Somebody's backups, as in "MobileSync/Backup/<device>", must never be moved, and
+// least of all the one that is being read.
 bool holdsBackup(const fs::path& folder, const fs::path& backup) {
-  const bool isFolder = Files::kindOf(folder) == Files::Kind::folder;  // and no link, which may be moved alone
-  const bool isOne = isFolder && Files::kindOf(folder / "Manifest.plist") != Files::Kind::nothing;
-  return isOne || Files::isWithin(backup, folder);
+  constexpr int levels = 2;
+  return Files::isWithin(backup, folder) || holdsAnyBackup(folder, levels);
 }
 
 void moveForeignContentAside(const fs::path& destination, const fs::path& untouched) {
