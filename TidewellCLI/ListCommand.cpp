@@ -1,3 +1,5 @@
+#include <fmt/format.h>
+
 #include <CLI/CLI.hpp>
 
 #include "TidewellCLI/Arguments.h"
@@ -38,6 +40,13 @@ void print(const BackupLibrarySnapshot& snapshot, const Options& options) {
   for (const std::string& line : HumanText::table(columns, rows)) printLine(line);
 }
 
+void printUnreadable(const BackupLibrarySnapshot& snapshot) {
+  for (const UnreadableFolder& folder : snapshot.unreadable) {
+    printErrorLine(fmt::format("“{}” is no backup that can be read: {}", HumanText::safe(folder.name),
+                               HumanText::safe(folder.reason)));
+  }
+}
+
 int run(const Options& options) {
   BackupLibrarySnapshot snapshot = BackupLibrary::diagnose(absolutePath(options.root));
   if (options.sizes) {
@@ -46,6 +55,7 @@ int run(const Options& options) {
     }
   }
   options.json ? printJson(JsonRecords::json(snapshot)) : print(snapshot, options);
+  printUnreadable(snapshot);
   return ExitCode::done;
 }
 

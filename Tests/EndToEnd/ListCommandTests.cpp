@@ -60,6 +60,16 @@ TEST(ListCommand, LeavesAbsentFieldsOutOfJson) {
   EXPECT_TRUE(undated.contains("url") && undated.contains("isEncrypted"));
 }
 
+TEST(ListCommand, NamesTheFoldersThatAreNoReadableBackups) {
+  const CommandLine commandLine;
+  writeTwoBackups(commandLine);
+  Fixture::writeFile(commandLine / "root/newer/Manifest.plist", "");
+  const Finished finished = commandLine.run({"list", "--root", "root"});
+  EXPECT_EQ(finished.exitCode, 0);
+  EXPECT_THAT(finished.output, Not(HasSubstr("New phone")));
+  EXPECT_THAT(finished.errors, HasSubstr("“newer” is no backup that can be read: "));
+}
+
 TEST(ListCommand, KeepsControlCharactersOfADeviceNameFromTheTerminal) {
   const CommandLine commandLine;
   Fixture::writeBackup({.deviceName = "Phone\tof A"}, commandLine / "root/device");
