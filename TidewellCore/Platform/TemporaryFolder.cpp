@@ -81,7 +81,11 @@ int makeLocked(const fs::path& path) {
   if (::mkdir(path.c_str(), ownerOnly) != 0) fail(path, errno);
   // Whatever the umask has taken away.
   const int folder = ::chmod(path.c_str(), ownerOnly) == 0 ? openFolder(path) : -1;
-  if (folder < 0 && errno != ENOENT) fail(path, errno);
+  if (folder < 0 && errno != ENOENT) {
+    const int error = errno;
+    ::rmdir(path.c_str());
+    fail(path, error);
+  }
   const bool isLockedBySweep = folder >= 0 && ::flock(folder, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
   const Standing standing = folder < 0 || isLockedBySweep ? Standing::goneOrAnother : standingOf(folder, path);
   if (standing == Standing::itself) return folder;
