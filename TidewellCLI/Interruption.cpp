@@ -16,8 +16,8 @@ extern "C" void interrupt(int) {
 
 }  // namespace
 
-void Interruption::install() {
-  AbruptEnd::prepare(ExitCode::interrupted);
+void Interruption::install(void (*atLast)()) {
+  AbruptEnd::prepare(ExitCode::interrupted, atLast);
   struct sigaction action {};
   action.sa_handler = interrupt;
   ::sigemptyset(&action.sa_mask);

@@ -6,7 +6,8 @@
 // second one ends the program at once. Either way the working copies are removed.
 namespace Interruption {
 
-void install();
+// `atLast` is the last that a program does which ends at once.
+void install(void (*atLast)());
 CancellationCheck check();
 
 }  // namespace Interruption

@@ -1,14 +1,15 @@
 #include "TidewellCLI/PasswordSource.h"
-#include "TidewellCLI/Arguments.h"
 
 #include <fcntl.h>
 #include <termios.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <atomic>
 #include <cerrno>
 #include <system_error>
 
+#include "TidewellCLI/Arguments.h"
 #include "TidewellCLI/Interruption.h"
 #include "TidewellCLI/Output.h"
 #include "TidewellCore/Platform/Bytes.h"
@@ -46,21 +47,23 @@ SecretBytes readFromFile(const fs::path& path) {
   return readFirstLine(file, path);
 }
 
+// How the terminal was before something was hidden.
+termios shown{};
+std::atomic<bool> isHidden = false;
+
 // Keeps the terminal from showing what is typed while it lives.
 class HiddenInput {
  public:
   HiddenInput() {
-    ::tcgetattr(STDIN_FILENO, &before_);
-    termios hidden = before_;
+    if (::tcgetattr(STDIN_FILENO, &shown) != 0) return;
+    termios hidden = shown;
     hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+    isHidden = true;
     ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &hidden);
   }
-  ~HiddenInput() { ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &before_); }
+  ~HiddenInput() { showTyping(); }
   HiddenInput(const HiddenInput&) = delete;
   HiddenInput& operator=(const HiddenInput&) = delete;
-
- private:
-  termios before_{};
 };
 
 SecretBytes askOnTerminal() {
@@ -86,6 +89,10 @@ SecretBytes PasswordSource::read(bool isEncrypted) const {
   if (!file.empty()) return readFromFile(file);
   if (fromStandardInput) return readFirstLine(STDIN_FILENO, "standard input");
   return ::isatty(STDIN_FILENO) == 1 ? askOnTerminal() : SecretBytes();
+}
+
+void showTyping() noexcept {
+  if (isHidden.exchange(false)) ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &shown);
 }
 
 std::optional<std::string_view> passwordText(const SecretBytes& password) {

@@ -24,5 +24,8 @@ struct PasswordSource {
   SecretBytes read(bool isEncrypted) const;
 };
 
+// Lets the terminal show what is typed again, where a question for a password hid it. For any thread.
+void showTyping() noexcept;
+
 // The same bytes as text; absent when there are none. Valid as long as `password`.
 std::optional<std::string_view> passwordText(const SecretBytes& password);

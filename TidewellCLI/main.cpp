@@ -4,10 +4,11 @@
 #include "TidewellCLI/Commands.h"
 #include "TidewellCLI/Interruption.h"
 #include "TidewellCLI/Output.h"
+#include "TidewellCLI/PasswordSource.h"
 
 int main(int argumentCount, char** arguments) {
   reserveStandardStreams();
-  Interruption::install();
+  Interruption::install(showTyping);
   int exitCode = ExitCode::done;
   CLI::App app("Gets WhatsApp chats and media out of a local iPhone backup. The backup is never changed.", "tidewell");
   app.set_version_flag("--version", "tidewell " TIDEWELL_VERSION);

@@ -18,11 +18,12 @@ namespace {
 std::atomic<int> writeEnd = -1;
 std::atomic<int> exitCode = 0;
 
-void waitAndEnd(int readEnd) {
+void waitAndEnd(int readEnd, void (*atLast)()) {
   char byte = 0;
   while (::read(readEnd, &byte, 1) < 0 && errno == EINTR) {
   }
   TemporaryFolder::removeAllForGood();
+  if (atLast != nullptr) atLast();
   ::_exit(exitCode);
 }
 
@@ -44,7 +45,7 @@ class AllSignalsBlocked {
 
 }  // namespace
 
-void AbruptEnd::prepare(int code) {
+void AbruptEnd::prepare(int code, void (*atLast)()) {
   exitCode = code;
   std::array<int, 2> ends{};
   if (::pipe2(ends.data(), O_CLOEXEC) != 0) return;
@@ -52,7 +53,7 @@ void AbruptEnd::prepare(int code) {
   ::fcntl(ends[1], F_SETFL, O_NONBLOCK);
   const AllSignalsBlocked blocked;
   try {
-    std::thread(waitAndEnd, ends[0]).detach();
+    std::thread(waitAndEnd, ends[0], atLast).detach();
     writeEnd = ends[1];
   } catch (const std::system_error&) {
     for (const int end : ends) ::close(end);

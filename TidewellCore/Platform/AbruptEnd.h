@@ -15,7 +15,8 @@ inline constexpr std::array endingSignals{SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGX
 // Starts that thread, which takes no signals; the program is to end with
 // `exitCode`. To be called once, before `request`. Where there can be no such
 // thread, the end comes without it, and the next run removes what is left.
-void prepare(int exitCode);
+// `atLast`, if any, is the last that it does.
+void prepare(int exitCode, void (*atLast)() = nullptr);
 
 // Asks for the end, which comes soon. May be called by a signal handler, again and again.
 void request() noexcept;
