@@ -2,6 +2,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/ChatStorageReaderTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ChatStorageSnapshotTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ContactsReaderTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/DamagedDatabasesTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/DisplayNameTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/EncodedMessageTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/JIDTests.cpp
