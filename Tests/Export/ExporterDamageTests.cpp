@@ -158,6 +158,18 @@ TEST_P(ExporterDamageTest, AFileThatItsRecordCallsUnprotectedIsCopiedAsItIsStore
   EXPECT_EQ(ExportTest::textOf(scene.content / "Ana/2023-03-08_202640_aa1.jpg"), "a photo");
 }
 
+TEST(ExporterDamage, AFileThatIsPaddedAsEncryptedOnesAreIsNotCopiedAsItIsStored) {
+  Scene scene(smallBackup(true));
+  auto& photo = scene.contents.whatsApp.mediaFiles[0];
+  photo.content = Fixture::Bytes(16, 0xA7);
+  photo.storage = {.recordedSize = 7, .withoutKey = true, .protectionClass = 0};
+  scene.write();
+  const ExportSummary summary = scene.run();
+  EXPECT_EQ(summary.failures,
+            (std::vector<CopyFailure>{{.name = photoName, .chat = "Ana", .reason = FailureReason::keyMissing}}));
+  EXPECT_FALSE(fs::exists(scene.content / "Ana/2023-03-08_202640_aa1.jpg"));
+}
+
 TEST_P(ExporterDamageTest, AnEmptyFileIsExportedEmpty) {
   photo().content.clear();
   photo().storage.recordedSize = 0;

@@ -144,10 +144,17 @@ bool OpenedBackup::isStored(const ManifestFile& file) const {
 
 std::optional<Bytes> OpenedBackup::keyOf(const ManifestFile& file) const {
   if (!unlocker_) return std::nullopt;
+  const bool isPlain = file.isUnprotected && !isStoredPadded(file);
   // What looks like a key in such a record need not be one.
-  if (file.isUnprotected && !isOpenedBy(file.encryptionKey)) return std::nullopt;
-  const bool mayLackKey = file.isUnprotected || file.plaintextSize == 0;
+  if (isPlain && !isOpenedBy(file.encryptionKey)) return std::nullopt;
+  const bool mayLackKey = isPlain || file.plaintextSize == 0;
   return file.encryptionKey || mayLackKey ? file.encryptionKey : Bytes();
+}
+
+bool OpenedBackup::isStoredPadded(const ManifestFile& file) const {
+  const auto stored = location(file);
+  const auto storedSize = stored ? Files::regularFileSize(*stored) : std::nullopt;
+  return storedSize && isPaddedTo(*storedSize, file.plaintextSize);
 }
 
 bool OpenedBackup::isOpenedBy(const std::optional<Bytes>& key) const try {

@@ -56,7 +56,8 @@ class OpenedBackup {
   bool isStored(const ManifestFile& file) const;
 
   // The wrapped key that locks a file: absent for one that is stored plain, and
-  // empty, so that it opens nothing, where the backup has lost it with the file's record.
+  // empty, so that it opens nothing, where the backup has lost it with the file's
+  // record. A file that is padded as encrypted ones are is not stored plain, whatever its record says.
   std::optional<Bytes> keyOf(const ManifestFile& file) const;
   // Whether a wrapped key can be unwrapped, or is absent.
   bool isOpenedBy(const std::optional<Bytes>& key) const;
@@ -86,6 +87,7 @@ class OpenedBackup {
   // `unlocker_` is what opened the key bag.
   void decryptManifest(const RunControl& control, BackupUnlockReport& report);
   void copyManifest(const CancellationCheck& isCancelled);
+  bool isStoredPadded(const ManifestFile& file) const;
 
   RootFolder root_;                   // no link below the backup is followed
   std::optional<MemoryGuard> guard_;  // while there are keys; goes after them
