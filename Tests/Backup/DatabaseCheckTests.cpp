@@ -102,6 +102,15 @@ TEST_F(DatabaseCheckTest, ADamagedEndOfAJournalIsAFaultWhereTheIndexBesideKnowsI
   EXPECT_THAT(beforeOpening(), IsEmpty()) << "the index is damaged itself";
 }
 
+TEST_F(DatabaseCheckTest, AnIndexOfAJournalTellsThatTheJournalIsMissing) {
+  write(manyRows, Journal::walWithPendingRows);
+  files_.wal.reset();
+  EXPECT_THAT(beforeOpening(), ElementsAre(DatabaseFault::journalMissing));
+  // Where the journal's last frame stands in the database too, nothing is missing.
+  std::copy_n(files_.shm->begin() + 16, 4, files_.shm->begin() + 96);
+  EXPECT_THAT(beforeOpening(), IsEmpty());
+}
+
 TEST_F(DatabaseCheckTest, AJournalThatTheDatabaseDoesNotAskForIsAFault) {
   write(manyRows, Journal::walHeader);
   const Bytes main = files_.main;
@@ -132,7 +141,7 @@ TEST_F(DatabaseCheckTest, ADatabaseThatWasCaughtInACheckpointIsWholeWithItsJourn
   const DatabaseFiles caught = files_;
   files_.wal.reset();
   fs::remove(file_.native() + "-wal");
-  EXPECT_THAT(beforeOpening(), ElementsAre(DatabaseFault::damaged)) << "without the journal";
+  EXPECT_THAT(beforeOpening(), ElementsAre(DatabaseFault::journalMissing, DatabaseFault::damaged));
   files_ = caught;
   files_.wal->resize(files_.wal->size() - 1);
   files_.shm.reset();

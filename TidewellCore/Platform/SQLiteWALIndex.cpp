@@ -12,6 +12,8 @@ constexpr std::size_t initialisedOffset = 12;
 constexpr std::size_t frameCountOffset = 16;
 constexpr std::size_t saltsOffset = 32;
 constexpr std::size_t checksumOffset = 40;
+constexpr std::size_t backfilledCountOffset = 2 * headerSize;
+constexpr std::size_t readSize = backfilledCountOffset + sizeof(std::uint32_t);
 constexpr std::uint32_t version = 3'007'000;
 
 std::uint32_t number(ByteView bytes, std::size_t offset) {
@@ -28,15 +30,16 @@ bool isWhole(ByteView header) {
 }  // namespace
 
 std::optional<SQLiteWALIndex> SQLiteWALIndex::read(const std::filesystem::path& file) {
-  Bytes bytes(2 * headerSize);
+  Bytes bytes(readSize);
   try {
     if (FileDescriptor::openForReading(file).read(bytes) < bytes.size()) return std::nullopt;
   } catch (const std::filesystem::filesystem_error&) {
     return std::nullopt;
   }
   const ByteView header = ByteView(bytes).first(headerSize);
-  if (!isWhole(header) || !std::ranges::equal(header, ByteView(bytes).last(headerSize))) return std::nullopt;
-  SQLiteWALIndex index{.frameCount = number(header, frameCountOffset)};
+  if (!isWhole(header) || !std::ranges::equal(header, ByteView(bytes).subspan(headerSize, headerSize))) return std::nullopt;
+  SQLiteWALIndex index{.frameCount = number(header, frameCountOffset),
+                       .backfilledCount = number(bytes, backfilledCountOffset)};
   std::ranges::copy(header.subspan(saltsOffset, index.salts.size()), index.salts.begin());
   return index;
 }

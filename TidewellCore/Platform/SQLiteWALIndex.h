@@ -11,6 +11,10 @@
 struct SQLiteWALIndex {
   std::array<std::uint8_t, 8> salts{};  // of the log's generation, as they stand in its header
   std::int64_t frameCount = 0;          // frames up to the last commit
+  std::int64_t backfilledCount = 0;     // of these, the first that the database holds as well (section 2.2)
+
+  // Whether the log holds what its database does not.
+  bool hasPendingFrames() const { return backfilledCount < frameCount; }
 
   // Absent unless both copies of its header are whole and equal, and of a
   // little-endian machine, as iPhones are; when it cannot be read, too.
