@@ -333,6 +333,13 @@ TEST_P(SnapshotLoaderTest, TextsThatCannotBeReadAreAWarning) {
   EXPECT_THAT(load().warnings, ElementsAre(StartsWith("The texts of 3 messages cannot be read")));
 }
 
+TEST_P(SnapshotLoaderTest, MessagesOfWhichNoneIsDatedAreAWarning) {
+  contents_.whatsApp.chatStorageSQL = "UPDATE ZWAMESSAGE SET ZMESSAGEDATE = NULL WHERE Z_PK > 1";
+  EXPECT_THAT(load().warnings, IsEmpty());
+  contents_.whatsApp.chatStorageSQL = "UPDATE ZWAMESSAGE SET ZMESSAGEDATE = NULL";
+  EXPECT_THAT(load().warnings, ElementsAre(StartsWith("Some messages may be missing")));
+}
+
 TEST_P(SnapshotLoaderTest, NoMessagesAtAllBesideTheirFilesIsAWarning) {
   contents_.whatsApp.chatStorageSQL = "DELETE FROM ZWAMESSAGE";
   EXPECT_THAT(load().warnings, IsEmpty()) << "somebody may have deleted them";

@@ -22,6 +22,12 @@ bool showsSomething(const MessageRecord& message) {
   return message.mediaLocalPath || (message.text && !message.text->empty());
 }
 
+// Phones date every message; those without a date stand first in their chats.
+bool isAnyDated(const ChatStorageSnapshot& snapshot) {
+  return std::ranges::any_of(snapshot.messagesByChat,
+                             [](const auto& chat) { return !chat.second.empty() && chat.second.back().date; });
+}
+
 // Those that an export puts together, since nothing tells their chats.
 std::int64_t countOfUnlisted(const ChatStorageSnapshot& snapshot) {
   std::int64_t count = 0;
@@ -54,7 +60,8 @@ bool MissingMessages::areAll(const ChatStorageSnapshot& snapshot) {
 
 bool MissingMessages::mayBeMissing(const ChatStorageSnapshot& snapshot) {
   const bool hasNoFiles = snapshot.mediaByRelativePath.empty() && snapshot.unread.ofFiles > 0;
-  return snapshot.unread.isPartial || hasNoFiles;
+  const bool hasNoDates = !snapshot.messagesByChat.empty() && !isAnyDated(snapshot);
+  return snapshot.unread.isPartial || hasNoFiles || hasNoDates;
 }
 
 std::vector<std::string> MissingMessages::warnings(const ChatStorageSnapshot& snapshot) {

@@ -21,7 +21,7 @@ extern const std::array<Words, 3> allWords;
 // Whether there are messages and none says its chat.
 bool areAll(const ChatStorageSnapshot& snapshot);
 // Whether something is gone that no count tells: files are named and not one has
-// its message, or a column that every phone has is not there.
+// its message, no message has a date, or a column that every phone has is not there.
 bool mayBeMissing(const ChatStorageSnapshot& snapshot);
 // Sentences for people: what is missing, and what to do.
 std::vector<std::string> warnings(const ChatStorageSnapshot& snapshot);
