@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "Tests/Export/ExportScene.h"
 #include "Tests/Support/BackupBuilder.h"
 #include "Tests/Support/TemporaryDirectory.h"
 #include "TidewellCore/CopyFailure.h"
@@ -74,18 +75,13 @@ class Phone : public testing::TestWithParam<bool> {
     Fixture::writeBackup(contents, folder / "device");
     std::optional<std::string_view> password;
     if (contents.encryption) password = contents.encryption->keyBag.password;
-    const OpenedBackup opened = OpenedBackup::open(folder / "device", password);
-    const ManifestStore manifest = ManifestStore::load(opened.url(), opened.manifestDatabaseURL(), GetParam());
-    ChatStorageSnapshot snapshot;
-    ContactDirectory directory;
-    directory.link(anaLID, ana);
-    snapshot.setDirectory(std::move(directory));
+    BackupSource source = BackupSource::load(OpenedBackup::open(folder / "device", password), {});
+    source.snapshot = ExportTest::snapshotOf({}, {{anaLID, ana}});
     lost.clear();
-    return ProfilePictures::attachAndCopy(
-        chats, {.files = manifest.profilePictures, .snapshot = snapshot, .backup = opened}, folder / "messages",
-        [&](const std::exception& error, const ProfilePictures::Loss& loss) {
-          lost.emplace_back(loss.name, CopyFailures::reasonOf(error, loss.source));
-        });
+    return ProfilePictures::attachAndCopy(chats, source, folder / "messages",
+                                          [&](const std::exception& error, const ProfilePictures::Loss& loss) {
+                                            lost.emplace_back(loss.name, CopyFailures::reasonOf(error, loss.source));
+                                          });
   }
 
   // The picture that the chat of `jid` gets: its path and its bytes.
@@ -191,10 +187,7 @@ TEST_P(Phone, ANewPictureTakesThePlaceOfTheOld) {
 }
 
 TEST(ProfilePictures, ListsAPersonsUserPartsOnce) {
-  ChatStorageSnapshot snapshot;
-  ContactDirectory directory;
-  directory.link(anaLID, ana);
-  snapshot.setDirectory(std::move(directory));
+  const ChatStorageSnapshot snapshot = ExportTest::snapshotOf({}, {{anaLID, ana}});
   EXPECT_THAT(ProfilePictures::matchingUsers(ana, snapshot), ElementsAre("5511900001111", "200000000000001"));
   EXPECT_THAT(ProfilePictures::matchingUsers(anaLID, snapshot), ElementsAre("200000000000001", "5511900001111"));
   EXPECT_THAT(ProfilePictures::matchingUsers(group, snapshot), ElementsAre("5511900001111-1500000000"));

@@ -22,7 +22,9 @@ std::vector<std::int64_t> keysOf(const std::vector<MessageRecord>& messages) {
 }
 
 MessageRecord onlyMessage(const Message& message) {
-  return readChats({.chats = {{.jid = ana}}, .messages = {message}}).messagesByChat.at(1).at(0);
+  static ChatStorageSnapshot snapshot;  // in which the texts of the last one asked for stand
+  snapshot = readChats({.chats = {{.jid = ana}}, .messages = {message}});
+  return messagesOf(snapshot, 1).at(0);
 }
 
 TEST(ChatStorageReader, ReadsChatsMessagesMembersAndMedia) {
@@ -39,19 +41,21 @@ TEST(ChatStorageReader, ReadsChatsMessagesMembersAndMedia) {
                                .member = 3}},
                  .members = {{.pk = 3, .chat = 7, .jid = ana, .contactName = "Ana Souza", .firstName = "Ana"}},
                  .mediaFiles = {{.localPath = local, .message = 40}}});
-  EXPECT_EQ(snapshot.chats.at(7), (ChatRecord{.pk = 7, .jid = ana, .name = "Ana"}));
-  EXPECT_EQ(snapshot.chatsByJID.at(ana).pk, 7);
+  EXPECT_EQ(snapshot.records().at(7), (ChatRecord{.pk = 7, .jid = ana, .name = "Ana"}));
+  EXPECT_EQ(snapshot.chat(ana)->pk, 7);
+  const std::string path = "Message/" + local;
   const MessageRecord expected{.pk = 40,
                                .chatPK = 7,
                                .date = dateFromUnixTime(978307200 + 700000000.25),
+                               .sort = 40,
                                .text = "oi 👋",
                                .isFromMe = true,
                                .fromJID = ana,
                                .pushName = "Aninha",
                                .groupMemberPK = 3,
-                               .mediaLocalPath = "Message/" + local};
-  EXPECT_EQ(snapshot.messagesByChat.at(7).at(0), expected);
-  EXPECT_EQ(snapshot.directory.groupMembers.at(3),
+                               .mediaLocalPath = path};
+  EXPECT_EQ(messagesOf(snapshot, 7).at(0), expected);
+  EXPECT_EQ(snapshot.directory().groupMembers.at(3),
             (GroupMemberRecord{.pk = 3, .jid = ana, .contactName = "Ana Souza", .firstName = "Ana"}));
   EXPECT_EQ(*snapshot.mediaMessage("Message/" + local), expected);
 }
@@ -65,12 +69,12 @@ TEST(ChatStorageReader, CutsNamesThatNoScreenShowsAndNoMessages) {
        .messages = {{.chat = 1, .text = name, .fromJID = std::string(20'000, '5'), .pushName = name, .member = 1}},
        .members = {{.chat = 1, .jid = ana, .contactName = name, .firstName = name}},
        .pushNames = {{.jid = ana, .name = name}}});
-  EXPECT_EQ(snapshot.chats.at(1).name, cut);
-  EXPECT_EQ(snapshot.chats.at(2).jid, std::string(10'000, '5'));
-  EXPECT_EQ(snapshot.directory.groupMembers.at(1).contactName, cut);
-  EXPECT_EQ(snapshot.directory.groupMembers.at(1).firstName, cut);
-  EXPECT_EQ(snapshot.directory.pushName(ana), cut);
-  const MessageRecord& message = snapshot.messagesByChat.at(1).at(0);
+  EXPECT_EQ(snapshot.records().at(1).name, cut);
+  EXPECT_EQ(snapshot.records().at(2).jid, std::string(10'000, '5'));
+  EXPECT_EQ(snapshot.directory().groupMembers.at(1).contactName, cut);
+  EXPECT_EQ(snapshot.directory().groupMembers.at(1).firstName, cut);
+  EXPECT_EQ(snapshot.directory().pushName(ana), cut);
+  const MessageRecord message = messagesOf(snapshot, 1).at(0);
   EXPECT_EQ(message.pushName, cut);
   EXPECT_EQ(message.fromJID, std::string(10'000, '5'));
   EXPECT_EQ(message.text, name);
@@ -80,7 +84,7 @@ TEST(ChatStorageReader, ReadsTheRowsOfEveryJournal) {
   for (const Journal journal : {Journal::rollback, Journal::walHeader, Journal::walWithPendingRows}) {
     WhatsAppContents app{.chats = {{.jid = ana}}, .journal = journal};
     for (int i = 0; i < 8; ++i) app.messages.push_back({.chat = 1, .date = i});
-    EXPECT_EQ(readChats(app).messagesByChat.at(1).size(), 8U);
+    EXPECT_EQ(readChats(app).messages().size(), 8U);
   }
 }
 
@@ -93,7 +97,7 @@ TEST(ChatStorageReader, OrdersMessagesByDate) {
                                                                {.chat = 1, .date = 10.25},
                                                                {.chat = 1},
                                                                {.chat = 1, .date = 30}}});
-  EXPECT_THAT(keysOf(snapshot.messagesByChat.at(1)), ElementsAre(3, 7, 4, 6, 2, 1, 5, 8));
+  EXPECT_THAT(keysOf(messagesOf(snapshot, 1)), ElementsAre(3, 7, 4, 6, 2, 1, 5, 8));
 }
 
 TEST(ChatStorageReader, MessagesOfOneDateStandInThePhonesOrder) {
@@ -106,18 +110,18 @@ TEST(ChatStorageReader, MessagesOfOneDateStandInThePhonesOrder) {
                               {.pk = 3, .chat = 1, .date = 30, .sort = 3},
                               {.pk = 1, .chat = 1, .date = 20, .sort = 9},
                               {.pk = 6, .chat = 1, .sort = 1}}});
-  EXPECT_THAT(keysOf(snapshot.messagesByChat.at(1)), ElementsAre(6, 7, 1, 9, 3, 4, 8, 2));
+  EXPECT_THAT(keysOf(messagesOf(snapshot, 1)), ElementsAre(6, 7, 1, 9, 3, 4, 8, 2));
 }
 
 TEST(ChatStorageReader, WithoutAPlaceInThatOrderTheKeyCounts) {
   const auto keysWithout = [](const std::string& sql) {
-    return keysOf(readChats({.messages = {{.pk = 5, .chat = 1, .date = 30},
-                                          {.pk = 9, .chat = 1, .date = 30},
-                                          {.pk = 2, .chat = 1},
-                                          {.pk = 1, .chat = 1, .date = 30},
-                                          {.pk = 3, .chat = 1}},
-                             .chatStorageSQL = sql})
-                      .messagesByChat.at(1));
+    return keysOf(messagesOf(readChats({.messages = {{.pk = 5, .chat = 1, .date = 30},
+                                                     {.pk = 9, .chat = 1, .date = 30},
+                                                     {.pk = 2, .chat = 1},
+                                                     {.pk = 1, .chat = 1, .date = 30},
+                                                     {.pk = 3, .chat = 1}},
+                                        .chatStorageSQL = sql}),
+                             1));
   };
   const std::string reversed = "UPDATE ZWAMESSAGE SET ZSORT = -Z_PK";
   EXPECT_THAT(keysWithout(reversed), ElementsAre(3, 2, 9, 5, 1));
@@ -133,14 +137,14 @@ TEST(ChatStorageReader, ARowThatIsReadLateStandsWhereItsKeySays) {
       "CREATE TABLE ZWAMESSAGE (Z_PK, ZCHATSESSION, ZMESSAGEDATE, ZSORT);"
       "INSERT INTO ZWAMESSAGE VALUES (3, 1, 10, '1'), (2, 1, 10, 9e999), (1, 1, 10, NULL), (5, 1, 10, 4), (4, 1, 10, "
       "4)");
-  EXPECT_THAT(keysOf(snapshot.messagesByChat.at(1)), ElementsAre(1, 3, 4, 5, 2));
+  EXPECT_THAT(keysOf(messagesOf(snapshot, 1)), ElementsAre(1, 3, 4, 5, 2));
 }
 
 TEST(ChatStorageReader, SentinelDatesNeitherCrashNorShiftAnything) {
   const ChatStorageSnapshot snapshot = readChats(
       {.messages = {
            {.chat = 1, .date = 63113904000}, {.chat = 1, .date = 10}, {.chat = 1}, {.chat = 1, .date = -63114076800}}});
-  const auto& messages = snapshot.messagesByChat.at(1);
+  const auto messages = messagesOf(snapshot, 1);
   EXPECT_THAT(keysOf(messages), ElementsAre(3, 4, 2, 1));
   EXPECT_EQ(messages[1].date, dateFromUnixTime(-62135769600)) << "0001-01-01";
   EXPECT_EQ(messages[2].date, dateFromAppleTime(10));
@@ -158,8 +162,8 @@ TEST(ChatStorageReader, DatesMayBeWrittenAsText) {
                "CREATE TABLE ZWAMESSAGE (Z_PK INTEGER PRIMARY KEY, ZCHATSESSION, ZMESSAGEDATE BLOB);"
                "INSERT INTO ZWAMESSAGE VALUES (1, 1, " +
                value + ")")
-        .messagesByChat.at(1)
-        .at(0)
+        .messages()
+        .front()
         .date;
   };
   EXPECT_EQ(dateOf("'700000000.25'"), dateFromAppleTime(700000000.25));
@@ -174,15 +178,15 @@ TEST(ChatStorageReader, TakesTheOlderDateColumnWhenTheNewerIsMissing) {
   const ChatStorageSnapshot snapshot =
       readChats({.messages = {{.chat = 1, .date = 20}, {.chat = 1, .date = 10}},
                  .chatStorageSQL = "ALTER TABLE ZWAMESSAGE RENAME COLUMN ZMESSAGEDATE TO ZDATE"});
-  EXPECT_THAT(keysOf(snapshot.messagesByChat.at(1)), ElementsAre(2, 1));
+  EXPECT_THAT(keysOf(messagesOf(snapshot, 1)), ElementsAre(2, 1));
 }
 
 TEST(ChatStorageReader, WithoutADateColumnEveryMessageIsUndatedAndKeepsItsPlace) {
   const ChatStorageSnapshot snapshot =
       readChats({.messages = {{.pk = 5, .chat = 1, .date = 20}, {.pk = 9, .chat = 1, .date = 10}},
                  .chatStorageSQL = "ALTER TABLE ZWAMESSAGE DROP COLUMN ZMESSAGEDATE"});
-  EXPECT_THAT(keysOf(snapshot.messagesByChat.at(1)), ElementsAre(5, 9));
-  EXPECT_EQ(snapshot.messagesByChat.at(1)[0].date, std::nullopt);
+  EXPECT_THAT(keysOf(messagesOf(snapshot, 1)), ElementsAre(5, 9));
+  EXPECT_EQ(messagesOf(snapshot, 1)[0].date, std::nullopt);
 }
 
 TEST(ChatStorageReader, ReadsEveryCandidateColumnInAnyLetterCase) {
@@ -202,8 +206,8 @@ TEST(ChatStorageReader, ReadsEveryCandidateColumnInAnyLetterCase) {
   for (const std::string& names : columns) {
     const ChatStorageSnapshot snapshot = readChatSQL(
         "CREATE TABLE ZWAMESSAGE (" + names + "); INSERT INTO ZWAMESSAGE VALUES (1, 10, 'a', 1, 'j', 'p', 2, 3)");
-    ASSERT_TRUE(snapshot.messagesByChat.contains(1)) << names;
-    EXPECT_EQ(snapshot.messagesByChat.at(1).at(0), expected) << names;
+    ASSERT_THAT(messagesOf(snapshot, 1), testing::SizeIs(1)) << names;
+    EXPECT_EQ(messagesOf(snapshot, 1).at(0), expected) << names;
   }
 }
 
@@ -215,9 +219,9 @@ TEST(ChatStorageReader, TakesTheFirstCandidateThatIsThere) {
       "INSERT INTO ZWAGROUPMEMBER VALUES (1, 'jid', 'Member', 'Name');"
       "CREATE TABLE ZWAPROFILEPUSHNAME (ZCONTACTJID, ZNAME);"
       "INSERT INTO ZWAPROFILEPUSHNAME VALUES ('a@s', 'Ana')");
-  EXPECT_EQ(snapshot.chats.at(1), (ChatRecord{.pk = 1, .jid = "jid", .name = "name"}));
-  EXPECT_EQ(snapshot.directory.groupMembers.at(1), (GroupMemberRecord{.pk = 1, .jid = "jid", .contactName = "Name"}));
-  EXPECT_EQ(snapshot.directory.pushName("a@s"), "Ana");
+  EXPECT_EQ(snapshot.records().at(1), (ChatRecord{.pk = 1, .jid = "jid", .name = "name"}));
+  EXPECT_EQ(snapshot.directory().groupMembers.at(1), (GroupMemberRecord{.pk = 1, .jid = "jid", .contactName = "Name"}));
+  EXPECT_EQ(snapshot.directory().pushName("a@s"), "Ana");
 }
 
 TEST(ChatStorageReader, RowsWithoutAUsableKeyOrChatAreSkipped) {
@@ -226,10 +230,10 @@ TEST(ChatStorageReader, RowsWithoutAUsableKeyOrChatAreSkipped) {
       " ('x', 'a'), (NULL, 'b'), (x'31', 'c'), (1.5, 'd'), ('4', 'e');"
       "CREATE TABLE ZWAMESSAGE (Z_PK, ZCHATSESSION); INSERT INTO ZWAMESSAGE VALUES"
       " (1, NULL), ('x', 1), (NULL, 1), (2, 'x'), ('3', '1'), (4, 1)");
-  EXPECT_EQ(snapshot.chats.size(), 1U);
-  EXPECT_EQ(snapshot.chats.at(4).jid, "e");
-  ASSERT_EQ(snapshot.messagesByChat.size(), 1U);
-  EXPECT_THAT(keysOf(snapshot.messagesByChat.at(1)), ElementsAre(3, 4));
+  EXPECT_EQ(snapshot.records().size(), 1U);
+  EXPECT_EQ(snapshot.records().at(4).jid, "e");
+  ASSERT_EQ(snapshot.messages().size(), 2U);
+  EXPECT_THAT(keysOf(messagesOf(snapshot, 1)), ElementsAre(3, 4));
 }
 
 TEST(ChatStorageReader, NumbersBecomeTextAndBytesAreNone) {
@@ -237,10 +241,10 @@ TEST(ChatStorageReader, NumbersBecomeTextAndBytesAreNone) {
   const ChatStorageSnapshot snapshot = readChatSQL(
       "CREATE TABLE ZWAMESSAGE (Z_PK, ZCHATSESSION, ZTEXT BLOB, ZFROMJID BLOB);"
       "INSERT INTO ZWAMESSAGE VALUES (1, 1, 42, 5511900001111), (2, 1, 1.5, NULL)");
-  EXPECT_EQ(snapshot.messagesByChat.at(1)[0].text, "42");
-  EXPECT_EQ(snapshot.messagesByChat.at(1)[0].fromJID, "5511900001111");
-  EXPECT_EQ(snapshot.messagesByChat.at(1)[1].text, "1.5");
-  EXPECT_EQ(snapshot.messagesByChat.at(1)[1].fromJID, std::nullopt);
+  EXPECT_EQ(messagesOf(snapshot, 1)[0].text, "42");
+  EXPECT_EQ(messagesOf(snapshot, 1)[0].fromJID, "5511900001111");
+  EXPECT_EQ(messagesOf(snapshot, 1)[1].text, "1.5");
+  EXPECT_EQ(messagesOf(snapshot, 1)[1].fromJID, std::nullopt);
 }
 
 TEST(ChatStorageReader, AMessageIsFromMeForEveryIntegerButZero) {
@@ -267,7 +271,7 @@ TEST(ChatStorageReader, AProfilesPushNameIsAlwaysJudged) {
                                                               {.jid = "4@s", .name = "  "},
                                                               {.jid = "", .name = "Nobody"},
                                                               {.jid = "6@s", .name = "Rui"}}})
-                                         .directory;
+                                         .directory();
   EXPECT_EQ(directory.pushName("1@s"), std::nullopt);
   EXPECT_EQ(directory.pushName("2@s"), "João");
   EXPECT_EQ(directory.pushName("3@s"), std::nullopt);
@@ -279,7 +283,8 @@ TEST(ChatStorageReader, AProfilesPushNameIsAlwaysJudged) {
 TEST(ChatStorageReader, ImplausibleMemberNamesAreDropped) {
   const auto members = readChats({.members = {{.contactName = "0123456789abcdef0123", .firstName = " "},
                                               {.contactName = "Ana", .firstName = "Rui"}}})
-                           .directory.groupMembers;
+                           .directory()
+                           .groupMembers;
   EXPECT_EQ(members.at(1), (GroupMemberRecord{.pk = 1}));
   EXPECT_EQ(members.at(2), (GroupMemberRecord{.pk = 2, .contactName = "Ana", .firstName = "Rui"}));
 }
@@ -292,12 +297,12 @@ TEST(ChatStorageReader, MediaPathsBelowMediaGainTheirContainersPrefix) {
                                                                  {.message = 4, .localPath = "MEDIA/a/4.jpg"},
                                                                  {.message = 99, .localPath = "Media/a/99.jpg"},
                                                                  {.message = "x", .localPath = "Media/a/x.jpg"}}});
-  const auto& messages = snapshot.messagesByChat.at(1);
+  const auto messages = messagesOf(snapshot, 1);
   EXPECT_EQ(messages[0].mediaLocalPath, "Message/Media/a/1.jpg");
   EXPECT_EQ(messages[1].mediaLocalPath, std::nullopt) << "such a path does not begin with Media/";
   EXPECT_EQ(messages[2].mediaLocalPath, std::nullopt);
   EXPECT_EQ(messages[3].mediaLocalPath, "Message/MEDIA/a/4.jpg");
-  EXPECT_EQ(snapshot.mediaByRelativePath.size(), 2U);
+  EXPECT_EQ(snapshot.mediaPaths().size(), 2U);
 }
 
 TEST(ChatStorageReader, MediaFollowTheirMessageThroughTheSorting) {
@@ -312,7 +317,7 @@ TEST(ChatStorageReader, ADatabaseWithoutChatsStillGivesMessagesAndMedia) {
                                                   .mediaItems = {{.message = 1, .localPath = "Media/a@s/1.jpg"}},
                                                   .journal = Journal::rollback,
                                                   .chatStorageSQL = "DROP TABLE ZWACHATSESSION"});
-  EXPECT_EQ(snapshot.messagesByChat.at(1).size(), 1U);
+  EXPECT_EQ(messagesOf(snapshot, 1).size(), 1U);
   EXPECT_EQ(snapshot.chat("a@s"), nullptr);
   EXPECT_EQ(snapshot.ownerJID("Message/Media/a@s/1.jpg", "a@s"), "a@s");
   EXPECT_EQ(snapshot.ownerJID("Message/Media/a@s/1.jpg", std::nullopt), "Unknown");
@@ -330,11 +335,11 @@ class IncompleteDatabase : public testing::TestWithParam<const char*> {
                                                     .journal = Journal::rollback,
                                                     .chatStorageSQL = sql});
     const auto isWhole = [](std::string_view table) { return table != GetParam(); };
-    EXPECT_EQ(!snapshot.chats.empty(), isWhole("ZWACHATSESSION")) << sql;
-    EXPECT_EQ(!snapshot.directory.groupMembers.empty(), isWhole("ZWAGROUPMEMBER")) << sql;
-    EXPECT_EQ(!snapshot.directory.profilePushName.empty(), isWhole("ZWAPROFILEPUSHNAME")) << sql;
-    EXPECT_EQ(!snapshot.messagesByChat.empty(), isWhole("ZWAMESSAGE")) << sql;
-    EXPECT_EQ(!snapshot.mediaByRelativePath.empty(), isWhole("ZWAMEDIAITEM") && isWhole("ZWAMESSAGE")) << sql;
+    EXPECT_EQ(!snapshot.records().empty(), isWhole("ZWACHATSESSION")) << sql;
+    EXPECT_EQ(!snapshot.directory().groupMembers.empty(), isWhole("ZWAGROUPMEMBER")) << sql;
+    EXPECT_EQ(!snapshot.directory().profilePushName.empty(), isWhole("ZWAPROFILEPUSHNAME")) << sql;
+    EXPECT_EQ(!snapshot.messages().empty(), isWhole("ZWAMESSAGE")) << sql;
+    EXPECT_EQ(snapshot.hasMedia(), isWhole("ZWAMEDIAITEM") && isWhole("ZWAMESSAGE")) << sql;
   }
 };
 
@@ -354,7 +359,7 @@ TEST(ChatStorageReader, LidsAndNumbersArePairedByTheirOwnTable) {
                                       {.lid = "888", .phoneNumber = "+49 30 001111"},
                                       {.lid = " ", .phoneNumber = "1"},
                                       {.lid = "999", .phoneNumber = SQLValue{}}};
-  const ContactDirectory directory = readChats({.lidPairs = pairs}).directory;
+  const ContactDirectory directory = readChats({.lidPairs = pairs}).directory();
   EXPECT_EQ(directory.phoneJID("777@lid"), ana);
   EXPECT_EQ(directory.phoneJID("888@lid"), "4930001111@s.whatsapp.net");
   EXPECT_EQ(directory.lidJID(ana), "777@lid");
@@ -365,7 +370,7 @@ TEST(ChatStorageReader, InvalidUTF8InTextIsReplaced) {
   const ChatStorageSnapshot snapshot = readChatSQL(
       "CREATE TABLE ZWAMESSAGE (Z_PK, ZCHATSESSION, ZTEXT);"
       "INSERT INTO ZWAMESSAGE VALUES (1, 1, CAST(x'61FF62' AS TEXT))");
-  EXPECT_EQ(snapshot.messagesByChat.at(1)[0].text, "a\uFFFDb");
+  EXPECT_EQ(messagesOf(snapshot, 1)[0].text, "a\uFFFDb");
 }
 
 TEST(ChatStorageReader, AnAbsentDatabaseIsUnreadableWithTheReason) {

@@ -122,7 +122,7 @@ TEST(ContactsReader, MembersPushNamesAndPairsOfTheChatDatabaseAreKept) {
                                               .pushNames = {{.jid = phone, .name = "Pushed"}},
                                               .lidPairs = pairs,
                                               .contacts = {{.fullName = "Ana", .whatsAppID = phone}}})
-                                         .directory;
+                                         .directory();
   EXPECT_EQ(directory.groupMembers.at(1).contactName, "Member");
   EXPECT_EQ(directory.pushName(phone), "Pushed");
   EXPECT_EQ(directory.phoneJID("1@lid"), "4930001111@s.whatsapp.net");

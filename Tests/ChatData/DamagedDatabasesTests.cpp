@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "Tests/ChatData/AppOfOneChat.h"
+#include "Tests/ChatData/ReadDatabases.h"
 #include "Tests/Support/BackupBuilder.h"
 #include "Tests/Support/Failures.h"
 #include "Tests/Support/PrivateTemporaryFolder.h"
@@ -24,20 +25,20 @@ using testing::StartsWith;
 // A plain backup whose stored chat database is made into something else.
 class DamagedChatStorage : public testing::Test {
  protected:
-  ChatStorageSnapshot load() {
+  SnapshotLoader::Loaded load() {
     const auto before = treeSnapshot(device_);
     const OpenedBackup opened = OpenedBackup::open(device_, std::nullopt);
     const ManifestStore manifest = ManifestStore::load(device_);
-    ChatStorageSnapshot snapshot;
+    SnapshotLoader::Loaded loaded;
     try {
-      snapshot = SnapshotLoader::load(opened, manifest);
+      loaded = SnapshotLoader::load(opened, manifest);
     } catch (...) {
       EXPECT_EQ(treeSnapshot(device_), before) << "the backup was touched";
       EXPECT_THAT(temporary_.names(), IsEmpty());
       throw;
     }
     EXPECT_THAT(temporary_.names(), IsEmpty());
-    return snapshot;
+    return loaded;
   }
 
   void write(WhatsAppContents contents) {
@@ -83,9 +84,9 @@ TEST_F(DamagedChatStorage, ACutDatabaseIsUnreadableAtEveryLength) {
 TEST_F(DamagedChatStorage, ContactsThatAreNoDatabaseCostNamesOnly) {
   write(app(std::string(consumerDomain), "Ana"));
   writeFile(backup_.storedFile("ContactsV2.sqlite"), std::string(9000, 'x'));
-  const ChatStorageSnapshot snapshot = load();
-  EXPECT_THAT(snapshot.messagesByChat.at(1), SizeIs(3));
-  EXPECT_THAT(snapshot.warnings, ElementsAre(StartsWith("Some names may be missing")));
+  const auto [snapshot, warnings] = load();
+  EXPECT_THAT(messagesOf(snapshot, 1), SizeIs(3));
+  EXPECT_THAT(warnings, ElementsAre(StartsWith("Some names may be missing")));
 }
 
 TEST_F(DamagedChatStorage, ContactsBeforeAMalformedPageAreKept) {
@@ -96,9 +97,9 @@ TEST_F(DamagedChatStorage, ContactsBeforeAMalformedPageAreKept) {
   Bytes bytes = readFile(stored);
   std::fill(bytes.end() - 8 * 4096, bytes.end(), std::uint8_t{0xEE});
   writeFile(stored, bytes);
-  const ChatStorageSnapshot snapshot = load();
+  const auto [snapshot, warnings] = load();
   EXPECT_EQ(snapshot.chatTitle(phone), "Ana");
-  EXPECT_THAT(snapshot.warnings, ElementsAre(StartsWith("Some names may be missing")));
+  EXPECT_THAT(warnings, ElementsAre(StartsWith("Some names may be missing")));
 }
 
 }  // namespace

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "TidewellCore/ChatData/DisplayNames.h"
+
 #include "TidewellCore/ChatData/ContactsReader.h"
 
 namespace {
@@ -80,23 +82,23 @@ TEST(NameResolver, NamesThatShowNothingArePlaceholders) {
 
 TEST(NameResolver, AChatIsCalledByTheFirstRuleThatGivesAName) {
   const ContactDirectory contact = directoryOf({{.fullName = "Ana Souza", .whatsAppID = phone}});
-  EXPECT_EQ(NameResolver::chatTitle(" Ana ", phone, contact), "Ana");
-  EXPECT_EQ(NameResolver::chatTitle("\u200E ", phone, contact), "Ana Souza");
-  EXPECT_EQ(NameResolver::chatTitle("", phone, withPushName(phone, "Pushed")), "+55 11 90000-1111");
-  EXPECT_EQ(NameResolver::chatTitle("", lid, withPushName(lid, "Pushed")), "Pushed");
-  EXPECT_EQ(NameResolver::chatTitle("\u200E", lid, {}), "\u200E");
-  EXPECT_EQ(NameResolver::chatTitle("", " 1-2@g.us ", {}), "1-2@g.us");
-  EXPECT_EQ(NameResolver::chatTitle("", "status@broadcast", {}), "status@broadcast");
+  EXPECT_EQ(DisplayNames::chatTitle(" Ana ", phone, contact), "Ana");
+  EXPECT_EQ(DisplayNames::chatTitle("\u200E ", phone, contact), "Ana Souza");
+  EXPECT_EQ(DisplayNames::chatTitle("", phone, withPushName(phone, "Pushed")), "+55 11 90000-1111");
+  EXPECT_EQ(DisplayNames::chatTitle("", lid, withPushName(lid, "Pushed")), "Pushed");
+  EXPECT_EQ(DisplayNames::chatTitle("\u200E", lid, {}), "\u200E");
+  EXPECT_EQ(DisplayNames::chatTitle("", " 1-2@g.us ", {}), "1-2@g.us");
+  EXPECT_EQ(DisplayNames::chatTitle("", "status@broadcast", {}), "status@broadcast");
 }
 
 TEST(NameResolver, AnImplausibleContactNameIsPassedOver) {
   const ContactDirectory contact = directoryOf({{.fullName = "CgtKb2huIFNtaXRoEgA=", .whatsAppID = phone}});
-  EXPECT_EQ(NameResolver::chatTitle("", phone, contact), "+55 11 90000-1111");
+  EXPECT_EQ(DisplayNames::chatTitle("", phone, contact), "+55 11 90000-1111");
 }
 
 TEST(NameResolver, ABusinessNameIsShownForAChatWithoutAName) {
   const ContactDirectory contact = directoryOf({{.businessName = " Padaria ", .whatsAppID = phone}});
-  EXPECT_EQ(NameResolver::chatTitle("", phone, contact), "Padaria");
+  EXPECT_EQ(DisplayNames::chatTitle("", phone, contact), "Padaria");
 }
 
 TEST(AddressBookContact, IsCalledByItsFullNameThenItsBusinessThenItsGivenName) {

@@ -6,6 +6,7 @@
 #include "Tests/Support/ChatDatabase.h"
 #include "Tests/Support/TemporaryDirectory.h"
 #include "TidewellCore/ChatData/ChatStorageReader.h"
+#include "TidewellCore/ChatData/ChatStorageSnapshot.h"
 #include "TidewellCore/ChatData/ContactsReader.h"
 
 // What the readers make of databases that are written for one test and gone after it.
@@ -17,11 +18,13 @@ inline void writeDatabase(const DatabaseFiles& files, const std::filesystem::pat
   if (files.shm) writeFile(database.string() + "-shm", *files.shm);
 }
 
-inline ChatStorageSnapshot readChats(const WhatsAppContents& app) {
+inline ChatTables readTables(const WhatsAppContents& app) {
   const TemporaryDirectory folder;
   writeDatabase(writeChatStorage(app), folder / "ChatStorage.sqlite");
   return ChatStorageReader::load(folder / "ChatStorage.sqlite");
 }
+
+inline ChatStorageSnapshot readChats(const WhatsAppContents& app) { return ChatStorageSnapshot(readTables(app)); }
 
 inline std::vector<AddressBookContact> readContacts(const WhatsAppContents& app) {
   const TemporaryDirectory folder;
@@ -33,9 +36,18 @@ inline std::vector<AddressBookContact> readContacts(const WhatsAppContents& app)
 
 // Both together, as a scan has them.
 inline ChatStorageSnapshot readApp(const WhatsAppContents& app) {
-  ChatStorageSnapshot snapshot = readChats(app);
-  snapshot.setDirectory(ContactsReader::directory(readContacts(app), std::move(snapshot.directory)));
-  return snapshot;
+  ChatTables tables = readTables(app);
+  tables.directory = ContactsReader::directory(readContacts(app), std::move(tables.directory));
+  return ChatStorageSnapshot(std::move(tables));
+}
+
+// The messages of the record with that key, in their chat's order. They live as long as the snapshot.
+inline std::vector<MessageRecord> messagesOf(const ChatStorageSnapshot& snapshot, std::int64_t chatPK) {
+  std::vector<MessageRecord> messages;
+  for (const MessageRecord& message : snapshot.messages()) {
+    if (message.chatPK == chatPK) messages.push_back(message);
+  }
+  return messages;
 }
 
 // A chat database of that very schema and content.
@@ -44,7 +56,7 @@ inline ChatStorageSnapshot readChatSQL(const std::string& sql) {
   DatabaseWriter writer(Journal::rollback);
   writer.execute(sql);
   writeDatabase(writer.finish(), folder / "ChatStorage.sqlite");
-  return ChatStorageReader::load(folder / "ChatStorage.sqlite");
+  return ChatStorageSnapshot(ChatStorageReader::load(folder / "ChatStorage.sqlite"));
 }
 
 }  // namespace Fixture

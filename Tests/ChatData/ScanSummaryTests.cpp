@@ -26,10 +26,8 @@ ScanResult scan(const BackupContents& contents, const std::string& locale = "en_
   const TemporaryDirectory folder;
   writeBackup(contents, folder / "device");
   const auto before = treeSnapshot(folder / "device");
-  const OpenedBackup opened = OpenedBackup::open(folder / "device", "correct horse");
-  const ManifestStore manifest =
-      ManifestStore::load(opened.url(), opened.manifestDatabaseURL(), opened.usesTemporaryManifest());
-  ScanResult result = ScanSummary::summarize(SnapshotLoader::load(opened, manifest), manifest, opened, Locale{locale});
+  const BackupSource source = BackupSource::load(OpenedBackup::open(folder / "device", "correct horse"), {});
+  ScanResult result = ScanSummary::summarize(source, Locale{locale});
   EXPECT_EQ(treeSnapshot(folder / "device"), before) << "the backup was touched";
   return result;
 }
@@ -147,10 +145,10 @@ TEST(ScanSummary, NamesStandInTheOrderOfTheLanguage) {
   EXPECT_THAT(namesOf(scan(contents, "sv_SE")), ElementsAre("Álvaro", "Zoe", "Ärger"));
 }
 
-TEST(ScanSummary, ChatsWithoutAJidAreGatheredUnderUnknown) {
+TEST(ScanSummary, WhatBelongsToNoChatThatCanBeToldIsCountedUnderUnknown) {
   const ScanResult result =
       scan({.chats = {{.name = "Lost"}, {.jid = " "}}, .messages = {{.chat = 1}, {.chat = 2}, {.chat = 99}}});
-  EXPECT_THAT(result.chats, ElementsAre(ScanChat{.jid = "Unknown", .name = "Unknown", .messageCount = 2}));
+  EXPECT_THAT(result.chats, ElementsAre(ScanChat{.jid = "Unknown", .name = "Unknown", .messageCount = 3}));
 }
 
 TEST(ScanSummary, ABackupWithoutWhatsAppIsEmpty) {

@@ -13,9 +13,7 @@ const std::vector<LidPair> pair = {{.lid = lid, .phoneNumber = phone}};
 // Who sent the first message of the first chat.
 std::string senderIn(const WhatsAppContents& app, const TranscriptStyle& style = TranscriptStyle::english()) {
   const ChatStorageSnapshot snapshot = readApp(app);
-  const auto chat = snapshot.chats.find(1);
-  return snapshot.senderName(snapshot.messagesByChat.at(1).at(0),
-                             chat == snapshot.chats.end() ? nullptr : &chat->second, style);
+  return snapshot.senderName(messagesOf(snapshot, 1).at(0), style);
 }
 
 std::string senderInGroup(Message message, WhatsAppContents app = {}) {
@@ -116,9 +114,7 @@ TEST(SenderName, BothRecordsOfOnePersonNameTheSenderAlike) {
                .messages = {{.chat = 1}, {.chat = 2}},
                .contacts = {{.whatsAppID = phone, .lid = lid}}});
   for (const std::int64_t pk : {1, 2}) {
-    EXPECT_EQ(
-        snapshot.senderName(snapshot.messagesByChat.at(pk).at(0), &snapshot.chats.at(pk), TranscriptStyle::english()),
-        "Ana");
+    EXPECT_EQ(snapshot.senderName(messagesOf(snapshot, pk).at(0), TranscriptStyle::english()), "Ana");
   }
 }
 

@@ -8,6 +8,7 @@
 #include <functional>
 
 #include "Tests/ChatData/AppOfOneChat.h"
+#include "Tests/ChatData/ReadDatabases.h"
 #include "Tests/Support/BackupBuilder.h"
 #include "Tests/Support/Failures.h"
 #include "Tests/Support/PrivateTemporaryFolder.h"
@@ -39,22 +40,22 @@ class SnapshotLoaderTest : public testing::TestWithParam<bool> {
     if (GetParam()) contents_.encryption = Encryption{};
   }
 
-  ChatStorageSnapshot load(const CancellationCheck& isCancelled = {}) {
+  SnapshotLoader::Loaded load(const CancellationCheck& isCancelled = {}) {
     fs::remove_all(device_);
     const WrittenBackup backup = writeBackup(contents_, device_);
     if (prepare_) prepare_(backup);
     const auto before = treeSnapshot(device_);
-    std::optional<ChatStorageSnapshot> snapshot;
+    std::optional<SnapshotLoader::Loaded> loaded;
     try {
       const OpenedBackup opened = OpenedBackup::open(device_, "correct horse");
       const auto manifest = ManifestStore::load(device_, opened.manifestDatabaseURL(), opened.usesTemporaryManifest());
-      snapshot = SnapshotLoader::load(opened, manifest, isCancelled);
+      loaded = SnapshotLoader::load(opened, manifest, isCancelled);
     } catch (...) {
       EXPECT_EQ(treeSnapshot(device_), before) << "the backup was touched";
       throw;
     }
     EXPECT_EQ(treeSnapshot(device_), before) << "the backup was touched";
-    return *std::move(snapshot);
+    return *std::move(loaded);
   }
 
   void expectUnreadable(const std::string& detail) {
@@ -80,33 +81,33 @@ class SnapshotLoaderTest : public testing::TestWithParam<bool> {
 INSTANTIATE_TEST_SUITE_P(PlainAndEncrypted, SnapshotLoaderTest, testing::Bool());
 
 TEST_P(SnapshotLoaderTest, ReadsChatsAndContactsWithTheRowsOfTheirLogs) {
-  const ChatStorageSnapshot snapshot = load();
-  EXPECT_EQ(snapshot.messagesByChat.at(1).at(2).text, "Ana pending");
+  const auto [snapshot, warnings] = load();
+  EXPECT_EQ(messagesOf(snapshot, 1).at(2).text, "Ana pending");
   EXPECT_EQ(snapshot.chatTitle(phone), "Ana");
 }
 
 TEST_P(SnapshotLoaderTest, IsEmptyWhereTheBackupHasNeither) {
   contents_.whatsApp = {.withChatStorage = false, .withContacts = false};
-  EXPECT_THAT(load().chats, IsEmpty());
+  EXPECT_THAT(load().snapshot.records(), IsEmpty());
 }
 
 TEST_P(SnapshotLoaderTest, ReadsEitherDatabaseWithoutTheOther) {
   contents_.whatsApp.withContacts = false;
-  EXPECT_EQ(load().chatTitle(phone), "+55 11 90000-1111");
+  EXPECT_EQ(load().snapshot.chatTitle(phone), "+55 11 90000-1111");
   contents_.whatsApp.withContacts = true;
   contents_.whatsApp.withChatStorage = false;
-  EXPECT_EQ(load().chatTitle(phone), "Ana");
+  EXPECT_EQ(load().snapshot.chatTitle(phone), "Ana");
 }
 
 TEST_P(SnapshotLoaderTest, NeverMixesTheDatabasesOfTheTwoApps) {
   contents_.businessApp = app(std::string(businessDomain), "Padaria");
   for (const bool businessFirst : {false, true}) {
     if (businessFirst) std::swap(contents_.whatsApp, *contents_.businessApp);
-    const std::string name = load().chatTitle(phone);
-    const ChatStorageSnapshot snapshot = load();
-    ASSERT_THAT(snapshot.messagesByChat.at(1), SizeIs(3));
-    EXPECT_EQ(snapshot.messagesByChat.at(1).at(2).text, name + " pending");
-    EXPECT_EQ(snapshot.messagesByChat.at(1).at(0).text, name + " first");
+    const std::string name = load().snapshot.chatTitle(phone);
+    const auto [snapshot, warnings] = load();
+    ASSERT_THAT(messagesOf(snapshot, 1), SizeIs(3));
+    EXPECT_EQ(messagesOf(snapshot, 1).at(2).text, name + " pending");
+    EXPECT_EQ(messagesOf(snapshot, 1).at(0).text, name + " first");
   }
 }
 
@@ -117,18 +118,18 @@ TEST_P(SnapshotLoaderTest, AMissingChatDatabaseIsNamed) {
 
 TEST_P(SnapshotLoaderTest, MissingContactsCostNamesOnly) {
   contents_.whatsApp.databaseStorage = {{"ContactsV2.sqlite", {.missing = true}}};
-  const ChatStorageSnapshot snapshot = load();
-  EXPECT_THAT(snapshot.messagesByChat.at(1), SizeIs(3));
+  const auto [snapshot, warnings] = load();
+  EXPECT_THAT(messagesOf(snapshot, 1), SizeIs(3));
   EXPECT_EQ(snapshot.chatTitle(phone), "+55 11 90000-1111");
-  EXPECT_THAT(snapshot.warnings, ElementsAre(StartsWith("Some names may be missing")));
+  EXPECT_THAT(warnings, ElementsAre(StartsWith("Some names may be missing")));
 }
 
 TEST_P(SnapshotLoaderTest, OfTwoAppsTheOneThatIsNotReadIsNamed) {
   contents_.businessApp = app(std::string(businessDomain), "Padaria");
   for (const char* read : {"WhatsApp", "WhatsApp Business"}) {
-    const ChatStorageSnapshot snapshot = load();
+    const auto [snapshot, warnings] = load();
     EXPECT_EQ(snapshot.chatTitle(phone) == "Padaria", read == std::string("WhatsApp Business"));
-    EXPECT_THAT(snapshot.warnings, ElementsAre(StartsWith(std::string("Only the messages of ") + read + " are")));
+    EXPECT_THAT(warnings, ElementsAre(StartsWith(std::string("Only the messages of ") + read + " are")));
     std::swap(contents_.whatsApp, *contents_.businessApp);
   }
 }
@@ -169,9 +170,9 @@ TEST_P(SnapshotLoaderTest, AJournalWhoseKeyIsLostIsAWarning) {
   if (!contents_.encryption) GTEST_SKIP() << "A plain backup has no keys.";
   for (const auto& record : lostRecords()) {
     contents_.whatsApp.databaseStorage = {{"ChatStorage.sqlite-wal", record}, {"ChatStorage.sqlite-shm", record}};
-    const ChatStorageSnapshot snapshot = load();
-    EXPECT_THAT(snapshot.messagesByChat.at(1), SizeIs(2)) << "what the journal held is gone";
-    EXPECT_THAT(snapshot.warnings, Contains(StartsWith("The newest messages may be missing: the journal")));
+    const auto [snapshot, warnings] = load();
+    EXPECT_THAT(messagesOf(snapshot, 1), SizeIs(2)) << "what the journal held is gone";
+    EXPECT_THAT(warnings, Contains(StartsWith("The newest messages may be missing: the journal")));
   }
 }
 
@@ -180,18 +181,18 @@ TEST_P(SnapshotLoaderTest, AWholeBackupHasNoWarnings) { EXPECT_THAT(load().warni
 TEST_P(SnapshotLoaderTest, AMissingJournalIsAWarning) {
   contents_.whatsApp.databaseStorage = {{"ChatStorage.sqlite-wal", {.missing = true}},
                                         {"ContactsV2.sqlite-wal", {.missing = true}}};
-  const ChatStorageSnapshot snapshot = load();
-  EXPECT_THAT(snapshot.messagesByChat.at(1), SizeIs(2)) << "what the journal held is gone";
-  EXPECT_THAT(snapshot.warnings, IsSupersetOf({StartsWith("The newest messages may be missing: the journal"),
-                                               StartsWith("The newest names may be missing: the journal")}));
+  const auto [snapshot, warnings] = load();
+  EXPECT_THAT(messagesOf(snapshot, 1), SizeIs(2)) << "what the journal held is gone";
+  EXPECT_THAT(warnings, IsSupersetOf({StartsWith("The newest messages may be missing: the journal"),
+                                      StartsWith("The newest names may be missing: the journal")}));
 }
 
 TEST_P(SnapshotLoaderTest, AMissingIndexOfAJournalIsNone) {
   contents_.whatsApp.databaseStorage = {{"ChatStorage.sqlite-shm", {.missing = true}},
                                         {"ContactsV2.sqlite-shm", {.missing = true}}};
-  const ChatStorageSnapshot snapshot = load();
-  EXPECT_THAT(snapshot.messagesByChat.at(1), SizeIs(3));
-  EXPECT_THAT(snapshot.warnings, IsEmpty());
+  const auto [snapshot, warnings] = load();
+  EXPECT_THAT(messagesOf(snapshot, 1), SizeIs(3));
+  EXPECT_THAT(warnings, IsEmpty());
 }
 
 TEST_P(SnapshotLoaderTest, AJournalThatIsAFIFOIsAFailure) {
@@ -210,23 +211,23 @@ TEST_P(SnapshotLoaderTest, OneFlippedBitInTheLastFrameOfAJournalIsAWarning) {
       flipBit(journal, fs::file_size(journal) - 100);
     }
   };
-  const ChatStorageSnapshot snapshot = load();
-  EXPECT_THAT(snapshot.messagesByChat.at(1), SizeIs(2)) << "what the last frame held is gone";
-  EXPECT_THAT(snapshot.warnings, IsSupersetOf({AllOf(StartsWith("The newest messages"), HasSubstr("damaged")),
-                                               AllOf(StartsWith("The newest names"), HasSubstr("damaged"))}));
+  const auto [snapshot, warnings] = load();
+  EXPECT_THAT(messagesOf(snapshot, 1), SizeIs(2)) << "what the last frame held is gone";
+  EXPECT_THAT(warnings, IsSupersetOf({AllOf(StartsWith("The newest messages"), HasSubstr("damaged")),
+                                      AllOf(StartsWith("The newest names"), HasSubstr("damaged"))}));
 }
 
 TEST_P(SnapshotLoaderTest, OneFlippedBitInAJournalIsAWarning) {
   for (int i = 0; i < 1000; ++i) contents_.whatsApp.messages.push_back({.chat = 1, .text = std::string(100, 'a')});
-  ASSERT_THAT(load().messagesByChat.at(1), SizeIs(1003));
+  ASSERT_THAT(messagesOf(load().snapshot, 1), SizeIs(1003));
   prepare_ = [](const WrittenBackup& backup) {
     flipBit(backup.storedFile("ChatStorage.sqlite-wal"), 2000);
     flipBit(backup.storedFile("ContactsV2.sqlite-wal"), 2000);
   };
-  const ChatStorageSnapshot snapshot = load();
-  EXPECT_THAT(snapshot.messagesByChat.at(1), SizeIs(testing::Lt(1003U)));
-  EXPECT_THAT(snapshot.warnings, IsSupersetOf({AllOf(StartsWith("The newest messages"), HasSubstr("damaged")),
-                                               AllOf(StartsWith("The newest names"), HasSubstr("damaged"))}));
+  const auto [snapshot, warnings] = load();
+  EXPECT_THAT(messagesOf(snapshot, 1), SizeIs(testing::Lt(1003U)));
+  EXPECT_THAT(warnings, IsSupersetOf({AllOf(StartsWith("The newest messages"), HasSubstr("damaged")),
+                                      AllOf(StartsWith("The newest names"), HasSubstr("damaged"))}));
 }
 
 TEST_P(SnapshotLoaderTest, AJournalShorterThanRecordedIsAWarning) {
@@ -254,9 +255,9 @@ TEST_P(SnapshotLoaderTest, AChatDatabaseWithoutMessagesIsUnreadable) {
 TEST_P(SnapshotLoaderTest, WhatStandsInForAnotherTableIsAWarning) {
   contents_.whatsApp.chatStorageSQL =
       "DROP TABLE ZWACHATSESSION; CREATE VIEW ZWACHATSESSION AS SELECT 1 AS Z_PK, 'x' AS ZCONTACTJID";
-  const ChatStorageSnapshot snapshot = load();
-  EXPECT_THAT(snapshot.messagesByChat.at(1), SizeIs(3));
-  EXPECT_THAT(snapshot.warnings, Contains(StartsWith("Some messages may be missing")));
+  const auto [snapshot, warnings] = load();
+  EXPECT_THAT(messagesOf(snapshot, 1), SizeIs(3));
+  EXPECT_THAT(warnings, Contains(StartsWith("Some messages may be missing")));
 }
 
 TEST_P(SnapshotLoaderTest, MessagesOfChatsThatAreNotListedAreAWarning) {
@@ -265,9 +266,9 @@ TEST_P(SnapshotLoaderTest, MessagesOfChatsThatAreNotListedAreAWarning) {
                           "ALTER TABLE ZWACHATSESSION RENAME COLUMN ZCONTACTJID TO ZOLD",
                           "UPDATE ZWACHATSESSION SET ZCONTACTJID = ' '", "UPDATE ZWAMESSAGE SET ZCHATSESSION = 99"}) {
     contents_.whatsApp.chatStorageSQL = sql;
-    const ChatStorageSnapshot snapshot = load();
-    EXPECT_THAT(snapshot.messagesByChat.begin()->second, SizeIs(3)) << sql;
-    EXPECT_THAT(snapshot.warnings, Contains(StartsWith("3 messages belong to chats that are missing"))) << sql;
+    const auto [snapshot, warnings] = load();
+    EXPECT_THAT(snapshot.messages(), SizeIs(3)) << sql;
+    EXPECT_THAT(warnings, Contains(StartsWith("3 messages belong to chats that are missing"))) << sql;
   }
 }
 
@@ -297,9 +298,9 @@ TEST_P(SnapshotLoaderTest, MessagesThatSayNoChatAreAWarning) {
         "UPDATE ZWAMESSAGE SET ZCHATSESSION = NULL, ZTEXT = NULL WHERE Z_PK = 2;"
         "INSERT INTO ZWAMEDIAITEM (Z_PK, ZMESSAGE, ZMEDIALOCALPATH) VALUES (1, 2, 'Media/a@g.us/1.jpg')"}) {
     contents_.whatsApp.chatStorageSQL = sql;
-    const ChatStorageSnapshot snapshot = load();
-    EXPECT_THAT(snapshot.messagesByChat.at(1), SizeIs(2)) << sql;
-    EXPECT_THAT(snapshot.warnings, ElementsAre(StartsWith("1 message is missing: "))) << sql;
+    const auto [snapshot, warnings] = load();
+    EXPECT_THAT(messagesOf(snapshot, 1), SizeIs(2)) << sql;
+    EXPECT_THAT(warnings, ElementsAre(StartsWith("1 message is missing: "))) << sql;
   }
 }
 
@@ -307,9 +308,9 @@ TEST_P(SnapshotLoaderTest, RowsThatShowNothingAreNotMissed) {
   contents_.whatsApp.chatStorageSQL =
       "UPDATE ZWAMESSAGE SET ZCHATSESSION = NULL, ZTEXT = NULL WHERE Z_PK = 1;"
       "UPDATE ZWAMESSAGE SET ZCHATSESSION = 99, ZTEXT = '' WHERE Z_PK = 2";
-  const ChatStorageSnapshot snapshot = load();
-  EXPECT_THAT(snapshot.messagesByChat.at(1), SizeIs(1));
-  EXPECT_THAT(snapshot.warnings, IsEmpty());
+  const auto [snapshot, warnings] = load();
+  EXPECT_THAT(messagesOf(snapshot, 1), SizeIs(1));
+  EXPECT_THAT(warnings, IsEmpty());
 }
 
 TEST_P(SnapshotLoaderTest, MessagesOfWhichNoneSaysItsChatAreUnreadable) {

@@ -19,12 +19,14 @@ using ExportPlanner::Request;
 using ExportTest::ana;
 using ExportTest::anaLID;
 using ExportTest::bea;
+using ExportTest::canonical;
+using ExportTest::foldersOf;
 
 Request request(const std::string& name, std::int64_t size, const std::string& jid = ana) {
   return {.source = "/backup/" + name,
           .relativePath = "Message/Media/" + jid + "/a/b/" + name,
           .desiredName = name,
-          .chatJID = jid,
+          .chatJID = canonical(jid),
           .kind = MediaKind::photos,
           .sourceSize = size,
           .date = dateFromUnixTime(5),
@@ -40,7 +42,7 @@ DestinationIndex indexWith(const std::string& folder, const std::vector<std::pai
 TEST(ExportPlanner, PlansACopyForEachRequestInTheirOrder) {
   DestinationIndex index{.destination = "/out/messages"};
   const std::vector<Request> requests{request("b.jpg", 1), request("a.jpg", 2, bea)};
-  const auto plan = ExportPlanner::plan(requests, {{ana, "Ana"}, {bea, "Bea"}}, {}, index);
+  const auto plan = ExportPlanner::plan(requests, foldersOf({{ana, "Ana"}, {bea, "Bea"}}), {}, index);
   ASSERT_EQ(plan.size(), 2U);
   EXPECT_EQ(plan[0], (PlannedCopy{.source = "/backup/b.jpg",
                                   .dest = "/out/messages/Ana/b.jpg",
@@ -48,7 +50,7 @@ TEST(ExportPlanner, PlansACopyForEachRequestInTheirOrder) {
                                   .relativePath = "Message/Media/" + ana + "/a/b/b.jpg",
                                   .desiredName = "b.jpg",
                                   .exportedName = "b.jpg",
-                                  .chatJID = ana,
+                                  .chatJID = canonical(ana),
                                   .kind = MediaKind::photos,
                                   .sourceSize = 1,
                                   .encryptionKey = Bytes{1, 2}}));
@@ -57,14 +59,14 @@ TEST(ExportPlanner, PlansACopyForEachRequestInTheirOrder) {
 
 TEST(ExportPlanner, AFileOfThatNameAndSizeIsThereAlready) {
   DestinationIndex index = indexWith("Ana", {{"2023-01-01_101010_a.jpg", 10}});
-  const auto plan = ExportPlanner::plan({request("2023-01-01_101010_a.jpg", 10)}, {{ana, "Ana"}}, {}, index);
+  const auto plan = ExportPlanner::plan({request("2023-01-01_101010_a.jpg", 10)}, foldersOf({{ana, "Ana"}}), {}, index);
   EXPECT_TRUE(plan[0].alreadyPresent);
   EXPECT_EQ(plan[0].exportedName, "2023-01-01_101010_a.jpg");
 }
 
 TEST(ExportPlanner, AFileOfThatNameAndAnotherSizeIsKeptBesideTheNewCopy) {
   DestinationIndex index = indexWith("Ana", {{"2023-01-01_101010_a.jpg", 11}});
-  const auto plan = ExportPlanner::plan({request("2023-01-01_101010_a.jpg", 10)}, {{ana, "Ana"}}, {}, index);
+  const auto plan = ExportPlanner::plan({request("2023-01-01_101010_a.jpg", 10)}, foldersOf({{ana, "Ana"}}), {}, index);
   EXPECT_FALSE(plan[0].alreadyPresent);
   EXPECT_EQ(plan[0].dest, "/out/messages/Ana/2023-01-01_101010_a-2.jpg");
 }
@@ -72,7 +74,7 @@ TEST(ExportPlanner, AFileOfThatNameAndAnotherSizeIsKeptBesideTheNewCopy) {
 TEST(ExportPlanner, OfTwoEqualRequestsOnlyOneCanBeThereAlready) {
   DestinationIndex index = indexWith("Ana", {{"a.jpg", 10}});
   const std::vector<Request> requests{request("a.jpg", 10), request("a.jpg", 10), request("A.jpg", 10)};
-  const auto plan = ExportPlanner::plan(requests, {{ana, "Ana"}}, {}, index);
+  const auto plan = ExportPlanner::plan(requests, foldersOf({{ana, "Ana"}}), {}, index);
   EXPECT_TRUE(plan[0].alreadyPresent);
   EXPECT_FALSE(plan[1].alreadyPresent);
   EXPECT_EQ(plan[1].exportedName, "a-2.jpg");
@@ -83,21 +85,22 @@ TEST(ExportPlanner, OfTwoEqualRequestsOnlyOneCanBeThereAlready) {
 TEST(ExportPlanner, NamesAreUniqueWithinAFolderOnly) {
   DestinationIndex index{.destination = "/out/messages"};
   const std::vector<Request> requests{request("a.jpg", 1), request("a.jpg", 1, bea)};
-  const auto plan = ExportPlanner::plan(requests, {{ana, "Ana"}, {bea, "Bea"}}, {}, index);
+  const auto plan = ExportPlanner::plan(requests, foldersOf({{ana, "Ana"}, {bea, "Bea"}}), {}, index);
   EXPECT_EQ(plan[1].dest, "/out/messages/Bea/a.jpg");
 }
 
 TEST(ExportPlanner, AnUnknownSizeIsNeverThereAlready) {
   DestinationIndex index = indexWith("Ana", {{"a.jpg", 0}});
-  EXPECT_FALSE(ExportPlanner::plan({request("a.jpg", -1)}, {{ana, "Ana"}}, {}, index).front().alreadyPresent);
+  EXPECT_FALSE(
+      ExportPlanner::plan({request("a.jpg", -1)}, foldersOf({{ana, "Ana"}}), {}, index).front().alreadyPresent);
 }
 
 TEST(ExportPlanner, TakesAFileOutOfTheChatsFormerFolder) {
   DestinationIndex index = indexWith("Old", {{"a-2.jpg", 10}});
   index.addFile("Ana", "a.jpg", 99);
-  const LeftoverFolders leftovers{{ana, {"Gone", "Old"}}};
+  const LeftoverFolders leftovers{{canonical(ana), {"Gone", "Old"}}};
   const std::vector<Request> requests{request("a.jpg", 10), request("a.jpg", 10)};
-  const auto plan = ExportPlanner::plan(requests, {{ana, "Ana"}}, leftovers, index);
+  const auto plan = ExportPlanner::plan(requests, foldersOf({{ana, "Ana"}}), leftovers, index);
   EXPECT_EQ(plan[0].source, "/out/messages/Old/a-2.jpg");
   EXPECT_EQ(plan[0].leftoverFolder, "Old");
   EXPECT_EQ(plan[0].dest, "/out/messages/Ana/a-2.jpg");
@@ -109,7 +112,8 @@ TEST(ExportPlanner, TakesAFileOutOfTheChatsFormerFolder) {
 
 TEST(ExportPlanner, LeavesTheFormerFoldersOfOtherChatsAlone) {
   DestinationIndex index = indexWith("Old", {{"a.jpg", 10}});
-  const auto plan = ExportPlanner::plan({request("a.jpg", 10)}, {{ana, "Ana"}}, {{bea, {"Old"}}}, index);
+  const auto plan =
+      ExportPlanner::plan({request("a.jpg", 10)}, foldersOf({{ana, "Ana"}}), {{canonical(bea), {"Old"}}}, index);
   EXPECT_FALSE(plan[0].leftoverFolder);
 }
 
@@ -119,10 +123,10 @@ TEST(ExportPlanner, TwentyThousandOfOneNameArePlannedSoonAndAreThereTheNextTime)
     for (int count = 0; count < 20'000; ++count) requests.push_back(request("a.jpg", count % sizes));
     DestinationIndex index{.destination = "/out/messages"};
     const auto begin = std::chrono::steady_clock::now();
-    const auto plan = ExportPlanner::plan(requests, {{ana, "Ana"}}, {}, index);
+    const auto plan = ExportPlanner::plan(requests, foldersOf({{ana, "Ana"}}), {}, index);
     EXPECT_EQ(plan.back().exportedName, "a-20000.jpg");
     for (const PlannedCopy& copy : plan) index.addFile("Ana", copy.exportedName, copy.sourceSize);
-    const auto later = ExportPlanner::plan(requests, {{ana, "Ana"}}, {}, index);
+    const auto later = ExportPlanner::plan(requests, foldersOf({{ana, "Ana"}}), {}, index);
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
     for (std::size_t place = 0; place < plan.size(); ++place) {
       ASSERT_TRUE(later[place].alreadyPresent) << place;
@@ -134,7 +138,7 @@ TEST(ExportPlanner, TwentyThousandOfOneNameArePlannedSoonAndAreThereTheNextTime)
 TEST(ExportPlanner, NamesFilesInTheFormOfTheDestination) {
   DestinationIndex index{.destination = "/out/messages", .nameForm = NameForm::portable};
   const std::vector<Request> requests{request("what?.jpg", 1), request("what*.jpg", 2)};
-  const auto plan = ExportPlanner::plan(requests, {{ana, "Ana"}}, {}, index);
+  const auto plan = ExportPlanner::plan(requests, foldersOf({{ana, "Ana"}}), {}, index);
   EXPECT_EQ(plan[0].exportedName, "what-.jpg");
   EXPECT_EQ(plan[1].exportedName, "what--2.jpg");
 }
@@ -143,7 +147,7 @@ TEST(ExportPlanner, KnowsAFileInTheOtherFormOfItsName) {
   for (const NameForm form : {NameForm::plain, NameForm::portable}) {
     DestinationIndex index = indexWith("Ana", {{form == NameForm::plain ? "what-.jpg" : "what?.jpg", 10}});
     index.nameForm = form;
-    const auto plan = ExportPlanner::plan({request("what?.jpg", 10)}, {{ana, "Ana"}}, {}, index);
+    const auto plan = ExportPlanner::plan({request("what?.jpg", 10)}, foldersOf({{ana, "Ana"}}), {}, index);
     EXPECT_TRUE(plan[0].alreadyPresent);
   }
 }
@@ -151,7 +155,7 @@ TEST(ExportPlanner, KnowsAFileInTheOtherFormOfItsName) {
 TEST(ExportPlanner, AFileInTheOtherFormIsNotTakenFromTheOneThatIsCalledSo) {
   DestinationIndex index = indexWith("Ana", {{"what-.jpg", 10}});
   const std::vector<Request> requests{request("what?.jpg", 10), request("what-.jpg", 10)};
-  const auto plan = ExportPlanner::plan(requests, {{ana, "Ana"}}, {}, index);
+  const auto plan = ExportPlanner::plan(requests, foldersOf({{ana, "Ana"}}), {}, index);
   EXPECT_FALSE(plan[0].alreadyPresent);
   EXPECT_EQ(plan[0].exportedName, "what?.jpg");
   EXPECT_TRUE(plan[1].alreadyPresent);
@@ -159,7 +163,8 @@ TEST(ExportPlanner, AFileInTheOtherFormIsNotTakenFromTheOneThatIsCalledSo) {
 
 TEST(ExportPlanner, MovesAFileInTheOtherFormOutOfTheFormerFolder) {
   DestinationIndex index = indexWith("Old", {{"what-.jpg", 10}});
-  const auto plan = ExportPlanner::plan({request("what?.jpg", 10)}, {{ana, "Ana"}}, {{ana, {"Old"}}}, index);
+  const auto plan =
+      ExportPlanner::plan({request("what?.jpg", 10)}, foldersOf({{ana, "Ana"}}), {{canonical(ana), {"Old"}}}, index);
   EXPECT_EQ(plan[0].leftoverFolder, "Old");
   EXPECT_EQ(plan[0].exportedName, "what?.jpg");
 }
@@ -169,7 +174,7 @@ TEST(ExportPlanner, CanBeCancelled) {
   DestinationIndex index;
   EXPECT_THAT(
       [&] {
-        ExportPlanner::plan(requests, {{ana, "Ana"}}, {}, index, [] { return true; });
+        ExportPlanner::plan(requests, foldersOf({{ana, "Ana"}}), {}, index, [] { return true; });
       },
       Fixture::failsWith(TidewellError::cancelled()));
 }
@@ -181,21 +186,25 @@ TEST(ExportPlanner, FindsTheFormerFoldersOfAllOfAChatsJIDs) {
     index.addFile(folder, "a.jpg", 1);
   }
   index.addFile(ana, "a.jpg", 1);
-  const ExportPlanner::PathJIDs paths{{ana, {ana, "5511900009999@s.whatsapp.net"}}};
+  const ExportPlanner::PathJIDs paths{{canonical(ana), {ana, "5511900009999@s.whatsapp.net"}}};
   const FolderAssignment persisted{{ana, "ANA"}, {anaLID, "by lid"}, {bea, "Somebody"}};
-  const auto leftovers = ExportPlanner::leftoverFoldersByOwner(
-      {.folderNames = {{ana, "Ana"}}, .pathJIDs = paths, .persisted = persisted, .snapshot = snapshot, .index = index});
-  EXPECT_EQ(leftovers, (LeftoverFolders{{ana, {ana, "By LID", "5511900009999@s.whatsapp.net"}}}));
+  const auto leftovers = ExportPlanner::leftoverFoldersByOwner({.folderNames = foldersOf({{ana, "Ana"}}),
+                                                                .pathJIDs = paths,
+                                                                .persisted = persisted,
+                                                                .snapshot = snapshot,
+                                                                .index = index});
+  EXPECT_EQ(leftovers, (LeftoverFolders{{canonical(ana), {ana, "By LID", "5511900009999@s.whatsapp.net"}}}));
 }
 
 TEST(ExportPlanner, AFolderInUseIsNobodysFormerFolder) {
   const auto snapshot = ExportTest::snapshotOf({{ana, "Ana"}, {bea, "Bea"}});
   DestinationIndex index = indexWith("Ana", {{"a.jpg", 1}});
-  const auto leftovers = ExportPlanner::leftoverFoldersByOwner({.folderNames = {{ana, "Ana-2"}, {bea, "Ana"}},
-                                                                .pathJIDs = {},
-                                                                .persisted = {{ana, "Ana"}},
-                                                                .snapshot = snapshot,
-                                                                .index = index});
+  const auto leftovers =
+      ExportPlanner::leftoverFoldersByOwner({.folderNames = foldersOf({{ana, "Ana-2"}, {bea, "Ana"}}),
+                                             .pathJIDs = {},
+                                             .persisted = {{ana, "Ana"}},
+                                             .snapshot = snapshot,
+                                             .index = index});
   EXPECT_EQ(leftovers, LeftoverFolders{});
 }
 

@@ -75,19 +75,26 @@ std::int64_t modified(const fs::path& file) {
   return status.st_mtim.tv_sec;
 }
 
-ChatStorageSnapshot snapshotOf(const std::vector<std::pair<std::string, std::string>>& chats,
-                               const std::vector<std::pair<std::string, std::string>>& lids) {
-  ChatStorageSnapshot snapshot;
+ChatTables tablesOf(const JIDPairs& chats, const JIDPairs& lids) {
+  ChatTables tables;
   for (const auto& [jid, name] : chats) {
-    const auto pk = static_cast<std::int64_t>(snapshot.chats.size() + 1);
-    const ChatRecord chat{.pk = pk, .jid = jid, .name = name};
-    snapshot.chats.emplace(pk, chat);
-    snapshot.chatsByJID.emplace(jid, chat);
+    const auto pk = static_cast<std::int64_t>(tables.chats.size() + 1);
+    tables.chats.emplace(pk, ChatRecord{.pk = pk, .jid = jid, .name = name});
   }
-  ContactDirectory directory;
-  for (const auto& [lid, phone] : lids) directory.link(lid, phone);
-  snapshot.setDirectory(std::move(directory));
-  return snapshot;
+  for (const auto& [lid, phone] : lids) tables.directory.link(lid, phone);
+  return tables;
+}
+
+ChatStorageSnapshot snapshotOf(const JIDPairs& chats, const JIDPairs& lids) {
+  return ChatStorageSnapshot(tablesOf(chats, lids));
+}
+
+CanonicalJID canonical(const std::string& jid) { return ChatStorageSnapshot().canonicalChatJID(jid); }
+
+ChatFolders foldersOf(const JIDPairs& folders) {
+  ChatFolders all;
+  for (const auto& [jid, folder] : folders) all.emplace(canonical(jid), folder);
+  return all;
 }
 
 ExportOptions mediaAlone() {

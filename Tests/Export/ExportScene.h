@@ -14,6 +14,7 @@
 #include "Tests/Support/TemporaryDirectory.h"
 #include "TidewellCore/ChatData/ChatStorageSnapshot.h"
 #include "TidewellCore/Export/Exporter.h"
+#include "TidewellCore/Export/FolderAllocator.h"
 
 // A phone's backup and a place to export it to.
 namespace ExportTest {
@@ -48,9 +49,15 @@ std::string textOf(const std::filesystem::path& file);
 // Seconds since 1970; whole seconds are cut off.
 std::int64_t modified(const std::filesystem::path& file);
 
-// A snapshot of these chats, JID and name, numbered from 1; each pair is a LID and its phone JID.
-ChatStorageSnapshot snapshotOf(const std::vector<std::pair<std::string, std::string>>& chats,
-                               const std::vector<std::pair<std::string, std::string>>& lids = {});
+using JIDPairs = std::vector<std::pair<std::string, std::string>>;
+
+// The tables of these chats, JID and name, numbered from 1; each pair of the others is a LID and its phone JID.
+ChatTables tablesOf(const JIDPairs& chats, const JIDPairs& lids = {});
+ChatStorageSnapshot snapshotOf(const JIDPairs& chats, const JIDPairs& lids = {});
+// A JID that is canonical as it is.
+CanonicalJID canonical(const std::string& jid);
+// Chats, by such JIDs, and their folders.
+ChatFolders foldersOf(const JIDPairs& folders);
 
 // Every kind of media and no transcripts: what most tests are about.
 ExportOptions mediaAlone();

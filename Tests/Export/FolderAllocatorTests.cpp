@@ -18,116 +18,129 @@ namespace {
 using ExportTest::ana;
 using ExportTest::anaLID;
 using ExportTest::bea;
+using ExportTest::foldersOf;
 using ExportTest::snapshotOf;
 using Names = std::vector<std::string>;
 
+std::vector<CanonicalJID> canonical(const Names& jids) {
+  std::vector<CanonicalJID> all;
+  for (const std::string& jid : jids) all.push_back(ExportTest::canonical(jid));
+  return all;
+}
+
+FolderAllocator::PlannedNames plannedNames(const std::map<std::string, Names>& names) {
+  FolderAllocator::PlannedNames all;
+  for (const auto& [jid, files] : names) all.emplace(ExportTest::canonical(jid), files);
+  return all;
+}
+
 // Chats that are all called by the user part of their JID, "1@x" by "1".
-FolderAllocator::Choice choiceFor(Names jids) {
-  return {.jids = std::move(jids),
-          .desiredName = [](const std::string& jid) { return jid.substr(0, jid.find('@')); },
-          .historicalNames = [](const std::string&) { return Names{}; },
-          .canAdopt = [](const std::string&, const std::string&) { return true; }};
+FolderAllocator::Choice choiceFor(const Names& jids) {
+  return {.jids = canonical(jids),
+          .desiredName = [](const CanonicalJID& jid) { return jid.text().substr(0, jid.text().find('@')); },
+          .historicalNames = [](const CanonicalJID&) { return Names{}; },
+          .canAdopt = [](const std::string&, const CanonicalJID&) { return true; }};
 }
 
 TEST(FolderAllocator, GivesEveryChatAFolderNamedAfterIt) {
-  EXPECT_EQ(FolderAllocator::assign(choiceFor({"2@x", "1@x"})), (FolderAssignment{{"1@x", "1"}, {"2@x", "2"}}));
+  EXPECT_EQ(FolderAllocator::assign(choiceFor({"2@x", "1@x"})), (foldersOf({{"1@x", "1"}, {"2@x", "2"}})));
 }
 
 TEST(FolderAllocator, LeavesOutAChatWithoutJID) {
-  EXPECT_EQ(FolderAllocator::assign(choiceFor({"", "1@x"})), (FolderAssignment{{"1@x", "1"}}));
+  EXPECT_EQ(FolderAllocator::assign(choiceFor({"", "1@x"})), (foldersOf({{"1@x", "1"}})));
 }
 
 TEST(FolderAllocator, TellsChatsOfOneNameApartInTheOrderOfTheirJIDs) {
   auto choice = choiceFor({"9@x", "10@x", "8@x"});
-  choice.desiredName = [](const std::string& jid) { return jid == "9@x" ? "FAMILY" : "Family"; };
+  choice.desiredName = [](const CanonicalJID& jid) { return jid == "9@x" ? "FAMILY" : "Family"; };
   EXPECT_EQ(FolderAllocator::assign(choice),
-            (FolderAssignment{{"10@x", "Family"}, {"8@x", "Family-2"}, {"9@x", "FAMILY-3"}}));
+            (foldersOf({{"10@x", "Family"}, {"8@x", "Family-2"}, {"9@x", "FAMILY-3"}})));
 }
 
 TEST(FolderAllocator, TellsComposedAndDecomposedNamesApart) {
   auto choice = choiceFor({"1@x", "2@x"});
-  choice.desiredName = [](const std::string& jid) { return jid == "1@x" ? "A\u0301" : "\u00C1"; };
-  EXPECT_EQ(FolderAllocator::assign(choice), (FolderAssignment{{"1@x", "A\u0301"}, {"2@x", "\u00C1-2"}}));
+  choice.desiredName = [](const CanonicalJID& jid) { return jid == "1@x" ? "A\u0301" : "\u00C1"; };
+  EXPECT_EQ(FolderAllocator::assign(choice), (foldersOf({{"1@x", "A\u0301"}, {"2@x", "\u00C1-2"}})));
 }
 
 TEST(FolderAllocator, CallsAChatWithoutTitleByItsJID) {
   auto choice = choiceFor({"1@x"});
-  choice.desiredName = [](const std::string&) { return ""; };
-  EXPECT_EQ(FolderAllocator::assign(choice), (FolderAssignment{{"1@x", "1@x"}}));
+  choice.desiredName = [](const CanonicalJID&) { return ""; };
+  EXPECT_EQ(FolderAllocator::assign(choice), (foldersOf({{"1@x", "1@x"}})));
 }
 
 TEST(FolderAllocator, CleansTheNamesOfNewFolders) {
   auto choice = choiceFor({"1@x", "2@x"});
-  choice.desiredName = [](const std::string& jid) { return jid == "1@x" ? "../a:b" : " . "; };
-  EXPECT_EQ(FolderAllocator::assign(choice), (FolderAssignment{{"1@x", "a-b"}, {"2@x", "Untitled"}}));
+  choice.desiredName = [](const CanonicalJID& jid) { return jid == "1@x" ? "../a:b" : " . "; };
+  EXPECT_EQ(FolderAllocator::assign(choice), (foldersOf({{"1@x", "a-b"}, {"2@x", "Untitled"}})));
 }
 
 TEST(FolderAllocator, NeverGivesOutTheNamesOfItsOwnFolders) {
   auto choice = choiceFor({"avatars@x", "Messages@x", "_viewer@x"});
   choice.persisted = {{"avatars@x", "avatars"}};
   EXPECT_EQ(FolderAllocator::assign(choice),
-            (FolderAssignment{{"Messages@x", "Messages-2"}, {"_viewer@x", "_viewer-2"}, {"avatars@x", "avatars-2"}}));
+            (foldersOf({{"Messages@x", "Messages-2"}, {"_viewer@x", "_viewer-2"}, {"avatars@x", "avatars-2"}})));
 }
 
 TEST(FolderAllocator, PrefersTheRememberedFolderToEverythingElse) {
   auto choice = choiceFor({"1@x"});
   choice.persisted = {{"1@x", "remembered"}};
   choice.existing = {{"1", {"a.jpg"}}, {"full", {"a.jpg", "b.jpg"}}};
-  choice.exportFileNames = {{"1@x", {"a.jpg", "b.jpg"}}};
-  EXPECT_EQ(FolderAllocator::assign(choice), (FolderAssignment{{"1@x", "remembered"}}));
+  choice.exportFileNames = plannedNames({{"1@x", {"a.jpg", "b.jpg"}}});
+  EXPECT_EQ(FolderAllocator::assign(choice), (foldersOf({{"1@x", "remembered"}})));
 }
 
 TEST(FolderAllocator, GivesAFolderRememberedTwiceToTheFirstChat) {
   auto choice = choiceFor({"2@x", "1@x"});
   choice.persisted = {{"1@x", "Same"}, {"2@x", "same"}};
-  EXPECT_EQ(FolderAllocator::assign(choice), (FolderAssignment{{"1@x", "Same"}, {"2@x", "2"}}));
+  EXPECT_EQ(FolderAllocator::assign(choice), (foldersOf({{"1@x", "Same"}, {"2@x", "2"}})));
 }
 
 TEST(FolderAllocator, SpellsAFolderAsItIsOnDisk) {
   auto choice = choiceFor({"1@x", "Ana@x"});
   choice.persisted = {{"1@x", "FAMILIA\u0301"}};
   choice.existing = {{"famili\u00E1", {}}, {"ANA", {}}};
-  EXPECT_EQ(FolderAllocator::assign(choice), (FolderAssignment{{"1@x", "famili\u00E1"}, {"Ana@x", "ANA"}}));
+  EXPECT_EQ(FolderAllocator::assign(choice), (foldersOf({{"1@x", "famili\u00E1"}, {"Ana@x", "ANA"}})));
 }
 
 TEST(FolderAllocator, FindsTheFolderThatHoldsMostOfTheChatsFiles) {
   auto choice = choiceFor({"1@x"});
   choice.existing = {{"1", {}}, {"few", {"a.jpg"}}, {"most", {"a.jpg", "b.jpg", "other.jpg"}}};
-  choice.exportFileNames = {{"1@x", {"A.jpg", "b.JPG", "c.jpg"}}};
-  EXPECT_EQ(FolderAllocator::assign(choice), (FolderAssignment{{"1@x", "most"}}));
+  choice.exportFileNames = plannedNames({{"1@x", {"A.jpg", "b.JPG", "c.jpg"}}});
+  EXPECT_EQ(FolderAllocator::assign(choice), (foldersOf({{"1@x", "most"}})));
 }
 
 TEST(FolderAllocator, TakesTheFirstOfFoldersThatHoldEquallyMany) {
   auto choice = choiceFor({"1@x"});
   choice.existing = {{"b", {"a.jpg"}}, {"c", {"a.jpg"}}, {"d", {}}};
-  choice.exportFileNames = {{"1@x", {"a.jpg"}}};
-  EXPECT_EQ(FolderAllocator::assign(choice), (FolderAssignment{{"1@x", "b"}}));
+  choice.exportFileNames = plannedNames({{"1@x", {"a.jpg"}}});
+  EXPECT_EQ(FolderAllocator::assign(choice), (foldersOf({{"1@x", "b"}})));
 }
 
 TEST(FolderAllocator, TakesNoFolderForItsFilesThatTheChatMayNotHave) {
   auto choice = choiceFor({"1@x"});
   choice.existing = {{"others", {"a.jpg", "b.jpg"}}, {"own", {"a.jpg"}}};
-  choice.exportFileNames = {{"1@x", {"a.jpg", "b.jpg"}}};
-  choice.canAdopt = [](const std::string& folder, const std::string&) { return folder != "others"; };
-  EXPECT_EQ(FolderAllocator::assign(choice), (FolderAssignment{{"1@x", "own"}}));
+  choice.exportFileNames = plannedNames({{"1@x", {"a.jpg", "b.jpg"}}});
+  choice.canAdopt = [](const std::string& folder, const CanonicalJID&) { return folder != "others"; };
+  EXPECT_EQ(FolderAllocator::assign(choice), (foldersOf({{"1@x", "own"}})));
 }
 
 TEST(FolderAllocator, AdoptsAFolderWithANameThatTheChatHadBefore) {
   auto choice = choiceFor({"1@x"});
-  choice.historicalNames = [](const std::string&) { return Names{"Old/name", "Older"}; };
+  choice.historicalNames = [](const CanonicalJID&) { return Names{"Old/name", "Older"}; };
   choice.existing = {{"Older", {}}, {"Old-name", {}}};
-  EXPECT_EQ(FolderAllocator::assign(choice), (FolderAssignment{{"1@x", "Old-name"}}));
+  EXPECT_EQ(FolderAllocator::assign(choice), (foldersOf({{"1@x", "Old-name"}})));
   choice.existing = {{"Older-16", {}}};
-  EXPECT_EQ(FolderAllocator::assign(choice), (FolderAssignment{{"1@x", "Older-16"}}));
+  EXPECT_EQ(FolderAllocator::assign(choice), (foldersOf({{"1@x", "Older-16"}})));
   choice.existing = {{"Older-17", {}}};
-  EXPECT_EQ(FolderAllocator::assign(choice), (FolderAssignment{{"1@x", "1"}}));
+  EXPECT_EQ(FolderAllocator::assign(choice), (foldersOf({{"1@x", "1"}})));
 }
 
 TEST(FolderAllocator, MakesANewFolderBesideOneOfTheSameNameThatIsNotTheChats) {
   auto choice = choiceFor({"1@x"});
   choice.existing = {{"1", {}}};
-  choice.canAdopt = [](const std::string&, const std::string&) { return false; };
-  EXPECT_EQ(FolderAllocator::assign(choice), (FolderAssignment{{"1@x", "1-2"}}));
+  choice.canAdopt = [](const std::string&, const CanonicalJID&) { return false; };
+  EXPECT_EQ(FolderAllocator::assign(choice), (foldersOf({{"1@x", "1-2"}})));
 }
 
 TEST(FolderAllocator, AFolderNamedAfterAJIDIsForThatChatAlone) {
@@ -137,35 +150,36 @@ TEST(FolderAllocator, AFolderNamedAfterAJIDIsForThatChatAlone) {
   EXPECT_FALSE(FolderAllocator::isAdoptableFolder(anaLID, ana));
   EXPECT_FALSE(FolderAllocator::isAdoptableFolder("1-2@G.US", ana));
   const auto snapshot = snapshotOf({{ana, "Ana"}, {bea, "Bea"}});
-  const auto folders = FolderAllocator::allocate(
-      {.exportFileNames = {{ana, {"a.jpg"}}, {bea, {"a.jpg"}}}, .existing = {{ana, {"a.jpg"}}}, .persisted = {}},
-      snapshot);
-  EXPECT_EQ(folders, (FolderAssignment{{ana, ana}, {bea, "Bea"}}));
+  const auto folders = FolderAllocator::allocate({.exportFileNames = plannedNames({{ana, {"a.jpg"}}, {bea, {"a.jpg"}}}),
+                                                  .existing = {{ana, {"a.jpg"}}},
+                                                  .persisted = {}},
+                                                 snapshot);
+  EXPECT_EQ(folders, (foldersOf({{ana, ana}, {bea, "Bea"}})));
 }
 
 TEST(FolderAllocator, KeepsTheFolderOfAChatThatThisBackupLacks) {
   const auto snapshot = snapshotOf({{bea, "Ana"}});
-  const FolderAllocator::PlannedNames names{{bea, {"a.jpg"}}};
+  const FolderAllocator::PlannedNames names = plannedNames({{bea, {"a.jpg"}}});
   const FolderAssignment persisted{{ana, "Ana"}};
   const auto folders = FolderAllocator::allocate(
       {.exportFileNames = names, .existing = {{"Ana", {"a.jpg"}}}, .persisted = persisted}, snapshot);
-  EXPECT_EQ(folders, (FolderAssignment{{bea, "Ana-2"}}));
+  EXPECT_EQ(folders, (foldersOf({{bea, "Ana-2"}})));
   EXPECT_EQ(FolderAllocator::withAbsentChats(folders, persisted, snapshot),
             (FolderAssignment{{ana, "Ana"}, {bea, "Ana-2"}}));
 }
 
 TEST(FolderAllocator, ForgetsTheOtherFormOfAJIDThatHasAFolder) {
   const auto snapshot = snapshotOf({{ana, "Ana"}}, {{anaLID, ana}});
-  EXPECT_EQ(FolderAllocator::withAbsentChats({{ana, "Ana"}}, {{anaLID, "Old"}}, snapshot),
+  EXPECT_EQ(FolderAllocator::withAbsentChats(foldersOf({{ana, "Ana"}}), {{anaLID, "Old"}}, snapshot),
             (FolderAssignment{{ana, "Ana"}}));
 }
 
 TEST(FolderAllocator, RemembersAFolderForBothFormsOfAJID) {
   const auto snapshot = snapshotOf({{ana, "Ana"}}, {{anaLID, ana}});
   const FolderAssignment both{{ana, "Ana"}, {anaLID, "Ana"}};
-  EXPECT_EQ(FolderAllocator::expandPersisted({{anaLID, "Ana"}}, {ana}, snapshot), both);
-  EXPECT_EQ(FolderAllocator::expandPersisted({{ana, "Ana"}}, {ana}, snapshot), both);
-  EXPECT_EQ(FolderAllocator::expandPersisted({{ana, "A"}, {anaLID, "L"}}, {ana}, snapshot),
+  EXPECT_EQ(FolderAllocator::expandPersisted({{anaLID, "Ana"}}, canonical({ana}), snapshot), both);
+  EXPECT_EQ(FolderAllocator::expandPersisted({{ana, "Ana"}}, canonical({ana}), snapshot), both);
+  EXPECT_EQ(FolderAllocator::expandPersisted({{ana, "A"}, {anaLID, "L"}}, canonical({ana}), snapshot),
             (FolderAssignment{{ana, "A"}, {anaLID, "L"}}));
 }
 
@@ -186,36 +200,36 @@ Names manyChats() {
 
 TEST(FolderAllocator, TwentyThousandChatsOfOneNameGetFoldersSoon) {
   auto choice = choiceFor(manyChats());
-  choice.desiredName = [](const std::string&) { return "Ana"; };
+  choice.desiredName = [](const CanonicalJID&) { return "Ana"; };
   const auto begin = std::chrono::steady_clock::now();
-  const FolderAssignment folders = FolderAllocator::assign(choice);
-  EXPECT_EQ(folders.at("10000@x"), "Ana");
-  EXPECT_EQ(folders.at("29999@x"), "Ana-20000");
+  const ChatFolders folders = FolderAllocator::assign(choice);
+  EXPECT_EQ(folders.at(ExportTest::canonical("10000@x")), "Ana");
+  EXPECT_EQ(folders.at(ExportTest::canonical("29999@x")), "Ana-20000");
   for (const auto& [jid, folder] : folders) choice.existing[folder];
   // Others' folders, which nobody here may have.
   for (const auto& [folder, contents] : choice.existing) choice.kept.insert(FileNaming::normalizedKey(folder));
-  EXPECT_EQ(FolderAllocator::assign(choice).at("29999@x"), "Ana-40000");
+  EXPECT_EQ(FolderAllocator::assign(choice).at(ExportTest::canonical("29999@x")), "Ana-40000");
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
 }
 
 TEST(FolderAllocator, AFolderThatIsKeptGoesToTheChatThatItIsRememberedForAlone) {
   auto choice = choiceFor({"1@x", "2@x"});
-  choice.desiredName = [](const std::string&) { return "Ana"; };
+  choice.desiredName = [](const CanonicalJID&) { return "Ana"; };
   choice.existing = {{"Ana", {}}};
   choice.kept = {"ana", "ana-2"};
-  EXPECT_EQ(FolderAllocator::assign(choice), (FolderAssignment{{"1@x", "Ana-2"}, {"2@x", "Ana-3"}}));
+  EXPECT_EQ(FolderAllocator::assign(choice), (foldersOf({{"1@x", "Ana-2"}, {"2@x", "Ana-3"}})));
   choice.persisted = {{"2@x", "Ana"}};
-  EXPECT_EQ(FolderAllocator::assign(choice), (FolderAssignment{{"1@x", "Ana-2"}, {"2@x", "Ana"}}));
+  EXPECT_EQ(FolderAllocator::assign(choice), (foldersOf({{"1@x", "Ana-2"}, {"2@x", "Ana"}})));
 }
 
 TEST(FolderAllocator, GivesFoldersInTheFormOfTheDestination) {
   auto choice = choiceFor({"1@x", "2@x", "3@x", "4@x"});
   choice.nameForm = NameForm::portable;
-  choice.desiredName = [](const std::string& jid) { return jid == "4@x" ? "Nul" : "Pizza?"; };
+  choice.desiredName = [](const CanonicalJID& jid) { return jid == "4@x" ? "Nul" : "Pizza?"; };
   choice.persisted = {{"3@x", "Remembered? "}};
   choice.existing = {{"PIZZA-", {}}};
   EXPECT_EQ(FolderAllocator::assign(choice),
-            (FolderAssignment{{"1@x", "PIZZA-"}, {"2@x", "Pizza--2"}, {"3@x", "Remembered-"}, {"4@x", "Nul-"}}));
+            (foldersOf({{"1@x", "PIZZA-"}, {"2@x", "Pizza--2"}, {"3@x", "Remembered-"}, {"4@x", "Nul-"}})));
 }
 
 TEST(FolderAllocator, CanBeCancelled) {

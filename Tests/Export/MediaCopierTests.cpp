@@ -305,7 +305,7 @@ TEST_F(MediaCopierTest, RemovesAFormerFolderThatHoldsNothingMoreThanTranscripts)
   writeFile(root / "Old/_transcript.html", "2");
   writeFile(root / "Old/.DS_Store", "3");
   fs::create_directory(root / "Empty");
-  removeEmptied({{"1@x", {"Old", "Gone", "Empty"}}});
+  removeEmptied({{CanonicalJID(), {"Old", "Gone", "Empty"}}});
   EXPECT_TRUE(fs::is_empty(root));
 }
 
@@ -313,7 +313,7 @@ TEST_F(MediaCopierTest, KeepsAFormerFolderThatHoldsAnythingElse) {
   writeFile(root / "Old/_transcript.txt", "1");
   writeFile(root / "Old/my notes.txt", "2");
   fs::create_directories(root / "Older/_transcript.txt");
-  removeEmptied({{"1@x", {"Old", "Older"}}});
+  removeEmptied({{CanonicalJID(), {"Old", "Older"}}});
   EXPECT_EQ(filesBelow(root), (Files{{"Old/_transcript.txt", "1"}, {"Old/my notes.txt", "2"}}));
   EXPECT_TRUE(fs::exists(root / "Older/_transcript.txt"));
 }

@@ -6,6 +6,7 @@
 #include "TidewellCore/Backup/ManifestStore.h"
 #include "TidewellCore/Backup/StoredFileLocation.h"
 #include "TidewellCore/ChatData/ChatStorageReader.h"
+#include "TidewellCore/ChatData/ChatStorageSnapshot.h"
 #include "TidewellCore/ChatData/ContactsReader.h"
 #include "TidewellCore/Platform/Precondition.h"
 #include "TidewellCore/Platform/Text.h"
@@ -27,7 +28,7 @@ void withFile(ByteView input, const char* name, Read read) {
   }
 }
 
-void checkText(const std::optional<std::string>& text) {
+void checkText(const std::optional<std::string_view>& text) {
   precondition(!text || Text::isValid(*text), "text of a database is UTF-8");
 }
 
@@ -35,18 +36,15 @@ void checkText(const std::optional<std::string>& text) {
 
 void DatabaseTargets::chatDatabase(ByteView input) {
   withFile(input, "ChatStorage.sqlite", [](const fs::path& file) {
-    const ChatStorageSnapshot snapshot = ChatStorageReader::load(file);
-    for (const auto& [pk, chat] : snapshot.chats) {
+    const ChatStorageSnapshot snapshot(ChatStorageReader::load(file));
+    for (const auto& [pk, chat] : snapshot.records()) {
       checkText(chat.jid);
       checkText(snapshot.chatTitle(chat.jid));
     }
-    for (const auto& [pk, messages] : snapshot.messagesByChat) {
-      const auto chat = snapshot.chats.find(pk);
-      for (const MessageRecord& message : messages) {
-        checkText(message.text);
-        checkText(message.mediaLocalPath);
-        checkText(snapshot.senderName(message, chat == snapshot.chats.end() ? nullptr : &chat->second, {}));
-      }
+    for (const MessageRecord& message : snapshot.messages()) {
+      checkText(message.text);
+      checkText(message.mediaLocalPath);
+      checkText(snapshot.senderName(message, {}));
     }
   });
 }

@@ -44,7 +44,7 @@ void checkNamesOf(const std::string& original, UsedNames& used) {
   precondition(used.contains(unique), "a name that was given is taken");
 }
 
-void checkFolders(const FolderAllocator::PlannedNames& planned, const FolderAssignment& folders) {
+void checkFolders(const FolderAllocator::PlannedNames& planned, const ChatFolders& folders) {
   std::set<std::string> keys;
   for (const auto& [jid, names] : planned) {
     const auto folder = folders.find(jid);
@@ -65,7 +65,7 @@ void NameTargets::fileNaming(ByteView input) {
 }
 
 void NameTargets::folderAllocation(ByteView input) {
-  ChatStorageSnapshot snapshot;
+  ChatTables tables;
   FolderAllocator::PlannedNames planned;
   FolderAllocator::FolderContents existing;
   FolderAssignment persisted;
@@ -73,18 +73,18 @@ void NameTargets::folderAllocation(ByteView input) {
     if (!Text::isValid(line)) continue;
     std::vector<std::string_view> fields = split(line, '\t');
     fields.resize(4);
-    const ChatRecord chat{.pk = static_cast<std::int64_t>(snapshot.chats.size() + 1),
+    const ChatRecord chat{.pk = static_cast<std::int64_t>(tables.chats.size() + 1),
                           .jid = std::string(fields[0]),
                           .name = std::string(fields[1])};
     // A chat without a JID is that of nobody known, as ownerJID has it.
     if (Text::trimmed(chat.jid).empty()) continue;
-    snapshot.chats.emplace(chat.pk, chat);
-    snapshot.chatsByJID.emplace(chat.jid, chat);
-    planned.try_emplace(snapshot.canonicalChatJID(chat.jid), std::vector<std::string>{"2023-03-08_202640_a.jpg"});
+    tables.chats.emplace(chat.pk, chat);
+    planned.try_emplace(ChatStorageSnapshot().canonicalChatJID(chat.jid),
+                        std::vector<std::string>{"2023-03-08_202640_a.jpg"});
     if (FileNaming::isSafeComponent(fields[2])) persisted.emplace(chat.jid, fields[2]);
     if (FileNaming::isSafeComponent(fields[3])) existing.emplace(fields[3], std::set<std::string>{});
   }
-  snapshot.setDirectory({});
+  const ChatStorageSnapshot snapshot(std::move(tables));
   for (const NameForm form : {NameForm::plain, NameForm::portable}) {
     checkFolders(
         planned,

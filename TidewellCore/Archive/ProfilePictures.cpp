@@ -165,19 +165,19 @@ std::optional<ProfilePictures::Selection> ProfilePictures::select(const ArchiveC
   return std::nullopt;
 }
 
-ProfilePictures::Outcome ProfilePictures::attachAndCopy(std::vector<ArchiveChat>& chats, const Source& source,
+ProfilePictures::Outcome ProfilePictures::attachAndCopy(std::vector<ArchiveChat>& chats, const BackupSource& source,
                                                         const fs::path& contentRoot, const LossObserver& lost,
                                                         const CancellationCheck& isCancelled) {
-  const Index byUser = index(source.files, source.backup);
+  const Index byUser = index(source.pictures(), source.opened);
   Outcome outcome;
   for (ArchiveChat& chat : chats) {
     throwIfCancelled(isCancelled);
-    const auto best = select(chat, source.snapshot, byUser, source.backup, lost);
+    const auto best = select(chat, source.snapshot, byUser, source.opened, lost);
     bool isCopied = false;
     try {
-      isCopied = best && copyTo(contentRoot, *best, source.backup, chat);
+      isCopied = best && copyTo(contentRoot, *best, source.opened, chat);
     } catch (const std::exception& error) {
-      tellOfLoss(error, chat, best->candidate.file, source.backup, lost);
+      tellOfLoss(error, chat, best->candidate.file, source.opened, lost);
     }
     isCopied ? ++outcome.copied : ++outcome.skipped;
   }

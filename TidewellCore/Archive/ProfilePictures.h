@@ -12,8 +12,7 @@
 #include <vector>
 
 #include "TidewellCore/Archive/ArchiveChat.h"
-#include "TidewellCore/Backup/OpenedBackup.h"
-#include "TidewellCore/ChatData/ChatStorageSnapshot.h"
+#include "TidewellCore/ChatData/BackupSource.h"
 #include "TidewellCore/Platform/RawValue.h"
 
 // The image formats in which WhatsApp keeps profile pictures, whatever their
@@ -80,12 +79,6 @@ using LossObserver = std::function<void(const std::exception& error, const Loss&
 std::optional<Selection> select(const ArchiveChat& chat, const ChatStorageSnapshot& snapshot, const Index& byUser,
                                 const OpenedBackup& backup, const LossObserver& lost);
 
-// What the pictures are taken from.
-struct Source {
-  const std::vector<ManifestFile>& files;
-  const ChatStorageSnapshot& snapshot;
-  const OpenedBackup& backup;
-};
 struct Outcome {
   std::int64_t copied = 0;
   std::int64_t skipped = 0;  // chats without a picture that can be read, and pictures that are there already
@@ -94,7 +87,8 @@ struct Outcome {
 };
 // Copies each chat's picture to "avatars" in the content root, named after the
 // chat, and gives the chat its path. Throws TidewellError::cancelled, and what `lost` throws.
-Outcome attachAndCopy(std::vector<ArchiveChat>& chats, const Source& source, const std::filesystem::path& contentRoot,
-                      const LossObserver& lost, const CancellationCheck& isCancelled = {});
+Outcome attachAndCopy(std::vector<ArchiveChat>& chats, const BackupSource& source,
+                      const std::filesystem::path& contentRoot, const LossObserver& lost,
+                      const CancellationCheck& isCancelled = {});
 
 }  // namespace ProfilePictures

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "TidewellCore/Platform/DateText.h"
 
@@ -16,18 +18,28 @@ struct ChatRecord {
   bool operator==(const ChatRecord&) const = default;
 };
 
+// Its texts are kept by the ChatTables, then by the snapshot, that it belongs to.
 struct MessageRecord {
   std::int64_t pk = 0;
-  std::optional<std::int64_t> chatPK;
+  std::int64_t chatPK = 0;
   std::optional<Date> date;
-  std::optional<std::string> text;
+  double sort = -std::numeric_limits<double>::infinity();  // the phone's order of messages of one date
+  std::optional<std::string_view> text;
   bool isFromMe = false;
-  std::optional<std::string> fromJID;
-  std::optional<std::string> pushName;  // as it is stored, plausible or not
+  std::optional<std::string_view> fromJID;
+  std::optional<std::string_view> pushName;  // as it is stored, plausible or not
   std::optional<std::int64_t> groupMemberPK;
-  std::optional<std::string> mediaLocalPath;  // in the backup, beginning with "Message/"
+  std::optional<std::string_view> mediaLocalPath;  // in the backup, beginning with "Message/"
 
   bool operator==(const MessageRecord&) const = default;
+};
+
+// A file that a message carries.
+struct MediaItemRecord {
+  std::optional<std::int64_t> messagePK;
+  std::string_view localPath;  // in the backup, beginning with "Message/"
+
+  bool operator==(const MediaItemRecord&) const = default;
 };
 
 struct GroupMemberRecord {

@@ -1,18 +1,14 @@
 #include "TidewellCore/ChatData/ChatStorageReader.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <initializer_list>
-#include <limits>
-#include <map>
 #include <string_view>
-#include <tuple>
-#include <unordered_set>
 
 #include "TidewellCore/ChatData/NameResolver.h"
 #include "TidewellCore/ChatData/TableReader.h"
 #include "TidewellCore/Platform/PathText.h"
+#include "TidewellCore/Platform/Text.h"
 #include "TidewellCore/TidewellError.h"
 
 namespace {
@@ -25,8 +21,14 @@ SQLiteDB open(const std::filesystem::path& copiedDatabase) {
   }
 }
 
-std::optional<std::string> nameOf(const SQLiteRow& row, const std::string& column) {
-  return NameResolver::cut(row.textValue(column));
+using Column = TableReader::Column;
+
+std::optional<std::string> owned(const std::optional<std::string_view>& text) {
+  return text ? std::optional(std::string(*text)) : std::nullopt;
+}
+
+std::optional<std::string> nameOf(const SQLiteRowView& row, Column column) {
+  return NameResolver::cut(owned(row.text(column.place)));
 }
 
 std::optional<std::string> plausible(std::optional<std::string> name) {
@@ -35,250 +37,201 @@ std::optional<std::string> plausible(std::optional<std::string> name) {
 }
 
 // Every version of WhatsApp has one of the candidates of such a column.
-void noteColumns(std::initializer_list<std::string_view> selected, ChatStorageSnapshot& snapshot) {
-  if (std::ranges::any_of(selected, &std::string_view::empty)) snapshot.unread.isPartial = true;
+void noteColumns(std::initializer_list<Column> selected, ChatTables& tables) {
+  if (!std::ranges::all_of(selected, &Column::isThere)) tables.unread.isPartial = true;
 }
 
-void loadChats(const SQLiteDB& database, ChatStorageSnapshot& snapshot) {
+void loadChats(const SQLiteDB& database, ChatTables& tables) {
   TableReader table(database, "ZWACHATSESSION");
-  const std::string pk = table.select({"Z_PK"});
-  const std::string jid = table.select({"ZCONTACTJID", "ZJID", "ZPARTNERJID"});
-  const std::string name = table.select({"ZPARTNERNAME", "ZPARTNER", "ZCONTACTNAME"});
-  noteColumns({pk, jid, name}, snapshot);
-  if (pk.empty()) return;
-  table.forEachRow([&](const SQLiteRow& row) {
-    const auto key = row.intValue(pk);
+  const Column pk = table.select({"Z_PK"});
+  const Column jid = table.select({"ZCONTACTJID", "ZJID", "ZPARTNERJID"});
+  const Column name = table.select({"ZPARTNERNAME", "ZPARTNER", "ZCONTACTNAME"});
+  noteColumns({pk, jid, name}, tables);
+  table.forEachRow([&](const SQLiteRowView& row) {
+    const auto key = row.integer(pk.place);
     if (!key) return;
-    snapshot.chats.insert_or_assign(
+    tables.chats.insert_or_assign(
         *key, ChatRecord{.pk = *key, .jid = nameOf(row, jid).value_or(""), .name = nameOf(row, name).value_or("")});
   });
-  for (const auto& [key, chat] : snapshot.chats) {
-    if (!chat.jid.empty()) snapshot.chatsByJID.insert_or_assign(chat.jid, chat);
-  }
 }
 
-void loadGroupMembers(const SQLiteDB& database, ChatStorageSnapshot& snapshot, ContactDirectory& directory) {
+void loadGroupMembers(const SQLiteDB& database, ChatTables& tables) {
   TableReader table(database, "ZWAGROUPMEMBER");
-  const std::string pk = table.select({"Z_PK"});
-  const std::string contactName = table.select({"ZCONTACTNAME", "ZNAME", "ZMEMBERNAME"});
-  const std::string firstName = table.select({"ZFIRSTNAME"});
-  const std::string jid = table.select({"ZMEMBERJID", "ZJID"});
-  noteColumns({pk, jid}, snapshot);
-  if (pk.empty()) return;
-  table.forEachRow([&](const SQLiteRow& row) {
-    const auto key = row.intValue(pk);
+  const Column pk = table.select({"Z_PK"});
+  const Column contactName = table.select({"ZCONTACTNAME", "ZNAME", "ZMEMBERNAME"});
+  const Column firstName = table.select({"ZFIRSTNAME"});
+  const Column jid = table.select({"ZMEMBERJID", "ZJID"});
+  noteColumns({pk, jid}, tables);
+  table.forEachRow([&](const SQLiteRowView& row) {
+    const auto key = row.integer(pk.place);
     if (!key) return;
-    directory.groupMembers.insert_or_assign(*key, GroupMemberRecord{.pk = *key,
-                                                                    .jid = nameOf(row, jid),
-                                                                    .contactName = plausible(nameOf(row, contactName)),
-                                                                    .firstName = plausible(nameOf(row, firstName))});
+    tables.directory.groupMembers.insert_or_assign(*key,
+                                                   GroupMemberRecord{.pk = *key,
+                                                                     .jid = nameOf(row, jid),
+                                                                     .contactName = plausible(nameOf(row, contactName)),
+                                                                     .firstName = plausible(nameOf(row, firstName))});
   });
 }
 
-void loadProfilePushNames(const SQLiteDB& database, ChatStorageSnapshot& snapshot, ContactDirectory& directory) {
+void loadProfilePushNames(const SQLiteDB& database, ChatTables& tables) {
   TableReader table(database, "ZWAPROFILEPUSHNAME");
-  const std::string jid = table.select({"ZJID", "ZCONTACTJID"});
-  const std::string name = table.select({"ZPUSHNAME", "ZNAME"});
+  const Column jid = table.select({"ZJID", "ZCONTACTJID"});
+  const Column name = table.select({"ZPUSHNAME", "ZNAME"});
   // Not every version has the table.
-  if (!jid.empty() || !name.empty()) noteColumns({jid, name}, snapshot);
-  if (jid.empty() || name.empty()) return;
-  table.forEachRow([&](const SQLiteRow& row) {
+  if (jid.isThere() || name.isThere()) noteColumns({jid, name}, tables);
+  table.forEachRow([&](const SQLiteRowView& row) {
     const std::string owner = nameOf(row, jid).value_or("");
-    const auto pushName = plausible(NameResolver::cut(textOrUTF8(row.value(name))));
-    if (!owner.empty() && pushName) directory.addPushName(owner, *pushName);
+    const auto pushName = plausible(NameResolver::cut(owned(textOrUTF8(row, name))));
+    if (!owner.empty() && pushName) tables.directory.addPushName(owner, *pushName);
   });
 }
 
-void loadLIDPairs(const SQLiteDB& database, ContactDirectory& directory) {
+void loadLIDPairs(const SQLiteDB& database, ChatTables& tables) {
   TableReader table(database, "ZWAPHONENUMBERLIDPAIR");
-  const std::string lid = table.select({"ZLID"});
-  const std::string phone = table.select({"ZPHONENUMBER"});
-  if (lid.empty() || phone.empty()) return;
-  table.forEachRow([&](const SQLiteRow& row) {
+  const Column lid = table.select({"ZLID"});
+  const Column phone = table.select({"ZPHONENUMBER"});
+  table.forEachRow([&](const SQLiteRowView& row) {
     const auto identity = NameResolver::trimmedNonEmpty(nameOf(row, lid));
     const auto number = NameResolver::trimmedNonEmpty(nameOf(row, phone));
-    if (identity && number) directory.link(NameResolver::lidJID(*identity), NameResolver::whatsAppJID(*number));
+    if (identity && number) {
+      tables.directory.link(NameResolver::lidJID(*identity), NameResolver::whatsAppJID(*number));
+    }
   });
 }
 
-std::optional<double> realNumber(const SQLiteValue* value) {
-  if (value == nullptr) return std::nullopt;
-  if (const auto* integer = std::get_if<std::int64_t>(value)) return static_cast<double>(*integer);
-  if (const auto* real = std::get_if<double>(value)) return *real;
-  const auto* text = std::get_if<std::string>(value);
-  if (text == nullptr) return std::nullopt;
-  double number = 0;
-  const auto [end, error] = std::from_chars(text->data(), text->data() + text->size(), number);
-  return error == std::errc() && end == text->data() + text->size() ? std::optional(number) : std::nullopt;
-}
-
-std::optional<Date> date(const SQLiteValue* value) {
-  const auto seconds = realNumber(value);
+std::optional<Date> date(const SQLiteRowView& row, Column column) {
+  const auto seconds = row.number(column.place);
   if (!seconds || !std::isfinite(*seconds)) return std::nullopt;
   return dateFromAppleTime(*seconds);
-}
-
-// A name stored as text is kept as it is; one stored as bytes only when it reads like a name.
-std::optional<std::string> messagePushName(const SQLiteValue* value) {
-  const bool isBlob = value != nullptr && std::holds_alternative<Bytes>(*value);
-  std::optional<std::string> name = NameResolver::cut(textOrUTF8(value));
-  return isBlob ? plausible(std::move(name)) : name;
-}
-
-constexpr double beforeAll = -std::numeric_limits<double>::infinity();
-
-// A message and its place among those of its date, which counts only until they are in order.
-struct PlacedMessage {
-  MessageRecord message;
-  double sort = beforeAll;
-};
-
-double sortOf(const SQLiteValue* value) {
-  const bool isText = value == nullptr || std::holds_alternative<std::string>(*value);
-  return isText ? beforeAll : realNumber(value).value_or(beforeAll);
-}
-
-auto place(const PlacedMessage& placed) {
-  const MessageRecord& message = placed.message;
-  return std::tuple(message.date ? unixTime(*message.date) : beforeAll, placed.sort, message.pk);
-}
-
-std::vector<MessageRecord> inOrder(std::vector<PlacedMessage> placed) {
-  std::ranges::sort(placed, {}, place);
-  std::vector<MessageRecord> messages;
-  messages.reserve(placed.size());
-  for (PlacedMessage& each : placed) messages.push_back(std::move(each.message));
-  return messages;
 }
 
 std::int64_t rowCount(const SQLiteDB& database, const std::string& table) {
   std::int64_t count = 0;
   if (!database.tableExists(table)) return count;
-  database.query("SELECT count(*) AS n FROM " + table, {},
-                 [&](const SQLiteRow& row) { count = row.intValue("n").value_or(0); });
+  database.forEachRow("SELECT count(*) FROM " + table,
+                      [&](const SQLiteRowView& row) { count = row.integer(0).value_or(0); });
   return count;
 }
 
-bool holdsBytes(const SQLiteValue* value) {
-  const auto* bytes = value == nullptr ? nullptr : std::get_if<Bytes>(value);
-  return bytes != nullptr && !bytes->empty();
-}
-
-// Keys of messages that say no chat and hold no text; whether they are missed is for their files to say.
-using SilentMessages = std::unordered_set<std::int64_t>;
-
 class MessageTable {
  public:
-  MessageTable(const SQLiteDB& database, ChatStorageSnapshot& snapshot)
-      : table_(database, "ZWAMESSAGE"), snapshot_(snapshot) {}
+  MessageTable(const SQLiteDB& database, ChatTables& tables) : table_(database, "ZWAMESSAGE"), tables_(tables) {}
 
-  SilentMessages load(const SQLiteDB& database) {
-    noteColumns({sent_, isFromMe_, fromJID_, groupMember_}, snapshot_);
-    if (pk_.empty() || chat_.empty()) {
-      snapshot_.unread.withoutChat = rowCount(database, "ZWAMESSAGE");
-      return {};
+  void load(const SQLiteDB& database) {
+    noteColumns({sent_, isFromMe_, fromJID_, groupMember_}, tables_);
+    if (!pk_.isThere() || !chat_.isThere()) {
+      tables_.unread.withoutChat = rowCount(database, "ZWAMESSAGE");
+      return;
     }
-    table_.forEachRow([this](const SQLiteRow& row) { read(row); });
-    for (auto& [chat, messages] : messagesByChat_) snapshot_.messagesByChat[chat] = inOrder(std::move(messages));
-    return std::move(silent_);
+    table_.forEachRow([this](const SQLiteRowView& row) { read(row); });
   }
 
  private:
-  void read(const SQLiteRow& row) {
-    const auto key = row.intValue(pk_);
-    const auto chat = row.intValue(chat_);
-    const bool isTextLost = text_.empty() || holdsBytes(row.value(text_));
-    std::optional<std::string> text = row.textValue(text_);
+  void read(const SQLiteRowView& row) {
+    const auto key = row.integer(pk_.place);
+    const auto chat = row.integer(chat_.place);
+    const bool isTextLost = !text_.isThere() || !row.blob(text_.place).value_or(ByteView()).empty();
+    const auto text = row.text(text_.place);
     if (key && chat) {
-      if (isTextLost) ++snapshot_.unread.withoutText;
-      messagesByChat_[*chat].push_back(placed(row, *key, *chat, std::move(text)));
+      if (isTextLost) ++tables_.unread.withoutText;
+      tables_.messages.push_back(record(row, *key, *chat));
     } else if (key && !isTextLost && text.value_or("").empty()) {
-      silent_.insert(*key);
+      tables_.silentMessages.insert(*key);
     } else {
-      ++snapshot_.unread.withoutChat;
+      ++tables_.unread.withoutChat;
     }
   }
 
-  std::optional<Date> dateOf(const SQLiteRow& row) {
-    const SQLiteValue* value = row.value(sent_);
-    const std::optional<Date> sent = date(value);
-    const bool isNull = value == nullptr || std::holds_alternative<SQLiteNull>(*value);
-    if (!sent && !isNull) snapshot_.unread.isPartial = true;
+  MessageRecord record(const SQLiteRowView& row, std::int64_t key, std::int64_t chat) {
+    return {.pk = key,
+            .chatPK = chat,
+            .date = dateOf(row),
+            .sort = sortOf(row),
+            .text = kept(row.text(text_.place)),
+            .isFromMe = row.integer(isFromMe_.place).value_or(0) != 0,
+            .fromJID = keptOnce(row.text(fromJID_.place)),
+            .pushName = pushNameOf(row),
+            .groupMemberPK = row.integer(groupMember_.place)};
+  }
+
+  std::optional<Date> dateOf(const SQLiteRowView& row) {
+    const std::optional<Date> sent = date(row, sent_);
+    if (!sent && row.type(sent_.place) != SQLiteRowView::Type::null) tables_.unread.isPartial = true;
     return sent;
   }
 
-  PlacedMessage placed(const SQLiteRow& row, std::int64_t key, std::int64_t chat, std::optional<std::string> text) {
-    return {.message = {.pk = key,
-                        .chatPK = chat,
-                        .date = dateOf(row),
-                        .text = std::move(text),
-                        .isFromMe = row.intValue(isFromMe_).value_or(0) != 0,
-                        .fromJID = nameOf(row, fromJID_),
-                        .pushName = messagePushName(row.value(pushName_)),
-                        .groupMemberPK = row.intValue(groupMember_)},
-            .sort = sortOf(row.value(sort_))};
+  double sortOf(const SQLiteRowView& row) const {
+    const bool isText = row.type(sort_.place) == SQLiteRowView::Type::text;
+    return (isText ? std::nullopt : row.number(sort_.place)).value_or(MessageRecord().sort);
+  }
+
+  // A name stored as text is kept as it is; one stored as bytes only when it reads like a name.
+  std::optional<std::string_view> pushNameOf(const SQLiteRowView& row) {
+    const auto name = textOrUTF8(row, pushName_);
+    if (!name) return std::nullopt;
+    const bool isBlob = row.type(pushName_.place) == SQLiteRowView::Type::blob;
+    if (isBlob && !NameResolver::isPlausibleDisplayName(*name)) return std::nullopt;
+    return tables_.texts.add(cut(*name));
+  }
+
+  std::optional<std::string_view> kept(const std::optional<std::string_view>& text) {
+    return text ? std::optional(tables_.texts.add(*text)) : std::nullopt;
+  }
+
+  std::optional<std::string_view> keptOnce(const std::optional<std::string_view>& name) {
+    return name ? std::optional(tables_.texts.addOnce(cut(*name))) : std::nullopt;
+  }
+
+  // Good until the next is cut.
+  std::string_view cut(std::string_view name) {
+    if (name.size() <= NameResolver::longestName) return name;
+    return cut_ = NameResolver::cut(std::string(name)).value_or("");
   }
 
   TableReader table_;
-  ChatStorageSnapshot& snapshot_;
-  const std::string pk_ = table_.select({"Z_PK"});
-  const std::string chat_ = table_.select({"ZCHATSESSION"});
-  const std::string sent_ = table_.select({"ZMESSAGEDATE", "ZDATE"});
-  const std::string text_ = table_.select({"ZTEXT", "ZMESSAGETEXT"});
-  const std::string isFromMe_ = table_.select({"ZISFROMME", "ZFROMMe"});
-  const std::string fromJID_ = table_.select({"ZFROMJID", "ZSENDERJID"});
-  const std::string pushName_ = table_.select({"ZPUSHNAME"});
-  const std::string groupMember_ = table_.select({"ZGROUPMEMBER"});
-  const std::string sort_ = table_.select({"ZSORT"});
-  std::map<std::int64_t, std::vector<PlacedMessage>> messagesByChat_;
-  SilentMessages silent_;
+  ChatTables& tables_;
+  const Column pk_ = table_.select({"Z_PK"});
+  const Column chat_ = table_.select({"ZCHATSESSION"});
+  const Column sent_ = table_.select({"ZMESSAGEDATE", "ZDATE"});
+  const Column text_ = table_.select({"ZTEXT", "ZMESSAGETEXT"});
+  const Column isFromMe_ = table_.select({"ZISFROMME", "ZFROMMe"});
+  const Column fromJID_ = table_.select({"ZFROMJID", "ZSENDERJID"});
+  const Column pushName_ = table_.select({"ZPUSHNAME"});
+  const Column groupMember_ = table_.select({"ZGROUPMEMBER"});
+  const Column sort_ = table_.select({"ZSORT"});
+  std::string cut_;
 };
 
-std::unordered_map<std::int64_t, ChatStorageSnapshot::MessagePosition> positionsByPK(
-    const ChatStorageSnapshot& snapshot) {
-  std::unordered_map<std::int64_t, ChatStorageSnapshot::MessagePosition> positions;
-  for (const auto& [chatPK, messages] : snapshot.messagesByChat) {
-    for (std::size_t index = 0; index < messages.size(); ++index) positions[messages[index].pk] = {chatPK, index};
-  }
-  return positions;
+// Only what stands in WhatsApp's own folder of media is a file of the backup; letter case does not matter.
+bool isMediaPath(std::string_view path) {
+  constexpr std::string_view folder = "MEDIA/";
+  return path.size() > folder.size() && Text::uppercasedASCII(path.substr(0, folder.size())) == folder;
 }
 
-void attachMediaPaths(const SQLiteDB& database, SilentMessages silent, ChatStorageSnapshot& snapshot) {
+void loadMedia(const SQLiteDB& database, ChatTables& tables) {
   TableReader table(database, "ZWAMEDIAITEM");
-  const std::string message = table.select({"ZMESSAGE"});
-  const std::string path = table.select({"ZMEDIALOCALPATH", "ZLOCALPATH"});
-  noteColumns({message, path}, snapshot);
-  if (message.empty() || path.empty()) return;
-  const auto positions = positionsByPK(snapshot);
-  const auto attach = [&](const SQLiteRow& row) {
-    const auto key = row.intValue(message);
-    std::string relativePath = row.textValue(path).value_or("");
-    const auto position = key ? positions.find(*key) : positions.end();
-    if (relativePath.empty()) return;
-    if (position == positions.end()) {
-      const bool isOfSilent = key && silent.erase(*key) > 0;
-      ++(isOfSilent ? snapshot.unread.withoutChat : snapshot.unread.ofFiles);
-      return;
-    }
-    if (!relativePath.starts_with("Message/")) relativePath.insert(0, "Message/");
-    const auto& [chatPK, index] = position->second;
-    snapshot.messagesByChat[chatPK][index].mediaLocalPath = relativePath;
-    snapshot.mediaByRelativePath.insert_or_assign(std::move(relativePath), position->second);
-  };
-  table.forEachRow(attach, path + " LIKE 'Media/%'");
+  const Column message = table.select({"ZMESSAGE"});
+  const Column path = table.select({"ZMEDIALOCALPATH", "ZLOCALPATH"});
+  noteColumns({message, path}, tables);
+  if (!message.isThere() || !path.isThere()) return;
+  table.forEachRow([&](const SQLiteRowView& row) {
+    const auto localPath = row.text(path.place);
+    if (!localPath || !isMediaPath(*localPath)) return;
+    tables.media.push_back(
+        {.messagePK = row.integer(message.place), .localPath = tables.texts.add("Message/" + std::string(*localPath))});
+  });
 }
 
 }  // namespace
 
-ChatStorageSnapshot ChatStorageReader::load(const std::filesystem::path& copiedDatabase) {
+ChatTables ChatStorageReader::load(const std::filesystem::path& copiedDatabase) {
   const SQLiteDB database = open(copiedDatabase);
-  ChatStorageSnapshot snapshot;
-  loadChats(database, snapshot);
-  ContactDirectory directory;
-  loadGroupMembers(database, snapshot, directory);
-  loadProfilePushNames(database, snapshot, directory);
-  loadLIDPairs(database, directory);
-  snapshot.setDirectory(std::move(directory));
-  attachMediaPaths(database, MessageTable(database, snapshot).load(database), snapshot);
-  return snapshot;
+  ChatTables tables;
+  loadChats(database, tables);
+  loadGroupMembers(database, tables);
+  loadProfilePushNames(database, tables);
+  loadLIDPairs(database, tables);
+  MessageTable(database, tables).load(database);
+  loadMedia(database, tables);
+  return tables;
 }

@@ -2,13 +2,13 @@
 
 #include <filesystem>
 
-#include "TidewellCore/ChatData/ChatStorageSnapshot.h"
+#include "TidewellCore/ChatData/ChatTables.h"
 
 namespace ChatStorageReader {
 
 // Reads a working copy of ChatStorage.sqlite (docs/formats/chat-schema.md).
 // A missing table leaves its part empty; what is not read of the messages is counted. Throws
 // TidewellError::chatStorageUnreadable and TidewellError::invalidDatabase.
-ChatStorageSnapshot load(const std::filesystem::path& copiedDatabase);
+ChatTables load(const std::filesystem::path& copiedDatabase);
 
 }  // namespace ChatStorageReader

@@ -1,5 +1,10 @@
 #include "TidewellCore/ChatData/ChatStorageSnapshot.h"
 
+#include <algorithm>
+#include <tuple>
+#include <utility>
+
+#include "TidewellCore/ChatData/DisplayNames.h"
 #include "TidewellCore/ChatData/JID.h"
 #include "TidewellCore/ChatData/NameResolver.h"
 #include "TidewellCore/Platform/Text.h"
@@ -8,42 +13,158 @@ namespace {
 
 constexpr std::string_view containerPrefix = "Message/";
 
+std::optional<std::string> copied(const std::optional<std::string_view>& text) {
+  return text ? std::optional(std::string(*text)) : std::nullopt;
+}
+
 // The JID that tells who wrote a message of a group: its own, unless that is
 // missing or the group's; then the member's.
 std::optional<std::string> groupSenderJID(const MessageRecord& message, const GroupMemberRecord* member) {
-  const auto own = NameResolver::trimmedNonEmpty(message.fromJID);
+  const auto own = NameResolver::trimmedNonEmpty(copied(message.fromJID));
   if (own && !JID::isGroup(*own)) return own;
   return member != nullptr && member->jid ? member->jid : own;
 }
 
+// A message's place in its chat.
+auto rank(const MessageRecord& message) {
+  constexpr double beforeAll = -std::numeric_limits<double>::infinity();
+  return std::tuple(message.date ? unixTime(*message.date) : beforeAll, message.chatPK, message.sort, message.pk);
+}
+
+std::vector<std::int64_t> keysOf(const std::vector<MessageRecord>& rows) {
+  std::vector<std::int64_t> keys;
+  keys.reserve(rows.size());
+  for (const MessageRecord& row : rows) keys.push_back(row.pk);
+  return keys;
+}
+
+// Puts the rows in order, `order` naming the row for each place, and returns the place of each row.
+std::vector<std::uint32_t> bringInto(std::vector<std::uint32_t> order, std::vector<MessageRecord>& rows) {
+  std::vector<std::uint32_t> places(order.size());
+  for (std::uint32_t place = 0; place < order.size(); ++place) places[order[place]] = place;
+  order = places;  // of what stands at each place while rows are swapped
+  for (std::uint32_t at = 0; at < rows.size(); ++at) {
+    while (order[at] != at) {
+      const std::uint32_t place = order[at];
+      std::swap(rows[at], rows[place]);
+      std::swap(order[at], order[place]);
+    }
+  }
+  return places;
+}
+
 }  // namespace
 
-void ChatStorageSnapshot::setDirectory(ContactDirectory completed) {
-  directory = std::move(completed);
-  chatPKsByCanonicalJID.clear();
-  for (const auto& [pk, chat] : chats) chatPKsByCanonicalJID[canonicalChatJID(chat.jid)].push_back(pk);
+ChatStorageSnapshot::ChatStorageSnapshot(ChatTables tables) : tables_(std::move(tables)) {
+  fileRecords();
+  std::vector<MessageRecord>& rows = tables_.messages;
+  if (!std::ranges::is_sorted(rows, {}, &MessageRecord::pk)) std::ranges::stable_sort(rows, {}, &MessageRecord::pk);
+  const Keys keys = keysOf(rows);
+  attachMedia(keys, arrange());
+}
+
+void ChatStorageSnapshot::fileRecords() {
+  for (const auto& [pk, record] : tables_.chats) {
+    if (!record.jid.empty()) recordsByJID_.insert_or_assign(record.jid, pk);
+    recordsByCanonicalJID_.emplace(canonicalChatJID(record.jid).text(), pk);
+  }
+}
+
+// Counts each chat's messages, which says where they will stand. Returns the chat of each record, by its place.
+ChatStorageSnapshot::ChatsOfRecords ChatStorageSnapshot::listChats() {
+  std::map<CanonicalJID, std::size_t> counts;
+  for (const auto& [pk, record] : tables_.chats) counts[jidOfRecord(pk)];
+  std::unordered_map<std::int64_t, std::size_t> countsByRecord;
+  for (const MessageRecord& row : tables_.messages) ++countsByRecord[row.chatPK];
+  for (const auto& [pk, count] : countsByRecord) counts[jidOfRecord(pk)] += count;
+  std::size_t first = 0;
+  for (const auto& [jid, count] : counts) {
+    chats_.push_back({.jid = jid, .firstMessage = first, .messageCount = count});
+    first += count;
+  }
+  ChatsOfRecords chats;
+  for (const auto& [pk, count] : countsByRecord) {
+    chats[pk] = static_cast<std::size_t>(placeOf(jidOfRecord(pk)) - chats_.begin());
+  }
+  return chats;
+}
+
+// Rows lie about in the order in which messages came. Each chat's are brought
+// together first, so that hardly anything is left to be sorted.
+ChatStorageSnapshot::Places ChatStorageSnapshot::arrange() {
+  std::vector<MessageRecord>& rows = tables_.messages;
+  const ChatsOfRecords chatsOfRecords = listChats();
+  Places order(rows.size());
+  std::vector<std::size_t> next;
+  for (const Chat& chat : chats_) next.push_back(chat.firstMessage);
+  for (std::uint32_t row = 0; row < rows.size(); ++row) order[next[chatsOfRecords.at(rows[row].chatPK)]++] = row;
+  const auto rankOfRow = [&](std::uint32_t row) { return rank(rows[row]); };
+  for (const Chat& chat : chats_) {
+    const std::span<std::uint32_t> ofChat = std::span(order).subspan(chat.firstMessage, chat.messageCount);
+    if (!std::ranges::is_sorted(ofChat, {}, rankOfRow)) std::ranges::sort(ofChat, {}, rankOfRow);
+  }
+  return bringInto(order, rows);
+}
+
+// A file that another item names already is the later item's.
+void ChatStorageSnapshot::attachMedia(const Keys& keys, const Places& places) {
+  for (const MediaItemRecord& item : tables_.media) {
+    const auto found = item.messagePK ? std::ranges::lower_bound(keys, *item.messagePK) : keys.end();
+    if (found == keys.end() || *found != *item.messagePK) {
+      const bool isOfSilent = item.messagePK && tables_.silentMessages.erase(*item.messagePK) > 0;
+      ++(isOfSilent ? tables_.unread.withoutChat : tables_.unread.ofFiles);
+      continue;
+    }
+    const std::uint32_t place = places[static_cast<std::size_t>(found - keys.begin())];
+    tables_.messages[place].mediaLocalPath = item.localPath;
+    mediaByRelativePath_.insert_or_assign(item.localPath, place);
+  }
+}
+
+std::vector<ChatStorageSnapshot::Chat>::const_iterator ChatStorageSnapshot::placeOf(const CanonicalJID& jid) const {
+  const auto found = std::ranges::lower_bound(chats_, jid, {}, &Chat::jid);
+  return found != chats_.end() && found->jid == jid ? found : chats_.end();
+}
+
+std::span<const MessageRecord> ChatStorageSnapshot::messages(const Chat& chat) const {
+  return messages().subspan(chat.firstMessage, chat.messageCount);
+}
+
+std::span<const MessageRecord> ChatStorageSnapshot::messages(const CanonicalJID& jid) const {
+  const auto chat = placeOf(jid);
+  return chat == chats_.end() ? std::span<const MessageRecord>() : messages(*chat);
 }
 
 const ChatRecord* ChatStorageSnapshot::chat(std::string_view jid) const {
-  const std::string canonical = canonicalChatJID(jid);
-  if (const auto found = chatsByJID.find(jid); found != chatsByJID.end()) return &found->second;
-  if (const auto found = chatsByJID.find(canonical); found != chatsByJID.end()) return &found->second;
-  const auto found = chatPKsByCanonicalJID.find(canonical);
-  return found == chatPKsByCanonicalJID.end() ? nullptr : &chats.at(found->second.front());
+  const CanonicalJID canonical = canonicalChatJID(jid);
+  auto found = recordsByJID_.find(jid);
+  if (found == recordsByJID_.end()) found = recordsByJID_.find(canonical.text());
+  if (found != recordsByJID_.end()) return &tables_.chats.at(found->second);
+  const auto first = recordsByCanonicalJID_.find(canonical.text());
+  return first == recordsByCanonicalJID_.end() ? nullptr : &tables_.chats.at(first->second);
 }
 
-std::string ChatStorageSnapshot::canonicalChatJID(std::string_view jid) const {
+CanonicalJID ChatStorageSnapshot::canonicalChatJID(std::string_view jid) const {
   std::string trimmed = Text::trimmed(jid);
-  if (!JID::isLID(trimmed)) return trimmed;
-  return directory.phoneJID(trimmed).value_or(trimmed);
+  if (!JID::isLID(trimmed)) return CanonicalJID(std::move(trimmed));
+  return CanonicalJID(directory().phoneJID(trimmed).value_or(trimmed));
+}
+
+CanonicalJID ChatStorageSnapshot::known(CanonicalJID jid) {
+  return jid.text().empty() ? CanonicalJID(std::string(UnknownChatJID)) : std::move(jid);
+}
+
+CanonicalJID ChatStorageSnapshot::jidOfRecord(std::int64_t pk) const {
+  const auto record = tables_.chats.find(pk);
+  return known(record == tables_.chats.end() ? CanonicalJID("") : canonicalChatJID(record->second.jid));
 }
 
 std::vector<std::string> ChatStorageSnapshot::aliasJIDs(std::string_view jid) const {
-  const std::string canonical = canonicalChatJID(jid);
+  const std::string canonical = canonicalChatJID(jid).text();
   if (canonical.empty()) return {};
   std::vector<std::string> aliases{canonical};
   // A LID that stayed canonical has no known number.
-  const auto lid = JID::isLID(canonical) ? std::nullopt : directory.lidJID(canonical);
+  const auto lid = JID::isLID(canonical) ? std::nullopt : directory().lidJID(canonical);
   if (lid && *lid != canonical) aliases.push_back(*lid);
   return aliases;
 }
@@ -55,38 +176,46 @@ std::string ChatStorageSnapshot::chatTitle(std::string_view jid) const {
 
 // A record that this backup does not hold is called by what it says itself.
 std::string ChatStorageSnapshot::titleOf(const ChatRecord& record) const {
-  const std::string canonical = canonicalChatJID(record.jid);
-  const ChatRecord* known = canonical.empty() ? nullptr : chat(canonical);
-  return NameResolver::chatTitle((known == nullptr ? record : *known).name, canonical, directory);
+  const std::string canonical = canonicalChatJID(record.jid).text();
+  const ChatRecord* held = canonical.empty() ? nullptr : chat(canonical);
+  return DisplayNames::chatTitle((held == nullptr ? record : *held).name, canonical, directory());
 }
 
 const MessageRecord* ChatStorageSnapshot::mediaMessage(std::string_view relativePath) const {
-  auto found = mediaByRelativePath.find(std::string(relativePath));
-  if (found == mediaByRelativePath.end()) {
-    const bool isPrefixed = relativePath.starts_with(containerPrefix);
-    found = mediaByRelativePath.find(isPrefixed ? std::string(relativePath.substr(containerPrefix.size()))
-                                                : std::string(containerPrefix).append(relativePath));
+  auto found = mediaByRelativePath_.find(relativePath);
+  if (found == mediaByRelativePath_.end() && relativePath.starts_with(containerPrefix)) {
+    found = mediaByRelativePath_.find(relativePath.substr(containerPrefix.size()));
+  } else if (found == mediaByRelativePath_.end()) {
+    found = mediaByRelativePath_.find(std::string(containerPrefix).append(relativePath));
   }
-  if (found == mediaByRelativePath.end()) return nullptr;
-  return &messagesByChat.at(found->second.chatPK).at(found->second.index);
+  return found == mediaByRelativePath_.end() ? nullptr : &tables_.messages[found->second];
 }
 
-std::string ChatStorageSnapshot::ownerJID(std::string_view mediaPath, const std::optional<std::string>& pathJID) const {
+std::vector<std::string_view> ChatStorageSnapshot::mediaPaths() const {
+  std::vector<std::string_view> paths;
+  paths.reserve(mediaByRelativePath_.size());
+  for (const auto& [path, place] : mediaByRelativePath_) paths.push_back(path);
+  return paths;
+}
+
+CanonicalJID ChatStorageSnapshot::ownerJID(std::string_view mediaPath,
+                                           const std::optional<std::string>& pathJID) const {
   const MessageRecord* message = mediaMessage(mediaPath);
-  const auto owner = message != nullptr && message->chatPK ? chats.find(*message->chatPK) : chats.end();
-  std::string jid = owner == chats.end() ? "" : canonicalChatJID(owner->second.jid);
-  if (jid.empty() && pathJID) jid = canonicalChatJID(*pathJID);
-  return jid.empty() ? std::string(UnknownChatJID) : jid;
+  const auto owner = message == nullptr ? tables_.chats.end() : tables_.chats.find(message->chatPK);
+  CanonicalJID jid = canonicalChatJID(owner == tables_.chats.end() ? "" : owner->second.jid);
+  if (jid.text().empty() && pathJID) jid = canonicalChatJID(*pathJID);
+  return known(std::move(jid));
 }
 
-std::string ChatStorageSnapshot::senderName(const MessageRecord& message, const ChatRecord* chat,
-                                            const TranscriptStyle& style) const {
+std::string ChatStorageSnapshot::senderName(const MessageRecord& message, const TranscriptStyle& style) const {
   if (message.isFromMe) return style.youLabel;
-  if (chat != nullptr && !JID::isGroup(chat->jid)) {
-    const std::string title = titleOf(*chat);
+  const auto record = tables_.chats.find(message.chatPK);
+  if (record != tables_.chats.end() && !JID::isGroup(record->second.jid)) {
+    const std::string title = titleOf(record->second);
     return title.empty() || JID::isLID(title) ? style.unknownSenderLabel : title;
   }
-  const GroupMemberRecord* member = directory.groupMember(message.groupMemberPK);
-  const auto name = NameResolver::resolveIdentity(groupSenderJID(message, member), message.pushName, member, directory);
+  const GroupMemberRecord* member = directory().groupMember(message.groupMemberPK);
+  const auto name =
+      DisplayNames::resolveIdentity(groupSenderJID(message, member), copied(message.pushName), member, directory());
   return name.value_or(style.unknownSenderLabel);
 }

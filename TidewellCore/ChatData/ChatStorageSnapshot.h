@@ -3,47 +3,55 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
 
-#include "TidewellCore/ChatData/ChatRecords.h"
-#include "TidewellCore/ChatData/ContactDirectory.h"
+#include "TidewellCore/ChatData/CanonicalJID.h"
+#include "TidewellCore/ChatData/ChatTables.h"
 #include "TidewellCore/TranscriptStyle.h"
 
-// All that one backup's chat database holds, read once and then unchanged.
+// All that one backup's chat database holds, put together once and then
+// unchanged: the one answer to whose a message is, and which chat's. It cannot
+// be copied, since its messages' texts stand in it.
 //
 // WhatsApp may keep two records of one person, one by phone number and one by
-// LID. They are one chat, known by its canonical JID: the phone's.
-struct ChatStorageSnapshot {
-  // Where a message stands in `messagesByChat`.
-  struct MessagePosition {
-    std::int64_t chatPK = 0;
-    std::size_t index = 0;
-
-    bool operator==(const MessagePosition&) const = default;
+// LID. They are one chat, known by its canonical JID: the phone's. Records
+// without a JID, and messages of records that are not there, belong to the chat
+// UnknownChatJID.
+class ChatStorageSnapshot {
+ public:
+  // A chat and its messages.
+  struct Chat {
+    CanonicalJID jid;
+    std::size_t firstMessage = 0;
+    std::size_t messageCount = 0;
   };
 
-  std::map<std::int64_t, ChatRecord> chats;                   // by primary key
-  std::map<std::string, ChatRecord, std::less<>> chatsByJID;  // as the JID is stored
-  // Oldest first, undated before all; those of one date in the phone's own order.
-  std::map<std::int64_t, std::vector<MessageRecord>> messagesByChat;
-  std::unordered_map<std::string, MessagePosition> mediaByRelativePath;
-  UnreadMessages unread;
-  ContactDirectory directory;
-  // Derived from `chats` and `directory`; the smallest primary key first.
-  std::map<std::string, std::vector<std::int64_t>, std::less<>> chatPKsByCanonicalJID;
-  std::vector<std::string> warnings;  // what may be missing: sentences for people, in English
+  // `tables` with a directory that knows what contacts say as well.
+  explicit ChatStorageSnapshot(ChatTables tables = {});
+  ChatStorageSnapshot(ChatStorageSnapshot&&) = default;
+  ChatStorageSnapshot& operator=(ChatStorageSnapshot&&) = default;
 
-  // Replaces the directory and what is derived from it.
-  void setDirectory(ContactDirectory completed);
+  const std::map<std::int64_t, ChatRecord>& records() const { return tables_.chats; }
+  const ContactDirectory& directory() const { return tables_.directory; }
+  const UnreadMessages& unread() const { return tables_.unread; }
+
+  // Every chat that has a record or a message, by its JID.
+  std::span<const Chat> chats() const { return chats_; }
+  // Undated ones first, then oldest first; those of one date by their record, then in the phone's order.
+  std::span<const MessageRecord> messages(const Chat& chat) const;
+  // None for a chat that is not here.
+  std::span<const MessageRecord> messages(const CanonicalJID& jid) const;
+  std::span<const MessageRecord> messages() const { return tables_.messages; }
 
   // The record of that very JID, else that of its canonical JID, else the first
   // of the same person. Null when there is none.
   const ChatRecord* chat(std::string_view jid) const;
   // The phone's JID for a LID that the directory knows; else the JID, trimmed.
-  std::string canonicalChatJID(std::string_view jid) const;
+  CanonicalJID canonicalChatJID(std::string_view jid) const;
   // The canonical JID, then its LID or phone counterpart.
   std::vector<std::string> aliasJIDs(std::string_view jid) const;
   // What a chat is called everywhere.
@@ -51,13 +59,32 @@ struct ChatStorageSnapshot {
 
   // The message that carries a media file of the backup; null when none does.
   const MessageRecord* mediaMessage(std::string_view relativePath) const;
-  // The canonical JID of the chat that a media file belongs to: its message's,
-  // else that of its path, else UnknownChatJID.
-  std::string ownerJID(std::string_view mediaPath, const std::optional<std::string>& pathJID) const;
+  bool hasMedia() const { return !mediaByRelativePath_.empty(); }
+  // The paths of the files that messages carry, in no order, as `mediaMessage` knows them.
+  std::vector<std::string_view> mediaPaths() const;
+  // The chat that a media file belongs to: its message's, else that of its path, else UnknownChatJID.
+  CanonicalJID ownerJID(std::string_view mediaPath, const std::optional<std::string>& pathJID) const;
 
-  // Who wrote a message; never the digits of a LID. `chat` is the message's record, or null.
-  std::string senderName(const MessageRecord& message, const ChatRecord* chat, const TranscriptStyle& style) const;
+  // Who wrote a message; never the digits of a LID.
+  std::string senderName(const MessageRecord& message, const TranscriptStyle& style) const;
 
  private:
+  using Keys = std::vector<std::int64_t>;     // of rows, ascending
+  using Places = std::vector<std::uint32_t>;  // of rows, among all messages
+  using ChatsOfRecords = std::unordered_map<std::int64_t, std::size_t>;
+
+  void fileRecords();
+  ChatsOfRecords listChats();
+  Places arrange();
+  void attachMedia(const Keys& keys, const Places& places);
+  std::vector<Chat>::const_iterator placeOf(const CanonicalJID& jid) const;
+  static CanonicalJID known(CanonicalJID jid);
+  CanonicalJID jidOfRecord(std::int64_t pk) const;
   std::string titleOf(const ChatRecord& record) const;
+
+  ChatTables tables_;
+  std::map<std::string, std::int64_t, std::less<>> recordsByJID_;           // as the JID is stored
+  std::map<std::string, std::int64_t, std::less<>> recordsByCanonicalJID_;  // the first of each
+  std::vector<Chat> chats_;
+  std::unordered_map<std::string_view, std::uint32_t> mediaByRelativePath_;  // places among the messages
 };

@@ -9,11 +9,11 @@ namespace {
 using ContactTable = std::map<std::string, AddressBookContact, std::less<>>;
 
 // Text, numbers as text, and bytes that are text; nothing for what shows nothing.
-std::optional<std::string> field(const SQLiteRow& row, const std::string& column) {
-  const SQLiteValue* value = row.value(column);
-  if (value != nullptr && std::holds_alternative<Bytes>(*value))
-    return NameResolver::trimmedNonEmpty(NameResolver::cut(textOrUTF8(value)));
-  return NameResolver::trimmedNonEmpty(NameResolver::cut(row.textValue(column)));
+std::optional<std::string> field(const SQLiteRowView& row, TableReader::Column column) {
+  const bool isBlob = row.type(column.place) == SQLiteRowView::Type::blob;
+  const auto text = isBlob ? textOrUTF8(row, column) : row.text(column.place);
+  if (!text) return std::nullopt;
+  return NameResolver::trimmedNonEmpty(NameResolver::cut(std::string(*text)));
 }
 
 // Of two contacts with one key the first stays, unless it has no name.
@@ -35,14 +35,14 @@ std::optional<std::string> phoneJID(const AddressBookContact& contact) {
 bool ContactsReader::load(const std::filesystem::path& copiedDatabase, std::vector<AddressBookContact>& contacts) {
   const SQLiteDB database(PathText::text(copiedDatabase), SQLiteDB::OpenMode::writableCopy);
   TableReader table(database, "ZWAADDRESSBOOKCONTACT");
-  const std::string fullName = table.select({"ZFULLNAME", "ZDISPLAYNAME"});
-  const std::string givenName = table.select({"ZGIVENNAME", "ZFIRSTNAME"});
-  const std::string businessName = table.select({"ZBUSINESSNAME"});
-  const std::string whatsAppID = table.select({"ZWHATSAPPID", "ZCONTACTJID", "ZJID"});
-  const std::string lid = table.select({"ZLID"});
-  const std::string phoneNumber = table.select({"ZPHONENUMBER"});
-  const std::string localizedNumber = table.select({"ZLOCALIZEDPHONENUMBER"});
-  table.forEachRow([&](const SQLiteRow& row) {
+  const TableReader::Column fullName = table.select({"ZFULLNAME", "ZDISPLAYNAME"});
+  const TableReader::Column givenName = table.select({"ZGIVENNAME", "ZFIRSTNAME"});
+  const TableReader::Column businessName = table.select({"ZBUSINESSNAME"});
+  const TableReader::Column whatsAppID = table.select({"ZWHATSAPPID", "ZCONTACTJID", "ZJID"});
+  const TableReader::Column lid = table.select({"ZLID"});
+  const TableReader::Column phoneNumber = table.select({"ZPHONENUMBER"});
+  const TableReader::Column localizedNumber = table.select({"ZLOCALIZEDPHONENUMBER"});
+  table.forEachRow([&](const SQLiteRowView& row) {
     AddressBookContact contact{.fullName = field(row, fullName),
                                .givenName = field(row, givenName),
                                .businessName = field(row, businessName),
@@ -52,7 +52,7 @@ bool ContactsReader::load(const std::filesystem::path& copiedDatabase, std::vect
     if (!contact.phoneNumber) contact.phoneNumber = field(row, localizedNumber);
     contacts.push_back(std::move(contact));
   });
-  return !fullName.empty() && !whatsAppID.empty();
+  return fullName.isThere() && whatsAppID.isThere();
 }
 
 ContactDirectory ContactsReader::directory(const std::vector<AddressBookContact>& contacts, ContactDirectory base) {

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "TidewellCore/ChatData/JID.h"
+
 namespace {
 
 using MissingMessages::Words;
@@ -13,28 +15,20 @@ std::string sentence(const Words& words, std::int64_t count) {
   return text.replace(text.find(placeholder), placeholder.size(), std::to_string(count));
 }
 
-bool isListed(const ChatStorageSnapshot& snapshot, std::int64_t chatPK) {
-  const auto chat = snapshot.chats.find(chatPK);
-  return chat != snapshot.chats.end() && !snapshot.canonicalChatJID(chat->second.jid).empty();
-}
-
 bool showsSomething(const MessageRecord& message) {
   return message.mediaLocalPath || (message.text && !message.text->empty());
 }
 
-// Phones date every message; those without a date stand first in their chats.
+// Phones date every message.
 bool isAnyDated(const ChatStorageSnapshot& snapshot) {
-  return std::ranges::any_of(snapshot.messagesByChat,
-                             [](const auto& chat) { return !chat.second.empty() && chat.second.back().date; });
+  return std::ranges::any_of(snapshot.messages(),
+                             [](const MessageRecord& message) { return message.date.has_value(); });
 }
 
 // Those that an export puts together, since nothing tells their chats.
 std::int64_t countOfUnlisted(const ChatStorageSnapshot& snapshot) {
-  std::int64_t count = 0;
-  for (const auto& [chatPK, messages] : snapshot.messagesByChat) {
-    if (!isListed(snapshot, chatPK)) count += std::ranges::count_if(messages, showsSomething);
-  }
-  return count;
+  const auto unlisted = snapshot.messages(snapshot.canonicalChatJID(UnknownChatJID));
+  return std::ranges::count_if(unlisted, showsSomething);
 }
 
 }  // namespace
@@ -54,18 +48,18 @@ const std::array<Words, 3> MissingMessages::allWords{{
              "it came, or make a new one with the iPhone."},
 }};
 
-bool MissingMessages::areAll(const ChatStorageSnapshot& snapshot) {
-  return snapshot.messagesByChat.empty() && snapshot.unread.withoutChat > 0;
+bool MissingMessages::areAll(const ChatTables& tables) {
+  return tables.messages.empty() && tables.unread.withoutChat > 0;
 }
 
 bool MissingMessages::mayBeMissing(const ChatStorageSnapshot& snapshot) {
-  const bool hasNoFiles = snapshot.mediaByRelativePath.empty() && snapshot.unread.ofFiles > 0;
-  const bool hasNoDates = !snapshot.messagesByChat.empty() && !isAnyDated(snapshot);
-  return snapshot.unread.isPartial || hasNoFiles || hasNoDates;
+  const bool hasNoFiles = !snapshot.hasMedia() && snapshot.unread().ofFiles > 0;
+  const bool hasNoDates = !snapshot.messages().empty() && !isAnyDated(snapshot);
+  return snapshot.unread().isPartial || hasNoFiles || hasNoDates;
 }
 
 std::vector<std::string> MissingMessages::warnings(const ChatStorageSnapshot& snapshot) {
-  const std::array counts{snapshot.unread.withoutChat, countOfUnlisted(snapshot), snapshot.unread.withoutText};
+  const std::array counts{snapshot.unread().withoutChat, countOfUnlisted(snapshot), snapshot.unread().withoutText};
   static_assert(counts.size() == allWords.size());
   std::vector<std::string> all;
   for (std::size_t i = 0; i < counts.size(); ++i) {

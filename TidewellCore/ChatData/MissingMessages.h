@@ -19,7 +19,7 @@ struct Words {
 extern const std::array<Words, 3> allWords;
 
 // Whether there are messages and none says its chat.
-bool areAll(const ChatStorageSnapshot& snapshot);
+bool areAll(const ChatTables& tables);
 // Whether something is gone that no count tells: files are named and not one has
 // its message, no message has a date, or a column that every phone has is not there.
 bool mayBeMissing(const ChatStorageSnapshot& snapshot);

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "TidewellCore/ChatData/ContactDirectory.h"
 #include "TidewellCore/ChatData/EncodedMessage.h"
 #include "TidewellCore/ChatData/JID.h"
 #include "TidewellCore/Platform/Text.h"
@@ -43,16 +42,6 @@ double switchRate(std::string_view text) {
 bool isHexadecimal(std::string_view text) {
   const bool allHex = text.find_first_not_of("0123456789abcdefABCDEF-") == std::string_view::npos;
   return allHex && std::ranges::any_of(text, isDigit);
-}
-
-std::optional<std::string> plausible(const std::optional<std::string>& name) {
-  if (!name || !NameResolver::isPlausibleDisplayName(*name)) return std::nullopt;
-  return Text::trimmed(*name);
-}
-
-std::optional<std::string> contactName(std::string_view jid, const ContactDirectory& directory) {
-  const AddressBookContact* contact = directory.contact(jid);
-  return contact == nullptr ? std::nullopt : plausible(contact->bestName());
 }
 
 }  // namespace
@@ -141,31 +130,4 @@ std::optional<std::string> NameResolver::trimmedNonEmpty(const std::optional<std
   if (!text) return std::nullopt;
   std::string trimmed = Text::trimmed(*text);
   return trimmed.empty() ? std::nullopt : std::optional(std::move(trimmed));
-}
-
-std::optional<std::string> NameResolver::groupMemberDisplayName(const GroupMemberRecord& member) {
-  const auto name = plausible(member.contactName);
-  return name ? name : plausible(member.firstName);
-}
-
-std::string NameResolver::chatTitle(std::string_view partnerName, std::string_view jid,
-                                    const ContactDirectory& directory) {
-  const std::string partner = Text::trimmed(partnerName);
-  if (!isPlaceholderPartnerName(partner)) return partner;
-  if (const auto name = contactName(jid, directory)) return *name;
-  if (const auto phone = formattedPhone(jid)) return *phone;
-  if (const auto name = trimmedNonEmpty(directory.pushName(jid))) return *name;
-  return partner.empty() ? Text::trimmed(jid) : partner;
-}
-
-std::optional<std::string> NameResolver::resolveIdentity(const std::optional<std::string>& jid,
-                                                         const std::optional<std::string>& messagePushName,
-                                                         const GroupMemberRecord* member,
-                                                         const ContactDirectory& directory) {
-  const std::string sender = jid.value_or("");
-  if (const auto name = contactName(sender, directory)) return name;
-  if (const auto name = member == nullptr ? std::nullopt : groupMemberDisplayName(*member)) return name;
-  if (const auto name = trimmedNonEmpty(directory.pushName(sender))) return name;
-  if (const auto name = plausible(messagePushName)) return name;
-  return formattedPhone(sender);
 }

@@ -6,10 +6,8 @@
 #include <string_view>
 #include <vector>
 
-struct ContactDirectory;
-struct GroupMemberRecord;
-
-// Which name stands for a chat and for the sender of a message.
+// Identifiers and names as texts: how a JID may be written, and what can be a
+// name. Whose name is shown is for DisplayNames.
 namespace NameResolver {
 
 // The spellings under which a JID is filed and looked up, the most telling first:
@@ -42,14 +40,5 @@ bool looksLikeOpaqueBlob(std::string_view text);
 // A name that shows nothing: blanks and directional marks alone, or nothing at all.
 bool isPlaceholderPartnerName(std::string_view name);
 std::optional<std::string> trimmedNonEmpty(const std::optional<std::string>& text);
-
-// The member's contact name, else first name.
-std::optional<std::string> groupMemberDisplayName(const GroupMemberRecord& member);
-// The name of a chat; its JID when no name is known.
-std::string chatTitle(std::string_view partnerName, std::string_view jid, const ContactDirectory& directory);
-// The name of a sender in a group. `member` may be null.
-std::optional<std::string> resolveIdentity(const std::optional<std::string>& jid,
-                                           const std::optional<std::string>& messagePushName,
-                                           const GroupMemberRecord* member, const ContactDirectory& directory);
 
 }  // namespace NameResolver

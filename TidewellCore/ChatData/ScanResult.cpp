@@ -26,19 +26,15 @@ std::string domainOf(const ManifestStore& manifest) {
   return manifest.files.empty() ? std::string() : manifest.files.front().domain;
 }
 
-std::map<std::string, ScanChat> countChats(const ChatStorageSnapshot& snapshot, const ManifestStore& manifest,
-                                           const OpenedBackup& opened) {
-  std::map<std::string, ScanChat> rows;
-  for (const ManifestFile& file : manifest.media) {
-    ScanChat& row = rows[snapshot.ownerJID(file.relativePath, FileNaming::chatJID(file.relativePath))];
+std::map<CanonicalJID, ScanChat> countChats(const BackupSource& source) {
+  std::map<CanonicalJID, ScanChat> rows;
+  for (const ManifestFile& file : source.media()) {
+    ScanChat& row = rows[source.snapshot.ownerJID(file.relativePath, FileNaming::chatJID(file.relativePath))];
     ++row.mediaFileCount;
-    row.mediaBytes = saturatingAdd(row.mediaBytes, opened.sourceSize(file));
+    row.mediaBytes = saturatingAdd(row.mediaBytes, source.opened.sourceSize(file));
   }
-  for (const auto& [pk, messages] : snapshot.messagesByChat) {
-    const auto chat = snapshot.chats.find(pk);
-    if (chat == snapshot.chats.end() || messages.empty()) continue;
-    const std::string jid = snapshot.canonicalChatJID(chat->second.jid);
-    rows[jid.empty() ? std::string(UnknownChatJID) : jid].messageCount += static_cast<std::int64_t>(messages.size());
+  for (const ChatStorageSnapshot::Chat& chat : source.snapshot.chats()) {
+    if (chat.messageCount > 0) rows[chat.jid].messageCount = static_cast<std::int64_t>(chat.messageCount);
   }
   return rows;
 }
@@ -54,24 +50,16 @@ std::int64_t ScanResult::count(const MediaKinds& kinds) const { return sum(*this
 
 std::int64_t ScanResult::bytes(const MediaKinds& kinds) const { return sum(*this, kinds).byteCount; }
 
-std::vector<std::string> ScanSummary::warnings(const ChatStorageSnapshot& snapshot, const ManifestStore& manifest,
-                                               const OpenedBackup& opened) {
-  std::vector<std::string> all = opened.warnings();
-  all.insert(all.end(), manifest.warnings.begin(), manifest.warnings.end());
-  all.insert(all.end(), snapshot.warnings.begin(), snapshot.warnings.end());
-  return all;
-}
-
-ScanResult ScanSummary::summarize(const ChatStorageSnapshot& snapshot, const ManifestStore& manifest,
-                                  const OpenedBackup& opened, const Locale& locale) {
+ScanResult ScanSummary::summarize(const BackupSource& source, const Locale& locale) {
+  const ManifestStore& manifest = source.manifest;
   ScanResult result{.mediaFileCount = static_cast<std::int64_t>(manifest.media.size()),
                     .skippedThumbnailCount = static_cast<std::int64_t>(manifest.skippedThumbnails.size()),
                     .hasChatStorage = manifest.chatStorage.has_value(),
                     .whatsAppDomain = domainOf(manifest),
-                    .chats = scanChats(snapshot, manifest, opened, locale),
-                    .warnings = warnings(snapshot, manifest, opened)};
+                    .chats = scanChats(source, locale),
+                    .warnings = source.warnings};
   for (const ManifestFile& file : manifest.media) {
-    const std::int64_t size = opened.sourceSize(file);
+    const std::int64_t size = source.opened.sourceSize(file);
     result.statsByKind[MediaKind::classify(PathText::extension(file.relativePath))].add(size);
     result.totalBytes = saturatingAdd(result.totalBytes, size);
   }
@@ -79,13 +67,12 @@ ScanResult ScanSummary::summarize(const ChatStorageSnapshot& snapshot, const Man
   return result;
 }
 
-std::vector<ScanChat> ScanSummary::scanChats(const ChatStorageSnapshot& snapshot, const ManifestStore& manifest,
-                                             const OpenedBackup& opened, const Locale& locale) {
+std::vector<ScanChat> ScanSummary::scanChats(const BackupSource& source, const Locale& locale) {
   std::vector<ScanChat> chats;
-  auto rows = countChats(snapshot, manifest, opened);
+  auto rows = countChats(source);
   for (auto& [jid, row] : rows) {
-    row.jid = jid;
-    row.name = snapshot.chatTitle(jid);
+    row.jid = jid.text();
+    row.name = source.snapshot.chatTitle(row.jid);
     chats.push_back(std::move(row));
   }
   // The rows come in the order of their JIDs, which a stable sort keeps among equal names.

@@ -5,9 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "TidewellCore/Backup/ManifestStore.h"
-#include "TidewellCore/Backup/OpenedBackup.h"
-#include "TidewellCore/ChatData/ChatStorageSnapshot.h"
+#include "TidewellCore/ChatData/BackupSource.h"
 #include "TidewellCore/MediaKind.h"
 
 struct MediaTypeStats {
@@ -52,16 +50,10 @@ struct ScanResult {
 
 namespace ScanSummary {
 
-// What the file index and WhatsApp's databases tell of damage.
-std::vector<std::string> warnings(const ChatStorageSnapshot& snapshot, const ManifestStore& manifest,
-                                  const OpenedBackup& opened);
-
 // `locale` orders the names of the chats.
-ScanResult summarize(const ChatStorageSnapshot& snapshot, const ManifestStore& manifest, const OpenedBackup& opened,
-                     const Locale& locale);
+ScanResult summarize(const BackupSource& source, const Locale& locale);
 
 // One row for each chat that has messages, media or both.
-std::vector<ScanChat> scanChats(const ChatStorageSnapshot& snapshot, const ManifestStore& manifest,
-                                const OpenedBackup& opened, const Locale& locale);
+std::vector<ScanChat> scanChats(const BackupSource& source, const Locale& locale);
 
 }  // namespace ScanSummary

@@ -82,7 +82,7 @@ auto readCopies(const OpenedBackup& opened, const DatabaseFiles& files, const Ca
   return read(copyDatabase(opened, files, folder.path(), isCancelled));
 }
 
-ChatStorageSnapshot readChats(const fs::path& copy) {
+ChatTables readChats(const fs::path& copy) {
   try {
     return ChatStorageReader::load(copy);
   } catch (const TidewellError& error) {
@@ -96,16 +96,19 @@ void append(std::vector<std::string>& warnings, BackupDatabase database, const D
   for (std::string& warning : DatabaseCheck::warnings(database, faults)) warnings.push_back(std::move(warning));
 }
 
-ChatStorageSnapshot loadChats(WorkingCopy copy) {
-  ChatStorageSnapshot snapshot = readChats(copy.path);
+// Tables as they were read, and what may be missing of them.
+struct Chats {
+  ChatTables tables;
+  DatabaseFaults faults;
+};
+
+Chats loadChats(WorkingCopy copy) {
+  Chats chats{.tables = readChats(copy.path), .faults = std::move(copy.faults)};
   const SQLiteDB database(PathText::text(copy.path), SQLiteDB::OpenMode::readOnly);
   if (!database.tableExists(messageTable)) throw TidewellError::chatStorageUnreadable(noMessages);
-  if (MissingMessages::areAll(snapshot)) throw TidewellError::chatStorageUnreadable(noChats);
-  if (MissingMessages::mayBeMissing(snapshot)) copy.faults.insert(DatabaseFault::damaged);
-  copy.faults.merge(DatabaseCheck::within(database, chatTables));
-  append(snapshot.warnings, BackupDatabase::chats, copy.faults);
-  std::ranges::move(MissingMessages::warnings(snapshot), std::back_inserter(snapshot.warnings));
-  return snapshot;
+  if (MissingMessages::areAll(chats.tables)) throw TidewellError::chatStorageUnreadable(noChats);
+  chats.faults.merge(DatabaseCheck::within(database, chatTables));
+  return chats;
 }
 
 // Whether a database that is whole may have failed so: SQLite's words for what the disk
@@ -152,28 +155,33 @@ Contacts readContacts(const OpenedBackup& opened, const DatabaseFiles& files,
 
 // Without contacts people are known by their numbers, so damage to them ends nothing.
 // Folders keep the names they get, so what may have failed for a moment is read once more.
-void addContacts(ChatStorageSnapshot& snapshot, const OpenedBackup& opened, const DatabaseFiles& files,
-                 const CancellationCheck& isCancelled) {
+Contacts loadContacts(const OpenedBackup& opened, const DatabaseFiles& files, const CancellationCheck& isCancelled) {
   Contacts contacts = readContacts(opened, files, isCancelled);
   if (contacts.faults.contains(DatabaseFault::damaged)) contacts = readContacts(opened, files, isCancelled);
-  snapshot.setDirectory(ContactsReader::directory(contacts.all, std::move(snapshot.directory)));
-  append(snapshot.warnings, BackupDatabase::contacts, contacts.faults);
+  return contacts;
 }
 
 }  // namespace
 
-ChatStorageSnapshot SnapshotLoader::load(const OpenedBackup& opened, const ManifestStore& manifest,
-                                         const CancellationCheck& isCancelled) {
-  ChatStorageSnapshot snapshot;
+SnapshotLoader::Loaded SnapshotLoader::load(const OpenedBackup& opened, const ManifestStore& manifest,
+                                            const CancellationCheck& isCancelled) {
+  Chats chats;
   if (manifest.chatStorage) {
-    snapshot = readCopies(opened, {manifest.chatStorage, manifest.chatStorageWAL, manifest.chatStorageSHM}, isCancelled,
-                          loadChats);
+    chats = readCopies(opened, {manifest.chatStorage, manifest.chatStorageWAL, manifest.chatStorageSHM}, isCancelled,
+                       loadChats);
   }
   throwIfCancelled(isCancelled);
+  Contacts contacts;
   if (manifest.contacts) {
-    addContacts(snapshot, opened, {manifest.contacts, manifest.contactsWAL, manifest.contactsSHM}, isCancelled);
+    contacts = loadContacts(opened, {manifest.contacts, manifest.contactsWAL, manifest.contactsSHM}, isCancelled);
   }
   throwIfCancelled(isCancelled);
-  std::ranges::move(UnreadApps::warnings(manifest), std::back_inserter(snapshot.warnings));
-  return snapshot;
+  chats.tables.directory = ContactsReader::directory(contacts.all, std::move(chats.tables.directory));
+  Loaded loaded{.snapshot = ChatStorageSnapshot(std::move(chats.tables))};
+  if (MissingMessages::mayBeMissing(loaded.snapshot)) chats.faults.insert(DatabaseFault::damaged);
+  append(loaded.warnings, BackupDatabase::chats, chats.faults);
+  std::ranges::move(MissingMessages::warnings(loaded.snapshot), std::back_inserter(loaded.warnings));
+  append(loaded.warnings, BackupDatabase::contacts, contacts.faults);
+  std::ranges::move(UnreadApps::warnings(manifest), std::back_inserter(loaded.warnings));
+  return loaded;
 }

@@ -6,14 +6,18 @@
 
 namespace SnapshotLoader {
 
+struct Loaded {
+  ChatStorageSnapshot snapshot;
+  std::vector<std::string> warnings;  // of what may be missing: sentences for people, in English
+};
+
 // Reads the chat and the contacts database of a backup from working copies,
 // which are gone when it returns or throws. Empty where the backup has neither.
-// Damage that leaves something to read is told in the snapshot's warnings; a chat
+// Damage that leaves something to read is told in the warnings; a chat
 // database without a table of messages, or without one that says its chat, is
 // unreadable. Contacts that are damaged or not stored are a warning.
 // Throws TidewellError::chatStorageUnreadable, ::invalidDatabase, ::cancelled,
 // and what making the copies reports.
-ChatStorageSnapshot load(const OpenedBackup& opened, const ManifestStore& manifest,
-                         const CancellationCheck& isCancelled = {});
+Loaded load(const OpenedBackup& opened, const ManifestStore& manifest, const CancellationCheck& isCancelled = {});
 
 }  // namespace SnapshotLoader

@@ -8,26 +8,20 @@ TableReader::TableReader(const SQLiteDB& database, std::string table) : database
   if (database.tableExists(table_)) columns_ = database.columns(table_);
 }
 
-std::string TableReader::select(std::initializer_list<const char*> candidates) {
+TableReader::Column TableReader::select(std::initializer_list<const char*> candidates) {
   const auto* found = std::ranges::find_if(
       candidates, [&](const char* candidate) { return columns_.contains(Text::uppercasedASCII(candidate)); });
   if (found == candidates.end()) return {};
-  // Without a name of its own a result column is called as the table declares it, in any letter case.
-  const std::string name = *found;
-  selected_ += (selected_.empty() ? "" : ", ") + name + " AS " + name;
-  return name;
+  selected_ += (selected_.empty() ? "" : ", ") + std::string(*found);
+  return {.place = count_++};
 }
 
-void TableReader::forEachRow(const SQLiteDB::RowHandler& row, const std::string& condition) const {
-  if (selected_.empty()) return;
-  const std::string where = condition.empty() ? "" : " WHERE " + condition;
-  database_.query("SELECT " + selected_ + " FROM " + table_ + where, {}, row);
+void TableReader::forEachRow(const SQLiteDB::RowViewHandler& row) const {
+  if (!selected_.empty()) database_.forEachRow("SELECT " + selected_ + " FROM " + table_, row);
 }
 
-std::optional<std::string> textOrUTF8(const SQLiteValue* value) {
-  if (value == nullptr) return std::nullopt;
-  if (const auto* text = std::get_if<std::string>(value)) return *text;
-  const auto* blob = std::get_if<Bytes>(value);
-  if (blob == nullptr || !Text::isValid(textOf(*blob))) return std::nullopt;
-  return std::string(textOf(*blob));
+std::optional<std::string_view> textOrUTF8(const SQLiteRowView& row, TableReader::Column column) {
+  if (row.type(column.place) == SQLiteRowView::Type::text) return row.text(column.place);
+  const auto blob = row.blob(column.place);
+  return blob && Text::isValid(textOf(*blob)) ? std::optional(textOf(*blob)) : std::nullopt;
 }

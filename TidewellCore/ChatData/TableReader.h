@@ -10,21 +10,28 @@
 // names the candidates of each field and gets the column that is there.
 class TableReader {
  public:
+  // The place of a column in the rows that are read; it is NULL in all of them when it is not there.
+  struct Column {
+    int place = -1;
+
+    bool isThere() const { return place >= 0; }
+  };
+
   // A missing table has no columns. The database must outlive the reader.
   TableReader(const SQLiteDB& database, std::string table);
 
-  // Selects the first candidate that is a column and returns its name, under
-  // which rows then hold it; empty when there is none, and rows hold nothing then.
-  std::string select(std::initializer_list<const char*> candidates);
-  // One pass over the selected columns; `condition` is SQL that follows WHERE.
-  void forEachRow(const SQLiteDB::RowHandler& row, const std::string& condition = {}) const;
+  // Selects the first candidate that is a column.
+  Column select(std::initializer_list<const char*> candidates);
+  // One pass over the selected columns.
+  void forEachRow(const SQLiteDB::RowViewHandler& row) const;
 
  private:
   const SQLiteDB& database_;
   std::string table_;
   std::set<std::string> columns_;
   std::string selected_;
+  int count_ = 0;
 };
 
 // Text as it is, and bytes that are valid UTF-8; anything else is absent.
-std::optional<std::string> textOrUTF8(const SQLiteValue* value);
+std::optional<std::string_view> textOrUTF8(const SQLiteRowView& row, TableReader::Column column);

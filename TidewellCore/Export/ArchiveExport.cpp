@@ -47,9 +47,7 @@ class Writing {
       failures_.add(error,
                     {.name = loss.name, .chat = loss.chat.name, .reason = CopyFailures::reasonOf(error, loss.source)});
     };
-    ProfilePictures::attachAndCopy(
-        chats, {.files = source_.manifest.profilePictures, .snapshot = source_.snapshot, .backup = source_.opened},
-        setting_.archive.contentRoot, lost, isCancelled);
+    ProfilePictures::attachAndCopy(chats, source_.backup, setting_.archive.contentRoot, lost, isCancelled);
   }
 
  private:
@@ -80,14 +78,14 @@ std::int64_t unresolvedLinks(const ArchiveChat& chat, const MediaKinds& kinds) {
 
 ArchiveExport::Outcome ArchiveExport::write(const Source& source, const Setting& setting, FailureLog& failures,
                                             const CancellationCheck& isCancelled, ProgressReporter& progress) {
-  const ChatLines lines(source.snapshot);
+  const ChatLines lines(source.backup.snapshot);
   const MediaLinks links(source.plan);
   std::vector<ArchiveChat> chats = lines.chats(source.plan.folders);
   progress.begin(ExportProgress::Phase::writingTranscripts, static_cast<std::int64_t>(chats.size()));
   Writing writing(source, setting, failures);
   writing.copyPictures(chats, isCancelled);
   // An archive without pictures would look whole.
-  EarlyEnd::requireBackup({.backup = source.opened.url(), .destination = &setting.archive.destination});
+  EarlyEnd::requireBackup({.backup = source.backup.opened.url(), .destination = &setting.archive.destination});
 
   ChatArchiveWriter archive(setting.archive);
   Outcome outcome;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "TidewellCore/Archive/ChatArchiveWriter.h"
-#include "TidewellCore/Backup/OpenedBackup.h"
+#include "TidewellCore/ChatData/BackupSource.h"
 #include "TidewellCore/Export/ChatLines.h"
 #include "TidewellCore/Export/ExportPlan.h"
 #include "TidewellCore/Export/FailureLog.h"
@@ -12,9 +12,7 @@
 namespace ArchiveExport {
 
 struct Source {
-  const OpenedBackup& opened;
-  const ManifestStore& manifest;
-  const ChatStorageSnapshot& snapshot;
+  const BackupSource& backup;
   const ExportPlan& plan;  // carried out
 };
 

@@ -10,17 +10,29 @@ namespace {
 
 FolderAllocator::PlannedNames namesByChat(const ExportPlan::Wish& wish) {
   FolderAllocator::PlannedNames names;
-  for (const std::string& jid : wish.jidsOfTranscripts) names[jid];
+  for (const CanonicalJID& jid : wish.jidsOfTranscripts) names[jid];
   for (const ExportPlanner::Request& request : wish.requests) {
     names[request.chatJID].push_back(PortableNames::inForm(request.desiredName, wish.nameForm));
   }
   return names;
 }
 
+// The folders that are remembered for the chats of the requests.
+ChatFolders foldersOf(const std::vector<ExportPlanner::Request>& requests, const FolderAssignment& remembered) {
+  ChatFolders folders;
+  for (const ExportPlanner::Request& request : requests) {
+    const auto folder = remembered.find(request.chatJID.text());
+    if (folder != remembered.end()) folders.emplace(request.chatJID, folder->second);
+  }
+  return folders;
+}
+
 // Those of the requests that an earlier export carried out.
 std::vector<ExportPlanner::PlannedCopy> carriedOutBefore(std::vector<ExportPlanner::Request> requests,
-                                                         const FolderAssignment& folders, const DestinationIndex& index,
+                                                         const FolderAssignment& remembered,
+                                                         const DestinationIndex& index,
                                                          const CancellationCheck& isCancelled) {
+  const ChatFolders folders = foldersOf(requests, remembered);
   std::erase_if(requests, [&](const ExportPlanner::Request& request) { return !folders.contains(request.chatJID); });
   DestinationIndex untouched = index;
   std::vector<ExportPlanner::PlannedCopy> copies = ExportPlanner::plan(requests, folders, {}, untouched, isCancelled);
@@ -78,8 +90,8 @@ ExportPlanner::PathJIDs pathJIDsByChat(const std::vector<ExportPlanner::Request>
   return jids;
 }
 
-std::vector<std::string> keysOf(const FolderAllocator::PlannedNames& names) {
-  std::vector<std::string> jids;
+std::vector<CanonicalJID> keysOf(const FolderAllocator::PlannedNames& names) {
+  std::vector<CanonicalJID> jids;
   for (const auto& [jid, files] : names) jids.push_back(jid);
   return jids;
 }
@@ -92,7 +104,7 @@ ExportPlanner::LeftoverFolders withoutOthersFolders(ExportPlanner::LeftoverFolde
   std::set<std::string> rememberedKeys;
   for (const auto& [jid, folder] : remembered) rememberedKeys.insert(FileNaming::normalizedKey(folder));
   for (auto& [owner, folders] : leftovers) {
-    const std::vector<std::string> aliases = snapshot.aliasJIDs(owner);
+    const std::vector<std::string> aliases = snapshot.aliasJIDs(owner.text());
     std::erase_if(folders, [&](const std::string& folder) {
       const auto isOwners = [&](const std::string& jid) { return FolderAllocator::isAdoptableFolder(folder, jid); };
       return rememberedKeys.contains(FileNaming::normalizedKey(folder)) || std::ranges::none_of(aliases, isOwners);

@@ -8,11 +8,12 @@
 #include "TidewellCore/ChatData/ChatStorageSnapshot.h"
 #include "TidewellCore/Export/DestinationIndex.h"
 #include "TidewellCore/Export/ExportPlanner.h"
+#include "TidewellCore/Export/FolderAllocator.h"
 #include "TidewellCore/Export/FolderManifest.h"
 
 // All that an export is going to do, decided before the first byte is copied.
 struct ExportPlan {
-  FolderAssignment folders;              // one for each chat of this export
+  ChatFolders folders;                   // one for each chat of this export
   FolderAssignment remembered;           // these, and those of chats that only earlier exports had
   FolderAssignment rememberedMeanwhile;  // and the former folders, until all has moved out of them
   ExportPlanner::LeftoverFolders leftovers;
@@ -27,7 +28,7 @@ struct ExportPlan {
     std::vector<ExportPlanner::Request> requests;
     std::vector<ExportPlanner::Request> leftOut;  // of the kinds that are not wanted
     std::vector<ExportPlanner::Request> lost;     // which the backup no longer holds
-    std::vector<std::string> jidsOfTranscripts;   // chats that get a folder even without media
+    std::vector<CanonicalJID> jidsOfTranscripts;  // chats that get a folder even without media
     std::filesystem::path destination;
     std::filesystem::path contentRoot;
     NameForm nameForm = NameForm::plain;

@@ -28,7 +28,7 @@ struct FolderState {
 
 class Planner {
  public:
-  Planner(const FolderAssignment& folders, const LeftoverFolders& leftovers, DestinationIndex& index)
+  Planner(const ChatFolders& folders, const LeftoverFolders& leftovers, DestinationIndex& index)
       : folders_(folders), leftovers_(leftovers), index_(index) {}
 
   // The name of the copy that is there already under the name that an export gives it today.
@@ -103,7 +103,7 @@ class Planner {
     }
   }
 
-  const FolderAssignment& folders_;
+  const ChatFolders& folders_;
   const LeftoverFolders& leftovers_;
   DestinationIndex& index_;
   std::map<std::string, FolderState> states_;
@@ -111,8 +111,8 @@ class Planner {
 
 // Every name that ties a folder to a chat: what was remembered for any of its
 // JIDs, and the folders that were called after them.
-std::vector<std::string> formerNames(const std::string& jid, const ExportPlanner::LeftoverSearch& search) {
-  std::vector<std::string> jids = search.snapshot.aliasJIDs(jid);
+std::vector<std::string> formerNames(const CanonicalJID& jid, const ExportPlanner::LeftoverSearch& search) {
+  std::vector<std::string> jids = search.snapshot.aliasJIDs(jid.text());
   if (const auto paths = search.pathJIDs.find(jid); paths != search.pathJIDs.end()) {
     std::ranges::copy(paths->second, std::back_inserter(jids));
   }
@@ -127,7 +127,7 @@ std::vector<std::string> formerNames(const std::string& jid, const ExportPlanner
 
 }  // namespace
 
-std::vector<PlannedCopy> ExportPlanner::plan(const std::vector<Request>& requests, const FolderAssignment& folderForJID,
+std::vector<PlannedCopy> ExportPlanner::plan(const std::vector<Request>& requests, const ChatFolders& folderForJID,
                                              const LeftoverFolders& leftoversByOwner, DestinationIndex& index,
                                              const CancellationCheck& isCancelled) {
   CancellationPoint cancellation(isCancelled);

@@ -10,7 +10,7 @@
 
 #include "TidewellCore/ChatData/ChatStorageSnapshot.h"
 #include "TidewellCore/Export/DestinationIndex.h"
-#include "TidewellCore/Export/FolderManifest.h"
+#include "TidewellCore/Export/FolderAllocator.h"
 #include "TidewellCore/MediaKind.h"
 #include "TidewellCore/Platform/Bytes.h"
 
@@ -22,7 +22,7 @@ struct Request {
   std::filesystem::path source;  // in the backup; empty when it cannot be stored anywhere
   std::string relativePath;      // "Message/Media/…"
   std::string desiredName;       // in its plain form
-  std::string chatJID;
+  CanonicalJID chatJID;
   MediaKind kind = MediaKind::documents;
   std::int64_t sourceSize = 0;  // bytes of plaintext; negative when the stored file is missing or cut short
   std::optional<Date> date;
@@ -40,7 +40,7 @@ struct PlannedCopy {
   std::string relativePath;
   std::string desiredName;   // in the form that the destination takes
   std::string exportedName;  // the file name of `dest`: the desired one, or a variant of it
-  std::string chatJID;
+  CanonicalJID chatJID;
   MediaKind kind = MediaKind::documents;
   std::int64_t sourceSize = 0;
   bool alreadyPresent = false;  // nothing is to be copied
@@ -54,21 +54,21 @@ struct PlannedCopy {
 };
 
 // Folders that were a chat's in an earlier export and are not now, by the chat's JID.
-using LeftoverFolders = std::map<std::string, std::vector<std::string>>;
+using LeftoverFolders = std::map<CanonicalJID, std::vector<std::string>>;
 
 // One copy for each request, in their order, named in the index's form; what was
 // copied under a name of the other form is there as well. `folderForJID` names a folder for
 // every chat. Files to be moved out of a leftover folder leave the index.
 // Throws TidewellError::cancelled.
-std::vector<PlannedCopy> plan(const std::vector<Request>& requests, const FolderAssignment& folderForJID,
+std::vector<PlannedCopy> plan(const std::vector<Request>& requests, const ChatFolders& folderForJID,
                               const LeftoverFolders& leftoversByOwner, DestinationIndex& index,
                               const CancellationCheck& isCancelled = {});
 
 // The JID folders of each chat's media paths, by the chat's JID.
-using PathJIDs = std::map<std::string, std::set<std::string>>;
+using PathJIDs = std::map<CanonicalJID, std::set<std::string>>;
 
 struct LeftoverSearch {
-  const FolderAssignment& folderNames;  // this run's, for the chats to search for
+  const ChatFolders& folderNames;  // this run's, for the chats to search for
   const PathJIDs& pathJIDs;
   const FolderAssignment& persisted;
   const ChatStorageSnapshot& snapshot;

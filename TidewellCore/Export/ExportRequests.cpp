@@ -18,13 +18,12 @@ bool isShort(const std::optional<std::int64_t>& provenSize, const ManifestFile& 
 
 }  // namespace
 
-std::vector<ExportPlanner::Request> ExportRequests::build(const ManifestStore& manifest,
-                                                          const ChatStorageSnapshot& snapshot,
-                                                          const OpenedBackup& opened, const Wish& wish,
+std::vector<ExportPlanner::Request> ExportRequests::build(const BackupSource& source, const Wish& wish,
                                                           const CancellationCheck& isCancelled) {
+  const auto& [opened, manifest, snapshot, warnings] = source;
   std::vector<ExportPlanner::Request> requests;
   CancellationPoint cancellation(isCancelled);
-  for (const ManifestFile& file : manifest.media) {
+  for (const ManifestFile& file : source.media()) {
     cancellation.step();
     const MediaKind kind = MediaKind::classify(PathText::extension(file.relativePath));
     if (!wish.kinds.contains(kind)) continue;
@@ -72,10 +71,10 @@ std::vector<ExportPlanner::Request> ExportRequests::lost(
     }
   }
   std::vector<ExportPlanner::Request> lost;
-  for (const auto& [path, position] : snapshot.mediaByRelativePath) {
+  for (const std::string_view path : snapshot.mediaPaths()) {
     if (whole.contains(path)) continue;
     const std::optional<Date> date = snapshot.mediaMessage(path)->date;
-    lost.push_back({.relativePath = path,
+    lost.push_back({.relativePath = std::string(path),
                     .desiredName = FileNaming::exportFileName(date, path, stamps),
                     .chatJID = snapshot.ownerJID(path, FileNaming::chatJID(path)),
                     .kind = MediaKind::classify(PathText::extension(path)),

@@ -5,9 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "TidewellCore/Backup/ManifestStore.h"
-#include "TidewellCore/Backup/OpenedBackup.h"
-#include "TidewellCore/ChatData/ChatStorageSnapshot.h"
+#include "TidewellCore/ChatData/BackupSource.h"
 #include "TidewellCore/Export/ExportPlanner.h"
 #include "TidewellCore/MediaKind.h"
 
@@ -22,8 +20,7 @@ struct Wish {
 // A request for every media file of the wanted kinds, in the file index's
 // order. A file without a message is undated, in the chat of its path. Throws
 // TidewellError::cancelled.
-std::vector<ExportPlanner::Request> build(const ManifestStore& manifest, const ChatStorageSnapshot& snapshot,
-                                          const OpenedBackup& opened, const Wish& wish,
+std::vector<ExportPlanner::Request> build(const BackupSource& source, const Wish& wish,
                                           const CancellationCheck& isCancelled = {});
 
 // A sentence about those, and those of the profile pictures, that may have lost

@@ -5,9 +5,7 @@
 #include <span>
 
 #include "TidewellCore/Backup/BackupInspector.h"
-#include "TidewellCore/Backup/ManifestStore.h"
-#include "TidewellCore/Backup/OpenedBackup.h"
-#include "TidewellCore/ChatData/SnapshotLoader.h"
+#include "TidewellCore/ChatData/BackupSource.h"
 #include "TidewellCore/Export/ArchiveExport.h"
 #include "TidewellCore/Export/ChatLines.h"
 #include "TidewellCore/Export/DiskSpace.h"
@@ -31,14 +29,6 @@ namespace {
 namespace fs = std::filesystem;
 using Phase = ExportProgress::Phase;
 
-// The one reading of the index, which stands decrypted on the disk no longer than that.
-ManifestStore loadManifest(OpenedBackup& opened, const CancellationCheck& isCancelled) {
-  ManifestStore manifest =
-      ManifestStore::load(opened.url(), opened.manifestDatabaseURL(), opened.usesTemporaryManifest(), isCancelled);
-  opened.dropTemporaryManifest();
-  return manifest;
-}
-
 // Where every scan and export begins. What runs left behind that could not end themselves goes first.
 template <typename Work>
 auto begin(const EarlyEnd::Places& places, Work work) {
@@ -51,38 +41,29 @@ void requireWhatsApp(const ManifestStore& manifest) {
   throw TidewellError::chatStorageUnreadable("This backup holds no WhatsApp data.");
 }
 
-// What was read of a backup.
-struct Reading {
-  const OpenedBackup& opened;
-  const ManifestStore& manifest;
-  const ChatStorageSnapshot& snapshot;
-};
-
 MediaKinds allBut(const MediaKinds& kinds) {
   MediaKinds others(MediaKind::allCases.begin(), MediaKind::allCases.end());
   std::erase_if(others, [&](MediaKind kind) { return kinds.contains(kind); });
   return others;
 }
 
-ExportPlan makePlan(const ExportJob& job, const Reading& reading, const ExportTarget& target,
+ExportPlan makePlan(const ExportJob& job, const BackupSource& source, const ExportTarget& target,
                     const DateFormatter& stamps, const CancellationCheck& isCancelled) {
-  const auto& [opened, manifest, snapshot] = reading;
   const MediaKinds others = allBut(job.options.includedKinds);
   ExportPlan::Wish wish{
       .destination = target.destination(), .contentRoot = target.contentRoot(), .nameForm = target.nameForm()};
-  wish.requests = ExportRequests::build(manifest, snapshot, opened,
-                                        {.kinds = job.options.includedKinds, .stamps = stamps}, isCancelled);
+  wish.requests = ExportRequests::build(source, {.kinds = job.options.includedKinds, .stamps = stamps}, isCancelled);
   if (job.options.exportTranscripts) {
-    wish.leftOut = ExportRequests::build(manifest, snapshot, opened, {.kinds = others, .stamps = stamps}, isCancelled);
+    wish.leftOut = ExportRequests::build(source, {.kinds = others, .stamps = stamps}, isCancelled);
     throwIfCancelled(isCancelled);
-    wish.lost = ExportRequests::lost(snapshot, {&wish.requests, &wish.leftOut}, stamps);
-    wish.jidsOfTranscripts = ChatLines(snapshot).chatsWithMessages();
+    wish.lost = ExportRequests::lost(source.snapshot, {&wish.requests, &wish.leftOut}, stamps);
+    wish.jidsOfTranscripts = ChatLines(source.snapshot).chatsWithMessages();
   }
   throwIfCancelled(isCancelled);
-  ExportPlan plan = ExportPlan::make(wish, snapshot, isCancelled);
+  ExportPlan plan = ExportPlan::make(wish, source.snapshot, isCancelled);
   std::span<const ManifestFile> pictures;
-  if (job.options.exportTranscripts) pictures = manifest.profilePictures;
-  if (auto warning = ExportRequests::warningOfShortFiles(wish.requests, pictures, opened)) {
+  if (job.options.exportTranscripts) pictures = source.pictures();
+  if (auto warning = ExportRequests::warningOfShortFiles(wish.requests, pictures, source.opened)) {
     plan.warnings.push_back(std::move(*warning));
   }
   return plan;
@@ -91,18 +72,17 @@ ExportPlan makePlan(const ExportJob& job, const Reading& reading, const ExportTa
 // The part of an export that writes.
 class Writing {
  public:
-  Writing(const Exporter& exporter, const ExportJob& job, const Reading& reading, const RunControl& control)
+  Writing(const Exporter& exporter, const ExportJob& job, const BackupSource& source, const RunControl& control)
       : exporter_(exporter),
         job_(job),
-        reading_(reading),
+        source_(source),
         control_(control),
         target_(job.destination, job.backup),
         naming_(NamingMemory::decide({.naming = {.timeZone = exporter.timeZone, .locale = exporter.locale},
                                       .isTimeZoneChosen = exporter.isTimeZoneChosen,
                                       .isLocaleChosen = exporter.isLocaleChosen},
                                      NamingMemory::load(target_.contentRoot()))),
-        plan_(makePlan(job, reading, target_,
-                       FileNaming::stampFormatter(naming_.naming.timeZone, naming_.naming.locale),
+        plan_(makePlan(job, source, target_, FileNaming::stampFormatter(naming_.naming.timeZone, naming_.naming.locale),
                        control.isCancelled)) {}
 
   ExportSummary run(ProgressReporter& progress) {
@@ -112,7 +92,7 @@ class Writing {
     // Saved before copying, so that an interrupted export keeps its names.
     NamingMemory::save(target_.contentRoot(), naming_.naming);
     FolderManifest::save(target_.contentRoot(), plan_.rememberedMeanwhile);
-    MediaCopying::run(plan_, {.opened = reading_.opened, .snapshot = reading_.snapshot},
+    MediaCopying::run(plan_, source_,
                       {.lock = target_.lock(), .disk = target_.disk(), .failures = failures_, .summary = summary_},
                       control_.isCancelled, progress);
     remember();
@@ -126,7 +106,7 @@ class Writing {
 
  private:
   void warn() {
-    summary_.warnings = ScanSummary::warnings(reading_.snapshot, reading_.manifest, reading_.opened);
+    summary_.warnings = source_.warnings;
     std::ranges::copy(plan_.warnings, std::back_inserter(summary_.warnings));
     summary_.mayBeIncomplete = !summary_.warnings.empty();
     std::ranges::copy(naming_.warnings, std::back_inserter(summary_.warnings));
@@ -141,16 +121,14 @@ class Writing {
   }
 
   void writeArchive(ProgressReporter& progress) {
-    const auto& [opened, manifest, snapshot] = reading_;
-    const ArchiveExport::Outcome outcome =
-        ArchiveExport::write({.opened = opened, .manifest = manifest, .snapshot = snapshot, .plan = plan_},
-                             {.archive = {.destination = target_.destination(),
-                                          .contentRoot = target_.contentRoot(),
-                                          .style = exporter_.transcriptStyle,
-                                          .timeZone = exporter_.timeZone},
-                              .locale = exporter_.locale,
-                              .kinds = job_.options.includedKinds},
-                             failures_, control_.isCancelled, progress);
+    const ArchiveExport::Outcome outcome = ArchiveExport::write({.backup = source_, .plan = plan_},
+                                                                {.archive = {.destination = target_.destination(),
+                                                                             .contentRoot = target_.contentRoot(),
+                                                                             .style = exporter_.transcriptStyle,
+                                                                             .timeZone = exporter_.timeZone},
+                                                                 .locale = exporter_.locale,
+                                                                 .kinds = job_.options.includedKinds},
+                                                                failures_, control_.isCancelled, progress);
     summary_.transcriptCount = outcome.transcriptCount;
     summary_.archiveIndexURL = outcome.page;
     summary_.unresolvedArchiveLinkCount = outcome.unresolvedLinkCount;
@@ -164,7 +142,7 @@ class Writing {
 
   const Exporter& exporter_;
   const ExportJob& job_;
-  const Reading& reading_;
+  const BackupSource& source_;
   const RunControl& control_;
   const ExportTarget target_;
   const NamingMemory::Decision naming_;
@@ -186,10 +164,9 @@ ScanResult Exporter::scan(const fs::path& backup, std::optional<std::string_view
     OpenedBackup opened = OpenedBackup::open(backup, password, {.isCancelled = isCancelled}, unlockReport,
                                              {.used = passwordKey == nullptr ? nullptr : &used});
     throwIfCancelled(isCancelled);
-    const ManifestStore manifest = loadManifest(opened, isCancelled);
-    const ChatStorageSnapshot snapshot = SnapshotLoader::load(opened, manifest, isCancelled);
+    const BackupSource source = BackupSource::load(std::move(opened), isCancelled);
     EarlyEnd::requireBackup({.backup = backup});
-    ScanResult result = ScanSummary::summarize(snapshot, manifest, opened, locale);
+    ScanResult result = ScanSummary::summarize(source, locale);
     if (passwordKey != nullptr) *passwordKey = std::move(used);
     return result;
   });
@@ -209,13 +186,10 @@ ExportSummary Exporter::runExport(const ExportJob& job, const RunControl& contro
   throwIfCancelled(control.isCancelled);
 
   progress.begin(Phase::readingChats);
-  const ManifestStore manifest = loadManifest(opened, control.isCancelled);
-  requireWhatsApp(manifest);
-  const ChatStorageSnapshot snapshot = SnapshotLoader::load(opened, manifest, control.isCancelled);
+  const BackupSource source = BackupSource::load(std::move(opened), control.isCancelled, requireWhatsApp);
   // One that was taken away would only lack the names of its contacts.
   EarlyEnd::requireBackup({.backup = job.backup, .destination = &job.destination});
-  const Reading reading{.opened = opened, .manifest = manifest, .snapshot = snapshot};
-  ExportSummary summary = Writing(*this, job, reading, control).run(progress);
+  ExportSummary summary = Writing(*this, job, source, control).run(progress);
   progress.begin(Phase::finished);
   return summary;
 }

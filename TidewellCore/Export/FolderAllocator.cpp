@@ -44,7 +44,7 @@ class Assigner {
  public:
   Assigner(const Choice& choice, const CancellationCheck& isCancelled)
       : choice_(choice), cancellation_(isCancelled), jids_(choice.jids.begin(), choice.jids.end()) {
-    jids_.erase("");
+    jids_.erase(CanonicalJID());
     for (const std::string_view name : FolderNames::reserved) used_.insert(std::string(name));
     for (const auto& [folder, contents] : choice.existing) {
       existingByKey_[FileNaming::normalizedKey(folder)].push_back(folders_.size());
@@ -55,19 +55,19 @@ class Assigner {
     isGiven_.resize(folders_.size());
   }
 
-  FolderAssignment run() {
-    forEachChatWithoutFolder([this](const std::string& jid) { takePersisted(jid); });
+  ChatFolders run() {
+    forEachChatWithoutFolder([this](const CanonicalJID& jid) { takePersisted(jid); });
     takeKept();
-    forEachChatWithoutFolder([this](const std::string& jid) { takeByContent(jid); });
-    forEachChatWithoutFolder([this](const std::string& jid) { takeByName(jid); });
-    forEachChatWithoutFolder([this](const std::string& jid) { makeNew(jid); });
+    forEachChatWithoutFolder([this](const CanonicalJID& jid) { takeByContent(jid); });
+    forEachChatWithoutFolder([this](const CanonicalJID& jid) { takeByName(jid); });
+    forEachChatWithoutFolder([this](const CanonicalJID& jid) { makeNew(jid); });
     return result_;
   }
 
  private:
   template <typename Pass>
   void forEachChatWithoutFolder(Pass pass) {
-    for (const std::string& jid : jids_) {
+    for (const CanonicalJID& jid : jids_) {
       cancellation_.step();
       if (!result_.contains(jid)) pass(jid);
     }
@@ -85,7 +85,7 @@ class Assigner {
     return std::ranges::any_of(found->second, isName) ? name : *folders_[found->second.front()];
   }
 
-  void give(const std::string& jid, const std::string& name) {
+  void give(const CanonicalJID& jid, const std::string& name) {
     use(FileNaming::normalizedKey(name));
     result_.emplace(jid, resolved(name));
   }
@@ -97,8 +97,8 @@ class Assigner {
     for (const std::size_t folder : found->second) isGiven_[folder] = true;
   }
 
-  void takePersisted(const std::string& jid) {
-    const auto folder = choice_.persisted.find(jid);
+  void takePersisted(const CanonicalJID& jid) {
+    const auto folder = choice_.persisted.find(jid.text());
     if (folder == choice_.persisted.end() || folder->second.empty()) return;
     const std::string name = inForm(folder->second);
     if (!isUsed(name)) give(jid, name);
@@ -111,7 +111,7 @@ class Assigner {
     }
   }
 
-  void takeByContent(const std::string& jid) {
+  void takeByContent(const CanonicalJID& jid) {
     const auto planned = choice_.exportFileNames.find(jid);
     if (planned == choice_.exportFileNames.end() || foldersByFileKey_.empty()) return;
     std::vector<std::size_t> found;
@@ -128,7 +128,7 @@ class Assigner {
   }
 
   // Of those with the highest count the first by name; null when the chat may have none of them.
-  const std::string* bestOf(const std::vector<std::size_t>& folders, const std::string& jid) const {
+  const std::string* bestOf(const std::vector<std::size_t>& folders, const CanonicalJID& jid) const {
     const auto rank = [&](std::size_t folder) { return std::pair(-counts_[folder], folder); };
     std::optional<std::size_t> best;
     for (const std::size_t folder : folders) {
@@ -137,7 +137,7 @@ class Assigner {
     return best ? folders_[*best] : nullptr;
   }
 
-  void takeByName(const std::string& jid) {
+  void takeByName(const CanonicalJID& jid) {
     if (existingByKey_.empty()) return;
     std::vector<std::string> names{choice_.desiredName(jid)};
     std::ranges::copy(choice_.historicalNames(jid), std::back_inserter(names));
@@ -149,9 +149,9 @@ class Assigner {
     }
   }
 
-  void makeNew(const std::string& jid) {
+  void makeNew(const CanonicalJID& jid) {
     const std::string title = choice_.desiredName(jid);
-    const std::string name = inForm(FileNaming::sanitizeFolderName(title.empty() ? jid : title));
+    const std::string name = inForm(FileNaming::sanitizeFolderName(title.empty() ? jid.text() : title));
     // A name that is another's may still be somebody's, so only what is used is passed over for good.
     int& firstFree = firstFree_.try_emplace(name, 1).first->second;
     for (int index = firstFree;; ++index) {
@@ -163,14 +163,14 @@ class Assigner {
   }
 
   // Whether a folder with this name's key is on disk and is not for this chat.
-  bool isOthers(const std::string& name, const std::string& jid) const {
+  bool isOthers(const std::string& name, const CanonicalJID& jid) const {
     return existingByKey_.contains(FileNaming::normalizedKey(name)) && !choice_.canAdopt(resolved(name), jid);
   }
 
   const Choice& choice_;
   CancellationPoint cancellation_;
-  std::set<std::string> jids_;
-  FolderAssignment result_;
+  std::set<CanonicalJID> jids_;
+  ChatFolders result_;
   std::set<std::string> used_;                                     // keys
   std::map<std::string, std::vector<std::size_t>> existingByKey_;  // as positions in `folders_`
   std::unordered_map<std::string, int> firstFree_;  // by the name wanted, its first variant that may be free
@@ -192,28 +192,29 @@ std::set<std::string> keysOfAbsentChats(const FolderAllocator::Wish& wish, const
 
 }  // namespace
 
-FolderAssignment FolderAllocator::assign(const Choice& choice, const CancellationCheck& isCancelled) {
+ChatFolders FolderAllocator::assign(const Choice& choice, const CancellationCheck& isCancelled) {
   return Assigner(choice, isCancelled).run();
 }
 
-FolderAssignment FolderAllocator::allocate(const Wish& wish, const ChatStorageSnapshot& snapshot,
-                                           const CancellationCheck& isCancelled) {
-  Choice choice{
-      .persisted = wish.persisted,
-      .existing = wish.existing,
-      .exportFileNames = wish.exportFileNames,
-      .desiredName = [&](const std::string& jid) { return snapshot.chatTitle(jid); },
-      .historicalNames = [&](const std::string& jid) { return historicalNames(jid, snapshot); },
-      .canAdopt = [](const std::string& folder, const std::string& jid) { return isAdoptableFolder(folder, jid); },
-      .kept = keysOfAbsentChats(wish, snapshot),
-      .nameForm = wish.nameForm};
+ChatFolders FolderAllocator::allocate(const Wish& wish, const ChatStorageSnapshot& snapshot,
+                                      const CancellationCheck& isCancelled) {
+  Choice choice{.persisted = wish.persisted,
+                .existing = wish.existing,
+                .exportFileNames = wish.exportFileNames,
+                .desiredName = [&](const CanonicalJID& jid) { return snapshot.chatTitle(jid.text()); },
+                .historicalNames = [&](const CanonicalJID& jid) { return historicalNames(jid.text(), snapshot); },
+                .canAdopt = [](const std::string& folder,
+                               const CanonicalJID& jid) { return isAdoptableFolder(folder, jid.text()); },
+                .kept = keysOfAbsentChats(wish, snapshot),
+                .nameForm = wish.nameForm};
   for (const auto& [jid, names] : wish.exportFileNames) choice.jids.push_back(jid);
   return assign(choice, isCancelled);
 }
 
-FolderAssignment FolderAllocator::withAbsentChats(const FolderAssignment& assigned, const FolderAssignment& persisted,
+FolderAssignment FolderAllocator::withAbsentChats(const ChatFolders& assigned, const FolderAssignment& persisted,
                                                   const ChatStorageSnapshot& snapshot) {
-  FolderAssignment all = assigned;
+  FolderAssignment all;
+  for (const auto& [jid, folder] : assigned) all.emplace(jid.text(), folder);
   for (const auto& [jid, folder] : persisted) {
     if (!assigned.contains(snapshot.canonicalChatJID(jid))) all.emplace(jid, folder);
   }
@@ -253,12 +254,12 @@ std::vector<std::string> FolderAllocator::historicalNames(std::string_view jid, 
   return bothForms(names);
 }
 
-FolderAssignment FolderAllocator::expandPersisted(FolderAssignment persisted, const std::vector<std::string>& jids,
+FolderAssignment FolderAllocator::expandPersisted(FolderAssignment persisted, const std::vector<CanonicalJID>& jids,
                                                   const ChatStorageSnapshot& snapshot) {
   const FolderAssignment remembered = persisted;
-  for (const auto& [jid, folder] : remembered) persisted.emplace(snapshot.canonicalChatJID(jid), folder);
-  for (const std::string& jid : jids) {
-    const std::vector<std::string> aliases = snapshot.aliasJIDs(jid);
+  for (const auto& [jid, folder] : remembered) persisted.emplace(snapshot.canonicalChatJID(jid).text(), folder);
+  for (const CanonicalJID& jid : jids) {
+    const std::vector<std::string> aliases = snapshot.aliasJIDs(jid.text());
     const auto known =
         std::ranges::find_if(aliases, [&](const std::string& alias) { return persisted.contains(alias); });
     if (known == aliases.end()) continue;

@@ -4,7 +4,8 @@
 #include <map>
 #include <string>
 
-// Which folder a chat has: its JID and the name of a folder in the content root.
+// Which folder a chat had, as it is remembered: its JID of that time and the name
+// of a folder in the content root.
 using FolderAssignment = std::map<std::string, std::string>;
 
 // The file in which an export remembers its folders, so that a chat keeps its

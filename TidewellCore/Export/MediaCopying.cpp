@@ -22,7 +22,7 @@ bool isReadable(const PlannedCopy& copy) try {
 
 class Copying {
  public:
-  Copying(ExportPlan& plan, const MediaCopying::Source& source, const MediaCopying::Target& target,
+  Copying(ExportPlan& plan, const BackupSource& source, const MediaCopying::Target& target,
           const CancellationCheck& isCancelled)
       : plan_(plan),
         source_(source),
@@ -96,7 +96,7 @@ class Copying {
     copy.hasFailed = true;
     unreadableInARow_ = EarlyEnd::isOfDisk(error) ? unreadableInARow_ + 1 : 0;
     target_.failures.add(error, {.name = copy.exportedName,
-                                 .chat = source_.snapshot.chatTitle(copy.chatJID),
+                                 .chat = source_.snapshot.chatTitle(copy.chatJID.text()),
                                  .reason = copier_.reasonOf(error, copy)});
   }
 
@@ -114,7 +114,7 @@ class Copying {
   }
 
   ExportPlan& plan_;
-  const MediaCopying::Source& source_;
+  const BackupSource& source_;
   const MediaCopying::Target& target_;
   const CancellationCheck& isCancelled_;
   MediaCopier copier_;
@@ -123,7 +123,7 @@ class Copying {
 
 }  // namespace
 
-void MediaCopying::run(ExportPlan& plan, const Source& source, const Target& target,
+void MediaCopying::run(ExportPlan& plan, const BackupSource& source, const Target& target,
                        const CancellationCheck& isCancelled, ProgressReporter& progress) {
   Copying(plan, source, target, isCancelled).run(progress);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TidewellCore/ChatData/BackupSource.h"
 #include "TidewellCore/Export/DestinationLock.h"
 #include "TidewellCore/Export/ExportPlan.h"
 #include "TidewellCore/Export/ExportSummary.h"
@@ -9,11 +10,6 @@
 
 // The part of an export that copies the media, file after file.
 namespace MediaCopying {
-
-struct Source {
-  const OpenedBackup& opened;
-  const ChatStorageSnapshot& snapshot;  // names the chats of copies that fail
-};
 
 struct Target {
   const DestinationLock& lock;
@@ -27,7 +23,7 @@ struct Target {
 // destinationNotWritable when the destination was taken away, and what a full
 // disk or a disk that was taken away makes a copy fail with. What was written
 // until then is kept.
-void run(ExportPlan& plan, const Source& source, const Target& target, const CancellationCheck& isCancelled,
+void run(ExportPlan& plan, const BackupSource& source, const Target& target, const CancellationCheck& isCancelled,
          ProgressReporter& progress);
 
 }  // namespace MediaCopying

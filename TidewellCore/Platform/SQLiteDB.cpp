@@ -75,6 +75,12 @@ void distrust(sqlite3* handle) {
 
 [[noreturn]] void fail(sqlite3* handle) { throw TidewellError::invalidDatabase(sqlite3_errmsg(handle)); }
 
+std::string_view storedText(sqlite3_stmt* statement, int column) {
+  const auto* data = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
+  if (data == nullptr) throw std::bad_alloc();
+  return {data, static_cast<std::size_t>(sqlite3_column_bytes(statement, column))};
+}
+
 class Statement {
  public:
   Statement(sqlite3* handle, const std::string& sql) : handle_(handle) {
@@ -101,6 +107,8 @@ class Statement {
     if (result != SQLITE_ROW && result != SQLITE_DONE) fail(handle_);
     return result == SQLITE_ROW;
   }
+
+  sqlite3_stmt* get() const { return statement_; }
 
   SQLiteColumnNames columnNames() const {
     std::vector<std::string> names(static_cast<std::size_t>(sqlite3_column_count(statement_)));
@@ -138,9 +146,7 @@ class Statement {
   }
 
   void readText(int column, SQLiteValue& value) const {
-    const auto* data = reinterpret_cast<const char*>(sqlite3_column_text(statement_, column));
-    if (data == nullptr) throw std::bad_alloc();
-    const std::string_view text(data, static_cast<std::size_t>(sqlite3_column_bytes(statement_, column)));
+    const std::string_view text = storedText(statement_, column);
     if (!Text::isValid(text)) {
       value = Text::repaired(text);
     } else if (auto* kept = std::get_if<std::string>(&value)) {
@@ -170,6 +176,14 @@ std::optional<std::int64_t> integerOf(std::string_view text) {
   if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
   return number;
 }
+
+std::optional<double> realOf(std::string_view text) {
+  double number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  return error == std::errc() && end == text.data() + text.size() ? std::optional(number) : std::nullopt;
+}
+
+sqlite3_stmt* statementOf(void* statement) { return static_cast<sqlite3_stmt*>(statement); }
 
 // {fmt} writes the shortest digits that read back the same; "1e+30" and "3" gain their fraction.
 std::string textOfReal(double number) {
@@ -216,6 +230,68 @@ std::optional<std::string> SQLiteRow::textValue(std::string_view name) const {
   return found == nullptr ? std::nullopt : textOfValue(*found);
 }
 
+SQLiteRowView::Type SQLiteRowView::type(int column) const {
+  if (column < 0) return Type::null;
+  switch (sqlite3_column_type(statementOf(statement_), column)) {
+    case SQLITE_INTEGER:
+      return Type::integer;
+    case SQLITE_FLOAT:
+      return Type::real;
+    case SQLITE_TEXT:
+      return Type::text;
+    case SQLITE_BLOB:
+      return Type::blob;
+    default:
+      return Type::null;
+  }
+}
+
+std::optional<std::int64_t> SQLiteRowView::integer(int column) const {
+  const Type stored = type(column);
+  if (stored == Type::integer) return sqlite3_column_int64(statementOf(statement_), column);
+  if (stored == Type::text) return integerOf(storedText(statementOf(statement_), column));
+  return std::nullopt;
+}
+
+std::optional<double> SQLiteRowView::number(int column) const {
+  const Type stored = type(column);
+  if (stored == Type::integer) return static_cast<double>(sqlite3_column_int64(statementOf(statement_), column));
+  if (stored == Type::real) return sqlite3_column_double(statementOf(statement_), column);
+  if (stored == Type::text) return realOf(storedText(statementOf(statement_), column));
+  return std::nullopt;
+}
+
+std::optional<std::string_view> SQLiteRowView::text(int column) const {
+  sqlite3_stmt* statement = statementOf(statement_);
+  switch (type(column)) {
+    case Type::integer:
+      return kept(column, fmt::format("{}", sqlite3_column_int64(statement, column)));
+    case Type::real:
+      return kept(column, textOfReal(sqlite3_column_double(statement, column)));
+    case Type::text: {
+      const std::string_view stored = storedText(statement, column);
+      return Text::isValid(stored) ? stored : kept(column, Text::repaired(stored));
+    }
+    case Type::blob:
+    case Type::null:
+      break;
+  }
+  return std::nullopt;
+}
+
+std::optional<ByteView> SQLiteRowView::blob(int column) const {
+  if (type(column) != Type::blob) return std::nullopt;
+  const auto* data = static_cast<const std::uint8_t*>(sqlite3_column_blob(statementOf(statement_), column));
+  const auto size = static_cast<std::size_t>(sqlite3_column_bytes(statementOf(statement_), column));
+  return data == nullptr ? ByteView() : ByteView(data, size);
+}
+
+std::string_view SQLiteRowView::kept(int column, std::string text) const {
+  const auto place = static_cast<std::size_t>(column);
+  if (made_.size() <= place) made_.resize(place + 1);
+  return made_[place] = std::move(text);
+}
+
 struct SQLiteDB::Connection {
   sqlite3* handle = nullptr;
 
@@ -257,6 +333,13 @@ void SQLiteDB::query(const std::string& sql, const std::vector<Bind>& binds, con
     statement.readRow(current.values);
     row(current);
   }
+}
+
+void SQLiteDB::forEachRow(const std::string& sql, const RowViewHandler& row) const {
+  if (!connection_) throw TidewellError::invalidDatabase("SQLite error");
+  Statement statement(connection_->handle, sql);
+  const SQLiteRowView current(statement.get());
+  while (statement.step()) row(current);
 }
 
 SQLiteDB::Kind SQLiteDB::kindOf(const std::string& name) const {

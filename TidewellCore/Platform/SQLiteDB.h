@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -36,6 +37,35 @@ struct SQLiteRow {
   std::optional<std::string> textValue(std::string_view name) const;
 };
 
+// One result row where SQLite keeps it, for tables that are long: nothing is
+// copied, and what it gives is good until its handler returns. Columns count
+// from 0; one below 0 is not there, and NULL.
+class SQLiteRowView {
+ public:
+  enum class Type { integer, real, text, blob, null };
+
+  Type type(int column) const;
+  // An integer, or text that is a base-10 signed 64-bit integer and nothing else.
+  std::optional<std::int64_t> integer(int column) const;
+  // An integer, a real, or text that is a decimal number and nothing else.
+  std::optional<double> number(int column) const;
+  // Text, valid as in SQLiteValue; a number as SQLiteRow::textValue writes it.
+  std::optional<std::string_view> text(int column) const;
+  // Absent for anything but a blob.
+  std::optional<ByteView> blob(int column) const;
+
+ private:
+  friend class SQLiteDB;
+  // `statement` is an sqlite3_stmt that stands on a row.
+  explicit SQLiteRowView(void* statement) : statement_(statement) {}
+
+  // Keeps a text that SQLite does not have in that form.
+  std::string_view kept(int column, std::string text) const;
+
+  void* statement_;
+  mutable std::deque<std::string> made_;  // by column; a deque leaves in place what it holds
+};
+
 // One connection to an SQLite file, for one thread at a time. Statements are
 // prepared, stepped to their end and finalised within one call. Files that are
 // not ours are distrusted: no views, triggers, virtual tables or extensions, no
@@ -50,6 +80,7 @@ class SQLiteDB {
 
   using Bind = std::variant<std::string, std::int64_t, Bytes>;
   using RowHandler = std::function<void(const SQLiteRow&)>;
+  using RowViewHandler = std::function<void(const SQLiteRowView&)>;
 
   // Throws TidewellError::databaseOpenFailed with `stage`, or with the mode's own stage text.
   SQLiteDB(const std::string& path, OpenMode mode, const std::optional<std::string>& stage = std::nullopt);
@@ -61,6 +92,8 @@ class SQLiteDB {
   // until the handler returns. Parameters are bound in order from the first.
   // Throws TidewellError::invalidDatabase, rows already handed over or not.
   void query(const std::string& sql, const std::vector<Bind>& binds, const RowHandler& row) const;
+  // The same without a copy of the values.
+  void forEachRow(const std::string& sql, const RowViewHandler& row) const;
 
   // What a schema holds under a name, triggers aside. Anything that could stand in
   // for a table (a view, a virtual table) or for its name (an index) is `other`.
