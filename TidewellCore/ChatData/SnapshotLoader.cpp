@@ -41,6 +41,7 @@ struct DatabaseFiles {
   const std::optional<ManifestFile>& database;
   const std::optional<ManifestFile>& journal;
   const std::optional<ManifestFile>& index;
+  const std::optional<ManifestFile>& rollback;
 };
 
 struct WorkingCopy {
@@ -66,11 +67,14 @@ WorkingCopy copyDatabase(const OpenedBackup& opened, const DatabaseFiles& files,
   WorkingCopy made{.path = copy(opened, *files.database, folder, isCancelled)};
   const bool hasJournal = canBeRead(opened, files.journal);
   if (hasJournal) copy(opened, *files.journal, folder, isCancelled);
+  const bool hasRollback = canBeRead(opened, files.rollback);
+  if (hasRollback) copy(opened, *files.rollback, folder, isCancelled);
   if (canBeRead(opened, files.index)) copy(opened, *files.index, folder, isCancelled);
   made.faults =
       DatabaseCheck::beforeOpening(made.path, hasJournal ? files.journal->plaintextSize : std::optional<std::int64_t>(),
                                    SQLiteWALIndex::read(made.path.native() + "-shm"));
-  if (files.journal && !hasJournal) made.faults.insert(DatabaseFault::journalMissing);
+  const bool isRollbackLost = files.rollback && !hasRollback && files.rollback->plaintextSize != 0;
+  if ((files.journal && !hasJournal) || isRollbackLost) made.faults.insert(DatabaseFault::journalMissing);
   return made;
 }
 
@@ -160,19 +164,34 @@ void addContacts(ChatStorageSnapshot& snapshot, const OpenedBackup& opened, cons
   append(snapshot.warnings, BackupDatabase::contacts, contacts.faults);
 }
 
+// A phone keeps the files of messages: where there are messages and files, and
+// nothing names one of them, their paths cannot be read.
+bool areLinksLost(const ChatStorageSnapshot& snapshot, const ManifestStore& manifest) {
+  const bool areNamed = !snapshot.mediaByRelativePath.empty() || snapshot.unread.ofFiles > 0;
+  const auto isOfTheseChats = [&](const ManifestFile& file) { return file.domain == manifest.chatStorage->domain; };
+  return manifest.chatStorage && !areNamed && !snapshot.messagesByChat.empty() &&
+         std::ranges::any_of(manifest.media, isOfTheseChats);
+}
+
 }  // namespace
 
 ChatStorageSnapshot SnapshotLoader::load(const OpenedBackup& opened, const ManifestStore& manifest,
                                          const CancellationCheck& isCancelled) {
   ChatStorageSnapshot snapshot;
   if (manifest.chatStorage) {
-    snapshot = readCopies(opened, {manifest.chatStorage, manifest.chatStorageWAL, manifest.chatStorageSHM}, isCancelled,
-                          loadChats);
+    snapshot = readCopies(
+        opened, {manifest.chatStorage, manifest.chatStorageWAL, manifest.chatStorageSHM, manifest.chatStorageRollback},
+        isCancelled, loadChats);
   }
   throwIfCancelled(isCancelled);
   if (manifest.contacts) {
-    addContacts(snapshot, opened, {manifest.contacts, manifest.contactsWAL, manifest.contactsSHM}, isCancelled);
+    addContacts(snapshot, opened,
+                {manifest.contacts, manifest.contactsWAL, manifest.contactsSHM, manifest.contactsRollback},
+                isCancelled);
+  } else if (manifest.isWithoutItsContacts) {
+    append(snapshot.warnings, BackupDatabase::contacts, {DatabaseFault::damaged});
   }
+  if (areLinksLost(snapshot, manifest)) append(snapshot.warnings, BackupDatabase::chats, {DatabaseFault::damaged});
   throwIfCancelled(isCancelled);
   std::ranges::move(UnreadApps::warnings(manifest), std::back_inserter(snapshot.warnings));
   return snapshot;
