@@ -42,6 +42,7 @@ std::string HumanText::date(const std::optional<Date>& date) {
 
 std::string HumanText::safe(std::string_view text) {
   std::u32string scalars = Text::scalars(text);
+  std::erase_if(scalars, Text::isDirectionalMark);
   std::ranges::replace_if(scalars, Text::isControl, U'\uFFFD');
   return Text::fromScalars(scalars);
 }

@@ -17,7 +17,8 @@ std::string size(std::int64_t bytes);
 std::string counted(std::int64_t count, std::string_view thing);
 // "2024-05-01 14:03" in this computer's time zone; "unknown" without a date.
 std::string date(const std::optional<Date>& date);
-// Text from a backup, without the control characters that would steer the terminal.
+// Text from a backup, without the control characters that would steer the terminal
+// and the directional marks that would turn the line around.
 std::string safe(std::string_view text);
 // The same, cut with "…" to fit a column.
 std::string name(std::string_view text);

@@ -104,7 +104,10 @@ TEST_F(DatabaseCheckTest, ADamagedEndOfAJournalIsAFaultWhereTheIndexBesideKnowsI
 
 TEST_F(DatabaseCheckTest, AnIndexOfAJournalTellsThatTheJournalIsMissing) {
   write(manyRows, Journal::walWithPendingRows);
+  files_.wal.emplace();
+  EXPECT_THAT(beforeOpening(), ElementsAre(DatabaseFault::journalMissing)) << "of which nothing is left";
   files_.wal.reset();
+  fs::remove(file_.native() + "-wal");
   EXPECT_THAT(beforeOpening(), ElementsAre(DatabaseFault::journalMissing));
   // Where the journal's last frame stands in the database too, nothing is missing.
   std::copy_n(files_.shm->begin() + 16, 4, files_.shm->begin() + 96);

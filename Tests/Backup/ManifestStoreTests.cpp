@@ -97,7 +97,7 @@ TEST_F(ManifestStoreTest, TakesTheInterestingPathsAlone) {
                                               {"", "Media/Profile/3.jpg"},
                                               {"", "Media/4.jpg"},
                                               {"", "Library/ChatStorage.sqlite"},
-                                              {"", "ChatStorage.sqlite-journal"},
+                                              {"", "ChatStorage.sqlite-journals"},
                                               {"", "xMessage/Media/a/5.jpg"}}));
   EXPECT_THAT(pathsOf(store.files), ElementsAre("Message/Media/a/1.jpg", "Media/Profile/3.jpg"));
   EXPECT_FALSE(store.chatStorage);

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -10,6 +11,7 @@
 #include "Tests/ChatData/AppOfOneChat.h"
 #include "Tests/ChatData/ReadDatabases.h"
 #include "Tests/Support/BackupBuilder.h"
+#include "Tests/Support/ChatDatabase.h"
 #include "Tests/Support/Failures.h"
 #include "Tests/Support/PrivateTemporaryFolder.h"
 #include "TidewellCore/TidewellError.h"
@@ -122,6 +124,50 @@ TEST_P(SnapshotLoaderTest, MissingContactsCostNamesOnly) {
   EXPECT_THAT(messagesOf(snapshot, 1), SizeIs(3));
   EXPECT_EQ(snapshot.chatTitle(phone), "+55 11 90000-1111");
   EXPECT_THAT(warnings, ElementsAre(StartsWith("Some names may be missing")));
+}
+
+TEST_P(SnapshotLoaderTest, ContactsOfWhichOnlyTheJournalIsListedAreAWarning) {
+  contents_.whatsApp.withContacts = false;
+  contents_.otherFiles = {{std::string(consumerDomain), "ContactsV2.sqlite-wal", bytesOf("x")}};
+  EXPECT_THAT(load().warnings, ElementsAre(StartsWith("Some names may be missing")));
+}
+
+// A database and its rollback journal, as they stand while a transaction deletes all messages.
+std::pair<Bytes, Bytes> interrupted(const Bytes& database) {
+  const TemporaryDirectory folder;
+  const fs::path file = folder / "database";
+  writeFile(file, database);
+  sqlite3* handle = nullptr;
+  EXPECT_EQ(sqlite3_open(file.c_str(), &handle), SQLITE_OK);
+  EXPECT_EQ(sqlite3_exec(handle, "BEGIN; DELETE FROM ZWAMESSAGE", nullptr, nullptr, nullptr), SQLITE_OK);
+  EXPECT_EQ(sqlite3_db_cacheflush(handle), SQLITE_OK);
+  std::pair<Bytes, Bytes> files(readFile(file), readFile(file.native() + "-journal"));
+  sqlite3_close(handle);
+  return files;
+}
+
+TEST_P(SnapshotLoaderTest, ATransactionThatWasUnderWayIsRolledBack) {
+  contents_.whatsApp.journal = Journal::rollback;
+  const auto [database, journal] = interrupted(writeChatStorage(contents_.whatsApp).main);
+  contents_.whatsApp.withChatStorage = false;
+  BackupFile stored{std::string(consumerDomain), "ChatStorage.sqlite", database};
+  BackupFile rollback{std::string(consumerDomain), "ChatStorage.sqlite-journal", journal};
+  contents_.otherFiles = {stored, rollback};
+  const auto [snapshot, warnings] = load();
+  EXPECT_THAT(messagesOf(snapshot, 1), SizeIs(3));
+  EXPECT_THAT(warnings, IsEmpty());
+  rollback.storage.missing = true;
+  contents_.otherFiles = {stored, rollback};
+  EXPECT_THAT(load().warnings, Contains(StartsWith("The newest messages may be missing")));
+}
+
+TEST_P(SnapshotLoaderTest, MessagesOfWhichNoneNamesAFileBesideFilesAreAWarning) {
+  contents_.whatsApp.mediaFiles = {{.localPath = "Media/a@g.us/1.jpg", .content = bytesOf("x"), .message = 1}};
+  EXPECT_THAT(load().warnings, IsEmpty());
+  for (const char* other : {"CAST(ZMEDIALOCALPATH AS BLOB)", "'/' || ZMEDIALOCALPATH", "NULL"}) {
+    contents_.whatsApp.chatStorageSQL = std::string("UPDATE ZWAMEDIAITEM SET ZMEDIALOCALPATH = ") + other;
+    EXPECT_THAT(load().warnings, ElementsAre(StartsWith("Some messages may be missing"))) << other;
+  }
 }
 
 TEST_P(SnapshotLoaderTest, OfTwoAppsTheOneThatIsNotReadIsNamed) {

@@ -39,6 +39,14 @@ TEST(ScanCommand, ShowsChatsAndKindsOfAPlainBackup) {
                                          "\n1 chat · 0 thumbnails left out\n"));
 }
 
+TEST(ScanCommand, ANameSteersNeitherTheTerminalNorTheDirectionOfItsLine) {
+  const CommandLine commandLine;
+  Fixture::BackupContents contents = smallBackup();
+  contents.whatsApp.chats.front().name = "A\u202En\u2066\x1b[2Ja";
+  Fixture::writeBackup(contents, commandLine / "device");
+  EXPECT_THAT(commandLine.run({"scan", "device"}).output, HasSubstr("\nAn\uFFFD[2Ja "));
+}
+
 TEST(ScanCommand, GivesTheFieldsOfTheResultAsJson) {
   const CommandLine commandLine;
   Fixture::writeBackup(smallBackup(), commandLine / "device");

@@ -169,9 +169,12 @@ TEST_F(ExportLayoutTest, LeavesTheFoldersThatHoldBackups) {
 TEST_F(ExportLayoutTest, LeavesTheFolderOfAnotherPhonesBackups) {
   writeFile(root / ".tidewell-manifest.json", "{}");
   writeFile(root / "MobileSync/Backup/other/Manifest.plist", "another phone's");
+  writeFile(root / "Library/Application Support/MobileSync/Backup/third/Manifest.plist", "one of a whole computer");
   const auto before = Fixture::treeSnapshot(root / "MobileSync");
+  const auto library = Fixture::treeSnapshot(root / "Library");
   ExportLayout::prepare(root, "/somewhere/else");
   EXPECT_EQ(Fixture::treeSnapshot(root / "MobileSync"), before);
+  EXPECT_EQ(Fixture::treeSnapshot(root / "Library"), library);
 }
 
 TEST_F(ExportLayoutTest, DoesNotMoveABackupInAMessagesFolderAside) {

@@ -143,7 +143,8 @@ TEST(Locale, TakesBothSeparators) {
 }
 
 TEST(Locale, RefusesUnknownLanguagesAndRegions) {
-  for (const char* identifier : {"", "xx_YY", "pt_QQ", "klingon", "_BR", "english"}) {
+  for (const char* identifier :
+       {"", "xx_YY", "pt_QQ", "klingon", "_BR", "english", "xxxxxxxxxxxxxxxxxxxx", "../..", "en_", "-"}) {
     EXPECT_EQ(Locale::named(identifier), std::nullopt) << identifier;
   }
 }

@@ -87,7 +87,8 @@ bool isWhole(const SQLiteDB& database, std::span<const DatabaseTable> tables) {
 DatabaseFaults DatabaseCheck::beforeOpening(const fs::path& database, std::optional<std::int64_t> recordedJournalSize,
                                             const std::optional<SQLiteWALIndex>& journalIndex) {
   DatabaseFaults faults;
-  const bool isWithoutJournal = Files::kindOf(database.native() + "-wal") == Files::Kind::nothing;
+  const fs::path log = database.native() + "-wal";
+  const bool isWithoutJournal = Files::kindOf(log) == Files::Kind::nothing || Files::regularFileSize(log) == 0;
   if (isWithoutJournal && journalIndex && journalIndex->hasPendingFrames())
     faults.insert(DatabaseFault::journalMissing);
   const SQLiteWAL journal = SQLiteWAL::read(database.native() + "-wal", recordedJournalSize, journalIndex);

@@ -35,9 +35,11 @@ constexpr const char* interestingPaths = R"((
         relativePath = 'ChatStorage.sqlite'
      OR relativePath = 'ChatStorage.sqlite-wal'
      OR relativePath = 'ChatStorage.sqlite-shm'
+     OR relativePath = 'ChatStorage.sqlite-journal'
      OR relativePath = 'ContactsV2.sqlite'
      OR relativePath = 'ContactsV2.sqlite-wal'
      OR relativePath = 'ContactsV2.sqlite-shm'
+     OR relativePath = 'ContactsV2.sqlite-journal'
      OR relativePath LIKE 'Message/Media/%'
      OR relativePath LIKE 'Media/Profile/%'
   ))";
@@ -181,8 +183,13 @@ void pickDatabases(ManifestStore& store) {
   if (!store.contacts) store.contacts = firstFile(store, "ContactsV2.sqlite");
   store.chatStorageWAL = companion(store, store.chatStorage, "-wal");
   store.chatStorageSHM = companion(store, store.chatStorage, "-shm");
+  store.chatStorageRollback = companion(store, store.chatStorage, "-journal");
+  store.contactsRollback = companion(store, store.contacts, "-journal");
   store.contactsWAL = companion(store, store.contacts, "-wal");
   store.contactsSHM = companion(store, store.contacts, "-shm");
+  store.isWithoutItsContacts = !store.contacts && std::ranges::any_of(store.files, [](const ManifestFile& file) {
+    return file.relativePath.starts_with("ContactsV2.sqlite-");
+  });
 }
 
 }  // namespace

@@ -28,9 +28,12 @@ struct ManifestStore {
   std::optional<ManifestFile> chatStorage;
   std::optional<ManifestFile> chatStorageWAL;
   std::optional<ManifestFile> chatStorageSHM;
+  std::optional<ManifestFile> chatStorageRollback;  // the journal of a transaction that was under way
   std::optional<ManifestFile> contacts;
   std::optional<ManifestFile> contactsWAL;
   std::optional<ManifestFile> contactsSHM;
+  std::optional<ManifestFile> contactsRollback;
+  bool isWithoutItsContacts = false;  // their journal is listed, and they are not
   std::vector<ManifestFile> media;
   std::vector<ManifestFile> skippedThumbnails;
   std::vector<ManifestFile> profilePictures;

@@ -41,6 +41,7 @@ struct DatabaseFiles {
   const std::optional<ManifestFile>& database;
   const std::optional<ManifestFile>& journal;
   const std::optional<ManifestFile>& index;
+  const std::optional<ManifestFile>& rollback;
 };
 
 struct WorkingCopy {
@@ -66,11 +67,14 @@ WorkingCopy copyDatabase(const OpenedBackup& opened, const DatabaseFiles& files,
   WorkingCopy made{.path = copy(opened, *files.database, folder, isCancelled)};
   const bool hasJournal = canBeRead(opened, files.journal);
   if (hasJournal) copy(opened, *files.journal, folder, isCancelled);
+  const bool hasRollback = canBeRead(opened, files.rollback);
+  if (hasRollback) copy(opened, *files.rollback, folder, isCancelled);
   if (canBeRead(opened, files.index)) copy(opened, *files.index, folder, isCancelled);
   made.faults =
       DatabaseCheck::beforeOpening(made.path, hasJournal ? files.journal->plaintextSize : std::optional<std::int64_t>(),
                                    SQLiteWALIndex::read(made.path.native() + "-shm"));
-  if (files.journal && !hasJournal) made.faults.insert(DatabaseFault::journalMissing);
+  const bool isRollbackLost = files.rollback && !hasRollback && files.rollback->plaintextSize != 0;
+  if ((files.journal && !hasJournal) || isRollbackLost) made.faults.insert(DatabaseFault::journalMissing);
   return made;
 }
 
@@ -161,24 +165,38 @@ Contacts loadContacts(const OpenedBackup& opened, const DatabaseFiles& files, co
   return contacts;
 }
 
+// A phone keeps the files of messages: where there are messages and files, and
+// nothing names one of them, their paths cannot be read.
+bool areLinksLost(const ChatStorageSnapshot& snapshot, const ManifestStore& manifest) {
+  const bool areNamed = snapshot.hasMedia() || snapshot.unread().ofFiles > 0;
+  const auto isOfTheseChats = [&](const ManifestFile& file) { return file.domain == manifest.chatStorage->domain; };
+  return manifest.chatStorage && !areNamed && !snapshot.messages().empty() &&
+         std::ranges::any_of(manifest.media, isOfTheseChats);
+}
+
 }  // namespace
 
 SnapshotLoader::Loaded SnapshotLoader::load(const OpenedBackup& opened, const ManifestStore& manifest,
                                             const CancellationCheck& isCancelled) {
   Chats chats;
   if (manifest.chatStorage) {
-    chats = readCopies(opened, {manifest.chatStorage, manifest.chatStorageWAL, manifest.chatStorageSHM}, isCancelled,
-                       loadChats);
+    chats = readCopies(
+        opened, {manifest.chatStorage, manifest.chatStorageWAL, manifest.chatStorageSHM, manifest.chatStorageRollback},
+        isCancelled, loadChats);
   }
   throwIfCancelled(isCancelled);
   Contacts contacts;
+  if (manifest.isWithoutItsContacts) contacts.faults.insert(DatabaseFault::damaged);
   if (manifest.contacts) {
-    contacts = loadContacts(opened, {manifest.contacts, manifest.contactsWAL, manifest.contactsSHM}, isCancelled);
+    contacts =
+        loadContacts(opened, {manifest.contacts, manifest.contactsWAL, manifest.contactsSHM, manifest.contactsRollback},
+                     isCancelled);
   }
   throwIfCancelled(isCancelled);
   chats.tables.directory = ContactsReader::directory(contacts.all, std::move(chats.tables.directory));
   Loaded loaded{.snapshot = ChatStorageSnapshot(std::move(chats.tables))};
-  if (MissingMessages::mayBeMissing(loaded.snapshot)) chats.faults.insert(DatabaseFault::damaged);
+  const bool isDamaged = MissingMessages::mayBeMissing(loaded.snapshot) || areLinksLost(loaded.snapshot, manifest);
+  if (isDamaged) chats.faults.insert(DatabaseFault::damaged);
   append(loaded.warnings, BackupDatabase::chats, chats.faults);
   std::ranges::move(MissingMessages::warnings(loaded.snapshot), std::back_inserter(loaded.warnings));
   append(loaded.warnings, BackupDatabase::contacts, contacts.faults);

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <initializer_list>
 #include <limits>
+#include <new>
 
 #include "TidewellCore/Platform/Precondition.h"
 #include "TidewellCore/TidewellError.h"
@@ -132,7 +133,7 @@ template <std::size_t length>
 std::array<std::uint8_t, length> digestOf(const EVP_MD* kind, ByteView bytes) {
   std::array<std::uint8_t, length> digest{};
   const int done = EVP_Digest(bytes.data(), bytes.size(), digest.data(), nullptr, kind, nullptr);
-  precondition(done == 1, "a digest is missing");
+  if (done != 1) throw std::bad_alloc();  // nothing else fails here
   return digest;
 }
 

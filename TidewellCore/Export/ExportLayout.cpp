@@ -48,7 +48,8 @@ bool holdsAnyBackup(const fs::path& folder, int levels) {
 // Somebody's backups, as in "MobileSync/Backup/<device>", must never be moved, and
 // least of all the one that is being read.
 bool holdsBackup(const fs::path& folder, const fs::path& backup) {
-  constexpr int levels = 2;
+  constexpr int levels =
+      6;  // "Library/Application Support/MobileSync/Backup/<device>", and somebody's own folder above it
   return Files::isWithin(backup, folder) || holdsAnyBackup(folder, levels);
 }
 

@@ -16,9 +16,10 @@ namespace fs = std::filesystem;
 constexpr std::array<const char*, 10> trials{"a?", "a*", "a\"", "a<", "a>", "a|", "dot.", "blank ", "con", "nul.txt"};
 constexpr const char* ordinary = "ordinary";
 
-// A full or broken drive is no reason for other names.
+// A full or broken drive, or a moment's failure, is no reason for other names.
 bool isOfDrive(const std::error_code& code) {
-  constexpr std::array codes{EIO, ENOSPC, EDQUOT, EROFS, ENOMEM, ENXIO, ENODEV};
+  constexpr std::array codes{EIO,   ENOSPC, EDQUOT, EROFS,  ENOMEM, ENXIO,     ENODEV,
+                             EINTR, EAGAIN, EMFILE, ENFILE, ESTALE, ETIMEDOUT, ENOTCONN};
   return std::ranges::find(codes, code.value()) != codes.end();
 }
 

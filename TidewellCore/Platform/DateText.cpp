@@ -94,8 +94,10 @@ std::optional<TimeZone> TimeZone::named(std::string_view identifier) {
 Locale Locale::current() { return {.identifier = ofPeople(icu::Locale::getDefault()).getBaseName()}; }
 
 std::optional<Locale> Locale::named(std::string_view identifier) {
-  if (identifier.empty()) return std::nullopt;
-  const icu::Locale locale = ofPeople(icu::Locale::createCanonical(std::string(identifier).c_str()));
+  if (identifier.empty() || identifier.ends_with('_') || identifier.ends_with('-')) return std::nullopt;
+  const icu::Locale spelled = icu::Locale::createCanonical(std::string(identifier).c_str());
+  if (std::string_view(spelled.getName()).empty()) return std::nullopt;  // ICU drops what is no language at all
+  const icu::Locale locale = ofPeople(spelled);
   if (locale.isBogus() || !isKnownLanguage(locale.getLanguage()) || !isKnownRegion(locale.getCountry())) {
     return std::nullopt;
   }
