@@ -9,11 +9,11 @@
 
 namespace {
 
+using testing::AllOf;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
-using TranscriptWriter::Line;
 
 const TimeZone utc{"UTC"};
 const TimeZone saoPaulo{"America/Sao_Paulo"};
@@ -22,11 +22,36 @@ const Locale brazilian{"pt_BR"};
 
 Date at(const char* time) { return dateFromISO8601(time).value(); }
 
-std::string html(const std::vector<Line>& lines, const TimeZone& zone = utc) {
-  return TranscriptWriter::renderHTML("Ana", lines, TranscriptStyle::english(), zone, american);
+// A message as these tests tell of it.
+struct Line {
+  std::optional<Date> date;
+  std::string sender;
+  bool fromMe = false;
+  std::optional<std::string> text;
+  std::optional<std::string> mediaFileName;  // of a file in the chat's folder
+  MediaKind mediaKind = MediaKind::documents;
+};
+
+ArchiveChat chatOf(const std::vector<Line>& lines, const std::string& name = "Ana") {
+  ArchiveChat chat{.name = name, .folder = "Folder"};
+  for (const Line& line : lines) {
+    ArchiveMessage message{.fromMe = line.fromMe, .sender = line.sender, .text = line.text};
+    if (line.date) message.timestamp = unixTime(*line.date);
+    if (line.mediaFileName) {
+      message.media = {.kind = line.mediaKind, .relativePath = "Folder/" + *line.mediaFileName, .exported = true};
+    }
+    chat.messages.push_back(std::move(message));
+  }
+  return chat;
 }
 
-std::string text(const std::vector<Line>& lines) { return TranscriptWriter::renderText("Ana", lines, utc, american); }
+std::string pageOf(const ArchiveChat& chat, const TimeZone& zone = utc) {
+  return TranscriptWriter::renderHTML(chat, TranscriptStyle::english(), zone, american);
+}
+
+std::string html(const std::vector<Line>& lines, const TimeZone& zone = utc) { return pageOf(chatOf(lines), zone); }
+
+std::string text(const std::vector<Line>& lines) { return TranscriptWriter::renderText(chatOf(lines), utc, american); }
 
 std::size_t count(const std::string& text, const std::string& part) {
   std::size_t found = 0;
@@ -41,11 +66,13 @@ std::vector<Line> conversation(const TranscriptStyle& style) {
       {.date = at("2024-05-02T01:30:00Z"), .sender = "Ana", .text = "Tea & <cake> \"now\"?\r\nOr later\rOr never\n"},
       {.date = at("2024-05-02T02:59:59Z"),
        .sender = style.youLabel,
+       .fromMe = true,
        .text = "a caption",
        .mediaFileName = "100% #1?.jpg",
        .mediaKind = MediaKind::photos},
       {.date = at("2024-05-02T03:00:00Z"),
        .sender = style.youLabel,
+       .fromMe = true,
        .mediaFileName = "clip.mp4",
        .mediaKind = MediaKind::videos},
       {.date = at("2024-05-02T17:00:09Z"),
@@ -75,16 +102,19 @@ void expectGolden(const std::string& rendered, const char* name) {
 TEST(TranscriptWriter, RendersTheGoldenPages) {
   const TranscriptStyle english = TranscriptStyle::english();
   const TranscriptStyle portuguese = TranscriptStyle::portuguese();
-  expectGolden(TranscriptWriter::renderHTML("Ana & <Co>", conversation(english), english, saoPaulo, american),
+  expectGolden(TranscriptWriter::renderHTML(chatOf(conversation(english), "Ana & <Co>"), english, saoPaulo, american),
                "en.html");
-  expectGolden(TranscriptWriter::renderHTML("Ana & <Co>", conversation(portuguese), portuguese, saoPaulo, brazilian),
-               "pt-BR.html");
-  expectGolden(TranscriptWriter::renderText("Ana & <Co>", conversation(english), saoPaulo, american), "en.txt");
-  expectGolden(TranscriptWriter::renderText("Ana & <Co>", conversation(portuguese), saoPaulo, brazilian), "pt-BR.txt");
+  expectGolden(
+      TranscriptWriter::renderHTML(chatOf(conversation(portuguese), "Ana & <Co>"), portuguese, saoPaulo, brazilian),
+      "pt-BR.html");
+  expectGolden(TranscriptWriter::renderText(chatOf(conversation(english), "Ana & <Co>"), saoPaulo, american), "en.txt");
+  expectGolden(TranscriptWriter::renderText(chatOf(conversation(portuguese), "Ana & <Co>"), saoPaulo, brazilian),
+               "pt-BR.txt");
 }
 
 TEST(TranscriptWriter, BeginsAndEndsThePage) {
-  const std::string page = TranscriptWriter::renderHTML("A&B", {}, TranscriptStyle::portuguese(), utc, brazilian);
+  const std::string page =
+      TranscriptWriter::renderHTML(chatOf({}, "A&B"), TranscriptStyle::portuguese(), utc, brazilian);
   EXPECT_THAT(page, StartsWith("<!DOCTYPE html>\n<html lang=\"pt-BR\">\n"));
   EXPECT_THAT(page, HasSubstr("<title>A&amp;B</title>"));
   EXPECT_THAT(page, EndsWith("<h1>A&amp;B</h1>\n</body>\n</html>"));
@@ -109,9 +139,26 @@ TEST(TranscriptWriter, AnUndatedLineHasNoDayAndDoesNotPartOne) {
   EXPECT_THAT(text(lines), HasSubstr("[undated] Ana: ?\n[2024-05-02 10:00:00] Ana: a\n"));
 }
 
-TEST(TranscriptWriter, TellsTheOwnersMessagesByTheStylesLabel) {
-  EXPECT_THAT(html({{.sender = "You", .text = "a"}}), HasSubstr("<article class=\"msg me\">"));
-  EXPECT_THAT(html({{.sender = "Você", .text = "a"}}), Not(HasSubstr("<article class=\"msg me\">")));
+TEST(TranscriptWriter, NobodyIsTakenForTheOwnerByAName) {
+  EXPECT_THAT(html({{.sender = "You", .fromMe = true, .text = "a"}}), HasSubstr("<article class=\"msg me\">"));
+  EXPECT_THAT(html({{.sender = "You", .text = "a"}}), Not(HasSubstr("<article class=\"msg me\">")));
+}
+
+TEST(TranscriptWriter, SeesMediaFromItsChatsFolder) {
+  const auto link = [](const std::string& path) {
+    ArchiveChat chat{.folder = "Ana"};
+    chat.messages = {{.id = "1", .media = ArchiveMedia{.kind = MediaKind::documents, .relativePath = path}}};
+    return pageOf(chat);
+  };
+  EXPECT_THAT(link("Ana/a.pdf"), HasSubstr("href=\"a.pdf\""));
+  EXPECT_THAT(link("Ana-2/a.pdf"), HasSubstr("href=\"../Ana-2/a.pdf\""));
+  EXPECT_THAT(link("An/a.pdf"), HasSubstr("href=\"../An/a.pdf\""));
+}
+
+TEST(TranscriptWriter, DoesNotLinkToWhatIsNotThere) {
+  ArchiveChat chat{.folder = "Ana"};
+  chat.messages = {{.id = "1", .sender = "Ana", .media = ArchiveMedia{.kind = MediaKind::videos, .fileName = "a.mp4"}}};
+  EXPECT_THAT(pageOf(chat), AllOf(HasSubstr("<p>[media]</p>"), Not(HasSubstr("a.mp4"))));
 }
 
 TEST(TranscriptWriter, AVoiceNoteAloneHasNoParagraphOfText) {
@@ -150,8 +197,8 @@ TEST(TranscriptWriter, ShowsALineWithoutContent) {
 }
 
 TEST(TranscriptWriter, NoNameBeginsALineOfItsOwn) {
-  const std::string rendered =
-      TranscriptWriter::renderText("A\nB", {{.sender = "Eve\n[2024-01-01 00:00:00] Ana", .text = "hi"}}, utc, american);
+  const std::string rendered = TranscriptWriter::renderText(
+      chatOf({{.sender = "Eve\n[2024-01-01 00:00:00] Ana", .text = "hi"}}, "A\nB"), utc, american);
   EXPECT_EQ(rendered, "=== A B ===\n[undated] Eve [2024-01-01 00:00:00] Ana: hi\n");
 }
 

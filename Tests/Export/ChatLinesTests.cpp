@@ -171,26 +171,4 @@ TEST(ChatLines, IDsDoNotDependOnTheDatesOfMessages) {
   }
 }
 
-TEST(ChatLines, ATranscriptSeesMediaFromItsChatsFolder) {
-  const auto link = [](const std::string& path) {
-    ArchiveChat chat{.folder = "Ana"};
-    chat.messages = {{.id = "1", .media = ArchiveMedia{.kind = MediaKind::photos, .relativePath = path}}};
-    return ChatLines::transcriptLines(chat).front().mediaFileName.value_or("none");
-  };
-  EXPECT_EQ(link("Ana/a.jpg"), "a.jpg");
-  EXPECT_EQ(link("Ana-2/a.jpg"), "../Ana-2/a.jpg");
-  EXPECT_EQ(link("An/a.jpg"), "../An/a.jpg");
-}
-
-TEST(ChatLines, ATranscriptDoesNotLinkToWhatIsNotThere) {
-  ArchiveChat chat{.folder = "Ana"};
-  chat.messages = {{.id = "1",
-                    .sender = "Ana",
-                    .timestamp = 5,
-                    .media = ArchiveMedia{.kind = MediaKind::videos, .fileName = "a.mp4"}}};
-  EXPECT_EQ(ChatLines::transcriptLines(chat),
-            (std::vector<TranscriptWriter::Line>{
-                {.date = dateFromUnixTime(5), .sender = "Ana", .mediaKind = MediaKind::videos}}));
-}
-
 }  // namespace

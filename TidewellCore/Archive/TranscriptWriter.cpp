@@ -6,7 +6,6 @@ namespace {
 
 using ReadableText::cleaned;
 using ReadableText::escapedForHTML;
-using TranscriptWriter::Line;
 
 constexpr std::string_view withoutContent = "[media]";
 constexpr std::string_view undated = "undated";
@@ -73,10 +72,10 @@ std::string link(std::string_view fileName) {
   return escaped(encoded);
 }
 
-std::string mediaElement(std::string_view fileName, std::optional<MediaKind> kind) {
+std::string mediaElement(std::string_view fileName, MediaKind kind) {
   const std::string name = escaped(fileName);
   const std::string target = "\"" + link(fileName) + "\"";
-  switch (kind.value_or(MediaKind::documents).value()) {
+  switch (kind.value()) {
     case MediaKind::photos:
     case MediaKind::stickers:
       return "<img src=" + target + " alt=\"" + name + "\" loading=\"lazy\">";
@@ -90,16 +89,29 @@ std::string mediaElement(std::string_view fileName, std::optional<MediaKind> kin
   return {};
 }
 
-std::string mediaHTML(std::string_view fileName, std::optional<MediaKind> kind) {
+std::string mediaHTML(std::string_view fileName, MediaKind kind) {
   return "<p>" + mediaElement(fileName, kind) + "</p>";
 }
 
-bool hasText(const Line& line) { return line.text && !line.text->empty(); }
+// Where the medium of a message stands, seen from the chat's folder; absent when it is not in the export. It
+// stands in that folder, unless two chats share it.
+std::optional<std::string> mediaPath(const ArchiveMessage& message, const ArchiveChat& chat) {
+  if (!message.media || !message.media->relativePath) return std::nullopt;
+  const std::string& path = *message.media->relativePath;
+  const std::string prefix = chat.folder + "/";
+  return path.starts_with(prefix) ? path.substr(prefix.size()) : "../" + path;
+}
 
-std::string bubble(const Line& line) {
+std::optional<Date> dateOf(const ArchiveMessage& message) {
+  return message.timestamp ? std::optional(dateFromUnixTime(*message.timestamp)) : std::nullopt;
+}
+
+bool hasText(const ArchiveMessage& message) { return message.text && !message.text->empty(); }
+
+std::string bubble(const ArchiveMessage& message, const ArchiveChat& chat) {
   std::string content;
-  if (hasText(line)) content += "<p>" + withLineBreaks(escaped(*line.text)) + "</p>";
-  if (line.mediaFileName) content += mediaHTML(*line.mediaFileName, line.mediaKind);
+  if (hasText(message)) content += "<p>" + withLineBreaks(escaped(*message.text)) + "</p>";
+  if (const auto path = mediaPath(message, chat)) content += mediaHTML(*path, message.media->kind);
   if (content.empty()) content = "<p>" + std::string(withoutContent) + "</p>";
   // The direction is that of the text in it.
   return "<div class=\"bubble\" dir=\"auto\">" + content + "</div>\n";
@@ -116,41 +128,42 @@ void appendHead(std::string& page, std::string_view chatName, const TranscriptSt
 // A line of its own must not begin within a name.
 std::string heading(std::string_view name) { return ReadableText::onOneLine(cleaned(name)); }
 
-std::string textBody(const Line& line) {
-  std::string body = hasText(line) ? cleaned(*line.text) : std::string();
-  if (line.mediaFileName) body += (body.empty() ? "[" : " [") + cleaned(*line.mediaFileName) + "]";
+std::string textBody(const ArchiveMessage& message, const ArchiveChat& chat) {
+  std::string body = hasText(message) ? cleaned(*message.text) : std::string();
+  if (const auto path = mediaPath(message, chat)) body += (body.empty() ? "[" : " [") + cleaned(*path) + "]";
   return body.empty() ? std::string(withoutContent) : body;
 }
 
 }  // namespace
 
-std::string TranscriptWriter::renderHTML(std::string_view chatName, const std::vector<Line>& lines,
-                                         const TranscriptStyle& style, const TimeZone& timeZone, const Locale& locale) {
+std::string TranscriptWriter::renderHTML(const ArchiveChat& chat, const TranscriptStyle& style,
+                                         const TimeZone& timeZone, const Locale& locale) {
   const DateFormatter days = DateFormatter::fullDate(timeZone, locale);
   const DateFormatter times = DateFormatter::mediumTime(timeZone, locale);
   std::string page;
-  appendHead(page, chatName, style);
-  page += "<h1>" + escaped(chatName) + "</h1>\n";
+  appendHead(page, chat.name, style);
+  page += "<h1>" + escaped(chat.name) + "</h1>\n";
   std::string previousDay;
-  for (const Line& line : lines) {
-    const std::string day = line.date ? days.string(*line.date) : previousDay;
+  for (const ArchiveMessage& message : chat.messages) {
+    const std::optional<Date> date = dateOf(message);
+    const std::string day = date ? days.string(*date) : previousDay;
     if (day != previousDay) page += "<div class=\"day\">" + escaped(day) + "</div>\n";
     previousDay = day;
-    page += line.sender == style.youLabel ? "<article class=\"msg me\">\n" : "<article class=\"msg\">\n";
-    page += "<div class=\"meta\">" + escaped(line.sender);
-    if (line.date) page += " · " + escaped(times.string(*line.date));
-    page += "</div>\n" + bubble(line) + "</article>\n";
+    page += message.fromMe ? "<article class=\"msg me\">\n" : "<article class=\"msg\">\n";
+    page += "<div class=\"meta\">" + escaped(message.sender);
+    if (date) page += " · " + escaped(times.string(*date));
+    page += "</div>\n" + bubble(message, chat) + "</article>\n";
   }
   return page + "</body>\n</html>";
 }
 
-std::string TranscriptWriter::renderText(std::string_view chatName, const std::vector<Line>& lines,
-                                         const TimeZone& timeZone, const Locale& locale) {
+std::string TranscriptWriter::renderText(const ArchiveChat& chat, const TimeZone& timeZone, const Locale& locale) {
   const DateFormatter times("yyyy-MM-dd HH:mm:ss", timeZone, locale);
-  std::string text = "=== " + heading(chatName) + " ===\n";
-  for (const Line& line : lines) {
-    const std::string time = line.date ? times.string(*line.date) : std::string(undated);
-    text += "[" + time + "] " + heading(line.sender) + ": " + textBody(line) + "\n";
+  std::string text = "=== " + heading(chat.name) + " ===\n";
+  for (const ArchiveMessage& message : chat.messages) {
+    const std::optional<Date> date = dateOf(message);
+    const std::string time = date ? times.string(*date) : std::string(undated);
+    text += "[" + time + "] " + heading(message.sender) + ": " + textBody(message, chat) + "\n";
   }
   return text;
 }

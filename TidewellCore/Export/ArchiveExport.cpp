@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "TidewellCore/Archive/ProfilePictures.h"
+#include "TidewellCore/Archive/TranscriptWriter.h"
 #include "TidewellCore/Export/EarlyEnd.h"
 #include "TidewellCore/FolderNames.h"
 #include "TidewellCore/MakeRoom.h"
@@ -23,17 +24,15 @@ class Writing {
   std::int64_t writeTranscripts(const ArchiveChat& chat) {
     const ChatArchiveWriter::Setting& archive = setting_.archive;
     const fs::path folder = archive.contentRoot / PathText::path(chat.folder);
-    const std::vector<TranscriptWriter::Line> lines = ChatLines::transcriptLines(chat);
     std::int64_t written = 0;
     written += attempt(chat, FolderNames::textTranscript, [&] {
       MakeRoom::forFolder(folder);
       Files::writeWhenDifferent(folder / FolderNames::textTranscript,
-                                TranscriptWriter::renderText(chat.name, lines, archive.timeZone, setting_.locale));
+                                TranscriptWriter::renderText(chat, archive.timeZone, setting_.locale));
     });
     written += attempt(chat, FolderNames::htmlTranscript, [&] {
-      Files::writeWhenDifferent(
-          folder / FolderNames::htmlTranscript,
-          TranscriptWriter::renderHTML(chat.name, lines, archive.style, archive.timeZone, setting_.locale));
+      Files::writeWhenDifferent(folder / FolderNames::htmlTranscript,
+                                TranscriptWriter::renderHTML(chat, archive.style, archive.timeZone, setting_.locale));
     });
     return written;
   }

@@ -37,12 +37,6 @@ ArchiveMessage archiveMessage(const MessageRecord& message, std::string sender, 
           .media = mediaOf(message, links)};
 }
 
-// A file stands in the chat's own folder, unless two chats share it.
-std::string fromFolder(const std::string& folder, const std::string& relativePath) {
-  const std::string prefix = folder + "/";
-  return relativePath.starts_with(prefix) ? relativePath.substr(prefix.size()) : "../" + relativePath;
-}
-
 }  // namespace
 
 std::vector<ArchiveChat> ChatLines::chats(const ChatFolders& folders) const {
@@ -75,19 +69,4 @@ std::vector<ArchiveMessage> ChatLines::messages(const std::string& jid, const Me
     messages.push_back(archiveMessage(message, snapshot_.senderName(message, style), links));
   }
   return messages;
-}
-
-std::vector<TranscriptWriter::Line> ChatLines::transcriptLines(const ArchiveChat& chat) {
-  std::vector<TranscriptWriter::Line> lines;
-  lines.reserve(chat.messages.size());
-  for (const ArchiveMessage& message : chat.messages) {
-    TranscriptWriter::Line line{.sender = message.sender, .text = message.text};
-    if (message.timestamp) line.date = dateFromUnixTime(*message.timestamp);
-    if (message.media) {
-      line.mediaKind = message.media->kind;
-      if (message.media->relativePath) line.mediaFileName = fromFolder(chat.folder, *message.media->relativePath);
-    }
-    lines.push_back(std::move(line));
-  }
-  return lines;
 }

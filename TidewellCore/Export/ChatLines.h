@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "TidewellCore/Archive/ArchiveChat.h"
-#include "TidewellCore/Archive/TranscriptWriter.h"
 #include "TidewellCore/ChatData/ChatStorageSnapshot.h"
 #include "TidewellCore/Export/FolderAllocator.h"
 #include "TidewellCore/Export/MediaLinks.h"
@@ -25,8 +24,6 @@ class ChatLines {
   // A chat's messages in the snapshot's order.
   std::vector<ArchiveMessage> messages(const std::string& jid, const MediaLinks& links,
                                        const TranscriptStyle& style) const;
-  // The same messages as a transcript in the chat's folder shows them.
-  static std::vector<TranscriptWriter::Line> transcriptLines(const ArchiveChat& chat);
 
  private:
   const ChatStorageSnapshot& snapshot_;
