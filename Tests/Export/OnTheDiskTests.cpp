@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 
 #include <chrono>
 #include <filesystem>
@@ -85,6 +86,23 @@ TEST(OnTheDisk, AllThatAFinishedExportWroteOutlivesAPowerCut) {
        {"export/index.html", "export/messages/Ana/_transcript.txt", "export/messages/_viewer/data/chats.js"}) {
     ASSERT_TRUE(left.contains(page)) << page;
     EXPECT_FALSE(left.at(page).empty()) << page;
+  }
+}
+
+TEST(OnTheDisk, AVolumeThatIsMountedInTheDestinationIsFlushedToo) {
+  for (const char* place : {"messages", "messages/Ana"}) {
+    Scene scene(photos(30, 2000));
+    const DiskImage disk(scene.folder.path(), 64 * megabyte);
+    const fs::path mounted = scene.destination / place;
+    fs::create_directories(mounted);
+    fs::create_directories(scene.destination / "messages/_viewer");
+    if (!disk.isMounted()) GTEST_SKIP() << "This user cannot mount a volume.";
+    fs::create_directories(disk.root() / "_viewer");
+    ASSERT_EQ(::mount(disk.root().c_str(), mounted.c_str(), nullptr, MS_BIND, nullptr), 0);
+    const ExportSummary summary = scene.run(everything);
+    EXPECT_EQ(summary.copiedCount, 30);
+    EXPECT_EQ(wholePhotos(afterPowerCut(disk, scene.folder / "after"), 2000), 30U) << place;
+    ::umount(mounted.c_str());
   }
 }
 

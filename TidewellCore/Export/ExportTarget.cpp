@@ -55,7 +55,17 @@ ExportTarget::ExportTarget(const fs::path& destination, const fs::path& backup)
       lock_(locked(destination, backup)),
       disk_(destination),
       contentRoot_(madeReady(destination, [&] { return ExportLayout::prepare(destination, backup); })),
-      nameForm_(madeReady(destination, [&] { return NameProbe::formFor(contentRoot_); })) {}
+      nameForm_(madeReady(destination, [&] { return NameProbe::formFor(contentRoot_); })) {
+  madeReady(destination, [&] { includeVolumes(); });
+}
+
+// The content root or a chat's folder may be where another volume is mounted.
+void ExportTarget::includeVolumes() {
+  disk_.include(contentRoot_);
+  for (const Files::Entry& entry : Files::list(contentRoot_)) {
+    if (entry.isFolder) disk_.include(contentRoot_ / PathText::path(entry.name));
+  }
+}
 
 void ExportTarget::requireSpace(std::int64_t bytes) const {
   if (DiskSpace::fitsExport(bytes, DiskSpace::availableBytes(contentRoot_))) return;

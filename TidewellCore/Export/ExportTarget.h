@@ -30,6 +30,8 @@ class ExportTarget {
   void flush(const std::vector<std::string>& chatFolders) const;
 
  private:
+  void includeVolumes();
+
   std::filesystem::path destination_;
   DestinationLock lock_;
   FlushPoint disk_;

@@ -2,10 +2,12 @@
 
 #include <fcntl.h>
 #include <linux/magic.h>
+#include <sys/stat.h>
 #include <sys/utsname.h>
 #include <sys/vfs.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <system_error>
@@ -31,19 +33,37 @@ bool tellsOfFailures() {
   return isKnown && version >= firstThatDoes;
 }
 
-}  // namespace
-
-FlushPoint::FlushPoint(const fs::path& folder)
-    : folder_(folder), number_(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
-  if (number_ < 0) throw fs::filesystem_error("Could not open the folder", folder, {errno, std::generic_category()});
+[[noreturn]] void fail(const char* what, const fs::path& folder) {
+  throw fs::filesystem_error(what, folder, {errno, std::generic_category()});
 }
 
-FlushPoint::~FlushPoint() { ::close(number_); }
+}  // namespace
+
+FlushPoint::FlushPoint(const fs::path& folder) { include(folder); }
+
+FlushPoint::~FlushPoint() {
+  for (const Volume& volume : volumes_) ::close(volume.number);
+}
+
+void FlushPoint::include(const fs::path& folder) {
+  struct stat status {};
+  if (::stat(folder.c_str(), &status) != 0) fail("Could not look at the folder", folder);
+  if (std::ranges::find(volumes_, status.st_dev, &Volume::device) != volumes_.end()) return;
+  const int number = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (number < 0) fail("Could not open the folder", folder);
+  volumes_.push_back({.folder = folder, .number = number, .device = status.st_dev});
+}
 
 bool FlushPoint::flush() const {
-  if (isProgram(number_) || !tellsOfFailures()) return false;
-  // It tells of every write to the volume that failed since the folder was opened.
-  if (::syncfs(number_) == 0) return true;
-  if (errno == ENOSYS) return false;
-  throw fs::filesystem_error("Could not write to the disk of", folder_, {errno, std::generic_category()});
+  if (!tellsOfFailures()) return false;
+  bool isWhole = true;
+  for (const Volume& volume : volumes_) {
+    if (isProgram(volume.number)) {
+      isWhole = false;
+    } else if (::syncfs(volume.number) != 0) {  // tells of every write that failed since the folder was opened
+      if (errno != ENOSYS) fail("Could not write to the disk of", volume.folder);
+      isWhole = false;
+    }
+  }
+  return isWhole;
 }
