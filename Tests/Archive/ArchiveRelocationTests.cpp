@@ -122,6 +122,24 @@ TEST_F(ArchiveRelocationTest, KeepsWhatItDoesNotKnow) {
                 name + "\",\"size\":3},null],\"later\":true};\n// the end\n");
 }
 
+TEST_F(ArchiveRelocationTest, KeepsWhatItDoesNotKnowInTheLinesOfToday) {
+  const std::string others = "\t1\t\"path, \\\"media\\\"\"\t{\"a\":{\"path\":\"A/a\"},\"media\":{\"path\":\"";
+  const std::string script = MessageBlocks::script("\"1\"\t\t\t{}\n\"2\"" + others + "A/a\"},\"z\":[1.5,null]}");
+  Fixture::writeFile(data / "chats.js",
+                     "window.ARCHIVE = {\"blocks\":[{\"file\":\"block-1.js\"}],\"format\":2};\nwindow.CHATS = [];\n");
+  Fixture::writeFile(data / "block-1.js", script);
+  EXPECT_TRUE(rewrite({{"A/a", "B/b"}}));
+  const std::string moved = MessageBlocks::script("\"1\"\t\t\t{}\n\"2\"" + others + "B/b\"},\"z\":[1.5,null]}");
+  EXPECT_EQ(ExportTest::textOf(data / MessageBlocks::fileName(moved)), moved);
+}
+
+TEST_F(ArchiveRelocationTest, LeavesBlocksOfAFormatThatIsNotKnown) {
+  Fixture::writeFile(data / "chats.js", "window.ARCHIVE = {\"blocks\":[{\"file\":\"block-1.js\"}],\"format\":3};\n");
+  Fixture::writeFile(data / "block-1.js", MessageBlocks::script(R"({"media":{"path":"A/a"}})"));
+  EXPECT_FALSE(rewrite({{"A/a", "B/b"}}));
+  EXPECT_TRUE(fs::exists(data / "block-1.js"));
+}
+
 TEST_F(ArchiveRelocationTest, RewritesDataFilesThatNoListNames) {
   writeArchive({archiveChat("2@x", "Bea")});
   Fixture::writeFile(data / "chat-old.js", R"(window.__CHAT_PAYLOAD = {"messages":[{"media":{"path":"A/a"}}]};)");

@@ -243,14 +243,13 @@ TEST_F(ChatArchiveWriterTest, PutsAllMessagesIntoBlocksToo) {
   ASSERT_EQ(blockNames().size(), 1U);
   const std::string script = data(blockNames().front());
   EXPECT_EQ(MessageBlocks::fileName(script), blockNames().front());
-  EXPECT_EQ(MessageBlocks::lines(script), R"({"id":"1","me":false,"sender":"Ana","text":"\u0060\u0024{price}\u0060"})"
-                                          "\n"
-                                          R"({"id":"2","me":false,"sender":"Ana","text":"b"})"
-                                          "\n"
-                                          R"({"id":"3","me":false,"sender":"Bea","text":"c"})");
+  EXPECT_EQ(MessageBlocks::lines(script),
+            "\"1\"\t\t\"\\u0060\\u0024{price}\\u0060\"\t{\"me\":false,\"sender\":\"Ana\"}\n"
+            "\"2\"\t\t\"b\"\t{\"me\":false,\"sender\":\"Ana\"}\n"
+            "\"3\"\t\t\"c\"\t{\"me\":false,\"sender\":\"Bea\"}");
   EXPECT_THAT(data("chats.js"),
               HasSubstr("window.ARCHIVE = {\"blocks\":[{\"chats\":[[\"1\",0,2],[\"2\",0,1]],\"file\":\"" +
-                        blockNames().front() + "\"}]"));
+                        blockNames().front() + "\"}],\"format\":2,"));
 }
 
 TEST_F(ChatArchiveWriterTest, ALongChatSpansBlocks) {

@@ -6,6 +6,7 @@
 #include "TidewellCore/Archive/ChatArchiveJSON.h"
 #include "TidewellCore/Archive/JSONText.h"
 #include "TidewellCore/Archive/MessageBlocks.h"
+#include "TidewellCore/Archive/MessageLine.h"
 #include "TidewellCore/Archive/ReadableText.h"
 #include "TidewellCore/Archive/TextPatch.h"
 #include "TidewellCore/FileNaming.h"
@@ -40,23 +41,23 @@ std::optional<std::string> movedMember(const Json::Object& object, std::string_v
 
 std::string fileNameShown(std::string_view place) { return ReadableText::cleaned(PathText::lastComponent(place)); }
 
-// The JSON of a message whose medium has moved; absent for all others.
-std::optional<std::string> moved(std::string_view message, const NewPlace& files) {
-  if (message.find("\"path\"") == std::string_view::npos) return std::nullopt;
-  const std::optional<Json> document = Json::parse(message);
-  const auto* object = document ? document->as<Json::Object>() : nullptr;
-  const auto found = object ? object->find("media") : Json::Object::const_iterator();
-  const auto* media = object && found != object->end() ? found->second.as<Json::Object>() : nullptr;
+// A message whose medium has moved; absent for all others.
+std::optional<Json::Object> moved(const Json::Object& message, const NewPlace& files) {
+  const auto found = message.find("media");
+  const auto* media = found != message.end() ? found->second.as<Json::Object>() : nullptr;
   const auto place = media ? movedMember(*media, "path", files) : std::nullopt;
   if (!place) return std::nullopt;
   Json::Object newMedia = *media;
   const std::string* name = textMember(*media, "name");
   if (name != nullptr && *name == fileNameShown(*textMember(*media, "path"))) newMedia["name"] = fileNameShown(*place);
   newMedia["path"] = *place;
-  Json::Object newMessage = *object;
+  Json::Object newMessage = message;
   newMessage["media"] = std::move(newMedia);
-  return ChatArchiveJSON::stringify(std::move(newMessage));
+  return newMessage;
 }
+
+// Whether the text of a message, in any form, may hold the place of a medium.
+bool mayHavePlace(std::string_view message) { return message.find("\"path\"") != std::string_view::npos; }
 
 template <typename Visit>
 void forEachLine(std::string_view text, Visit visit) {
@@ -118,19 +119,21 @@ class Rewriting {
     const auto found = archive ? archive->find("blocks") : Json::Object::const_iterator();
     const auto* blocks = archive && found != archive->end() ? found->second.as<Json::Array>() : nullptr;
     if (blocks == nullptr) return std::nullopt;
+    const auto form = MessageLine::form(*archive);
+    if (!form) return std::nullopt;
     Json::Array newBlocks;
-    for (const Json& block : *blocks) newBlocks.push_back(newBlock(block));
+    for (const Json& block : *blocks) newBlocks.push_back(newBlock(block, *form));
     if (formerBlocks_.empty()) return std::nullopt;
     Json::Object newArchive = *archive;
     newArchive["blocks"] = std::move(newBlocks);
     return newArchive;
   }
 
-  Json newBlock(const Json& block) {
+  Json newBlock(const Json& block, MessageLine::Form form) {
     const auto* object = block.as<Json::Object>();
     const std::string* file = object ? textMember(*object, "file") : nullptr;
     if (file == nullptr || !FileNaming::isSafeComponent(*file)) return block;
-    const std::optional<std::string> script = newScript(*file);
+    const std::optional<std::string> script = newScript(*file, form);
     const std::string newFile = script ? MessageBlocks::fileName(*script) : *file;
     currentBlocks_.insert(newFile);
     if (!script) return block;
@@ -141,14 +144,30 @@ class Rewriting {
     return newObject;
   }
 
-  std::optional<std::string> newScript(const std::string& file) const {
+  std::optional<std::string> newScript(const std::string& file, MessageLine::Form form) const {
     const std::optional<std::string> script = read(folder_ / PathText::path(file));
     if (!script) return std::nullopt;
     TextPatch patch(*script);
     forEachLine(MessageBlocks::lines(*script), [&](std::string_view line) {
-      if (const auto message = moved(line, places_.file)) patch.replace(line, MessageBlocks::line(*message));
+      if (const auto newLine = movedLine(line, form)) patch.replace(line, *newLine);
     });
     return patch.result();
+  }
+
+  std::optional<std::string> movedLine(std::string_view line, MessageLine::Form form) const {
+    const auto message = mayHavePlace(line) ? MessageLine::message(line, form) : std::nullopt;
+    auto newMessage = message ? moved(*message, places_.file) : std::nullopt;
+    if (!newMessage) return std::nullopt;
+    std::string newLine;
+    MessageLine::append(newLine, std::move(*newMessage), form);
+    return newLine;
+  }
+
+  std::optional<std::string> movedElement(std::string_view message) const {
+    const auto json = mayHavePlace(message) ? Json::parse(message) : std::nullopt;
+    const auto* object = json ? json->as<Json::Object>() : nullptr;
+    auto newMessage = object ? moved(*object, places_.file) : std::nullopt;
+    return newMessage ? std::optional(ChatArchiveJSON::stringify(std::move(*newMessage))) : std::nullopt;
   }
 
   void addDataFile(const std::string& name) {
@@ -169,7 +188,7 @@ class Rewriting {
     TextPatch patch(*text);
     const std::string_view payload = ChatArchiveJSON::assignedValue(*text, "__CHAT_PAYLOAD");
     JSONText::forEachElement(JSONText::member(payload, "\"messages\""), [&](std::string_view message) {
-      if (const auto newMessage = moved(message, places_.file)) patch.replace(message, *newMessage);
+      if (const auto newMessage = movedElement(message)) patch.replace(message, *newMessage);
     });
     if (const auto newText = patch.result()) write(file, *newText);
   }

@@ -6,6 +6,7 @@
 #include "TidewellCore/Archive/ChatArchiveAssets.h"
 #include "TidewellCore/Archive/ChatArchiveJSON.h"
 #include "TidewellCore/Archive/ChatArchiveStrings.h"
+#include "TidewellCore/Archive/MessageLine.h"
 #include "TidewellCore/Archive/ReadableText.h"
 #include "TidewellCore/Archive/ViewerTexts.h"
 #include "TidewellCore/FolderNames.h"
@@ -76,9 +77,9 @@ void ChatArchiveWriter::add(const ArchiveChat& chat) {
   blocks_.beginChat(chat.id);
   for (const ArchiveMessage& message : chat.messages) {
     if (&message != &chat.messages.front()) script += ',';
-    const std::size_t begin = script.size();
-    ChatArchiveJSON::append(script, dictionary(message));
-    blocks_.add(std::string_view(script).substr(begin));
+    Json::Object json = dictionary(message);
+    ChatArchiveJSON::append(script, json);
+    blocks_.add(std::move(json));
   }
   script += "]};\n";
   Files::writeWhenDifferent(dataFolder() / dataFileName(chat.id), script);
@@ -106,6 +107,7 @@ void ChatArchiveWriter::writeViewer() const {
 void ChatArchiveWriter::writeChatList() {
   const ChatArchiveStrings& strings = ChatArchiveStrings::forStyle(setting_.style);
   const Json::Object archive{{"blocks", blocks_.finish()},
+                             {"format", static_cast<std::int64_t>(MessageLine::Form::columns)},
                              {"strings", textTable(strings)},
                              {"timeZone", setting_.timeZone.identifier},
                              {"title", strings.title}};

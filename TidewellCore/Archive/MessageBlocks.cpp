@@ -4,6 +4,7 @@
 
 #include <array>
 
+#include "TidewellCore/Archive/MessageLine.h"
 #include "TidewellCore/Crypto/CryptoShim.h"
 #include "TidewellCore/Platform/Bytes.h"
 #include "TidewellCore/Platform/Files.h"
@@ -20,20 +21,6 @@ constexpr std::string_view ending = ".js";
 constexpr std::string_view opening = "window.__BLOCK_PAYLOAD = String.raw`";
 constexpr std::string_view closing = "`;\n";
 
-// The two characters that mean something in a template literal stand only
-// within JSON texts, where they can be written as escapes.
-void appendForTemplate(std::string& lines, std::string_view json) {
-  for (const char c : json) {
-    if (c == '`') {
-      lines += "\\u0060";
-    } else if (c == '$') {
-      lines += "\\u0024";
-    } else {
-      lines += c;
-    }
-  }
-}
-
 // Whether a file has a name that `MessageBlocks::fileName` gives.
 bool isBlockName(std::string_view name) {
   constexpr std::size_t digits = 2 * digestBytes;
@@ -49,9 +36,9 @@ void MessageBlocks::beginChat(const std::string& id) {
   firstOfChat_ = next_ = 0;
 }
 
-void MessageBlocks::add(std::string_view message) {
+void MessageBlocks::add(Json::Object message) {
   if (!lines_.empty()) lines_ += '\n';
-  appendForTemplate(lines_, message);
+  MessageLine::append(lines_, std::move(message));
   ++next_;
   if (lines_.size() >= fullSize) write();
 }
@@ -83,12 +70,6 @@ void MessageBlocks::removeOthers() const {
     const bool isBlock = isBlockName(entry.name) && !entry.isFolder;
     if (isBlock && !names_.contains(entry.name)) Files::remove(folder_ / PathText::path(entry.name));
   }
-}
-
-std::string MessageBlocks::line(std::string_view message) {
-  std::string text;
-  appendForTemplate(text, message);
-  return text;
 }
 
 std::string MessageBlocks::fileName(std::string_view content) {

@@ -9,8 +9,8 @@
 
 #include "TidewellCore/Platform/Json.h"
 
-// All messages of an archive once more, as lines of JSON in files of about a
-// megabyte: a browser reads such a text a hundred times faster than it builds
+// All messages of an archive once more, as lines (MessageLine) in files of about
+// a megabyte: a browser reads such a text a hundred times faster than it builds
 // the objects of a whole chat, so this is what the viewer searches, and what it
 // opens long chats from (docs/formats/chat-archive.md).
 //
@@ -23,16 +23,14 @@ class MessageBlocks {
 
   // The messages added from now on are those of this chat, in order.
   void beginChat(const std::string& id);
-  // The JSON of a message, with its keys in byte order.
-  void add(std::string_view message);
+  // The JSON of a message.
+  void add(Json::Object message);
   // Writes what is left and returns the directory of the blocks: for each its
   // "file" and the "chats" in it, as [ID, index of its first message, count].
   Json::Array finish();
   // Removes the blocks of earlier exports. To be called when the new directory is in place.
   void removeOthers() const;
 
-  // The JSON of a message as it stands in a block.
-  static std::string line(std::string_view message);
   static std::string fileName(std::string_view content);
   // The script of a block around its lines, and the lines of such a script;
   // empty when it is none.

@@ -88,7 +88,8 @@ DatabaseFaults DatabaseCheck::beforeOpening(const fs::path& database, std::optio
                                             const std::optional<SQLiteWALIndex>& journalIndex) {
   DatabaseFaults faults;
   const bool isWithoutJournal = Files::kindOf(database.native() + "-wal") == Files::Kind::nothing;
-  if (isWithoutJournal && journalIndex && journalIndex->hasPendingFrames()) faults.insert(DatabaseFault::journalMissing);
+  if (isWithoutJournal && journalIndex && journalIndex->hasPendingFrames())
+    faults.insert(DatabaseFault::journalMissing);
   const SQLiteWAL journal = SQLiteWAL::read(database.native() + "-wal", recordedJournalSize, journalIndex);
   const auto header = SQLiteHeader::read(database);
   const bool isPassedOver = header && !header->isWAL && journal.frameCount > 0;

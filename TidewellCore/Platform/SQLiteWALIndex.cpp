@@ -37,7 +37,8 @@ std::optional<SQLiteWALIndex> SQLiteWALIndex::read(const std::filesystem::path& 
     return std::nullopt;
   }
   const ByteView header = ByteView(bytes).first(headerSize);
-  if (!isWhole(header) || !std::ranges::equal(header, ByteView(bytes).subspan(headerSize, headerSize))) return std::nullopt;
+  if (!isWhole(header) || !std::ranges::equal(header, ByteView(bytes).subspan(headerSize, headerSize)))
+    return std::nullopt;
   SQLiteWALIndex index{.frameCount = number(header, frameCountOffset),
                        .backfilledCount = number(bytes, backfilledCountOffset)};
   std::ranges::copy(header.subspan(saltsOffset, index.salts.size()), index.salts.begin());
