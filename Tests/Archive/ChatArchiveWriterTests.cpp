@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "Tests/Support/TemporaryDirectory.h"
+#include "TidewellCore/Archive/ArchiveScripts.h"
 #include "TidewellCore/Archive/ChatArchiveJSON.h"
 #include "TidewellCore/Archive/MessageBlocks.h"
 
@@ -243,7 +244,7 @@ TEST_F(ChatArchiveWriterTest, PutsAllMessagesIntoBlocksToo) {
   ASSERT_EQ(blockNames().size(), 1U);
   const std::string script = data(blockNames().front());
   EXPECT_EQ(MessageBlocks::fileName(script), blockNames().front());
-  EXPECT_EQ(MessageBlocks::lines(script),
+  EXPECT_EQ(ArchiveScripts::lines(script),
             "\"1\"\t\t\"\\u0060\\u0024{price}\\u0060\"\t{\"me\":false,\"sender\":\"Ana\"}\n"
             "\"2\"\t\t\"b\"\t{\"me\":false,\"sender\":\"Ana\"}\n"
             "\"3\"\t\t\"c\"\t{\"me\":false,\"sender\":\"Bea\"}");
@@ -291,12 +292,6 @@ TEST_F(ChatArchiveWriterTest, LeavesFilesThatOnlyResembleABlock) {
     write({chat("1")});
     EXPECT_EQ(data(name), "somebody's");
   }
-}
-
-TEST(MessageBlocks, ReadsTheLinesOfAScript) {
-  EXPECT_EQ(MessageBlocks::lines(MessageBlocks::script("a\nb")), "a\nb");
-  EXPECT_THAT(MessageBlocks::lines("window.__BLOCK_PAYLOAD = 1;\n"), IsEmpty());
-  EXPECT_THAT(MessageBlocks::lines(""), IsEmpty());
 }
 
 }  // namespace

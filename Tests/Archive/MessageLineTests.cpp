@@ -32,7 +32,8 @@ TEST(MessageLine, HasColumnsForWhatIsAskedOfEveryLine) {
 }
 
 TEST(MessageLine, WasTheMessagesJSONBefore) {
-  EXPECT_EQ(line(R"({"ts":1,"text":"`$`","id":"7"})", Form::object), R"({"id":"7","text":"\u0060\u0024\u0060","ts":1})");
+  EXPECT_EQ(line(R"({"ts":1,"text":"`$`","id":"7"})", Form::object),
+            R"({"id":"7","text":"\u0060\u0024\u0060","ts":1})");
 }
 
 TEST(MessageLine, ReadsWhatItWrites) {

@@ -1,4 +1,5 @@
 target_sources(TidewellCoreTests PRIVATE
+  ${CMAKE_CURRENT_LIST_DIR}/ArchiveFormatTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ArchiveRelocationTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ChatArchiveAssetsTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ChatArchiveJSONTests.cpp
