@@ -1,7 +1,6 @@
 #include "TidewellCore/Archive/ChatArchiveWriter.h"
 
 #include <algorithm>
-#include <map>
 
 #include "TidewellCore/Archive/ArchiveFormat.h"
 #include "TidewellCore/Archive/ArchiveScripts.h"
@@ -9,7 +8,7 @@
 #include "TidewellCore/Archive/ChatArchiveJSON.h"
 #include "TidewellCore/Archive/ChatArchiveStrings.h"
 #include "TidewellCore/Archive/ReadableText.h"
-#include "TidewellCore/Archive/ViewerTexts.h"
+#include "TidewellCore/ExportTexts.h"
 #include "TidewellCore/FolderNames.h"
 #include "TidewellCore/MakeRoom.h"
 #include "TidewellCore/Platform/Files.h"
@@ -29,14 +28,6 @@ constexpr double withoutActivity = -1;
 
 bool isKept(char c) {
   return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '-' || c == '_' || c == '.';
-}
-
-std::map<std::string, std::string, std::less<>> textTable(const ChatArchiveStrings& strings) {
-  std::map<std::string, std::string, std::less<>> table;
-  for (const auto& [name, text] : ChatArchiveStrings::fields()) table.emplace(name, strings.*text);
-  const ViewerTexts& controls = ViewerTexts::beside(strings);
-  for (const auto& [name, text] : ViewerTexts::fields()) table.emplace(name, controls.*text);
-  return table;
 }
 
 // An empty one is what a power cut left of it.
@@ -93,7 +84,7 @@ void ChatArchiveWriter::writeViewer() const {
 void ChatArchiveWriter::writeChatList() {
   const ChatArchiveStrings& strings = ChatArchiveStrings::forStyle(setting_.style);
   const ArchiveFormat::Description archive{.title = strings.title,
-                                           .strings = textTable(strings),
+                                           .strings = ExportTexts::section(strings.language, "page"),
                                            .timeZone = setting_.timeZone.identifier,
                                            .blocks = blocks_.finish()};
   Files::writeWhenDifferent(dataFolder() / FolderNames::archiveChats,
