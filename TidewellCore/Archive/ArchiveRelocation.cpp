@@ -18,10 +18,7 @@ using ArchiveRelocation::NewPlaces;
 
 constexpr std::int64_t largestFile = std::int64_t{4} << 30;
 
-std::optional<std::string> read(const fs::path& file) {
-  const std::optional<Bytes> content = Files::readIfThere(file, largestFile);
-  return content ? std::optional(std::string(textOf(*content))) : std::nullopt;
-}
+std::optional<Bytes> read(const fs::path& file) { return Files::readIfThere(file, largestFile); }
 
 std::string fileNameShown(std::string_view place) { return ReadableText::cleaned(PathText::lastComponent(place)); }
 
@@ -32,13 +29,14 @@ class Rewriting {
 
   bool run() {
     const fs::path list = folder_ / FolderNames::archiveChats;
-    const std::optional<std::string> text = read(list);
-    if (!text) return false;
+    const std::optional<Bytes> content = read(list);
+    if (!content) return false;
+    const std::string text(textOf(*content));
     const std::string newText = ArchiveScripts::changedList(
-        *text, {.block = [this](ArchiveBlock& block, MessageLine::Form form) { rewriteBlock(block, form); },
-                .chat = [this](ArchiveChatSummary& chat) { move(chat); }});
+        text, {.block = [this](ArchiveBlock& block, MessageLine::Form form) { rewriteBlock(block, form); },
+               .chat = [this](ArchiveChatSummary& chat) { move(chat); }});
     rewriteDataFiles();
-    if (newText != *text) write(list, newText);
+    if (newText != text) write(list, newText);
     removeFormerBlocks();
     return isChanged_;
   }
@@ -62,7 +60,7 @@ class Rewriting {
   void rewriteBlock(ArchiveBlock& block, MessageLine::Form form) {
     if (!FileNaming::isSafeComponent(block.file)) return;
     const auto script = read(folder_ / PathText::path(block.file));
-    const auto newScript = script ? ArchiveScripts::changedBlock(*script, form, moveMessage_) : std::nullopt;
+    const auto newScript = script ? ArchiveScripts::changedBlock(textOf(*script), form, moveMessage_) : std::nullopt;
     if (newScript) {
       formerBlocks_.insert(block.file);
       block.file = MessageBlocks::fileName(*newScript);
@@ -85,7 +83,7 @@ class Rewriting {
 
   void rewriteDataFile(const fs::path& file) {
     const auto script = read(file);
-    const auto newScript = script ? ArchiveScripts::changedChat(*script, moveMessage_) : std::nullopt;
+    const auto newScript = script ? ArchiveScripts::changedChat(textOf(*script), moveMessage_) : std::nullopt;
     if (newScript) write(file, *newScript);
   }
 
@@ -113,9 +111,9 @@ class Rewriting {
 
 std::vector<ArchiveRelocation::ChatReference> ArchiveRelocation::loadChats(const fs::path& dataFolder) {
   std::vector<ChatReference> references;
-  const std::optional<std::string> list = read(dataFolder / FolderNames::archiveChats);
+  const std::optional<Bytes> list = read(dataFolder / FolderNames::archiveChats);
   if (!list) return references;
-  for (const ArchiveChatSummary& chat : ArchiveScripts::chats(*list)) {
+  for (const ArchiveChatSummary& chat : ArchiveScripts::chats(textOf(*list))) {
     if (chat.jid.empty() || !FileNaming::isSafeComponent(chat.folder)) continue;
     references.push_back({.jid = chat.jid, .folder = chat.folder});
   }

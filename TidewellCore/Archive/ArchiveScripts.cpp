@@ -33,6 +33,7 @@ std::optional<std::string> changedParts(std::string_view text, ForEachPart forEa
   forEachPart([&](std::string_view part) {
     const std::optional<std::string> newPart = change(part);
     if (!newPart) return;
+    if (done == 0) result.reserve(text.size() + newPart->size());
     const auto begin = static_cast<std::size_t>(part.data() - text.data());
     result.append(text.substr(done, begin - done)).append(*newPart);
     done = begin + part.size();
