@@ -1,12 +1,21 @@
 #include "TidewellCore/TranscriptStyle.h"
 
-TranscriptStyle TranscriptStyle::english() {
-  return {.youLabel = "You", .unknownSenderLabel = "Unknown", .languageCode = "en"};
+#include "TidewellCore/ExportTexts.h"
+
+namespace {
+
+TranscriptStyle inLanguage(const char* language) {
+  const ExportTexts::Section& words = ExportTexts::section(language, "transcript");
+  return {.youLabel = ExportTexts::text(words, "you"),
+          .unknownSenderLabel = ExportTexts::text(words, "unknownSender"),
+          .languageCode = language};
 }
 
-TranscriptStyle TranscriptStyle::portuguese() {
-  return {.youLabel = "Você", .unknownSenderLabel = "Desconhecido", .languageCode = "pt-BR"};
-}
+}  // namespace
+
+TranscriptStyle TranscriptStyle::english() { return inLanguage("en"); }
+
+TranscriptStyle TranscriptStyle::portuguese() { return inLanguage("pt-BR"); }
 
 TranscriptStyle TranscriptStyle::matching(const Locale& locale) {
   return locale.languageCode() == "pt" ? portuguese() : english();

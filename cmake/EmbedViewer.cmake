@@ -1,5 +1,6 @@
 # Writes ViewerSources.cpp from the viewer's files: run as
-# `cmake -DVIEWER=FOLDER -DOUTPUT=FILE -P EmbedViewer.cmake`.
+# `cmake -DVIEWER=FOLDER -DFALLBACK=TABLE -DOUTPUT=FILE -P EmbedViewer.cmake`. The
+# table's texts for the page become those that the script falls back to.
 include(${VIEWER}/Sources.cmake)
 
 file(READ ${VIEWER}/index.html page)
@@ -8,8 +9,19 @@ foreach(part IN LISTS VIEWER_STYLES)
   file(READ ${VIEWER}/${part} text)
   string(APPEND styleSheet "${text}\n")
 endforeach()
+file(READ ${FALLBACK} table)
+set(fallback "")
+string(JSON last LENGTH "${table}" page)
+math(EXPR last "${last} - 1")
+foreach(index RANGE ${last})
+  string(JSON name MEMBER "${table}" page ${index})
+  string(JSON text GET "${table}" page ${name})
+  string(REPLACE "\\" "\\\\" text "${text}")
+  string(REPLACE "\"" "\\\"" text "${text}")
+  string(APPEND fallback "  ${name}: \"${text}\",\n")
+endforeach()
 # One function around all, so that nothing of it becomes a member of `window`.
-set(script "(function () {\n\"use strict\";\n")
+set(script "(function () {\n\"use strict\";\n\nconst FALLBACK = {\n${fallback}};\n")
 foreach(part IN LISTS VIEWER_SCRIPTS)
   file(READ ${VIEWER}/${part} text)
   string(APPEND script "\n${text}")

@@ -7,6 +7,7 @@
 
 #include "Tests/Export/DedupeScene.h"
 #include "Tests/Support/Unprivileged.h"
+#include "TidewellCore/Archive/ArchiveScripts.h"
 #include "TidewellCore/Archive/ChatArchiveJSON.h"
 #include "TidewellCore/Archive/MessageBlocks.h"
 
@@ -108,11 +109,11 @@ TEST_F(ArchiveRelocationTest, KeepsWhatItDoesNotKnow) {
   const std::string newMessage = R"({"id":"1","media":{"path":"B/b","width":3},"reactions":["+"]})";
   Fixture::writeFile(data / "own.js", "window.__CHAT_PAYLOAD = { \"a\" : [ ] , \"messages\" : [ " + message +
                                           " , {\"z\" : 1, \"path\":0} ], \"version\":2 } ;");
-  Fixture::writeFile(data / "block-1.js", MessageBlocks::script("{}\n" + message));
+  Fixture::writeFile(data / "block-1.js", ArchiveScripts::block("{}\n" + message));
   EXPECT_TRUE(rewrite({{"A/a", "B/b"}}, {{"A", "B"}}));
   EXPECT_EQ(ExportTest::textOf(data / "own.js"), "window.__CHAT_PAYLOAD = { \"a\" : [ ] , \"messages\" : [ " +
                                                      newMessage + " , {\"z\" : 1, \"path\":0} ], \"version\":2 } ;");
-  const std::string block = MessageBlocks::script("{}\n" + newMessage);
+  const std::string block = ArchiveScripts::block("{}\n" + newMessage);
   const std::string name = MessageBlocks::fileName(block);
   EXPECT_EQ(ExportTest::textOf(data / name), block);
   EXPECT_FALSE(fs::exists(data / "block-1.js"));
@@ -120,6 +121,24 @@ TEST_F(ArchiveRelocationTest, KeepsWhatItDoesNotKnow) {
             "window.CHATS = [{\"file\":\"own.js\",\"folder\":\"B\",\"jid\":\"1@x\",\"new\":[1.5,null]},7];\n"
             "window.MORE = 1;\nwindow.ARCHIVE = {\"blocks\":[{\"chats\":[],\"file\":\"" +
                 name + "\",\"size\":3},null],\"later\":true};\n// the end\n");
+}
+
+TEST_F(ArchiveRelocationTest, KeepsWhatItDoesNotKnowInTheLinesOfToday) {
+  const std::string others = "\t1\t\"path, \\\"media\\\"\"\t{\"a\":{\"path\":\"A/a\"},\"media\":{\"path\":\"";
+  const std::string script = ArchiveScripts::block("\"1\"\t\t\t{}\n\"2\"" + others + "A/a\"},\"z\":[1.5,null]}");
+  Fixture::writeFile(data / "chats.js",
+                     "window.ARCHIVE = {\"blocks\":[{\"file\":\"block-1.js\"}],\"format\":2};\nwindow.CHATS = [];\n");
+  Fixture::writeFile(data / "block-1.js", script);
+  EXPECT_TRUE(rewrite({{"A/a", "B/b"}}));
+  const std::string moved = ArchiveScripts::block("\"1\"\t\t\t{}\n\"2\"" + others + "B/b\"},\"z\":[1.5,null]}");
+  EXPECT_EQ(ExportTest::textOf(data / MessageBlocks::fileName(moved)), moved);
+}
+
+TEST_F(ArchiveRelocationTest, LeavesBlocksOfAFormatThatIsNotKnown) {
+  Fixture::writeFile(data / "chats.js", "window.ARCHIVE = {\"blocks\":[{\"file\":\"block-1.js\"}],\"format\":3};\n");
+  Fixture::writeFile(data / "block-1.js", ArchiveScripts::block(R"({"media":{"path":"A/a"}})"));
+  EXPECT_FALSE(rewrite({{"A/a", "B/b"}}));
+  EXPECT_TRUE(fs::exists(data / "block-1.js"));
 }
 
 TEST_F(ArchiveRelocationTest, RewritesDataFilesThatNoListNames) {
@@ -169,7 +188,7 @@ TEST_F(ArchiveRelocationTest, AFolderThatCannotBeListedIsAFailure) {
 TEST_F(ArchiveRelocationTest, OpensNoFileOutsideItsFolder) {
   const std::string outside = R"(window.__CHAT_PAYLOAD = {"messages":[{"media":{"path":"A/a"}}]};)";
   Fixture::writeFile(content / "_viewer/outside.js", outside);
-  const std::string block = MessageBlocks::script(R"({"media":{"path":"A/a"}})");
+  const std::string block = ArchiveScripts::block(R"({"media":{"path":"A/a"}})");
   Fixture::writeFile(content / "_viewer/block.js", block);
   Fixture::writeFile(data / "chats.js",
                      "window.CHATS = [{\"file\":\"../outside.js\"}];\n"

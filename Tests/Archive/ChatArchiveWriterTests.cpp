@@ -4,8 +4,10 @@
 #include <gtest/gtest.h>
 
 #include "Tests/Support/TemporaryDirectory.h"
+#include "TidewellCore/Archive/ArchiveScripts.h"
 #include "TidewellCore/Archive/ChatArchiveJSON.h"
 #include "TidewellCore/Archive/MessageBlocks.h"
+#include "TidewellCore/ExportTexts.h"
 
 namespace {
 
@@ -130,7 +132,7 @@ TEST_F(ChatArchiveWriterTest, DescribesTheArchiveInItsLanguage) {
   EXPECT_EQ(*members.at("title").as<std::string>(), "Arquivo de Conversas");
   EXPECT_EQ(*members.at("timeZone").as<std::string>(), "Asia/Tokyo");
   const auto& strings = *members.at("strings").as<Json::Object>();
-  EXPECT_EQ(strings.size(), 39U + 12U);
+  EXPECT_EQ(strings.size(), ExportTexts::section("pt-BR", "page").size());
   EXPECT_EQ(*strings.at("searchMinChars").as<std::string>(), "Digite pelo menos dois caracteres.");
   EXPECT_EQ(*strings.at("next").as<std::string>(), "Próxima");
 }
@@ -243,14 +245,13 @@ TEST_F(ChatArchiveWriterTest, PutsAllMessagesIntoBlocksToo) {
   ASSERT_EQ(blockNames().size(), 1U);
   const std::string script = data(blockNames().front());
   EXPECT_EQ(MessageBlocks::fileName(script), blockNames().front());
-  EXPECT_EQ(MessageBlocks::lines(script), R"({"id":"1","me":false,"sender":"Ana","text":"\u0060\u0024{price}\u0060"})"
-                                          "\n"
-                                          R"({"id":"2","me":false,"sender":"Ana","text":"b"})"
-                                          "\n"
-                                          R"({"id":"3","me":false,"sender":"Bea","text":"c"})");
+  EXPECT_EQ(ArchiveScripts::lines(script),
+            "\"1\"\t\t\"\\u0060\\u0024{price}\\u0060\"\t{\"me\":false,\"sender\":\"Ana\"}\n"
+            "\"2\"\t\t\"b\"\t{\"me\":false,\"sender\":\"Ana\"}\n"
+            "\"3\"\t\t\"c\"\t{\"me\":false,\"sender\":\"Bea\"}");
   EXPECT_THAT(data("chats.js"),
               HasSubstr("window.ARCHIVE = {\"blocks\":[{\"chats\":[[\"1\",0,2],[\"2\",0,1]],\"file\":\"" +
-                        blockNames().front() + "\"}]"));
+                        blockNames().front() + "\"}],\"format\":2,"));
 }
 
 TEST_F(ChatArchiveWriterTest, ALongChatSpansBlocks) {
@@ -292,12 +293,6 @@ TEST_F(ChatArchiveWriterTest, LeavesFilesThatOnlyResembleABlock) {
     write({chat("1")});
     EXPECT_EQ(data(name), "somebody's");
   }
-}
-
-TEST(MessageBlocks, ReadsTheLinesOfAScript) {
-  EXPECT_EQ(MessageBlocks::lines(MessageBlocks::script("a\nb")), "a\nb");
-  EXPECT_THAT(MessageBlocks::lines("window.__BLOCK_PAYLOAD = 1;\n"), IsEmpty());
-  EXPECT_THAT(MessageBlocks::lines(""), IsEmpty());
 }
 
 }  // namespace

@@ -1,9 +1,11 @@
 target_sources(TidewellCoreTests PRIVATE
+  ${CMAKE_CURRENT_LIST_DIR}/ArchiveFormatTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ArchiveRelocationTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ChatArchiveAssetsTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ChatArchiveJSONTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ChatArchiveWriterTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/JSONTextTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/MessageLineTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ProfilePicturesTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ReadableTextTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TranscriptWriterTests.cpp)

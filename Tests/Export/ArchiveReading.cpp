@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "Tests/Export/ExportScene.h"
+#include "TidewellCore/Archive/ArchiveScripts.h"
 #include "TidewellCore/Archive/ChatArchiveJSON.h"
 #include "TidewellCore/Archive/MessageBlocks.h"
 
@@ -59,7 +60,7 @@ std::size_t linesInBlocks(const fs::path& contentRoot) {
     if (!fs::exists(file)) continue;
     const std::string script = textOf(file);
     EXPECT_EQ(MessageBlocks::fileName(script), textIn(block, "file"));
-    const std::string_view text = MessageBlocks::lines(script);
+    const std::string_view text = ArchiveScripts::lines(script);
     lines += static_cast<std::size_t>(std::ranges::count(text, '\n')) + 1;
   }
   return lines;

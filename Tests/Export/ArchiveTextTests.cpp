@@ -34,7 +34,7 @@ Fixture::BackupContents saying(const std::vector<std::string>& texts) {
 }
 
 bool holdsControls(const std::string& text) {
-  const auto isControl = [](char c) { return static_cast<unsigned char>(c) < 0x20 && c != '\n'; };
+  const auto isControl = [](char c) { return static_cast<unsigned char>(c) < 0x20 && c != '\n' && c != '\t'; };
   return std::ranges::any_of(text, isControl) || text.find('\x7F') != std::string::npos;
 }
 

@@ -1,13 +1,10 @@
 #include "TidewellCore/Archive/ArchiveRelocation.h"
 
-#include <algorithm>
 #include <set>
 
-#include "TidewellCore/Archive/ChatArchiveJSON.h"
-#include "TidewellCore/Archive/JSONText.h"
+#include "TidewellCore/Archive/ArchiveScripts.h"
 #include "TidewellCore/Archive/MessageBlocks.h"
 #include "TidewellCore/Archive/ReadableText.h"
-#include "TidewellCore/Archive/TextPatch.h"
 #include "TidewellCore/FileNaming.h"
 #include "TidewellCore/FolderNames.h"
 #include "TidewellCore/Platform/Bytes.h"
@@ -17,55 +14,13 @@
 namespace {
 
 namespace fs = std::filesystem;
-using ArchiveRelocation::NewPlace;
 using ArchiveRelocation::NewPlaces;
 
 constexpr std::int64_t largestFile = std::int64_t{4} << 30;
 
-std::optional<std::string> read(const fs::path& file) {
-  const std::optional<Bytes> content = Files::readIfThere(file, largestFile);
-  return content ? std::optional(std::string(textOf(*content))) : std::nullopt;
-}
-
-// Null unless the object has a text of that name.
-const std::string* textMember(const Json::Object& object, std::string_view name) {
-  const auto member = object.find(name);
-  return member == object.end() ? nullptr : member->second.as<std::string>();
-}
-
-std::optional<std::string> movedMember(const Json::Object& object, std::string_view name, const NewPlace& places) {
-  const std::string* place = textMember(object, name);
-  return place == nullptr ? std::nullopt : places(*place);
-}
+std::optional<Bytes> read(const fs::path& file) { return Files::readIfThere(file, largestFile); }
 
 std::string fileNameShown(std::string_view place) { return ReadableText::cleaned(PathText::lastComponent(place)); }
-
-// The JSON of a message whose medium has moved; absent for all others.
-std::optional<std::string> moved(std::string_view message, const NewPlace& files) {
-  if (message.find("\"path\"") == std::string_view::npos) return std::nullopt;
-  const std::optional<Json> document = Json::parse(message);
-  const auto* object = document ? document->as<Json::Object>() : nullptr;
-  const auto found = object ? object->find("media") : Json::Object::const_iterator();
-  const auto* media = object && found != object->end() ? found->second.as<Json::Object>() : nullptr;
-  const auto place = media ? movedMember(*media, "path", files) : std::nullopt;
-  if (!place) return std::nullopt;
-  Json::Object newMedia = *media;
-  const std::string* name = textMember(*media, "name");
-  if (name != nullptr && *name == fileNameShown(*textMember(*media, "path"))) newMedia["name"] = fileNameShown(*place);
-  newMedia["path"] = *place;
-  Json::Object newMessage = *object;
-  newMessage["media"] = std::move(newMedia);
-  return ChatArchiveJSON::stringify(std::move(newMessage));
-}
-
-template <typename Visit>
-void forEachLine(std::string_view text, Visit visit) {
-  while (!text.empty()) {
-    const std::string_view line = text.substr(0, text.find('\n'));
-    visit(line);
-    text.remove_prefix(std::min(line.size() + 1, text.size()));
-  }
-}
 
 // An archive's data files, rewritten one after another.
 class Rewriting {
@@ -74,81 +29,44 @@ class Rewriting {
 
   bool run() {
     const fs::path list = folder_ / FolderNames::archiveChats;
-    const std::optional<std::string> text = read(list);
-    if (!text) return false;
-    TextPatch patch(*text);
-    for (const char* identifier : {"ARCHIVE", "CHATS"}) replaceValue(*text, identifier, patch);
+    const std::optional<Bytes> content = read(list);
+    if (!content) return false;
+    const std::string text(textOf(*content));
+    const std::string newText = ArchiveScripts::changedList(
+        text, {.block = [this](ArchiveBlock& block, MessageLine::Form form) { rewriteBlock(block, form); },
+               .chat = [this](ArchiveChatSummary& chat) { move(chat); }});
     rewriteDataFiles();
-    if (const auto newText = patch.result()) write(list, *newText);
+    if (newText != text) write(list, newText);
     removeFormerBlocks();
     return isChanged_;
   }
 
  private:
-  void replaceValue(const std::string& text, std::string_view identifier, TextPatch& patch) {
-    const std::string_view value = ChatArchiveJSON::assignedValue(text, identifier);
-    const std::optional<Json> json = Json::parse(value);
-    if (!json) return;
-    const std::optional<Json> newJson = identifier == "CHATS" ? newChats(*json) : newArchive(*json);
-    if (newJson) patch.replace(value, ChatArchiveJSON::stringify(*newJson));
+  void move(ArchiveChatSummary& chat) {
+    addDataFile(chat.dataFile);
+    const auto folder = places_.folder(chat.folder);
+    if (folder) chat.folder = *folder;
   }
 
-  std::optional<Json> newChats(const Json& json) {
-    const auto* chats = json.as<Json::Array>();
-    if (chats == nullptr) return std::nullopt;
-    bool isMoved = false;
-    Json::Array newChats;
-    for (const Json& chat : *chats) {
-      newChats.push_back(chat);
-      const auto* object = chat.as<Json::Object>();
-      if (object == nullptr) continue;
-      if (const std::string* file = textMember(*object, "file")) addDataFile(*file);
-      const auto folder = movedMember(*object, "folder", places_.folder);
-      if (!folder) continue;
-      Json::Object newChat = *object;
-      newChat["folder"] = *folder;
-      newChats.back() = std::move(newChat);
-      isMoved = true;
+  void move(ArchiveMessage& message) const {
+    if (!message.media || !message.media->relativePath) return;
+    ArchiveMedia& media = *message.media;
+    const auto place = places_.file(*media.relativePath);
+    if (!place) return;
+    if (media.fileName == fileNameShown(*media.relativePath)) media.fileName = fileNameShown(*place);
+    media.relativePath = *place;
+  }
+
+  void rewriteBlock(ArchiveBlock& block, MessageLine::Form form) {
+    if (!FileNaming::isSafeComponent(block.file)) return;
+    const auto script = read(folder_ / PathText::path(block.file));
+    const auto newScript = script ? ArchiveScripts::changedBlock(textOf(*script), form, moveMessage_) : std::nullopt;
+    if (newScript) {
+      formerBlocks_.insert(block.file);
+      block.file = MessageBlocks::fileName(*newScript);
+      write(folder_ / block.file, *newScript);
     }
-    return isMoved ? std::optional<Json>(std::move(newChats)) : std::nullopt;
-  }
-
-  std::optional<Json> newArchive(const Json& json) {
-    const auto* archive = json.as<Json::Object>();
-    const auto found = archive ? archive->find("blocks") : Json::Object::const_iterator();
-    const auto* blocks = archive && found != archive->end() ? found->second.as<Json::Array>() : nullptr;
-    if (blocks == nullptr) return std::nullopt;
-    Json::Array newBlocks;
-    for (const Json& block : *blocks) newBlocks.push_back(newBlock(block));
-    if (formerBlocks_.empty()) return std::nullopt;
-    Json::Object newArchive = *archive;
-    newArchive["blocks"] = std::move(newBlocks);
-    return newArchive;
-  }
-
-  Json newBlock(const Json& block) {
-    const auto* object = block.as<Json::Object>();
-    const std::string* file = object ? textMember(*object, "file") : nullptr;
-    if (file == nullptr || !FileNaming::isSafeComponent(*file)) return block;
-    const std::optional<std::string> script = newScript(*file);
-    const std::string newFile = script ? MessageBlocks::fileName(*script) : *file;
-    currentBlocks_.insert(newFile);
-    if (!script) return block;
-    write(folder_ / newFile, *script);
-    formerBlocks_.insert(*file);
-    Json::Object newObject = *object;
-    newObject["file"] = newFile;
-    return newObject;
-  }
-
-  std::optional<std::string> newScript(const std::string& file) const {
-    const std::optional<std::string> script = read(folder_ / PathText::path(file));
-    if (!script) return std::nullopt;
-    TextPatch patch(*script);
-    forEachLine(MessageBlocks::lines(*script), [&](std::string_view line) {
-      if (const auto message = moved(line, places_.file)) patch.replace(line, MessageBlocks::line(*message));
-    });
-    return patch.result();
+    currentBlocks_.insert(block.file);
   }
 
   void addDataFile(const std::string& name) {
@@ -158,20 +76,15 @@ class Rewriting {
   // Those of chats that only earlier exports had, too, which no list names.
   void rewriteDataFiles() {
     for (const Files::Entry& entry : Files::list(folder_)) {
-      if (entry.name.starts_with("chat-") && entry.name.ends_with(".js")) addDataFile(entry.name);
+      if (ArchiveScripts::isChatFileName(entry.name)) addDataFile(entry.name);
     }
     for (const std::string& name : dataFiles_) rewriteDataFile(folder_ / PathText::path(name));
   }
 
   void rewriteDataFile(const fs::path& file) {
-    const std::optional<std::string> text = read(file);
-    if (!text) return;
-    TextPatch patch(*text);
-    const std::string_view payload = ChatArchiveJSON::assignedValue(*text, "__CHAT_PAYLOAD");
-    JSONText::forEachElement(JSONText::member(payload, "\"messages\""), [&](std::string_view message) {
-      if (const auto newMessage = moved(message, places_.file)) patch.replace(message, *newMessage);
-    });
-    if (const auto newText = patch.result()) write(file, *newText);
+    const auto script = read(file);
+    const auto newScript = script ? ArchiveScripts::changedChat(textOf(*script), moveMessage_) : std::nullopt;
+    if (newScript) write(file, *newScript);
   }
 
   void write(const fs::path& file, const std::string& text) {
@@ -187,6 +100,7 @@ class Rewriting {
 
   const fs::path& folder_;
   const NewPlaces& places_;
+  const ArchiveFormat::Change<ArchiveMessage> moveMessage_ = [this](ArchiveMessage& message) { move(message); };
   std::set<std::string> dataFiles_;
   std::set<std::string> formerBlocks_;
   std::set<std::string> currentBlocks_;
@@ -196,17 +110,12 @@ class Rewriting {
 }  // namespace
 
 std::vector<ArchiveRelocation::ChatReference> ArchiveRelocation::loadChats(const fs::path& dataFolder) {
-  const std::optional<std::string> text = read(dataFolder / FolderNames::archiveChats);
-  const std::optional<Json> json = text ? ChatArchiveJSON::parseAssignment(*text, "CHATS") : std::nullopt;
-  const auto* chats = json ? json->as<Json::Array>() : nullptr;
   std::vector<ChatReference> references;
-  if (chats == nullptr) return references;
-  for (const Json& chat : *chats) {
-    const auto* object = chat.as<Json::Object>();
-    const std::string* jid = object ? textMember(*object, "jid") : nullptr;
-    const std::string* folder = object ? textMember(*object, "folder") : nullptr;
-    if (jid == nullptr || folder == nullptr || jid->empty() || !FileNaming::isSafeComponent(*folder)) continue;
-    references.push_back({.jid = *jid, .folder = *folder});
+  const std::optional<Bytes> list = read(dataFolder / FolderNames::archiveChats);
+  if (!list) return references;
+  for (const ArchiveChatSummary& chat : ArchiveScripts::chats(textOf(*list))) {
+    if (chat.jid.empty() || !FileNaming::isSafeComponent(chat.folder)) continue;
+    references.push_back({.jid = chat.jid, .folder = chat.folder});
   }
   return references;
 }

@@ -4,8 +4,8 @@
 
 #include "TidewellCore/Archive/ReadableText.h"
 #include "TidewellCore/Archive/ViewerSources.h"
-#include "TidewellCore/Archive/ViewerTexts.h"
 #include "TidewellCore/Crypto/CryptoShim.h"
+#include "TidewellCore/ExportTexts.h"
 #include "TidewellCore/FolderNames.h"
 #include "TidewellCore/Platform/Base64.h"
 #include "TidewellCore/Platform/Precondition.h"
@@ -50,11 +50,10 @@ std::string hash(std::string_view script) { return Base64::encode(sha256(bytesOf
 std::string ChatArchiveAssets::indexHTML(const ChatArchiveStrings& strings, std::string_view assetPrefix) {
   const std::string viewer = std::string(FolderNames::viewer) + "/";
   precondition(assetPrefix.ends_with(viewer), "the viewer's folder has another name");
-  Values values{{"assetPrefix", std::string(assetPrefix)},
-                {"base", std::string(assetPrefix.substr(0, assetPrefix.size() - viewer.size()))}};
-  for (const auto& [name, text] : ChatArchiveStrings::fields()) values.emplace(name, strings.*text);
-  const ViewerTexts& controls = ViewerTexts::beside(strings);
-  for (const auto& [name, text] : ViewerTexts::fields()) values.emplace(name, controls.*text);
+  Values values = ExportTexts::section(ChatArchiveStrings::forLanguageCode(strings.language).language, "page");
+  for (const auto& [name, text] : ChatArchiveStrings::fields()) values[std::string(name)] = strings.*text;
+  values["assetPrefix"] = assetPrefix;
+  values["base"] = assetPrefix.substr(0, assetPrefix.size() - viewer.size());
   values["scriptHash"] = "";
   values["scriptHash"] = hash(inlineScript(filled(ViewerSources::page(), values)));
   return filled(ViewerSources::page(), values);

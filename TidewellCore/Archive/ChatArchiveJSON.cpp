@@ -70,18 +70,6 @@ void appendArray(std::string& out, const Json::Array& items) {
   out += ']';
 }
 
-void appendObject(std::string& out, const Json::Object& entries) {
-  char separator = '{';
-  for (const auto& [key, value] : entries) {
-    out += separator;
-    appendText(out, key);
-    out += ':';
-    ChatArchiveJSON::append(out, value);
-    separator = ',';
-  }
-  out += entries.empty() ? "{}" : "}";
-}
-
 std::string_view withoutLeadingBlanks(std::string_view text) {
   const auto first = text.find_first_not_of(blanks);
   return first == std::string_view::npos ? std::string_view() : text.substr(first);
@@ -161,7 +149,7 @@ void ChatArchiveJSON::append(std::string& text, const Json& value) {
   } else if (const auto* flag = value.as<bool>()) {
     text += *flag ? "true" : "false";
   } else if (const auto* entries = value.as<Json::Object>()) {
-    appendObject(text, *entries);
+    append(text, *entries);
   } else if (const auto* items = value.as<Json::Array>()) {
     appendArray(text, *items);
   } else if (const auto* real = value.as<double>(); real != nullptr && std::isfinite(*real)) {
@@ -169,6 +157,18 @@ void ChatArchiveJSON::append(std::string& text, const Json& value) {
   } else {
     text += "null";
   }
+}
+
+void ChatArchiveJSON::append(std::string& text, const Json::Object& object) {
+  char separator = '{';
+  for (const auto& [key, value] : object) {
+    text += separator;
+    appendText(text, key);
+    text += ':';
+    append(text, value);
+    separator = ',';
+  }
+  text += object.empty() ? "{}" : "}";
 }
 
 std::string ChatArchiveJSON::assignment(std::string_view identifier, const Json& value) {

@@ -16,6 +16,7 @@ namespace ChatArchiveJSON {
 std::string stringify(const Json& value);
 // The same at the end of `text`.
 void append(std::string& text, const Json& value);
+void append(std::string& text, const Json::Object& object);
 
 // "window.NAME = VALUE;" and a line break.
 std::string assignment(std::string_view identifier, const Json& value);

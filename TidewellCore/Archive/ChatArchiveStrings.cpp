@@ -1,94 +1,26 @@
 #include "TidewellCore/Archive/ChatArchiveStrings.h"
 
+#include "TidewellCore/ExportTexts.h"
 #include "TidewellCore/Platform/Text.h"
 
+namespace {
+
+ChatArchiveStrings inLanguage(std::string_view language) {
+  const ExportTexts::Section& page = ExportTexts::section(language, "page");
+  ChatArchiveStrings strings;
+  for (const auto& [name, text] : ChatArchiveStrings::fields()) strings.*text = ExportTexts::text(page, name);
+  return strings;
+}
+
+}  // namespace
+
 const ChatArchiveStrings& ChatArchiveStrings::english() {
-  static const ChatArchiveStrings strings{
-      .language = "en",
-      .title = "Chat Archive",
-      .chats = "Chats",
-      .messages = "Messages",
-      .search = "Search",
-      .filterChats = "Filter chats",
-      .searchMessages = "Search all messages",
-      .searchHint = "Type to search message text across chats.",
-      .searchMinChars = "Enter at least two characters.",
-      .searching = "Searching…",
-      .noMessagesFound = "No messages found.",
-      .searchFailed = "Search failed.",
-      .back = "Back",
-      .close = "Close",
-      .selectChat = "Select a chat",
-      .group = "Group",
-      .groupCount = "Group · {n} messages",
-      .messageCount = "{n} messages",
-      .noChatsMatch = "No chats match.",
-      .noChats = "No chats in this archive.",
-      .noMessages = "No messages in this chat.",
-      .couldNotOpen = "Could not open this chat.",
-      .couldNotLoad = "Could not load chat",
-      .photo = "Photo",
-      .video = "Video",
-      .voiceNote = "Voice note",
-      .sticker = "Sticker",
-      .document = "Document",
-      .downloadAudio = "Download audio",
-      .photoNotExported = "[photo not exported]",
-      .videoNotExported = "[video not exported]",
-      .stickerNotExported = "[sticker not exported]",
-      .voiceNoteNotExported = "[voice note not exported]",
-      .documentNotExported = "[document not exported]",
-      .missingImage = "[missing image]",
-      .missingVideo = "[missing video]",
-      .missingVoiceNote = "[missing voice note]",
-      .missingSticker = "[missing sticker]",
-      .missingFile = "[missing file]",
-  };
+  static const ChatArchiveStrings strings = inLanguage("en");
   return strings;
 }
 
 const ChatArchiveStrings& ChatArchiveStrings::brazilianPortuguese() {
-  static const ChatArchiveStrings strings{
-      .language = "pt-BR",
-      .title = "Arquivo de Conversas",
-      .chats = "Conversas",
-      .messages = "Mensagens",
-      .search = "Buscar",
-      .filterChats = "Filtrar conversas",
-      .searchMessages = "Buscar em todas as mensagens",
-      .searchHint = "Digite para buscar o texto das mensagens nas conversas.",
-      .searchMinChars = "Digite pelo menos dois caracteres.",
-      .searching = "Buscando…",
-      .noMessagesFound = "Nenhuma mensagem encontrada.",
-      .searchFailed = "A busca falhou.",
-      .back = "Voltar",
-      .close = "Fechar",
-      .selectChat = "Selecione uma conversa",
-      .group = "Grupo",
-      .groupCount = "Grupo · {n} mensagens",
-      .messageCount = "{n} mensagens",
-      .noChatsMatch = "Nenhuma conversa corresponde.",
-      .noChats = "Nenhuma conversa neste arquivo.",
-      .noMessages = "Nenhuma mensagem nesta conversa.",
-      .couldNotOpen = "Não foi possível abrir esta conversa.",
-      .couldNotLoad = "Não foi possível carregar a conversa",
-      .photo = "Foto",
-      .video = "Vídeo",
-      .voiceNote = "Áudio",
-      .sticker = "Figurinha",
-      .document = "Documento",
-      .downloadAudio = "Baixar áudio",
-      .photoNotExported = "[foto não exportada]",
-      .videoNotExported = "[vídeo não exportado]",
-      .stickerNotExported = "[figurinha não exportada]",
-      .voiceNoteNotExported = "[áudio não exportado]",
-      .documentNotExported = "[documento não exportado]",
-      .missingImage = "[imagem ausente]",
-      .missingVideo = "[vídeo ausente]",
-      .missingVoiceNote = "[áudio ausente]",
-      .missingSticker = "[figurinha ausente]",
-      .missingFile = "[arquivo ausente]",
-  };
+  static const ChatArchiveStrings strings = inLanguage("pt-BR");
   return strings;
 }
 

@@ -7,8 +7,9 @@
 #include "TidewellCore/MediaKind.h"
 #include "TidewellCore/TranscriptStyle.h"
 
-// The texts of the archive's page in one language. "{n}" stands for a number
-// that the page puts in.
+// The texts of the archive's page in one language, those of its own controls left
+// out, which only the page knows. "{n}" stands for a number that the page puts in.
+// Their words stand in Texts/, with the controls' (ExportTexts, section "page").
 struct ChatArchiveStrings {
   std::string language;
   std::string title;

@@ -1,13 +1,14 @@
 #include "TidewellCore/Archive/ChatArchiveWriter.h"
 
 #include <algorithm>
-#include <cmath>
 
+#include "TidewellCore/Archive/ArchiveFormat.h"
+#include "TidewellCore/Archive/ArchiveScripts.h"
 #include "TidewellCore/Archive/ChatArchiveAssets.h"
 #include "TidewellCore/Archive/ChatArchiveJSON.h"
 #include "TidewellCore/Archive/ChatArchiveStrings.h"
 #include "TidewellCore/Archive/ReadableText.h"
-#include "TidewellCore/Archive/ViewerTexts.h"
+#include "TidewellCore/ExportTexts.h"
 #include "TidewellCore/FolderNames.h"
 #include "TidewellCore/MakeRoom.h"
 #include "TidewellCore/Platform/Files.h"
@@ -25,31 +26,8 @@ constexpr std::size_t longestID = 200;  // leaves room for what file names add t
 constexpr std::size_t previewCharacters = 100;
 constexpr double withoutActivity = -1;
 
-std::string dataFileName(std::string_view id) { return "chat-" + std::string(id) + ".js"; }
-
-// Browsers know dates up to 100,000,000 days from 1970 (ECMA-262, "Time Values and Time Range").
-std::int64_t wholeSeconds(double timestamp) {
-  constexpr double latest = 8'640'000'000'000;
-  return std::llround(std::clamp(timestamp, -latest, latest));
-}
-
 bool isKept(char c) {
   return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '-' || c == '_' || c == '.';
-}
-
-Json::Object mediaDictionary(const ArchiveMedia& media) {
-  Json::Object json{{"exported", media.exported}, {"kind", media.kind.rawValue()}};
-  if (media.relativePath) json.emplace("path", *media.relativePath);
-  if (media.fileName) json.emplace("name", cleaned(*media.fileName));
-  return json;
-}
-
-Json::Object textTable(const ChatArchiveStrings& strings) {
-  Json::Object table;
-  for (const auto& [name, text] : ChatArchiveStrings::fields()) table.emplace(name, strings.*text);
-  const ViewerTexts& controls = ViewerTexts::beside(strings);
-  for (const auto& [name, text] : ViewerTexts::fields()) table.emplace(name, controls.*text);
-  return table;
 }
 
 // An empty one is what a power cut left of it.
@@ -72,16 +50,16 @@ fs::path ChatArchiveWriter::dataFolder() const {
 
 void ChatArchiveWriter::add(const ArchiveChat& chat) {
   chats_.push_back(summary(chat, setting_.style));  // listed even when its data cannot be written
-  std::string script = "window.__CHAT_PAYLOAD = {\"messages\":[";
+  std::string script(ArchiveScripts::chatOpening);
   blocks_.beginChat(chat.id);
   for (const ArchiveMessage& message : chat.messages) {
     if (&message != &chat.messages.front()) script += ',';
-    const std::size_t begin = script.size();
-    ChatArchiveJSON::append(script, dictionary(message));
-    blocks_.add(std::string_view(script).substr(begin));
+    Json::Object json = ArchiveFormat::json(message);
+    ChatArchiveJSON::append(script, json);
+    blocks_.add(std::move(json));
   }
-  script += "]};\n";
-  Files::writeWhenDifferent(dataFolder() / dataFileName(chat.id), script);
+  script += ArchiveScripts::chatClosing;
+  Files::writeWhenDifferent(dataFolder() / ArchiveScripts::chatFileName(chat.id), script);
 }
 
 fs::path ChatArchiveWriter::finish() {
@@ -105,15 +83,12 @@ void ChatArchiveWriter::writeViewer() const {
 
 void ChatArchiveWriter::writeChatList() {
   const ChatArchiveStrings& strings = ChatArchiveStrings::forStyle(setting_.style);
-  const Json::Object archive{{"blocks", blocks_.finish()},
-                             {"strings", textTable(strings)},
-                             {"timeZone", setting_.timeZone.identifier},
-                             {"title", strings.title}};
-  Json::Array list;
-  for (const ArchiveChatSummary& chat : sortedByActivity(chats_, setting_.style)) list.emplace_back(dictionary(chat));
-  Files::writeWhenDifferent(
-      dataFolder() / FolderNames::archiveChats,
-      ChatArchiveJSON::assignment("ARCHIVE", archive) + ChatArchiveJSON::assignment("CHATS", std::move(list)));
+  const ArchiveFormat::Description archive{.title = strings.title,
+                                           .strings = ExportTexts::section(strings.language, "page"),
+                                           .timeZone = setting_.timeZone.identifier,
+                                           .blocks = blocks_.finish()};
+  Files::writeWhenDifferent(dataFolder() / FolderNames::archiveChats,
+                            ArchiveScripts::list(archive, sortedByActivity(chats_, setting_.style)));
 }
 
 fs::path ChatArchiveWriter::write(Setting setting, const std::vector<ArchiveChat>& chats) {
@@ -155,6 +130,7 @@ ArchiveChatSummary ChatArchiveWriter::summary(const ArchiveChat& chat, const Tra
           .name = chat.name,
           .jid = chat.jid,
           .folder = chat.folder,
+          .dataFile = ArchiveScripts::chatFileName(chat.id),
           .isGroup = chat.isGroup,
           .preview = preview(chat.messages.empty() ? nullptr : &chat.messages.back(), style),
           .messageCount = static_cast<std::int64_t>(chat.messages.size()),
@@ -170,24 +146,6 @@ std::string ChatArchiveWriter::preview(const ArchiveMessage* message, const Tran
   return message->fromMe && !content.empty() ? style.youLabel + ": " + content : content;
 }
 
-Json::Object ChatArchiveWriter::dictionary(const ArchiveChatSummary& chat) {
-  Json::Object json{{"id", chat.id},
-                    {"name", cleaned(chat.name)},
-                    {"jid", cleaned(chat.jid)},
-                    {"folder", chat.folder},
-                    {"group", chat.isGroup},
-                    {"preview", chat.preview},
-                    {"count", chat.messageCount},
-                    {"file", dataFileName(chat.id)}};
-  if (chat.lastTimestamp) json.emplace("lastTs", wholeSeconds(*chat.lastTimestamp));
-  if (chat.avatarRelativePath) json.emplace("avatar", *chat.avatarRelativePath);
-  return json;
-}
+Json::Object ChatArchiveWriter::dictionary(const ArchiveChatSummary& chat) { return ArchiveFormat::json(chat); }
 
-Json::Object ChatArchiveWriter::dictionary(const ArchiveMessage& message) {
-  Json::Object json{{"id", message.id}, {"me", message.fromMe}, {"sender", cleaned(message.sender)}};
-  if (message.timestamp) json.emplace("ts", wholeSeconds(*message.timestamp));
-  if (message.text && !message.text->empty()) json.emplace("text", cleaned(*message.text));
-  if (message.media) json.emplace("media", mediaDictionary(*message.media));
-  return json;
-}
+Json::Object ChatArchiveWriter::dictionary(const ArchiveMessage& message) { return ArchiveFormat::json(message); }

@@ -8,25 +8,11 @@
 #include <vector>
 
 #include "TidewellCore/Archive/ArchiveChat.h"
+#include "TidewellCore/Archive/ArchiveChatSummary.h"
 #include "TidewellCore/Archive/MessageBlocks.h"
 #include "TidewellCore/Platform/DateText.h"
 #include "TidewellCore/Platform/Json.h"
 #include "TidewellCore/TranscriptStyle.h"
-
-// What the archive's chat list says of a chat.
-struct ArchiveChatSummary {
-  std::string id;
-  std::string name;
-  std::string jid;
-  std::string folder;
-  bool isGroup = false;
-  std::string preview;
-  std::int64_t messageCount = 0;
-  std::optional<double> lastTimestamp;  // of the last dated message, in seconds since 1970
-  std::optional<std::string> avatarRelativePath;
-
-  bool operator==(const ArchiveChatSummary&) const = default;
-};
 
 // Writes the Chat Archive: a page that opens in any browser without a server,
 // and its data as scripts (docs/formats/chat-archive.md). Chats are written one
@@ -67,6 +53,7 @@ class ChatArchiveWriter {
   static ArchiveChatSummary summary(const ArchiveChat& chat, const TranscriptStyle& style);
   // One line that tells of a chat's last message; empty without one.
   static std::string preview(const ArchiveMessage* message, const TranscriptStyle& style);
+  // As ArchiveFormat has them.
   static Json::Object dictionary(const ArchiveChatSummary& chat);
   static Json::Object dictionary(const ArchiveMessage& message);
 

@@ -4,6 +4,8 @@
 
 #include <array>
 
+#include "TidewellCore/Archive/ArchiveScripts.h"
+#include "TidewellCore/Archive/MessageLine.h"
 #include "TidewellCore/Crypto/CryptoShim.h"
 #include "TidewellCore/Platform/Bytes.h"
 #include "TidewellCore/Platform/Files.h"
@@ -17,22 +19,6 @@ constexpr std::size_t fullSize = 1 << 20;  // bytes of lines
 constexpr std::size_t digestBytes = 8;     // of a block's content, in its name
 constexpr std::string_view prefix = "block-";
 constexpr std::string_view ending = ".js";
-constexpr std::string_view opening = "window.__BLOCK_PAYLOAD = String.raw`";
-constexpr std::string_view closing = "`;\n";
-
-// The two characters that mean something in a template literal stand only
-// within JSON texts, where they can be written as escapes.
-void appendForTemplate(std::string& lines, std::string_view json) {
-  for (const char c : json) {
-    if (c == '`') {
-      lines += "\\u0060";
-    } else if (c == '$') {
-      lines += "\\u0024";
-    } else {
-      lines += c;
-    }
-  }
-}
 
 // Whether a file has a name that `MessageBlocks::fileName` gives.
 bool isBlockName(std::string_view name) {
@@ -49,32 +35,32 @@ void MessageBlocks::beginChat(const std::string& id) {
   firstOfChat_ = next_ = 0;
 }
 
-void MessageBlocks::add(std::string_view message) {
+void MessageBlocks::add(Json::Object message) {
   if (!lines_.empty()) lines_ += '\n';
-  appendForTemplate(lines_, message);
+  MessageLine::append(lines_, std::move(message));
   ++next_;
   if (lines_.size() >= fullSize) write();
 }
 
-Json::Array MessageBlocks::finish() {
+std::vector<ArchiveBlock> MessageBlocks::finish() {
   write();
   return std::move(directory_);
 }
 
 void MessageBlocks::endPart() {
-  if (next_ > firstOfChat_) chats_.emplace_back(Json::Array{chatID_, firstOfChat_, next_ - firstOfChat_});
+  if (next_ > firstOfChat_) parts_.push_back({chatID_, firstOfChat_, next_ - firstOfChat_});
   firstOfChat_ = next_;
 }
 
 void MessageBlocks::write() {
   endPart();
   if (lines_.empty()) return;
-  const std::string content = script(lines_);
+  const std::string content = ArchiveScripts::block(lines_);
   const std::string name = fileName(content);
   Files::writeWhenDifferent(folder_ / PathText::path(name), content);
-  directory_.emplace_back(Json::Object{{"file", name}, {"chats", std::move(chats_)}});
+  directory_.push_back({.file = name, .parts = std::move(parts_)});
   names_.insert(name);
-  chats_.clear();
+  parts_.clear();
   lines_.clear();
 }
 
@@ -85,21 +71,7 @@ void MessageBlocks::removeOthers() const {
   }
 }
 
-std::string MessageBlocks::line(std::string_view message) {
-  std::string text;
-  appendForTemplate(text, message);
-  return text;
-}
-
 std::string MessageBlocks::fileName(std::string_view content) {
   const std::array digest = sha256(bytesOf(content));
   return fmt::format("{}{:02x}{}", prefix, fmt::join(std::span(digest).first(digestBytes), ""), ending);
-}
-
-std::string MessageBlocks::script(std::string_view lines) { return std::string(opening).append(lines).append(closing); }
-
-std::string_view MessageBlocks::lines(std::string_view script) {
-  if (script.size() < opening.size() + closing.size()) return {};
-  if (!script.starts_with(opening) || !script.ends_with(closing)) return {};
-  return script.substr(opening.size(), script.size() - opening.size() - closing.size());
 }

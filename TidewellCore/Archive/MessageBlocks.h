@@ -7,10 +7,11 @@
 #include <string_view>
 #include <vector>
 
+#include "TidewellCore/Archive/ArchiveBlock.h"
 #include "TidewellCore/Platform/Json.h"
 
-// All messages of an archive once more, as lines of JSON in files of about a
-// megabyte: a browser reads such a text a hundred times faster than it builds
+// All messages of an archive once more, as lines (MessageLine) in files of about
+// a megabyte: a browser reads such a text a hundred times faster than it builds
 // the objects of a whole chat, so this is what the viewer searches, and what it
 // opens long chats from (docs/formats/chat-archive.md).
 //
@@ -23,21 +24,15 @@ class MessageBlocks {
 
   // The messages added from now on are those of this chat, in order.
   void beginChat(const std::string& id);
-  // The JSON of a message, with its keys in byte order.
-  void add(std::string_view message);
-  // Writes what is left and returns the directory of the blocks: for each its
-  // "file" and the "chats" in it, as [ID, index of its first message, count].
-  Json::Array finish();
+  // The JSON of a message.
+  void add(Json::Object message);
+  // Writes what is left and returns the directory of the blocks.
+  std::vector<ArchiveBlock> finish();
   // Removes the blocks of earlier exports. To be called when the new directory is in place.
   void removeOthers() const;
 
-  // The JSON of a message as it stands in a block.
-  static std::string line(std::string_view message);
+  // The name of the file of a block with that content.
   static std::string fileName(std::string_view content);
-  // The script of a block around its lines, and the lines of such a script;
-  // empty when it is none.
-  static std::string script(std::string_view lines);
-  static std::string_view lines(std::string_view script);
 
  private:
   // Enters what the block has of the chat so far.
@@ -46,10 +41,10 @@ class MessageBlocks {
 
   std::filesystem::path folder_;
   std::string lines_;
-  Json::Array chats_;  // of the block that is being filled
+  std::vector<ArchiveBlock::Part> parts_;  // of the block that is being filled
   std::string chatID_;
   std::int64_t firstOfChat_ = 0;
   std::int64_t next_ = 0;
-  Json::Array directory_;
+  std::vector<ArchiveBlock> directory_;
   std::set<std::string> names_;
 };

@@ -38,6 +38,8 @@ class Json {
     return std::get_if<T>(&value_);
   }
 
+  bool operator==(const Json&) const = default;
+
  private:
   Value value_;
 };

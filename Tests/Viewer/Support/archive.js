@@ -66,8 +66,18 @@ const summary = ({ messages, ...chat }) => ({
   ...chat,
 });
 
+const column = (value) => (value === undefined ? '' : stringify(value));
+
+// A message as it stands in a block, by the archive's format; the first had no number,
+// the last one is still to come.
+const lineForms = new Map([
+  [null, stringify],
+  [2, ({ id, ts, text, ...others }) => [...[id, ts, text].map(column), stringify(others)].join('\t')],
+  [3, () => 'something else'],
+]);
+
 // Cuts all messages into blocks of `size` lines, as the archive's writer does by bytes.
-function blocksOf(chats, size) {
+function blocksOf(chats, size, lineOf) {
   const blocks = [{ parts: [], lines: [] }];
   for (const chat of chats) {
     chat.messages.forEach((one, index) => {
@@ -75,17 +85,17 @@ function blocksOf(chats, size) {
       const { parts, lines } = blocks.at(-1);
       if (parts.at(-1)?.[0] === chat.id) parts.at(-1)[2]++;
       else parts.push([chat.id, index, 1]);
-      lines.push(stringify(one).replaceAll('`', '\\u0060').replaceAll('$', '\\u0024'));
+      lines.push(lineOf(one).replaceAll('`', '\\u0060').replaceAll('$', '\\u0024'));
     });
   }
   return blocks;
 }
 
-// Options: `strings`, `timeZone`, `title`; `blockSize` (lines; 0 for no blocks at all);
-// `files` {path relative to the messages folder: bytes}.
+// Options: `strings`, `timeZone`, `title`; `blockSize` (lines; 0 for no blocks at all) and
+// `format`, by which their lines are written (null for none); `files` {path relative to the messages folder: bytes}.
 export function makeArchive(
   chats,
-  { strings = {}, timeZone = 'UTC', title, blockSize = 1000, files = {} } = {},
+  { strings = {}, timeZone = 'UTC', title, blockSize = 1000, format = 2, files = {} } = {},
 ) {
   const folder = path.join(mkdtempSync(path.join(tmpdir(), 'tidewell-viewer-')), 'My chats #1 (100% kept)');
   const content = path.join(folder, 'messages');
@@ -96,9 +106,10 @@ export function makeArchive(
   const data = (name, ...assignments) => write(`messages/_viewer/data/${name}`, assignments.join(''));
 
   const listed = chats.map((chat) => ({ id: chat.name, messages: [], ...chat }));
-  const archive = { strings, timeZone, title: title ?? strings.title ?? english.title };
+  const archive = { format: format ?? undefined, strings, timeZone, title: title ?? strings.title ?? english.title };
   if (blockSize) {
-    const blocks = listed.some((chat) => chat.messages.length) ? blocksOf(listed, blockSize) : [];
+    const hasMessages = listed.some((chat) => chat.messages.length);
+    const blocks = hasMessages ? blocksOf(listed, blockSize, lineForms.get(format)) : [];
     archive.blocks = blocks.map(({ parts }, number) => ({ file: `block-${number}.js`, chats: parts }));
     blocks.forEach(({ lines }, number) =>
       data(`block-${number}.js`, `window.__BLOCK_PAYLOAD = String.raw\`${lines.join('\n')}\`;\n`),

@@ -4,6 +4,7 @@ import { createHash } from 'node:crypto';
 import { readFileSync } from 'node:fs';
 import path from 'node:path';
 import { fileURLToPath } from 'node:url';
+import { english } from './strings.js';
 
 const viewer = fileURLToPath(new URL('../../../TidewellCore/Archive/Viewer', import.meta.url));
 
@@ -14,7 +15,8 @@ const parts = (ending) =>
 
 export const styleSheet = () => parts('.css').map(readSource).join('\n');
 
-export const script = () => `(function () {\n"use strict";\n${parts('.js').map(readSource).join('\n')}\n})();\n`;
+export const script = () =>
+  `(function () {\n"use strict";\nconst FALLBACK = ${JSON.stringify(english)};\n${parts('.js').map(readSource).join('\n')}\n})();\n`;
 
 const escapeHTML = (value) =>
   value.replaceAll('&', '&amp;').replaceAll('<', '&lt;').replaceAll('>', '&gt;').replaceAll('"', '&quot;');

@@ -1,59 +1,8 @@
-// The page's texts: the script's own English ones, and an archive's Portuguese ones.
-import { readSource } from './page.js';
+// The page's texts, as an archive brings them and as the script falls back to them.
+import { readFileSync } from 'node:fs';
 
-const [table] = /const FALLBACK = \{[^]*?\n\};/.exec(readSource('texts.js'));
-export const english = new Function(`${table} return FALLBACK;`)();
+const tables = new URL('../../../TidewellCore/Texts/', import.meta.url);
+const pageIn = (language) => JSON.parse(readFileSync(new URL(`${language}.json`, tables), 'utf8')).page;
 
-export const portuguese = {
-  language: 'pt-BR',
-  title: 'Arquivo de Conversas',
-  chats: 'Conversas',
-  messages: 'Mensagens',
-  search: 'Buscar',
-  filterChats: 'Filtrar conversas',
-  searchMessages: 'Buscar em todas as mensagens',
-  searchHint: 'Digite para buscar o texto das mensagens nas conversas.',
-  searchMinChars: 'Digite pelo menos dois caracteres.',
-  searching: 'Buscando…',
-  noMessagesFound: 'Nenhuma mensagem encontrada.',
-  searchFailed: 'A busca falhou.',
-  back: 'Voltar',
-  close: 'Fechar',
-  selectChat: 'Selecione uma conversa',
-  group: 'Grupo',
-  groupCount: 'Grupo · {n} mensagens',
-  messageCount: '{n} mensagens',
-  noChatsMatch: 'Nenhuma conversa corresponde.',
-  noChats: 'Nenhuma conversa neste arquivo.',
-  noMessages: 'Nenhuma mensagem nesta conversa.',
-  couldNotOpen: 'Não foi possível abrir esta conversa.',
-  couldNotLoad: 'Não foi possível carregar a conversa',
-  photo: 'Foto',
-  video: 'Vídeo',
-  voiceNote: 'Áudio',
-  sticker: 'Figurinha',
-  document: 'Documento',
-  downloadAudio: 'Baixar áudio',
-  photoNotExported: '[foto não exportada]',
-  videoNotExported: '[vídeo não exportado]',
-  stickerNotExported: '[figurinha não exportada]',
-  voiceNoteNotExported: '[áudio não exportado]',
-  documentNotExported: '[documento não exportado]',
-  missingImage: '[imagem ausente]',
-  missingVideo: '[vídeo ausente]',
-  missingVoiceNote: '[áudio ausente]',
-  missingSticker: '[figurinha ausente]',
-  missingFile: '[arquivo ausente]',
-  jumpToDate: 'Ir para a data',
-  searchInChat: 'Buscar nesta conversa',
-  previous: 'Anterior',
-  next: 'Próxima',
-  newestMessages: 'Mensagens mais recentes',
-  resultCount: 'Resultados: {n}',
-  resultPosition: '{n} de {total}',
-  emptyMessage: 'Mensagem sem texto',
-  undated: 'Sem data',
-  loading: 'Carregando…',
-  clear: 'Limpar',
-  openOriginal: 'Abrir arquivo',
-};
+export const english = pageIn('en');
+export const portuguese = pageIn('pt-BR');

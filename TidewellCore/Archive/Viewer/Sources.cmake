@@ -4,6 +4,7 @@ set(VIEWER_SCRIPTS
   format.js
   fold.js
   dom.js
+  line.js
   loader.js
   messages.js
   heights.js

@@ -40,7 +40,7 @@ const loadChat = loadOnce(async (id) => {
   return Array.isArray(payload.messages) ? payload.messages.map(asMessage) : [];
 });
 
-// A block holds consecutive messages of one or more chats, one line of JSON each.
+// A block holds consecutive messages of one or more chats, a line for each.
 const loadBlock = loadOnce(async (number) => {
   const payload = await loadData(BLOCKS[number].file, "__BLOCK_PAYLOAD");
   if (typeof payload !== "string") throw new Error("block " + number);
@@ -48,9 +48,10 @@ const loadBlock = loadOnce(async (number) => {
 });
 
 // One entry per block: its `file`, and in `chats` its parts [chat id, first message, number of messages].
+// Null when the archive has none, or lines that are not known.
 const isBlock = (block) =>
   isRecord(block) && Array.isArray(block.chats) && block.chats.every((part) => Array.isArray(part));
-const BLOCKS = Array.isArray(ARCHIVE.blocks) && ARCHIVE.blocks.every(isBlock) ? ARCHIVE.blocks : null;
+const BLOCKS = LINE && Array.isArray(ARCHIVE.blocks) && ARCHIVE.blocks.every(isBlock) ? ARCHIVE.blocks : null;
 
 const LARGE_CHAT = 5000;
 

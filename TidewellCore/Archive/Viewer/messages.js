@@ -110,10 +110,9 @@ class BlockMessages {
   }
 
   async indexOfId(id) {
-    const start = '{"id":' + lineOf(id) + ",";
     for (let part = this.parts.length - 1; part >= 0; part--) {
       await this.load(part);
-      const at = this.lines[part].findIndex((line) => line.startsWith(start));
+      const at = this.lines[part].findIndex((line) => idOfLine(line) === id);
       if (at >= 0) return this.parts[part].first + at;
     }
     return -1;
@@ -121,36 +120,13 @@ class BlockMessages {
 
   isPicture(index) {
     const line = this.lineAt(index);
-    if (line === null || !line.includes('"media":{')) return false;
-    return isPicture(messageOfLine(line));
+    return line !== null && mayHaveMedium(line) && isPicture(messageOfLine(line));
   }
 
   textAt(index) {
-    return textOfLine(this.lineAt(index) || "");
+    const line = this.lineAt(index);
+    return line === null ? "" : textOfLine(line);
   }
-}
-
-// JSON as it stands in a block.
-const lineOf = (value) => JSON.stringify(value).replaceAll("<", "\\u003c");
-
-function messageOfLine(line) {
-  try {
-    return asMessage(JSON.parse(line));
-  } catch {
-    return {};
-  }
-}
-
-// A message's text without parsing all of its line. Inside JSON strings every quote has
-// a backslash before it, so the marks below stand only where the keys are.
-function textOfLine(line) {
-  const mark = ',"text":"';
-  const start = line.indexOf(mark);
-  if (start < 0) return "";
-  const timeMark = line.lastIndexOf('","ts":');
-  const end = timeMark > start ? timeMark : line.length - 2;
-  const raw = line.slice(start + mark.length, end);
-  return raw.includes("\\") ? JSON.parse('"' + raw + '"') : raw;
 }
 
 // The first message of `day` or later, the last one when all are earlier. Undated

@@ -114,14 +114,6 @@ class Search {
   }
 }
 
-// -Infinity for an undated message, which comes last in every order by time.
-function timeOfLine(line) {
-  const mark = ',"ts":';
-  const start = line.lastIndexOf(mark);
-  const seconds = start < 0 ? NaN : Number(line.slice(start + mark.length, -1));
-  return hasTime(seconds) ? seconds : -Infinity;
-}
-
 function messageOfHit(hit) {
   return hit.message || messageOfLine(hit.line);
 }

@@ -1,0 +1,119 @@
+#include "TidewellCore/Archive/ArchiveFormat.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "TidewellCore/Archive/ArchiveScripts.h"
+#include "TidewellCore/Archive/ChatArchiveJSON.h"
+
+namespace {
+
+using ArchiveFormat::changed;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+Json::Object object(std::string_view json) { return *Json::parse(json)->as<Json::Object>(); }
+
+std::optional<std::string> text(const std::optional<Json::Object>& json) {
+  return json ? std::optional(ChatArchiveJSON::stringify(*json)) : std::nullopt;
+}
+
+const ArchiveMessage full{
+    .id = "7",
+    .fromMe = true,
+    .sender = "Ana",
+    .timestamp = 12,
+    .text = "a\nb",
+    .media = ArchiveMedia{
+        .kind = MediaKind::stickers, .relativePath = "Ana/a.webp", .fileName = "a.webp", .exported = true}};
+
+TEST(ArchiveFormat, ReadsTheMessagesThatItWrites) {
+  for (const ArchiveMessage& message :
+       {full, ArchiveMessage{}, ArchiveMessage{.id = "1", .media = ArchiveMedia{.kind = MediaKind::videos}}}) {
+    EXPECT_EQ(ArchiveFormat::message(ArchiveFormat::json(message)), message);
+  }
+}
+
+TEST(ArchiveFormat, ReadsTheChatsAndBlocksThatItWrites) {
+  const ArchiveChatSummary chat{.id = "1",
+                                .name = "Ana",
+                                .jid = "1@s.whatsapp.net",
+                                .folder = "Ana",
+                                .dataFile = "chat-1.js",
+                                .isGroup = true,
+                                .preview = "hi",
+                                .messageCount = 3,
+                                .lastTimestamp = -5,
+                                .avatarRelativePath = "avatars/1.jpeg"};
+  const ArchiveBlock block{.file = "block-1.js", .parts = {{"1", 0, 3}, {"2", 4, 1}}};
+  for (const ArchiveChatSummary& each : {chat, ArchiveChatSummary{}}) {
+    EXPECT_EQ(ArchiveFormat::chatSummary(ArchiveFormat::json(each)), each);
+  }
+  for (const ArchiveBlock& each : {block, ArchiveBlock{}}) {
+    EXPECT_EQ(ArchiveFormat::block(ArchiveFormat::json(each)), each);
+  }
+  const std::string list = ArchiveScripts::list({.title = "A", .timeZone = "UTC", .blocks = {block}}, {chat});
+  EXPECT_THAT(ArchiveScripts::chats(list), ElementsAre(chat));
+}
+
+TEST(ArchiveFormat, WhatIsOfAnotherKindHasItsDefault) {
+  EXPECT_EQ(ArchiveFormat::message(object(R"({"id":1,"me":"x","sender":null,"ts":"9","text":[],"media":[]})")),
+            ArchiveMessage());
+  EXPECT_EQ(ArchiveFormat::message(object(R"({"media":{"kind":"holograms","exported":1,"path":{},"name":2}})")).media,
+            ArchiveMedia());
+  EXPECT_EQ(ArchiveFormat::message(object(R"({"ts":1.5})")).timestamp, 1.5);
+  EXPECT_EQ(ArchiveFormat::chatSummary(object(R"({"id":{},"count":1.5,"lastTs":"1","avatar":7})")),
+            ArchiveChatSummary());
+  EXPECT_THAT(ArchiveFormat::block(object(R"({"chats":[[],["a",1],["a",1,"2"],7,["a",1,2,3]]})")).parts, IsEmpty());
+}
+
+TEST(ArchiveFormat, AChangeLeavesAllThatItDoesNotTouch) {
+  const Json::Object json = object(
+      R"({"id":5,"later":{"text":"x"},"media":{"kind":"holograms","path":"A/a","width":3},"text":"a","ts":1.5})");
+  const auto move = [](ArchiveMessage& message) { message.media->relativePath = "B/b"; };
+  EXPECT_EQ(text(changed(json, move)),
+            R"({"id":5,"later":{"text":"x"},"media":{"kind":"holograms","path":"B/b","width":3},"text":"a","ts":1.5})");
+  const auto rename = [](ArchiveChatSummary& chat) { chat.folder = "B"; };
+  EXPECT_EQ(text(changed(object(R"({"count":"many","new":[1.5,null]})"), rename)),
+            R"({"count":"many","folder":"B","new":[1.5,null]})");
+}
+
+TEST(ArchiveFormat, AChangeMayTakeMembersAwayAndAddThem) {
+  const auto silence = [](ArchiveMessage& message) {
+    message.text.reset(), message.media.reset(), message.timestamp = 9;
+  };
+  EXPECT_EQ(text(changed(object(R"({"id":"1","media":{"width":3},"more":0,"text":"a"})"), silence)),
+            R"({"id":"1","more":0,"ts":9})");
+  const auto illustrate = [](ArchiveMessage& message) { message.media = ArchiveMedia{.kind = MediaKind::photos}; };
+  EXPECT_EQ(text(changed(object(R"({"media":"?","more":0})"), illustrate)),
+            R"({"media":{"exported":false,"kind":"photos"},"more":0})");
+}
+
+TEST(ArchiveFormat, ANothingOfAChangeChangesNothing) {
+  EXPECT_EQ(changed(object(R"({"text":"a"})"), [](ArchiveMessage& message) { message.text = "a"; }), std::nullopt);
+  EXPECT_EQ(changed({}, [](ArchiveBlock&) {}), std::nullopt);
+}
+
+TEST(ArchiveFormat, TellsMessagesThatNameNoFileWithoutReadingThem) {
+  EXPECT_TRUE(ArchiveFormat::mayNameFile(text(ArchiveFormat::json(full)).value()));
+  EXPECT_FALSE(ArchiveFormat::mayNameFile(text(ArchiveFormat::json(ArchiveMessage{.text = "the \"path\""})).value()));
+}
+
+TEST(ArchiveScripts, ReadsTheLinesOfABlock) {
+  EXPECT_EQ(ArchiveScripts::lines(ArchiveScripts::block("a\nb")), "a\nb");
+  EXPECT_THAT(ArchiveScripts::lines("window.__BLOCK_PAYLOAD = 1;\n"), IsEmpty());
+  EXPECT_THAT(ArchiveScripts::lines(""), IsEmpty());
+}
+
+TEST(ArchiveScripts, AChangeKeepsTheBytesOfWhatItDoesNotTouch) {
+  const auto move = [](ArchiveMessage& message) {
+    if (message.media) message.media->relativePath = "B";
+  };
+  const std::string before = R"(window.__CHAT_PAYLOAD = {"messages":[{"n":1e400,"n":1.50}, )";
+  const std::string after = R"( ,{"path":"x","text" : "a"}],"v":1.0};// end)";
+  const std::string message = R"({"media":{"path":"A"}})";
+  EXPECT_EQ(ArchiveScripts::changedChat(before + message + after, move), before + R"({"media":{"path":"B"}})" + after);
+  EXPECT_EQ(ArchiveScripts::changedChat(before + "{\"path\":1e400}" + after, move), std::nullopt);
+}
+
+}  // namespace
