@@ -45,7 +45,7 @@ enum class NoticeKind {
   communityUnavailable,
   communityJoined,  // the group was added to it
   communityLeft,
-  communityLinked,  // A linked the group to the community X
+  communityLinked,   // A linked the group to the community X
   communityForeign,  // somebody is not part of it
   communityDescriptionChanged,
   communityWelcome,
