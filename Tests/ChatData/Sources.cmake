@@ -10,4 +10,5 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/NameResolverTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ScanSummaryTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/SenderNameTests.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/SnapshotLoaderTests.cpp)
+  ${CMAKE_CURRENT_LIST_DIR}/SnapshotLoaderTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/StoredJIDTests.cpp)
