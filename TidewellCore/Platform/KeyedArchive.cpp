@@ -52,10 +52,11 @@ const Bytes* KeyedArchive::bytes(const PropertyList* value) {
   return nullptr;
 }
 
-// The object that a reference leads to; a value that is none stands for itself.
+// The object that a reference leads to, of which the first stands for none; a value that is no reference stands for
+// itself.
 const PropertyList* KeyedArchive::follow(const PropertyList* value) const {
   const auto place = reference(value);
   if (!place) return value;
-  if (objects_ == nullptr || *place >= objects_->size()) return nullptr;
+  if (objects_ == nullptr || *place == 0 || *place >= objects_->size()) return nullptr;
   return &(*objects_)[static_cast<std::size_t>(*place)];
 }
