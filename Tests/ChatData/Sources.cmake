@@ -9,6 +9,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/MessageContentTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MessageMetadataTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/NameResolverTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ReceiptInfoTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ScanSummaryTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/SenderNameTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/SnapshotLoaderTests.cpp

@@ -12,9 +12,9 @@
 // What a message is when it is more than a text or a file, as facts; the words
 // for them are made elsewhere, and so are the names of people. All text is UTF-8 and somebody else's.
 
-// Who did something: the phone's owner, whose JID may not be known, or somebody of a JID.
+// Who did something: the phone's owner, or somebody of a JID.
 struct Person {
-  std::string jid;
+  std::string jid;  // empty for the owner
   bool isOwner = false;
 
   bool operator==(const Person&) const = default;

@@ -33,6 +33,6 @@ std::optional<std::string> StoredJID::checked(std::string_view text) {
 std::optional<Person> StoredJID::person(std::string_view text, std::span<const std::string> ownJIDs) {
   auto jid = checked(text);
   if (!jid) return std::nullopt;
-  const bool isOwner = std::ranges::find(ownJIDs, *jid) != ownJIDs.end();
-  return Person{.jid = std::move(*jid), .isOwner = isOwner};
+  if (std::ranges::find(ownJIDs, *jid) != ownJIDs.end()) return Person{.isOwner = true};
+  return Person{.jid = std::move(*jid)};
 }

@@ -15,7 +15,7 @@ namespace StoredJID {
 // other characters than ASCII letters, digits, "-", "_" and ".", or of more than 255.
 std::optional<std::string> checked(std::string_view text);
 
-// Who that is. The owner may have several JIDs, and none may be known.
+// Who that is. The owner may have several JIDs, and none may be known; then he is a person like all.
 std::optional<Person> person(std::string_view text, std::span<const std::string> ownJIDs);
 
 }  // namespace StoredJID
