@@ -5,6 +5,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/DamagedDatabasesTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/DisplayNameTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/EncodedMessageTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/GroupEventsTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/JIDTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MessageContentTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MessageMetadataTests.cpp
@@ -13,4 +14,5 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/ScanSummaryTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/SenderNameTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/SnapshotLoaderTests.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/StoredJIDTests.cpp)
+  ${CMAKE_CURRENT_LIST_DIR}/StoredJIDTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/SystemNoticesTests.cpp)
