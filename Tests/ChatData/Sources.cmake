@@ -15,4 +15,5 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/SenderNameTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/SnapshotLoaderTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/StoredJIDTests.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/SystemNoticesTests.cpp)
+  ${CMAKE_CURRENT_LIST_DIR}/SystemNoticesTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/VCardTextTests.cpp)
