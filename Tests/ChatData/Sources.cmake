@@ -1,4 +1,5 @@
 target_sources(TidewellCoreTests PRIVATE
+  ${CMAKE_CURRENT_LIST_DIR}/CallHistoryReaderTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ChatStorageReaderTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ChatStorageSnapshotTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ContactsReaderTests.cpp
