@@ -8,6 +8,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/EncodedMessageTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/GroupEventsTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/JIDTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/LinkedIdentitiesTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MessageContentTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MessageMetadataTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/NameResolverTests.cpp
