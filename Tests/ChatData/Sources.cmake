@@ -10,6 +10,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/JIDTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/LinkedIdentitiesTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MessageContentTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/MessageDecoderTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MessageMetadataTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/NameResolverTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ReceiptInfoTests.cpp

@@ -20,9 +20,15 @@ struct Person {
   bool operator==(const Person&) const = default;
 };
 
+struct Coordinates {
+  double latitude = 0;   // degrees, −90 to 90
+  double longitude = 0;  // −180 to 180
+
+  bool operator==(const Coordinates&) const = default;
+};
+
 struct SharedLocation {
-  double latitude = 0;  // degrees
-  double longitude = 0;
+  std::optional<Coordinates> coordinates;
   std::optional<std::string> name;
   std::optional<std::string> address;
   bool isLive = false;
@@ -109,7 +115,9 @@ struct BusinessText {
 };
 
 struct DeletedMessage {
-  std::optional<Person> remover;  // absent: its sender, as far as the phone says
+  // Absent: its sender. Somebody who is neither that nor the owner is an admin of the
+  // group, unless it turns out to be another JID of the sender.
+  std::optional<Person> remover;
 
   bool operator==(const DeletedMessage&) const = default;
 };
