@@ -244,7 +244,7 @@ TEST(MessageDecoder, ProductsInvitationsAndTimersAreRead) {
             of(GroupInvite{.groupName = "Garden"}));
   EXPECT_EQ(decode({.type = 27}), of(GroupInvite()));
   const Bytes timer = Protobuf().integer(36, 604'800).bytes();
-  EXPECT_EQ(decode({.type = 28, .metadata = timer}),
+  EXPECT_EQ(decode({.type = 28, .eventType = 2, .metadata = timer}),
             of(Notice{.kind = NoticeKind::defaultTimerSet, .seconds = 604'800}));
   EXPECT_EQ(decode({.type = 28}), of(UnsupportedMessage{.type = 28}));
 }

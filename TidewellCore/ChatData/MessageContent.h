@@ -139,7 +139,7 @@ struct MissingMedia {
 // Something that WhatsApp tells; it has no sender.
 struct Notice {
   NoticeKind kind = NoticeKind::unknownNotice;
-  std::int64_t code = 0;  // WhatsApp's own number of it
+  std::int64_t code = 0;  // WhatsApp's own number of it; 0 where it has none
   std::optional<Person> actor;
   std::vector<Person> targets;
   std::optional<std::string> parameter;

@@ -154,10 +154,7 @@ void invitation(Decoding& decoding) { setContentAlone(decoding.metadata.invite.v
 
 void defaultTimer(Decoding& decoding) {
   if (!decoding.metadata.timerSeconds) return unknown(decoding);
-  setContentAlone(Notice{.kind = NoticeKind::defaultTimerSet,
-                         .code = decoding.row.eventType,
-                         .seconds = decoding.metadata.timerSeconds},
-                  decoding);
+  setContentAlone(Notice{.kind = NoticeKind::defaultTimerSet, .seconds = decoding.metadata.timerSeconds}, decoding);
 }
 
 void poll(Decoding& decoding) { setContent(decoding.poll.value_or(Poll()), decoding); }
