@@ -1,12 +1,22 @@
 target_sources(TidewellCoreTests PRIVATE
+  ${CMAKE_CURRENT_LIST_DIR}/CallHistoryReaderTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ChatStorageReaderTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ChatStorageSnapshotTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ContactsReaderTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/DamagedDatabasesTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/DisplayNameTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/EncodedMessageTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/GroupEventsTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/JIDTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/LinkedIdentitiesTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/MessageContentTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/MessageDecoderTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/MessageMetadataTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/NameResolverTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ReceiptInfoTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ScanSummaryTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/SenderNameTests.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/SnapshotLoaderTests.cpp)
+  ${CMAKE_CURRENT_LIST_DIR}/SnapshotLoaderTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/StoredJIDTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/SystemNoticesTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/VCardTextTests.cpp)

@@ -5,9 +5,12 @@
 #include "Tests/Support/TemporaryDirectory.h"
 #include "TidewellCore/Backup/ManifestStore.h"
 #include "TidewellCore/Backup/StoredFileLocation.h"
+#include "TidewellCore/ChatData/CallHistoryReader.h"
 #include "TidewellCore/ChatData/ChatStorageReader.h"
 #include "TidewellCore/ChatData/ChatStorageSnapshot.h"
 #include "TidewellCore/ChatData/ContactsReader.h"
+#include "TidewellCore/ChatData/JID.h"
+#include "TidewellCore/ChatData/LinkedIdentities.h"
 #include "TidewellCore/Platform/Precondition.h"
 #include "TidewellCore/Platform/Text.h"
 #include "TidewellCore/TidewellError.h"
@@ -55,6 +58,25 @@ void DatabaseTargets::contacts(ByteView input) {
     ContactsReader::load(file, contacts);
     for (const AddressBookContact& contact : contacts) checkText(contact.bestName());
     ContactsReader::directory(contacts, {});
+  });
+}
+
+void DatabaseTargets::callHistory(ByteView input) {
+  withFile(input, "CallHistory.sqlite", [](const fs::path& file) {
+    for (const PastCall& call : CallHistoryReader::load(file)) {
+      checkText(call.id);
+      precondition(call.call.seconds.value_or(1) > 0, "a call that was taken has a length");
+    }
+  });
+}
+
+void DatabaseTargets::linkedIdentities(ByteView input) {
+  withFile(input, "LID.sqlite", [](const fs::path& file) {
+    for (const LinkedIdentity& identity : LinkedIdentities::load(file)) {
+      checkText(identity.name);
+      precondition(JID::isLID(identity.lid), "an identity is one");
+      precondition(identity.phoneJID != identity.lid, "nobody stands behind himself");
+    }
   });
 }
 

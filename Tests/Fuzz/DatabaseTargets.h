@@ -7,6 +7,8 @@ namespace DatabaseTargets {
 
 void chatDatabase(ByteView input);
 void contacts(ByteView input);
+void callHistory(ByteView input);
+void linkedIdentities(ByteView input);
 void manifestDatabase(ByteView input);
 
 }  // namespace DatabaseTargets

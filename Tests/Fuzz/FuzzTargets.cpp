@@ -4,6 +4,7 @@
 
 #include "Tests/Fuzz/DatabaseTargets.h"
 #include "Tests/Fuzz/DestinationTargets.h"
+#include "Tests/Fuzz/MessageTargets.h"
 #include "Tests/Fuzz/NameTargets.h"
 #include "TidewellCore/Archive/ChatArchiveJSON.h"
 #include "TidewellCore/ChatData/EncodedMessage.h"
@@ -104,15 +105,20 @@ void encodedMessage(ByteView input) {
   precondition(EncodedMessage::holdsTime(text.substr(0, text.find('='))) == isFound, "padding may be left out");
 }
 
-constexpr std::array<FuzzTarget, 15> targets{{{"BinaryPropertyList", binaryPropertyList},
+constexpr std::array<FuzzTarget, 20> targets{{{"BinaryPropertyList", binaryPropertyList},
                                               {"XMLPropertyList", xmlPropertyList},
                                               {"BackupKeyBag", backupKeyBag},
                                               {"MBFileArchive", mbFileArchive},
                                               {"Json", json},
                                               {"ArchiveAssignment", archiveAssignment},
                                               {"EncodedMessage", encodedMessage},
+                                              {"MessageBlobs", MessageTargets::messageBlobs},
+                                              {"GroupEvent", MessageTargets::groupEvent},
+                                              {"VCard", MessageTargets::vCard},
                                               {"ChatDatabase", DatabaseTargets::chatDatabase},
                                               {"Contacts", DatabaseTargets::contacts},
+                                              {"CallHistory", DatabaseTargets::callHistory},
+                                              {"LinkedIdentities", DatabaseTargets::linkedIdentities},
                                               {"ManifestDatabase", DatabaseTargets::manifestDatabase},
                                               {"FileNaming", NameTargets::fileNaming},
                                               {"FolderAllocation", NameTargets::folderAllocation},

@@ -5,7 +5,9 @@
 #include <stdexcept>
 #include <string>
 
+#include "Tests/Fuzz/MessageSeeds.h"
 #include "Tests/Support/BackupBuilder.h"
+#include "Tests/Support/CallSchema.h"
 #include "Tests/Support/ChatDatabase.h"
 #include "Tests/Support/Hex.h"
 #include "Tests/Support/KeyBagBuilder.h"
@@ -65,6 +67,28 @@ Seeds manifestDatabases() {
   return {Fixture::writeBackup(contents, folder / "device").manifestDatabase};
 }
 
+// A database of one schema, its pages small.
+Seeds database(std::string_view schema, std::string_view rows) {
+  Fixture::DatabaseWriter writer(Fixture::Journal::rollback);
+  writer.execute(std::string(schema) + std::string(rows));
+  writer.execute(smallPages);
+  return {writer.finish().main};
+}
+
+Seeds callHistories() {
+  return database(Fixture::callHistorySchema,
+                  "INSERT INTO ZWAAGGREGATECALLEVENT (Z_PK, ZINCOMING, ZMISSED, ZVIDEO) VALUES (1, 1, 0, 1);"
+                  "INSERT INTO ZWACDCALLEVENT (Z_PK, Z1CALLEVENTS, ZDATE, ZDURATION, ZOUTCOME, ZCALLIDSTRING)"
+                  " VALUES (1, 1, 7e8, 95.5, 0, 'A1'), (2, 2, 'x', 'y', 1, NULL);"
+                  "INSERT INTO ZWACDCALLEVENTPARTICIPANT (Z1PARTICIPANTS, ZJIDSTRING) VALUES (1, '1@lid');");
+}
+
+Seeds linkedIdentities() {
+  return database(Fixture::linkedIdentitySchema,
+                  "INSERT INTO ZWAPHONENUMBERLIDPAIR (ZLID, ZPHONENUMBER) VALUES ('1', '2'), ('3@lid', '1@lid');"
+                  "INSERT INTO ZWAZACCOUNT (ZIDENTIFIER, ZPHONENUMBER, ZDISPLAYNAME) VALUES ('4@lid', '5', 'Ana');");
+}
+
 Seeds madeByCode(std::string_view target) {
   if (target == "BinaryPropertyList") return {Fixture::binaryPlist(everyType()), records()[1]};
   if (target == "XMLPropertyList") return {Fixture::bytesOf(Fixture::xmlPlist(everyType()))};
@@ -73,6 +97,10 @@ Seeds madeByCode(std::string_view target) {
   if (target == "ChatDatabase") return {Fixture::writeChatStorage(whatsApp()).main};
   if (target == "Contacts") return {Fixture::writeContacts(whatsApp()).main};
   if (target == "ManifestDatabase") return manifestDatabases();
+  if (target == "CallHistory") return callHistories();
+  if (target == "LinkedIdentities") return linkedIdentities();
+  if (target == "MessageBlobs") return MessageSeeds::messageBlobs();
+  if (target == "GroupEvent") return MessageSeeds::groupEvents();
   return {};
 }
 

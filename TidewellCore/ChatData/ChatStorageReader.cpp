@@ -1,11 +1,11 @@
 #include "TidewellCore/ChatData/ChatStorageReader.h"
 
 #include <algorithm>
-#include <cmath>
 #include <initializer_list>
 #include <string_view>
 
 #include "TidewellCore/ChatData/NameResolver.h"
+#include "TidewellCore/ChatData/StoredNumber.h"
 #include "TidewellCore/ChatData/TableReader.h"
 #include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/Platform/Text.h"
@@ -99,12 +99,6 @@ void loadLIDPairs(const SQLiteDB& database, ChatTables& tables) {
   });
 }
 
-std::optional<Date> date(const SQLiteRowView& row, Column column) {
-  const auto seconds = row.number(column.place);
-  if (!seconds || !std::isfinite(*seconds)) return std::nullopt;
-  return dateFromAppleTime(*seconds);
-}
-
 std::int64_t rowCount(const SQLiteDB& database, const std::string& table) {
   std::int64_t count = 0;
   if (!database.tableExists(table)) return count;
@@ -155,7 +149,7 @@ class MessageTable {
   }
 
   std::optional<Date> dateOf(const SQLiteRowView& row) {
-    const std::optional<Date> sent = date(row, sent_);
+    const std::optional<Date> sent = StoredNumber::date(row, sent_);
     if (!sent && row.type(sent_.place) != SQLiteRowView::Type::null) tables_.unread.isPartial = true;
     return sent;
   }

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+#include "TidewellCore/ChatData/MessageContent.h"
+#include "TidewellCore/ChatData/MessageRow.h"
+
+// What a row says, in the forms of this house. The texts are views of what the row viewed.
+struct DecodedMessage {
+  // What its sender wrote: the text or the caption. Absent for what has none, and
+  // for what stands in a text's place and is none.
+  std::optional<std::string_view> text;
+  std::optional<std::string_view> fileName;  // of a document, as its sender called it
+  // Absent for a plain text and a plain file.
+  std::optional<MessageDetails> details;
+  // A row that the phone shows nowhere.
+  bool isHidden = false;
+
+  bool operator==(const DecodedMessage&) const = default;
+};
+
+// Turns rows of every kind into facts (docs/formats/messages.md). Nothing fails: a blob that is wrong in
+// any way is as good as absent, and the message stays with what its columns say.
+namespace MessageDecoder {
+
+DecodedMessage decode(const MessageRow& row);
+
+}  // namespace MessageDecoder
