@@ -6,7 +6,9 @@
 #include "Tests/Fuzz/DestinationTargets.h"
 #include "Tests/Fuzz/MessageTargets.h"
 #include "Tests/Fuzz/NameTargets.h"
+#include "TidewellCore/Archive/ArchiveFormat.h"
 #include "TidewellCore/Archive/ChatArchiveJSON.h"
+#include "TidewellCore/Archive/MessageLine.h"
 #include "TidewellCore/ChatData/EncodedMessage.h"
 #include "TidewellCore/Crypto/BackupKeyBag.h"
 #include "TidewellCore/Crypto/MBFileArchive.h"
@@ -97,6 +99,25 @@ void archiveAssignment(ByteView input) {
   }
 }
 
+// A line as either form; what is read is written, and survives a change.
+void messageLine(ByteView input) {
+  for (const auto form : {MessageLine::Form::object, MessageLine::Form::columns}) {
+    const auto message = MessageLine::message(textOf(input), form);
+    if (!message) continue;
+    std::string written;
+    MessageLine::append(written, *message, form);
+    precondition(written.find_first_of("`$\n<") == std::string::npos, "no line ends its script or itself");
+    precondition(MessageLine::message(written, form) == message, "a line that was written is read again");
+    const auto withID = [](ArchiveMessage& record) { record.id += "+"; };
+    Json::Object changed = ArchiveFormat::changed(*message, withID).value();
+    precondition(ArchiveFormat::message(changed).id == ArchiveFormat::message(*message).id + "+", "a change is made");
+    changed.erase("id");
+    Json::Object others = *message;
+    others.erase("id");
+    precondition(changed == others, "all else stays");
+  }
+}
+
 // The input once as the text and once as the message in it.
 void encodedMessage(ByteView input) {
   EncodedMessage::holdsTime(textOf(input));
@@ -105,12 +126,13 @@ void encodedMessage(ByteView input) {
   precondition(EncodedMessage::holdsTime(text.substr(0, text.find('='))) == isFound, "padding may be left out");
 }
 
-constexpr std::array<FuzzTarget, 20> targets{{{"BinaryPropertyList", binaryPropertyList},
+constexpr std::array<FuzzTarget, 21> targets{{{"BinaryPropertyList", binaryPropertyList},
                                               {"XMLPropertyList", xmlPropertyList},
                                               {"BackupKeyBag", backupKeyBag},
                                               {"MBFileArchive", mbFileArchive},
                                               {"Json", json},
                                               {"ArchiveAssignment", archiveAssignment},
+                                              {"MessageLine", messageLine},
                                               {"EncodedMessage", encodedMessage},
                                               {"MessageBlobs", MessageTargets::messageBlobs},
                                               {"GroupEvent", MessageTargets::groupEvent},
