@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "Tests/ChatData/ReadDatabases.h"
+#include "Tests/ChatData/ReadSQL.h"
 #include "Tests/Support/CallSchema.h"
 #include "Tests/Support/Failures.h"
 #include "TidewellCore/TidewellError.h"
@@ -14,13 +14,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-std::vector<PastCall> readCalls(const std::string& sql) {
-  const TemporaryDirectory folder;
-  DatabaseWriter writer(Journal::rollback);
-  writer.execute(sql);
-  writeDatabase(writer.finish(), folder / "CallHistory.sqlite");
-  return CallHistoryReader::load(folder / "CallHistory.sqlite");
-}
+std::vector<PastCall> readCalls(const std::string& sql) { return readSQL(sql, CallHistoryReader::load); }
 
 std::vector<PastCall> calls(const std::string& rows) { return readCalls(callHistorySchema + rows); }
 

@@ -177,6 +177,15 @@ TEST(ReceiptInfo, OptionsAndVotesHaveLimits) {
   EXPECT_EQ(votes, 20'000U);
 }
 
+TEST(ReceiptInfo, MoreThanAMessageHoldsMakesAllAbsent) {
+  Protobuf votes;
+  for (int i = 0; i < 5'000; ++i) votes.message(5, Protobuf().integer(1, 0).text(4, ana));
+  EXPECT_EQ(ReceiptInfo::read(Protobuf().message(8, votes).bytes(), own), std::nullopt);
+  Protobuf options;
+  for (int i = 0; i < 5'000; ++i) options.message(3, Protobuf().text(1, "o"));
+  EXPECT_EQ(ReceiptInfo::read(Protobuf().message(8, options).bytes(), own), std::nullopt);
+}
+
 TEST(ReceiptInfo, AnErrorAnywhereMakesAllAbsent) {
   const Protobuf whole = Protobuf().message(7, Protobuf().message(2, mine("👍", 1)));
   const Protobuf cut = Protobuf().text(1, "\x0B");

@@ -13,6 +13,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/MessageDecoderTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MessageMetadataTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/NameResolverTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/OwnJIDTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ReceiptInfoTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ScanSummaryTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/SenderNameTests.cpp

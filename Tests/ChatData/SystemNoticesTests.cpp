@@ -44,6 +44,11 @@ TEST(SystemNotices, TheMemberIsTheOneItIsAbout) {
             MessageContent(Notice{.kind = NoticeKind::memberChangedNumber, .code = 5, .actor = Person{.jid = anaJID}}));
 }
 
+TEST(SystemNotices, WhoseRowItIsSaysNothing) {
+  EXPECT_EQ(SystemNotices::read({.code = 5, .isFromMe = true}),
+            MessageContent(Notice{.kind = NoticeKind::memberChangedNumber, .code = 5}));
+}
+
 TEST(SystemNotices, AChannelHasNoticesOfItsOwn) {
   EXPECT_EQ(SystemNotices::ofChannel({.code = 1}), (Notice{.kind = NoticeKind::channelCreated, .code = 1}));
   EXPECT_EQ(SystemNotices::ofChannel({.code = 4}), (Notice{.kind = NoticeKind::channelPrivacyChanged, .code = 4}));

@@ -34,9 +34,7 @@ void readTemplateButton(ProtobufReader fields, BusinessText& text) {
 
 // A button, or a section of a list with its rows.
 void readChoices(ProtobufReader fields, BusinessText& text) {
-  while (fields.next()) {
-    if (fields.number() == 2) add(wordsAlone(fields.message()), text);
-  }
+  forEachMessage(fields, 2, [&](ProtobufReader choice) { add(wordsAlone(choice), text); });
 }
 
 // Which fields of a message hold what.
@@ -67,9 +65,7 @@ BusinessText readText(ProtobufReader fields, const Layout& layout) {
 
 BusinessText read(ProtobufReader metadataField, const Layout& layout) {
   BusinessText text;
-  while (metadataField.next()) {
-    if (metadataField.number() == 1) text = readText(metadataField.message(), layout);
-  }
+  forEachMessage(metadataField, 1, [&](ProtobufReader fields) { text = readText(fields, layout); });
   return text;
 }
 
@@ -100,11 +96,8 @@ BusinessText BusinessMessage::fromList(ProtobufReader metadataField) { return re
 
 std::optional<Product> BusinessMessage::product(ProtobufReader metadataField) {
   Product product;
-  while (metadataField.next()) {
-    if (metadataField.number() != 1) continue;
-    for (ProtobufReader message = metadataField.message(); message.next();) {
-      if (message.number() == 1) product = snapshot(message.message());
-    }
-  }
+  forEachMessage(metadataField, 1, [&](ProtobufReader message) {
+    forEachMessage(message, 1, [&](ProtobufReader fields) { product = snapshot(fields); });
+  });
   return product.title.empty() ? std::nullopt : std::optional(std::move(product));
 }

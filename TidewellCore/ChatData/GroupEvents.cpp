@@ -23,7 +23,7 @@ class JsonParameter {
 
   bool isObject() const { return json_ && json_->as<Json::Object>() != nullptr; }
 
-  std::optional<std::string> words(std::string_view key) const { return BlobText::words(text(key)); }
+  std::optional<std::string> words(std::string_view key) const { return BlobText::shortWords(text(key)); }
 
   std::optional<Person> person(std::string_view key) const {
     return StoredJID::person(text(key).value_or(""), row_.ownJIDs);

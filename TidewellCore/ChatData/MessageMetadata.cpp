@@ -42,23 +42,21 @@ GroupInvite invite(ProtobufReader fields) {
 
 std::optional<std::string> advertisedURL(ProtobufReader fields) {
   std::optional<std::string> url;
-  while (fields.next()) {
-    if (fields.number() != 1) continue;
-    for (ProtobufReader info = fields.message(); info.next();) {
+  forEachMessage(fields, 1, [&](ProtobufReader info) {
+    while (info.next()) {
       if (info.number() == 9) url = BlobText::words(info.text());
     }
-  }
+  });
   return url;
 }
 
 std::optional<std::int64_t> secondsOfCall(ProtobufReader fields) {
   std::optional<std::int64_t> seconds;
-  while (fields.next()) {
-    if (fields.number() != 1) continue;
-    for (ProtobufReader call = fields.message(); call.next();) {
-      if (call.number() == 3) call.read(seconds);
+  forEachMessage(fields, 1, [&](ProtobufReader record) {
+    while (record.next()) {
+      if (record.number() == 3) record.read(seconds);
     }
-  }
+  });
   return BlobText::seconds(seconds);
 }
 

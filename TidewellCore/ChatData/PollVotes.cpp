@@ -24,7 +24,7 @@ Vote voteOf(ProtobufReader fields, OwnJIDs ownJIDs) {
     if (fields.number() == 4) vote.voter = StoredJID::person(fields.text().value_or(""), ownJIDs);
   }
   std::ranges::sort(vote.options);
-  vote.options.erase(std::ranges::unique(vote.options).begin(), vote.options.end());
+  vote.options.erase(std::unique(vote.options.begin(), vote.options.end()), vote.options.end());
   return vote;
 }
 

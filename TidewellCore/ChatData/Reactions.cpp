@@ -62,12 +62,6 @@ Reaction total(ProtobufReader fields) {
   return reaction;
 }
 
-void readTotals(ProtobufReader fields, std::vector<Reaction>& totals) {
-  while (fields.next()) {
-    if (fields.number() == 1) totals.push_back(total(fields.message()));
-  }
-}
-
 // The newest of each person, the oldest of them first.
 std::vector<Reaction> standing(std::vector<Reaction> all) {
   std::ranges::stable_sort(all, {}, &Reaction::milliseconds);
@@ -99,7 +93,9 @@ std::vector<Reaction> Reactions::read(ProtobufReader field, std::span<const std:
   while (field.next()) {
     if (field.number() == 1) all.push_back(theirs(field.message(), ownJIDs));
     if (field.number() == 2) all.push_back(mine(field.message()));
-    if (field.number() == 3) readTotals(field.message(), totals);
+    if (field.number() == 3) {
+      forEachMessage(field.message(), 1, [&](ProtobufReader fields) { totals.push_back(total(fields)); });
+    }
   }
   std::erase_if(all, [](const Reaction& reaction) { return !reaction.person; });
   std::vector<Reaction> reactions = standing(std::move(all));

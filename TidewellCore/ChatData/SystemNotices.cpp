@@ -44,7 +44,7 @@ constexpr std::array callCodes{
 Notice notice(const NoticeRow& row, std::span<const Code> codes) {
   const auto found = std::ranges::find(codes, row.code, &Code::code);
   if (found == codes.end()) return {.kind = unknownNotice, .code = row.code};
-  return {.kind = found->kind, .code = row.code, .actor = row.actor()};
+  return {.kind = found->kind, .code = row.code, .actor = row.member()};
 }
 
 }  // namespace

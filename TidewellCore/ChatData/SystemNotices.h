@@ -4,7 +4,8 @@
 #include "TidewellCore/ChatData/NoticeRow.h"
 
 // What WhatsApp tells beside group events (docs/formats/messages.md). A code that is not
-// known is an unknownNotice and keeps its code.
+// known is an unknownNotice and keeps its code. The actor is the member whom a notice is about; without
+// one it is about the person of the chat. Whose row it is says nothing.
 namespace SystemNotices {
 
 // A row of type 10: a Notice, or a CallRecord for what tells of a call.

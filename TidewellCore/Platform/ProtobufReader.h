@@ -77,3 +77,11 @@ class ProtobufReader {
   std::uint64_t value_ = 0;  // of a field that is no bytes
   ByteView bytes_;
 };
+
+// Calls `read` with the message in each field of that number, and reads the level to its end.
+template <typename Read>
+void forEachMessage(ProtobufReader level, std::uint32_t number, Read read) {
+  while (level.next()) {
+    if (level.number() == number) read(level.message());
+  }
+}
