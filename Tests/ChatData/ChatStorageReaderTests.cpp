@@ -6,6 +6,7 @@
 
 #include "Tests/ChatData/ReadDatabases.h"
 #include "Tests/Support/Failures.h"
+#include "Tests/Support/TestCrypto.h"
 #include "TidewellCore/TidewellError.h"
 
 namespace Fixture {
@@ -44,6 +45,7 @@ TEST(ChatStorageReader, ReadsChatsMessagesMembersAndMedia) {
   EXPECT_EQ(snapshot.records().at(7), (ChatRecord{.pk = 7, .jid = ana, .name = "Ana"}));
   EXPECT_EQ(snapshot.chat(ana)->pk, 7);
   const std::string path = "Message/" + local;
+  const std::string stanzaID = sha1Hex(bytesOf("40")).substr(0, 20);
   const MessageRecord expected{.pk = 40,
                                .chatPK = 7,
                                .date = dateFromUnixTime(978307200 + 700000000.25),
@@ -53,6 +55,7 @@ TEST(ChatStorageReader, ReadsChatsMessagesMembersAndMedia) {
                                .fromJID = ana,
                                .pushName = "Aninha",
                                .groupMemberPK = 3,
+                               .stanzaID = stanzaID,
                                .mediaLocalPath = path};
   EXPECT_EQ(messagesOf(snapshot, 7).at(0), expected);
   EXPECT_EQ(snapshot.directory().groupMembers.at(3),

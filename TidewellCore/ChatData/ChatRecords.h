@@ -29,6 +29,7 @@ struct MessageRecord {
   std::optional<std::string_view> fromJID;
   std::optional<std::string_view> pushName;  // as it is stored, plausible or not
   std::optional<std::int64_t> groupMemberPK;
+  std::optional<std::string_view> stanzaID;        // by which others answer it; unique in its chat
   std::optional<std::string_view> mediaLocalPath;  // in the backup, beginning with "Message/"
 
   bool operator==(const MessageRecord&) const = default;

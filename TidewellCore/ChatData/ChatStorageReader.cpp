@@ -4,11 +4,11 @@
 #include <initializer_list>
 #include <string_view>
 
+#include "TidewellCore/ChatData/MediaPaths.h"
+#include "TidewellCore/ChatData/MessageTable.h"
 #include "TidewellCore/ChatData/NameResolver.h"
-#include "TidewellCore/ChatData/StoredNumber.h"
 #include "TidewellCore/ChatData/TableReader.h"
 #include "TidewellCore/Platform/PathText.h"
-#include "TidewellCore/Platform/Text.h"
 #include "TidewellCore/TidewellError.h"
 
 namespace {
@@ -99,109 +99,6 @@ void loadLIDPairs(const SQLiteDB& database, ChatTables& tables) {
   });
 }
 
-std::int64_t rowCount(const SQLiteDB& database, const std::string& table) {
-  std::int64_t count = 0;
-  if (!database.tableExists(table)) return count;
-  database.forEachRow("SELECT count(*) FROM " + table,
-                      [&](const SQLiteRowView& row) { count = row.integer(0).value_or(0); });
-  return count;
-}
-
-class MessageTable {
- public:
-  MessageTable(const SQLiteDB& database, ChatTables& tables) : table_(database, "ZWAMESSAGE"), tables_(tables) {}
-
-  void load(const SQLiteDB& database) {
-    noteColumns({sent_, isFromMe_, fromJID_, groupMember_}, tables_);
-    if (!pk_.isThere() || !chat_.isThere()) {
-      tables_.unread.withoutChat = rowCount(database, "ZWAMESSAGE");
-      return;
-    }
-    table_.forEachRow([this](const SQLiteRowView& row) { read(row); });
-  }
-
- private:
-  void read(const SQLiteRowView& row) {
-    const auto key = row.integer(pk_.place);
-    const auto chat = row.integer(chat_.place);
-    const bool isTextLost = !text_.isThere() || !row.blob(text_.place).value_or(ByteView()).empty();
-    const auto text = row.text(text_.place);
-    if (key && chat) {
-      if (isTextLost) ++tables_.unread.withoutText;
-      tables_.messages.push_back(record(row, *key, *chat));
-    } else if (key && !isTextLost && text.value_or("").empty()) {
-      tables_.silentMessages.insert(*key);
-    } else {
-      ++tables_.unread.withoutChat;
-    }
-  }
-
-  MessageRecord record(const SQLiteRowView& row, std::int64_t key, std::int64_t chat) {
-    return {.pk = key,
-            .chatPK = chat,
-            .date = dateOf(row),
-            .sort = sortOf(row),
-            .text = kept(row.text(text_.place)),
-            .isFromMe = row.integer(isFromMe_.place).value_or(0) != 0,
-            .fromJID = keptOnce(row.text(fromJID_.place)),
-            .pushName = pushNameOf(row),
-            .groupMemberPK = row.integer(groupMember_.place)};
-  }
-
-  std::optional<Date> dateOf(const SQLiteRowView& row) {
-    const std::optional<Date> sent = StoredNumber::date(row, sent_);
-    if (!sent && row.type(sent_.place) != SQLiteRowView::Type::null) tables_.unread.isPartial = true;
-    return sent;
-  }
-
-  double sortOf(const SQLiteRowView& row) const {
-    const bool isText = row.type(sort_.place) == SQLiteRowView::Type::text;
-    return (isText ? std::nullopt : row.number(sort_.place)).value_or(MessageRecord().sort);
-  }
-
-  // A name stored as text is kept as it is; one stored as bytes only when it reads like a name.
-  std::optional<std::string_view> pushNameOf(const SQLiteRowView& row) {
-    const auto name = textOrUTF8(row, pushName_);
-    if (!name) return std::nullopt;
-    const bool isBlob = row.type(pushName_.place) == SQLiteRowView::Type::blob;
-    if (isBlob && !NameResolver::isPlausibleDisplayName(*name)) return std::nullopt;
-    return tables_.texts.add(cut(*name));
-  }
-
-  std::optional<std::string_view> kept(const std::optional<std::string_view>& text) {
-    return text ? std::optional(tables_.texts.add(*text)) : std::nullopt;
-  }
-
-  std::optional<std::string_view> keptOnce(const std::optional<std::string_view>& name) {
-    return name ? std::optional(tables_.texts.addOnce(cut(*name))) : std::nullopt;
-  }
-
-  // Good until the next is cut.
-  std::string_view cut(std::string_view name) {
-    if (name.size() <= NameResolver::longestName) return name;
-    return cut_ = NameResolver::cut(std::string(name)).value_or("");
-  }
-
-  TableReader table_;
-  ChatTables& tables_;
-  const Column pk_ = table_.select({"Z_PK"});
-  const Column chat_ = table_.select({"ZCHATSESSION"});
-  const Column sent_ = table_.select({"ZMESSAGEDATE", "ZDATE"});
-  const Column text_ = table_.select({"ZTEXT", "ZMESSAGETEXT"});
-  const Column isFromMe_ = table_.select({"ZISFROMME", "ZFROMMe"});
-  const Column fromJID_ = table_.select({"ZFROMJID", "ZSENDERJID"});
-  const Column pushName_ = table_.select({"ZPUSHNAME"});
-  const Column groupMember_ = table_.select({"ZGROUPMEMBER"});
-  const Column sort_ = table_.select({"ZSORT"});
-  std::string cut_;
-};
-
-// Only what stands in WhatsApp's own folder of media is a file of the backup; letter case does not matter.
-bool isMediaPath(std::string_view path) {
-  constexpr std::string_view folder = "MEDIA/";
-  return path.size() > folder.size() && Text::uppercasedASCII(path.substr(0, folder.size())) == folder;
-}
-
 void loadMedia(const SQLiteDB& database, ChatTables& tables) {
   TableReader table(database, "ZWAMEDIAITEM");
   const Column message = table.select({"ZMESSAGE"});
@@ -210,9 +107,9 @@ void loadMedia(const SQLiteDB& database, ChatTables& tables) {
   if (!message.isThere() || !path.isThere()) return;
   table.forEachRow([&](const SQLiteRowView& row) {
     const auto localPath = row.text(path.place);
-    if (!localPath || !isMediaPath(*localPath)) return;
+    if (!localPath || !MediaPaths::isOfFile(*localPath)) return;
     tables.media.push_back(
-        {.messagePK = row.integer(message.place), .localPath = tables.texts.add("Message/" + std::string(*localPath))});
+        {.messagePK = row.integer(message.place), .localPath = tables.texts.add(MediaPaths::inBackup(*localPath))});
   });
 }
 
@@ -225,7 +122,7 @@ ChatTables ChatStorageReader::load(const std::filesystem::path& copiedDatabase) 
   loadGroupMembers(database, tables);
   loadProfilePushNames(database, tables);
   loadLIDPairs(database, tables);
-  MessageTable(database, tables).load(database);
+  MessageTable::load(database, tables);
   loadMedia(database, tables);
   return tables;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <tuple>
+#include <unordered_set>
 #include <utility>
 
 #include "TidewellCore/ChatData/DisplayNames.h"
@@ -60,7 +61,10 @@ ChatStorageSnapshot::ChatStorageSnapshot(ChatTables tables) : tables_(std::move(
   std::vector<MessageRecord>& rows = tables_.messages;
   if (!std::ranges::is_sorted(rows, {}, &MessageRecord::pk)) std::ranges::stable_sort(rows, {}, &MessageRecord::pk);
   const Keys keys = keysOf(rows);
-  attachMedia(keys, arrange());
+  const Places places = arrange();
+  attachMedia(keys, places);
+  std::ranges::stable_sort(tables_.details, {}, &std::pair<std::int64_t, MessageDetails>::first);
+  fileOriginals(keys, places);
 }
 
 void ChatStorageSnapshot::fileRecords() {
@@ -119,6 +123,35 @@ void ChatStorageSnapshot::attachMedia(const Keys& keys, const Places& places) {
     tables_.messages[place].mediaLocalPath = item.localPath;
     mediaByRelativePath_.insert_or_assign(item.localPath, place);
   }
+}
+
+// Most messages are answered by nobody, so only those that are have an entry.
+void ChatStorageSnapshot::fileOriginals(const Keys& keys, const Places& places) {
+  std::unordered_set<std::string_view> wanted;
+  for (const auto& [pk, details] : tables_.details) {
+    if (details.quote && !details.quote->stanzaID.empty()) wanted.insert(details.quote->stanzaID);
+  }
+  if (wanted.empty()) return;
+  for (std::size_t row = 0; row < keys.size(); ++row) {
+    const auto& stanzaID = tables_.messages[places[row]].stanzaID;
+    if (stanzaID && wanted.contains(*stanzaID)) originals_.emplace(*stanzaID, places[row]);
+  }
+}
+
+const MessageDetails* ChatStorageSnapshot::details(const MessageRecord& message) const {
+  const auto found =
+      std::ranges::lower_bound(tables_.details, message.pk, {}, &std::pair<std::int64_t, MessageDetails>::first);
+  return found != tables_.details.end() && found->first == message.pk ? &found->second : nullptr;
+}
+
+const MessageRecord* ChatStorageSnapshot::original(const MessageRecord& answer, const Quote& quote) const {
+  const CanonicalJID chat = jidOfRecord(answer.chatPK);
+  const auto [first, last] = originals_.equal_range(quote.stanzaID);
+  for (auto found = first; found != last; ++found) {
+    const MessageRecord& message = tables_.messages[found->second];
+    if (message.pk != answer.pk && jidOfRecord(message.chatPK) == chat) return &message;
+  }
+  return nullptr;
 }
 
 std::vector<ChatStorageSnapshot::Chat>::const_iterator ChatStorageSnapshot::placeOf(const CanonicalJID& jid) const {
@@ -205,6 +238,15 @@ CanonicalJID ChatStorageSnapshot::ownerJID(std::string_view mediaPath,
   CanonicalJID jid = canonicalChatJID(owner == tables_.chats.end() ? "" : owner->second.jid);
   if (jid.text().empty() && pathJID) jid = canonicalChatJID(*pathJID);
   return known(std::move(jid));
+}
+
+std::string ChatStorageSnapshot::name(const Person& person, const TranscriptStyle& style) const {
+  if (person.isOwner) return style.youLabel;
+  const auto name = DisplayNames::resolveIdentity(person.jid, std::nullopt, nullptr, directory());
+  if (name) return *name;
+  const ChatRecord* record = chat(person.jid);
+  const std::string title = record == nullptr ? "" : titleOf(*record);
+  return title.empty() || JID::isLID(title) ? style.unknownSenderLabel : title;
 }
 
 std::string ChatStorageSnapshot::senderName(const MessageRecord& message, const TranscriptStyle& style) const {

@@ -57,6 +57,11 @@ class ChatStorageSnapshot {
   // What a chat is called everywhere.
   std::string chatTitle(std::string_view jid) const;
 
+  // What a message is beside its text and its file; null when that is all.
+  const MessageDetails* details(const MessageRecord& message) const;
+  // The message of the same chat that another answers; null when it is not there.
+  const MessageRecord* original(const MessageRecord& answer, const Quote& quote) const;
+
   // The message that carries a media file of the backup; null when none does.
   const MessageRecord* mediaMessage(std::string_view relativePath) const;
   bool hasMedia() const { return !mediaByRelativePath_.empty(); }
@@ -67,6 +72,8 @@ class ChatStorageSnapshot {
 
   // Who wrote a message; never the digits of a LID.
   std::string senderName(const MessageRecord& message, const TranscriptStyle& style) const;
+  // The same of somebody whom a message tells of.
+  std::string name(const Person& person, const TranscriptStyle& style) const;
 
  private:
   using Keys = std::vector<std::int64_t>;     // of rows, ascending
@@ -77,6 +84,7 @@ class ChatStorageSnapshot {
   ChatsOfRecords listChats();
   Places arrange();
   void attachMedia(const Keys& keys, const Places& places);
+  void fileOriginals(const Keys& keys, const Places& places);
   std::vector<Chat>::const_iterator placeOf(const CanonicalJID& jid) const;
   static CanonicalJID known(CanonicalJID jid);
   CanonicalJID jidOfRecord(std::int64_t pk) const;
@@ -87,4 +95,6 @@ class ChatStorageSnapshot {
   std::map<std::string, std::int64_t, std::less<>> recordsByCanonicalJID_;  // the first of each
   std::vector<Chat> chats_;
   std::unordered_map<std::string_view, std::uint32_t> mediaByRelativePath_;  // places among the messages
+  // The places of messages that are answered, by their stanza IDs; one ID may stand in several chats.
+  std::unordered_multimap<std::string_view, std::uint32_t> originals_;
 };

@@ -3,11 +3,13 @@
 #include <initializer_list>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "TidewellCore/Platform/SQLiteDB.h"
 
 // Reads one table whose columns differ between versions of WhatsApp: a reader
-// names the candidates of each field and gets the column that is there.
+// names the candidates of each field and gets the column that is there. Rows
+// of other tables that belong to its rows can be read along with them.
 class TableReader {
  public:
   // The place of a column in the rows that are read; it is NULL in all of them when it is not there.
@@ -16,19 +18,36 @@ class TableReader {
 
     bool isThere() const { return place >= 0; }
   };
+  // A table that is read along.
+  struct Along {
+    std::size_t number = 0;
+  };
 
   // A missing table has no columns. The database must outlive the reader.
   TableReader(const SQLiteDB& database, std::string table);
 
   // Selects the first candidate that is a column.
-  Column select(std::initializer_list<const char*> candidates);
+  Column select(std::initializer_list<const char*> candidates) { return select({}, candidates); }
+  Column select(Along along, std::initializer_list<const char*> candidates);
+  // Reads the row whose key the column `reference` of this table holds; where this
+  // table has no such column, the one whose column `back` holds the key of this table's row, which then must be one.
+  Along along(const std::string& table, const char* reference, const char* back);
   // One pass over the selected columns.
   void forEachRow(const SQLiteDB::RowViewHandler& row) const;
 
  private:
+  struct Table {
+    std::string name;
+    std::set<std::string> columns;
+    std::string condition;  // by which its rows belong to those of the first
+
+    bool isRead() const { return !columns.empty(); }
+  };
+
+  Table tableOf(std::string name) const;
+
   const SQLiteDB& database_;
-  std::string table_;
-  std::set<std::string> columns_;
+  std::vector<Table> tables_;  // the table itself first
   std::string selected_;
   int count_ = 0;
 };
