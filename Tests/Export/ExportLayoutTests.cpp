@@ -10,6 +10,7 @@
 #include "Tests/Export/ExportScene.h"
 #include "Tests/Support/SmallVolume.h"
 #include "Tests/Support/TemporaryDirectory.h"
+#include "Tests/Support/Unprivileged.h"
 
 namespace {
 
@@ -164,6 +165,20 @@ TEST_F(ExportLayoutTest, LeavesTheFoldersThatHoldBackups) {
   ExportLayout::prepare(root, root / "Backups/mine");
   EXPECT_EQ(Fixture::treeSnapshot(root / "Backups"), before);
   EXPECT_TRUE(fs::exists(root / "device/Manifest.plist"));
+}
+
+// As every drive of ext4 has one.
+TEST_F(ExportLayoutTest, LeavesAFolderThatThisUserMayNotEnter) {
+  for (const bool isOlderExport : {false, true}) {
+    fs::create_directories(root / "lost+found");
+    if (isOlderExport) holdOlderExport();
+    fs::permissions(root / "lost+found", fs::perms::none);
+    fs::permissions(root, fs::perms::all);
+    fs::permissions(folder.path(), fs::perms::all);
+    EXPECT_EQ(Fixture::asUnprivilegedUser([&] { return prepare() == root / "messages" ? 0 : 1; }), 0);
+    EXPECT_TRUE(fs::exists(root / "lost+found"));
+    fs::remove_all(root);
+  }
 }
 
 TEST_F(ExportLayoutTest, LeavesTheFolderOfAnotherPhonesBackups) {

@@ -120,8 +120,18 @@ struct Migration {
   bool isChatFolder(const Files::Entry& entry) const {
     if (!entry.isFolder || entry.name.starts_with('.')) return false;
     if (FolderAllocator::isReserved(entry.name) || isAsideName(entry.name)) return false;
-    if (holdsBackup(destination / entry.name, untouched)) return false;
-    return isOlderExport || std::ranges::any_of(Files::listVisible(destination / entry.name), isExportsOwnFile);
+    return mayBeMoved(destination / entry.name);
+  }
+
+  // What this user may not look into is none of an export's, as a drive's own "lost+found". Backups are looked
+  // for in what would be moved alone: there may be a whole computer in the destination.
+  bool mayBeMoved(const fs::path& folder) const try {
+    const bool isOurs = isOlderExport || std::ranges::any_of(Files::listVisible(folder), isExportsOwnFile);
+    return isOurs && !holdsBackup(folder, untouched);
+  } catch (const fs::filesystem_error& error) {
+    if (error.code() == std::errc::permission_denied || error.code() == std::errc::operation_not_permitted)
+      return false;
+    throw;
   }
 };
 
