@@ -43,7 +43,8 @@ std::string participant(const std::string& jid) {
 
 TEST(CallHistoryReader, ReadsACallWithItsAggregateAndParticipants) {
   EXPECT_EQ(only(outgoing + event("95.4", 0) + participant("15550000002@s.whatsapp.net")),
-            (PastCall{.id = "call:A1",
+            (PastCall{.pk = 7,
+                      .id = "call:A1",
                       .date = dateFromAppleTime(700000000.5),
                       .call = {.isVideo = true, .seconds = 95},
                       .participantJIDs = {"15550000002@s.whatsapp.net"}}));
@@ -93,14 +94,14 @@ TEST(CallHistoryReader, WhatIsNotThereIsAbsent) {
   EXPECT_THAT(calls(""), IsEmpty());
   EXPECT_THAT(readCalls("CREATE TABLE other (a);"), IsEmpty());
   EXPECT_EQ(only(event("5", 0)),
-            (PastCall{.id = "call:A1", .date = dateFromAppleTime(700000000.5), .call = {.seconds = 5}}))
+            (PastCall{.pk = 7, .id = "call:A1", .date = dateFromAppleTime(700000000.5), .call = {.seconds = 5}}))
       << "without its aggregate";
   EXPECT_EQ(only("DROP TABLE ZWACDCALLEVENTPARTICIPANT;" + (incoming + event("5", 0))).call.seconds, 5);
   EXPECT_EQ(only("DROP TABLE ZWAAGGREGATECALLEVENT;" + event("5", 0)).call.isVideo, std::nullopt);
   const std::string rename = "ALTER TABLE ZWACDCALLEVENT RENAME COLUMN ";
   EXPECT_EQ(only(incoming + event("5", 0) + rename + "ZDURATION TO A;" + rename + "ZCALLIDSTRING TO B;" + rename +
                  "ZDATE TO C;"),
-            (PastCall{.isIncoming = true, .call = {.isVideo = false}}));
+            (PastCall{.pk = 7, .isIncoming = true, .call = {.isVideo = false}}));
 }
 
 TEST(CallHistoryReader, StrangeValuesAreAbsent) {
@@ -112,7 +113,7 @@ TEST(CallHistoryReader, StrangeValuesAreAbsent) {
   EXPECT_THAT(only(incoming + event("5", 0) + participant("../x") + participant("")).participantJIDs, IsEmpty());
   EXPECT_THAT(calls("INSERT INTO ZWACDCALLEVENT (Z_PK, Z1CALLEVENTS) VALUES (3, 3); INSERT INTO ZWACDCALLEVENT (Z_PK, "
                     "Z1CALLEVENTS) VALUES (4, 'x');"),
-              ElementsAre(PastCall{}, PastCall{}));
+              ElementsAre(PastCall{.pk = 3}, PastCall{.pk = 4}));
 }
 
 TEST(CallHistoryReader, ACallHasAThousandParticipantsAtMost) {

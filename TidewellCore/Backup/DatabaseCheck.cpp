@@ -118,7 +118,7 @@ std::string DatabaseCheck::indexOf(const SQLiteDB& database, const DatabaseTable
   return found;
 }
 
-const std::array<DatabaseCheck::Sentence, 9> DatabaseCheck::sentences{{
+const std::array<DatabaseCheck::Sentence, 15> DatabaseCheck::sentences{{
     {BackupDatabase::index, DatabaseFault::journalMissing,
      "The newest files may be missing: the journal of the backup’s file index cannot be read. Copy the backup again "
      "from where it came, or make a new one with the iPhone."},
@@ -145,6 +145,24 @@ const std::array<DatabaseCheck::Sentence, 9> DatabaseCheck::sentences{{
      "it came, or make a new one with the iPhone."},
     {BackupDatabase::contacts, DatabaseFault::damaged,
      "Some names may be missing: the database of WhatsApp’s contacts is damaged. Copy the backup again from where it "
+     "came, or make a new one with the iPhone."},
+    {BackupDatabase::calls, DatabaseFault::journalMissing,
+     "The newest calls may be missing: the journal of WhatsApp’s list of calls is not in this backup. Copy the backup "
+     "again from where it came, or make a new one with the iPhone."},
+    {BackupDatabase::calls, DatabaseFault::journalDamaged,
+     "The newest calls may be missing: the journal of WhatsApp’s list of calls is damaged. Copy the backup again from "
+     "where it came, or make a new one with the iPhone."},
+    {BackupDatabase::calls, DatabaseFault::damaged,
+     "Some calls may be missing: WhatsApp’s list of calls is damaged. Copy the backup again from where it came, or "
+     "make a new one with the iPhone."},
+    {BackupDatabase::identities, DatabaseFault::journalMissing,
+     "Some names may be missing: the journal of WhatsApp’s list of anonymous numbers is not in this backup. Copy the "
+     "backup again from where it came, or make a new one with the iPhone."},
+    {BackupDatabase::identities, DatabaseFault::journalDamaged,
+     "Some names may be missing: the journal of WhatsApp’s list of anonymous numbers is damaged. Copy the backup again "
+     "from where it came, or make a new one with the iPhone."},
+    {BackupDatabase::identities, DatabaseFault::damaged,
+     "Some names may be missing: WhatsApp’s list of anonymous numbers is damaged. Copy the backup again from where it "
      "came, or make a new one with the iPhone."},
 }};
 

@@ -13,7 +13,7 @@
 #include "TidewellCore/Platform/SQLiteWALIndex.h"
 
 // The databases of a backup that are read.
-enum class BackupDatabase { index, chats, contacts };
+enum class BackupDatabase { index, chats, contacts, calls, identities };
 
 // What is wrong with a database of which rows can be read nevertheless.
 enum class DatabaseFault {
@@ -60,7 +60,7 @@ struct Sentence {
   DatabaseFault fault = DatabaseFault::damaged;
   const char* text = "";
 };
-extern const std::array<Sentence, 9> sentences;
+extern const std::array<Sentence, 15> sentences;
 std::vector<std::string> warnings(BackupDatabase database, const DatabaseFaults& faults);
 // The same of so many names in the file index that do not fit their identifiers.
 std::string damagedNames(std::int64_t count);

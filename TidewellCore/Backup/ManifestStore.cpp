@@ -31,18 +31,22 @@ constexpr std::int64_t regularFile = 1;
 constexpr std::int64_t folder = 2;
 constexpr std::int64_t link = 4;
 
-constexpr const char* interestingPaths = R"((
-        relativePath = 'ChatStorage.sqlite'
-     OR relativePath = 'ChatStorage.sqlite-wal'
-     OR relativePath = 'ChatStorage.sqlite-shm'
-     OR relativePath = 'ChatStorage.sqlite-journal'
-     OR relativePath = 'ContactsV2.sqlite'
-     OR relativePath = 'ContactsV2.sqlite-wal'
-     OR relativePath = 'ContactsV2.sqlite-shm'
-     OR relativePath = 'ContactsV2.sqlite-journal'
-     OR relativePath LIKE 'Message/Media/%'
-     OR relativePath LIKE 'Media/Profile/%'
-  ))";
+constexpr const char* chatStorageName = "ChatStorage.sqlite";
+constexpr const char* contactsName = "ContactsV2.sqlite";
+constexpr const char* callHistoryName = "CallHistory.sqlite";
+constexpr const char* identitiesName = "LID.sqlite";
+constexpr std::array databaseNames{chatStorageName, contactsName, callHistoryName, identitiesName};
+constexpr std::array companionEndings{"", "-wal", "-shm", "-journal"};
+
+std::string interestingPaths() {
+  std::string names;
+  for (const char* name : databaseNames) {
+    for (const char* ending : companionEndings) names += fmt::format("'{}{}', ", name, ending);
+  }
+  names.resize(names.size() - 2);
+  return fmt::format(
+      "(relativePath IN ({}) OR relativePath LIKE 'Message/Media/%' OR relativePath LIKE 'Media/Profile/%')", names);
+}
 
 constexpr const char* wantedDomains = "(domain LIKE ?1 OR domain LIKE ?2)";
 
@@ -54,7 +58,7 @@ std::string selection(bool hasRecords) {
   return fmt::format(
       "SELECT rowid AS key, fileID AS fileID, domain AS domain, relativePath AS relativePath, flags AS flags{0}, "
       "{1} AS isOfApp, {2} AS isInteresting\nFROM Files NOT INDEXED\nWHERE {1} OR {2}",
-      hasRecords ? ", file AS file" : "", wantedDomains, interestingPaths);
+      hasRecords ? ", file AS file" : "", wantedDomains, interestingPaths());
 }
 
 // Returns whether the index keeps a record of each file.
@@ -177,10 +181,23 @@ std::optional<ManifestFile> companion(const ManifestStore& store, const std::opt
   return firstFile(store, database->relativePath + ending, database->domain);
 }
 
+// Of the app whose chats are read.
+StoredDatabase storedDatabase(const ManifestStore& store, const char* name) {
+  StoredDatabase stored{.file = firstFile(store, name, store.chatStorage->domain)};
+  stored.wal = companion(store, stored.file, "-wal");
+  stored.shm = companion(store, stored.file, "-shm");
+  stored.rollback = companion(store, stored.file, "-journal");
+  return stored;
+}
+
 void pickDatabases(ManifestStore& store) {
-  store.chatStorage = firstFile(store, "ChatStorage.sqlite");
-  if (store.chatStorage) store.contacts = firstFile(store, "ContactsV2.sqlite", store.chatStorage->domain);
-  if (!store.contacts) store.contacts = firstFile(store, "ContactsV2.sqlite");
+  store.chatStorage = firstFile(store, chatStorageName);
+  if (store.chatStorage) store.contacts = firstFile(store, contactsName, store.chatStorage->domain);
+  if (!store.contacts) store.contacts = firstFile(store, contactsName);
+  if (store.chatStorage) {
+    store.callHistory = storedDatabase(store, callHistoryName);
+    store.identities = storedDatabase(store, identitiesName);
+  }
   store.chatStorageWAL = companion(store, store.chatStorage, "-wal");
   store.chatStorageSHM = companion(store, store.chatStorage, "-shm");
   store.chatStorageRollback = companion(store, store.chatStorage, "-journal");

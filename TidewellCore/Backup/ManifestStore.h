@@ -22,6 +22,16 @@ struct ManifestFile {
   bool operator==(const ManifestFile&) const = default;
 };
 
+// A database and what SQLite looks for beside it, as far as the backup lists them.
+struct StoredDatabase {
+  std::optional<ManifestFile> file;
+  std::optional<ManifestFile> wal;
+  std::optional<ManifestFile> shm;
+  std::optional<ManifestFile> rollback;
+
+  bool operator==(const StoredDatabase&) const = default;
+};
+
 // WhatsApp's part of a backup's file index (docs/formats/file-index.md).
 struct ManifestStore {
   std::vector<ManifestFile> files;  // all of the below, in the index's order
@@ -33,6 +43,8 @@ struct ManifestStore {
   std::optional<ManifestFile> contactsWAL;
   std::optional<ManifestFile> contactsSHM;
   std::optional<ManifestFile> contactsRollback;
+  StoredDatabase callHistory;         // WhatsApp's own list of calls
+  StoredDatabase identities;          // who stands behind anonymous identities
   bool isWithoutItsContacts = false;  // their journal is listed, and they are not
   std::vector<ManifestFile> media;
   std::vector<ManifestFile> skippedThumbnails;

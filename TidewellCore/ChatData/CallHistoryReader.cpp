@@ -99,7 +99,8 @@ class CallTable {
     const auto found = aggregates_.find(row.integer(aggregate_.place).value_or(0));
     const Aggregate common = found == aggregates_.end() ? Aggregate{} : found->second;
     const auto people = participants_.find(key);
-    PastCall call{.id = std::string(textOrUTF8(row, id_).value_or("")),
+    PastCall call{.pk = key,
+                  .id = std::string(textOrUTF8(row, id_).value_or("")),
                   .date = StoredNumber::date(row, date_),
                   .isIncoming = common.isIncoming,
                   .call = {.isVideo = common.isVideo, .seconds = StoredNumber::seconds(row, duration_)},

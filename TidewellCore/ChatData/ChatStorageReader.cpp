@@ -4,6 +4,7 @@
 #include <initializer_list>
 #include <string_view>
 
+#include "TidewellCore/ChatData/JID.h"
 #include "TidewellCore/ChatData/MediaPaths.h"
 #include "TidewellCore/ChatData/MessageTable.h"
 #include "TidewellCore/ChatData/NameResolver.h"
@@ -46,12 +47,15 @@ void loadChats(const SQLiteDB& database, ChatTables& tables) {
   const Column pk = table.select({"Z_PK"});
   const Column jid = table.select({"ZCONTACTJID", "ZJID", "ZPARTNERJID"});
   const Column name = table.select({"ZPARTNERNAME", "ZPARTNER", "ZCONTACTNAME"});
+  const Column identifier = table.select({"ZCONTACTIDENTIFIER"});
   noteColumns({pk, jid, name}, tables);
   table.forEachRow([&](const SQLiteRowView& row) {
     const auto key = row.integer(pk.place);
     if (!key) return;
-    tables.chats.insert_or_assign(
-        *key, ChatRecord{.pk = *key, .jid = nameOf(row, jid).value_or(""), .name = nameOf(row, name).value_or("")});
+    ChatRecord chat{.pk = *key, .jid = nameOf(row, jid).value_or(""), .name = nameOf(row, name).value_or("")};
+    const std::string other = nameOf(row, identifier).value_or("");
+    if (JID::isLID(chat.jid) && JID::hasServer(other, UserJIDSuffix)) tables.directory.link(chat.jid, other);
+    tables.chats.insert_or_assign(*key, std::move(chat));
   });
 }
 

@@ -77,7 +77,9 @@ void ChatStorageSnapshot::fileRecords() {
 // Counts each chat's messages, which says where they will stand. Returns the chat of each record, by its place.
 ChatStorageSnapshot::ChatsOfRecords ChatStorageSnapshot::listChats() {
   std::map<CanonicalJID, std::size_t> counts;
-  for (const auto& [pk, record] : tables_.chats) counts[jidOfRecord(pk)];
+  for (const auto& [pk, record] : tables_.chats) {
+    if (!JID::isStatus(record.jid)) counts[jidOfRecord(pk)];  // those without posts stand for nothing
+  }
   std::unordered_map<std::int64_t, std::size_t> countsByRecord;
   for (const MessageRecord& row : tables_.messages) ++countsByRecord[row.chatPK];
   for (const auto& [pk, count] : countsByRecord) counts[jidOfRecord(pk)] += count;
@@ -207,8 +209,16 @@ std::string ChatStorageSnapshot::chatTitle(std::string_view jid) const {
   return titleOf({.jid = std::string(jid)});
 }
 
+// The name of a chat's person, also of one that holds their status posts.
+std::string ChatStorageSnapshot::personTitle(const ChatRecord& record) const {
+  if (!JID::isStatus(record.jid)) return titleOf(record);
+  const std::string person = JID::ownerOfStatus(record.jid);
+  return NameResolver::isPlaceholderPartnerName(record.name) ? titleOf({.jid = person}) : Text::trimmed(record.name);
+}
+
 // A record that this backup does not hold is called by what it says itself.
 std::string ChatStorageSnapshot::titleOf(const ChatRecord& record) const {
+  if (JID::isStatus(record.jid)) return personTitle(record) + " (status)";
   const std::string canonical = canonicalChatJID(record.jid).text();
   const ChatRecord* held = canonical.empty() ? nullptr : chat(canonical);
   return DisplayNames::chatTitle((held == nullptr ? record : *held).name, canonical, directory());
@@ -253,7 +263,7 @@ std::string ChatStorageSnapshot::senderName(const MessageRecord& message, const 
   if (message.isFromMe) return style.youLabel;
   const auto record = tables_.chats.find(message.chatPK);
   if (record != tables_.chats.end() && !JID::isGroup(record->second.jid)) {
-    const std::string title = titleOf(record->second);
+    const std::string title = personTitle(record->second);
     return title.empty() || JID::isLID(title) ? style.unknownSenderLabel : title;
   }
   const GroupMemberRecord* member = directory().groupMember(message.groupMemberPK);

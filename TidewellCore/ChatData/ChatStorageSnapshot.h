@@ -88,6 +88,7 @@ class ChatStorageSnapshot {
   std::vector<Chat>::const_iterator placeOf(const CanonicalJID& jid) const;
   static CanonicalJID known(CanonicalJID jid);
   CanonicalJID jidOfRecord(std::int64_t pk) const;
+  std::string personTitle(const ChatRecord& record) const;
   std::string titleOf(const ChatRecord& record) const;
 
   ChatTables tables_;

@@ -12,3 +12,13 @@ bool JID::hasServer(std::string_view jid, std::string_view suffix) {
 bool JID::isGroup(std::string_view jid) { return hasServer(jid, GroupJIDSuffix); }
 
 bool JID::isLID(std::string_view jid) { return hasServer(jid, LIDJIDSuffix); }
+
+bool JID::isStatus(std::string_view jid) {
+  return hasServer(jid, StatusJIDSuffix) || hasServer(jid, LIDStatusJIDSuffix);
+}
+
+std::string JID::ownerOfStatus(std::string_view jid) {
+  if (!isStatus(jid)) return std::string(jid);
+  const std::string_view server = hasServer(jid, StatusJIDSuffix) ? UserJIDSuffix : LIDJIDSuffix;
+  return std::string(userPart(jid)).append(server);
+}

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 
 // WhatsApp's identifiers of people and groups: a user part, "@" and a server
@@ -7,7 +8,9 @@
 
 inline constexpr std::string_view UserJIDSuffix = "@s.whatsapp.net";
 inline constexpr std::string_view GroupJIDSuffix = "@g.us";
-inline constexpr std::string_view LIDJIDSuffix = "@lid";  // an anonymous identity linked to a phone number
+inline constexpr std::string_view StatusJIDSuffix = "@status";         // somebody's status posts
+inline constexpr std::string_view LIDStatusJIDSuffix = "@lid.status";  // the same of an anonymous identity
+inline constexpr std::string_view LIDJIDSuffix = "@lid";               // an anonymous identity linked to a phone number
 
 // Stands for the chat of media whose chat cannot be told.
 inline constexpr std::string_view UnknownChatJID = "Unknown";
@@ -21,5 +24,8 @@ std::string_view userPart(std::string_view jid);
 bool hasServer(std::string_view jid, std::string_view suffix);
 bool isGroup(std::string_view jid);
 bool isLID(std::string_view jid);
+bool isStatus(std::string_view jid);
+// Whose status posts these are; the JID itself for any other.
+std::string ownerOfStatus(std::string_view jid);
 
 }  // namespace JID

@@ -10,7 +10,8 @@
 
 // A call of WhatsApp's own list of calls, which knows those that no chat tells of.
 struct PastCall {
-  std::string id;  // empty when it is not stored
+  std::int64_t pk = 0;  // its row's key
+  std::string id;       // empty when it is not stored
   std::optional<Date> date;
   bool isIncoming = false;
   CallRecord call;

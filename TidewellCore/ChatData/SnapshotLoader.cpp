@@ -3,15 +3,19 @@
 #include <algorithm>
 #include <array>
 #include <iterator>
+#include <span>
 
 #include "TidewellCore/Backup/DatabaseCheck.h"
+#include "TidewellCore/ChatData/CallHistoryReader.h"
+#include "TidewellCore/ChatData/CallsInChats.h"
 #include "TidewellCore/ChatData/ChatStorageReader.h"
 #include "TidewellCore/ChatData/ContactsReader.h"
+#include "TidewellCore/ChatData/LinkedIdentities.h"
 #include "TidewellCore/ChatData/MissingMessages.h"
 #include "TidewellCore/ChatData/UnreadApps.h"
+#include "TidewellCore/ChatData/WorkingCopies.h"
 #include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/Platform/SQLiteDB.h"
-#include "TidewellCore/Platform/TemporaryFolder.h"
 #include "TidewellCore/TidewellError.h"
 
 namespace {
@@ -27,6 +31,11 @@ constexpr std::array<DatabaseTable, 6> chatTables{{{.name = messageTable, .refer
                                                    {.name = "ZWAPROFILEPUSHNAME"},
                                                    {.name = "ZWAPHONENUMBERLIDPAIR"}}};
 constexpr std::array contactTables{DatabaseTable{.name = contactTable}};
+constexpr std::array identityTables{DatabaseTable{.name = "ZWAPHONENUMBERLIDPAIR"},
+                                    DatabaseTable{.name = "ZWAZACCOUNT"}};
+constexpr std::array callTables{DatabaseTable{.name = "ZWACDCALLEVENT", .reference = "Z1CALLEVENTS"},
+                                DatabaseTable{.name = "ZWAAGGREGATECALLEVENT"},
+                                DatabaseTable{.name = "ZWACDCALLEVENTPARTICIPANT", .reference = "Z1PARTICIPANTS"}};
 
 constexpr const char* noMessages =
     "Its list of messages is missing, so it is empty or damaged. Copy the backup again from where it came, or make a "
@@ -35,56 +44,6 @@ constexpr const char* noMessages =
 constexpr const char* noChats =
     "It does not say which chats its messages belong to, so it is damaged. Copy the backup again from where it came, "
     "or make a new one with the iPhone.";
-
-// A database and the journal and index that SQLite looks for beside it.
-struct DatabaseFiles {
-  const std::optional<ManifestFile>& database;
-  const std::optional<ManifestFile>& journal;
-  const std::optional<ManifestFile>& index;
-  const std::optional<ManifestFile>& rollback;
-};
-
-struct WorkingCopy {
-  fs::path path;
-  DatabaseFaults faults;
-};
-
-fs::path copy(const OpenedBackup& opened, const ManifestFile& file, const fs::path& folder,
-              const CancellationCheck& isCancelled) {
-  fs::path place = folder / PathText::path(file.relativePath);
-  TemporaryBackupDatabase::copyDatabaseFile(opened.url(), file, place, &opened, isCancelled);
-  return place;
-}
-
-// False for what is listed and not stored, or locked with a key that is lost.
-bool canBeRead(const OpenedBackup& opened, const std::optional<ManifestFile>& companion) {
-  return companion && opened.isStored(*companion) && opened.isOpenedBy(opened.keyOf(*companion));
-}
-
-// Makes working copies side by side, and looks at them while they are as they were stored.
-WorkingCopy copyDatabase(const OpenedBackup& opened, const DatabaseFiles& files, const fs::path& folder,
-                         const CancellationCheck& isCancelled) {
-  WorkingCopy made{.path = copy(opened, *files.database, folder, isCancelled)};
-  const bool hasJournal = canBeRead(opened, files.journal);
-  if (hasJournal) copy(opened, *files.journal, folder, isCancelled);
-  const bool hasRollback = canBeRead(opened, files.rollback);
-  if (hasRollback) copy(opened, *files.rollback, folder, isCancelled);
-  if (canBeRead(opened, files.index)) copy(opened, *files.index, folder, isCancelled);
-  made.faults =
-      DatabaseCheck::beforeOpening(made.path, hasJournal ? files.journal->plaintextSize : std::optional<std::int64_t>(),
-                                   SQLiteWALIndex::read(made.path.native() + "-shm"));
-  const bool isRollbackLost = files.rollback && !hasRollback && files.rollback->plaintextSize != 0;
-  if ((files.journal && !hasJournal) || isRollbackLost) made.faults.insert(DatabaseFault::journalMissing);
-  return made;
-}
-
-// Reads working copies, which are gone as soon as they are read.
-template <typename Read>
-auto readCopies(const OpenedBackup& opened, const DatabaseFiles& files, const CancellationCheck& isCancelled,
-                Read read) {
-  const TemporaryFolder folder(TemporaryFolder::databasesPrefix);
-  return read(copyDatabase(opened, files, folder.path(), isCancelled));
-}
 
 ChatTables readChats(const fs::path& copy) {
   try {
@@ -106,7 +65,7 @@ struct Chats {
   DatabaseFaults faults;
 };
 
-Chats loadChats(WorkingCopy copy) {
+Chats loadChats(WorkingCopies::WorkingCopy copy) {
   Chats chats{.tables = readChats(copy.path), .faults = std::move(copy.faults)};
   const SQLiteDB database(PathText::text(copy.path), SQLiteDB::OpenMode::readOnly);
   if (!database.tableExists(messageTable)) throw TidewellError::chatStorageUnreadable(noMessages);
@@ -124,24 +83,12 @@ bool isOfThisMachine(const TidewellError& error) {
          std::ranges::any_of(words, [&](const char* text) { return error == TidewellError::invalidDatabase(text); });
 }
 
-struct Contacts {
-  std::vector<AddressBookContact> all;
+// What could be read of a database without which chats can be read too.
+template <typename Value>
+struct Side {
+  Value value;
   DatabaseFaults faults;
 };
-
-// Those that can be read of a working copy.
-Contacts readContacts(WorkingCopy copy) {
-  Contacts contacts{.faults = std::move(copy.faults)};
-  try {
-    if (!ContactsReader::load(copy.path, contacts.all)) contacts.faults.insert(DatabaseFault::damaged);
-    const SQLiteDB database(PathText::text(copy.path), SQLiteDB::OpenMode::readOnly);
-    contacts.faults.merge(DatabaseCheck::within(database, contactTables));
-  } catch (const TidewellError& error) {
-    if (isOfThisMachine(error)) throw;
-    contacts.faults.insert(DatabaseFault::damaged);
-  }
-  return contacts;
-}
 
 // Whether the backup has no copy of a file to give, or no key that opens it.
 bool isNotToBeHad(const TidewellError& error) {
@@ -149,20 +96,75 @@ bool isNotToBeHad(const TidewellError& error) {
          error.is<TidewellError::WrongBackupPassword>();
 }
 
-Contacts readContacts(const OpenedBackup& opened, const DatabaseFiles& files,
-                      const CancellationCheck& isCancelled) try {
-  return readCopies(opened, files, isCancelled, [](WorkingCopy copy) { return readContacts(std::move(copy)); });
+// Reads one. `load` is given a copy and fills the value; false where the tables are not as every phone has them.
+template <typename Value, typename Load>
+Side<Value> readSide(const OpenedBackup& opened, const StoredDatabase& stored, const CancellationCheck& isCancelled,
+                     std::span<const DatabaseTable> tables, Load load) try {
+  return WorkingCopies::use(opened, stored, isCancelled, [&](WorkingCopies::WorkingCopy copy) {
+    Side<Value> side{.faults = std::move(copy.faults)};
+    try {
+      if (!load(copy.path, side.value)) side.faults.insert(DatabaseFault::damaged);
+      const SQLiteDB database(PathText::text(copy.path), SQLiteDB::OpenMode::readOnly);
+      side.faults.merge(DatabaseCheck::within(database, tables));
+    } catch (const TidewellError& error) {
+      if (isOfThisMachine(error)) throw;
+      side.faults.insert(DatabaseFault::damaged);
+    }
+    return side;
+  });
 } catch (const TidewellError& error) {
   if (!isNotToBeHad(error)) throw;
   return {.faults = {DatabaseFault::damaged}};
 }
 
-// Without contacts people are known by their numbers, so damage to them ends nothing.
+// Without them people are known by their numbers and calls are not told, so damage ends nothing.
 // Folders keep the names they get, so what may have failed for a moment is read once more.
-Contacts loadContacts(const OpenedBackup& opened, const DatabaseFiles& files, const CancellationCheck& isCancelled) {
-  Contacts contacts = readContacts(opened, files, isCancelled);
-  if (contacts.faults.contains(DatabaseFault::damaged)) contacts = readContacts(opened, files, isCancelled);
-  return contacts;
+template <typename Value, typename Load>
+Side<Value> loadSide(const OpenedBackup& opened, const StoredDatabase& stored, const CancellationCheck& isCancelled,
+                     std::span<const DatabaseTable> tables, Load load) {
+  if (!stored.file) return {};
+  Side<Value> side = readSide<Value>(opened, stored, isCancelled, tables, load);
+  if (side.faults.contains(DatabaseFault::damaged)) side = readSide<Value>(opened, stored, isCancelled, tables, load);
+  throwIfCancelled(isCancelled);
+  return side;
+}
+
+// What this backup knows of people and calls beside its chats.
+struct Sides {
+  Side<std::vector<AddressBookContact>> contacts;
+  Side<std::vector<LinkedIdentity>> identities;
+  Side<std::vector<PastCall>> calls;
+};
+
+Sides loadSides(const OpenedBackup& opened, const ManifestStore& manifest, const CancellationCheck& isCancelled) {
+  Sides sides;
+  const StoredDatabase contacts{manifest.contacts, manifest.contactsWAL, manifest.contactsSHM,
+                                manifest.contactsRollback};
+  sides.contacts =
+      loadSide<std::vector<AddressBookContact>>(opened, contacts, isCancelled, contactTables, ContactsReader::load);
+  if (manifest.isWithoutItsContacts) sides.contacts.faults.insert(DatabaseFault::damaged);
+  sides.identities = loadSide<std::vector<LinkedIdentity>>(opened, manifest.identities, isCancelled, identityTables,
+                                                           [](const fs::path& copy, auto& identities) {
+                                                             identities = LinkedIdentities::load(copy);
+                                                             return true;
+                                                           });
+  sides.calls = loadSide<std::vector<PastCall>>(opened, manifest.callHistory, isCancelled, callTables,
+                                                [](const fs::path& copy, auto& calls) {
+                                                  calls = CallHistoryReader::load(copy);
+                                                  return true;
+                                                });
+  return sides;
+}
+
+// Chats, with all that the other databases add to them.
+ChatStorageSnapshot putTogether(ChatTables tables, Sides& sides) {
+  tables.directory = ContactsReader::directory(sides.contacts.value, std::move(tables.directory));
+  for (const LinkedIdentity& identity : sides.identities.value) {
+    if (identity.phoneJID) tables.directory.link(identity.lid, *identity.phoneJID);
+    if (identity.name) tables.directory.addPushName(identity.lid, *identity.name);
+  }
+  CallsInChats::add(std::move(sides.calls.value), tables);
+  return ChatStorageSnapshot(std::move(tables));
 }
 
 // A phone keeps the files of messages: where there are messages and files, and
@@ -180,26 +182,20 @@ SnapshotLoader::Loaded SnapshotLoader::load(const OpenedBackup& opened, const Ma
                                             const CancellationCheck& isCancelled) {
   Chats chats;
   if (manifest.chatStorage) {
-    chats = readCopies(
-        opened, {manifest.chatStorage, manifest.chatStorageWAL, manifest.chatStorageSHM, manifest.chatStorageRollback},
-        isCancelled, loadChats);
+    const StoredDatabase stored{manifest.chatStorage, manifest.chatStorageWAL, manifest.chatStorageSHM,
+                                manifest.chatStorageRollback};
+    chats = WorkingCopies::use(opened, stored, isCancelled, loadChats);
   }
   throwIfCancelled(isCancelled);
-  Contacts contacts;
-  if (manifest.isWithoutItsContacts) contacts.faults.insert(DatabaseFault::damaged);
-  if (manifest.contacts) {
-    contacts =
-        loadContacts(opened, {manifest.contacts, manifest.contactsWAL, manifest.contactsSHM, manifest.contactsRollback},
-                     isCancelled);
-  }
-  throwIfCancelled(isCancelled);
-  chats.tables.directory = ContactsReader::directory(contacts.all, std::move(chats.tables.directory));
-  Loaded loaded{.snapshot = ChatStorageSnapshot(std::move(chats.tables))};
+  Sides sides = loadSides(opened, manifest, isCancelled);
+  Loaded loaded{.snapshot = putTogether(std::move(chats.tables), sides)};
   const bool isDamaged = MissingMessages::mayBeMissing(loaded.snapshot) || areLinksLost(loaded.snapshot, manifest);
   if (isDamaged) chats.faults.insert(DatabaseFault::damaged);
   append(loaded.warnings, BackupDatabase::chats, chats.faults);
   std::ranges::move(MissingMessages::warnings(loaded.snapshot), std::back_inserter(loaded.warnings));
-  append(loaded.warnings, BackupDatabase::contacts, contacts.faults);
+  append(loaded.warnings, BackupDatabase::contacts, sides.contacts.faults);
+  append(loaded.warnings, BackupDatabase::identities, sides.identities.faults);
+  append(loaded.warnings, BackupDatabase::calls, sides.calls.faults);
   std::ranges::move(UnreadApps::warnings(manifest), std::back_inserter(loaded.warnings));
   return loaded;
 }
