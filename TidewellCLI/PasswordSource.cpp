@@ -7,6 +7,7 @@
 #include <CLI/CLI.hpp>
 #include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <system_error>
 
 #include "TidewellCLI/Arguments.h"
@@ -47,28 +48,49 @@ SecretBytes readFromFile(const fs::path& path) {
   return readFirstLine(file, path);
 }
 
-// How the terminal was before something was hidden.
+// How the terminal was before something was hidden, and how it is meanwhile.
 termios shown{};
+termios hidden{};
 std::atomic<bool> isHidden = false;
+
+// On Ctrl-Z. The shell is to have its terminal as it was, and after "fg" what is typed is a password again.
+void stopShowing(int /*signal*/) {
+  const int before = errno;
+  ::tcsetattr(STDIN_FILENO, TCSANOW, &shown);
+  ::kill(::getpid(), SIGSTOP);
+  if (isHidden) ::tcsetattr(STDIN_FILENO, TCSANOW, &hidden);
+  errno = before;
+}
 
 // Keeps the terminal from showing what is typed while it lives.
 class HiddenInput {
  public:
   HiddenInput() {
+    ::sigaction(SIGTSTP, nullptr, &before_);
     if (::tcgetattr(STDIN_FILENO, &shown) != 0) return;
-    termios hidden = shown;
+    hidden = shown;
     hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+    struct sigaction stopping {};
+    stopping.sa_handler = stopShowing;
+    stopping.sa_flags = SA_RESTART;
+    if (before_.sa_handler != SIG_IGN) ::sigaction(SIGTSTP, &stopping, nullptr);
     isHidden = true;
     ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &hidden);
   }
-  ~HiddenInput() { showTyping(); }
+  ~HiddenInput() {
+    ::sigaction(SIGTSTP, &before_, nullptr);
+    showTyping();
+  }
   HiddenInput(const HiddenInput&) = delete;
   HiddenInput& operator=(const HiddenInput&) = delete;
+
+ private:
+  struct sigaction before_ {};
 };
 
 SecretBytes askOnTerminal() {
   // Hidden before it is asked for: what is typed at the first sight of the question counts.
-  const HiddenInput hidden;
+  const HiddenInput hiding;
   std::fputs("Password of this backup: ", stderr);
   std::fflush(stderr);
   const std::shared_ptr<void> lineBreak(nullptr, [](void*) { printErrorLine(""); });

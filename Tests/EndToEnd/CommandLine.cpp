@@ -202,7 +202,8 @@ Finished CommandLine::interruptWaiting(const std::vector<std::string>& arguments
   return collect(child, output, errors, [](Finished&) {});
 }
 
-Finished CommandLine::runOnTerminal(const std::vector<std::string>& arguments, const std::string& typed) const {
+Finished CommandLine::runOnTerminal(const std::vector<std::string>& arguments, const std::string& typed,
+                                    const std::function<void(pid_t, int)>& asked) const {
   int terminal = -1;
   winsize size{.ws_row = 24, .ws_col = 80, .ws_xpixel = 0, .ws_ypixel = 0};
   const pid_t child = ::forkpty(&terminal, nullptr, nullptr, &size);
@@ -214,6 +215,7 @@ Finished CommandLine::runOnTerminal(const std::vector<std::string>& arguments, c
     if (isTyped || finished.output.find(": ") == std::string::npos) continue;
     // Typed as soon as something is asked, as a person would.
     isTyped = true;
+    if (asked) asked(child, terminal);
     EXPECT_EQ(::write(terminal, typed.data(), typed.size()), static_cast<ssize_t>(typed.size()));
   }
   ::close(terminal);

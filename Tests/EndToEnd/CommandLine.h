@@ -46,7 +46,9 @@ class CommandLine {
   // Sends `signal` when the program has come to wait for something.
   Finished interruptWaiting(const std::vector<std::string>& arguments, int signal) const;
   // On a terminal of its own, with `typed` as the keys; output and errors come together.
-  Finished runOnTerminal(const std::vector<std::string>& arguments, const std::string& typed) const;
+  // `asked` is called before, with the process and its terminal.
+  Finished runOnTerminal(const std::vector<std::string>& arguments, const std::string& typed,
+                         const std::function<void(pid_t process, int terminal)>& asked = {}) const;
 
   // With these of the standard streams closed, and the others at /dev/full; returns the exit code.
   int runWithoutStreams(const std::vector<std::string>& arguments, const std::vector<int>& closed) const;

@@ -1,6 +1,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
 
 #include <csignal>
 
@@ -112,6 +115,29 @@ TEST(ScanCommand, AsksForThePasswordOnATerminalWithoutShowingIt) {
   EXPECT_EQ(finished.exitCode, 0) << finished.output;
   EXPECT_THAT(finished.output, HasSubstr("Password of this backup: "));
   EXPECT_THAT(finished.output, HasSubstr("Ana "));
+  EXPECT_THAT(finished.output, Not(HasSubstr("correct horse")));
+}
+
+bool isShown(int terminal) {
+  termios state{};
+  return ::tcgetattr(terminal, &state) == 0 && (state.c_lflag & ECHO) != 0;
+}
+
+TEST(ScanCommand, WhoStopsItAtThePasswordAndComesBackTypesUnseen) {
+  const CommandLine commandLine;
+  Fixture::writeBackup(encryptedBackup(), commandLine / "device");
+  const Finished finished =
+      commandLine.runOnTerminal({"scan", "device"}, "correct horse\n", [](pid_t process, int terminal) {
+        ::kill(process, SIGTSTP);
+        int status = 0;
+        EXPECT_EQ(::waitpid(process, &status, WUNTRACED), process);
+        EXPECT_TRUE(WIFSTOPPED(status));
+        EXPECT_TRUE(isShown(terminal)) << "the shell's own line";
+        ::kill(process, SIGCONT);
+        for (int tries = 0; isShown(terminal) && tries < 500; ++tries) ::usleep(10'000);
+        EXPECT_FALSE(isShown(terminal));
+      });
+  EXPECT_EQ(finished.exitCode, 0) << finished.output;
   EXPECT_THAT(finished.output, Not(HasSubstr("correct horse")));
 }
 

@@ -26,13 +26,16 @@ EarlierCopies::EarlierCopies(const DestinationIndex::Files& files) {
   }
 }
 
+std::optional<std::string> EarlierCopies::takeItself(std::string_view desired, std::int64_t size) {
+  const auto itself = byKey_.find(FileNaming::normalizedKey(desired));
+  if (size < 0 || itself == byKey_.end() || itself->second.size != size || itself->second.isTaken) return std::nullopt;
+  itself->second.isTaken = true;
+  return itself->second.name;
+}
+
 std::optional<std::string> EarlierCopies::take(std::string_view desired, std::int64_t size) {
   if (size < 0) return std::nullopt;
-  const auto itself = byKey_.find(FileNaming::normalizedKey(desired));
-  if (itself != byKey_.end() && itself->second.size == size && !itself->second.isTaken) {
-    itself->second.isTaken = true;
-    return itself->second.name;
-  }
+  if (auto itself = takeItself(desired, size)) return itself;
   std::string family;
   for (int digits = 1; digits <= mostDigits_; ++digits) {
     if (digits == 1 || !NameFamily::isOne(desired)) family = NameFamily::of(desired, digits);

@@ -16,7 +16,9 @@ class EarlierCopies {
   // Keeps nothing of `files`.
   explicit EarlierCopies(const DestinationIndex::Files& files);
 
-  // Takes the copy of a medium: of the variants of `desired` the first that has
+  // Takes the copy of that very name, when it has this size and was not taken.
+  std::optional<std::string> takeItself(std::string_view desired, std::int64_t size);
+  // Takes the copy of a medium: the same, else of the variants of `desired` the first that has
   // this size and was not taken. A negative size is unknown and has no copy.
   std::optional<std::string> take(std::string_view desired, std::int64_t size);
 

@@ -31,7 +31,16 @@ class Planner {
   Planner(const ChatFolders& folders, const LeftoverFolders& leftovers, DestinationIndex& index)
       : folders_(folders), leftovers_(leftovers), index_(index) {}
 
-  // The name of the copy that is there already under the name that an export gives it today.
+  // The name of the copy that is there already under the very name that an export gives it today.
+  std::optional<std::string> presentItself(const Request& request) {
+    FolderState& state = stateOf(folders_.at(request.chatJID));
+    auto name = state.earlier.takeItself(nameOf(request), request.sourceSize);
+    if (name) state.used.take(*name);
+    return name;
+  }
+
+  // The same, or that of a variant. To be asked when every request knows what is there
+  // itself: a file may be called what another's variant would be.
   std::optional<std::string> present(const Request& request) {
     FolderState& state = stateOf(folders_.at(request.chatJID));
     auto name = state.earlier.take(nameOf(request), request.sourceSize);
@@ -136,7 +145,11 @@ std::vector<PlannedCopy> ExportPlanner::plan(const std::vector<Request>& request
   present.reserve(requests.size());
   for (const Request& request : requests) {
     cancellation.step();
-    present.push_back(planner.present(request));
+    present.push_back(planner.presentItself(request));
+  }
+  for (std::size_t place = 0; place < requests.size(); ++place) {
+    cancellation.step();
+    if (!present[place]) present[place] = planner.present(requests[place]);
   }
   std::vector<PlannedCopy> copies;
   copies.reserve(requests.size());
