@@ -164,7 +164,7 @@ TEST(ExportPlanner, AFileInTheOtherFormIsNotTakenFromTheOneThatIsCalledSo) {
 TEST(ExportPlanner, AFileThatIsCalledLikeAnothersVariantKeepsItsCopy) {
   DestinationIndex index = indexWith("Ana", {{"report-2.pdf", 10}});
   const std::vector<Request> requests{request("report.pdf", 10), request("report-2.pdf", 10)};
-  const auto plan = ExportPlanner::plan(requests, {{ana, "Ana"}}, {}, index);
+  const auto plan = ExportPlanner::plan(requests, foldersOf({{ana, "Ana"}}), {}, index);
   EXPECT_FALSE(plan[0].alreadyPresent);
   EXPECT_EQ(plan[0].exportedName, "report.pdf");
   EXPECT_TRUE(plan[1].alreadyPresent);
