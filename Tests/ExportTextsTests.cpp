@@ -79,7 +79,7 @@ TEST(ExportTexts, ThePageUsesEveryTextAndAsksForNoOther) {
 }
 
 TEST(ExportTexts, TheCoreUsesEveryTextOfTheOtherSections) {
-  const std::string core = sources("", {".cpp"});
+  const std::string core = sources("", {".cpp", ".h"});
   for (const std::string& section : ExportTexts::sectionNames("en")) {
     EXPECT_THAT(core, HasSubstr('"' + section + '"')) << "nothing reads the section";
     if (section == "page") continue;
@@ -87,6 +87,13 @@ TEST(ExportTexts, TheCoreUsesEveryTextOfTheOtherSections) {
       EXPECT_THAT(core.find('"' + name + '"'), testing::Ne(std::string::npos)) << "nothing says “" << name << "”";
     }
   }
+}
+
+TEST(ExportTexts, FillsThePlacesOfATextOnce) {
+  EXPECT_EQ(ExportTexts::filled("{a} added {b}, {a}!", {{"a", "Ana"}, {"b", "Ben"}}), "Ana added Ben, Ana!");
+  EXPECT_EQ(ExportTexts::filled("{a}{b}", {{"a", "{b}"}, {"b", "{a"}}), "{b}{a");
+  EXPECT_EQ(ExportTexts::filled("{c} {a", {{"a", "Ana"}}), "{c} {a");
+  EXPECT_EQ(ExportTexts::filled("", {}), "");
 }
 
 TEST(ExportTextsDeathTest, AskingForWhatIsNotThereIsAFault) {

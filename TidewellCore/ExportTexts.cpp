@@ -1,5 +1,7 @@
 #include "TidewellCore/ExportTexts.h"
 
+#include <algorithm>
+
 #include "TidewellCore/ExportTextSources.h"
 #include "TidewellCore/Platform/Json.h"
 #include "TidewellCore/Platform/Precondition.h"
@@ -68,4 +70,19 @@ const std::string& ExportTexts::text(const Section& section, std::string_view na
   const auto found = section.find(name);
   precondition(found != section.end(), "there is no text of that name");
   return found->second;
+}
+
+std::string ExportTexts::filled(std::string_view text, Values values) {
+  std::string result;
+  while (!text.empty()) {
+    const auto begin = std::min(text.find('{'), text.size());
+    const auto end = text.find('}', begin);
+    result += text.substr(0, begin);
+    if (end == std::string_view::npos) return result.append(text.substr(begin));
+    const std::string_view place = text.substr(begin + 1, end - begin - 1);
+    const auto* value = std::ranges::find(values, place, &std::pair<std::string_view, std::string_view>::first);
+    result += value == values.end() ? text.substr(begin, end + 1 - begin) : value->second;
+    text.remove_prefix(end + 1);
+  }
+  return result;
 }

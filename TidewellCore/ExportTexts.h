@@ -1,8 +1,10 @@
 #pragma once
 
+#include <initializer_list>
 #include <map>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 // The texts that people read in an export: of the Chat Archive's page, of the
@@ -22,5 +24,11 @@ std::vector<std::string> sectionNames(std::string_view language);
 const Section& section(std::string_view language, std::string_view name);
 // A text of a section.
 const std::string& text(const Section& section, std::string_view name);
+
+using Values = std::initializer_list<std::pair<std::string_view, std::string_view>>;
+
+// A text with the values in the places of their names: "{actor} left". A value is
+// never looked into, and a place without a value stays.
+std::string filled(std::string_view text, Values values);
 
 }  // namespace ExportTexts

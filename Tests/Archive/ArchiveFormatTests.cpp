@@ -27,11 +27,53 @@ const ArchiveMessage full{
     .media = ArchiveMedia{
         .kind = MediaKind::stickers, .relativePath = "Ana/a.webp", .fileName = "a.webp", .exported = true}};
 
+ArchiveMessage detailed(ArchiveDetails details) { return {.id = "7", .text = "a", .details = std::move(details)}; }
+
+const ArchiveMessage everything = detailed(
+    {.kind = ArchiveKind::place,
+     .info = {{"lat", 1.5}, {"live", true}, {"name", "Blue Cafe"}},
+     .marks = {.isForwarded = true, .isStarred = true, .isViewOnce = true, .isGIF = true, .isRound = true},
+     .mentions = {{"15550000002", "Ben"}},
+     .quote = ArchiveQuote{.isOwner = true, .name = "You", .part = MessagePart::photo, .words = "sea", .toID = "5"},
+     .reactions = {{.emoji = "👍", .names = {"You", "Ana"}, .count = 2}, {.emoji = "❤️", .names = {}, .count = 9}}});
+
 TEST(ArchiveFormat, ReadsTheMessagesThatItWrites) {
   for (const ArchiveMessage& message :
-       {full, ArchiveMessage{}, ArchiveMessage{.id = "1", .media = ArchiveMedia{.kind = MediaKind::videos}}}) {
+       {full, ArchiveMessage{}, ArchiveMessage{.id = "1", .media = ArchiveMedia{.kind = MediaKind::videos}}, everything,
+        detailed({.kind = ArchiveKind::waiting}), detailed({.quote = ArchiveQuote{.name = "Ana"}})}) {
     EXPECT_EQ(ArchiveFormat::message(ArchiveFormat::json(message)), message);
   }
+}
+
+TEST(ArchiveFormat, WritesDetailsBetweenTheOtherMembers) {
+  EXPECT_EQ(text(ArchiveFormat::json(everything)),
+            R"({"id":"7","info":{"lat":1.5,"live":true,"name":"Blue Cafe"},"kind":"place",)"
+            R"("marks":["forwarded","gif","round","starred","viewOnce"],"me":false,"mentions":{"15550000002":"Ben"},)"
+            R"("quote":{"me":true,"name":"You","part":"photo","thing":"sea","to":"5"},)"
+            R"("reactions":[{"emoji":"👍","names":["You","Ana"]},{"count":9,"emoji":"❤️","names":[]}],)"
+            R"("sender":"","text":"a"})");
+}
+
+TEST(ArchiveFormat, APlainMessageHasNoMembersOfDetails) {
+  EXPECT_EQ(text(ArchiveFormat::json({.id = "7", .fromMe = true, .sender = "Ana", .timestamp = 12, .text = "a"})),
+            R"({"id":"7","me":true,"sender":"Ana","text":"a","ts":12})");
+  EXPECT_FALSE(ArchiveFormat::message(object(R"({"id":"7","text":"a","marks":[],"kind":"hologram"})")).details);
+}
+
+TEST(ArchiveFormat, DetailsThatAreOfAnotherKindAreAbsent) {
+  for (const char* json :
+       {R"({"info":1,"kind":2,"marks":{},"mentions":[],"quote":"a","reactions":{}})",
+        R"({"info":[],"kind":null,"marks":[1,null,"holy"],"mentions":{"1":2},"quote":[],"reactions":[1,"a"]})"}) {
+    EXPECT_EQ(ArchiveFormat::message(object(json)), ArchiveMessage()) << json;
+  }
+}
+
+TEST(ArchiveFormat, AChangeKeepsDetailsThatItDoesNotKnow) {
+  const std::string rest =
+      R"("info":{"floors":3},"kind":"hologram","marks":["holy"],"quote":{"depth":2,"me":1,"thing":"a"},)"
+      R"("reactions":[{"skin":1}],)";
+  const auto move = [](ArchiveMessage& message) { message.sender = "Ben"; };
+  EXPECT_EQ(text(changed(object("{" + rest + R"("sender":"Ana"})"), move)), "{" + rest + R"("sender":"Ben"})");
 }
 
 TEST(ArchiveFormat, ReadsTheChatsAndBlocksThatItWrites) {

@@ -6,6 +6,8 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/ChatArchiveWriterTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/JSONTextTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MessageLineTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/MessageWordsTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/NoticeWordsTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ProfilePicturesTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ReadableTextTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TranscriptWriterTests.cpp)

@@ -4,7 +4,9 @@
 #include <string>
 #include <vector>
 
+#include "TidewellCore/Archive/ArchiveDetails.h"
 #include "TidewellCore/MediaKind.h"
+#include "TidewellCore/Platform/Boxed.h"
 
 // What the Chat Archive shows, as the exporter hands it over.
 
@@ -20,11 +22,13 @@ struct ArchiveMedia {
 struct ArchiveMessage {
   std::string id;  // unique in its chat
   bool fromMe = false;
-  std::string sender;               // as it is shown
+  std::string sender;               // as it is shown; empty for a notice
   std::optional<double> timestamp;  // seconds since 1970-01-01T00:00:00Z
   std::optional<std::string> text;
   std::optional<ArchiveMedia> media;
+  Boxed<ArchiveDetails> details;  // absent for plain texts and files
 
+  ArchiveKind kind() const { return details ? details->kind : ArchiveKind::none; }
   bool operator==(const ArchiveMessage&) const = default;
 };
 

@@ -3,11 +3,16 @@
 #include <algorithm>
 #include <cmath>
 
+#include "TidewellCore/Archive/DetailsFormat.h"
+#include "TidewellCore/Archive/JSONMembers.h"
 #include "TidewellCore/Archive/MessageLine.h"
 #include "TidewellCore/Archive/ReadableText.h"
 
 namespace {
 
+using JSONMembers::member;
+using JSONMembers::textOf;
+using JSONMembers::valueOf;
 using ReadableText::cleaned;
 
 // Browsers know dates up to 100,000,000 days from 1970 (ECMA-262, "Time Values and Time Range").
@@ -21,24 +26,6 @@ Json::Object json(const ArchiveMedia& media) {
   if (media.relativePath) json.emplace("path", *media.relativePath);
   if (media.fileName) json.emplace("name", cleaned(*media.fileName));
   return json;
-}
-
-// Null unless the object has a member of that name and type.
-template <typename Value>
-const Value* member(const Json::Object& json, std::string_view name) {
-  const auto found = json.find(name);
-  return found == json.end() ? nullptr : found->second.as<Value>();
-}
-
-template <typename Value>
-Value valueOf(const Json::Object& json, std::string_view name) {
-  const auto* value = member<Value>(json, name);
-  return value ? *value : Value();
-}
-
-std::optional<std::string> textOf(const Json::Object& json, std::string_view name) {
-  const auto* text = member<std::string>(json, name);
-  return text ? std::optional(*text) : std::nullopt;
 }
 
 std::optional<double> timeOf(const Json::Object& json, std::string_view name) {
@@ -97,6 +84,7 @@ Json::Object ArchiveFormat::json(const ArchiveMessage& message) {
   if (message.timestamp) json.emplace("ts", wholeSeconds(*message.timestamp));
   if (message.text && !message.text->empty()) json.emplace("text", cleaned(*message.text));
   if (message.media) json.emplace("media", ::json(*message.media));
+  if (message.details) DetailsFormat::write(*message.details, json);
   return json;
 }
 
@@ -129,12 +117,14 @@ Json::Object ArchiveFormat::json(const Description& archive) {
 
 ArchiveMessage ArchiveFormat::message(const Json::Object& json) {
   const auto* medium = member<Json::Object>(json, "media");
+  ArchiveDetails details = DetailsFormat::read(json);
   return {.id = valueOf<std::string>(json, "id"),
           .fromMe = valueOf<bool>(json, "me"),
           .sender = valueOf<std::string>(json, "sender"),
           .timestamp = timeOf(json, "ts"),
           .text = textOf(json, "text"),
-          .media = medium ? std::optional(media(*medium)) : std::nullopt};
+          .media = medium ? std::optional(media(*medium)) : std::nullopt,
+          .details = details == ArchiveDetails() ? Boxed<ArchiveDetails>() : std::move(details)};
 }
 
 ArchiveChatSummary ArchiveFormat::chatSummary(const Json::Object& json) {

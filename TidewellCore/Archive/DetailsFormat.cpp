@@ -1,0 +1,108 @@
+#include "TidewellCore/Archive/DetailsFormat.h"
+
+#include <algorithm>
+
+#include "TidewellCore/Archive/JSONMembers.h"
+
+namespace {
+
+using JSONMembers::member;
+using JSONMembers::textOf;
+using JSONMembers::textsOf;
+using JSONMembers::valueOf;
+
+struct Mark {
+  std::string_view name;
+  bool MessageMarks::*isSet;
+};
+
+constexpr std::array marks{Mark{"forwarded", &MessageMarks::isForwarded}, Mark{"gif", &MessageMarks::isGIF},
+                           Mark{"round", &MessageMarks::isRound}, Mark{"starred", &MessageMarks::isStarred},
+                           Mark{"viewOnce", &MessageMarks::isViewOnce}};
+
+Json::Array json(const MessageMarks& set) {
+  Json::Array names;
+  for (const Mark& mark : marks) {
+    if (set.*mark.isSet) names.emplace_back(mark.name);
+  }
+  return names;
+}
+
+Json::Object json(const ArchiveQuote& quote) {
+  Json::Object json{
+      {"me", quote.isOwner}, {"name", quote.name}, {"part", rawValue(quote.part)}, {"thing", quote.words}};
+  if (quote.toID) json.emplace("to", *quote.toID);
+  return json;
+}
+
+// The count says itself where everybody has a name.
+Json::Object json(const ArchiveReaction& reaction) {
+  Json::Object json{{"emoji", reaction.emoji}, {"names", Json::Array(reaction.names.begin(), reaction.names.end())}};
+  const auto named = static_cast<std::int64_t>(reaction.names.size());
+  if (reaction.count != named) json.emplace("count", reaction.count);
+  return json;
+}
+
+Json::Array json(const std::vector<ArchiveReaction>& reactions) {
+  Json::Array list;
+  for (const ArchiveReaction& reaction : reactions) list.emplace_back(json(reaction));
+  return list;
+}
+
+MessageMarks marksOf(const std::vector<std::string>& names) {
+  MessageMarks set;
+  for (const Mark& mark : marks) set.*mark.isSet = std::ranges::find(names, mark.name) != names.end();
+  return set;
+}
+
+ArchiveQuote quoteOf(const Json::Object& json) {
+  return {.isOwner = valueOf<bool>(json, "me"),
+          .name = valueOf<std::string>(json, "name"),
+          .part = fromRawValue<MessagePart>(valueOf<std::string>(json, "part")).value_or(MessagePart::text),
+          .words = valueOf<std::string>(json, "thing"),
+          .toID = textOf(json, "to")};
+}
+
+std::vector<ArchiveReaction> reactionsOf(const Json::Array& list) {
+  std::vector<ArchiveReaction> reactions;
+  for (const Json& entry : list) {
+    const auto* json = entry.as<Json::Object>();
+    if (json == nullptr) continue;
+    ArchiveReaction reaction{.emoji = valueOf<std::string>(*json, "emoji"), .names = textsOf(*json, "names")};
+    const auto* count = member<std::int64_t>(*json, "count");
+    reaction.count = count ? *count : static_cast<std::int64_t>(reaction.names.size());
+    reactions.push_back(std::move(reaction));
+  }
+  return reactions;
+}
+
+std::map<std::string, std::string> mentionsOf(const Json::Object& json) {
+  std::map<std::string, std::string> mentions;
+  for (const auto& [digits, name] : json) {
+    if (const auto* text = name.as<std::string>()) mentions.emplace(digits, *text);
+  }
+  return mentions;
+}
+
+}  // namespace
+
+void DetailsFormat::write(const ArchiveDetails& details, Json::Object& message) {
+  if (details.kind != ArchiveKind::none) message.emplace("kind", rawValue(details.kind));
+  if (!details.info.empty()) message.emplace("info", details.info);
+  if (details.marks != MessageMarks()) message.emplace("marks", json(details.marks));
+  if (!details.mentions.empty()) {
+    message.emplace("mentions", Json::Object(details.mentions.begin(), details.mentions.end()));
+  }
+  if (details.quote) message.emplace("quote", json(*details.quote));
+  if (!details.reactions.empty()) message.emplace("reactions", json(details.reactions));
+}
+
+ArchiveDetails DetailsFormat::read(const Json::Object& message) {
+  const auto* quote = member<Json::Object>(message, "quote");
+  return {.kind = fromRawValue<ArchiveKind>(valueOf<std::string>(message, "kind")).value_or(ArchiveKind::none),
+          .info = valueOf<Json::Object>(message, "info"),
+          .marks = marksOf(textsOf(message, "marks")),
+          .mentions = mentionsOf(valueOf<Json::Object>(message, "mentions")),
+          .quote = quote ? std::optional(quoteOf(*quote)) : std::nullopt,
+          .reactions = reactionsOf(valueOf<Json::Array>(message, "reactions"))};
+}

@@ -1,0 +1,79 @@
+#include "TidewellCore/Archive/MessageWords.h"
+
+#include <algorithm>
+
+#include "TidewellCore/Archive/ContentWords.h"
+#include "TidewellCore/Archive/MessageInfo.h"
+#include "TidewellCore/Archive/ReadableText.h"
+#include "TidewellCore/Platform/Text.h"
+
+namespace {
+
+using ReadableText::cleaned;
+
+ArchiveQuote quoteOf(const Quote& quote, const MessageWords::Context& context) {
+  ArchiveQuote told{.part = quote.part, .toID = context.answeredID};
+  if (quote.sender) {
+    told.isOwner = quote.sender->isOwner;
+    told.name = context.wording.name(*quote.sender);
+  }
+  told.words = Wording::line(quote.words.value_or(""));
+  if (told.words.empty()) told.words = ContentWords::label(quote.part, context.wording);
+  return told;
+}
+
+// Those of one emoji together; of equally frequent ones the earlier first.
+std::vector<ArchiveReaction> reactionsOf(const std::vector<Reaction>& reactions, const Wording& wording) {
+  std::vector<ArchiveReaction> told;
+  for (const Reaction& reaction : reactions) {
+    auto same = std::ranges::find(told, reaction.emoji, &ArchiveReaction::emoji);
+    if (same == told.end()) same = told.insert(same, {.emoji = reaction.emoji});
+    same->count += reaction.count;
+    if (reaction.person) same->names.push_back(wording.name(*reaction.person));
+  }
+  std::ranges::stable_sort(told, std::greater(), &ArchiveReaction::count);
+  return told;
+}
+
+// What the sender wrote beside the words of the kind, which may hold it already.
+std::string captionOf(const MessageContent& content, const ArchiveMessage& message, std::string_view words) {
+  const auto* invite = std::get_if<GroupInvite>(&content);
+  const auto& written = invite != nullptr && invite->caption ? invite->caption : message.text;
+  const std::string caption = cleaned(written.value_or(""));
+  return words.find(Text::trimmedPart(caption)) == std::string::npos ? caption : std::string();
+}
+
+void setWords(const MessageContent& content, const MessageWords::Context& context, ArchiveDetails& details,
+              ArchiveMessage& message) {
+  const std::string words = ContentWords::of(content, {.wording = context.wording,
+                                                       .isFromMe = message.fromMe,
+                                                       .sender = message.sender,
+                                                       .partner = context.partner});
+  if (words.empty()) return;
+  const std::string caption = captionOf(content, message, words);
+  if (!caption.empty()) details.info.emplace("caption", caption);
+  const bool isCaptionEnough = !caption.empty() && details.kind == ArchiveKind::missing;
+  message.text = isCaptionEnough ? caption : caption.empty() ? words : words + "\n" + caption;
+}
+
+}  // namespace
+
+void MessageWords::tell(const MessageDetails& details, const Context& context, ArchiveMessage& message) {
+  ArchiveDetails told{.kind = MessageInfo::kindOf(details.content),
+                      .info = MessageInfo::of(details.content, context.wording),
+                      .marks = details.marks,
+                      .reactions = reactionsOf(details.reactions, context.wording)};
+  if (details.quote) told.quote = quoteOf(*details.quote, context);
+  setWords(details.content, context, told, message);
+  told.mentions = Mentions::in(message.text.value_or(""), context.mentioned);
+  if (told.kind == ArchiveKind::notice) {
+    message.sender.clear();
+    message.fromMe = false;
+  }
+  message.details = told == ArchiveDetails() ? Boxed<ArchiveDetails>() : std::move(told);
+}
+
+std::string MessageWords::text(const ArchiveMessage& message) {
+  const std::string text = cleaned(message.text.value_or(""));
+  return message.details ? Mentions::named(text, message.details->mentions) : text;
+}
