@@ -25,7 +25,10 @@ ChatTables tables() {
 }
 
 PastCall incoming(std::int64_t pk, double seconds, const std::string& from = ana) {
-  return {.pk = pk, .date = at(seconds), .isIncoming = true, .call = {.isVideo = true, .seconds = 95},
+  return {.pk = pk,
+          .date = at(seconds),
+          .isIncoming = true,
+          .call = {.isVideo = true, .seconds = 95},
           .participantJIDs = {from}};
 }
 

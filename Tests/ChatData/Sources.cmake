@@ -1,6 +1,7 @@
 target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/CallHistoryReaderTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/CallsInChatsTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/CanonicalPeopleTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ChatStorageReaderTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ChatStorageSnapshotTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ContactsReaderTests.cpp

@@ -40,9 +40,8 @@ struct Facts {
   Json::Object operator()(const SharedContacts& contacts) const {
     Json::Array people;
     for (const SharedContact& contact : contacts.contacts) {
-      people.emplace_back(Json::Object{{"emails", lines(contact.emails)},
-                                       {"name", Wording::line(contact.name)},
-                                       {"phones", lines(contact.phones)}});
+      people.emplace_back(Json::Object{
+          {"emails", lines(contact.emails)}, {"name", Wording::line(contact.name)}, {"phones", lines(contact.phones)}});
     }
     return {{"people", std::move(people)}};
   }
@@ -163,9 +162,8 @@ std::vector<MessageInfo::Choice> MessageInfo::choices(const Json::Object& info) 
 std::optional<LinkPreview> MessageInfo::link(const Json::Object& info) {
   const auto* link = member<Json::Object>(info, "link");
   if (link == nullptr) return std::nullopt;
-  return LinkPreview{.url = valueOf<std::string>(*link, "url"),
-                     .title = textOf(*link, "title"),
-                     .summary = textOf(*link, "summary")};
+  return LinkPreview{
+      .url = valueOf<std::string>(*link, "url"), .title = textOf(*link, "title"), .summary = textOf(*link, "summary")};
 }
 
 std::optional<Coordinates> MessageInfo::coordinates(const Json::Object& info) {

@@ -77,7 +77,8 @@ class Adding {
   void append(const PastCall& call, const std::string& person) {
     const std::int64_t key = -1 - call.pk;
     MessageRecord message{.pk = key, .chatPK = recordOf(person), .date = call.date, .isFromMe = !call.isIncoming};
-    const std::string caller = call.creatorJID.value_or(call.participantJIDs.empty() ? "" : call.participantJIDs.front());
+    const std::string caller =
+        call.creatorJID.value_or(call.participantJIDs.empty() ? "" : call.participantJIDs.front());
     if (call.isIncoming && !caller.empty()) message.fromJID = tables_.texts.addOnce(caller);
     tables_.messages.push_back(message);
     tables_.details.emplace_back(key, MessageDetails{.content = call.call});

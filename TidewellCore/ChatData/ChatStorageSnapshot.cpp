@@ -5,6 +5,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "TidewellCore/ChatData/CanonicalPeople.h"
 #include "TidewellCore/ChatData/DisplayNames.h"
 #include "TidewellCore/ChatData/JID.h"
 #include "TidewellCore/ChatData/NameResolver.h"
@@ -58,12 +59,14 @@ std::vector<std::uint32_t> bringInto(std::vector<std::uint32_t> order, std::vect
 
 ChatStorageSnapshot::ChatStorageSnapshot(ChatTables tables) : tables_(std::move(tables)) {
   fileRecords();
+  fileMembers();
   std::vector<MessageRecord>& rows = tables_.messages;
   if (!std::ranges::is_sorted(rows, {}, &MessageRecord::pk)) std::ranges::stable_sort(rows, {}, &MessageRecord::pk);
   const Keys keys = keysOf(rows);
   const Places places = arrange();
   attachMedia(keys, places);
   std::ranges::stable_sort(tables_.details, {}, &std::pair<std::int64_t, MessageDetails>::first);
+  unifyPeople(keys, places);
   fileOriginals(keys, places);
 }
 
@@ -124,6 +127,25 @@ void ChatStorageSnapshot::attachMedia(const Keys& keys, const Places& places) {
     const std::uint32_t place = places[static_cast<std::size_t>(found - keys.begin())];
     tables_.messages[place].mediaLocalPath = item.localPath;
     mediaByRelativePath_.insert_or_assign(item.localPath, place);
+  }
+}
+
+void ChatStorageSnapshot::fileMembers() {
+  for (const auto& [pk, member] : directory().groupMembers) {
+    if (!member.jid) continue;
+    const GroupMemberRecord*& filed = membersByJID_[canonicalChatJID(*member.jid).text()];
+    if (filed == nullptr || !DisplayNames::groupMemberDisplayName(*filed)) filed = &member;
+  }
+}
+
+void ChatStorageSnapshot::unifyPeople(const Keys& keys, const Places& places) {
+  const auto canonical = [this](const std::string& jid) { return canonicalChatJID(jid).text(); };
+  for (auto& [pk, details] : tables_.details) {
+    const auto key = std::ranges::lower_bound(keys, pk);
+    const MessageRecord& message = tables_.messages[places[static_cast<std::size_t>(key - keys.begin())]];
+    const auto sender = groupSenderJID(message, directory().groupMember(message.groupMemberPK));
+    const bool isGroup = JID::isGroup(jidOfRecord(message.chatPK).text());
+    CanonicalPeople::unify(details, canonical, canonical(sender.value_or("")), isGroup);
   }
 }
 
@@ -252,11 +274,30 @@ CanonicalJID ChatStorageSnapshot::ownerJID(std::string_view mediaPath,
 
 std::string ChatStorageSnapshot::name(const Person& person, const TranscriptStyle& style) const {
   if (person.isOwner) return style.youLabel;
-  const auto name = DisplayNames::resolveIdentity(person.jid, std::nullopt, nullptr, directory());
-  if (name) return *name;
-  const ChatRecord* record = chat(person.jid);
+  if (auto known = knownName(person.jid)) return *std::move(known);
+  return NameResolver::formattedPhone(person.jid).value_or(style.unknownSenderLabel);
+}
+
+const GroupMemberRecord* ChatStorageSnapshot::member(const std::string& jid) const {
+  const auto found = membersByJID_.find(canonicalChatJID(jid).text());
+  return found == membersByJID_.end() ? nullptr : found->second;
+}
+
+std::optional<std::string> ChatStorageSnapshot::knownName(const std::string& jid) const {
+  const GroupMemberRecord* known = member(jid);
+  const ChatRecord* record = chat(jid);
+  const bool isKnown = known != nullptr || record != nullptr || directory().contact(jid) || directory().pushName(jid);
+  if (!isKnown) return std::nullopt;
+  if (auto name = DisplayNames::resolveIdentity(jid, std::nullopt, known, directory())) return name;
   const std::string title = record == nullptr ? "" : titleOf(*record);
-  return title.empty() || JID::isLID(title) ? style.unknownSenderLabel : title;
+  return title.empty() || JID::isLID(title) ? std::nullopt : std::optional(title);
+}
+
+std::optional<std::string> ChatStorageSnapshot::nameOfDigits(std::string_view digits) const {
+  for (const std::string_view server : {UserJIDSuffix, LIDJIDSuffix}) {
+    if (auto name = knownName(std::string(digits).append(server))) return name;
+  }
+  return std::nullopt;
 }
 
 std::string ChatStorageSnapshot::senderName(const MessageRecord& message, const TranscriptStyle& style) const {

@@ -74,6 +74,8 @@ class ChatStorageSnapshot {
   std::string senderName(const MessageRecord& message, const TranscriptStyle& style) const;
   // The same of somebody whom a message tells of.
   std::string name(const Person& person, const TranscriptStyle& style) const;
+  // The name of the contact or group member whose number or LID has these digits; absent for anybody else.
+  std::optional<std::string> nameOfDigits(std::string_view digits) const;
 
  private:
   using Keys = std::vector<std::int64_t>;     // of rows, ascending
@@ -84,7 +86,12 @@ class ChatStorageSnapshot {
   ChatsOfRecords listChats();
   Places arrange();
   void attachMedia(const Keys& keys, const Places& places);
+  void fileMembers();
+  void unifyPeople(const Keys& keys, const Places& places);
   void fileOriginals(const Keys& keys, const Places& places);
+  const GroupMemberRecord* member(const std::string& jid) const;
+  // Of people and groups whom the directory, a group or a chat knows.
+  std::optional<std::string> knownName(const std::string& jid) const;
   std::vector<Chat>::const_iterator placeOf(const CanonicalJID& jid) const;
   static CanonicalJID known(CanonicalJID jid);
   CanonicalJID jidOfRecord(std::int64_t pk) const;
@@ -96,6 +103,7 @@ class ChatStorageSnapshot {
   std::map<std::string, std::int64_t, std::less<>> recordsByCanonicalJID_;  // the first of each
   std::vector<Chat> chats_;
   std::unordered_map<std::string_view, std::uint32_t> mediaByRelativePath_;  // places among the messages
+  std::unordered_map<std::string, const GroupMemberRecord*> membersByJID_;   // canonical; those with a name first
   // The places of messages that are answered, by their stanza IDs; one ID may stand in several chats.
   std::unordered_multimap<std::string_view, std::uint32_t> originals_;
 };

@@ -28,8 +28,14 @@ std::optional<ArchiveMedia> mediaOf(const MessageRecord& message, const MediaLin
   return media;
 }
 
+std::string idOf(const MessageRecord& message) { return std::to_string(message.pk); }
+
+bool mayNamePeople(const MessageRecord& message) {
+  return message.text && message.text->find('@') != std::string_view::npos;
+}
+
 ArchiveMessage archiveMessage(const MessageRecord& message, std::string sender, const MediaLinks& links) {
-  return {.id = std::to_string(message.pk),
+  return {.id = idOf(message),
           .fromMe = message.isFromMe,
           .sender = std::move(sender),
           .timestamp = message.date ? std::optional(unixTime(*message.date)) : std::nullopt,
@@ -64,9 +70,27 @@ std::vector<CanonicalJID> ChatLines::chatsWithMessages() const {
 
 std::vector<ArchiveMessage> ChatLines::messages(const std::string& jid, const MediaLinks& links,
                                                 const TranscriptStyle& style) const {
+  MessageWords::Context context = contextOf(jid, style);
   std::vector<ArchiveMessage> messages;
-  for (const MessageRecord& message : snapshot_.messages(snapshot_.canonicalChatJID(jid))) {
-    messages.push_back(archiveMessage(message, snapshot_.senderName(message, style), links));
+  for (const MessageRecord& record : snapshot_.messages(snapshot_.canonicalChatJID(jid))) {
+    messages.push_back(archiveMessage(record, snapshot_.senderName(record, style), links));
+    const MessageDetails* details = snapshot_.details(record);
+    if (details == nullptr && !mayNamePeople(record)) continue;
+    context.answeredID = answeredID(record, details);
+    MessageWords::tell(details == nullptr ? MessageDetails() : *details, context, messages.back());
   }
   return messages;
+}
+
+MessageWords::Context ChatLines::contextOf(const std::string& jid, const TranscriptStyle& style) const {
+  const auto nameOf = [this, style](const Person& person) { return snapshot_.name(person, style); };
+  return {.wording = {.style = style, .nameOf = nameOf},
+          .mentioned = [this](std::string_view digits) { return snapshot_.nameOfDigits(digits); },
+          .partner = JID::isGroup(jid) ? std::string() : snapshot_.chatTitle(jid)};
+}
+
+std::optional<std::string> ChatLines::answeredID(const MessageRecord& record, const MessageDetails* details) const {
+  if (details == nullptr || !details->quote) return std::nullopt;
+  const MessageRecord* original = snapshot_.original(record, *details->quote);
+  return original == nullptr ? std::nullopt : std::optional(idOf(*original));
 }

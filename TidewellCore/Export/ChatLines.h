@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "TidewellCore/Archive/ArchiveChat.h"
+#include "TidewellCore/Archive/MessageWords.h"
 #include "TidewellCore/ChatData/ChatStorageSnapshot.h"
 #include "TidewellCore/Export/FolderAllocator.h"
 #include "TidewellCore/Export/MediaLinks.h"
@@ -26,5 +27,9 @@ class ChatLines {
                                        const TranscriptStyle& style) const;
 
  private:
+  MessageWords::Context contextOf(const std::string& jid, const TranscriptStyle& style) const;
+  // Of the message that this one answers, when it is in the chat.
+  std::optional<std::string> answeredID(const MessageRecord& record, const MessageDetails* details) const;
+
   const ChatStorageSnapshot& snapshot_;
 };

@@ -1,0 +1,60 @@
+#include "TidewellCore/ChatData/CanonicalPeople.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using testing::ElementsAre;
+
+const Person owner{.isOwner = true};
+const Person byPhone{.jid = "1@s.whatsapp.net"};
+const Person byLID{.jid = "77@lid"};
+const Person ben{.jid = "2@s.whatsapp.net"};
+
+MessageDetails unified(MessageDetails details, const std::string& senderJID = "", bool isGroup = true) {
+  CanonicalPeople::unify(
+      details, [](const std::string& jid) { return jid == byLID.jid ? byPhone.jid : jid; }, senderJID, isGroup);
+  return details;
+}
+
+TEST(CanonicalPeople, OfOnePersonsReactionsTheNewestCounts) {
+  const MessageDetails details{.reactions = {{.emoji = "a", .person = byPhone, .milliseconds = 1},
+                                             {.emoji = "b", .person = ben, .milliseconds = 2},
+                                             {.emoji = "c", .person = byLID, .milliseconds = 3},
+                                             {.emoji = "d", .person = owner, .milliseconds = 4}}};
+  EXPECT_THAT(unified(details).reactions, ElementsAre(Reaction{.emoji = "b", .person = ben, .milliseconds = 2},
+                                                      Reaction{.emoji = "c", .person = byPhone, .milliseconds = 3},
+                                                      Reaction{.emoji = "d", .person = owner, .milliseconds = 4}));
+}
+
+TEST(CanonicalPeople, WhatAChannelOnlyCountsStays) {
+  const std::vector<Reaction> totals{{.emoji = "a", .count = 3}, {.emoji = "b", .count = 5}};
+  EXPECT_EQ(unified({.reactions = totals}).reactions, totals);
+}
+
+TEST(CanonicalPeople, NobodyVotesForAnOptionTwice) {
+  const Poll poll{.options = {{.words = "Monday", .voters = {byPhone, byLID, ben}}, {.words = "Friday", .voters = {byLID}}}};
+  const Poll expected{.options = {{.words = "Monday", .voters = {byPhone, ben}}, {.words = "Friday", .voters = {byPhone}}}};
+  EXPECT_EQ(unified({.content = poll}).content, MessageContent(expected));
+}
+
+TEST(CanonicalPeople, NoticesAndQuotesNamePeopleAsTheyAreKnown) {
+  const MessageDetails details = unified(
+      {.content = Notice{.actor = byLID, .targets = {byLID, ben}}, .quote = Quote{.stanzaID = "A", .sender = byLID}});
+  EXPECT_EQ(details.content, MessageContent(Notice{.actor = byPhone, .targets = {byPhone, ben}}));
+  EXPECT_EQ(details.quote->sender, byPhone);
+}
+
+TEST(CanonicalPeople, ASenderWhoRemovedAMessageIsNoAdmin) {
+  const auto remover = [](const Person& person, const std::string& senderJID, bool isGroup) {
+    const MessageDetails details = unified({.content = DeletedMessage{.remover = person}}, senderJID, isGroup);
+    return std::get<DeletedMessage>(details.content).remover;
+  };
+  EXPECT_EQ(remover(byLID, byPhone.jid, true), std::nullopt);
+  EXPECT_EQ(remover(ben, byPhone.jid, true), ben);
+  EXPECT_EQ(remover(ben, byPhone.jid, false), std::nullopt) << "there is no admin in a chat of two";
+  EXPECT_EQ(remover(owner, byPhone.jid, false), owner);
+}
+
+}  // namespace
