@@ -82,10 +82,9 @@ TEST(MessageWords, ContactsAreNamedWithTheirNumbers) {
 }
 
 TEST(MessageWords, APollTellsItsVotes) {
-  const Poll poll{.question = "Which day?",
-                  .options = {{.words = "Monday", .voters = {you}},
-                              {.words = "Friday", .voters = {ben, ana}},
-                              {.words = "Never"}}};
+  const Poll poll{
+      .question = "Which day?",
+      .options = {{.words = "Monday", .voters = {you}}, {.words = "Friday", .voters = {ben, ana}}, {.words = "Never"}}};
   EXPECT_EQ(words(poll), "Poll: Which day? — Monday (1: You), Friday (2: Ben and Ana), Never (0)");
   EXPECT_EQ(words(poll, portuguese), "Enquete: Which day? — Monday (1: Você), Friday (2: Ben e Ana), Never (0)");
   EXPECT_EQ(words(Poll{}), "Poll");
@@ -105,8 +104,7 @@ TEST(MessageWords, ACallTellsHowLongItLasted) {
 }
 
 TEST(MessageWords, AnInvitationNamesTheGroup) {
-  EXPECT_EQ(words(GroupInvite{.groupName = "Garden", .caption = "Join us"}),
-            "Invitation to the group Garden\nJoin us");
+  EXPECT_EQ(words(GroupInvite{.groupName = "Garden", .caption = "Join us"}), "Invitation to the group Garden\nJoin us");
   EXPECT_EQ(words(GroupInvite{}, portuguese), "Convite para um grupo");
   EXPECT_EQ(info(GroupInvite{.groupName = "Garden", .caption = "Join us"}),
             R"({"caption":"Join us","group":"Garden"})");
@@ -117,9 +115,13 @@ TEST(MessageWords, AProductTellsItsPrice) {
   EXPECT_EQ(words(lamp), "Product: A lamp, EUR 19.99\nIt\nshines");
   EXPECT_EQ(info(lamp, portuguese), R"({"description":"It\nshines","price":"EUR 19,99","title":"A lamp"})");
   lamp.description.reset();
-  for (const auto& [thousandths, price] : std::map<std::int64_t, std::string>{
-           {0, "EUR 0"}, {5'000, "EUR 5"}, {50, "EUR 0.05"}, {1'005, "EUR 1.005"}, {12'345'678'900, "EUR 12345678.90"},
-           {std::numeric_limits<std::int64_t>::max(), "EUR 9223372036854775.807"}}) {
+  for (const auto& [thousandths, price] :
+       std::map<std::int64_t, std::string>{{0, "EUR 0"},
+                                           {5'000, "EUR 5"},
+                                           {50, "EUR 0.05"},
+                                           {1'005, "EUR 1.005"},
+                                           {12'345'678'900, "EUR 12345678.90"},
+                                           {std::numeric_limits<std::int64_t>::max(), "EUR 9223372036854775.807"}}) {
     lamp.thousandths = thousandths;
     EXPECT_EQ(words(lamp), "Product: A lamp, " + price);
   }
@@ -129,8 +131,7 @@ TEST(MessageWords, AProductTellsItsPrice) {
 TEST(MessageWords, ABusinessTextHasItsButtonsOnLines) {
   const BusinessText text{.paragraphs = {"Your parcel", "It comes\ntoday", "Reply STOP"},
                           .buttons = {{.words = "Track", .target = "https://example.org/7"}, {.words = "Thanks"}}};
-  EXPECT_EQ(words(text),
-            "Your parcel\nIt comes\ntoday\nReply STOP\n[Track] https://example.org/7\n[Thanks]");
+  EXPECT_EQ(words(text), "Your parcel\nIt comes\ntoday\nReply STOP\n[Track] https://example.org/7\n[Thanks]");
   EXPECT_EQ(info(text), R"({"buttons":[{"url":"https://example.org/7","words":"Track"},{"words":"Thanks"}]})");
 }
 
@@ -176,9 +177,9 @@ TEST(MessageWords, WhatNobodyKnowsStaysCalm) {
 }
 
 TEST(MessageWords, ALinkKeepsItsText) {
-  const ArchiveMessage message = told(
-      {.content = LinkPreview{.url = "https://example.org", .title = "An example\npage", .summary = "All"}},
-      {.text = "see https://example.org"});
+  const ArchiveMessage message =
+      told({.content = LinkPreview{.url = "https://example.org", .title = "An example\npage", .summary = "All"}},
+           {.text = "see https://example.org"});
   EXPECT_EQ(message.kind(), ArchiveKind::none);
   EXPECT_EQ(message.text, "see https://example.org");
   EXPECT_EQ(ChatArchiveJSON::stringify(message.details->info),
@@ -186,8 +187,8 @@ TEST(MessageWords, ALinkKeepsItsText) {
 }
 
 TEST(MessageWords, ANoticeHasNoSender) {
-  const ArchiveMessage message =
-      told({.content = Notice{.kind = NoticeKind::memberLeft, .code = 3, .actor = you}}, {.fromMe = true, .sender = "You"});
+  const ArchiveMessage message = told({.content = Notice{.kind = NoticeKind::memberLeft, .code = 3, .actor = you}},
+                                      {.fromMe = true, .sender = "You"});
   EXPECT_EQ(message.text, "You left");
   EXPECT_EQ(message.sender, "");
   EXPECT_FALSE(message.fromMe);
@@ -200,9 +201,9 @@ TEST(MessageWords, AReplyNamesWhatItAnswers) {
   const Quote caption{.sender = ana, .part = MessagePart::photo, .words = "the\nsea"};
   EXPECT_EQ(told({.quote = caption}, {.text = "a"}, around).details->quote,
             (ArchiveQuote{.name = "Ana", .part = MessagePart::photo, .words = "the sea", .toID = "15"}));
-  EXPECT_EQ(told({.quote = Quote{.sender = you, .part = MessagePart::voiceMessage}}).details->quote,
-            (ArchiveQuote{
-                .isOwner = true, .name = "You", .part = MessagePart::voiceMessage, .words = "Voice message"}));
+  EXPECT_EQ(
+      told({.quote = Quote{.sender = you, .part = MessagePart::voiceMessage}}).details->quote,
+      (ArchiveQuote{.isOwner = true, .name = "You", .part = MessagePart::voiceMessage, .words = "Voice message"}));
   EXPECT_EQ(told({.quote = Quote{}}).details->quote, (ArchiveQuote{.words = "Message"}));
 }
 

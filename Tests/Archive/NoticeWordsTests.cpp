@@ -115,7 +115,8 @@ TEST(NoticeWords, EveryKindIsAWholeSentence) {
       for (const auto& actor : actors) {
         for (const auto& people : targets) {
           Notice notice{.kind = kind, .actor = actor, .targets = people};
-          if (people.empty() && (kind == memberAdded || kind == memberRemoved || kind == adminGained || kind == adminLost))
+          if (people.empty() &&
+              (kind == memberAdded || kind == memberRemoved || kind == adminGained || kind == adminLost))
             continue;
           for (const auto& parameter : {std::optional<std::string>(), std::optional<std::string>("Garden")}) {
             notice.parameter = parameter;

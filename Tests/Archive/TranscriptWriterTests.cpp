@@ -51,7 +51,9 @@ std::string pageOf(const ArchiveChat& chat, const TimeZone& zone = utc) {
 
 std::string html(const std::vector<Line>& lines, const TimeZone& zone = utc) { return pageOf(chatOf(lines), zone); }
 
-std::string text(const std::vector<Line>& lines) { return TranscriptWriter::renderText(chatOf(lines), utc, american); }
+std::string text(const std::vector<Line>& lines) {
+  return TranscriptWriter::renderText(chatOf(lines), TranscriptStyle::english(), utc, american);
+}
 
 std::size_t count(const std::string& text, const std::string& part) {
   std::size_t found = 0;
@@ -107,9 +109,11 @@ TEST(TranscriptWriter, RendersTheGoldenPages) {
   expectGolden(
       TranscriptWriter::renderHTML(chatOf(conversation(portuguese), "Ana & <Co>"), portuguese, saoPaulo, brazilian),
       "pt-BR.html");
-  expectGolden(TranscriptWriter::renderText(chatOf(conversation(english), "Ana & <Co>"), saoPaulo, american), "en.txt");
-  expectGolden(TranscriptWriter::renderText(chatOf(conversation(portuguese), "Ana & <Co>"), saoPaulo, brazilian),
-               "pt-BR.txt");
+  expectGolden(TranscriptWriter::renderText(chatOf(conversation(english), "Ana & <Co>"), english, saoPaulo, american),
+               "en.txt");
+  expectGolden(
+      TranscriptWriter::renderText(chatOf(conversation(portuguese), "Ana & <Co>"), portuguese, saoPaulo, brazilian),
+      "pt-BR.txt");
 }
 
 TEST(TranscriptWriter, BeginsAndEndsThePage) {
@@ -197,8 +201,9 @@ TEST(TranscriptWriter, ShowsALineWithoutContent) {
 }
 
 TEST(TranscriptWriter, NoNameBeginsALineOfItsOwn) {
-  const std::string rendered = TranscriptWriter::renderText(
-      chatOf({{.sender = "Eve\n[2024-01-01 00:00:00] Ana", .text = "hi"}}, "A\nB"), utc, american);
+  const std::string rendered =
+      TranscriptWriter::renderText(chatOf({{.sender = "Eve\n[2024-01-01 00:00:00] Ana", .text = "hi"}}, "A\nB"),
+                                   TranscriptStyle::english(), utc, american);
   EXPECT_EQ(rendered, "=== A B ===\n[undated] Eve [2024-01-01 00:00:00] Ana: hi\n");
 }
 

@@ -17,7 +17,8 @@ ArchiveQuote quoteOf(const Quote& quote, const MessageWords::Context& context) {
     told.isOwner = quote.sender->isOwner;
     told.name = context.wording.name(*quote.sender);
   }
-  told.words = Wording::line(quote.words.value_or(""));
+  const std::string words = Wording::line(quote.words.value_or(""));
+  told.words = Mentions::named(words, Mentions::in(words, context.mentioned));
   if (told.words.empty()) told.words = ContentWords::label(quote.part, context.wording);
   return told;
 }
@@ -45,10 +46,9 @@ std::string captionOf(const MessageContent& content, const ArchiveMessage& messa
 
 void setWords(const MessageContent& content, const MessageWords::Context& context, ArchiveDetails& details,
               ArchiveMessage& message) {
-  const std::string words = ContentWords::of(content, {.wording = context.wording,
-                                                       .isFromMe = message.fromMe,
-                                                       .sender = message.sender,
-                                                       .partner = context.partner});
+  const std::string words = ContentWords::of(
+      content,
+      {.wording = context.wording, .isFromMe = message.fromMe, .sender = message.sender, .partner = context.partner});
   if (words.empty()) return;
   const std::string caption = captionOf(content, message, words);
   if (!caption.empty()) details.info.emplace("caption", caption);
