@@ -60,12 +60,8 @@ class Chat {
   // Notices have no sender that anybody should see.
   void add(Notice notice) { add(carla, MessageContent(std::move(notice))); }
 
-  std::string text() const {
-    return TranscriptWriter::renderText(chat_, style_, utc, Locale{style_.languageCode});
-  }
-  std::string page() const {
-    return TranscriptWriter::renderHTML(chat_, style_, utc, Locale{style_.languageCode});
-  }
+  std::string text() const { return TranscriptWriter::renderText(chat_, style_, utc, Locale{style_.languageCode}); }
+  std::string page() const { return TranscriptWriter::renderHTML(chat_, style_, utc, Locale{style_.languageCode}); }
 
  private:
   TranscriptStyle style_;
@@ -81,15 +77,18 @@ void addTextsAndFiles(Chat& chat) {
   chat.add(ana, MessageDetails{}, "Shall we plant tomatoes, @15550000002?");
   chat.add(ben,
            {.quote = Quote{.sender = ana, .words = "Shall we plant tomatoes, @15550000002?"},
-            .reactions = {{.emoji = "👍", .person = you}, {.emoji = "❤️", .person = ana}, {.emoji = "👍", .person = carla}}},
+            .reactions = {{.emoji = "👍", .person = you},
+                          {.emoji = "❤️", .person = ana},
+                          {.emoji = "👍", .person = carla}}},
            "Makes sense, with all the sun that we have there");
   chat.add(you, {.quote = Quote{.sender = ben, .part = MessagePart::photo, .words = std::string(200, 'x')}}, "Long");
   chat.add(you, {.quote = Quote{.sender = you, .part = MessagePart::voiceMessage}}, "I meant this");
   chat.add(ana, {.quote = Quote{.words = "from long ago"}}, "Yes");
   chat.add(ana, {.marks = {.isForwarded = true, .isStarred = true}}, "A frost is coming");
-  chat.add(ana,
-           {.content = LinkPreview{.url = "https://example.org/soil", .title = "All about soil", .summary = "And more"}},
-           "Read https://example.org/soil");
+  chat.add(
+      ana,
+      {.content = LinkPreview{.url = "https://example.org/soil", .title = "All about soil", .summary = "And more"}},
+      "Read https://example.org/soil");
   chat.add(ana, {.content = LinkPreview{.url = "javascript:alert(1)", .title = "A trap"}}, "or this");
   chat.add(ben, {.marks = {.isViewOnce = true}}, "only once", file(MediaKind::photos, "once.jpg"));
   chat.add(ben, {.marks = {.isGIF = true}}, {}, file(MediaKind::videos, "dance.mp4"));

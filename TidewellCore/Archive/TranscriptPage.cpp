@@ -114,8 +114,8 @@ std::string paragraph(std::string_view kind, const std::string& html) {
 // Opened by a click alone, in a tab of its own that does not learn where it comes from.
 std::string anchor(const Link& link) {
   if (!TranscriptDetails::mayLead(link.address)) return escaped(link.words);
-  return "<a href=\"" + escaped(link.address) + R"(" target="_blank" rel="noreferrer noopener">)" + escaped(link.words) +
-         "</a>";
+  return "<a href=\"" + escaped(link.address) + R"(" target="_blank" rel="noreferrer noopener">)" +
+         escaped(link.words) + "</a>";
 }
 
 std::string detailsHTML(const ArchiveMessage& message, const Wording& wording) {
@@ -187,8 +187,8 @@ void appendHead(std::string& page, const ArchiveChat& chat, const TranscriptStyl
 
 }  // namespace
 
-std::string TranscriptPage::render(const ArchiveChat& chat, const TranscriptStyle& style,
-                                         const TimeZone& timeZone, const Locale& locale) {
+std::string TranscriptPage::render(const ArchiveChat& chat, const TranscriptStyle& style, const TimeZone& timeZone,
+                                   const Locale& locale) {
   const DateFormatter days = DateFormatter::fullDate(timeZone, locale);
   const DateFormatter times = DateFormatter::mediumTime(timeZone, locale);
   const Wording wording{.style = style};
