@@ -222,6 +222,19 @@ TEST(EveryKind, WhatPeopleWroteStaysText) {
   EXPECT_EQ(chat.text().find(fake), chat.text().rfind(fake));
 }
 
+TEST(EveryKind, ALinkIsToldUnlessTheTextHoldsIt) {
+  const auto linked = [](const LinkPreview& preview) {
+    Chat chat(TranscriptStyle::english());
+    chat.add(ana, preview, "see e.org");
+    return chat.text();
+  };
+  EXPECT_THAT(linked({.url = "e.org"}), Not(HasSubstr("link:")));
+  EXPECT_THAT(linked({}), Not(HasSubstr("link:")));
+  EXPECT_THAT(linked({.url = "https://e.org/a"}), HasSubstr("\n    link: https://e.org/a\n"));
+  EXPECT_THAT(linked({.title = "All of it"}), HasSubstr("\n    link: All of it\n"));
+  EXPECT_THAT(linked({.url = "e.org", .summary = "Most"}), HasSubstr("\n    link: Most — e.org\n"));
+}
+
 TEST(EveryKind, AReplyIsCutToOneLine) {
   const auto replyTo = [](const std::string& words) {
     Chat chat(TranscriptStyle::english());

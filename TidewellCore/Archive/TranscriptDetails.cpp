@@ -102,7 +102,10 @@ std::string TranscriptDetails::reactions(const ArchiveMessage& message, const Wo
 std::optional<TranscriptDetails::Link> TranscriptDetails::link(const ArchiveMessage& message) {
   const auto preview = message.details ? MessageInfo::link(message.details->info) : std::nullopt;
   if (!preview) return std::nullopt;
-  return Link{.words = preview->title.value_or(preview->summary.value_or(preview->url)), .address = preview->url};
+  const auto& said = preview->title ? preview->title : preview->summary;
+  const bool isInText = message.text && message.text->find(preview->url) != std::string::npos;
+  if (!said && isInText) return std::nullopt;
+  return Link{.words = said.value_or(preview->url), .address = preview->url};
 }
 
 std::optional<TranscriptDetails::Link> TranscriptDetails::map(const ArchiveMessage& message, const Wording& wording) {

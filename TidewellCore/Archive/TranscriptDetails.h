@@ -38,7 +38,7 @@ std::vector<std::string> pollOptions(const ArchiveMessage& message, const Wordin
 // "👍 You and Ben, ❤️ Ana"; empty without any.
 std::string reactions(const ArchiveMessage& message, const Wording& wording);
 
-// Where the preview under a text leads.
+// What the preview under a text says, and where it leads; absent when the text says all of it.
 struct Link {
   std::string words;
   std::string address;  // may be empty
