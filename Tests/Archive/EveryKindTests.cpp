@@ -1,9 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-
-#include "Tests/Support/TemporaryDirectory.h"
+#include "Tests/Archive/GoldenTranscript.h"
 #include "TidewellCore/Archive/MessageWords.h"
 #include "TidewellCore/Archive/TranscriptWriter.h"
 #include "TidewellCore/Platform/RawValue.h"
@@ -159,13 +157,6 @@ Chat everyKind(const TranscriptStyle& style) {
   addKinds(chat);
   addNotices(chat);
   return chat;
-}
-
-void expectGolden(const std::string& rendered, const char* name) {
-  const std::filesystem::path golden = std::filesystem::path(TIDEWELL_ARCHIVE_GOLDEN_FOLDER) / name;
-  if (std::getenv("TIDEWELL_UPDATE_GOLDEN") != nullptr) Fixture::writeFile(golden, rendered);
-  const Fixture::Bytes bytes = Fixture::readFile(golden);
-  EXPECT_EQ(rendered, std::string(bytes.begin(), bytes.end())) << "TIDEWELL_UPDATE_GOLDEN=1 writes " << name << " anew";
 }
 
 TEST(EveryKind, ReadsWellInBothLanguages) {

@@ -3,9 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-
-#include "Tests/Support/TemporaryDirectory.h"
+#include "Tests/Archive/GoldenTranscript.h"
 
 namespace {
 
@@ -92,13 +90,6 @@ std::vector<Line> conversation(const TranscriptStyle& style) {
       {.date = at("2024-05-02T17:00:12Z"), .sender = "Ana", .mediaFileName = "no kind"},
       {.date = at("2024-05-02T17:00:13Z"), .sender = "Ana", .text = "", .mediaKind = MediaKind::photos},
       {.date = at("2024-05-02T17:00:14Z"), .sender = "ليلى", .text = "مرحبا \x01 bell"}};
-}
-
-void expectGolden(const std::string& rendered, const char* name) {
-  const std::filesystem::path golden = std::filesystem::path(TIDEWELL_ARCHIVE_GOLDEN_FOLDER) / name;
-  if (std::getenv("TIDEWELL_UPDATE_GOLDEN") != nullptr) Fixture::writeFile(golden, rendered);
-  const Fixture::Bytes bytes = Fixture::readFile(golden);
-  EXPECT_EQ(rendered, std::string(bytes.begin(), bytes.end())) << "TIDEWELL_UPDATE_GOLDEN=1 writes " << name << " anew";
 }
 
 TEST(TranscriptWriter, RendersTheGoldenPages) {
