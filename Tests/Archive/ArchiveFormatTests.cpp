@@ -57,6 +57,8 @@ TEST(ArchiveFormat, WritesDetailsBetweenTheOtherMembers) {
 TEST(ArchiveFormat, APlainMessageHasNoMembersOfDetails) {
   EXPECT_EQ(text(ArchiveFormat::json({.id = "7", .fromMe = true, .sender = "Ana", .timestamp = 12, .text = "a"})),
             R"({"id":"7","me":true,"sender":"Ana","text":"a","ts":12})");
+  EXPECT_EQ(text(ArchiveFormat::json(detailed({.kind = ArchiveKind::waiting}))),
+            R"({"id":"7","kind":"waiting","me":false,"sender":"","text":"a"})");
   EXPECT_FALSE(ArchiveFormat::message(object(R"({"id":"7","text":"a","marks":[],"kind":"hologram"})")).details);
 }
 

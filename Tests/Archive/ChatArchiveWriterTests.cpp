@@ -7,6 +7,7 @@
 #include "TidewellCore/Archive/ArchiveScripts.h"
 #include "TidewellCore/Archive/ChatArchiveJSON.h"
 #include "TidewellCore/Archive/MessageBlocks.h"
+#include "TidewellCore/Archive/MessageWords.h"
 #include "TidewellCore/ExportTexts.h"
 
 namespace {
@@ -174,6 +175,24 @@ TEST_F(ChatArchiveWriterTest, PreviewsTheLastMessage) {
   EXPECT_EQ(preview({.text = "caption", .media = ArchiveMedia{.kind = MediaKind::photos}}), "caption");
   EXPECT_EQ(preview({.text = " \n", .media = ArchiveMedia{.kind = MediaKind::stickers}}), "Sticker");
   EXPECT_EQ(preview({.fromMe = true}), "");
+}
+
+TEST_F(ChatArchiveWriterTest, ThePreviewOfAKindIsItsWords) {
+  const auto previewOf = [](const MessageContent& kind, ArchiveMessage message = {.sender = "Ana"}) {
+    MessageWords::tell({.content = kind}, {.wording = {.style = english}}, message);
+    return preview(message);
+  };
+  const ArchiveMessage mine{.fromMe = true, .sender = "You"};
+  EXPECT_EQ(previewOf(CallRecord{.isVideo = false, .seconds = 95}, mine), "You: Voice call, 1:35");
+  EXPECT_EQ(previewOf(Product{.title = "A lamp", .description = "It shines"}), "Product: A lamp It shines");
+  EXPECT_EQ(previewOf(Notice{.kind = NoticeKind::memberLeft, .actor = Person{.isOwner = true}}, mine), "You left");
+  EXPECT_EQ(previewOf(DeletedMessage{}, mine), "You deleted this message");
+  EXPECT_EQ(previewOf(WaitingMessage{}), "Waiting for this message");
+}
+
+TEST_F(ChatArchiveWriterTest, ThePreviewNamesPeople) {
+  ArchiveMessage message{.text = "hi @15550000002", .details = ArchiveDetails{.mentions = {{"15550000002", "Ben"}}}};
+  EXPECT_EQ(preview(message), "hi @Ben");
 }
 
 TEST_F(ChatArchiveWriterTest, CutsAPreviewBetweenCharacters) {

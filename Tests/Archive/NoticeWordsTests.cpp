@@ -100,6 +100,12 @@ TEST(NoticeWords, AChatOfTwoMeansItsPartner) {
   EXPECT_EQ(sentence({.kind = memberLeft}, english, "Ana"), "Someone left");
 }
 
+TEST(NoticeWords, NamesStayOnOneLine) {
+  EXPECT_EQ(sentence({.kind = memberLeft, .actor = Person{.jid = "A\r\nB"}}), "A B left");
+  EXPECT_EQ(sentence({.kind = memberLeft, .actor = Person{.jid = " "}}), "Unknown left");
+  EXPECT_EQ(sentence({.kind = contactBlocked}, english, "A\nB"), "You blocked A B");
+}
+
 TEST(NoticeWords, CodesThatNobodyKnowsAreTold) {
   EXPECT_EQ(sentence({.kind = unknownGroupEvent, .code = 77}), "Group notice (code 77)");
   EXPECT_EQ(sentence({.kind = unknownNotice, .code = 58, .actor = ana}), "Notice (code 58)");

@@ -4,6 +4,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/ChatArchiveAssetsTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ChatArchiveJSONTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ChatArchiveWriterTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/EveryKindTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/JSONTextTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MessageLineTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MessageWordsTests.cpp
@@ -13,5 +14,6 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/TranscriptWriterTests.cpp)
 
 # Where the golden transcripts are, to be compared and, on request, written anew.
-set_source_files_properties(${CMAKE_CURRENT_LIST_DIR}/TranscriptWriterTests.cpp PROPERTIES
+set_source_files_properties(${CMAKE_CURRENT_LIST_DIR}/EveryKindTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/TranscriptWriterTests.cpp PROPERTIES
   COMPILE_DEFINITIONS TIDEWELL_ARCHIVE_GOLDEN_FOLDER="${CMAKE_CURRENT_LIST_DIR}/Golden")

@@ -3,9 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-
-#include "Tests/Support/TemporaryDirectory.h"
+#include "Tests/Archive/GoldenTranscript.h"
 
 namespace {
 
@@ -51,7 +49,9 @@ std::string pageOf(const ArchiveChat& chat, const TimeZone& zone = utc) {
 
 std::string html(const std::vector<Line>& lines, const TimeZone& zone = utc) { return pageOf(chatOf(lines), zone); }
 
-std::string text(const std::vector<Line>& lines) { return TranscriptWriter::renderText(chatOf(lines), utc, american); }
+std::string text(const std::vector<Line>& lines) {
+  return TranscriptWriter::renderText(chatOf(lines), TranscriptStyle::english(), utc, american);
+}
 
 std::size_t count(const std::string& text, const std::string& part) {
   std::size_t found = 0;
@@ -92,13 +92,6 @@ std::vector<Line> conversation(const TranscriptStyle& style) {
       {.date = at("2024-05-02T17:00:14Z"), .sender = "ليلى", .text = "مرحبا \x01 bell"}};
 }
 
-void expectGolden(const std::string& rendered, const char* name) {
-  const std::filesystem::path golden = std::filesystem::path(TIDEWELL_ARCHIVE_GOLDEN_FOLDER) / name;
-  if (std::getenv("TIDEWELL_UPDATE_GOLDEN") != nullptr) Fixture::writeFile(golden, rendered);
-  const Fixture::Bytes bytes = Fixture::readFile(golden);
-  EXPECT_EQ(rendered, std::string(bytes.begin(), bytes.end())) << "TIDEWELL_UPDATE_GOLDEN=1 writes " << name << " anew";
-}
-
 TEST(TranscriptWriter, RendersTheGoldenPages) {
   const TranscriptStyle english = TranscriptStyle::english();
   const TranscriptStyle portuguese = TranscriptStyle::portuguese();
@@ -107,9 +100,11 @@ TEST(TranscriptWriter, RendersTheGoldenPages) {
   expectGolden(
       TranscriptWriter::renderHTML(chatOf(conversation(portuguese), "Ana & <Co>"), portuguese, saoPaulo, brazilian),
       "pt-BR.html");
-  expectGolden(TranscriptWriter::renderText(chatOf(conversation(english), "Ana & <Co>"), saoPaulo, american), "en.txt");
-  expectGolden(TranscriptWriter::renderText(chatOf(conversation(portuguese), "Ana & <Co>"), saoPaulo, brazilian),
-               "pt-BR.txt");
+  expectGolden(TranscriptWriter::renderText(chatOf(conversation(english), "Ana & <Co>"), english, saoPaulo, american),
+               "en.txt");
+  expectGolden(
+      TranscriptWriter::renderText(chatOf(conversation(portuguese), "Ana & <Co>"), portuguese, saoPaulo, brazilian),
+      "pt-BR.txt");
 }
 
 TEST(TranscriptWriter, BeginsAndEndsThePage) {
@@ -197,8 +192,9 @@ TEST(TranscriptWriter, ShowsALineWithoutContent) {
 }
 
 TEST(TranscriptWriter, NoNameBeginsALineOfItsOwn) {
-  const std::string rendered = TranscriptWriter::renderText(
-      chatOf({{.sender = "Eve\n[2024-01-01 00:00:00] Ana", .text = "hi"}}, "A\nB"), utc, american);
+  const std::string rendered =
+      TranscriptWriter::renderText(chatOf({{.sender = "Eve\n[2024-01-01 00:00:00] Ana", .text = "hi"}}, "A\nB"),
+                                   TranscriptStyle::english(), utc, american);
   EXPECT_EQ(rendered, "=== A B ===\n[undated] Eve [2024-01-01 00:00:00] Ana: hi\n");
 }
 

@@ -7,6 +7,7 @@
 #include "TidewellCore/Archive/ChatArchiveAssets.h"
 #include "TidewellCore/Archive/ChatArchiveJSON.h"
 #include "TidewellCore/Archive/ChatArchiveStrings.h"
+#include "TidewellCore/Archive/MessageWords.h"
 #include "TidewellCore/Archive/ReadableText.h"
 #include "TidewellCore/ExportTexts.h"
 #include "TidewellCore/FolderNames.h"
@@ -20,7 +21,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-using ReadableText::cleaned;
 
 constexpr std::size_t longestID = 200;  // leaves room for what file names add to it
 constexpr std::size_t previewCharacters = 100;
@@ -28,6 +28,11 @@ constexpr double withoutActivity = -1;
 
 bool isKept(char c) {
   return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '-' || c == '_' || c == '.';
+}
+
+// Its words are a sentence about who did it.
+bool saysWhoItself(const ArchiveMessage& message) {
+  return message.kind() == ArchiveKind::notice || message.kind() == ArchiveKind::deleted;
 }
 
 // An empty one is what a power cut left of it.
@@ -140,10 +145,11 @@ ArchiveChatSummary ChatArchiveWriter::summary(const ArchiveChat& chat, const Tra
 
 std::string ChatArchiveWriter::preview(const ArchiveMessage* message, const TranscriptStyle& style) {
   if (message == nullptr) return {};
-  std::string content = ReadableText::onOneLine(cleaned(message->text.value_or("")));
+  std::string content = ReadableText::onOneLine(MessageWords::text(*message));
   content = Text::firstCharacters(content, previewCharacters);
   if (content.empty() && message->media) content = ChatArchiveStrings::forStyle(style).mediaLabel(message->media->kind);
-  return message->fromMe && !content.empty() ? style.youLabel + ": " + content : content;
+  const bool isSaid = message->fromMe && !content.empty() && !saysWhoItself(*message);
+  return isSaid ? style.youLabel + ": " + content : content;
 }
 
 Json::Object ChatArchiveWriter::dictionary(const ArchiveChatSummary& chat) { return ArchiveFormat::json(chat); }

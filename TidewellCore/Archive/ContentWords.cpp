@@ -109,9 +109,9 @@ struct Words {
   std::string operator()(const DeletedMessage& message) const {
     const auto& remover = message.remover;
     if (remover ? remover->isOwner : setting.isFromMe) return wording().say("messages", "deletedByYou");
-    const std::string name = remover ? wording().name(*remover) : std::string(setting.sender);
-    if (name == setting.sender) return wording().say("messages", "deleted");
-    return wording().say("messages", "deletedByAdmin", {{"name", name}});
+    const bool isSender = !remover || wording().name(*remover) == Wording::line(setting.sender);
+    if (isSender) return wording().say("messages", "deleted");
+    return wording().say("messages", "deletedByAdmin", {{"name", wording().name(*remover)}});
   }
 
   std::string operator()(const WaitingMessage&) const { return wording().say("messages", "waiting"); }

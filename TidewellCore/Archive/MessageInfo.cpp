@@ -132,17 +132,6 @@ struct Kind {
   ArchiveKind operator()(const UnsupportedMessage&) const { return ArchiveKind::unsupported; }
 };
 
-// The objects of a list of that name.
-std::vector<const Json::Object*> objectsOf(const Json::Object& info, std::string_view name) {
-  std::vector<const Json::Object*> objects;
-  const auto* list = member<Json::Array>(info, name);
-  if (list == nullptr) return objects;
-  for (const Json& entry : *list) {
-    if (const auto* object = entry.as<Json::Object>()) objects.push_back(object);
-  }
-  return objects;
-}
-
 }  // namespace
 
 ArchiveKind MessageInfo::kindOf(const MessageContent& content) { return std::visit(Kind(), content); }
@@ -151,13 +140,25 @@ Json::Object MessageInfo::of(const MessageContent& content, const Wording& wordi
   return std::visit(Facts{wording}, content);
 }
 
+std::string MessageInfo::question(const Json::Object& info) { return valueOf<std::string>(info, "question"); }
+
 std::vector<MessageInfo::Choice> MessageInfo::choices(const Json::Object& info) {
   std::vector<Choice> choices;
-  for (const Json::Object* option : objectsOf(info, "options")) {
-    choices.push_back({.words = valueOf<std::string>(*option, "words"), .names = textsOf(*option, "names")});
+  for (const Json& option : valueOf<Json::Array>(info, "options")) {
+    const auto* json = option.as<Json::Object>();
+    if (json) choices.push_back({.words = valueOf<std::string>(*json, "words"), .names = textsOf(*json, "names")});
   }
   return choices;
 }
+
+MissingMedia MessageInfo::missing(const Json::Object& info) {
+  const auto* seconds = member<std::int64_t>(info, "seconds");
+  return {.part = fromRawValue<MessagePart>(valueOf<std::string>(info, "part")).value_or(MessagePart::photo),
+          .seconds = seconds ? std::optional(*seconds) : std::nullopt,
+          .fileName = textOf(info, "name")};
+}
+
+std::optional<std::string> MessageInfo::caption(const Json::Object& info) { return textOf(info, "caption"); }
 
 std::optional<LinkPreview> MessageInfo::link(const Json::Object& info) {
   const auto* link = member<Json::Object>(info, "link");
@@ -171,12 +172,4 @@ std::optional<Coordinates> MessageInfo::coordinates(const Json::Object& info) {
   const auto* longitude = member<double>(info, "lon");
   if (latitude == nullptr || longitude == nullptr) return std::nullopt;
   return Coordinates{.latitude = *latitude, .longitude = *longitude};
-}
-
-std::vector<BusinessButton> MessageInfo::buttons(const Json::Object& info) {
-  std::vector<BusinessButton> buttons;
-  for (const Json::Object* button : objectsOf(info, "buttons")) {
-    buttons.push_back({.words = valueOf<std::string>(*button, "words"), .target = textOf(*button, "url")});
-  }
-  return buttons;
 }

@@ -22,10 +22,12 @@ struct Choice {
   bool operator==(const Choice&) const = default;
 };
 
-// A poll's options in their order; none for anything else.
-std::vector<Choice> choices(const Json::Object& info);
+// What is absent, or of another type than it should be, is left empty.
+std::string question(const Json::Object& info);
+std::vector<Choice> choices(const Json::Object& info);  // of a poll, in their order
+MissingMedia missing(const Json::Object& info);
+std::optional<std::string> caption(const Json::Object& info);
 std::optional<LinkPreview> link(const Json::Object& info);
 std::optional<Coordinates> coordinates(const Json::Object& info);
-std::vector<BusinessButton> buttons(const Json::Object& info);
 
 }  // namespace MessageInfo

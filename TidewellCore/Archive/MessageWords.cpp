@@ -17,7 +17,8 @@ ArchiveQuote quoteOf(const Quote& quote, const MessageWords::Context& context) {
     told.isOwner = quote.sender->isOwner;
     told.name = context.wording.name(*quote.sender);
   }
-  told.words = Wording::line(quote.words.value_or(""));
+  const std::string words = Wording::line(quote.words.value_or(""));
+  told.words = Mentions::named(words, Mentions::in(words, context.mentioned));
   if (told.words.empty()) told.words = ContentWords::label(quote.part, context.wording);
   return told;
 }

@@ -134,7 +134,7 @@ std::string NoticeWords::sentence(const Notice& notice, const Wording& wording, 
   const auto* toSomebody = std::ranges::find(targetForms, notice.kind, &TargetForms::kind);
   if (toSomebody != targetForms.end() && !notice.targets.empty()) return toTargets(*toSomebody, notice, wording);
   const bool isPartner = !partner.empty() && isOfPartner(notice.kind);
-  const std::string actor = notice.actor ? wording.name(*notice.actor) : std::string(partner);
+  const std::string actor = notice.actor ? wording.name(*notice.actor) : Wording::line(partner);
   return wording.say("notices", textFor(formsOf(notice), notice, isPartner),
                      {{"actor", actor},
                       {"words", Wording::line(notice.parameter.value_or(""))},

@@ -14,6 +14,8 @@ namespace TranscriptWriter {
 std::string renderHTML(const ArchiveChat& chat, const TranscriptStyle& style, const TimeZone& timeZone,
                        const Locale& locale);
 
-std::string renderText(const ArchiveChat& chat, const TimeZone& timeZone, const Locale& locale);
+// A line for each message, and below it, indented, what hangs on it. Notices have "*" for a sender.
+std::string renderText(const ArchiveChat& chat, const TranscriptStyle& style, const TimeZone& timeZone,
+                       const Locale& locale);
 
 }  // namespace TranscriptWriter

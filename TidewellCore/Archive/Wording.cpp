@@ -27,7 +27,9 @@ std::string Wording::say(std::string_view section, std::string_view name, Export
 }
 
 std::string Wording::name(const Person& person) const {
-  return person.isOwner ? style.youLabel : line(nameOf ? nameOf(person) : style.unknownSenderLabel);
+  if (person.isOwner) return style.youLabel;
+  const std::string name = nameOf ? line(nameOf(person)) : std::string();
+  return name.empty() ? style.unknownSenderLabel : name;
 }
 
 std::string Wording::nameInside(const Person& person) const {

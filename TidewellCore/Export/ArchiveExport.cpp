@@ -28,7 +28,7 @@ class Writing {
     written += attempt(chat, FolderNames::textTranscript, [&] {
       MakeRoom::forFolder(folder);
       Files::writeWhenDifferent(folder / FolderNames::textTranscript,
-                                TranscriptWriter::renderText(chat, archive.timeZone, setting_.locale));
+                                TranscriptWriter::renderText(chat, archive.style, archive.timeZone, setting_.locale));
     });
     written += attempt(chat, FolderNames::htmlTranscript, [&] {
       Files::writeWhenDifferent(folder / FolderNames::htmlTranscript,

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+
+#include "TidewellCore/Archive/ArchiveChat.h"
+#include "TidewellCore/Platform/DateText.h"
+#include "TidewellCore/TranscriptStyle.h"
+
+// A chat as a page that needs nothing but the media beside it.
+namespace TranscriptPage {
+
+// As TranscriptWriter has it. A second style sheet comes only where a message is
+// more than a text or a file.
+std::string render(const ArchiveChat& chat, const TranscriptStyle& style, const TimeZone& timeZone,
+                   const Locale& locale);
+
+}  // namespace TranscriptPage
