@@ -15,6 +15,7 @@ set(VIEWER_SCRIPTS
   search-view.js
   links.js
   media.js
+  notices.js
   bubble.js
   thread.js
   thread-tools.js

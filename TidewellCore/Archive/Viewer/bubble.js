@@ -8,15 +8,16 @@ function sameRun(one, other) {
     other &&
     one.me === other.me &&
     one.sender === other.sender &&
-    hasContent(one) &&
-    hasContent(other) &&
+    isSaid(one) &&
+    isSaid(other) &&
     hasTime(one.ts) === hasTime(other.ts) &&
     (!hasTime(one.ts) || other.ts - one.ts < GROUPED_SECONDS) &&
     !startsDay(other, one),
   );
 }
 
-const hasContent = (message) => Boolean(message.text || message.media);
+// Whether somebody said it; what WhatsApp notes down stands in the middle.
+const isSaid = (message) => Boolean(message.text || message.media) && !isNotice(message);
 
 // Whether `message` is the first of its day, `before` being the one before it.
 function startsDay(message, before) {
@@ -26,21 +27,27 @@ function startsDay(message, before) {
   return dayNumber(message.ts) !== dayNumber(before.ts);
 }
 
-// `thread` is {chat, messages, query, target, later}.
+// `thread` is {chat, messages, folds, query, target, later}.
 function messageItem(thread, index) {
   const message = thread.messages.at(index);
   const item = element("div.item", { role: "presentation" });
+  item.index = index;
   if (!message) {
     item.classList.add("pending");
     return item;
   }
   const before = thread.messages.at(index - 1);
   const after = thread.messages.at(index + 1);
-  if ((index === 0 || before) && startsDay(message, before)) item.append(dayDivider(message));
+  const above = before && thread.messages.at(thread.folds.seenAt(index - 1));
+  if ((index === 0 || above) && startsDay(message, above)) item.append(dayDivider(message));
+  const run = thread.folds.runAt(index);
+  if (run && run.first === index) item.append(foldButton(run));
   const look = { opens: !sameRun(before, message), closes: !sameRun(message, after) };
-  item.append(hasContent(message) ? bubble(thread, index, message, look) : notice(thread, index, message));
+  if (isSaid(message)) item.append(bubble(thread, index, message, look));
+  else if (!run || run.open) item.append(notice(thread, index, message));
+  const last = run && !run.open ? run.last : index;
   if (index === 0) item.classList.add("oldest");
-  if (index === thread.messages.count - 1) item.classList.add("newest");
+  if (last === thread.messages.count - 1) item.classList.add("newest");
   return item;
 }
 
@@ -60,13 +67,6 @@ function article(selector, thread, index, message) {
   made.dataset.id = message.id;
   made.index = index;
   if (message.id === thread.target) made.classList.add("target");
-  return made;
-}
-
-// What WhatsApp itself notes down (someone joined, a call) comes without words.
-function notice(thread, index, message) {
-  const made = article("article.message.notice", thread, index, message);
-  made.append(element("span", {}, text("emptyMessage")), ...timeOf(message));
   return made;
 }
 
