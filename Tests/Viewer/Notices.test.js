@@ -78,9 +78,7 @@ test('Folded notices take their days with them, and the next message has its own
 
 test('A search and a link reach a folded notice', async () => {
   const messages = [...row(30), ...many(200, undefined, (index) => ({ ts: someTime + 30 * day + index }))];
-  const page = await open([{ name: 'Club', group: true, messages }]);
-  await page.goto(`${page.archive.url}#mode=messages&q=${encodeURIComponent('Member 17')}`);
-  await page.reload();
+  const page = await open([{ name: 'Club', group: true, messages }], { hash: '#mode=messages&q=Member+17' });
   await page.locator('.hit').first().click();
   await page.locator('.message.target').waitFor();
   assert.deepEqual(await texts(page, '.message.target .body'), ['Member 17 joined']);

@@ -15,6 +15,8 @@ set(VIEWER_SCRIPTS
   search-view.js
   links.js
   media.js
+  details.js
+  attached.js
   notices.js
   bubble.js
   thread.js
@@ -30,6 +32,7 @@ set(VIEWER_STYLES
   lists.css
   thread.css
   media.css
+  attached.css
   lightbox.css
   conditions.css
 )

@@ -79,6 +79,7 @@ function bubble(thread, index, message, { opens, closes }) {
   if (opens && thread.chat.group && !message.me && message.sender) {
     inside.append(element("div.sender.tone-" + toneOf(message.sender), { dir: "auto" }, message.sender));
   }
+  inside.append(...[quoteStrip(message)].filter(Boolean));
   if (message.media) {
     inside.classList.add("with-" + kindOf(message.media).label);
     if (!message.text) inside.classList.add("bare");
@@ -86,7 +87,9 @@ function bubble(thread, index, message, { opens, closes }) {
   }
   if (message.text) inside.append(words(message, thread.query));
   else inside.append(...timeOf(message));
-  made.append(inside);
+  const reactions = reactionChips(message);
+  if (reactions) made.classList.add("reacted");
+  made.append(inside, ...[reactions].filter(Boolean));
   return made;
 }
 

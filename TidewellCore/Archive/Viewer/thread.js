@@ -209,6 +209,7 @@ class Thread {
     const button = event.target.closest("button");
     if (!button) return;
     if (button.matches(".picture")) showPicture(this.messages, button.closest(".message").index, button);
+    else if (button.matches(".quote")) this.goTo(button.dataset.to);
     else if (button.matches(".fold")) this.toggle(this.folds.runAt(button.closest(".item").index));
   }
 }
