@@ -17,6 +17,7 @@ set(VIEWER_SCRIPTS
   media.js
   details.js
   attached.js
+  kinds.js
   notices.js
   bubble.js
   thread.js
@@ -33,6 +34,7 @@ set(VIEWER_STYLES
   thread.css
   media.css
   attached.css
+  kinds.css
   lightbox.css
   conditions.css
 )

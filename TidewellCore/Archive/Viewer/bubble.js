@@ -85,8 +85,14 @@ function bubble(thread, index, message, { opens, closes }) {
     if (!message.text) inside.classList.add("bare");
     inside.append(mediaOf(message.media, thread.later));
   }
-  if (message.text) inside.append(words(message, thread.query));
+  const kind = kindOfMessage(message, thread.query);
+  if (kind) inside.append(kind.content);
+  if (kind) inside.classList.add("is-" + message.kind);
+  const said = kind ? kind.caption : message.text;
+  const preview = linkPreview(message, thread.query);
+  if (said) inside.append(words({ ...message, text: said }, thread.query));
   else inside.append(...timeOf(message));
+  if (preview) inside.append(preview);
   const reactions = reactionChips(message);
   if (reactions) made.classList.add("reacted");
   made.append(inside, ...[reactions].filter(Boolean));

@@ -11,6 +11,7 @@ const ADDRESS = new RegExp(
   ].join("|"),
   "giu",
 );
+const LONGEST_ADDRESS = 4096;
 const SAFE = new Set(["http:", "https:", "mailto:", "tel:"]);
 
 // `string` cut into {string, href}; `href` is absent for plain text.
@@ -55,6 +56,26 @@ function hrefOf(address) {
   try {
     const url = new URL(href);
     return SAFE.has(url.protocol) && (url.host || !url.protocol.startsWith("http")) ? url.href : null;
+  } catch {
+    return null;
+  }
+}
+
+const EMAIL = /^[\w.+-]{1,64}@[\p{L}\p{N}-]{1,63}(?:\.[\p{L}\p{N}-]{1,63}){0,8}\.\p{L}{2,24}$/u;
+const PHONE = /^\+?[\d ().\/-]{3,32}$/;
+
+// What somebody's data gives as an address or a number, as a link of one of these
+// `protocols`; null for everything else.
+function safeAddress(string, protocols) {
+  const wanted = string.trim();
+  if (wanted.length > LONGEST_ADDRESS) return null;
+  let href = wanted;
+  if (PHONE.test(wanted)) href = "tel:" + wanted.replace(/[^+\d]/g, "");
+  else if (EMAIL.test(wanted)) href = "mailto:" + wanted;
+  else if (/^www\./i.test(wanted)) href = "https://" + wanted;
+  try {
+    const url = new URL(href);
+    return protocols.includes(url.protocol) && (url.host || !url.protocol.startsWith("http")) ? url.href : null;
   } catch {
     return null;
   }
