@@ -14,6 +14,7 @@ set(VIEWER_SCRIPTS
   search.js
   search-view.js
   links.js
+  wording.js
   media.js
   details.js
   attached.js

@@ -1,4 +1,4 @@
-// What hangs on a message: what it answers, and what people answered with an emoji.
+// What hangs on a message: what it answers, what people answered with an emoji, and its marks.
 
 // What a thing is called where nothing else tells of it, and its sign.
 const PARTS = {
@@ -59,4 +59,29 @@ function reactionChip({ emoji, names, count }) {
   const chip = element("span.chip", { role: "img", "aria-label": [emoji, who || count].join(" "), title: who }, emoji);
   if (count > 1) chip.append(element("span.chip-count", {}, formatNumber(count)));
   return element("li", {}, chip);
+}
+
+// Above the text: that others wrote it before.
+function forwardedLine(message) {
+  if (!hasMark(message, "forwarded")) return null;
+  return element("div.forwarded", {}, icon("forwarded"), text("forwarded"));
+}
+
+const SIGNS = [
+  ["viewOnce", "once"],
+  ["starred", "star"],
+];
+
+// Beside the time; a name for those who cannot see them.
+function signsOf(message) {
+  return SIGNS.filter(([mark]) => hasMark(message, mark)).map(([mark, name]) => {
+    const words = text(mark);
+    return element("span.sign", { role: "img", "aria-label": words, title: words }, icon(name));
+  });
+}
+
+// On a video: a GIF moves by itself on phones, and a round one stands in a circle there.
+function videoSign(message) {
+  if (hasMark(message, "gif")) return element("span.video-sign", {}, text("gif"));
+  return hasMark(message, "round") ? element("span.video-sign", {}, text("videoNote")) : null;
 }

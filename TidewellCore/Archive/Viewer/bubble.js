@@ -79,11 +79,11 @@ function bubble(thread, index, message, { opens, closes }) {
   if (opens && thread.chat.group && !message.me && message.sender) {
     inside.append(element("div.sender.tone-" + toneOf(message.sender), { dir: "auto" }, message.sender));
   }
-  inside.append(...[quoteStrip(message)].filter(Boolean));
+  inside.append(...[forwardedLine(message), quoteStrip(message)].filter(Boolean));
   if (message.media) {
     inside.classList.add("with-" + kindOf(message.media).label);
     if (!message.text) inside.classList.add("bare");
-    inside.append(mediaOf(message.media, thread.later));
+    inside.append(markedMedia(message, thread.later));
   }
   const kind = kindOfMessage(message, thread.query);
   if (kind) inside.append(kind.content);
@@ -96,6 +96,14 @@ function bubble(thread, index, message, { opens, closes }) {
   const reactions = reactionChips(message);
   if (reactions) made.classList.add("reacted");
   made.append(inside, ...[reactions].filter(Boolean));
+  return made;
+}
+
+function markedMedia(message, later) {
+  const made = mediaOf(message.media, later);
+  const sign = made.matches(".media-video") ? videoSign(message) : null;
+  if (sign) made.append(sign);
+  if (sign) made.classList.toggle("in-circle", hasMark(message, "round"));
   return made;
 }
 
@@ -113,7 +121,7 @@ function words(message, query) {
   const made = element(
     "div.text",
     { dir: "auto" },
-    element("span.body", {}, ...richText(shownText(message.text), query)),
+    element("span.body", {}, ...richText(shownText(message.text), query, message.mentions)),
   );
   if (isJumbo(message)) made.classList.add("jumbo");
   made.append(...timeOf(message));
@@ -121,8 +129,9 @@ function words(message, query) {
 }
 
 function timeOf(message) {
-  if (!hasTime(message.ts)) return [];
-  const time = element("time.time", { dir: "ltr", title: formatMoment(message.ts) }, formatTime(message.ts));
+  const signs = signsOf(message);
+  if (!hasTime(message.ts)) return signs.length ? [element("span.time", {}, ...signs)] : [];
+  const time = element("time.time", { dir: "ltr", title: formatMoment(message.ts) }, ...signs, formatTime(message.ts));
   time.dateTime = dateOf(message.ts).toISOString();
   return [time];
 }

@@ -4,7 +4,7 @@
 
 const ADDRESS = new RegExp(
   [
-    String.raw`\b(?:https?:\/\/|www\.)[^\s<>"\u201c\u201d]+`,
+    String.raw`(?<![\p{L}\p{N}])(?:https?:\/\/|www\.)[^\s<>"\u201c\u201d]+`,
     String.raw`\b(?:mailto:)?[\w.+-]{1,64}@[\p{L}\p{N}-]+(?:\.[\p{L}\p{N}-]+)*\.\p{L}{2,}`,
     String.raw`\btel:\+?[\d().-]{3,}`,
     String.raw`(?<![\p{L}\p{N}+])\+\d(?:[ ().-]?\d){7,14}(?![\p{L}\p{N}])`,
@@ -79,13 +79,4 @@ function safeAddress(string, protocols) {
   } catch {
     return null;
   }
-}
-
-// Text with its links and, where the query stands, its marks.
-function richText(string, foldedQuery) {
-  return cutAtLinks(string).flatMap((part) => {
-    const inner = foldedQuery ? marked(split(part.string, foldedQuery)) : [part.string];
-    if (!part.href) return inner;
-    return [element("a", { href: part.href, target: "_blank", rel: "noopener noreferrer" }, ...inner)];
-  });
 }
