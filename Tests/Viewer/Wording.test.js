@@ -136,7 +136,7 @@ test('A GIF says so and a round video is round', async () => {
   const boxes = await page.locator('.media-video').evaluateAll((all) => all.map((one) => [one.offsetWidth === one.offsetHeight, getComputedStyle(one).borderRadius]));
   assert.deepEqual(boxes, [
     [false, '13px'],
-    [true, '50%'],
+    [true, '40px'],
     [false, '13px'],
   ]);
 });

@@ -103,7 +103,7 @@ function markedMedia(message, later) {
   const made = mediaOf(message.media, later);
   const sign = made.matches(".media-video") ? videoSign(message) : null;
   if (sign) made.append(sign);
-  if (sign) made.classList.toggle("in-circle", hasMark(message, "round"));
+  if (sign) made.classList.toggle("is-round", hasMark(message, "round"));
   return made;
 }
 
