@@ -5,6 +5,8 @@ import path from 'node:path';
 import { pathToFileURL } from 'node:url';
 import { makeArchive } from './Support/archive.js';
 import { launch, narrow } from './Support/browser.js';
+import { plainPicture, wav } from './Support/files.js';
+import { gallery } from './Support/kinds.js';
 
 const [english, portuguese, folder] = process.argv.slice(2);
 const pageOf = (destination) => pathToFileURL(path.join(destination, 'index.html')).href;
@@ -39,7 +41,21 @@ const firstPicture = async (page) => {
 const click = (selector) => (page) => page.locator(selector).click();
 const type = (selector, words) => (page) => page.locator(selector).fill(words);
 
+// Everything that a message can be, from the first one on.
+const everyKind = () => {
+  const files = { 'Club/a.png': plainPicture, 'Club/round.mp4': wav(1), 'Club/dance.mp4': wav(1) };
+  return makeArchive([{ name: 'Club', group: true, messages: gallery() }], { files });
+};
+const fromTheFirst = async (page) => {
+  await page.locator('#messages').evaluate((view) => (view.scrollTop = 0));
+  await page.locator('#messages[aria-busy="false"] .oldest').waitFor();
+};
+const tall = { width: 1100, height: 4400 };
+
 const scenes = {
+  kinds: { archive: everyKind, viewport: tall, steps: [openNamed('Club'), fromTheFirst, (page) => page.locator('.fold').click()] },
+  'kinds-narrow': { archive: everyKind, viewport: { ...tall, width: 390 }, steps: [openNamed('Club'), fromTheFirst] },
+  'kinds-forced': { archive: everyKind, viewport: tall, forcedColors: 'active', steps: [openNamed('Club'), fromTheFirst] },
   list: { steps: [] },
   thread: { steps: [openNamed('Marina')] },
   group: { steps: [openNamed('Família'), upBy(900)] },
@@ -70,6 +86,7 @@ for (const [name, scene] of Object.entries(scenes)) {
     const context = await browser.newContext({
       viewport: scene.viewport ?? desktop,
       colorScheme,
+      forcedColors: scene.forcedColors,
       deviceScaleFactor: 1,
     });
     const page = await context.newPage();

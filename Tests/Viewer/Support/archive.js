@@ -40,6 +40,10 @@ export const message = (text, more = {}) => ({
 
 export const mine = (text, more = {}) => message(text, { me: true, sender: 'You', ...more });
 
+// What WhatsApp itself tells; it has no sender.
+export const notice = (text, more = {}) =>
+  message(text, { kind: 'notice', info: { code: 2, type: 'encryption' }, sender: '', ...more });
+
 export const media = (kind, mediaPath, more = {}) => ({
   kind,
   exported: true,

@@ -14,7 +14,12 @@ set(VIEWER_SCRIPTS
   search.js
   search-view.js
   links.js
+  wording.js
   media.js
+  details.js
+  attached.js
+  kinds.js
+  notices.js
   bubble.js
   thread.js
   thread-tools.js
@@ -29,6 +34,8 @@ set(VIEWER_STYLES
   lists.css
   thread.css
   media.css
+  attached.css
+  kinds.css
   lightbox.css
   conditions.css
 )

@@ -8,15 +8,16 @@ function sameRun(one, other) {
     other &&
     one.me === other.me &&
     one.sender === other.sender &&
-    hasContent(one) &&
-    hasContent(other) &&
+    isSaid(one) &&
+    isSaid(other) &&
     hasTime(one.ts) === hasTime(other.ts) &&
     (!hasTime(one.ts) || other.ts - one.ts < GROUPED_SECONDS) &&
     !startsDay(other, one),
   );
 }
 
-const hasContent = (message) => Boolean(message.text || message.media);
+// Whether somebody said it; what WhatsApp notes down stands in the middle.
+const isSaid = (message) => Boolean(message.text || message.media) && !isNotice(message);
 
 // Whether `message` is the first of its day, `before` being the one before it.
 function startsDay(message, before) {
@@ -26,21 +27,27 @@ function startsDay(message, before) {
   return dayNumber(message.ts) !== dayNumber(before.ts);
 }
 
-// `thread` is {chat, messages, query, target, later}.
+// `thread` is {chat, messages, folds, query, target, later}.
 function messageItem(thread, index) {
   const message = thread.messages.at(index);
   const item = element("div.item", { role: "presentation" });
+  item.index = index;
   if (!message) {
     item.classList.add("pending");
     return item;
   }
   const before = thread.messages.at(index - 1);
   const after = thread.messages.at(index + 1);
-  if ((index === 0 || before) && startsDay(message, before)) item.append(dayDivider(message));
+  const above = before && thread.messages.at(thread.folds.seenAt(index - 1));
+  if ((index === 0 || above) && startsDay(message, above)) item.append(dayDivider(message));
+  const run = thread.folds.runAt(index);
+  if (run && run.first === index) item.append(foldButton(run));
   const look = { opens: !sameRun(before, message), closes: !sameRun(message, after) };
-  item.append(hasContent(message) ? bubble(thread, index, message, look) : notice(thread, index, message));
+  if (isSaid(message)) item.append(bubble(thread, index, message, look));
+  else if (!run || run.open) item.append(notice(thread, index, message));
+  const last = run && !run.open ? run.last : index;
   if (index === 0) item.classList.add("oldest");
-  if (index === thread.messages.count - 1) item.classList.add("newest");
+  if (last === thread.messages.count - 1) item.classList.add("newest");
   return item;
 }
 
@@ -63,13 +70,6 @@ function article(selector, thread, index, message) {
   return made;
 }
 
-// What WhatsApp itself notes down (someone joined, a call) comes without words.
-function notice(thread, index, message) {
-  const made = article("article.message.notice", thread, index, message);
-  made.append(element("span", {}, text("emptyMessage")), ...timeOf(message));
-  return made;
-}
-
 function bubble(thread, index, message, { opens, closes }) {
   const made = article("article.message", thread, index, message);
   made.classList.toggle("me", message.me);
@@ -79,14 +79,31 @@ function bubble(thread, index, message, { opens, closes }) {
   if (opens && thread.chat.group && !message.me && message.sender) {
     inside.append(element("div.sender.tone-" + toneOf(message.sender), { dir: "auto" }, message.sender));
   }
+  inside.append(...[forwardedLine(message), quoteStrip(message)].filter(Boolean));
   if (message.media) {
     inside.classList.add("with-" + kindOf(message.media).label);
     if (!message.text) inside.classList.add("bare");
-    inside.append(mediaOf(message.media, thread.later));
+    inside.append(markedMedia(message, thread.later));
   }
-  if (message.text) inside.append(words(message, thread.query));
+  const kind = kindOfMessage(message, thread.query);
+  if (kind) inside.append(kind.content);
+  if (kind) inside.classList.add("is-" + message.kind);
+  const said = kind ? kind.caption : message.text;
+  const preview = linkPreview(message, thread.query);
+  if (said) inside.append(words({ ...message, text: said }, thread.query));
   else inside.append(...timeOf(message));
-  made.append(inside);
+  if (preview) inside.append(preview);
+  const reactions = reactionChips(message);
+  if (reactions) made.classList.add("reacted");
+  made.append(inside, ...[reactions].filter(Boolean));
+  return made;
+}
+
+function markedMedia(message, later) {
+  const made = mediaOf(message.media, later);
+  const sign = made.matches(".media-video") ? videoSign(message) : null;
+  if (sign) made.append(sign);
+  if (sign) made.classList.toggle("is-round", hasMark(message, "round"));
   return made;
 }
 
@@ -104,7 +121,7 @@ function words(message, query) {
   const made = element(
     "div.text",
     { dir: "auto" },
-    element("span.body", {}, ...richText(shownText(message.text), query)),
+    element("span.body", {}, ...richText(shownText(message.text), query, message.mentions)),
   );
   if (isJumbo(message)) made.classList.add("jumbo");
   made.append(...timeOf(message));
@@ -112,8 +129,9 @@ function words(message, query) {
 }
 
 function timeOf(message) {
-  if (!hasTime(message.ts)) return [];
-  const time = element("time.time", { dir: "ltr", title: formatMoment(message.ts) }, formatTime(message.ts));
+  const signs = signsOf(message);
+  if (!hasTime(message.ts)) return signs.length ? [element("span.time", {}, ...signs)] : [];
+  const time = element("time.time", { dir: "ltr", title: formatMoment(message.ts) }, ...signs, formatTime(message.ts));
   time.dateTime = dateOf(message.ts).toISOString();
   return [time];
 }

@@ -52,6 +52,14 @@ function formatTime(seconds) {
   return TIME.format(dateOf(seconds));
 }
 
+// "0:07", "1:02:03".
+function formatDuration(seconds) {
+  const two = (value) => String(value).padStart(2, "0");
+  const [hours, minutes] = [Math.floor(seconds / 3600), Math.floor(seconds / 60) % 60];
+  const rest = two(seconds % 60);
+  return hours ? `${hours}:${two(minutes)}:${rest}` : `${minutes}:${rest}`;
+}
+
 function formatMoment(seconds) {
   return FULL_DATE.format(dateOf(seconds));
 }

@@ -52,7 +52,7 @@ class Lightbox {
     this.picture.src = addressOf(media.path);
     byId("lightbox-sender").textContent = message.sender || "";
     byId("lightbox-time").textContent = hasTime(message.ts) ? formatMoment(message.ts) : "";
-    byId("lightbox-text").textContent = shownText(message.text || "");
+    byId("lightbox-text").replaceChildren(...richText(shownText(message.text || ""), "", message.mentions));
     byId("lightbox-file").href = addressOf(media.path);
     this.findNeighbours();
   }

@@ -1,8 +1,8 @@
 // A message as a line of a block. Nothing else knows what stands in a line: all others
 // ask here, for what they need and no more, since a search asks a million lines.
 //
-// A form knows a line's id, time and text, as JSON or "" where there is none, whether
-// the line may have a medium, and how it is made of a message and read.
+// A form knows a line's id, time and text, as JSON or "" where there is none, and how it
+// is made of a message and read.
 
 // The id, the time, the text and the rest of the message as an object, parted by tabs,
 // which JSON never holds.
@@ -16,7 +16,6 @@ const COLUMNS = {
     const start = line.indexOf("\t", line.indexOf("\t") + 1) + 1;
     return line.slice(start, line.indexOf("\t", start));
   },
-  mayHaveMedium: (line) => line.includes('"media":{'),
   of: ({ id, ts, text, ...others }) => [id, ts, text, others].map((value) => JSON.stringify(value)).join("\t"),
   message(line) {
     const columns = line.split("\t").map((column) => (column === "" ? undefined : JSON.parse(column)));
@@ -42,7 +41,6 @@ const OBJECT = {
     const timeMark = line.lastIndexOf('","ts":');
     return line.slice(start + mark.length, timeMark > start ? timeMark + 1 : -1);
   },
-  mayHaveMedium: COLUMNS.mayHaveMedium,
   of: (message) => JSON.stringify(message),
   message: (line) => JSON.parse(line),
 };
@@ -61,7 +59,9 @@ function stringIn(json) {
 
 const idOfLine = (line) => stringIn(LINE.id(line));
 const textOfLine = (line) => stringIn(LINE.text(line));
-const mayHaveMedium = (line) => LINE.mayHaveMedium(line);
+// A quote inside a JSON string has a backslash before it, so these stand only where keys are.
+const mayHaveMedium = (line) => line.includes('"media":{');
+const mayBeNotice = (line) => line.includes('"kind":"notice"');
 const lineOf = (message) => LINE.of(message);
 
 // -Infinity for an undated message, which comes last in every order by time.

@@ -4,13 +4,14 @@
 
 const ADDRESS = new RegExp(
   [
-    String.raw`\b(?:https?:\/\/|www\.)[^\s<>"\u201c\u201d]+`,
+    String.raw`(?<![\p{L}\p{N}])(?:https?:\/\/|www\.)[^\s<>"\u201c\u201d]+`,
     String.raw`\b(?:mailto:)?[\w.+-]{1,64}@[\p{L}\p{N}-]+(?:\.[\p{L}\p{N}-]+)*\.\p{L}{2,}`,
     String.raw`\btel:\+?[\d().-]{3,}`,
     String.raw`(?<![\p{L}\p{N}+])\+\d(?:[ ().-]?\d){7,14}(?![\p{L}\p{N}])`,
   ].join("|"),
   "giu",
 );
+const LONGEST_ADDRESS = 4096;
 const SAFE = new Set(["http:", "https:", "mailto:", "tel:"]);
 
 // `string` cut into {string, href}; `href` is absent for plain text.
@@ -60,11 +61,22 @@ function hrefOf(address) {
   }
 }
 
-// Text with its links and, where the query stands, its marks.
-function richText(string, foldedQuery) {
-  return cutAtLinks(string).flatMap((part) => {
-    const inner = foldedQuery ? marked(split(part.string, foldedQuery)) : [part.string];
-    if (!part.href) return inner;
-    return [element("a", { href: part.href, target: "_blank", rel: "noopener noreferrer" }, ...inner)];
-  });
+const EMAIL = /^[\w.+-]{1,64}@[\p{L}\p{N}-]{1,63}(?:\.[\p{L}\p{N}-]{1,63}){0,8}\.\p{L}{2,24}$/u;
+const PHONE = /^\+?[\d ().\/-]{3,32}$/;
+
+// What somebody's data gives as an address or a number, as a link of one of these
+// `protocols`; null for everything else.
+function safeAddress(string, protocols) {
+  const wanted = string.trim();
+  if (wanted.length > LONGEST_ADDRESS) return null;
+  let href = wanted;
+  if (PHONE.test(wanted)) href = "tel:" + wanted.replace(/[^+\d]/g, "");
+  else if (EMAIL.test(wanted)) href = "mailto:" + wanted;
+  else if (/^www\./i.test(wanted)) href = "https://" + wanted;
+  try {
+    const url = new URL(href);
+    return protocols.includes(url.protocol) && (url.host || !url.protocol.startsWith("http")) ? url.href : null;
+  } catch {
+    return null;
+  }
 }

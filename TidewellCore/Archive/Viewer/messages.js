@@ -1,11 +1,13 @@
 // A chat's messages, in time order, wherever they come from. Both kinds answer
 //   count, at(index) -> message or null while its data is under way, textAt(index),
-//   isPicture(index), indexOfId(id) -> promise of an index or -1, and `ready`, a promise
+//   isPicture(index), isNotice(index), indexOfId(id) -> promise of an index or -1, and `ready`, a promise
 //   kept when all of them are there.
 
 const isPicture = (message) =>
   Boolean(message.media && message.media.exported && message.media.path) &&
   (message.media.kind === "photos" || message.media.kind === "stickers");
+
+const isNotice = (message) => message.kind === "notice" && Boolean(message.text);
 
 class LoadedMessages {
   constructor(messages) {
@@ -24,6 +26,10 @@ class LoadedMessages {
 
   isPicture(index) {
     return isPicture(this.messages[index]);
+  }
+
+  isNotice(index) {
+    return index >= 0 && index < this.count && isNotice(this.messages[index]);
   }
 
   textAt(index) {
@@ -121,6 +127,14 @@ class BlockMessages {
   isPicture(index) {
     const line = this.lineAt(index);
     return line !== null && mayHaveMedium(line) && isPicture(messageOfLine(line));
+  }
+
+  // What is still under way counts as none.
+  isNotice(index) {
+    if (index < 0 || index >= this.count) return false;
+    const part = this.partOf(index);
+    const line = this.lines[part] ? this.lines[part][index - this.parts[part].first] : "";
+    return mayBeNotice(line) && isNotice(messageOfLine(line));
   }
 
   textAt(index) {

@@ -15,10 +15,12 @@ const REST = 140;
 class Scroller {
   // `render(index, far)` makes an item's element, `far` while the list flies past;
   // `height` is a guess. A list that is `endAligned` stands at the bottom of the view
-  // when it is short, and stays at its end when the view changes its size.
-  constructor(view, { render, height, endAligned = false, onScroll = () => {} }) {
+  // when it is short, and stays at its end when the view changes its size. `hidden(index)`
+  // gives {first, last} of the items around it that take no room, or null.
+  constructor(view, { render, height, endAligned = false, onScroll = () => {}, hidden = () => null }) {
     this.view = view;
     this.render = render;
+    this.hidden = hidden;
     this.guess = height;
     this.endAligned = endAligned;
     this.onScroll = onScroll;
@@ -212,8 +214,8 @@ class Scroller {
   // Measuring may show that more items are needed, or that the list ends sooner.
   arrange(far = false) {
     for (let round = 0; round < 8; round++) {
-      this.fill(this.rangeInView(), far);
-      if (this.measure()) continue;
+      const hid = this.fill(this.rangeInView(), far);
+      if (this.measure() || hid) continue;
       const position = this.position();
       if (position >= 0 && position <= this.furthest()) break;
       this.moveTo(position);
@@ -228,6 +230,7 @@ class Scroller {
     };
   }
 
+  // Whether items were hidden that took room until now.
   fill({ first, last }, far) {
     for (const [index, item] of this.items) {
       if (index >= first && index <= last) continue;
@@ -235,7 +238,14 @@ class Scroller {
       this.items.delete(index);
     }
     let next = null;
+    let hid = false;
     for (let index = last; index >= first; index--) {
+      const hidden = this.hidden(index);
+      if (hidden) {
+        hid = this.resize(hidden, 0) || hid;
+        index = hidden.first;
+        continue;
+      }
       let item = this.items.get(index);
       if (!item) {
         item = this.render(index, far);
@@ -246,6 +256,24 @@ class Scroller {
       next = item;
     }
     this.first = first;
+    return hid;
+  }
+
+  // Whether any of these items had another height.
+  resize({ first, last }, height) {
+    let changed = false;
+    for (let index = first; index <= last; index++) {
+      if (this.heights.values[index] === height) continue;
+      this.heights.set(index, height);
+      changed = true;
+    }
+    return changed;
+  }
+
+  // Items that took no room take a guess again, and are shown.
+  unhide(items) {
+    this.resize(items, this.guess);
+    this.refresh();
   }
 
   // An item that leaves takes the keyboard's focus with it unless the list takes it.

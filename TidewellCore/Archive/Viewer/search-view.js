@@ -106,7 +106,7 @@ function hitRow(hit, query) {
         "span.hit-words",
         {},
         sender ? element("bdi.hit-sender", {}, sender + ": ") : null,
-        element("bdi.snippet", {}, ...marked(snippetOf(message.text || "", query))),
+        element("bdi.snippet", {}, ...marked(snippetOf(withNames(message), query))),
       ),
     ),
   );

@@ -10,7 +10,7 @@ function withTexts(record, ...names) {
 }
 
 function asMessage(value) {
-  const message = withTexts(isRecord(value) ? value : {}, "sender", "text");
+  const message = withTexts(isRecord(value) ? value : {}, "kind", "sender", "text");
   if (isRecord(message.media)) withTexts(message.media, "kind", "name", "path");
   else delete message.media;
   return message;

@@ -134,7 +134,7 @@ class ThreadTools {
     if (this.thread.messages !== messages) return;
     const index = indexOfDay(messages, day);
     this.thread.target = null;
-    this.thread.scroller.scrollTo(index, "start");
+    this.thread.scroller.scrollTo(this.thread.folds.seenAt(index), "start");
     this.thread.rested();
   }
 }

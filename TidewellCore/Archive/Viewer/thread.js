@@ -8,6 +8,7 @@ class Thread {
     this.query = "";
     this.target = null;
     this.waitingMedia = [];
+    this.folds = null;
     this.bookmarks = new Map();
     this.whenFilled = () => {};
     this.scroller = new Scroller(this.view, {
@@ -15,6 +16,7 @@ class Thread {
       height: 64,
       endAligned: true,
       onScroll: () => this.scrolled(),
+      hidden: (index) => this.folds.hiddenAt(index),
     });
     this.view.addEventListener("click", (event) => this.clicked(event, showPicture));
     this.view.addEventListener("keydown", (event) => this.keyed(event));
@@ -22,8 +24,8 @@ class Thread {
   }
 
   context(far) {
-    const { chat, messages, query, target } = this;
-    return { chat, messages, query, target, later: far ? this.waitingMedia : null };
+    const { chat, messages, folds, query, target } = this;
+    return { chat, messages, folds, query, target, later: far ? this.waitingMedia : null };
   }
 
   // Shows a chat, at one message if asked for, else where it was left or at its newest.
@@ -81,7 +83,8 @@ class Thread {
   fill(messages) {
     clearTimeout(this.slow);
     this.messages = messages;
-    messages.whenArrived = (from, to) => this.scroller.refresh(from - 1, to + 1);
+    this.folds = foldsOf(messages);
+    messages.whenArrived = (from, to) => this.arrived(from, to);
     this.view.setAttribute("aria-busy", "false");
     this.say(messages.count === 0 ? text("noMessages") : "");
     const left = this.bookmarks.get(this.chat.id);
@@ -89,6 +92,15 @@ class Thread {
     if (left && !this.pendingTarget) this.scroller.restore(left);
     this.rested();
     this.whenFilled();
+  }
+
+  // Notices that arrive may belong to a row that is in view.
+  arrived(from, to) {
+    const { messages } = this;
+    const joins = messages.isNotice(from) || messages.isNotice(to - 1);
+    this.folds.forget();
+    if (joins) this.scroller.refresh();
+    else this.scroller.refresh(from - 1, to + 1);
   }
 
   fail() {
@@ -116,6 +128,8 @@ class Thread {
 
   goToIndex(index, messageId = null) {
     this.target = messageId;
+    const run = this.folds.runAt(index);
+    if (run && !run.open) this.unfold(run);
     this.scroller.scrollTo(index, "center");
     this.scroller.refresh();
     this.rested();
@@ -175,8 +189,27 @@ class Thread {
     floating.classList.add("shown");
   }
 
+  unfold(run) {
+    this.folds.set(run, true);
+    this.scroller.unhide({ first: run.first + 1, last: run.last });
+  }
+
+  toggle(run) {
+    if (!run.open) this.unfold(run);
+    else {
+      this.folds.set(run, false);
+      this.scroller.refresh();
+    }
+    const item = this.scroller.items.get(run.first);
+    if (item) item.querySelector(".fold").focus({ preventScroll: true });
+    this.rested();
+  }
+
   clicked(event, showPicture) {
-    const button = event.target.closest("button.picture");
-    if (button) showPicture(this.messages, button.closest(".message").index, button);
+    const button = event.target.closest("button");
+    if (!button) return;
+    if (button.matches(".picture")) showPicture(this.messages, button.closest(".message").index, button);
+    else if (button.matches(".quote")) this.goTo(button.dataset.to);
+    else if (button.matches(".fold")) this.toggle(this.folds.runAt(button.closest(".item").index));
   }
 }
