@@ -89,10 +89,12 @@ void loadProfilePushNames(const SQLiteDB& database, ChatStorageSnapshot& snapsho
   });
 }
 
-void loadLIDPairs(const SQLiteDB& database, ContactDirectory& directory) {
+void loadLIDPairs(const SQLiteDB& database, ChatStorageSnapshot& snapshot, ContactDirectory& directory) {
   TableReader table(database, "ZWAPHONENUMBERLIDPAIR");
   const std::string lid = table.select({"ZLID"});
   const std::string phone = table.select({"ZPHONENUMBER"});
+  // Not every version has the table.
+  if (!lid.empty() || !phone.empty()) noteColumns({lid, phone}, snapshot);
   if (lid.empty() || phone.empty()) return;
   table.forEachRow([&](const SQLiteRow& row) {
     const auto identity = NameResolver::trimmedNonEmpty(nameOf(row, lid));
@@ -277,7 +279,7 @@ ChatStorageSnapshot ChatStorageReader::load(const std::filesystem::path& copiedD
   ContactDirectory directory;
   loadGroupMembers(database, snapshot, directory);
   loadProfilePushNames(database, snapshot, directory);
-  loadLIDPairs(database, directory);
+  loadLIDPairs(database, snapshot, directory);
   snapshot.setDirectory(std::move(directory));
   attachMediaPaths(database, MessageTable(database, snapshot).load(database), snapshot);
   return snapshot;
