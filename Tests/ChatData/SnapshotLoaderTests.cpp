@@ -334,6 +334,21 @@ TEST_P(SnapshotLoaderTest, AColumnThatEveryPhoneHasIsMissed) {
   }
 }
 
+TEST_P(SnapshotLoaderTest, AColumnThatItsNeighbourHasSwallowedIsAWarning) {
+  contents_.whatsApp.chatStorageSQL =
+      "PRAGMA writable_schema = ON; UPDATE sqlite_master SET sql = replace(sql, 'ZFROMJID VARCHAR,', 'ZFROMJID "
+      "VARCHARl') "
+      "WHERE name = 'ZWAMESSAGE'";
+  EXPECT_THAT(load().warnings, Contains(StartsWith("Some messages may be missing")));
+}
+
+TEST_P(SnapshotLoaderTest, PairsOfIdentitiesWithoutAColumnAreAWarning) {
+  contents_.whatsApp.lidPairs = {{{.lid = "77@lid", .phoneNumber = phone}}};
+  EXPECT_THAT(load().warnings, IsEmpty());
+  contents_.whatsApp.chatStorageSQL = "ALTER TABLE ZWAPHONENUMBERLIDPAIR RENAME COLUMN ZPHONENUMBER TO ZPHONENUMBEP";
+  EXPECT_THAT(load().warnings, ElementsAre(StartsWith("Some messages may be missing")));
+}
+
 TEST_P(SnapshotLoaderTest, MessagesThatSayNoChatAreAWarning) {
   for (const char* sql :
        {"UPDATE ZWAMESSAGE SET ZCHATSESSION = NULL WHERE Z_PK = 2",

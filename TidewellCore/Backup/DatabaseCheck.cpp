@@ -50,10 +50,22 @@ bool agreesWithItsIndex(const SQLiteDB& database, const DatabaseTable& table) {
   return tally(index.empty() ? "" : "INDEXED BY " + index) == tally("NOT INDEXED");
 }
 
+// Phones declare every column with a type of one word. Where one bit takes the comma
+// between two columns, SQLite takes the second for a part of the first one's type,
+// and reads for every column behind them the value of its neighbour.
+bool areColumnsApart(const SQLiteDB& database, const DatabaseTable& table) {
+  bool areApart = true;
+  database.query(std::string("PRAGMA table_info(") + table.name + ")", {}, [&](const SQLiteRow& row) {
+    const std::string type = row.textValue("type").value_or("");
+    areApart = areApart && type.find_first_of(" \t\r\n\f") == std::string::npos;
+  });
+  return areApart;
+}
+
 bool isTableWhole(const SQLiteDB& database, const DatabaseTable& table) {
   const SQLiteDB::Kind kind = database.kindOf(table.name);
   if (kind == SQLiteDB::Kind::none) return true;
-  return kind == SQLiteDB::Kind::table && agreesWithItsIndex(database, table);
+  return kind == SQLiteDB::Kind::table && areColumnsApart(database, table) && agreesWithItsIndex(database, table);
 }
 
 bool doPagesFit(const SQLiteDB& database) {

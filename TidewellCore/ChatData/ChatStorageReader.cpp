@@ -94,6 +94,8 @@ void loadLIDPairs(const SQLiteDB& database, ChatTables& tables) {
   TableReader table(database, "ZWAPHONENUMBERLIDPAIR");
   const Column lid = table.select({"ZLID"});
   const Column phone = table.select({"ZPHONENUMBER"});
+  // Not every version has the table.
+  if (lid.isThere() || phone.isThere()) noteColumns({lid, phone}, tables);
   table.forEachRow([&](const SQLiteRowView& row) {
     const auto identity = NameResolver::trimmedNonEmpty(nameOf(row, lid));
     const auto number = NameResolver::trimmedNonEmpty(nameOf(row, phone));
@@ -109,12 +111,15 @@ void loadMedia(const SQLiteDB& database, ChatTables& tables) {
   const Column path = table.select({"ZMEDIALOCALPATH", "ZLOCALPATH"});
   noteColumns({message, path}, tables);
   if (!message.isThere() || !path.isThere()) return;
+  std::int64_t items = 0;
   table.forEachRow([&](const SQLiteRowView& row) {
+    ++items;
     const auto localPath = row.text(path.place);
     if (!localPath || !MediaPaths::isOfFile(*localPath)) return;
     tables.media.push_back(
         {.messagePK = row.integer(message.place), .localPath = tables.texts.add(MediaPaths::inBackup(*localPath))});
   });
+  if (tables.media.empty()) tables.unread.namelessItems = items;
 }
 
 }  // namespace
