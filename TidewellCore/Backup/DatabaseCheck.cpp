@@ -68,6 +68,15 @@ bool isTableWhole(const SQLiteDB& database, const DatabaseTable& table) {
   return kind == SQLiteDB::Kind::table && areColumnsApart(database, table) && agreesWithItsIndex(database, table);
 }
 
+// A table is called twice in a schema. Where the names differ, one is damaged, and what is asked for seems not to be
+// there.
+bool areNamesWhole(const SQLiteDB& database) {
+  return numberOf(database,
+                  "SELECT count(*) AS n FROM sqlite_master WHERE rootpage > 0 AND sql LIKE 'CREATE TABLE%' AND "
+                  "(type <> 'table' OR typeof(name) <> 'text' OR typeof(tbl_name) <> 'text' OR name <> tbl_name)",
+                  "n") == 0;
+}
+
 bool doPagesFit(const SQLiteDB& database) {
   if (sizeOf(database) > DatabaseCheck::largestForPages) return true;
   // Checks that the schema itself brings along could keep this busy for ever.
@@ -91,7 +100,8 @@ bool isWhole(const SQLiteDB& database, std::span<const DatabaseTable> tables) {
   const auto isFineTable = [&](const DatabaseTable& table) {
     return isFine([&] { return isTableWhole(database, table); });
   };
-  return std::ranges::all_of(tables, isFineTable) && isFine([&] { return doPagesFit(database); });
+  return isFine([&] { return areNamesWhole(database); }) && std::ranges::all_of(tables, isFineTable) &&
+         isFine([&] { return doPagesFit(database); });
 }
 
 }  // namespace
