@@ -268,6 +268,8 @@ void attachMediaPaths(const SQLiteDB& database, SilentMessages silent, ChatStora
     snapshot.mediaByRelativePath.insert_or_assign(std::move(relativePath), position->second);
   };
   table.forEachRow(attach, path + " LIKE 'Media/%'");
+  const bool isAnyNamed = !snapshot.mediaByRelativePath.empty() || snapshot.unread.ofFiles > 0;
+  if (!isAnyNamed) snapshot.unread.namelessItems = rowCount(database, "ZWAMEDIAITEM");
 }
 
 }  // namespace

@@ -164,12 +164,11 @@ void addContacts(ChatStorageSnapshot& snapshot, const OpenedBackup& opened, cons
   append(snapshot.warnings, BackupDatabase::contacts, contacts.faults);
 }
 
-// A phone keeps the files of messages: where there are messages and files, and
-// nothing names one of them, their paths cannot be read.
+// A phone keeps the files of messages: where there are files and items of media, and
+// not one of these names a file, their paths cannot be read.
 bool areLinksLost(const ChatStorageSnapshot& snapshot, const ManifestStore& manifest) {
-  const bool areNamed = !snapshot.mediaByRelativePath.empty() || snapshot.unread.ofFiles > 0;
   const auto isOfTheseChats = [&](const ManifestFile& file) { return file.domain == manifest.chatStorage->domain; };
-  return manifest.chatStorage && !areNamed && !snapshot.messagesByChat.empty() &&
+  return manifest.chatStorage && snapshot.unread.namelessItems > 0 &&
          std::ranges::any_of(manifest.media, isOfTheseChats);
 }
 
