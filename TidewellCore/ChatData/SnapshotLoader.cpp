@@ -22,11 +22,11 @@ constexpr const char* messageTable = "ZWAMESSAGE";
 constexpr const char* contactTable = "ZWAADDRESSBOOKCONTACT";
 constexpr std::array<DatabaseTable, 6> chatTables{{{.name = messageTable, .reference = "ZCHATSESSION"},
                                                    {.name = "ZWAMEDIAITEM", .reference = "ZMESSAGE"},
-                                                   {.name = "ZWACHATSESSION"},
-                                                   {.name = "ZWAGROUPMEMBER"},
-                                                   {.name = "ZWAPROFILEPUSHNAME"},
-                                                   {.name = "ZWAPHONENUMBERLIDPAIR"}}};
-constexpr std::array contactTables{DatabaseTable{.name = contactTable}};
+                                                   {.name = "ZWACHATSESSION", .isShort = true},
+                                                   {.name = "ZWAGROUPMEMBER", .isShort = true},
+                                                   {.name = "ZWAPROFILEPUSHNAME", .isShort = true},
+                                                   {.name = "ZWAPHONENUMBERLIDPAIR", .isShort = true}}};
+constexpr std::array contactTables{DatabaseTable{.name = contactTable, .isShort = true}};
 
 constexpr const char* noMessages =
     "Its list of messages is missing, so it is empty or damaged. Copy the backup again from where it came, or make a "
