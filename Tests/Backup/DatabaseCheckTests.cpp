@@ -102,6 +102,14 @@ TEST_F(DatabaseCheckTest, ADamagedEndOfAJournalIsAFaultWhereTheIndexBesideKnowsI
   EXPECT_THAT(beforeOpening(), IsEmpty()) << "the index is damaged itself";
 }
 
+TEST_F(DatabaseCheckTest, AShortTableIsLookedThroughInALargeDatabase) {
+  write(std::string(manyRows) + "; CREATE TABLE large (a); INSERT INTO large VALUES (zeroblob(17000000))");
+  EXPECT_THAT(within({{.name = "t", .isShort = true}}), IsEmpty());
+  repeatRow();
+  EXPECT_THAT(within({{.name = "t", .isShort = true}}), ElementsAre(DatabaseFault::damaged));
+  EXPECT_THAT(within({{.name = "large", .isShort = true}}), IsEmpty());
+}
+
 TEST_F(DatabaseCheckTest, AnIndexOfAJournalTellsThatTheJournalIsMissing) {
   write(manyRows, Journal::walWithPendingRows);
   files_.wal.emplace();

@@ -34,8 +34,10 @@ TEST(CanonicalPeople, WhatAChannelOnlyCountsStays) {
 }
 
 TEST(CanonicalPeople, NobodyVotesForAnOptionTwice) {
-  const Poll poll{.options = {{.words = "Monday", .voters = {byPhone, byLID, ben}}, {.words = "Friday", .voters = {byLID}}}};
-  const Poll expected{.options = {{.words = "Monday", .voters = {byPhone, ben}}, {.words = "Friday", .voters = {byPhone}}}};
+  const Poll poll{
+      .options = {{.words = "Monday", .voters = {byPhone, byLID, ben}}, {.words = "Friday", .voters = {byLID}}}};
+  const Poll expected{
+      .options = {{.words = "Monday", .voters = {byPhone, ben}}, {.words = "Friday", .voters = {byPhone}}}};
   EXPECT_EQ(unified({.content = poll}).content, MessageContent(expected));
 }
 

@@ -342,6 +342,14 @@ TEST_P(SnapshotLoaderTest, AColumnThatItsNeighbourHasSwallowedIsAWarning) {
   EXPECT_THAT(load().warnings, Contains(StartsWith("Some messages may be missing")));
 }
 
+TEST_P(SnapshotLoaderTest, ATableWhoseNameIsDamagedIsAWarning) {
+  contents_.whatsApp.lidPairs = {{{.lid = "77@lid", .phoneNumber = phone}}};
+  contents_.whatsApp.chatStorageSQL =
+      "PRAGMA writable_schema = ON; UPDATE sqlite_master SET name = 'ZWAPHONENUMBERlIDPAIR' WHERE name = "
+      "'ZWAPHONENUMBERLIDPAIR'";
+  EXPECT_THAT(load().warnings, Contains(StartsWith("Some messages may be missing")));
+}
+
 TEST_P(SnapshotLoaderTest, PairsOfIdentitiesWithoutAColumnAreAWarning) {
   contents_.whatsApp.lidPairs = {{{.lid = "77@lid", .phoneNumber = phone}}};
   EXPECT_THAT(load().warnings, IsEmpty());

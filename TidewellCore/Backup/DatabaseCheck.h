@@ -27,6 +27,7 @@ using DatabaseFaults = std::set<DatabaseFault>;
 struct DatabaseTable {
   const char* name = "";
   const char* reference = nullptr;  // to a row of another table, by its key
+  bool isShort = false;             // so that looking at all of it costs little, however large its database is
 };
 
 // Looks for what SQLite passes over in silence (docs/decisions/0018-what-a-damaged-database-tells.md).
@@ -42,8 +43,8 @@ DatabaseFaults beforeOpening(const std::filesystem::path& database,
                              const std::optional<SQLiteWALIndex>& journalIndex = std::nullopt);
 
 // Looks into a database: whether something stands in for one of `tables`,
-// whether these have lost rows, or references, that their indices know otherwise, and, up
-// to `largestForPages` bytes, whether its pages fit together.
+// whether these have lost rows, or references, that their indices know otherwise, and
+// whether pages fit together: those of short tables, and up to `largestForPages` bytes all.
 DatabaseFaults within(const SQLiteDB& database, std::span<const DatabaseTable> tables);
 
 // The name of an index that holds the table's reference of each row, in that

@@ -29,9 +29,8 @@ void unify(std::vector<Reaction>& reactions, const Canonical& canonical) {
   for (Reaction& reaction : reactions) unify(reaction.person, canonical);
   std::vector<Reaction> newest;
   for (Reaction& reaction : reactions) {
-    const auto earlier = std::ranges::find_if(newest, [&](const Reaction& other) {
-      return reaction.person && other.person == reaction.person;
-    });
+    const auto earlier = std::ranges::find_if(
+        newest, [&](const Reaction& other) { return reaction.person && other.person == reaction.person; });
     if (earlier != newest.end()) newest.erase(earlier);
     newest.push_back(std::move(reaction));
   }

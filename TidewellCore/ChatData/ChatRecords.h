@@ -54,10 +54,11 @@ struct GroupMemberRecord {
 
 // What of the table of messages was not read. Rows that show nothing, neither text nor file, do not count.
 struct UnreadMessages {
-  std::int64_t withoutChat = 0;  // rows that do not say which chat they belong to, or have no key
-  std::int64_t withoutText = 0;  // messages whose text is stored as no text, or in no column that is known
-  std::int64_t ofFiles = 0;      // files whose message is not there
-  bool isPartial = false;        // a column that every phone has is not there, or a date is no number
+  std::int64_t withoutChat = 0;    // rows that do not say which chat they belong to, or have no key
+  std::int64_t withoutText = 0;    // messages whose text is stored as no text, or in no column that is known
+  std::int64_t ofFiles = 0;        // files whose message is not there
+  std::int64_t namelessItems = 0;  // items of media when not one names a file
+  bool isPartial = false;          // a column that every phone has is not there, or a date is no number
 
   bool operator==(const UnreadMessages&) const = default;
 };

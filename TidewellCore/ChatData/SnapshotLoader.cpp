@@ -26,16 +26,17 @@ constexpr const char* messageTable = "ZWAMESSAGE";
 constexpr const char* contactTable = "ZWAADDRESSBOOKCONTACT";
 constexpr std::array<DatabaseTable, 6> chatTables{{{.name = messageTable, .reference = "ZCHATSESSION"},
                                                    {.name = "ZWAMEDIAITEM", .reference = "ZMESSAGE"},
-                                                   {.name = "ZWACHATSESSION"},
-                                                   {.name = "ZWAGROUPMEMBER"},
-                                                   {.name = "ZWAPROFILEPUSHNAME"},
-                                                   {.name = "ZWAPHONENUMBERLIDPAIR"}}};
-constexpr std::array contactTables{DatabaseTable{.name = contactTable}};
+                                                   {.name = "ZWACHATSESSION", .isShort = true},
+                                                   {.name = "ZWAGROUPMEMBER", .isShort = true},
+                                                   {.name = "ZWAPROFILEPUSHNAME", .isShort = true},
+                                                   {.name = "ZWAPHONENUMBERLIDPAIR", .isShort = true}}};
+constexpr std::array contactTables{DatabaseTable{.name = contactTable, .isShort = true}};
 constexpr std::array identityTables{DatabaseTable{.name = "ZWAPHONENUMBERLIDPAIR"},
                                     DatabaseTable{.name = "ZWAZACCOUNT"}};
-constexpr std::array callTables{DatabaseTable{.name = "ZWACDCALLEVENT", .reference = "Z1CALLEVENTS"},
-                                DatabaseTable{.name = "ZWAAGGREGATECALLEVENT"},
-                                DatabaseTable{.name = "ZWACDCALLEVENTPARTICIPANT", .reference = "Z1PARTICIPANTS"}};
+constexpr std::array callTables{
+    DatabaseTable{.name = "ZWACDCALLEVENT", .reference = "Z1CALLEVENTS", .isShort = true},
+    DatabaseTable{.name = "ZWAAGGREGATECALLEVENT", .isShort = true},
+    DatabaseTable{.name = "ZWACDCALLEVENTPARTICIPANT", .reference = "Z1PARTICIPANTS", .isShort = true}};
 
 constexpr const char* noMessages =
     "Its list of messages is missing, so it is empty or damaged. Copy the backup again from where it came, or make a "
@@ -167,12 +168,11 @@ ChatStorageSnapshot putTogether(ChatTables tables, Sides& sides) {
   return ChatStorageSnapshot(std::move(tables));
 }
 
-// A phone keeps the files of messages: where there are messages and files, and
-// nothing names one of them, their paths cannot be read.
+// A phone keeps the files of messages: where there are files and items of media, and
+// not one of these names a file, their paths cannot be read.
 bool areLinksLost(const ChatStorageSnapshot& snapshot, const ManifestStore& manifest) {
-  const bool areNamed = snapshot.hasMedia() || snapshot.unread().ofFiles > 0;
   const auto isOfTheseChats = [&](const ManifestFile& file) { return file.domain == manifest.chatStorage->domain; };
-  return manifest.chatStorage && !areNamed && !snapshot.messages().empty() &&
+  return manifest.chatStorage && snapshot.unread().namelessItems > 0 &&
          std::ranges::any_of(manifest.media, isOfTheseChats);
 }
 
