@@ -31,8 +31,8 @@ constexpr std::array<DatabaseTable, 6> chatTables{{{.name = messageTable, .refer
                                                    {.name = "ZWAPROFILEPUSHNAME", .isShort = true},
                                                    {.name = "ZWAPHONENUMBERLIDPAIR", .isShort = true}}};
 constexpr std::array contactTables{DatabaseTable{.name = contactTable, .isShort = true}};
-constexpr std::array identityTables{DatabaseTable{.name = "ZWAPHONENUMBERLIDPAIR"},
-                                    DatabaseTable{.name = "ZWAZACCOUNT"}};
+constexpr std::array identityTables{DatabaseTable{.name = "ZWAPHONENUMBERLIDPAIR", .isShort = true},
+                                    DatabaseTable{.name = "ZWAZACCOUNT", .isShort = true}};
 constexpr std::array callTables{
     DatabaseTable{.name = "ZWACDCALLEVENT", .reference = "Z1CALLEVENTS", .isShort = true},
     DatabaseTable{.name = "ZWAAGGREGATECALLEVENT", .isShort = true},
