@@ -9,6 +9,7 @@
 #include "TidewellCore/ChatData/MediaPaths.h"
 #include "TidewellCore/ChatData/MessageDecoder.h"
 #include "TidewellCore/ChatData/NameResolver.h"
+#include "TidewellCore/ChatData/OwnJID.h"
 #include "TidewellCore/ChatData/StoredJID.h"
 #include "TidewellCore/ChatData/StoredNumber.h"
 #include "TidewellCore/ChatData/TableReader.h"
@@ -56,18 +57,25 @@ Creators readCreators(const SQLiteDB& database) {
   return creators;
 }
 
-// The owner's JIDs: notices and group events are addressed to them.
+// The owner's JIDs: notices and group events are addressed to them, and the owner's
+// messages name them in place of a name. A phone has one, or one of each kind, so the first rows tell.
 std::vector<std::string> readOwnJIDs(const SQLiteDB& database) {
-  constexpr std::size_t enough = 64;  // notices; a phone has one JID, or one of each kind
+  constexpr const char* firstRows = " IS NOT NULL LIMIT 64";
   const std::set<std::string> columns = database.columns("ZWAMESSAGE");
+  const auto areThere = [&](const char* a, const char* b) { return columns.contains(a) && columns.contains(b); };
   std::vector<std::string> jids;
-  if (!columns.contains("ZTOJID") || !columns.contains("ZMESSAGETYPE")) return jids;
-  database.forEachRow("SELECT ZTOJID FROM ZWAMESSAGE WHERE ZMESSAGETYPE IN (6, 10) AND ZTOJID IS NOT NULL LIMIT " +
-                          std::to_string(enough),
-                      [&](const SQLiteRowView& row) {
-                        auto jid = StoredJID::checked(row.text(0).value_or(""));
-                        if (jid && std::ranges::find(jids, *jid) == jids.end()) jids.push_back(std::move(*jid));
-                      });
+  const auto add = [&](std::optional<std::string> jid) {
+    if (jid && std::ranges::find(jids, *jid) == jids.end()) jids.push_back(std::move(*jid));
+  };
+  if (areThere("ZTOJID", "ZMESSAGETYPE")) {
+    database.forEachRow(
+        std::string("SELECT ZTOJID FROM ZWAMESSAGE WHERE ZMESSAGETYPE IN (6, 10) AND ZTOJID") + firstRows,
+        [&](const SQLiteRowView& row) { add(StoredJID::checked(row.text(0).value_or(""))); });
+  }
+  if (areThere("ZPUSHNAME", "ZISFROMME")) {
+    database.forEachRow(std::string("SELECT ZPUSHNAME FROM ZWAMESSAGE WHERE ZISFROMME = 1 AND ZPUSHNAME") + firstRows,
+                        [&](const SQLiteRowView& row) { add(OwnJID::inPushName(row.text(0).value_or(""))); });
+  }
   return jids;
 }
 
