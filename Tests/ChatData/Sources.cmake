@@ -6,6 +6,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/DisplayNameTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/EncodedMessageTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/JIDTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/MissingMessagesTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/NameResolverTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ScanSummaryTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/SenderNameTests.cpp
