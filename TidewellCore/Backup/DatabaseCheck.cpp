@@ -118,13 +118,13 @@ DatabaseFaults DatabaseCheck::beforeOpening(const fs::path& database, std::optio
   const bool isWithoutJournal = Files::kindOf(log) == Files::Kind::nothing || Files::regularFileSize(log) == 0;
   if (isWithoutJournal && journalIndex && journalIndex->hasPendingFrames())
     faults.insert(DatabaseFault::journalMissing);
-  const SQLiteWAL journal = SQLiteWAL::read(database.native() + "-wal", recordedJournalSize, journalIndex);
+  const SQLiteWAL journal = SQLiteWAL::read(log, recordedJournalSize, journalIndex);
   const auto header = SQLiteHeader::read(database);
   const bool isPassedOver = header && !header->isWAL && journal.frameCount > 0;
   if (journal.isDamaged() || isPassedOver) faults.insert(DatabaseFault::journalDamaged);
   const std::int64_t size = Files::regularFileSize(database).value_or(0);
   const bool isShort = header && size < header->databaseSize;
-  if (isShort && !journal.completes(database.native() + "-wal", size)) faults.insert(DatabaseFault::damaged);
+  if (isShort && !journal.completes(log, size)) faults.insert(DatabaseFault::damaged);
   return faults;
 }
 

@@ -201,9 +201,9 @@ void pickDatabases(ManifestStore& store) {
   store.chatStorageWAL = companion(store, store.chatStorage, "-wal");
   store.chatStorageSHM = companion(store, store.chatStorage, "-shm");
   store.chatStorageRollback = companion(store, store.chatStorage, "-journal");
-  store.contactsRollback = companion(store, store.contacts, "-journal");
   store.contactsWAL = companion(store, store.contacts, "-wal");
   store.contactsSHM = companion(store, store.contacts, "-shm");
+  store.contactsRollback = companion(store, store.contacts, "-journal");
   store.isWithoutItsContacts = !store.contacts && std::ranges::any_of(store.files, [](const ManifestFile& file) {
     return file.relativePath.starts_with("ContactsV2.sqlite-");
   });
