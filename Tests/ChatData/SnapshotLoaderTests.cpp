@@ -237,6 +237,18 @@ TEST_P(SnapshotLoaderTest, AJournalShorterThanRecordedIsAWarning) {
   }
 }
 
+TEST_P(SnapshotLoaderTest, ADatabaseThatIsShorterThanNotedIsAWarning) {
+  const auto size = static_cast<std::int64_t>(writeChatStorage(contents_.whatsApp).main.size());
+  auto& storage = contents_.whatsApp.databaseStorage;
+  storage["ChatStorage.sqlite"].recordedSize = size - 4096;
+  EXPECT_THAT(load().warnings, IsEmpty()) << "it grew while it was copied";
+  storage["ChatStorage.sqlite"].recordedSize = size + 4096;
+  EXPECT_THAT(load().warnings, ElementsAre(StartsWith("Some messages may be missing")));
+  storage.clear();
+  storage["ContactsV2.sqlite"].recordedSize = std::int64_t{1} << 40;
+  EXPECT_THAT(load().warnings, ElementsAre(StartsWith("Some names may be missing")));
+}
+
 TEST_P(SnapshotLoaderTest, AHostileIdentifierOfADatabaseIsAMissingFile) {
   contents_.whatsApp.databaseStorage["ChatStorage.sqlite"] = {.fileID = "../device/Manifest.db"};
   expectUnreadable("Missing backup file for ChatStorage.sqlite.");

@@ -61,6 +61,12 @@ bool canBeRead(const OpenedBackup& opened, const std::optional<ManifestFile>& co
   return companion && opened.isStored(*companion) && opened.isOpenedBy(opened.keyOf(*companion));
 }
 
+// A database may have grown since its size was noted; a shorter one is another, older one.
+bool isShorterThanNoted(const OpenedBackup& opened, const ManifestFile& database) {
+  const auto size = opened.provenSize(database);
+  return size && *size < database.plaintextSize.value_or(0);
+}
+
 // Makes working copies side by side, and looks at them while they are as they were stored.
 WorkingCopy copyDatabase(const OpenedBackup& opened, const DatabaseFiles& files, const fs::path& folder,
                          const CancellationCheck& isCancelled) {
@@ -73,6 +79,7 @@ WorkingCopy copyDatabase(const OpenedBackup& opened, const DatabaseFiles& files,
   made.faults =
       DatabaseCheck::beforeOpening(made.path, hasJournal ? files.journal->plaintextSize : std::optional<std::int64_t>(),
                                    SQLiteWALIndex::read(made.path.native() + "-shm"));
+  if (isShorterThanNoted(opened, *files.database)) made.faults.insert(DatabaseFault::damaged);
   const bool isRollbackLost = files.rollback && !hasRollback && files.rollback->plaintextSize != 0;
   if ((files.journal && !hasJournal) || isRollbackLost) made.faults.insert(DatabaseFault::journalMissing);
   return made;
