@@ -249,6 +249,19 @@ TEST_P(SnapshotLoaderTest, ADatabaseThatIsShorterThanNotedIsAWarning) {
   EXPECT_THAT(load().warnings, ElementsAre(StartsWith("Some names may be missing")));
 }
 
+TEST_P(SnapshotLoaderTest, FilesThatAreStoredAndNotListedAreAWarning) {
+  const auto warns = ElementsAre(StartsWith("Some files may be missing: the backup’s file index is damaged"));
+  const MediaFile photo{.localPath = "Media/a@g.us/1.jpg", .content = bytesOf("x"), .message = 1};
+  contents_.whatsApp.mediaFiles = {photo};
+  contents_.manifestSQL = "DELETE FROM Files WHERE relativePath LIKE '%/1.jpg'";
+  EXPECT_THAT(load().warnings, warns);
+  contents_.whatsApp.mediaFiles[0].storage.missing = true;
+  EXPECT_THAT(load().warnings, IsEmpty()) << "phones do not keep everything";
+  contents_.whatsApp.mediaFiles = {};
+  contents_.manifestSQL = "DELETE FROM Files WHERE relativePath LIKE 'ContactsV2.sqlite%'";
+  EXPECT_THAT(load().warnings, warns);
+}
+
 TEST_P(SnapshotLoaderTest, AHostileIdentifierOfADatabaseIsAMissingFile) {
   contents_.whatsApp.databaseStorage["ChatStorage.sqlite"] = {.fileID = "../device/Manifest.db"};
   expectUnreadable("Missing backup file for ChatStorage.sqlite.");

@@ -8,6 +8,7 @@
 #include "TidewellCore/ChatData/ChatStorageReader.h"
 #include "TidewellCore/ChatData/ContactsReader.h"
 #include "TidewellCore/ChatData/MissingMessages.h"
+#include "TidewellCore/ChatData/UnlistedFiles.h"
 #include "TidewellCore/ChatData/UnreadApps.h"
 #include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/Platform/SQLiteDB.h"
@@ -198,6 +199,9 @@ ChatStorageSnapshot SnapshotLoader::load(const OpenedBackup& opened, const Manif
     append(snapshot.warnings, BackupDatabase::contacts, {DatabaseFault::damaged});
   }
   if (areLinksLost(snapshot, manifest)) append(snapshot.warnings, BackupDatabase::chats, {DatabaseFault::damaged});
+  if (UnlistedFiles::areThere(opened, manifest, snapshot)) {
+    append(snapshot.warnings, BackupDatabase::index, {DatabaseFault::damaged});
+  }
   throwIfCancelled(isCancelled);
   std::ranges::move(UnreadApps::warnings(manifest), std::back_inserter(snapshot.warnings));
   return snapshot;
