@@ -175,6 +175,26 @@ TEST_F(WriteAheadLog, AnIndexOfAnotherGenerationOrAnEarlierMomentSaysNothing) {
   EXPECT_EQ(readWithIndex(), SQLiteWAL()) << "an app that closes its database may leave it so";
 }
 
+TEST_F(WriteAheadLog, ALogOfAnEarlierGenerationThanItsIndexKnowsIsDamage) {
+  const auto next = [this] { ++index_->salts[3]; };
+  next();
+  EXPECT_EQ(readWithIndex().state, State::damagedFrame);
+  index_->frameCount = 0;
+  EXPECT_EQ(readWithIndex(), read()) << "its log begins anew";
+}
+
+TEST_F(WriteAheadLog, ATailOfZerosIsDamage) {
+  for (std::size_t first = 0; first < frameCount(); ++first) {
+    const Fixture::Bytes whole = log_;
+    std::fill(log_.begin() + static_cast<std::ptrdiff_t>(frame(first)), log_.end(), std::uint8_t{0});
+    EXPECT_EQ(read().state, State::damagedFrame) << first;
+    log_ = whole;
+    std::fill(log_.begin() + static_cast<std::ptrdiff_t>(frame(first) + 100), log_.end(), std::uint8_t{0});
+    EXPECT_EQ(read().state, first + 1 < frameCount() ? State::damagedFrame : State::torn) << first;
+    log_ = whole;
+  }
+}
+
 TEST_F(WriteAheadLog, ADamagedHeaderIsDamage) {
   for (std::size_t i = 0; i < headerSize; ++i) {
     flip(i);
