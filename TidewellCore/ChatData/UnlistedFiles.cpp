@@ -45,8 +45,7 @@ bool UnlistedFiles::areThere(const OpenedBackup& opened, const ManifestStore& ma
   if (!manifest.chatStorage) return false;
   const Paths paths = listed(manifest);
   const auto isStored = [&](std::string_view path) {
-    return !paths.contains(path) &&
-           opened.isStored({.fileID = fileIdentifier(manifest.chatStorage->domain, path)});
+    return !paths.contains(path) && opened.isStored({.fileID = fileIdentifier(manifest.chatStorage->domain, path)});
   };
   return std::ranges::any_of(companions, isStored) || std::ranges::any_of(newestUnlisted(snapshot, paths), isStored);
 }
