@@ -157,6 +157,12 @@ TEST(MessageWords, AMissingMediumSaysWhatItWas) {
             R"({"name":"a.pdf","part":"document","seconds":7})");
 }
 
+TEST(MessageWords, ADocumentsNameStandsAboveItsCaption) {
+  const MessageDetails named{.fileName = "report.pdf"};
+  EXPECT_EQ(told(named, {.sender = "Ana", .text = "read it"}).text, "report.pdf\nread it");
+  EXPECT_FALSE(told(named).details) << "the words say all of it";
+}
+
 TEST(MessageWords, ACaptionStandsInThePlaceOfAMissingMedium) {
   const ArchiveMessage message = told({.content = MissingMedia{}}, {.text = "the sea"});
   EXPECT_EQ(message.text, "the sea");

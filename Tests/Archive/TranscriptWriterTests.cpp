@@ -47,11 +47,13 @@ std::string pageOf(const ArchiveChat& chat, const TimeZone& zone = utc) {
   return TranscriptWriter::renderHTML(chat, TranscriptStyle::english(), zone, american);
 }
 
+std::string textOf(const ArchiveChat& chat) {
+  return TranscriptWriter::renderText(chat, TranscriptStyle::english(), utc, american);
+}
+
 std::string html(const std::vector<Line>& lines, const TimeZone& zone = utc) { return pageOf(chatOf(lines), zone); }
 
-std::string text(const std::vector<Line>& lines) {
-  return TranscriptWriter::renderText(chatOf(lines), TranscriptStyle::english(), utc, american);
-}
+std::string text(const std::vector<Line>& lines) { return textOf(chatOf(lines)); }
 
 std::size_t count(const std::string& text, const std::string& part) {
   std::size_t found = 0;
@@ -152,10 +154,13 @@ TEST(TranscriptWriter, SeesMediaFromItsChatsFolder) {
   EXPECT_THAT(link("An/a.pdf"), HasSubstr("href=\"../An/a.pdf\""));
 }
 
-TEST(TranscriptWriter, DoesNotLinkToWhatIsNotThere) {
+TEST(TranscriptWriter, SaysWhatIsNotExportedAndDoesNotLinkToIt) {
   ArchiveChat chat{.folder = "Ana"};
   chat.messages = {{.id = "1", .sender = "Ana", .media = ArchiveMedia{.kind = MediaKind::videos, .fileName = "a.mp4"}}};
-  EXPECT_THAT(pageOf(chat), AllOf(HasSubstr("<p>[media]</p>"), Not(HasSubstr("a.mp4"))));
+  EXPECT_THAT(pageOf(chat), AllOf(HasSubstr("<p>Video (not exported)</p>"), Not(HasSubstr("a.mp4"))));
+  EXPECT_THAT(textOf(chat), HasSubstr("Ana: Video (not exported)\n"));
+  chat.messages[0].text = "look";
+  EXPECT_THAT(textOf(chat), HasSubstr("Ana: look [Video (not exported)]\n"));
 }
 
 TEST(TranscriptWriter, AVoiceNoteAloneHasNoParagraphOfText) {

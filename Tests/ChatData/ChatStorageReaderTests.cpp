@@ -63,6 +63,21 @@ TEST(ChatStorageReader, ReadsChatsMessagesMembersAndMedia) {
   EXPECT_EQ(*snapshot.mediaMessage("Message/" + local), expected);
 }
 
+TEST(ChatStorageReader, AFileThatTheBackupLacksIsAMissingMedium) {
+  const WhatsAppContents app{.chats = {{.jid = ana}},
+                             .messages = {{.chat = 1, .type = 3}, {.chat = 1, .type = 3}},
+                             .mediaItems = {{.message = 1, .localPath = "Media/a/1.opus", .duration = 7},
+                                            {.message = 2, .localPath = "Media/a/2.opus", .duration = 8}}};
+  const auto isSecond = [](const std::string& path) { return path == "Message/Media/a/2.opus"; };
+  const ChatStorageSnapshot snapshot(readTables(app, {.hasFile = isSecond}));
+  const std::vector<MessageRecord> messages = messagesOf(snapshot, 1);
+  ASSERT_NE(snapshot.details(messages.at(0)), nullptr);
+  EXPECT_EQ(snapshot.details(messages.at(0))->content,
+            MessageContent(MissingMedia{.part = MessagePart::voiceMessage, .seconds = 7}));
+  EXPECT_EQ(snapshot.details(messages.at(1)), nullptr);
+  EXPECT_TRUE(messages.at(0).mediaLocalPath) << "an older export may have it";
+}
+
 TEST(ChatStorageReader, CutsNamesThatNoScreenShowsAndNoMessages) {
   std::string name;
   while (name.size() < 30'000) name += "Ana Maria ";

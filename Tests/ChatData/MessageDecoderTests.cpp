@@ -45,8 +45,7 @@ TEST(MessageDecoder, PlainTextsAndFilesHaveNoDetails) {
     EXPECT_EQ(decode({.type = type, .hasFile = true, .vCardString = "image/jpeg", .duration = 7}), DecodedMessage{})
         << type;
   }
-  EXPECT_EQ(decode({.type = 8, .text = "report.pdf", .hasFile = true}),
-            (DecodedMessage{.text = "report.pdf", .fileName = "report.pdf"}));
+  EXPECT_EQ(decode({.type = 8, .text = "report.pdf", .hasFile = true}), DecodedMessage{.text = "report.pdf"});
   const Bytes unknown = Protobuf().text(4, "/v/t62").integer(216, 1).bytes();
   EXPECT_EQ(decode({.type = 1, .hasFile = true, .metadata = unknown}), DecodedMessage{});
 }
@@ -94,13 +93,12 @@ TEST(MessageDecoder, AMediumWithoutAFileSaysWhatItWas) {
 
 TEST(MessageDecoder, ADocumentHasANameAndMayHaveACaption) {
   EXPECT_EQ(decode({.type = 8, .text = "report.pdf", .hasFile = true, .title = "read it"}),
-            (DecodedMessage{.text = "read it", .fileName = "report.pdf"}));
+            (DecodedMessage{.text = "read it", .details = MessageDetails{.fileName = "report.pdf"}}));
   EXPECT_EQ(decode({.type = 8, .text = "report.pdf", .hasFile = true, .title = "report.pdf"}),
-            (DecodedMessage{.text = "report.pdf", .fileName = "report.pdf"}));
-  EXPECT_EQ(decode({.type = 8, .hasFile = true, .title = "report.pdf"}), (DecodedMessage{.fileName = "report.pdf"}));
+            (DecodedMessage{.text = "report.pdf"}));
+  EXPECT_EQ(decode({.type = 8, .hasFile = true, .title = "report.pdf"}), (DecodedMessage{.text = "report.pdf"}));
   EXPECT_EQ(decode({.type = 8, .text = "report.pdf", .title = "read it"}),
             (DecodedMessage{.text = "read it",
-                            .fileName = "report.pdf",
                             .details = MessageDetails{
                                 .content = MissingMedia{.part = MessagePart::document, .fileName = "report.pdf"}}}));
   EXPECT_EQ(decode({.type = 8, .text = "report.pdf"}).text, std::nullopt) << "the name alone is no caption";

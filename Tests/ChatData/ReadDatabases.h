@@ -18,10 +18,10 @@ inline void writeDatabase(const DatabaseFiles& files, const std::filesystem::pat
   if (files.shm) writeFile(database.string() + "-shm", *files.shm);
 }
 
-inline ChatTables readTables(const WhatsAppContents& app) {
+inline ChatTables readTables(const WhatsAppContents& app, const ChatStorageReader::Setting& setting = {}) {
   const TemporaryDirectory folder;
   writeDatabase(writeChatStorage(app), folder / "ChatStorage.sqlite");
-  return ChatStorageReader::load(folder / "ChatStorage.sqlite");
+  return ChatStorageReader::load(folder / "ChatStorage.sqlite", setting);
 }
 
 inline ChatStorageSnapshot readChats(const WhatsAppContents& app) { return ChatStorageSnapshot(readTables(app)); }

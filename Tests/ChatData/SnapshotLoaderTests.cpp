@@ -237,6 +237,23 @@ TEST_P(SnapshotLoaderTest, AJournalShorterThanRecordedIsAWarning) {
   }
 }
 
+TEST_P(SnapshotLoaderTest, OnlyFilesOfTheAppsOwnCountAsThere) {
+  const std::string here = "Media/a@g.us/1.jpg";
+  const std::string elsewhere = "Media/a@g.us/2.jpg";
+  contents_.whatsApp.messages[0].type = contents_.whatsApp.messages[1].type = 1;
+  contents_.whatsApp.mediaItems = {{.message = 2, .localPath = elsewhere}};
+  contents_.whatsApp.mediaFiles = {{.localPath = here, .content = bytesOf("one"), .message = 1}};
+  contents_.businessApp = {{.domain = std::string(businessDomain),
+                            .withChatStorage = false,
+                            .withContacts = false,
+                            .mediaFiles = {{.localPath = elsewhere, .content = bytesOf("two")}}}};
+  const auto [snapshot, warnings] = load();
+  const auto messages = messagesOf(snapshot, 1);
+  EXPECT_EQ(snapshot.details(messages.at(0)), nullptr);
+  ASSERT_NE(snapshot.details(messages.at(1)), nullptr);
+  EXPECT_EQ(snapshot.details(messages.at(1))->content, MessageContent(MissingMedia{.part = MessagePart::photo}));
+}
+
 TEST_P(SnapshotLoaderTest, AHostileIdentifierOfADatabaseIsAMissingFile) {
   contents_.whatsApp.databaseStorage["ChatStorage.sqlite"] = {.fileID = "../device/Manifest.db"};
   expectUnreadable("Missing backup file for ChatStorage.sqlite.");

@@ -68,7 +68,7 @@ INSTANTIATE_TEST_SUITE_P(Backups, EarlyEndTest, testing::Bool(), ExportTest::enc
 
 TEST_P(EarlyEndTest, ADiskThatFillsUpEndsTheCopying) {
   enlarge();
-  const SmallVolume volume(scene.destination, 64 * page);
+  const SmallVolume volume(scene.destination, 128 * page);
   if (!volume.isMounted()) GTEST_SKIP() << "This user cannot mount a volume.";
   const auto fill = when(Phase::copyingMedia, 0, [&] { fillVolume(8); });
   EXPECT_THAT([&] { scene.run(everything, {.progress = fill}); }, failsWith(EarlyEnd::fullDestination));

@@ -168,6 +168,17 @@ TEST_F(SQLiteDBTest, WhatTheHandlerThrowsEndsTheStatement) {
   EXPECT_THAT(texts(db, "SELECT a FROM t"), ElementsAre("1", "2"));
 }
 
+TEST_F(SQLiteDBTest, AStatementThatTakesLongCanBeCancelled) {
+  constexpr const char* endless =
+      "WITH RECURSIVE count(n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM count) SELECT max(n) FROM count";
+  SQLiteDB db = database("CREATE TABLE t (a)");
+  int questions = 0;
+  db.cancelWhen([&] { return ++questions > 3; });
+  EXPECT_EQ(errorOf([&] { valueOf(db, endless); }), TidewellError::cancelled());
+  EXPECT_EQ(questions, 4);
+  EXPECT_EQ(errorOf([&] { db.forEachRow(endless, [](const SQLiteRowView&) {}); }), TidewellError::cancelled());
+}
+
 TEST_F(SQLiteDBTest, AFileThatIsNoDatabaseIsInvalid) {
   Fixture::writeFile(file_, std::string(4096, 'x'));
   EXPECT_EQ(errorOf([&] { open(SQLiteDB::OpenMode::readOnly).tableExists("t"); }),

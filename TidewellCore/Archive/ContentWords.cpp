@@ -131,10 +131,30 @@ struct Words {
   }
 };
 
+MessagePart partOf(MediaKind kind) {
+  switch (kind.value()) {
+    case MediaKind::photos:
+      return MessagePart::photo;
+    case MediaKind::videos:
+      return MessagePart::video;
+    case MediaKind::voiceNotes:
+      return MessagePart::voiceMessage;
+    case MediaKind::stickers:
+      return MessagePart::sticker;
+    case MediaKind::documents:
+      break;
+  }
+  return MessagePart::document;
+}
+
 }  // namespace
 
 std::string ContentWords::of(const MessageContent& content, const Setting& setting) {
   return std::visit(Words{setting}, content);
+}
+
+std::string ContentWords::notExported(MediaKind kind, const Wording& wording) {
+  return wording.say("messages", "notExported", {{"medium", label(partOf(kind), wording)}});
 }
 
 std::string ContentWords::label(MessagePart part, const Wording& wording) {

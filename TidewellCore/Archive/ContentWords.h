@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "TidewellCore/Archive/Wording.h"
+#include "TidewellCore/MediaKind.h"
 
 // What a message is, in words: "Voice call, 1:35".
 namespace ContentWords {
@@ -19,6 +20,9 @@ struct Setting {
 // Cleaned; lines only for what a business sent and a product's description. Empty for
 // a text, a link or a file, which speak for themselves.
 std::string of(const MessageContent& content, const Setting& setting);
+
+// What stands in the place of a file that is not in the export: "Photo (not exported)".
+std::string notExported(MediaKind kind, const Wording& wording);
 
 // What a part is called: "Voice message".
 std::string label(MessagePart part, const Wording& wording);

@@ -40,6 +40,13 @@ std::string reactionWords(const ArchiveReaction& reaction, const Wording& wordin
   return reaction.names.empty() ? words : words + " " + wording.list(reaction.names);
 }
 
+// What is said of a file that is not there, unless the message's own words are that.
+std::string absenceOf(const ArchiveMessage& message, const Wording& wording) {
+  if (message.media && !message.media->relativePath) return ContentWords::notExported(message.media->kind, wording);
+  const bool isCaptioned = message.kind() == ArchiveKind::missing && MessageInfo::caption(message.details->info);
+  return isCaptioned ? ContentWords::of(MessageInfo::missing(message.details->info), {wording}) : std::string();
+}
+
 }  // namespace
 
 std::optional<Date> TranscriptDetails::dateOf(const ArchiveMessage& message) {
@@ -55,9 +62,10 @@ std::optional<std::string> TranscriptDetails::mediaPath(const ArchiveMessage& me
 
 std::string TranscriptDetails::words(const ArchiveMessage& message, const Wording& wording) {
   if (message.kind() == ArchiveKind::poll) return pollWords(*message.details, wording);
-  std::string text = MessageWords::text(message);
-  if (message.kind() != ArchiveKind::missing || !MessageInfo::caption(message.details->info)) return text;
-  return text + " [" + ContentWords::of(MessageInfo::missing(message.details->info), {wording}) + "]";
+  const std::string text = MessageWords::text(message);
+  const std::string absence = absenceOf(message, wording);
+  if (text.empty() || absence.empty()) return text + absence;
+  return text + " [" + absence + "]";
 }
 
 std::vector<std::string> TranscriptDetails::marks(const ArchiveMessage& message, const Wording& wording) {

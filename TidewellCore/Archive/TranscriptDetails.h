@@ -22,7 +22,8 @@ std::optional<Date> dateOf(const ArchiveMessage& message);
 // stands in that folder, unless two chats share it.
 std::optional<std::string> mediaPath(const ArchiveMessage& message, const ArchiveChat& chat);
 
-// What the message says; a poll's options and a file that is there stand elsewhere.
+// What the message says, and that its file is not in the export; a poll's options and a file that is there stand
+// elsewhere.
 std::string words(const ArchiveMessage& message, const Wording& wording);
 
 // "forwarded", "view once"

@@ -124,14 +124,15 @@ void loadMedia(const SQLiteDB& database, ChatTables& tables) {
 
 }  // namespace
 
-ChatTables ChatStorageReader::load(const std::filesystem::path& copiedDatabase) {
-  const SQLiteDB database = open(copiedDatabase);
+ChatTables ChatStorageReader::load(const std::filesystem::path& copiedDatabase, const Setting& setting) {
+  SQLiteDB database = open(copiedDatabase);
+  database.cancelWhen(setting.isCancelled);
   ChatTables tables;
   loadChats(database, tables);
   loadGroupMembers(database, tables);
   loadProfilePushNames(database, tables);
   loadLIDPairs(database, tables);
-  MessageTable::load(database, tables);
+  MessageTable::load(database, setting.hasFile, tables);
   loadMedia(database, tables);
   return tables;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -11,5 +12,8 @@ namespace MediaPaths {
 bool isOfFile(std::string_view localPath);
 // The same place in the backup, "Message/Media/…".
 std::string inBackup(std::string_view localPath);
+
+// Whether the backup has a file, by its place there; an empty one stands for a backup that has every file.
+using Lookup = std::function<bool(const std::string&)>;
 
 }  // namespace MediaPaths

@@ -195,7 +195,7 @@ struct MessageDetails {
   std::optional<Quote> quote;
   std::vector<Reaction> reactions;  // the oldest first
   MessageMarks marks;
-  std::optional<std::string> fileName;  // of a document, as its sender called it
+  std::optional<std::string> fileName;  // of a document with a caption, as its sender called it
 
   bool operator==(const MessageDetails&) const = default;
 };

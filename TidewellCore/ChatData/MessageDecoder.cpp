@@ -107,9 +107,10 @@ void viewOnce(Decoding& decoding) {
 void document(Decoding& decoding) {
   const MessageRow& row = decoding.row;
   const auto caption = RowMedia::documentCaption(row);
-  decoding.message.fileName = RowMedia::documentName(row);
-  if (caption || !row.hasFile) decoding.message.text = caption;
-  if (!row.hasFile) setContent(RowMedia::missing(row, MessagePart::document), decoding);
+  const auto name = RowMedia::documentName(row);
+  decoding.message.text = caption || !row.hasFile ? caption : name;
+  if (!row.hasFile) return setContent(RowMedia::missing(row, MessagePart::document), decoding);
+  if (caption) decoding.details.fileName = BlobText::shortWords(name);
 }
 
 void contacts(Decoding& decoding) {

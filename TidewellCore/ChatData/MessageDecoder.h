@@ -8,10 +8,9 @@
 
 // What a row says, in the forms of this house. The texts are views of what the row viewed.
 struct DecodedMessage {
-  // What its sender wrote: the text or the caption. Absent for what has none, and
+  // What its sender wrote: the text, the caption or, of a document without one, its name. Absent for what has none, and
   // for what stands in a text's place and is none.
   std::optional<std::string_view> text;
-  std::optional<std::string_view> fileName;  // of a document, as its sender called it
   // Absent for a plain text and a plain file.
   std::optional<MessageDetails> details;
   // A row that the phone shows nowhere.

@@ -6,7 +6,6 @@
 #include <string_view>
 #include <unordered_map>
 
-#include "TidewellCore/ChatData/MediaPaths.h"
 #include "TidewellCore/ChatData/MessageDecoder.h"
 #include "TidewellCore/ChatData/NameResolver.h"
 #include "TidewellCore/ChatData/OwnJID.h"
@@ -89,8 +88,8 @@ std::int64_t rowCount(const SQLiteDB& database, const std::string& table) {
 
 class Reading {
  public:
-  Reading(const SQLiteDB& database, ChatTables& tables)
-      : database_(database), table_(database, "ZWAMESSAGE"), tables_(tables) {}
+  Reading(const SQLiteDB& database, const MediaPaths::Lookup& hasFile, ChatTables& tables)
+      : database_(database), hasFile_(hasFile), table_(database, "ZWAMESSAGE"), tables_(tables) {}
 
   void run() {
     const auto isMissing = [](Column column) { return !column.isThere(); };
@@ -128,10 +127,6 @@ class Reading {
     const MessageRow stored = messageRow(row, key, chat);
     DecodedMessage decoded = MessageDecoder::decode(stored);
     if (decoded.isHidden) return;
-    if (decoded.fileName) {
-      if (!decoded.details) decoded.details.emplace();
-      decoded.details->fileName = *decoded.fileName;
-    }
     tables_.messages.push_back({.pk = key,
                                 .chatPK = chat,
                                 .date = dateOf(row),
@@ -168,7 +163,7 @@ class Reading {
   }
 
   void readItem(const SQLiteRowView& row, MessageRow& stored) const {
-    stored.hasFile = MediaPaths::isOfFile(row.text(path_.place).value_or(""));
+    stored.hasFile = hasFile(row.text(path_.place).value_or(""));
     stored.title = row.text(title_.place);
     stored.vCardName = row.text(vCardName_.place);
     stored.vCardString = row.text(vCardString_.place);
@@ -179,6 +174,10 @@ class Reading {
     stored.duration = StoredNumber::seconds(row, duration_);
     stored.mediaOrigin = row.integer(mediaOrigin_.place).value_or(0);
     stored.metadata = row.blob(metadata_.place).value_or(ByteView());
+  }
+
+  bool hasFile(std::string_view localPath) const {
+    return MediaPaths::isOfFile(localPath) && (!hasFile_ || hasFile_(MediaPaths::inBackup(localPath)));
   }
 
   std::optional<Date> dateOf(const SQLiteRowView& row) {
@@ -216,6 +215,7 @@ class Reading {
   }
 
   const SQLiteDB& database_;
+  const MediaPaths::Lookup& hasFile_;
   TableReader table_;
   ChatTables& tables_;
   LinkRows links_;
@@ -258,4 +258,6 @@ class Reading {
 
 }  // namespace
 
-void MessageTable::load(const SQLiteDB& database, ChatTables& tables) { Reading(database, tables).run(); }
+void MessageTable::load(const SQLiteDB& database, const MediaPaths::Lookup& hasFile, ChatTables& tables) {
+  Reading(database, hasFile, tables).run();
+}

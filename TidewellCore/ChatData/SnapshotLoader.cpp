@@ -4,6 +4,8 @@
 #include <array>
 #include <iterator>
 #include <span>
+#include <string>
+#include <unordered_set>
 
 #include "TidewellCore/Backup/DatabaseCheck.h"
 #include "TidewellCore/ChatData/CallHistoryReader.h"
@@ -46,9 +48,18 @@ constexpr const char* noChats =
     "It does not say which chats its messages belong to, so it is damaged. Copy the backup again from where it came, "
     "or make a new one with the iPhone.";
 
-ChatTables readChats(const fs::path& copy) {
+// The media of the app whose chats are read.
+MediaPaths::Lookup filesOf(const ManifestStore& manifest) {
+  std::unordered_set<std::string> paths;
+  for (const ManifestFile& file : manifest.media) {
+    if (file.domain == manifest.chatStorage->domain) paths.insert(file.relativePath);
+  }
+  return [paths = std::move(paths)](const std::string& path) { return paths.contains(path); };
+}
+
+ChatTables readChats(const fs::path& copy, const ChatStorageReader::Setting& setting) {
   try {
-    return ChatStorageReader::load(copy);
+    return ChatStorageReader::load(copy, setting);
   } catch (const TidewellError& error) {
     const auto* damaged = std::get_if<TidewellError::InvalidDatabase>(&error.value());
     if (damaged == nullptr) throw;
@@ -66,9 +77,10 @@ struct Chats {
   DatabaseFaults faults;
 };
 
-Chats loadChats(WorkingCopies::WorkingCopy copy) {
-  Chats chats{.tables = readChats(copy.path), .faults = std::move(copy.faults)};
-  const SQLiteDB database(PathText::text(copy.path), SQLiteDB::OpenMode::readOnly);
+Chats loadChats(WorkingCopies::WorkingCopy copy, const ChatStorageReader::Setting& setting) {
+  Chats chats{.tables = readChats(copy.path, setting), .faults = std::move(copy.faults)};
+  SQLiteDB database(PathText::text(copy.path), SQLiteDB::OpenMode::readOnly);
+  database.cancelWhen(setting.isCancelled);
   if (!database.tableExists(messageTable)) throw TidewellError::chatStorageUnreadable(noMessages);
   if (MissingMessages::areAll(chats.tables)) throw TidewellError::chatStorageUnreadable(noChats);
   chats.faults.merge(DatabaseCheck::within(database, chatTables));
@@ -184,7 +196,9 @@ SnapshotLoader::Loaded SnapshotLoader::load(const OpenedBackup& opened, const Ma
   if (manifest.chatStorage) {
     const StoredDatabase stored{manifest.chatStorage, manifest.chatStorageWAL, manifest.chatStorageSHM,
                                 manifest.chatStorageRollback};
-    chats = WorkingCopies::use(opened, stored, isCancelled, loadChats);
+    const ChatStorageReader::Setting setting{.hasFile = filesOf(manifest), .isCancelled = isCancelled};
+    chats = WorkingCopies::use(opened, stored, isCancelled,
+                               [&](WorkingCopies::WorkingCopy copy) { return loadChats(std::move(copy), setting); });
   }
   throwIfCancelled(isCancelled);
   Sides sides = loadSides(opened, manifest, isCancelled);

@@ -19,8 +19,14 @@ double newestDate(std::span<const MessageRecord> messages) {
   return messages.empty() || !messages.back().date ? beforeAll : unixTime(*messages.back().date);
 }
 
-std::optional<ArchiveMedia> mediaOf(const MessageRecord& message, const MediaLinks& links) {
-  if (!message.mediaLocalPath) return std::nullopt;
+bool isMissing(const MessageDetails* details) {
+  return details != nullptr && std::holds_alternative<MissingMedia>(details->content);
+}
+
+// Words stand for a file that the backup lacks.
+std::optional<ArchiveMedia> mediaOf(const MessageRecord& message, const MessageDetails* details,
+                                    const MediaLinks& links) {
+  if (!message.mediaLocalPath || isMissing(details)) return std::nullopt;
   const std::string_view path = *message.mediaLocalPath;
   ArchiveMedia media{.kind = MediaKind::classify(PathText::extension(path)), .relativePath = links.relativePath(path)};
   media.exported = media.relativePath.has_value();
@@ -34,13 +40,13 @@ bool mayNamePeople(const MessageRecord& message) {
   return message.text && message.text->find('@') != std::string_view::npos;
 }
 
-ArchiveMessage archiveMessage(const MessageRecord& message, std::string sender, const MediaLinks& links) {
+ArchiveMessage archiveMessage(const MessageRecord& message, std::string sender, std::optional<ArchiveMedia> media) {
   return {.id = idOf(message),
           .fromMe = message.isFromMe,
           .sender = std::move(sender),
           .timestamp = message.date ? std::optional(unixTime(*message.date)) : std::nullopt,
           .text = message.text && !message.text->empty() ? std::optional(std::string(*message.text)) : std::nullopt,
-          .media = mediaOf(message, links)};
+          .media = std::move(media)};
 }
 
 }  // namespace
@@ -73,8 +79,8 @@ std::vector<ArchiveMessage> ChatLines::messages(const std::string& jid, const Me
   MessageWords::Context context = contextOf(jid, style);
   std::vector<ArchiveMessage> messages;
   for (const MessageRecord& record : snapshot_.messages(snapshot_.canonicalChatJID(jid))) {
-    messages.push_back(archiveMessage(record, snapshot_.senderName(record, style), links));
     const MessageDetails* details = snapshot_.details(record);
+    messages.push_back(archiveMessage(record, snapshot_.senderName(record, style), mediaOf(record, details, links)));
     if (details == nullptr && !mayNamePeople(record)) continue;
     context.answeredID = answeredID(record, details);
     MessageWords::tell(details == nullptr ? MessageDetails() : *details, context, messages.back());

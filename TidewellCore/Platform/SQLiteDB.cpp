@@ -73,7 +73,10 @@ void distrust(sqlite3* handle) {
   sqlite3_drop_modules(handle, nullptr);
 }
 
-[[noreturn]] void fail(sqlite3* handle) { throw TidewellError::invalidDatabase(sqlite3_errmsg(handle)); }
+[[noreturn]] void fail(sqlite3* handle) {
+  if (sqlite3_errcode(handle) == SQLITE_INTERRUPT) throw TidewellError::cancelled();
+  throw TidewellError::invalidDatabase(sqlite3_errmsg(handle));
+}
 
 std::string_view storedText(sqlite3_stmt* statement, int column) {
   const auto* data = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
@@ -294,6 +297,7 @@ std::string_view SQLiteRowView::kept(int column, std::string text) const {
 
 struct SQLiteDB::Connection {
   sqlite3* handle = nullptr;
+  CancellationCheck isCancelled;
 
   Connection() = default;
   Connection(const Connection&) = delete;
@@ -318,6 +322,14 @@ SQLiteDB::SQLiteDB(const std::string& path, OpenMode openMode, const std::option
 SQLiteDB::~SQLiteDB() = default;
 SQLiteDB::SQLiteDB(SQLiteDB&&) noexcept = default;
 SQLiteDB& SQLiteDB::operator=(SQLiteDB&&) noexcept = default;
+
+void SQLiteDB::cancelWhen(CancellationCheck isCancelled) {
+  constexpr int instructions = 10'000;  // of SQLite's machine, well below a hundredth of a second
+  if (!connection_ || !isCancelled) return;
+  connection_->isCancelled = std::move(isCancelled);
+  const auto ask = [](void* check) { return (*static_cast<CancellationCheck*>(check))() ? 1 : 0; };
+  sqlite3_progress_handler(connection_->handle, instructions, ask, &connection_->isCancelled);
+}
 
 void SQLiteDB::query(const std::string& sql, const std::vector<Bind>& binds, const RowHandler& row) const {
   if (!connection_) throw TidewellError::invalidDatabase("SQLite error");

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "TidewellCore/Platform/Bytes.h"
+#include "TidewellCore/Platform/Cancellation.h"
 
 struct SQLiteNull {
   bool operator==(const SQLiteNull&) const = default;
@@ -87,6 +88,10 @@ class SQLiteDB {
   ~SQLiteDB();
   SQLiteDB(SQLiteDB&&) noexcept;
   SQLiteDB& operator=(SQLiteDB&&) noexcept;
+
+  // From now on every statement asks `isCancelled` now and then, on its own thread, and
+  // throws TidewellError::cancelled when it says so. Once at most for each connection.
+  void cancelWhen(CancellationCheck isCancelled);
 
   // Calls `row` for each result row in the statement's order; the row is good
   // until the handler returns. Parameters are bound in order from the first.
