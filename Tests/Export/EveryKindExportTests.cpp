@@ -70,8 +70,7 @@ INSTANTIATE_TEST_SUITE_P(Languages, EveryKindExport,
 
 // Without what a machine wrote for a machine.
 void expectReadable(const std::string& text) {
-  for (const char* raw :
-       {"[media]", "@s.whatsapp.net", "@lid", "@g.us", "@status", "@newsletter", "{\"", "[{", "COah",
+  for (const char* raw : {"[media]", "@s.whatsapp.net", "@lid", "@g.us", "@status", "@newsletter", "{\"", "[{", "COah",
                           "3EB0", "AbCd0123"}) {
     EXPECT_THAT(text, Not(HasSubstr(raw)));
   }
@@ -86,7 +85,8 @@ std::vector<std::string> lines(const std::string& text) {
 }
 
 TEST_P(EveryKindExport, ReadsWell) {
-  expectGolden(transcripts("_transcript.txt"), std::string(TIDEWELL_GOLDEN_FOLDER "/every-kind.") + GetParam().code + ".txt");
+  expectGolden(transcripts("_transcript.txt"),
+               std::string(TIDEWELL_GOLDEN_FOLDER "/every-kind.") + GetParam().code + ".txt");
 }
 
 TEST_P(EveryKindExport, ShowsNothingThatOnlyMachinesRead) {

@@ -33,8 +33,12 @@ void addCalls(Rows& rows, WhatsAppContents& app) {
   const double later = rows.date() + 3600;
   app.calls->push_back({.id = "call:1", .date = later, .duration = 95.4, .participants = {ana}});
   app.calls->push_back({.id = "call:2", .date = later + 60, .missed = true, .outcome = 1, .participants = {ben}});
-  app.calls->push_back(
-      {.id = "call:3", .date = later + 120, .duration = 104.0, .incoming = false, .video = true, .participants = {ana}});
+  app.calls->push_back({.id = "call:3",
+                        .date = later + 120,
+                        .duration = 104.0,
+                        .incoming = false,
+                        .video = true,
+                        .participants = {ana}});
   app.calls->push_back(
       {.id = "call:4", .date = later + 180, .duration = 3723.0, .video = true, .participants = {garden, ben, ana}});
   app.calls->push_back({.id = "call:5", .date = later + 240, .duration = 7.0, .participants = {emil}});

@@ -42,9 +42,7 @@ void addGroupsLife(Rows& rows) {
 void addGroupTalk(Rows& rows) {
   constexpr std::int64_t t = 1'678'320'000'000;
   const std::int64_t question = rows.say(ana, {.text = "Who brings the spade, @15550000002 or @100000000000003?"});
-  rows.say(ben,
-           {.text = "I do",
-            .receiptInfo = receiptInfo({{ana, "👍", t}, {carlaLID, "👍", t + 1}, {"", "🎉", t + 2}})},
+  rows.say(ben, {.text = "I do", .receiptInfo = receiptInfo({{ana, "👍", t}, {carlaLID, "👍", t + 1}, {"", "🎉", t + 2}})},
            MediaItem{.metadata = replyMetadata({stanzaIDOf(question), ana, "",
                                                 copyOfText("Who brings the spade, @15550000002 or @100000000000003?")})
                                      .bytes()});
@@ -53,10 +51,11 @@ void addGroupTalk(Rows& rows) {
   rows.say(ben, {.type = 14}, MediaItem{.title = "3EB0123456789ABCDEF2", .vCard = ana});
   rows.say(carlaLID, {.type = 14}, MediaItem{.title = "3EB0123456789ABCDEF3", .vCard = carla});
   rows.say(ben, {.type = 14}, MediaItem{.title = "3EB0123456789ABCDEF4", .vCard = me});
-  rows.say(ana, {.type = 46,
-                 .receiptInfo = receiptInfo({}, PollRow{"Which tool, @15550000002?",
-                                                        {"Spade", "Rake"},
-                                                        {{ben, {0}}, {carlaLID, {0}}, {"", {1}}}})});
+  rows.say(
+      ana,
+      {.type = 46,
+       .receiptInfo = receiptInfo(
+           {}, PollRow{"Which tool, @15550000002?", {"Spade", "Rake"}, {{ben, {0}}, {carlaLID, {0}}, {"", {1}}}})});
 }
 
 void addGroupsEnd(Rows& rows) {

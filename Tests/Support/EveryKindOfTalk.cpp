@@ -27,9 +27,11 @@ void addPictures(Rows& rows) {
   rows.send(ana, {.type = 1}, file("aa1", "jpg", "The new awning"));
   rows.send(ana, {.type = 1}, file("aa2", "jpg"));
   rows.say(ana, {.type = 1}, MediaItem{.title = "What a light"});
-  rows.say(ana, {.type = 1}, MediaItem{.latitude = 1200.0, .longitude = 1600.0, .mediaURL = "https://mmg.example.org/f"});
+  rows.say(ana, {.type = 1},
+           MediaItem{.latitude = 1200.0, .longitude = 1600.0, .mediaURL = "https://mmg.example.org/f"});
   rows.say(ana, {.type = 1}, MediaItem{.localPath = mediaPath(ana, "aa3", "jpg")});
-  rows.say(ana, {.text = "A caption in another column", .type = 1}, MediaItem{.localPath = mediaPath(ana, "aa4", "jpg")});
+  rows.say(ana, {.text = "A caption in another column", .type = 1},
+           MediaItem{.localPath = mediaPath(ana, "aa4", "jpg")});
   rows.send(ben, {.type = 2}, file("ba1", "mp4", "The band is good"));
   rows.say(ana, {.type = 2}, MediaItem{.duration = 67});
   rows.send(ana, {.type = 11}, file("ca1", "mp4"));
@@ -135,8 +137,7 @@ void addCalls(Rows& rows, WhatsAppContents& app) {
   rows.say(ana, {.type = 59}, MediaItem{.metadata = callMetadata(95).bytes()});
   app.calls->push_back({.id = "call:9", .date = rows.date(), .duration = 95.0, .video = true, .participants = {ana}});
   rows.say(me, {.type = 59, .stanzaID = "call:8"}, MediaItem{.metadata = callMetadata(0).bytes()});
-  app.calls->push_back(
-      {.id = "call:8", .date = rows.date(), .incoming = false, .outcome = 2, .participants = {ana}});
+  app.calls->push_back({.id = "call:8", .date = rows.date(), .incoming = false, .outcome = 2, .participants = {ana}});
   rows.say(ana, {.type = 59}, MediaItem{.metadata = callMetadata(0).bytes()});
 }
 
@@ -164,17 +165,19 @@ void addConversation(Rows& rows, WhatsAppContents& app) {
 }
 
 void addBusiness(Rows& rows) {
-  const BusinessRow words{"Your seeds",
-                          "They come today",
-                          "The Seed Shop",
-                          {{"Track", "https://example.org/7", ""}, {"Call us", "", "+15550000010"}, {"Thanks", "", ""}}};
+  const BusinessRow words{
+      "Your seeds",
+      "They come today",
+      "The Seed Shop",
+      {{"Track", "https://example.org/7", ""}, {"Call us", "", "+15550000010"}, {"Thanks", "", ""}}};
   const auto item = [](const Protobuf& metadata) { return MediaItem{.metadata = metadata.bytes()}; };
   rows.begin({.jid = shop, .name = "Seed Shop"});
   for (const std::int64_t type : {19, 20, 23, 24}) rows.say(shop, {.type = type}, item(templateMetadata(words)));
   for (const std::int64_t type : {30, 32}) rows.say(shop, {.type = type}, item(buttonsMetadata(words)));
   for (const std::int64_t type : {41, 42}) rows.say(shop, {.type = type}, item(listMetadata(words)));
   for (const std::int64_t type : {25, 31, 34}) rows.say(me, {.text = "Thanks", .type = type});
-  rows.send(shop, {.type = 20}, {.localPath = mediaPath(shop, "9a1", "jpg"), .content = bytesOf("seeds"), .mimeType = "image/jpeg"});
+  rows.send(shop, {.type = 20},
+            {.localPath = mediaPath(shop, "9a1", "jpg"), .content = bytesOf("seeds"), .mimeType = "image/jpeg"});
   rows.say(shop, {.type = 24}, MediaItem{.vCard = "application/pdf"});
   rows.say(shop, {.type = 19});
   for (const std::int64_t code : {25, 26, 29, 30, 38}) rows.tell(code, shop);
