@@ -68,6 +68,17 @@ INSTANTIATE_TEST_SUITE_P(Languages, EveryKindExport,
                                          Language{"pt-BR", "pt_BR", TranscriptStyle::portuguese()}),
                          [](const auto& language) { return std::string(language.param.code).substr(0, 2); });
 
+// A search goes through the texts of messages.
+TEST_P(EveryKindExport, FindsTheWordsOfEveryKind) {
+  std::string all;
+  for (const std::string& text : texts()) all += text + "\n";
+  for (const char* words : {"Friday", "Which day?", "Zoë", "+1 555 000 0003", "emil@example.org", "12 Main St",
+                            "What a light", "Prices.pdf", "Report.pdf", "Come and dig", "A lamp", "Track", "“Village”",
+                            "Garden friends", "1:02:03", "EUR 19"}) {
+    EXPECT_THAT(all, HasSubstr(words));
+  }
+}
+
 // Without what a machine wrote for a machine.
 void expectReadable(const std::string& text) {
   for (const char* raw : {"[media]", "@s.whatsapp.net", "@lid", "@g.us", "@status", "@newsletter", "{\"", "[{", "COah",
