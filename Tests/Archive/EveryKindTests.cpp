@@ -162,10 +162,10 @@ Chat everyKind(const TranscriptStyle& style) {
 TEST(EveryKind, ReadsWellInBothLanguages) {
   const Chat english = everyKind(TranscriptStyle::english());
   const Chat portuguese = everyKind(TranscriptStyle::portuguese());
-  expectGolden(english.text(), "every-kind.en.txt");
-  expectGolden(english.page(), "every-kind.en.html");
-  expectGolden(portuguese.text(), "every-kind.pt-BR.txt");
-  expectGolden(portuguese.page(), "every-kind.pt-BR.html");
+  expectGolden(english.text(), TIDEWELL_GOLDEN_FOLDER "/every-kind.en.txt");
+  expectGolden(english.page(), TIDEWELL_GOLDEN_FOLDER "/every-kind.en.html");
+  expectGolden(portuguese.text(), TIDEWELL_GOLDEN_FOLDER "/every-kind.pt-BR.txt");
+  expectGolden(portuguese.page(), TIDEWELL_GOLDEN_FOLDER "/every-kind.pt-BR.html");
 }
 
 TEST(EveryKind, ShowsNothingThatOnlyMachinesRead) {

@@ -9,9 +9,9 @@
 #include "Tests/Support/TemporaryDirectory.h"
 
 // Compares with a golden file, or writes it anew when that is asked for.
-inline void expectGolden(const std::string& rendered, const char* name) {
-  const std::filesystem::path golden = std::filesystem::path(TIDEWELL_ARCHIVE_GOLDEN_FOLDER) / name;
+inline void expectGolden(const std::string& rendered, const std::filesystem::path& golden) {
   if (std::getenv("TIDEWELL_UPDATE_GOLDEN") != nullptr) Fixture::writeFile(golden, rendered);
   const Fixture::Bytes bytes = Fixture::readFile(golden);
-  EXPECT_EQ(rendered, std::string(bytes.begin(), bytes.end())) << "TIDEWELL_UPDATE_GOLDEN=1 writes " << name << " anew";
+  EXPECT_EQ(rendered, std::string(bytes.begin(), bytes.end()))
+      << "TIDEWELL_UPDATE_GOLDEN=1 writes " << golden << " anew";
 }

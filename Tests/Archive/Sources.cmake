@@ -16,4 +16,4 @@ target_sources(TidewellCoreTests PRIVATE
 # Where the golden transcripts are, to be compared and, on request, written anew.
 set_source_files_properties(${CMAKE_CURRENT_LIST_DIR}/EveryKindTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TranscriptWriterTests.cpp PROPERTIES
-  COMPILE_DEFINITIONS TIDEWELL_ARCHIVE_GOLDEN_FOLDER="${CMAKE_CURRENT_LIST_DIR}/Golden")
+  COMPILE_DEFINITIONS TIDEWELL_GOLDEN_FOLDER="${CMAKE_CURRENT_LIST_DIR}/Golden")

@@ -97,12 +97,14 @@ std::vector<Line> conversation(const TranscriptStyle& style) {
 TEST(TranscriptWriter, RendersTheGoldenPages) {
   const TranscriptStyle english = TranscriptStyle::english();
   const TranscriptStyle portuguese = TranscriptStyle::portuguese();
-  expectGolden(TranscriptWriter::renderHTML(chatOf(conversation(english), "Ana & <Co>"), english, saoPaulo, american),
+  expectGolden(TranscriptWriter::renderHTML(chatOf(conversation(english), TIDEWELL_GOLDEN_FOLDER "/Ana & <Co>"),
+                                            english, saoPaulo, american),
                "en.html");
   expectGolden(
       TranscriptWriter::renderHTML(chatOf(conversation(portuguese), "Ana & <Co>"), portuguese, saoPaulo, brazilian),
       "pt-BR.html");
-  expectGolden(TranscriptWriter::renderText(chatOf(conversation(english), "Ana & <Co>"), english, saoPaulo, american),
+  expectGolden(TranscriptWriter::renderText(chatOf(conversation(english), TIDEWELL_GOLDEN_FOLDER "/Ana & <Co>"),
+                                            english, saoPaulo, american),
                "en.txt");
   expectGolden(
       TranscriptWriter::renderText(chatOf(conversation(portuguese), "Ana & <Co>"), portuguese, saoPaulo, brazilian),

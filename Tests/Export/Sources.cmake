@@ -10,6 +10,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/DiskSpaceTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/EarlierCopiesTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/EarlyEndTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/EveryKindExportTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportDeduperArchiveTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportDeduperInterruptionTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportDeduperTests.cpp
@@ -42,5 +43,6 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/ProgressReporterTests.cpp)
 
 # Where the golden listings are, to be compared and, on request, written anew.
-set_source_files_properties(${CMAKE_CURRENT_LIST_DIR}/ExporterTests.cpp ${CMAKE_CURRENT_LIST_DIR}/ArchiveDestinationTests.cpp PROPERTIES
+set_source_files_properties(${CMAKE_CURRENT_LIST_DIR}/ArchiveDestinationTests.cpp ${CMAKE_CURRENT_LIST_DIR}/EveryKindExportTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ExporterTests.cpp PROPERTIES
   COMPILE_DEFINITIONS TIDEWELL_GOLDEN_FOLDER="${CMAKE_CURRENT_LIST_DIR}/Golden")

@@ -9,6 +9,7 @@
 #include "Tests/Support/DatabaseWriter.h"
 #include "Tests/Support/MBFileRecord.h"
 #include "Tests/Support/SeededRandom.h"
+#include "Tests/Support/SideDatabases.h"
 #include "Tests/Support/TemporaryDirectory.h"
 #include "Tests/Support/TestCrypto.h"
 
@@ -47,6 +48,8 @@ void addDatabase(std::vector<BackupFile>& files, const WhatsAppContents& app, co
 void addApp(std::vector<BackupFile>& files, const WhatsAppContents& app) {
   if (app.withChatStorage) addDatabase(files, app, "ChatStorage.sqlite", writeChatStorage(app));
   if (app.withContacts) addDatabase(files, app, "ContactsV2.sqlite", writeContacts(app));
+  if (app.linkedAccounts) addDatabase(files, app, "LID.sqlite", writeLinkedAccounts(app));
+  if (app.calls) addDatabase(files, app, "CallHistory.sqlite", writeCallHistory(app));
   for (const MediaFile& media : app.mediaFiles) {
     files.push_back({app.domain, "Message/" + media.localPath, media.content, media.storage});
   }

@@ -2,7 +2,11 @@
 
 #include <utility>
 
+#include "Tests/Support/TestCrypto.h"
+
 namespace Fixture {
+
+std::string stanzaIDOf(std::int64_t pk) { return sha1Hex(bytesOf(std::to_string(pk))).substr(0, 20); }
 
 std::string mediaPath(const std::string& jid, const std::string& uuid, const std::string& extension) {
   return "Media/" + jid + "/" + uuid.substr(0, 1) + "/" + uuid.substr(1, 1) + "/" + uuid + "." + extension;

@@ -31,6 +31,10 @@ struct Chat {
   SQLValue jid;
   SQLValue name;
   bool archived = false;
+  // ZSESSIONTYPE when it is not the one of a group or a person.
+  std::optional<std::int64_t> sessionType;
+  // ZCREATORJID of a group.
+  SQLValue creatorJID;
 };
 
 // A row of ZWAMESSAGE. `date` is in seconds since 2001-01-01 UTC.
@@ -47,7 +51,18 @@ struct Message {
   std::int64_t type = 0;
   // ZSORT when it is not the message's own `pk`.
   std::optional<SQLValue> sort;
+  // ZGROUPEVENTTYPE: what a group event or a notice tells.
+  std::int64_t event = 0;
+  std::int64_t flags = 0;
+  bool starred = false;
+  // ZSTANZAID when it does not follow from the `pk`.
+  std::optional<SQLValue> stanzaID;
+  // ZRECEIPTINFO; the row of ZWAMESSAGEINFO is there only when this is not NULL.
+  SQLValue receiptInfo;
 };
+
+// What ZSTANZAID of a message holds that is given none.
+std::string stanzaIDOf(std::int64_t pk);
 
 // A row of ZWAGROUPMEMBER.
 struct GroupMember {
@@ -72,7 +87,23 @@ struct MediaItem {
   SQLValue fileSize;
   SQLValue duration;
   SQLValue thumbnailPath;
+  // ZVCARDSTRING, which holds a file's MIME type too.
   SQLValue vCard;
+  SQLValue vCardName;
+  SQLValue latitude;
+  SQLValue longitude;
+  SQLValue mediaURL;
+  SQLValue authorName;
+  SQLValue origin = 0;
+  SQLValue metadata;
+};
+
+// A row of ZWAMESSAGEDATAITEM: what is known of an address in a message's text.
+struct LinkItem {
+  SQLValue message;
+  SQLValue matchedText;
+  SQLValue title;
+  SQLValue summary;
 };
 
 // A row of ZWAADDRESSBOOKCONTACT in ContactsV2.sqlite.
@@ -91,6 +122,29 @@ struct Contact {
 struct LidPair {
   SQLValue lid;
   SQLValue phoneNumber;
+};
+
+// A row of ZWAZACCOUNT in LID.sqlite.
+struct LinkedAccount {
+  SQLValue lid;
+  SQLValue phoneNumber;
+  SQLValue displayName;
+};
+
+// A call of CallHistory.sqlite, with the row of its list and its participants.
+struct Call {
+  SQLValue id;
+  // In seconds since 2001-01-01 UTC.
+  SQLValue date;
+  // In seconds.
+  SQLValue duration = 0.0;
+  bool incoming = true;
+  bool video = false;
+  bool missed = false;
+  // 0 ended, 1 missed, 2 failed, 4 rejected.
+  std::int64_t outcome = 0;
+  // JIDs; a group's among them tells where the call was.
+  std::vector<std::string> participants;
 };
 
 // How a file is stored and what the index says of it. The defaults tell the truth.
@@ -130,6 +184,8 @@ struct MediaFile {
   SQLValue title;
   SQLValue duration;
   SQLValue thumbnailPath;
+  SQLValue mimeType;
+  SQLValue metadata;
   StorageOptions storage;
 };
 
@@ -150,9 +206,13 @@ struct WhatsAppContents {
   std::vector<GroupMember> members;
   std::vector<PushName> pushNames;
   std::vector<MediaItem> mediaItems;
+  std::vector<LinkItem> linkItems;
   // Absent: the table is absent.
   std::optional<std::vector<LidPair>> lidPairs;
   std::vector<Contact> contacts;
+  // Absent: the database is absent.
+  std::optional<std::vector<LinkedAccount>> linkedAccounts;
+  std::optional<std::vector<Call>> calls;
   std::vector<MediaFile> mediaFiles;
   // Thumbnails, profile pictures and whatever else the container holds.
   std::vector<BackupFile> files;

@@ -8,7 +8,6 @@
 
 #include "Tests/Support/ChatSchema.h"
 #include "Tests/Support/PlistWriter.h"
-#include "Tests/Support/TestCrypto.h"
 
 namespace Fixture {
 
@@ -23,7 +22,9 @@ enum Entity : std::int64_t {
   memberEntity,
   mediaEntity,
   messageEntity,
-  pushNameEntity = 11
+  linkEntity,
+  receiptEntity,
+  pushNameEntity
 };
 
 // A chat's place among the rows that are written in two parts.
@@ -52,7 +53,9 @@ std::vector<MediaItem> allMediaItems(const WhatsAppContents& app) {
                      .title = file.title,
                      .fileSize = static_cast<std::int64_t>(file.content.size()),
                      .duration = file.duration,
-                     .thumbnailPath = file.thumbnailPath});
+                     .thumbnailPath = file.thumbnailPath,
+                     .vCard = file.mimeType,
+                     .metadata = file.metadata});
   }
   items.insert(items.end(), app.mediaItems.begin(), app.mediaItems.end());
   return items;
@@ -75,6 +78,7 @@ class ChatStorageRows {
     eachOf(app_.pushNames, part, [&](const PushName& name, std::int64_t position) { add(name, position); });
     eachOf(app_.messages, part, [&](const Message& message, std::int64_t position) { add(message, position); });
     eachOf(mediaItems_, part, [&](const MediaItem& item, std::int64_t position) { add(item, position); });
+    eachOf(app_.linkItems, part, [&](const LinkItem& link, std::int64_t position) { add(link, position); });
     if (app_.lidPairs) {
       eachOf(*app_.lidPairs, part, [&](const LidPair& pair, std::int64_t position) { add(pair, position); });
     }
@@ -93,14 +97,18 @@ class ChatStorageRows {
                                       {"ZFLAGS", 0},
                                       {"ZHIDDEN", 0},
                                       {"ZREMOVED", 0},
-                                      {"ZSESSIONTYPE", group ? 1 : 0},
+                                      {"ZSESSIONTYPE", chat.sessionType.value_or(group ? 1 : 0)},
                                       {"ZUNREADCOUNT", 0},
                                       {"ZGROUPINFO", groupInfo},
                                       {"ZCONTACTJID", chat.jid},
                                       {"ZPARTNERNAME", chat.name}});
     if (group) {
-      writer_.insert("ZWAGROUPINFO",
-                     {{"Z_PK", pk}, {"Z_ENT", infoEntity}, {"Z_OPT", 1}, {"ZSTATE", 0}, {"ZCHATSESSION", pk}});
+      writer_.insert("ZWAGROUPINFO", {{"Z_PK", pk},
+                                      {"Z_ENT", infoEntity},
+                                      {"Z_OPT", 1},
+                                      {"ZSTATE", 0},
+                                      {"ZCHATSESSION", pk},
+                                      {"ZCREATORJID", chat.creatorJID}});
     }
   }
 
@@ -126,28 +134,37 @@ class ChatStorageRows {
     const std::int64_t pk = keyOr(message.pk, position);
     SQLValue mediaItem;
     if (const auto found = mediaOfMessage_.find(pk); found != mediaOfMessage_.end()) mediaItem = found->second;
+    SQLValue messageInfo;
+    if (message.receiptInfo != SQLValue()) messageInfo = pk;
     writer_.insert("ZWAMESSAGE", {{"Z_PK", pk},
                                   {"Z_ENT", messageEntity},
                                   {"Z_OPT", 4},
                                   {"ZDATAITEMVERSION", 3},
-                                  {"ZFLAGS", 0},
-                                  {"ZGROUPEVENTTYPE", 0},
+                                  {"ZFLAGS", message.flags},
+                                  {"ZGROUPEVENTTYPE", message.event},
                                   {"ZISFROMME", message.isFromMe},
                                   {"ZMESSAGEERRORSTATUS", 0},
                                   {"ZMESSAGESTATUS", 8},
                                   {"ZMESSAGETYPE", message.type},
                                   {"ZSORT", message.sort.value_or(pk)},
-                                  {"ZSTARRED", 0},
+                                  {"ZSTARRED", message.starred ? 1 : 0},
                                   {"ZCHATSESSION", message.chat},
                                   {"ZGROUPMEMBER", message.member},
                                   {"ZMEDIAITEM", mediaItem},
+                                  {"ZMESSAGEINFO", messageInfo},
                                   {"ZMESSAGEDATE", message.date},
                                   {"ZSENTDATE", message.date},
                                   {"ZFROMJID", message.fromJID},
                                   {"ZPUSHNAME", message.pushName},
-                                  {"ZSTANZAID", sha1Hex(bytesOf(std::to_string(pk))).substr(0, 20)},
+                                  {"ZSTANZAID", message.stanzaID.value_or(stanzaIDOf(pk))},
                                   {"ZTEXT", message.text},
                                   {"ZTOJID", message.toJID}});
+    if (messageInfo == SQLValue()) return;
+    writer_.insert("ZWAMESSAGEINFO", {{"Z_PK", messageInfo},
+                                      {"Z_ENT", receiptEntity},
+                                      {"Z_OPT", 1},
+                                      {"ZMESSAGE", pk},
+                                      {"ZRECEIPTINFO", message.receiptInfo}});
   }
 
   void add(const MediaItem& item, std::int64_t position) {
@@ -156,13 +173,30 @@ class ChatStorageRows {
                                     {"Z_OPT", 2},
                                     {"ZCLOUDSTATUS", 4},
                                     {"ZFILESIZE", item.fileSize},
-                                    {"ZMEDIAORIGIN", 0},
+                                    {"ZMEDIAORIGIN", item.origin},
                                     {"ZMOVIEDURATION", item.duration},
                                     {"ZMESSAGE", item.message},
+                                    {"ZLATITUDE", item.latitude},
+                                    {"ZLONGITUDE", item.longitude},
+                                    {"ZAUTHORNAME", item.authorName},
                                     {"ZMEDIALOCALPATH", item.localPath},
+                                    {"ZMEDIAURL", item.mediaURL},
                                     {"ZTITLE", item.title},
+                                    {"ZVCARDNAME", item.vCardName},
                                     {"ZVCARDSTRING", item.vCard},
-                                    {"ZXMPPTHUMBPATH", item.thumbnailPath}});
+                                    {"ZXMPPTHUMBPATH", item.thumbnailPath},
+                                    {"ZMETADATA", item.metadata}});
+  }
+
+  void add(const LinkItem& link, std::int64_t position) {
+    writer_.insert("ZWAMESSAGEDATAITEM", {{"Z_PK", position},
+                                          {"Z_ENT", linkEntity},
+                                          {"Z_OPT", 1},
+                                          {"ZINDEX", 0},
+                                          {"ZMESSAGE", link.message},
+                                          {"ZMATCHEDTEXT", link.matchedText},
+                                          {"ZTITLE", link.title},
+                                          {"ZSUMMARY", link.summary}});
   }
 
   void add(const LidPair& pair, std::int64_t position) {
@@ -215,6 +249,8 @@ DatabaseFiles writeChatStorage(const WhatsAppContents& app) {
                           {memberEntity, "WAGroupMember"},
                           {mediaEntity, "WAMediaItem"},
                           {messageEntity, "WAMessage"},
+                          {linkEntity, "WAMessageDataItem"},
+                          {receiptEntity, "WAMessageInfo"},
                           {pushNameEntity, "WAProfilePushName"}});
   ChatStorageRows rows(app, writer);
   rows.write(Part::settled);

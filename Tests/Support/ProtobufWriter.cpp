@@ -48,4 +48,9 @@ Protobuf& Protobuf::packed(std::uint32_t field, std::initializer_list<std::int64
   return *this;
 }
 
+Protobuf& Protobuf::append(const Protobuf& other) {
+  Fixture::append(bytes_, other.bytes_);
+  return *this;
+}
+
 }  // namespace Fixture

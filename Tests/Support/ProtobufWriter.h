@@ -18,6 +18,8 @@ class Protobuf {
   Protobuf& text(std::uint32_t field, std::string_view value);
   Protobuf& message(std::uint32_t field, const Protobuf& value);
   Protobuf& packed(std::uint32_t field, std::initializer_list<std::int64_t> values);
+  // The fields of the other after those that are there.
+  Protobuf& append(const Protobuf& other);
 
   const Bytes& bytes() const { return bytes_; }
 

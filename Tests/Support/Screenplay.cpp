@@ -14,6 +14,13 @@ namespace {
 
 constexpr double appleEpoch = 978'307'200;
 
+// What stands before the first separator and behind it.
+std::pair<std::string, std::string> cutAt(std::string_view text, std::string_view separator) {
+  const std::size_t end = text.find(separator);
+  if (end == std::string_view::npos) return {std::string(text), ""};
+  return {std::string(text.substr(0, end)), std::string(text.substr(end + separator.size()))};
+}
+
 class ScreenplayReader {
  public:
   void read(std::string_view line) {
@@ -24,9 +31,9 @@ class ScreenplayReader {
       threads_.push_back({.jid = std::string(line.substr(2)), .lines = {}});
     } else if (line.starts_with("== ")) {
       beginDay(std::string(line.substr(3)));
-    } else if (line.starts_with('|')) {
+    } else if (std::string_view("|>+=~!").find(line[0]) != std::string_view::npos) {
       if (lines(line).empty()) fail(line);
-      lines(line).back().text.append("\n").append(line.substr(line.size() > 1 ? 2 : 1));
+      hang(line[0], line.substr(std::min<std::size_t>(line.size(), 2)), lines(line).back());
     } else {
       addLine(line);
     }
@@ -42,6 +49,17 @@ class ScreenplayReader {
   std::vector<ScriptLine>& lines(std::string_view line) {
     if (threads_.empty()) fail(line);
     return threads_.back().lines;
+  }
+
+  // What belongs to the line before it.
+  static void hang(char sign, std::string_view words, ScriptLine& line) {
+    const auto [first, rest] = cutAt(words, sign == '+' ? " " : ": ");
+    if (sign == '|') line.text.append("\n").append(words);
+    if (sign == '>') line.answer = {.speaker = first, .words = rest};
+    if (sign == '+') line.reactions.push_back({.emoji = first, .people = rest});
+    if (sign == '=') line.choices.push_back({.words = first, .rest = rest});
+    if (sign == '~') line.preview = words;
+    if (sign == '!') line.marks = namesIn(words);
   }
 
   void beginDay(const std::string& text) {
@@ -92,6 +110,16 @@ std::vector<ScriptThread> parseScreenplay(std::string_view script) {
     script.remove_prefix(end == std::string_view::npos ? script.size() : end + 1);
   }
   return reader.threads();
+}
+
+std::vector<std::string> namesIn(std::string_view list) {
+  std::vector<std::string> names;
+  for (std::string rest(list); !rest.empty();) {
+    auto [first, others] = cutAt(rest, ", ");
+    names.push_back(std::move(first));
+    rest = std::move(others);
+  }
+  return names;
 }
 
 std::vector<ScriptCue> cuesInOrder(const std::vector<ScriptThread>& threads) {

@@ -36,9 +36,39 @@ TEST(Screenplay, ReadsWhoSaysWhatAndWhen) {
   EXPECT_TRUE(threads[1].lines.empty());
 }
 
+TEST(Screenplay, ReadsWhatHangsOnALine) {
+  const std::vector<ScriptThread> threads = parseScreenplay(R"(
+# 1@g.us
+== 2001-01-02
+00:01 Me: [poll] Which day: Monday?
+    = Monday: Me, Tia Célia
+    = Never
+    > Tia Célia: what: now
+    + ❤️ Rafael, Me
+    + 👍 120
+    ~ A title — and: words
+    ! starred, forwarded
+)");
+  ASSERT_EQ(threads[0].lines.size(), 1U);
+  const ScriptLine& line = threads[0].lines[0];
+  EXPECT_EQ(line.text, "Which day: Monday?");
+  EXPECT_EQ(line.choices[0].words, "Monday");
+  EXPECT_EQ(namesIn(line.choices[0].rest), (std::vector<std::string>{"Me", "Tia Célia"}));
+  EXPECT_EQ(line.choices[1].words, "Never");
+  EXPECT_EQ(namesIn(line.choices[1].rest), std::vector<std::string>());
+  EXPECT_EQ(line.answer->speaker, "Tia Célia");
+  EXPECT_EQ(line.answer->words, "what: now");
+  EXPECT_EQ(line.reactions[0].emoji, "❤️");
+  EXPECT_EQ(line.reactions[0].people, "Rafael, Me");
+  EXPECT_EQ(line.reactions[1].people, "120");
+  EXPECT_EQ(line.preview, "A title — and: words");
+  EXPECT_EQ(line.marks, (std::vector<std::string>{"starred", "forwarded"}));
+}
+
 TEST(Screenplay, NamesTheLineItCannotRead) {
-  for (const char* script : {"10:00 Me: before any chat", "# a\nno time", "# a\n10:00 nobody", "# a\n== soon",
-                             "# a\n10:00 Me: [photo", "| more of nothing", "# a\n| more of nothing"}) {
+  for (const char* script :
+       {"10:00 Me: before any chat", "# a\nno time", "# a\n10:00 nobody", "# a\n== soon", "# a\n10:00 Me: [photo",
+        "| more of nothing", "# a\n| more of nothing", "# a\n> Me: nothing"}) {
     EXPECT_THROW(parseScreenplay(script), std::runtime_error) << script;
   }
 }

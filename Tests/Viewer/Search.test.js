@@ -64,6 +64,20 @@ for (const [source, options] of [
   });
 }
 
+for (const [source, options] of [
+  ['blocks', { blockSize: 2 }],
+  ['chat files', { blockSize: 0 }],
+]) {
+  test(`People mentioned are found by their names (${source})`, async () => {
+    const mentions = { 15550000002: 'Zoë Martin' };
+    const messages = [message('Who asks @15550000002?', { mentions }), message('x@15550000002', { mentions }), message('Zoe')];
+    const page = await open([{ name: 'Club', group: true, messages }], { archive: options });
+    await search(page, 'zoe m');
+    assert.deepEqual(await snippets(page), ['Who asks @Zoë Martin?']);
+    assert.deepEqual(await texts(page, '.hit mark'), ['Zoë M']);
+  });
+}
+
 test('Search finds texts, never the data around them', async () => {
   const tricky = [
     message('quote ","text":"needle" and ","ts":9} end'),

@@ -44,6 +44,20 @@ for (const [kind, options, prefix] of [
   });
 }
 
+for (const [kind, count] of [
+  ['a small chat', 0],
+  ['a large chat', 5600],
+]) {
+  test(`Search in ${kind} finds people mentioned by their names`, async () => {
+    const asked = message('Who asks @15550000002?', { mentions: { 15550000002: 'Ben' } });
+    const page = await open([{ name: 'Long', messages: [...many(count), asked] }], { archive: { blockSize: 700 } });
+    await openChat(page, 'Long');
+    await look(page, '@ben');
+    await eventually(() => status(page), '1 of 1');
+    assert.deepEqual(await texts(page, '.body mark'), ['@Ben']);
+  });
+}
+
 test('Matches are marked in the thread, in links too', async () => {
   const page = await open([{ name: 'Ana', messages: [message('Bus https://example.com/bus?x=1 syllabus')] }]);
   await openChat(page, 'Ana');

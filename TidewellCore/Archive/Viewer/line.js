@@ -59,8 +59,14 @@ function stringIn(json) {
 
 const idOfLine = (line) => stringIn(LINE.id(line));
 const textOfLine = (line) => stringIn(LINE.text(line));
+// A text as it is read: with the names of the people mentioned in it.
+function wordsOfLine(line) {
+  const words = textOfLine(line);
+  return words.includes("@") && mayMention(line) ? withNames(messageOfLine(line)) : words;
+}
 // A quote inside a JSON string has a backslash before it, so these stand only where keys are.
 const mayHaveMedium = (line) => line.includes('"media":{');
+const mayMention = (line) => line.includes('"mentions":{');
 const mayBeNotice = (line) => line.includes('"kind":"notice"');
 const lineOf = (message) => LINE.of(message);
 

@@ -33,7 +33,7 @@ class LoadedMessages {
   }
 
   textAt(index) {
-    return this.messages[index].text || "";
+    return withNames(this.messages[index]);
   }
 }
 
@@ -139,7 +139,7 @@ class BlockMessages {
 
   textAt(index) {
     const line = this.lineAt(index);
-    return line === null ? "" : textOfLine(line);
+    return line === null ? "" : wordsOfLine(line);
   }
 }
 

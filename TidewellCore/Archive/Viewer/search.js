@@ -1,4 +1,4 @@
-// Search over the text of all messages. Blocks (or, without them, chat files) are gone
+// Search over the text of all messages, as it is read. Blocks (or, without them, chat files) are gone
 // through one after another; hits {chat, index, ts, message or line} are handed on in
 // batches as they are found.
 
@@ -76,7 +76,7 @@ class Search {
       const chat = chatById(id);
       const end = chat ? Math.min(line + count, lines.length) : 0;
       for (let at = line; at < end; at++) {
-        if (fold(textOfLine(lines[at])).includes(this.query)) {
+        if (fold(wordsOfLine(lines[at])).includes(this.query)) {
           this.batch.push({ chat, index: first + at - line, ts: timeOfLine(lines[at]), line: lines[at] });
         }
       }
@@ -88,7 +88,7 @@ class Search {
   async goThroughChat(messages, chat, wanted) {
     for (let index = 0; index < messages.length && !this.stopped; index++) {
       const message = messages[index];
-      if (message.text && fold(message.text).includes(this.query) && wanted(chat, index)) {
+      if (message.text && fold(withNames(message)).includes(this.query) && wanted(chat, index)) {
         this.batch.push({ chat, index, ts: hasTime(message.ts) ? message.ts : -Infinity, message });
       }
       if (index % 2000 === 1999) await this.pause();

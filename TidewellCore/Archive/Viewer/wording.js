@@ -24,7 +24,8 @@ const MENTION = /(?<![0-9A-Za-z_])@(\d{5,20})(?![0-9A-Za-z_])/g;
 // `mentions` are names by the digits that stand for them.
 function richText(string, foldedQuery, mentions = {}) {
   const mono = string.includes("`") ? monoIn(string) : [];
-  const atoms = [...linksIn(string, mono), ...mentionsIn(string, mentions)].sort(byStart);
+  const people = mentionsIn(string, mentions, foldedQuery);
+  const atoms = [...linksIn(string, mono), ...people].sort(byStart);
   const matches = foldedQuery ? findMatches(string, foldedQuery) : [];
   if (!MAY_BE_MARKED.test(string)) return new Wording(string, null, atoms, matches).between(0, string.length);
   const styles = new Uint8Array(string.length);
@@ -65,15 +66,16 @@ function linksIn(string, mono) {
   return links;
 }
 
-function mentionsIn(string, mentions) {
+// Mentions {start, end, name, isMatch}.
+function mentionsIn(string, mentions, foldedQuery) {
   if (!isRecord(mentions) || !string.includes("@")) return [];
   return [...string.matchAll(MENTION)]
     .filter(([, digits]) => Object.hasOwn(mentions, digits) && isText(mentions[digits]))
-    .map(({ 0: whole, 1: digits, index }) => ({
-      start: index,
-      end: index + whole.length,
-      name: shownFact(mentions[digits]),
-    }));
+    .map(({ 0: whole, 1: digits, index }) => {
+      const name = "@" + shownFact(mentions[digits]);
+      const isMatch = Boolean(foldedQuery) && fold(name).includes(foldedQuery);
+      return { start: index, end: index + whole.length, name, isMatch };
+    });
 }
 
 function styleMono(string, styles, { start, from, to, end }) {
@@ -176,9 +178,7 @@ class Wording {
       const { href } = atom;
       return [element("a", { href, target: "_blank", rel: "noopener noreferrer" }, ...this.plain(from, to))];
     }
-    const isMatch = this.marked(from, to).some((piece) => typeof piece !== "string");
-    const name = "@" + atom.name;
-    const made = element("bdi.mention", {}, isMatch ? element("mark", {}, name) : name);
+    const made = element("bdi.mention", {}, atom.isMatch ? element("mark", {}, atom.name) : atom.name);
     return [this.dressed(this.styles ? this.styles[from] : 0, [made])];
   }
 
@@ -222,7 +222,7 @@ function withNames({ text: string = "", mentions }) {
   let named = "";
   let at = 0;
   for (const { start, end, name } of mentionsIn(string, mentions)) {
-    named += string.slice(at, start) + "@" + name;
+    named += string.slice(at, start) + name;
     at = end;
   }
   return named + string.slice(at);
