@@ -4,6 +4,8 @@
 #include <sqlite3.h>
 #include <sys/stat.h>
 
+#include <utility>
+
 #include "Tests/Support/DatabaseWriter.h"
 #include "Tests/Support/TemporaryDirectory.h"
 
@@ -179,8 +181,11 @@ TEST_F(WriteAheadLog, ALogOfAnEarlierGenerationThanItsIndexKnowsIsDamage) {
   const auto next = [this] { ++index_->salts[3]; };
   next();
   EXPECT_EQ(readWithIndex().state, State::damagedFrame);
-  index_->frameCount = 0;
+  const std::int64_t count = std::exchange(index_->frameCount, 0);
   EXPECT_EQ(readWithIndex(), read()) << "its log begins anew";
+  index_->frameCount = count;
+  index_->salts[0] ^= 0x10;
+  EXPECT_EQ(readWithIndex(), read()) << "an index that was not written since the log was made anew";
 }
 
 TEST_F(WriteAheadLog, ATailOfZerosIsDamage) {

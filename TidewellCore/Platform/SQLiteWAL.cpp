@@ -104,11 +104,13 @@ SQLiteWAL readFrames(FileDescriptor& file, const Header& header) {
   }
 }
 
-// The first salt counts the generations of a log: each begins with one more (section 4.4). An
-// index may be the older of the two, since nothing writes it to the disk at once.
+// The first salt counts the generations of a log: each begins with one more (section 4.4), the
+// first with any number. An index may be the older of the two, since nothing writes it to the disk at once, and
+// then of a log whose numbers are far from these.
 bool isOfLaterLog(const SQLiteWALIndex& index, const Header& header) {
+  constexpr std::uint32_t mostGenerations = 1 << 16;
   const auto ahead = static_cast<std::uint32_t>(number(index.salts, 0) - number(header.salts, 0));
-  return index.frameCount > 0 && ahead != 0 && ahead < 0x8000'0000;
+  return index.frameCount > 0 && ahead != 0 && ahead < mostGenerations;
 }
 
 bool knowsMore(const std::optional<SQLiteWALIndex>& index, const Header& header, const SQLiteWAL& log) {
