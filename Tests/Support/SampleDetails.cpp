@@ -25,8 +25,8 @@ bool isBroadcast(const Conversation& conversation) {
 
 void SampleDetails::dress(Message& message, const Conversation& conversation) {
   if (message.type == groupEventType) {
-    constexpr std::array<std::int64_t, 4> pictureDescriptionNumberJoined = {4, 17, 9, 15};
-    message.event = random_.pick(pictureDescriptionNumberJoined);
+    constexpr std::array<std::int64_t, 3> pictureDescriptionNumber = {4, 17, 9};
+    message.event = random_.pick(pictureDescriptionNumber);
     message.toJID = sampleOwnJID;
     return;
   }
@@ -48,7 +48,7 @@ void SampleDetails::react(Message& message, const Conversation& conversation) {
   std::vector<ReactionRow> reactions;
   for (std::size_t left = conversation.members.empty() ? 1 : 1 + random_.below(3); left > 0; --left) {
     time += static_cast<std::int64_t>(5'000 + random_.below(600'000));
-    reactions.push_back({.jid = somebodyOf(conversation), .emoji = random_.pick(emoji), .milliseconds = time});
+    reactions.push_back({.jid = listenerOf(message, conversation), .emoji = random_.pick(emoji), .milliseconds = time});
   }
   message.receiptInfo = receiptInfo(reactions);
 }
@@ -77,10 +77,11 @@ std::string SampleDetails::senderOf(const Message& message, const Conversation& 
   return std::get<std::string>(app_.members[static_cast<std::size_t>(*member) - 1].jid);
 }
 
-// The owner, whose JID is empty there, or somebody else who is in the chat.
-std::string SampleDetails::somebodyOf(const Conversation& conversation) {
-  if (random_.chance(40)) return "";
-  if (conversation.members.empty()) return conversation.jid;
+// The owner, whose JID is empty here, or somebody else; of two people the one who did not write.
+std::string SampleDetails::listenerOf(const Message& message, const Conversation& conversation) {
+  const bool isMine = message.isFromMe == SQLValue(std::int64_t{1});
+  if (conversation.members.empty()) return isMine ? conversation.jid : "";
+  if (!isMine && random_.chance(40)) return "";
   return std::get<std::string>(app_.members[static_cast<std::size_t>(random_.pick(conversation.members)) - 1].jid);
 }
 

@@ -34,7 +34,7 @@ class SampleDetails {
   void answer(const std::vector<Said>& talk);
   void lose(Message& message, const Conversation& conversation);
   std::string senderOf(const Message& message, const Conversation& conversation) const;
-  std::string somebodyOf(const Conversation& conversation);
+  std::string listenerOf(const Message& message, const Conversation& conversation);
   // The key of the message that is dressed.
   std::int64_t next() const { return static_cast<std::int64_t>(app_.messages.size() + 1); }
 

@@ -175,7 +175,8 @@ constexpr std::string_view marina = R"(
 13:12 Marina Duarte: Metade cada?
 13:12 Me: Fechado 🤝
 13:20 Me: [photo once]
-13:21 Marina Duarte: [deleted]
+13:21 Marina Duarte: [lost photo once]
+13:22 Marina Duarte: [deleted]
 == 2024-05-31
 20:58 Marina Duarte: [voice call] 3:27
 21:02 Marina Duarte: Kkkk e a sua planta?

@@ -214,13 +214,11 @@ constexpr std::array kinds = {
     Kind{"deleted", 14, asDeleted},
     Kind{"waiting", 12, asNothing},
     Kind{"unsupported", 91, asNothing},
-    Kind{"group created", groupEventType, asText, "", 12},
     Kind{"group renamed", groupEventType, asText, "", 1},
     Kind{"group picture", groupEventType, asNothing, "", 4},
     Kind{"group description", groupEventType, asNothing, "", 17},
     Kind{"added", groupEventType, asAdded, "", 2},
     Kind{"joined by link", groupEventType, asNothing, "", 15},
-    Kind{"left", groupEventType, asNothing, "", 3},
     Kind{"admin", groupEventType, asOfMember, "", 39},
     Kind{"timer", groupEventType, asText, "", 26},
     Kind{"strange event", groupEventType, asNothing, "", 77},
@@ -298,6 +296,7 @@ bool hasFile(const ScriptLine& line) { return !kindOf(line).file.empty(); }
 
 Protobuf copyOf(const ScriptLine& line) {
   if (line.medium == "photo") return copyOfPhoto(line.text);
+  if (line.medium == "video") return copyOfVideo(line.text);
   return line.medium == "voice" ? copyOfVoiceMessage() : copyOfText(line.text);
 }
 
