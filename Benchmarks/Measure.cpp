@@ -9,17 +9,40 @@
 #include <array>
 #include <chrono>
 #include <cstdlib>
+#include <ctime>
 
 #include "Tests/Support/SeededRandom.h"
 #include "TidewellCore/Platform/FileDescriptor.h"
 
 namespace {
 
-double secondsOf(const std::function<void()>& work) {
-  const auto start = std::chrono::steady_clock::now();
-  work();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+double processorSeconds() {
+  timespec spent{};
+  ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &spent);
+  return static_cast<double>(spent.tv_sec) + static_cast<double>(spent.tv_nsec) / 1e9;
 }
+
+constexpr std::size_t rounds = 7;
+
+// What each round of one work took.
+struct Rounds {
+  std::array<double, rounds> seconds{};
+  std::array<double, rounds> processorSeconds{};
+
+  void measure(std::size_t round, const std::function<void()>& work) {
+    const auto start = std::chrono::steady_clock::now();
+    const double spent = ::processorSeconds();
+    work();
+    seconds[round] = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    processorSeconds[round] = ::processorSeconds() - spent;
+  }
+
+  Measure::Cost median() {
+    std::ranges::sort(seconds);
+    std::ranges::sort(processorSeconds);
+    return {.seconds = seconds[rounds / 2], .processorSeconds = processorSeconds[rounds / 2]};
+  }
+};
 
 std::int64_t peakOfThisProcess() {
   rusage usage{};
@@ -29,17 +52,17 @@ std::int64_t peakOfThisProcess() {
 
 }  // namespace
 
-Measure::Comparison Measure::compare(const std::function<void()>& ours, const std::function<void()>& reference) {
-  constexpr std::size_t rounds = 7;
-  std::array<double, rounds> oursTimes{};
-  std::array<double, rounds> referenceTimes{};
+Measure::Comparison Measure::compare(const std::function<void()>& ours, const std::function<void()>& reference,
+                                     const std::function<void()>& prepare) {
+  Rounds oursRounds;
+  Rounds referenceRounds;
   for (std::size_t round = 0; round < rounds; ++round) {
-    oursTimes[round] = secondsOf(ours);
-    referenceTimes[round] = secondsOf(reference);
+    prepare();
+    oursRounds.measure(round, ours);
+    prepare();
+    referenceRounds.measure(round, reference);
   }
-  std::ranges::sort(oursTimes);
-  std::ranges::sort(referenceTimes);
-  return {.ours = oursTimes[rounds / 2], .reference = referenceTimes[rounds / 2]};
+  return {.ours = oursRounds.median(), .reference = referenceRounds.median()};
 }
 
 std::int64_t Measure::peakMemory(const std::function<void()>& work) {
@@ -73,6 +96,8 @@ void Measure::makeRandomFile(const std::filesystem::path& file, std::size_t mega
 }
 
 void Measure::report(const std::string& what, const std::string& reference, const Comparison& comparison) {
-  fmt::print("{:<34} {:.2f} times {} ({:.3f} s to {:.3f} s)\n", what, comparison.ratio(), reference, comparison.ours,
-             comparison.reference);
+  const auto& [ours, other] = comparison;
+  fmt::print("{:<34} {:.2f} times {} ({:.3f} s to {:.3f} s), of processor time {:.2f} ({:.3f} s to {:.3f} s)\n", what,
+             ours.seconds / other.seconds, reference, ours.seconds, other.seconds,
+             ours.processorSeconds / other.processorSeconds, ours.processorSeconds, other.processorSeconds);
 }

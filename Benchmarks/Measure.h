@@ -8,14 +8,18 @@
 // Times mean nothing on a busy machine, ratios of times taken in turns do.
 namespace Measure {
 
-struct Comparison {
-  double ours = 0;       // median seconds
-  double reference = 0;  // median seconds
-
-  double ratio() const { return ours / reference; }
+struct Cost {
+  double seconds = 0;
+  double processorSeconds = 0;  // of all threads
 };
-// Runs both in turns and takes the median of each.
-Comparison compare(const std::function<void()>& ours, const std::function<void()>& reference);
+struct Comparison {
+  Cost ours;
+  Cost reference;
+};
+// Runs both in turns and takes the medians of each. `prepare` is run before each and not measured.
+Comparison compare(
+    const std::function<void()>& ours, const std::function<void()>& reference,
+    const std::function<void()>& prepare = [] {});
 
 // The memory that `work` takes at its peak, in bytes, measured in a process of its own.
 std::int64_t peakMemory(const std::function<void()>& work);

@@ -169,6 +169,22 @@ TEST(MessageWords, ACaptionStandsInThePlaceOfAMissingMedium) {
   EXPECT_EQ(ChatArchiveJSON::stringify(message.details->info), R"({"caption":"the sea","part":"photo"})");
 }
 
+TEST(MessageWords, ACaptionIsKeptThoughTheWordsHoldIt) {
+  for (const char* caption : {"no", "a", "backup", "Photo", "Foto"}) {
+    const MissingMedia photo{.part = MessagePart::photo};
+    EXPECT_EQ(words(photo, english, {.sender = "Ana", .text = caption}), caption);
+    EXPECT_EQ(words(photo, portuguese, {.sender = "Ana", .text = caption}), caption);
+  }
+  EXPECT_THAT(words(CallRecord{.isVideo = false}, english, {.sender = "Ana", .text = "call"}), HasSubstr("\ncall"));
+}
+
+TEST(MessageWords, AFactThatStandsInTheTextTooIsToldOnce) {
+  EXPECT_EQ(words(Poll{.question = "Which day?"}, english, {.sender = "Ana", .text = "Which day? "}),
+            "Poll: Which day?");
+  const BusinessText text{.paragraphs = {"Title", "Words"}};
+  EXPECT_EQ(words(text, english, {.sender = "Shop", .text = "Words"}), "Title\nWords");
+}
+
 TEST(MessageWords, WhatWasWrittenBesideAKindFollowsItsWords) {
   EXPECT_EQ(words(SharedLocation{}, english, {.text = "come here"}), "Location\ncome here");
   EXPECT_EQ(words(Poll{.question = "Which day?"}, english, {.text = " Which day? "}), "Poll: Which day?");

@@ -97,18 +97,14 @@ std::vector<Line> conversation(const TranscriptStyle& style) {
 TEST(TranscriptWriter, RendersTheGoldenPages) {
   const TranscriptStyle english = TranscriptStyle::english();
   const TranscriptStyle portuguese = TranscriptStyle::portuguese();
-  expectGolden(TranscriptWriter::renderHTML(chatOf(conversation(english), TIDEWELL_GOLDEN_FOLDER "/Ana & <Co>"),
-                                            english, saoPaulo, american),
-               "en.html");
-  expectGolden(
-      TranscriptWriter::renderHTML(chatOf(conversation(portuguese), "Ana & <Co>"), portuguese, saoPaulo, brazilian),
-      "pt-BR.html");
-  expectGolden(TranscriptWriter::renderText(chatOf(conversation(english), TIDEWELL_GOLDEN_FOLDER "/Ana & <Co>"),
-                                            english, saoPaulo, american),
-               "en.txt");
-  expectGolden(
-      TranscriptWriter::renderText(chatOf(conversation(portuguese), "Ana & <Co>"), portuguese, saoPaulo, brazilian),
-      "pt-BR.txt");
+  const ArchiveChat spoken = chatOf(conversation(english), "Ana & <Co>");
+  const ArchiveChat falado = chatOf(conversation(portuguese), "Ana & <Co>");
+  expectGolden(TranscriptWriter::renderHTML(spoken, english, saoPaulo, american), TIDEWELL_GOLDEN_FOLDER "/en.html");
+  expectGolden(TranscriptWriter::renderHTML(falado, portuguese, saoPaulo, brazilian),
+               TIDEWELL_GOLDEN_FOLDER "/pt-BR.html");
+  expectGolden(TranscriptWriter::renderText(spoken, english, saoPaulo, american), TIDEWELL_GOLDEN_FOLDER "/en.txt");
+  expectGolden(TranscriptWriter::renderText(falado, portuguese, saoPaulo, brazilian),
+               TIDEWELL_GOLDEN_FOLDER "/pt-BR.txt");
 }
 
 TEST(TranscriptWriter, BeginsAndEndsThePage) {

@@ -78,6 +78,38 @@ TEST(ChatStorageReader, AFileThatTheBackupLacksIsAMissingMedium) {
   EXPECT_TRUE(messages.at(0).mediaLocalPath) << "an older export may have it";
 }
 
+TEST(ChatStorageReader, TheOwnerIsWhoNoticesThatComeInAreAddressedTo) {
+  const std::string me = "5511900009999@s.whatsapp.net";
+  const auto isRemovedByOwner = [&](const SQLValue& addressee, std::int64_t isFromMe, const std::string& remover) {
+    const ChatStorageSnapshot snapshot = readChats(
+        {.chats = {{.jid = ana}},
+         .messages = {{.chat = 1, .isFromMe = isFromMe, .toJID = addressee, .type = 10}, {.chat = 1, .type = 14}},
+         .mediaItems = {{.message = 2, .vCard = remover}}});
+    const MessageDetails* details = snapshot.details(messagesOf(snapshot, 1).at(1));
+    return std::get<DeletedMessage>(details->content).remover.value_or(Person()).isOwner;
+  };
+  EXPECT_TRUE(isRemovedByOwner(me, 0, me));
+  EXPECT_FALSE(isRemovedByOwner(ana, 1, ana)) << "a notice of a chat that the owner began";
+  EXPECT_FALSE(isRemovedByOwner("123@g.us", 0, "123@g.us"));
+}
+
+TEST(ChatStorageReader, AnItemThatItsMessageDoesNotNameIsItsOwnAllTheSame) {
+  const std::string other = "UPDATE ZWAMESSAGE SET ZMEDIAITEM = 2 WHERE Z_PK = 1";
+  for (const std::string& sql : {std::string("UPDATE ZWAMESSAGE SET ZMEDIAITEM = NULL"), other,
+                                 std::string("UPDATE ZWAMEDIAITEM SET ZMESSAGE = NULL")}) {
+    const ChatStorageSnapshot snapshot =
+        readChats({.chats = {{.jid = ana}},
+                   .messages = {{.chat = 1, .type = 1}, {.chat = 1, .type = 1}},
+                   .mediaItems = {{.message = 1, .localPath = "Media/a/1.jpg", .title = "one"},
+                                  {.message = 2, .localPath = "Media/a/2.jpg", .title = "two"}},
+                   .chatStorageSQL = sql});
+    const std::vector<MessageRecord> messages = messagesOf(snapshot, 1);
+    EXPECT_EQ(messages.at(0).text, "one") << sql;
+    EXPECT_EQ(messages.at(1).text, "two") << sql;
+    EXPECT_EQ(snapshot.details(messages.at(0)), nullptr) << sql;
+  }
+}
+
 TEST(ChatStorageReader, CutsNamesThatNoScreenShowsAndNoMessages) {
   std::string name;
   while (name.size() < 30'000) name += "Ana Maria ";

@@ -133,6 +133,16 @@ TEST(ReceiptInfo, APollHasOptionsAndVoters) {
                               {.words = "Friday", .voters = {{.jid = ben}, {.jid = ana}}}}}));
 }
 
+TEST(ReceiptInfo, WhatIsNoOptionAndNoVoteCountsAsNeither) {
+  Protobuf poll;
+  poll.integer(3, 1).message(3, Protobuf().text(1, "Monday")).message(3, Protobuf().text(1, "\xFF"));
+  poll.message(6, Protobuf().integer(1, 0)).integer(6, 1);
+  const auto read = ReceiptInfo::read(Protobuf().message(8, poll).bytes(), {});
+  ASSERT_TRUE(read && read->poll);
+  EXPECT_THAT(read->poll->options, ElementsAre(PollOption{.words = "Monday", .voters = {Person{.isOwner = true}}},
+                                               PollOption{.words = "?"}));
+}
+
 TEST(ReceiptInfo, APollWithoutWordsIsOne) {
   EXPECT_EQ(poll(Protobuf()), Poll{});
   EXPECT_EQ(

@@ -254,6 +254,31 @@ TEST_P(SnapshotLoaderTest, OnlyFilesOfTheAppsOwnCountAsThere) {
   EXPECT_EQ(snapshot.details(messages.at(1))->content, MessageContent(MissingMedia{.part = MessagePart::photo}));
 }
 
+TEST_P(SnapshotLoaderTest, ADatabaseThatIsShorterThanNotedIsAWarning) {
+  const auto size = static_cast<std::int64_t>(writeChatStorage(contents_.whatsApp).main.size());
+  auto& storage = contents_.whatsApp.databaseStorage;
+  storage["ChatStorage.sqlite"].recordedSize = size - 4096;
+  EXPECT_THAT(load().warnings, IsEmpty()) << "it grew while it was copied";
+  storage["ChatStorage.sqlite"].recordedSize = size + 4096;
+  EXPECT_THAT(load().warnings, ElementsAre(StartsWith("Some messages may be missing")));
+  storage.clear();
+  storage["ContactsV2.sqlite"].recordedSize = std::int64_t{1} << 40;
+  EXPECT_THAT(load().warnings, ElementsAre(StartsWith("Some names may be missing")));
+}
+
+TEST_P(SnapshotLoaderTest, FilesThatAreStoredAndNotListedAreAWarning) {
+  const auto warns = ElementsAre(StartsWith("Some files may be missing: the backup’s file index is damaged"));
+  const MediaFile photo{.localPath = "Media/a@g.us/1.jpg", .content = bytesOf("x"), .message = 1};
+  contents_.whatsApp.mediaFiles = {photo};
+  contents_.manifestSQL = "DELETE FROM Files WHERE relativePath LIKE '%/1.jpg'";
+  EXPECT_THAT(load().warnings, warns);
+  contents_.whatsApp.mediaFiles[0].storage.missing = true;
+  EXPECT_THAT(load().warnings, IsEmpty()) << "phones do not keep everything";
+  contents_.whatsApp.mediaFiles = {};
+  contents_.manifestSQL = "DELETE FROM Files WHERE relativePath LIKE 'ContactsV2.sqlite%'";
+  EXPECT_THAT(load().warnings, warns);
+}
+
 TEST_P(SnapshotLoaderTest, AHostileIdentifierOfADatabaseIsAMissingFile) {
   contents_.whatsApp.databaseStorage["ChatStorage.sqlite"] = {.fileID = "../device/Manifest.db"};
   expectUnreadable("Missing backup file for ChatStorage.sqlite.");

@@ -311,6 +311,17 @@ TEST(ExportCommand, StopsAtTheFirstInterruptionAndCleansUp) {
   }
 }
 
+TEST(ExportCommand, GoesOnWhereItsCallerHasItIgnoreTheEndOfTheTerminal) {
+  const CommandLine commandLine;
+  Fixture::writeBackup(encrypted(twoFiles(), 3'000'000), commandLine / "device");
+  Fixture::writeFile(commandLine / "password.txt", password);
+  const auto before = std::signal(SIGHUP, SIG_IGN);  // as `nohup` does
+  const Finished finished =
+      commandLine.interrupt({"export", "device", "saved", "--password-file", "password.txt"}, "Unlocking", SIGHUP);
+  std::signal(SIGHUP, before);
+  EXPECT_EQ(finished.exitCode, 0) << finished.errors;
+}
+
 TEST(ExportCommand, RedrawsOneProgressLineOnATerminal) {
   const CommandLine commandLine;
   Fixture::writeBackup(encrypted(twoFiles()), commandLine / "device");

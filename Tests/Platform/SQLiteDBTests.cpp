@@ -4,6 +4,7 @@
 #include <sqlite3.h>
 
 #include <cstdlib>
+#include <numeric>
 
 #include "Tests/Support/DatabaseWriter.h"
 #include "Tests/Support/Failures.h"
@@ -373,6 +374,39 @@ TEST_F(SQLiteWALTest, AConnectionCanBeMoved) {
   SQLiteDB first = open(SQLiteDB::OpenMode::writableCopy);
   const SQLiteDB second = std::move(first);
   EXPECT_THAT(texts(second, "SELECT count(*) FROM t"), ElementsAre("2"));
+}
+
+// What an unfinished transaction leaves, with the name of a super-journal at the journal's end
+// (https://www.sqlite.org/fileformat2.html#the_rollback_journal, and pager.c for that name).
+void leaveUnfinished(const fs::path& file, const std::string& superJournal) {
+  sqlite3* handle = nullptr;
+  ASSERT_EQ(sqlite3_open(file.c_str(), &handle), SQLITE_OK);
+  ASSERT_EQ(sqlite3_exec(handle, "BEGIN; DELETE FROM t", nullptr, nullptr, nullptr), SQLITE_OK);
+  ASSERT_EQ(sqlite3_db_cacheflush(handle), SQLITE_OK);
+  Fixture::Bytes journal = Fixture::readFile(file.native() + "-journal");
+  const Fixture::Bytes database = Fixture::readFile(file);
+  sqlite3_close(handle);
+  const auto add = [&](const Fixture::Bytes& bytes) { journal.insert(journal.end(), bytes.begin(), bytes.end()); };
+  const auto addNumber = [&](std::uint32_t number) {
+    for (const int shift : {24, 16, 8, 0}) journal.push_back(static_cast<std::uint8_t>(number >> shift));
+  };
+  const Fixture::Bytes name = Fixture::bytesOf(superJournal);
+  addNumber(0x40000000 / 4096 + 1);
+  add(name);
+  addNumber(static_cast<std::uint32_t>(name.size()));
+  addNumber(std::accumulate(name.begin(), name.end(), std::uint32_t{0}));
+  add({0xd9, 0xd5, 0x05, 0xf9, 0x20, 0xa1, 0x63, 0xd7});
+  Fixture::writeFile(file, database);
+  Fixture::writeFile(file.native() + "-journal", journal);
+}
+
+TEST_F(SQLiteDBTest, AJournalRemovesNoFileThatItNames) {
+  execute(file_, "CREATE TABLE t (a); INSERT INTO t VALUES ('1'), ('2')");
+  const fs::path letters = folder_ / "letters";
+  Fixture::writeFile(letters, "my letters");
+  leaveUnfinished(file_, letters.string());
+  EXPECT_THAT(texts(open(SQLiteDB::OpenMode::writableCopy), "SELECT a FROM t"), ElementsAre("1", "2"));
+  EXPECT_EQ(Fixture::readFile(letters), Fixture::bytesOf("my letters"));
 }
 
 }  // namespace

@@ -4,6 +4,8 @@
 #include <sqlite3.h>
 #include <sys/stat.h>
 
+#include <utility>
+
 #include "Tests/Support/DatabaseWriter.h"
 #include "Tests/Support/TemporaryDirectory.h"
 
@@ -173,6 +175,29 @@ TEST_F(WriteAheadLog, AnIndexOfAnotherGenerationOrAnEarlierMomentSaysNothing) {
   index_->salts[7] ^= 1;
   log_.clear();
   EXPECT_EQ(readWithIndex(), SQLiteWAL()) << "an app that closes its database may leave it so";
+}
+
+TEST_F(WriteAheadLog, ALogOfAnEarlierGenerationThanItsIndexKnowsIsDamage) {
+  const auto next = [this] { ++index_->salts[3]; };
+  next();
+  EXPECT_EQ(readWithIndex().state, State::damagedFrame);
+  const std::int64_t count = std::exchange(index_->frameCount, 0);
+  EXPECT_EQ(readWithIndex(), read()) << "its log begins anew";
+  index_->frameCount = count;
+  index_->salts[0] ^= 0x10;
+  EXPECT_EQ(readWithIndex(), read()) << "an index that was not written since the log was made anew";
+}
+
+TEST_F(WriteAheadLog, ATailOfZerosIsDamage) {
+  for (std::size_t first = 0; first < frameCount(); ++first) {
+    const Fixture::Bytes whole = log_;
+    std::fill(log_.begin() + static_cast<std::ptrdiff_t>(frame(first)), log_.end(), std::uint8_t{0});
+    EXPECT_EQ(read().state, State::damagedFrame) << first;
+    log_ = whole;
+    std::fill(log_.begin() + static_cast<std::ptrdiff_t>(frame(first) + 100), log_.end(), std::uint8_t{0});
+    EXPECT_EQ(read().state, first + 1 < frameCount() ? State::damagedFrame : State::torn) << first;
+    log_ = whole;
+  }
 }
 
 TEST_F(WriteAheadLog, ADamagedHeaderIsDamage) {

@@ -10,6 +10,7 @@
 #include "Tests/Support/SampleTexts.h"
 #include "Tests/Support/TemporaryDirectory.h"
 #include "TidewellCore/Archive/ChatArchiveWriter.h"
+#include "TidewellCore/Archive/MessageWords.h"
 
 namespace {
 
@@ -40,6 +41,35 @@ ArchiveMedia photo(Fixture::SeededRandom& random) {
       .kind = MediaKind::photos, .relativePath = path, .fileName = path.substr(path.find('/') + 1), .exported = true};
 }
 
+const std::string& nameOf(const Person& person) { return person.jid; }
+
+// Something that hangs on a message, or that it is.
+MessageDetails details(Fixture::SeededRandom& random, const std::string& text) {
+  const Person other{.jid = "Member " + std::to_string(random.below(12))};
+  switch (random.below(8)) {
+    case 0:
+      return {.reactions = {{.emoji = "👍", .person = other}, {.emoji = "❤️", .person = Person{.isOwner = true}}}};
+    case 1:
+      return {.content = LinkPreview{.url = "https://example.com/" + other.jid, .title = text, .summary = text}};
+    case 2:
+      return {.content = Notice{.kind = NoticeKind::memberLeft, .code = 3, .actor = other}};
+    case 3:
+      return {.content =
+                  SharedLocation{.coordinates = Coordinates{.latitude = -23.5, .longitude = -46.6}, .name = text}};
+    case 4:
+      return {.content = Poll{.question = text, .options = {{.words = "Yes", .voters = {other}}, {.words = "No"}}}};
+    default:
+      return {.quote = Quote{.sender = other, .words = text}};
+  }
+}
+
+// Gives a message its details; an answer leads to any of those before it.
+void tell(const MessageDetails& details, std::size_t answered, ArchiveMessage& message) {
+  const MessageWords::Context context{.wording = {.style = TranscriptStyle::english(), .nameOf = nameOf},
+                                      .answeredID = std::to_string(answered)};
+  MessageWords::tell(details, context, message);
+}
+
 // One chat of `count` messages, the last at `newest`, most of them minutes apart.
 ArchiveChat chat(std::size_t number, std::size_t count, double newest) {
   using Fixture::Language;
@@ -58,10 +88,17 @@ ArchiveChat chat(std::size_t number, std::size_t count, double newest) {
     message.sender = fromMe ? "You" : chat.isGroup ? "Member " + std::to_string(random.below(12)) : chat.name;
     if (random.below(20) == 0) message.media = photo(random);
     if (!message.media || random.below(4) == 0) message.text = Fixture::sampleText(language, random);
+    if (i > 0 && random.below(8) == 0) {
+      tell(details(random, Fixture::sampleText(language, random)), 1 + random.below(i), message);
+    }
     chat.messages.push_back(std::move(message));
   }
   // Something that stands once in the whole archive, at its very end of reading.
-  if (number == 0) chat.messages.front().text = "The needle xylophonic in the haystack";
+  if (number == 0) {
+    chat.messages.front().text = "The needle xylophonic in the haystack";
+    // Answered across the whole chat.
+    tell({.quote = Quote{.words = "The needle xylophonic"}}, 1, chat.messages.back());
+  }
   return chat;
 }
 

@@ -127,6 +127,28 @@ async function measureOpening() {
   return linked;
 }
 
+const oldestInView = `(() => {
+  const first = document.querySelector('#messages .message[aria-posinset="1"]');
+  if (!first) return false;
+  const box = first.getBoundingClientRect();
+  const view = document.getElementById('messages').getBoundingClientRect();
+  return box.top >= view.top - 1 && box.bottom <= view.bottom + 1;
+})()`;
+
+// The newest message answers the oldest one.
+async function measureReply(page) {
+  const strip = page.locator('#messages .message').last().locator('button.quote');
+  report(
+    'a reply leads to its original, the oldest message of that chat',
+    await timeUntil(page, oldestInView, () => strip.click()),
+    2500,
+    's',
+  );
+  await page.locator('#messages').focus();
+  await page.keyboard.press('End');
+  await page.evaluate(`window.__frameWhen(() => ${newestInView})`);
+}
+
 const watching = (page, on) => page.evaluate((value) => Object.assign(window.__watch, { on: value }), on);
 
 async function scrollBy(page, what, act) {
@@ -207,6 +229,7 @@ async function measureMemory() {
 }
 
 const page = await measureOpening();
+await measureReply(page);
 await measureScrolling(page);
 await measureSearch(page, 'needle xylophonic', 'search, something found once');
 await measureSearch(page, 'ok', 'search, something found often');

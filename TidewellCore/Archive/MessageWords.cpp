@@ -36,12 +36,41 @@ std::vector<ArchiveReaction> reactionsOf(const std::vector<Reaction>& reactions,
   return told;
 }
 
-// What the sender wrote beside the words of the kind, which may hold it already.
-std::string captionOf(const MessageContent& content, const ArchiveMessage& message, std::string_view words) {
+// The facts of a kind that phones repeat where a text would stand.
+struct Repeated {
+  std::vector<std::string> operator()(const SharedContacts& shared) const {
+    std::vector<std::string> names;
+    for (const SharedContact& contact : shared.contacts) names.push_back(contact.name);
+    return names;
+  }
+  std::vector<std::string> operator()(const SharedLocation& place) const { return said({place.name, place.address}); }
+  std::vector<std::string> operator()(const Poll& poll) const { return {poll.question}; }
+  std::vector<std::string> operator()(const Product& product) const {
+    return said({product.title, product.description});
+  }
+  std::vector<std::string> operator()(const GroupInvite& invite) const { return said({invite.groupName}); }
+  std::vector<std::string> operator()(const BusinessText& text) const { return text.paragraphs; }
+  std::vector<std::string> operator()(const MissingMedia& media) const { return said({media.fileName}); }
+  std::vector<std::string> operator()(const auto&) const { return {}; }
+
+ private:
+  static std::vector<std::string> said(std::initializer_list<std::optional<std::string>> facts) {
+    std::vector<std::string> texts;
+    for (const auto& fact : facts) texts.push_back(fact.value_or(""));
+    return texts;
+  }
+};
+
+// What the sender wrote beside the words of the kind, unless it is one of its facts.
+std::string captionOf(const MessageContent& content, const ArchiveMessage& message) {
   const auto* invite = std::get_if<GroupInvite>(&content);
   const auto& written = invite != nullptr && invite->caption ? invite->caption : message.text;
   const std::string caption = cleaned(written.value_or(""));
-  return words.find(Text::trimmedPart(caption)) == std::string::npos ? caption : std::string();
+  const std::string_view words = Text::trimmedPart(caption);
+  const bool isRepeated = std::ranges::any_of(std::visit(Repeated(), content), [&](const std::string& fact) {
+    return Text::trimmedPart(cleaned(fact)) == words;
+  });
+  return words.empty() || isRepeated ? std::string() : caption;
 }
 
 void setWords(const MessageContent& content, const MessageWords::Context& context, ArchiveDetails& details,
@@ -50,7 +79,7 @@ void setWords(const MessageContent& content, const MessageWords::Context& contex
       content,
       {.wording = context.wording, .isFromMe = message.fromMe, .sender = message.sender, .partner = context.partner});
   if (words.empty()) return;
-  const std::string caption = captionOf(content, message, words);
+  const std::string caption = captionOf(content, message);
   if (!caption.empty()) details.info.emplace("caption", caption);
   const bool isCaptionEnough = !caption.empty() && details.kind == ArchiveKind::missing;
   message.text = isCaptionEnough ? caption : caption.empty() ? words : words + "\n" + caption;

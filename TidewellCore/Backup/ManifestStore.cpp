@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "TidewellCore/Backup/DatabaseCheck.h"
-#include "TidewellCore/Crypto/CryptoShim.h"
+#include "TidewellCore/Backup/StoredFileLocation.h"
 #include "TidewellCore/Crypto/MBFileArchive.h"
 #include "TidewellCore/MediaKind.h"
 #include "TidewellCore/Platform/Files.h"
@@ -92,8 +92,7 @@ void readRecord(const SQLiteRow& row, ManifestFile& file) {
 bool isFolderOrLink(const ManifestFile& file) { return file.flags == folder || file.flags == link; }
 
 bool isSound(const ManifestFile& file) {
-  return file.flags == regularFile &&
-         file.fileID == fmt::format("{:02x}", fmt::join(sha1(bytesOf(file.domain + "-" + file.relativePath)), ""));
+  return file.flags == regularFile && file.fileID == fileIdentifier(file.domain, file.relativePath);
 }
 
 // How many rows there are, and the sum of their keys: enough to tell that one is another.

@@ -1,7 +1,11 @@
 #include "TidewellCore/Backup/StoredFileLocation.h"
 
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
 #include <algorithm>
 
+#include "TidewellCore/Crypto/CryptoShim.h"
 #include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/Platform/Text.h"
 
@@ -19,6 +23,11 @@ bool isFitForPath(std::string_view fileID) {
 }
 
 }  // namespace
+
+std::string fileIdentifier(std::string_view domain, std::string_view relativePath) {
+  const std::string name = std::string(domain).append("-").append(relativePath);
+  return fmt::format("{:02x}", fmt::join(sha1(bytesOf(name)), ""));
+}
 
 std::optional<std::filesystem::path> storedFileLocation(const std::filesystem::path& backup, std::string_view fileID) {
   if (!isFitForPath(fileID)) return std::nullopt;

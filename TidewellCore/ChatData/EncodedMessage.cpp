@@ -21,7 +21,8 @@ bool isPaddedRightly(std::string_view text) {
   return padding == 0 || text.size() % 4 == 0;
 }
 
-// Takes fields off the front of a message (protobuf.dev, "Encoding").
+// Takes fields off the front of a message (protobuf.dev, "Encoding"). Every name is asked whether it is
+// one, and most are none: ProtobufReader would throw for each of them.
 class FieldReader {
  public:
   struct Field {

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "TidewellCore/ChatData/JID.h"
 #include "TidewellCore/ChatData/MessageDecoder.h"
 #include "TidewellCore/ChatData/NameResolver.h"
 #include "TidewellCore/ChatData/OwnJID.h"
@@ -56,7 +57,13 @@ Creators readCreators(const SQLiteDB& database) {
   return creators;
 }
 
-// The owner's JIDs: notices and group events are addressed to them, and the owner's
+// Groups, lists and channels are no people.
+std::optional<std::string> personJID(std::string_view stored) {
+  const auto jid = StoredJID::checked(stored);
+  return jid && (JID::hasServer(*jid, UserJIDSuffix) || JID::isLID(*jid)) ? jid : std::nullopt;
+}
+
+// The owner's JIDs: notices and group events that come in are addressed to them, and the owner's
 // messages name them in place of a name. A phone has one, or one of each kind, so the first rows tell.
 std::vector<std::string> readOwnJIDs(const SQLiteDB& database) {
   constexpr const char* firstRows = " IS NOT NULL LIMIT 64";
@@ -66,10 +73,11 @@ std::vector<std::string> readOwnJIDs(const SQLiteDB& database) {
   const auto add = [&](std::optional<std::string> jid) {
     if (jid && std::ranges::find(jids, *jid) == jids.end()) jids.push_back(std::move(*jid));
   };
-  if (areThere("ZTOJID", "ZMESSAGETYPE")) {
+  if (areThere("ZTOJID", "ZMESSAGETYPE") && columns.contains("ZISFROMME")) {
     database.forEachRow(
-        std::string("SELECT ZTOJID FROM ZWAMESSAGE WHERE ZMESSAGETYPE IN (6, 10) AND ZTOJID") + firstRows,
-        [&](const SQLiteRowView& row) { add(StoredJID::checked(row.text(0).value_or(""))); });
+        std::string("SELECT ZTOJID FROM ZWAMESSAGE WHERE ZMESSAGETYPE IN (6, 10) AND ZISFROMME = 0 AND ZTOJID") +
+            firstRows,
+        [&](const SQLiteRowView& row) { add(personJID(row.text(0).value_or(""))); });
   }
   if (areThere("ZPUSHNAME", "ZISFROMME")) {
     database.forEachRow(std::string("SELECT ZPUSHNAME FROM ZWAMESSAGE WHERE ZISFROMME = 1 AND ZPUSHNAME") + firstRows,
@@ -152,8 +160,7 @@ class Reading {
                       .receiptInfo = row.blob(receiptInfo_.place).value_or(ByteView())};
     if (member != nullptr && member->jid) stored.memberJID = *member->jid;
     if (const auto creator = creators_.find(chat); creator != creators_.end()) stored.creatorJID = creator->second;
-    // An item that another message names as its own is not this one's.
-    if (row.integer(itemMessage_.place).value_or(key) == key) readItem(row, stored);
+    readItem(row, stored);
     if (const auto link = links_.find(key); link != links_.end()) {
       stored.linkURL = link->second.url;
       stored.linkTitle = link->second.title;
@@ -239,7 +246,6 @@ class Reading {
   const Column stanzaID_ = table_.select({"ZSTANZAID"});
 
   const TableReader::Along item_ = table_.along("ZWAMEDIAITEM", "ZMEDIAITEM", "ZMESSAGE");
-  const Column itemMessage_ = table_.select(item_, {"ZMESSAGE"});
   const Column path_ = table_.select(item_, {"ZMEDIALOCALPATH", "ZLOCALPATH"});
   const Column title_ = table_.select(item_, {"ZTITLE"});
   const Column vCardName_ = table_.select(item_, {"ZVCARDNAME"});

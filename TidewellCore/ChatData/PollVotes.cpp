@@ -12,6 +12,9 @@ using OwnJIDs = std::span<const std::string>;
 
 const Person owner{.isOwner = true};
 
+// Votes count options by their places, so none is left out.
+constexpr const char* unreadable = "?";
+
 struct Vote {
   std::optional<Person> voter;
   std::vector<std::int64_t> options;  // by their places
@@ -31,7 +34,7 @@ Vote voteOf(ProtobufReader fields, OwnJIDs ownJIDs) {
 PollOption optionOf(ProtobufReader fields) {
   PollOption option;
   while (fields.next()) {
-    if (fields.number() == 1) option.words = BlobText::words(fields.text()).value_or("");
+    if (fields.number() == 1) option.words = BlobText::words(fields.text()).value_or(unreadable);
   }
   return option;
 }
@@ -56,6 +59,7 @@ Poll PollVotes::read(ProtobufReader field, std::span<const std::string> ownJIDs)
   Poll poll;
   std::vector<Vote> votes;
   while (field.next()) {
+    if (!field.isBytes()) continue;
     if (field.number() == 2) poll.question = BlobText::words(field.text()).value_or("");
     if (field.number() == 3) poll.options.push_back(optionOf(field.message()));
     if (field.number() == 5) votes.push_back(voteOf(field.message(), ownJIDs));

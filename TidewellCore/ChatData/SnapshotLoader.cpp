@@ -14,6 +14,7 @@
 #include "TidewellCore/ChatData/ContactsReader.h"
 #include "TidewellCore/ChatData/LinkedIdentities.h"
 #include "TidewellCore/ChatData/MissingMessages.h"
+#include "TidewellCore/ChatData/UnlistedFiles.h"
 #include "TidewellCore/ChatData/UnreadApps.h"
 #include "TidewellCore/ChatData/WorkingCopies.h"
 #include "TidewellCore/Platform/PathText.h"
@@ -210,6 +211,9 @@ SnapshotLoader::Loaded SnapshotLoader::load(const OpenedBackup& opened, const Ma
   append(loaded.warnings, BackupDatabase::contacts, sides.contacts.faults);
   append(loaded.warnings, BackupDatabase::identities, sides.identities.faults);
   append(loaded.warnings, BackupDatabase::calls, sides.calls.faults);
+  if (UnlistedFiles::areThere(opened, manifest, loaded.snapshot)) {
+    append(loaded.warnings, BackupDatabase::index, {DatabaseFault::damaged});
+  }
   std::ranges::move(UnreadApps::warnings(manifest), std::back_inserter(loaded.warnings));
   return loaded;
 }

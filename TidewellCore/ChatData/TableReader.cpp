@@ -27,23 +27,33 @@ TableReader::Column TableReader::select(Along along, std::initializer_list<const
   const auto* found = std::ranges::find_if(
       candidates, [&](const char* candidate) { return columns.contains(Text::uppercasedASCII(candidate)); });
   if (found == candidates.end()) return {};
-  selected_ += fmt::format("{}t{}.{}", selected_.empty() ? "" : ", ", along.number, *found);
+  if (!selected_.empty()) selected_ += ", ";
+  const char* form = along.back == 0 ? "t{0}.{2}" : "coalesce(t{0}.{2}, t{1}.{2})";
+  selected_ += fmt::format(fmt::runtime(form), along.number, along.back, *found);
   return {.place = count_++};
 }
 
+std::size_t TableReader::join(const Table& table, const std::string& condition) {
+  tables_.push_back(table);
+  tables_.back().condition = condition;
+  return tables_.size() - 1;
+}
+
 TableReader::Along TableReader::along(const std::string& table, const char* reference, const char* back) {
-  Table joined = tableOf(table);
-  const std::size_t number = tables_.size();
+  const Table joined = tableOf(table);
   const std::set<std::string>& own = tables_.front().columns;
-  if (own.contains(reference) && joined.columns.contains(key)) {
-    joined.condition = fmt::format("t{}.{} = t0.{}", number, key, reference);
-  } else if (own.contains(key) && joined.columns.contains(back)) {
-    joined.condition = fmt::format("t{}.{} = t0.{}", number, back, key);
-  } else {
-    joined.columns.clear();
+  const std::size_t number = tables_.size();
+  const bool hasBack = own.contains(key) && joined.columns.contains(back);
+  const std::string backwards = fmt::format("{} = t0.{}", back, key);
+  if (!own.contains(reference) || !joined.columns.contains(key)) {
+    return {.number = join(hasBack ? joined : Table(), fmt::format("t{}.{}", number, backwards))};
   }
-  tables_.push_back(std::move(joined));
-  return {.number = number};
+  const std::string forwards = fmt::format("t{}.{} = t0.{}", number, key, reference);
+  if (!hasBack) return {.number = join(joined, forwards)};
+  const std::string unlessOther = fmt::format("coalesce(t{}.{}, t0.{}) = t0.{}", number, back, key, key);
+  join(joined, forwards + " AND " + unlessOther);
+  join(joined, fmt::format("t{}.{} IS NULL AND t{}.{}", number, key, number + 1, backwards));
+  return {.number = number, .back = number + 1};
 }
 
 void TableReader::forEachRow(const SQLiteDB::RowViewHandler& row) const {

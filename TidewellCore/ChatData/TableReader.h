@@ -18,9 +18,10 @@ class TableReader {
 
     bool isThere() const { return place >= 0; }
   };
-  // A table that is read along.
+  // A table that is read along: by its key and, where that finds no row, back from its rows.
   struct Along {
     std::size_t number = 0;
+    std::size_t back = 0;  // 0 where there is one way alone
   };
 
   // A missing table has no columns. The database must outlive the reader.
@@ -29,8 +30,8 @@ class TableReader {
   // Selects the first candidate that is a column.
   Column select(std::initializer_list<const char*> candidates) { return select({}, candidates); }
   Column select(Along along, std::initializer_list<const char*> candidates);
-  // Reads the row whose key the column `reference` of this table holds; where this
-  // table has no such column, the one whose column `back` holds the key of this table's row, which then must be one.
+  // Reads the row whose key the column `reference` of this table holds, unless it says that it belongs to another row;
+  // where there is none, those whose column `back` holds the key of this table's row. A row comes once with each.
   Along along(const std::string& table, const char* reference, const char* back);
   // One pass over the selected columns.
   void forEachRow(const SQLiteDB::RowViewHandler& row) const;
@@ -45,6 +46,7 @@ class TableReader {
   };
 
   Table tableOf(std::string name) const;
+  std::size_t join(const Table& table, const std::string& condition);
 
   const SQLiteDB& database_;
   std::vector<Table> tables_;  // the table itself first

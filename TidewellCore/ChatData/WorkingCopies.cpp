@@ -18,6 +18,12 @@ bool canBeRead(const OpenedBackup& opened, const std::optional<ManifestFile>& co
   return companion && opened.isStored(*companion) && opened.isOpenedBy(opened.keyOf(*companion));
 }
 
+// A database may have grown since its size was noted; a shorter one is another, older one.
+bool isShorterThanNoted(const OpenedBackup& opened, const ManifestFile& database) {
+  const auto size = opened.provenSize(database);
+  return size && *size < database.plaintextSize.value_or(0);
+}
+
 }  // namespace
 
 WorkingCopies::WorkingCopy WorkingCopies::make(const OpenedBackup& opened, const StoredDatabase& stored,
@@ -34,6 +40,7 @@ WorkingCopies::WorkingCopy WorkingCopies::make(const OpenedBackup& opened, const
   made.faults =
       DatabaseCheck::beforeOpening(made.path, hasLog ? stored.wal->plaintextSize : std::optional<std::int64_t>(),
                                    SQLiteWALIndex::read(made.path.native() + "-shm"));
+  if (isShorterThanNoted(opened, *stored.file)) made.faults.insert(DatabaseFault::damaged);
   const bool isRollbackLost = stored.rollback && !hasRollback && stored.rollback->plaintextSize != 0;
   if ((stored.wal && !hasLog) || isRollbackLost) made.faults.insert(DatabaseFault::journalMissing);
   return made;

@@ -19,14 +19,10 @@ double newestDate(std::span<const MessageRecord> messages) {
   return messages.empty() || !messages.back().date ? beforeAll : unixTime(*messages.back().date);
 }
 
-bool isMissing(const MessageDetails* details) {
-  return details != nullptr && std::holds_alternative<MissingMedia>(details->content);
-}
+bool isMissing(const MessageDetails& details) { return std::holds_alternative<MissingMedia>(details.content); }
 
-// Words stand for a file that the backup lacks.
-std::optional<ArchiveMedia> mediaOf(const MessageRecord& message, const MessageDetails* details,
-                                    const MediaLinks& links) {
-  if (!message.mediaLocalPath || isMissing(details)) return std::nullopt;
+std::optional<ArchiveMedia> mediaOf(const MessageRecord& message, const MediaLinks& links) {
+  if (!message.mediaLocalPath) return std::nullopt;
   const std::string_view path = *message.mediaLocalPath;
   ArchiveMedia media{.kind = MediaKind::classify(PathText::extension(path)), .relativePath = links.relativePath(path)};
   media.exported = media.relativePath.has_value();
@@ -40,13 +36,23 @@ bool mayNamePeople(const MessageRecord& message) {
   return message.text && message.text->find('@') != std::string_view::npos;
 }
 
-ArchiveMessage archiveMessage(const MessageRecord& message, std::string sender, std::optional<ArchiveMedia> media) {
+// Words stand for a file that the backup lacks; one that is in the export all the same needs none.
+void settleMedia(MessageDetails& details, ArchiveMessage& message) {
+  if (!isMissing(details) || !message.media) return;
+  if (message.media->exported) {
+    details.content = std::monostate();
+  } else {
+    message.media.reset();
+  }
+}
+
+ArchiveMessage archiveMessage(const MessageRecord& message, std::string sender, const MediaLinks& links) {
   return {.id = idOf(message),
           .fromMe = message.isFromMe,
           .sender = std::move(sender),
           .timestamp = message.date ? std::optional(unixTime(*message.date)) : std::nullopt,
           .text = message.text && !message.text->empty() ? std::optional(std::string(*message.text)) : std::nullopt,
-          .media = std::move(media)};
+          .media = mediaOf(message, links)};
 }
 
 }  // namespace
@@ -79,11 +85,13 @@ std::vector<ArchiveMessage> ChatLines::messages(const std::string& jid, const Me
   MessageWords::Context context = contextOf(jid, style);
   std::vector<ArchiveMessage> messages;
   for (const MessageRecord& record : snapshot_.messages(snapshot_.canonicalChatJID(jid))) {
-    const MessageDetails* details = snapshot_.details(record);
-    messages.push_back(archiveMessage(record, snapshot_.senderName(record, style), mediaOf(record, details, links)));
-    if (details == nullptr && !mayNamePeople(record)) continue;
-    context.answeredID = answeredID(record, details);
-    MessageWords::tell(details == nullptr ? MessageDetails() : *details, context, messages.back());
+    messages.push_back(archiveMessage(record, snapshot_.senderName(record, style), links));
+    const MessageDetails* known = snapshot_.details(record);
+    if (known == nullptr && !mayNamePeople(record)) continue;
+    MessageDetails details = known == nullptr ? MessageDetails() : *known;
+    settleMedia(details, messages.back());
+    context.answeredID = answeredID(record, known);
+    MessageWords::tell(details, context, messages.back());
   }
   return messages;
 }

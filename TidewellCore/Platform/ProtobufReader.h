@@ -56,7 +56,9 @@ class ProtobufReader {
   std::optional<std::int64_t> integer() const;
   // A number of eight bytes that is finite.
   std::optional<double> real() const;
-  // Empty when the field is of another type.
+  // Whether the field is of the type that texts, packed numbers and messages have.
+  bool isBytes() const { return type_ == Type::bytes; }
+  // Empty when it is not.
   ByteView bytes() const;
   // Appends one number, or all of a packed field. Throws ProtobufError for one that is damaged or too long.
   void append(std::vector<std::int64_t>& values) const;
@@ -82,6 +84,6 @@ class ProtobufReader {
 template <typename Read>
 void forEachMessage(ProtobufReader level, std::uint32_t number, Read read) {
   while (level.next()) {
-    if (level.number() == number) read(level.message());
+    if (level.number() == number && level.isBytes()) read(level.message());
   }
 }

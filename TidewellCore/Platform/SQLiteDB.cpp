@@ -1,10 +1,13 @@
 #include "TidewellCore/Platform/SQLiteDB.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <sqlite3.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <charconv>
 #include <filesystem>
 #include <utility>
@@ -49,6 +52,21 @@ std::string withoutLinksAbove(const std::string& path) {
   std::error_code error;
   const auto folder = std::filesystem::canonical(file.has_parent_path() ? file.parent_path() : ".", error);
   return error ? plainPath(path) : PathText::text(folder / file.filename());
+}
+
+// The end of a rollback journal may name a super-journal, a file of any path, which SQLite
+// removes after the roll-back unless that names the journal in turn (pager.c: readSuperJournal,
+// pager_delsuper). It is looked for in the very last bytes alone, where one byte
+// more hides it, and what is to be rolled back does not reach so far. No phone writes one:
+// it is for transactions over several databases.
+void hideSuperJournal(const std::string& path) {
+  const std::string journal = path + "-journal";
+  const int file = ::open(journal.c_str(), O_WRONLY | O_APPEND | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+  if (file < 0 && errno == ENOENT) return;
+  const char last = 0;
+  const bool isHidden = file >= 0 && ::write(file, &last, sizeof last) == sizeof last;
+  if (file >= 0) ::close(file);
+  if (!isHidden) throw TidewellError::invalidDatabase("The journal of a working copy cannot be written.");
 }
 
 // What SQLite's makers advise for files of strangers. Without modules there are
@@ -309,6 +327,7 @@ SQLiteDB::SQLiteDB(const std::string& path, OpenMode openMode, const std::option
     : connection_(std::make_unique<Connection>()) {
   const Mode mode = modeOf(openMode);
   sqlite3*& handle = connection_->handle;
+  if (openMode == OpenMode::writableCopy) hideSuperJournal(path);
   const int result = sqlite3_open_v2(withoutLinksAbove(path).c_str(), &handle, mode.flags, nullptr);
   if (result != SQLITE_OK) {
     const std::string message =

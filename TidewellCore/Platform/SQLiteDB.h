@@ -70,12 +70,12 @@ class SQLiteRowView {
 // One connection to an SQLite file, for one thread at a time. Statements are
 // prepared, stepped to their end and finalised within one call. Files that are
 // not ours are distrusted: no views, triggers, virtual tables or extensions, no
-// value of more than 64 MB, and no link in the file's place.
+// value of more than 64 MB, no link in the file's place, and no file that a journal names.
 class SQLiteDB {
  public:
   enum class OpenMode {
     readOnly,      // never writes to the file
-    writableCopy,  // for working copies: folds a -wal file in, ends WAL mode, then refuses writes
+    writableCopy,  // for working copies: folds a -wal in, rolls a -journal back, ends WAL mode, then refuses writes
     create,        // makes the file when it is missing; ours, so it is trusted
   };
 

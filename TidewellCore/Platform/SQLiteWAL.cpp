@@ -49,6 +49,11 @@ std::optional<Header> parsed(ByteView bytes) {
   return isStoredAt(header.checksum, bytes, 24) ? std::optional(header) : std::nullopt;
 }
 
+// SQLite writes no such frame: a copy that was broken off leaves them, its length being set before its bytes.
+bool isBlank(ByteView frame) {
+  return std::ranges::all_of(frame.first(frameHeaderSize), [](std::uint8_t byte) { return byte == 0; });
+}
+
 bool isCommit(ByteView frame) { return number(frame, 4) != 0; }
 
 // Whether the frame is the next of the log; the sum then includes it.
@@ -64,16 +69,18 @@ bool continues(ByteView frame, const Header& header, SQLiteChecksum& checksum) {
 SQLiteWAL::State stateOfRest(FileDescriptor& file, const Header& header, ByteView misfit, std::int64_t offset) {
   bool hasCommit = header.owns(misfit) && isCommit(misfit);
   bool isFollowed = false;
+  bool hasBlank = isBlank(misfit);
   Bytes frame(frameHeaderSize);
   for (;;) {
     offset += static_cast<std::int64_t>(header.frameSize());
     file.seek(offset);
     if (file.read(frame) < frameHeaderSize) break;
+    hasBlank = hasBlank || isBlank(frame);
     if (!header.owns(frame)) continue;
     isFollowed = true;
     hasCommit = hasCommit || isCommit(frame);
   }
-  if (isFollowed && hasCommit) return SQLiteWAL::State::damagedFrame;
+  if (hasBlank || (isFollowed && hasCommit)) return SQLiteWAL::State::damagedFrame;
   return header.owns(misfit) ? SQLiteWAL::State::torn : SQLiteWAL::State::sound;
 }
 
@@ -97,8 +104,19 @@ SQLiteWAL readFrames(FileDescriptor& file, const Header& header) {
   }
 }
 
+// The first salt counts the generations of a log: each begins with one more (section 4.4), the
+// first with any number. An index may be the older of the two, since nothing writes it to the disk at once, and
+// then of a log whose numbers are far from these.
+bool isOfLaterLog(const SQLiteWALIndex& index, const Header& header) {
+  constexpr std::uint32_t mostGenerations = 1 << 16;
+  const auto ahead = static_cast<std::uint32_t>(number(index.salts, 0) - number(header.salts, 0));
+  return index.frameCount > 0 && ahead != 0 && ahead < mostGenerations;
+}
+
 bool knowsMore(const std::optional<SQLiteWALIndex>& index, const Header& header, const SQLiteWAL& log) {
-  return index && index->salts == header.salts && index->frameCount > log.frameCount;
+  if (!index) return false;
+  if (index->salts != header.salts) return isOfLaterLog(*index, header);
+  return index->frameCount > log.frameCount;
 }
 
 SQLiteWAL readLog(FileDescriptor& file, const std::optional<SQLiteWALIndex>& index) {
