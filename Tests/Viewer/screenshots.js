@@ -23,6 +23,21 @@ const upBy = (pixels) => async (page) => {
   await page.locator('#messages').evaluate((view, by) => view.scrollBy(0, -by), pixels);
 };
 
+// The message with these words stands above the button at the lower edge.
+const downTo = (words) => async (page) => {
+  const message = page.locator('.message', { hasText: words }).first();
+  for (let tries = 0; tries < 40 && !(await message.count()); tries++) {
+    await upBy(500)(page);
+    await page.waitForTimeout(120);
+  }
+  // Heights above it settle only once it is in view.
+  for (let tries = 0; tries < 3; tries++) {
+    await message.evaluate((one) => one.scrollIntoView({ block: 'end' }));
+    await page.waitForTimeout(200);
+  }
+  await upBy(-84)(page);
+};
+
 const search = (words) => async (page) => {
   await page.locator('#mode-messages').click();
   await page.locator('#search').fill(words);
@@ -58,16 +73,16 @@ const scenes = {
   'kinds-forced': { archive: everyKind, viewport: tall, forcedColors: 'active', steps: [openNamed('Club'), fromTheFirst] },
   list: { steps: [] },
   thread: { steps: [openNamed('Marina')] },
-  group: { steps: [openNamed('Família'), upBy(2350)] },
-  contact: { steps: [openNamed('Marina'), upBy(1100)] },
-  round: { steps: [openNamed('Futebol'), upBy(450)] },
+  group: { steps: [openNamed('Família'), downTo('Qual fim de semana?')] },
+  contact: { steps: [openNamed('Marina'), downTo('Fechado')] },
+  round: { steps: [openNamed('Futebol'), downTo('Quadra do seu Zé')] },
   poll: { steps: [openNamed('Book Club')] },
   business: { steps: [openNamed('Padaria')] },
   pictures: { steps: [openNamed('Grace'), upBy(600)] },
   rtl: { steps: [openNamed('ليلى')] },
   hebrew: { steps: [openNamed('משפחה')] },
-  search: { steps: [search('ca'), click('.hit >> nth=2')] },
-  'search-in-chat': { steps: [openNamed('Ana'), click('#open-thread-search'), type('#thread-query', 'ok')] },
+  search: { steps: [search('bolo'), click('.hit >> nth=1')] },
+  'search-in-chat': { steps: [openNamed('Ana'), click('#open-thread-search'), type('#thread-query', 'café')] },
   date: { steps: [openNamed('Ana'), click('#open-thread-date')] },
   lightbox: { steps: [openNamed('Ana'), firstPicture] },
   portuguese: { export: portuguese, steps: [search('que'), click('.hit >> nth=1')] },
