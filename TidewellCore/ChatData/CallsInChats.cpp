@@ -72,6 +72,9 @@ class Adding {
     CallRecord& record = std::get<CallRecord>(tables_.details[told.details].second.content);
     if (!record.isVideo) record.isVideo = call.call.isVideo;
     if (!record.seconds) record.seconds = call.call.seconds;
+    record.isGroup = record.isGroup || call.call.isGroup;
+    // Nobody misses a call that somebody spoke in.
+    record.isMissed = (record.isMissed || call.call.isMissed) && !record.seconds;
   }
 
   void append(const PastCall& call, const std::string& person) {
