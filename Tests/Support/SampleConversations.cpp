@@ -97,17 +97,19 @@ class SampleWriter {
     const std::int64_t type = message.type;
     if (!made.file.empty()) attach(conversation, message, scriptedFile(made.file));
     message.type = type;
-    add(conversation, std::move(message), std::move(made));
+    const std::string speaker = conversation.members.empty() ? "" : jidOf(line.speaker);
+    add(conversation, speaker, std::move(message), std::move(made));
   }
 
-  // The message with what else tells of it.
-  void add(const Conversation& conversation, Message message, ScriptedMessage made) {
+  // The message with what else tells of it; `speaker` is a member of a group.
+  void add(const Conversation& conversation, const std::string& speaker, Message message, ScriptedMessage made) {
     const auto key = static_cast<std::int64_t>(app_.messages.size() + 1);
     if (made.call) {
       message.stanzaID = "call:" + std::to_string(key);
       made.call->id = *message.stanzaID;
       made.call->date = message.date;
       made.call->participants = {conversation.jid};
+      if (made.call->incoming && !speaker.empty()) made.call->participants.push_back(speaker);
       app_.calls->push_back(*std::move(made.call));
     }
     if (made.link) {

@@ -75,6 +75,7 @@ constexpr std::string_view family = R"(
 19:31 Me: A gente vai parecer uma família de pinguins
 19:32 Tia Célia: 🐧🐧🐧🐧🐧🐧
     > Me: A gente vai parecer
+19:34 Marina Duarte: [video call] 5:12
 19:40 Vovó: Boa noite meus amores. Durmam com Deus. A vovó já fez a mala
 )";
 
