@@ -46,7 +46,12 @@ class Chat {
                            .timestamp = 1714640400 + 60.0 * static_cast<double>(chat_.messages.size()),
                            .text = std::move(text),
                            .media = std::move(media)};
-    context_.answeredID = details.quote ? std::optional<std::string>("1") : std::nullopt;
+    context_.answered.reset();
+    if (const auto& quote = details.quote) {
+      const bool isOwner = quote->sender && quote->sender->isOwner;
+      context_.answered = MessageWords::Answered{
+          .id = "1", .isOwner = isOwner, .sender = quote->sender ? context_.wording.name(*quote->sender) : ""};
+    }
     MessageWords::tell(details, context_, message);
     chat_.messages.push_back(std::move(message));
   }

@@ -219,7 +219,7 @@ TEST(MessageWords, ANoticeHasNoSender) {
 
 TEST(MessageWords, AReplyNamesWhatItAnswers) {
   MessageWords::Context around = context();
-  around.answeredID = "15";
+  around.answered = {.id = "15", .sender = "Ana"};
   const Quote caption{.sender = ana, .part = MessagePart::photo, .words = "the\nsea"};
   EXPECT_EQ(told({.quote = caption}, {.text = "a"}, around).details->quote,
             (ArchiveQuote{.name = "Ana", .part = MessagePart::photo, .words = "the sea", .toID = "15"}));

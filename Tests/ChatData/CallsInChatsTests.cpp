@@ -54,6 +54,16 @@ Shown shownIn(ChatTables made, const char* jid, std::vector<PastCall> calls) {
   return shown;
 }
 
+TEST(CallsInChats, ACallByItsIDComesBeforeOneByTime) {
+  ChatTables made = tables();
+  tell(made, 7, 140, "B");
+  PastCall deleted = incoming(1, 100);
+  deleted.id = "A";
+  PastCall told = incoming(2, 140);
+  told.id = "B";
+  EXPECT_THAT(shownIn(std::move(made), ana, {deleted, told}).keys, ElementsAre(-2, 7));
+}
+
 TEST(CallsInChats, ACallThatNoMessageTellsOfStandsInItsChat) {
   const Shown shown = shownIn(tables(), ana, {incoming(4, 100)});
   EXPECT_THAT(shown.keys, ElementsAre(-5));

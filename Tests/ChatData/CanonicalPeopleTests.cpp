@@ -14,7 +14,12 @@ const Person ben{.jid = "2@s.whatsapp.net"};
 
 MessageDetails unified(MessageDetails details, const std::string& senderJID = "", bool isGroup = true) {
   CanonicalPeople::unify(
-      details, [](const std::string& jid) { return jid == byLID.jid ? byPhone.jid : jid; }, senderJID, isGroup);
+      details,
+      [](const std::string& jid) {
+        if (jid == "88@lid") return owner;
+        return jid == byLID.jid ? byPhone : Person{.jid = jid};
+      },
+      senderJID, isGroup);
   return details;
 }
 
@@ -31,6 +36,15 @@ TEST(CanonicalPeople, OfOnePersonsReactionsTheNewestCounts) {
 TEST(CanonicalPeople, WhatAChannelOnlyCountsStays) {
   const std::vector<Reaction> totals{{.emoji = "a", .count = 3}, {.emoji = "b", .count = 5}};
   EXPECT_EQ(unified({.reactions = totals}).reactions, totals);
+}
+
+TEST(CanonicalPeople, TheOwnerIsOneByEveryJID) {
+  const Person byOwnLID{.jid = "88@lid"};
+  const MessageDetails details = unified({.quote = Quote{.stanzaID = "A", .sender = byOwnLID},
+                                          .reactions = {{.emoji = "a", .person = owner, .milliseconds = 1},
+                                                        {.emoji = "b", .person = byOwnLID, .milliseconds = 2}}});
+  EXPECT_EQ(details.quote->sender, owner);
+  EXPECT_THAT(details.reactions, ElementsAre(Reaction{.emoji = "b", .person = owner, .milliseconds = 2}));
 }
 
 TEST(CanonicalPeople, NobodyVotesForAnOptionTwice) {

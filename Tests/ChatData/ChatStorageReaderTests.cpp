@@ -78,6 +78,23 @@ TEST(ChatStorageReader, AFileThatTheBackupLacksIsAMissingMedium) {
   EXPECT_TRUE(messages.at(0).mediaLocalPath) << "an older export may have it";
 }
 
+TEST(ChatStorageReader, WhatHangsOnMessagesEndsNothing) {
+  WhatsAppContents app{.chats = {{.jid = ana}},
+                       .messages = {{.chat = 1, .text = "one"}},
+                       .mediaItems = {{.message = 1, .title = "a title"}}};
+  app.chatStorageSQL = "UPDATE ZWAMEDIAITEM SET ZMETADATA = zeroblob(70000000)";
+  EXPECT_EQ(messagesOf(readChats(app), 1).at(0).text, "one") << "a blob that nobody could hold";
+  for (const std::string table : {"ZWAMESSAGEINFO", "ZWAMESSAGEDATAITEM", "ZWAGROUPINFO"}) {
+    app.chatStorageSQL =
+        "PRAGMA writable_schema = ON; UPDATE sqlite_master SET rootpage = (SELECT rootpage FROM "
+        "sqlite_master WHERE name = 'ZWAMESSAGE_ZCHATSESSION_INDEX') WHERE name = '" +
+        table + "'";
+    const ChatStorageSnapshot snapshot = readChats(app);
+    EXPECT_EQ(messagesOf(snapshot, 1).at(0).text, "one") << table;
+    EXPECT_TRUE(snapshot.unread().isPartial) << table;
+  }
+}
+
 TEST(ChatStorageReader, TheOwnerIsWhoNoticesThatComeInAreAddressedTo) {
   const std::string me = "5511900009999@s.whatsapp.net";
   const auto isRemovedByOwner = [&](const SQLValue& addressee, std::int64_t isFromMe, const std::string& remover) {

@@ -65,8 +65,9 @@ MessageDetails details(Fixture::SeededRandom& random, const std::string& text) {
 
 // Gives a message its details; an answer leads to any of those before it.
 void tell(const MessageDetails& details, std::size_t answered, ArchiveMessage& message) {
-  const MessageWords::Context context{.wording = {.style = TranscriptStyle::english(), .nameOf = nameOf},
-                                      .answeredID = std::to_string(answered)};
+  const MessageWords::Context context{
+      .wording = {.style = TranscriptStyle::english(), .nameOf = nameOf},
+      .answered = MessageWords::Answered{.id = std::to_string(answered), .sender = "Member 1"}};
   MessageWords::tell(details, context, message);
 }
 

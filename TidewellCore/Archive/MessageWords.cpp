@@ -12,8 +12,12 @@ namespace {
 using ReadableText::cleaned;
 
 ArchiveQuote quoteOf(const Quote& quote, const MessageWords::Context& context) {
-  ArchiveQuote told{.part = quote.part, .toID = context.answeredID};
-  if (quote.sender) {
+  ArchiveQuote told{.part = quote.part};
+  if (context.answered) {
+    told.toID = context.answered->id;
+    told.isOwner = context.answered->isOwner;
+    told.name = Wording::line(context.answered->sender);
+  } else if (quote.sender) {
     told.isOwner = quote.sender->isOwner;
     told.name = context.wording.name(*quote.sender);
   }

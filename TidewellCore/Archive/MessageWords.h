@@ -10,12 +10,19 @@
 // From a message's facts to what people read: its words, and the facts as the archive has them.
 namespace MessageWords {
 
+// The message of the same chat that another answers.
+struct Answered {
+  std::string id;
+  bool isOwner = false;  // the owner wrote it
+  std::string sender;    // the name shown
+};
+
 // What is known around a message.
 struct Context {
-  Wording wording;                        // with the names of people
-  Mentions::Lookup mentioned = {};        // the names of people whom texts name by digits
-  std::string partner;                    // whom a chat of two is with, by name; empty in a group
-  std::optional<std::string> answeredID;  // of the message that this one answers, when it is in the chat
+  Wording wording;                   // with the names of people
+  Mentions::Lookup mentioned = {};   // the names of people whom texts name by digits
+  std::string partner;               // whom a chat of two is with, by name; empty in a group
+  std::optional<Answered> answered;  // absent when it is not in the chat
 };
 
 // Gives a message, which has its sender, its file and what was written all but for

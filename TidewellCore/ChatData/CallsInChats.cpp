@@ -1,6 +1,7 @@
 #include "TidewellCore/ChatData/CallsInChats.h"
 
 #include <algorithm>
+#include <limits>
 #include <map>
 #include <string>
 
@@ -13,8 +14,13 @@ namespace {
 struct Told {
   std::size_t message = 0;
   std::size_t details = 0;
+  double date = 0;       // Unix seconds
   bool isTaken = false;  // by a call of the list
 };
+
+double dateOf(const std::optional<Date>& date) {
+  return date ? unixTime(*date) : -std::numeric_limits<double>::infinity();
+}
 
 class Adding {
  public:
@@ -24,13 +30,13 @@ class Adding {
     fileTold();
   }
 
-  void add(const PastCall& call) {
-    const std::string person = personOf(chatJID(call));
-    if (person.empty()) return;
-    for (Told& told : toldByPerson_[person]) {
-      if (!told.isTaken && isSameCall(call, messageOf(told))) return complete(told, call);
+  // Those that a message names by their ID first, so that none of them is taken by time.
+  void add(std::vector<PastCall> calls) {
+    std::erase_if(calls, [this](const PastCall& call) { return isToldByID(call); });
+    for (const PastCall& call : calls) {
+      const std::string person = personOf(chatJID(call));
+      if (!person.empty() && !isToldByTime(call, person)) append(call, person);
     }
-    append(call, person);
   }
 
  private:
@@ -54,15 +60,46 @@ class Adding {
       const auto message = std::ranges::lower_bound(tables_.messages, pk, {}, &MessageRecord::pk);
       const auto chat = tables_.chats.find(message->chatPK);
       if (chat == tables_.chats.end()) continue;
-      toldByPerson_[personOf(chat->second.jid)].push_back(
-          {.message = static_cast<std::size_t>(message - tables_.messages.begin()), .details = place});
+      const std::string person = personOf(chat->second.jid);
+      const Told told{.message = static_cast<std::size_t>(message - tables_.messages.begin()),
+                      .details = place,
+                      .date = dateOf(message->date)};
+      toldByPerson_[person].push_back(told);
     }
+    for (auto& [person, all] : toldByPerson_) {
+      std::ranges::stable_sort(all, {}, &Told::date);
+      for (Told& told : all) {
+        const auto& id = tables_.messages[told.message].stanzaID;
+        if (id && !id->empty()) toldByID_.try_emplace({person, *id}, &told);
+      }
+    }
+  }
+
+  bool isToldByID(const PastCall& call) {
+    const auto found = toldByID_.find({personOf(chatJID(call)), call.id});
+    if (found == toldByID_.end() || found->second->isTaken) return false;
+    complete(*found->second, call);
+    return true;
+  }
+
+  // A day is longer than calls last.
+  bool isToldByTime(const PastCall& call, const std::string& person) {
+    constexpr double day = 86'400;
+    constexpr std::ptrdiff_t most = 1'000;
+    std::vector<Told>& all = toldByPerson_[person];
+    const double date = dateOf(call.date);
+    const auto first = std::ranges::lower_bound(all, date - day, {}, &Told::date);
+    const auto last = std::ranges::upper_bound(first, all.end(), date + day, {}, &Told::date);
+    const auto end = first + std::min(last - first, most);
+    const auto found =
+        std::find_if(first, end, [&](const Told& told) { return !told.isTaken && isSameCall(call, messageOf(told)); });
+    if (found != end) complete(*found, call);
+    return found != end;
   }
 
   CallMessage messageOf(const Told& told) const {
     const MessageRecord& message = tables_.messages[told.message];
-    return {.stanzaID = message.stanzaID.value_or(""),
-            .date = message.date,
+    return {.date = message.date,
             .isFromMe = message.isFromMe,
             .seconds = std::get<CallRecord>(tables_.details[told.details].second.content).seconds};
   }
@@ -96,7 +133,8 @@ class Adding {
 
   ChatTables& tables_;
   std::map<std::string, std::int64_t> recordsByPerson_;
-  std::map<std::string, std::vector<Told>> toldByPerson_;
+  std::map<std::string, std::vector<Told>> toldByPerson_;  // by date
+  std::map<std::pair<std::string, std::string_view>, Told*> toldByID_;
   std::int64_t nextKey_ = -1;  // of a chat that only calls tell of
 };
 
@@ -105,6 +143,5 @@ class Adding {
 void CallsInChats::add(std::vector<PastCall> calls, ChatTables& tables) {
   std::erase_if(calls, [](const PastCall& call) { return call.pk < 0; });
   if (calls.empty()) return;
-  Adding adding(tables);
-  for (const PastCall& call : calls) adding.add(call);
+  Adding(tables).add(std::move(calls));
 }

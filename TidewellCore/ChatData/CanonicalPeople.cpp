@@ -9,7 +9,7 @@ namespace {
 using CanonicalPeople::Canonical;
 
 void unify(Person& person, const Canonical& canonical) {
-  if (!person.isOwner) person.jid = canonical(person.jid);
+  if (!person.isOwner) person = canonical(person.jid);
 }
 
 void unify(std::optional<Person>& person, const Canonical& canonical) {

@@ -139,13 +139,14 @@ void ChatStorageSnapshot::fileMembers() {
 }
 
 void ChatStorageSnapshot::unifyPeople(const Keys& keys, const Places& places) {
-  const auto canonical = [this](const std::string& jid) { return canonicalChatJID(jid).text(); };
+  for (const std::string& jid : tables_.ownJIDs) ownJIDs_.insert(canonicalChatJID(jid).text());
+  const auto known = [this](const std::string& jid) { return person(jid); };
   for (auto& [pk, details] : tables_.details) {
     const auto key = std::ranges::lower_bound(keys, pk);
     const MessageRecord& message = tables_.messages[places[static_cast<std::size_t>(key - keys.begin())]];
     const auto sender = groupSenderJID(message, directory().groupMember(message.groupMemberPK));
     const bool isGroup = JID::isGroup(jidOfRecord(message.chatPK).text());
-    CanonicalPeople::unify(details, canonical, canonical(sender.value_or("")), isGroup);
+    CanonicalPeople::unify(details, known, canonicalChatJID(sender.value_or("")).text(), isGroup);
   }
 }
 
@@ -158,8 +159,9 @@ void ChatStorageSnapshot::fileOriginals(const Keys& keys, const Places& places) 
   if (wanted.empty()) return;
   for (std::size_t row = 0; row < keys.size(); ++row) {
     const auto& stanzaID = tables_.messages[places[row]].stanzaID;
-    if (stanzaID && wanted.contains(*stanzaID)) originals_.emplace(*stanzaID, places[row]);
+    if (stanzaID && wanted.contains(*stanzaID)) originals_.emplace_back(*stanzaID, places[row]);
   }
+  std::ranges::sort(originals_);
 }
 
 const MessageDetails* ChatStorageSnapshot::details(const MessageRecord& message) const {
@@ -168,12 +170,15 @@ const MessageDetails* ChatStorageSnapshot::details(const MessageRecord& message)
   return found != tables_.details.end() && found->first == message.pk ? &found->second : nullptr;
 }
 
+// The messages of a chat stand side by side, so those of one ID do, too.
 const MessageRecord* ChatStorageSnapshot::original(const MessageRecord& answer, const Quote& quote) const {
-  const CanonicalJID chat = jidOfRecord(answer.chatPK);
-  const auto [first, last] = originals_.equal_range(quote.stanzaID);
-  for (auto found = first; found != last; ++found) {
-    const MessageRecord& message = tables_.messages[found->second];
-    if (message.pk != answer.pk && jidOfRecord(message.chatPK) == chat) return &message;
+  const auto chat = placeOf(jidOfRecord(answer.chatPK));
+  if (chat == chats_.end() || quote.stanzaID.empty()) return nullptr;
+  const std::pair from(std::string_view(quote.stanzaID), static_cast<std::uint32_t>(chat->firstMessage));
+  for (auto found = std::ranges::lower_bound(originals_, from); found != originals_.end(); ++found) {
+    const auto& [stanzaID, place] = *found;
+    if (stanzaID != quote.stanzaID || place >= chat->firstMessage + chat->messageCount) break;
+    if (tables_.messages[place].pk != answer.pk) return &tables_.messages[place];
   }
   return nullptr;
 }
@@ -203,6 +208,10 @@ const ChatRecord* ChatStorageSnapshot::chat(std::string_view jid) const {
 
 CanonicalJID ChatStorageSnapshot::canonicalChatJID(std::string_view jid) const {
   std::string trimmed = Text::trimmed(jid);
+  if (JID::hasServer(trimmed, LIDStatusJIDSuffix)) {
+    const auto phone = directory().phoneJID(JID::ownerOfStatus(trimmed));
+    return CanonicalJID(phone ? std::string(JID::userPart(*phone)).append(StatusJIDSuffix) : std::move(trimmed));
+  }
   if (!JID::isLID(trimmed)) return CanonicalJID(std::move(trimmed));
   return CanonicalJID(directory().phoneJID(trimmed).value_or(trimmed));
 }
@@ -288,14 +297,22 @@ std::optional<std::string> ChatStorageSnapshot::knownName(const std::string& jid
   const ChatRecord* record = chat(jid);
   const bool isKnown = known != nullptr || record != nullptr || directory().contact(jid) || directory().pushName(jid);
   if (!isKnown) return std::nullopt;
-  if (auto name = DisplayNames::resolveIdentity(jid, std::nullopt, known, directory())) return name;
+  if (auto name = DisplayNames::identityName(jid, std::nullopt, known, directory())) return name;
   const std::string title = record == nullptr ? "" : titleOf(*record);
-  return title.empty() || JID::isLID(title) ? std::nullopt : std::optional(title);
+  return title.empty() || JID::isLID(title) ? NameResolver::formattedPhone(jid) : std::optional(title);
 }
 
-std::optional<std::string> ChatStorageSnapshot::nameOfDigits(std::string_view digits) const {
+Person ChatStorageSnapshot::person(const std::string& jid) const {
+  std::string canonical = canonicalChatJID(jid).text();
+  return ownJIDs_.contains(canonical) ? Person{.isOwner = true} : Person{.jid = std::move(canonical)};
+}
+
+std::optional<std::string> ChatStorageSnapshot::nameOfDigits(std::string_view digits,
+                                                             const TranscriptStyle& style) const {
   for (const std::string_view server : {UserJIDSuffix, LIDJIDSuffix}) {
-    if (auto name = knownName(std::string(digits).append(server))) return name;
+    const std::string jid = std::string(digits).append(server);
+    if (person(jid).isOwner) return style.youLabel;
+    if (auto name = knownName(jid)) return name;
   }
   return std::nullopt;
 }

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
@@ -74,8 +75,8 @@ class ChatStorageSnapshot {
   std::string senderName(const MessageRecord& message, const TranscriptStyle& style) const;
   // The same of somebody whom a message tells of.
   std::string name(const Person& person, const TranscriptStyle& style) const;
-  // The name of the contact or group member whose number or LID has these digits; absent for anybody else.
-  std::optional<std::string> nameOfDigits(std::string_view digits) const;
+  // The name of the owner, contact or group member whose number or LID has these digits; absent for anybody else.
+  std::optional<std::string> nameOfDigits(std::string_view digits, const TranscriptStyle& style) const;
 
  private:
   using Keys = std::vector<std::int64_t>;     // of rows, ascending
@@ -89,6 +90,8 @@ class ChatStorageSnapshot {
   void fileMembers();
   void unifyPeople(const Keys& keys, const Places& places);
   void fileOriginals(const Keys& keys, const Places& places);
+  // The owner, or somebody by their canonical JID.
+  Person person(const std::string& jid) const;
   const GroupMemberRecord* member(const std::string& jid) const;
   // Of people and groups whom the directory, a group or a chat knows.
   std::optional<std::string> knownName(const std::string& jid) const;
@@ -104,6 +107,7 @@ class ChatStorageSnapshot {
   std::vector<Chat> chats_;
   std::unordered_map<std::string_view, std::uint32_t> mediaByRelativePath_;  // places among the messages
   std::unordered_map<std::string, const GroupMemberRecord*> membersByJID_;   // canonical; those with a name first
+  std::set<std::string, std::less<>> ownJIDs_;                               // canonical
   // The places of messages that are answered, by their stanza IDs; one ID may stand in several chats.
-  std::unordered_multimap<std::string_view, std::uint32_t> originals_;
+  std::vector<std::pair<std::string_view, std::uint32_t>> originals_;
 };

@@ -20,6 +20,7 @@ struct ChatTables {
   std::vector<std::pair<std::int64_t, MessageDetails>> details;
   std::unordered_set<std::int64_t> silentMessages;  // keys of those that say no chat and hold no text
   std::vector<MediaItemRecord> media;               // files, as they were read
+  std::vector<std::string> ownJIDs;                 // the owner's, as they are stored
   ContactDirectory directory;                       // what these tables know of people
   UnreadMessages unread;
   TextArena texts;  // holds those of messages and media

@@ -32,14 +32,21 @@ std::string DisplayNames::chatTitle(std::string_view partnerName, std::string_vi
   return partner.empty() ? Text::trimmed(jid) : partner;
 }
 
-std::optional<std::string> DisplayNames::resolveIdentity(const std::optional<std::string>& jid,
-                                                         const std::optional<std::string>& messagePushName,
-                                                         const GroupMemberRecord* member,
-                                                         const ContactDirectory& directory) {
+std::optional<std::string> DisplayNames::identityName(const std::optional<std::string>& jid,
+                                                      const std::optional<std::string>& messagePushName,
+                                                      const GroupMemberRecord* member,
+                                                      const ContactDirectory& directory) {
   const std::string sender = jid.value_or("");
   if (const auto name = contactName(sender, directory)) return name;
   if (const auto name = member == nullptr ? std::nullopt : groupMemberDisplayName(*member)) return name;
   if (const auto name = NameResolver::trimmedNonEmpty(directory.pushName(sender))) return name;
-  if (const auto name = plausible(messagePushName)) return name;
-  return NameResolver::formattedPhone(sender);
+  return plausible(messagePushName);
+}
+
+std::optional<std::string> DisplayNames::resolveIdentity(const std::optional<std::string>& jid,
+                                                         const std::optional<std::string>& messagePushName,
+                                                         const GroupMemberRecord* member,
+                                                         const ContactDirectory& directory) {
+  const auto name = identityName(jid, messagePushName, member, directory);
+  return name ? name : NameResolver::formattedPhone(jid.value_or(""));
 }

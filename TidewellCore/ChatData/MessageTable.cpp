@@ -13,6 +13,8 @@
 #include "TidewellCore/ChatData/StoredJID.h"
 #include "TidewellCore/ChatData/StoredNumber.h"
 #include "TidewellCore/ChatData/TableReader.h"
+#include "TidewellCore/Platform/ProtobufReader.h"
+#include "TidewellCore/TidewellError.h"
 
 namespace {
 
@@ -28,31 +30,46 @@ struct LinkRow {
 };
 using LinkRows = std::unordered_map<std::int64_t, LinkRow>;  // by the message's key
 
-LinkRows readLinks(const SQLiteDB& database) {
+// What messages have besides is told of as damage where it cannot be read, and messages go on without.
+template <typename Read>
+void readBeside(ChatTables& tables, Read read) {
+  try {
+    read();
+  } catch (const TidewellError& error) {
+    if (!error.is<TidewellError::InvalidDatabase>()) throw;
+    tables.unread.isPartial = true;
+  }
+}
+
+LinkRows readLinks(const SQLiteDB& database, ChatTables& tables) {
   TableReader table(database, "ZWAMESSAGEDATAITEM");
   const Column message = table.select({"ZMESSAGE"});
   const Column url = table.select({"ZMATCHEDTEXT"});
   const Column title = table.select({"ZTITLE"});
   const Column summary = table.select({"ZSUMMARY"});
   LinkRows links;
-  table.forEachRow([&](const SQLiteRowView& row) {
-    LinkRow link{.url = textOf(row, url), .title = textOf(row, title), .summary = textOf(row, summary)};
-    if (const auto key = row.integer(message.place)) links.try_emplace(*key, std::move(link));
+  readBeside(tables, [&] {
+    table.forEachRow([&](const SQLiteRowView& row) {
+      LinkRow link{.url = textOf(row, url), .title = textOf(row, title), .summary = textOf(row, summary)};
+      if (const auto key = row.integer(message.place)) links.try_emplace(*key, std::move(link));
+    });
   });
   return links;
 }
 
 using Creators = std::map<std::int64_t, std::string>;  // of groups, by the key of the chat's record
 
-Creators readCreators(const SQLiteDB& database) {
+Creators readCreators(const SQLiteDB& database, ChatTables& tables) {
   TableReader table(database, "ZWACHATSESSION");
   const TableReader::Along group = table.along("ZWAGROUPINFO", "ZGROUPINFO", "ZCHATSESSION");
   const Column pk = table.select({"Z_PK"});
   const Column creator = table.select(group, {"ZCREATORJID"});
   Creators creators;
-  table.forEachRow([&](const SQLiteRowView& row) {
-    std::string jid = textOf(row, creator);
-    if (const auto key = row.integer(pk.place); key && !jid.empty()) creators.try_emplace(*key, std::move(jid));
+  readBeside(tables, [&] {
+    table.forEachRow([&](const SQLiteRowView& row) {
+      std::string jid = textOf(row, creator);
+      if (const auto key = row.integer(pk.place); key && !jid.empty()) creators.try_emplace(*key, std::move(jid));
+    });
   });
   return creators;
 }
@@ -94,10 +111,13 @@ std::int64_t rowCount(const SQLiteDB& database, const std::string& table) {
   return count;
 }
 
+// Whether reactions and votes are read along.
+enum class Info { read, passedOver };
+
 class Reading {
  public:
-  Reading(const SQLiteDB& database, const MediaPaths::Lookup& hasFile, ChatTables& tables)
-      : database_(database), hasFile_(hasFile), table_(database, "ZWAMESSAGE"), tables_(tables) {}
+  Reading(const SQLiteDB& database, const MediaPaths::Lookup& hasFile, ChatTables& tables, Info info)
+      : database_(database), hasFile_(hasFile), table_(database, "ZWAMESSAGE"), tables_(tables), reads_(info) {}
 
   void run() {
     const auto isMissing = [](Column column) { return !column.isThere(); };
@@ -108,9 +128,9 @@ class Reading {
       tables_.unread.withoutChat = rowCount(database_, "ZWAMESSAGE");
       return;
     }
-    links_ = readLinks(database_);
-    creators_ = readCreators(database_);
-    ownJIDs_ = readOwnJIDs(database_);
+    links_ = readLinks(database_, tables_);
+    creators_ = readCreators(database_, tables_);
+    tables_.ownJIDs = readOwnJIDs(database_);
     table_.forEachRow([this](const SQLiteRowView& row) { read(row); });
   }
 
@@ -156,7 +176,7 @@ class Reading {
                       .isFromMe = row.integer(isFromMe_.place).value_or(0) != 0,
                       .isStarred = row.integer(starred_.place) == 1,
                       .text = row.text(text_.place),
-                      .ownJIDs = ownJIDs_,
+                      .ownJIDs = tables_.ownJIDs,
                       .receiptInfo = row.blob(receiptInfo_.place).value_or(ByteView())};
     if (member != nullptr && member->jid) stored.memberJID = *member->jid;
     if (const auto creator = creators_.find(chat); creator != creators_.end()) stored.creatorJID = creator->second;
@@ -225,9 +245,9 @@ class Reading {
   const MediaPaths::Lookup& hasFile_;
   TableReader table_;
   ChatTables& tables_;
+  Info reads_;
   LinkRows links_;
   Creators creators_;
-  std::vector<std::string> ownJIDs_;
   std::string cut_;
 
   const Column pk_ = table_.select({"Z_PK"});
@@ -256,14 +276,26 @@ class Reading {
   const Column longitude_ = table_.select(item_, {"ZLONGITUDE"});
   const Column duration_ = table_.select(item_, {"ZMOVIEDURATION"});
   const Column mediaOrigin_ = table_.select(item_, {"ZMEDIAORIGIN"});
-  const Column metadata_ = table_.select(item_, {"ZMETADATA"});
+  const Column metadata_ = table_.selectBytes(item_, "ZMETADATA", ProtobufLimits::bytes);
 
-  const TableReader::Along info_ = table_.along("ZWAMESSAGEINFO", "ZMESSAGEINFO", "ZMESSAGE");
-  const Column receiptInfo_ = table_.select(info_, {"ZRECEIPTINFO"});
+  const TableReader::Along info_ =
+      reads_ == Info::read ? table_.along("ZWAMESSAGEINFO", "ZMESSAGEINFO", "ZMESSAGE") : TableReader::Along();
+  const Column receiptInfo_ = table_.selectBytes(info_, "ZRECEIPTINFO", ProtobufLimits::bytes);
 };
 
 }  // namespace
 
 void MessageTable::load(const SQLiteDB& database, const MediaPaths::Lookup& hasFile, ChatTables& tables) {
-  Reading(database, hasFile, tables).run();
+  const UnreadMessages before = tables.unread;
+  try {
+    return Reading(database, hasFile, tables, Info::read).run();
+  } catch (const TidewellError& error) {
+    if (!error.is<TidewellError::InvalidDatabase>()) throw;
+  }
+  tables.messages.clear();
+  tables.details.clear();
+  tables.silentMessages.clear();
+  tables.unread = before;
+  Reading(database, hasFile, tables, Info::passedOver).run();
+  tables.unread.isPartial = true;
 }

@@ -24,12 +24,10 @@ struct PastCall {
 
 // A message of the same chat that tells of a call.
 struct CallMessage {
-  std::string_view stanzaID;
   std::optional<Date> date;
   bool isFromMe = false;
   std::optional<std::int64_t> seconds;
 };
 
-// Whether both are one call: by its ID, else by direction and time, which differ by no
-// more than the call lasted and a minute.
+// Whether both are one call by direction and time, which differ by no more than the call lasted and a minute.
 bool isSameCall(const PastCall& call, const CallMessage& message);

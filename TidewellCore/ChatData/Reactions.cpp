@@ -75,12 +75,15 @@ std::vector<Reaction> standing(std::vector<Reaction> all) {
 }
 
 // Those that are not among the reactions by name.
-void addTotals(std::vector<Reaction> totals, std::vector<Reaction>& reactions) {
-  const std::size_t named = reactions.size();
-  for (Reaction& total : totals) {
-    if (total.emoji.empty() || total.count > greatestCount) continue;
-    total.count -= std::count_if(reactions.begin(), reactions.begin() + static_cast<std::ptrdiff_t>(named),
-                                 [&](const Reaction& each) { return each.emoji == total.emoji; });
+void addTotals(const std::vector<Reaction>& totals, std::vector<Reaction>& reactions) {
+  std::map<std::string, std::int64_t, std::less<>> told;  // by emoji
+  for (const Reaction& reaction : reactions) ++told[reaction.emoji];
+  for (Reaction total : totals) {
+    if (total.emoji.empty() || total.count <= 0 || total.count > greatestCount) continue;
+    const std::int64_t counted = total.count;
+    std::int64_t& before = told[total.emoji];
+    total.count -= before;
+    before = std::max(before, counted);
     if (total.count > 0) reactions.push_back(std::move(total));
   }
 }
@@ -99,7 +102,7 @@ std::vector<Reaction> Reactions::read(ProtobufReader field, std::span<const std:
   }
   std::erase_if(all, [](const Reaction& reaction) { return !reaction.person; });
   std::vector<Reaction> reactions = standing(std::move(all));
-  addTotals(std::move(totals), reactions);
+  addTotals(totals, reactions);
   if (reactions.size() > most) reactions.resize(most);
   return reactions;
 }

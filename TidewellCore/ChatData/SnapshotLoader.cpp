@@ -27,9 +27,10 @@ namespace fs = std::filesystem;
 
 constexpr const char* messageTable = "ZWAMESSAGE";
 constexpr const char* contactTable = "ZWAADDRESSBOOKCONTACT";
-constexpr std::array<DatabaseTable, 6> chatTables{{{.name = messageTable, .reference = "ZCHATSESSION"},
+constexpr std::array<DatabaseTable, 7> chatTables{{{.name = messageTable, .reference = "ZCHATSESSION"},
                                                    {.name = "ZWAMEDIAITEM", .reference = "ZMESSAGE"},
                                                    {.name = "ZWACHATSESSION", .isShort = true},
+                                                   {.name = "ZWAGROUPINFO", .isShort = true},
                                                    {.name = "ZWAGROUPMEMBER", .isShort = true},
                                                    {.name = "ZWAPROFILEPUSHNAME", .isShort = true},
                                                    {.name = "ZWAPHONENUMBERLIDPAIR", .isShort = true}}};

@@ -23,13 +23,26 @@ TableReader::Table TableReader::tableOf(std::string name) const {
 }
 
 TableReader::Column TableReader::select(Along along, std::initializer_list<const char*> candidates) {
+  return add(along, candidates, "{}");
+}
+
+TableReader::Column TableReader::selectBytes(Along along, const char* candidate, std::size_t most) {
+  // SQLite knows the length of a blob before it reads it.
+  return add(along, {candidate}, fmt::format("CASE WHEN length({{0}}) <= {} THEN {{0}} END", most));
+}
+
+TableReader::Column TableReader::add(Along along, std::initializer_list<const char*> candidates,
+                                     const std::string& form) {
   const std::set<std::string>& columns = tables_[along.number].columns;
   const auto* found = std::ranges::find_if(
       candidates, [&](const char* candidate) { return columns.contains(Text::uppercasedASCII(candidate)); });
   if (found == candidates.end()) return {};
   if (!selected_.empty()) selected_ += ", ";
-  const char* form = along.back == 0 ? "t{0}.{2}" : "coalesce(t{0}.{2}, t{1}.{2})";
-  selected_ += fmt::format(fmt::runtime(form), along.number, along.back, *found);
+  const auto columnOf = [&](std::size_t number) {
+    return fmt::format(fmt::runtime(form), fmt::format("t{}.{}", number, *found));
+  };
+  selected_ += along.back == 0 ? columnOf(along.number)
+                               : fmt::format("coalesce({}, {})", columnOf(along.number), columnOf(along.back));
   return {.place = count_++};
 }
 

@@ -30,6 +30,8 @@ class TableReader {
   // Selects the first candidate that is a column.
   Column select(std::initializer_list<const char*> candidates) { return select({}, candidates); }
   Column select(Along along, std::initializer_list<const char*> candidates);
+  // Selects bytes, which are NULL when there are more than these; more are not even read.
+  Column selectBytes(Along along, const char* candidate, std::size_t most);
   // Reads the row whose key the column `reference` of this table holds, unless it says that it belongs to another row;
   // where there is none, those whose column `back` holds the key of this table's row. A row comes once with each.
   Along along(const std::string& table, const char* reference, const char* back);
@@ -46,6 +48,7 @@ class TableReader {
   };
 
   Table tableOf(std::string name) const;
+  Column add(Along along, std::initializer_list<const char*> candidates, const std::string& form);
   std::size_t join(const Table& table, const std::string& condition);
 
   const SQLiteDB& database_;

@@ -90,7 +90,7 @@ std::vector<ArchiveMessage> ChatLines::messages(const std::string& jid, const Me
     if (known == nullptr && !mayNamePeople(record)) continue;
     MessageDetails details = known == nullptr ? MessageDetails() : *known;
     settleMedia(details, messages.back());
-    context.answeredID = answeredID(record, known);
+    context.answered = answered(record, details, style);
     MessageWords::tell(details, context, messages.back());
   }
   return messages;
@@ -99,12 +99,14 @@ std::vector<ArchiveMessage> ChatLines::messages(const std::string& jid, const Me
 MessageWords::Context ChatLines::contextOf(const std::string& jid, const TranscriptStyle& style) const {
   const auto nameOf = [this, style](const Person& person) { return snapshot_.name(person, style); };
   return {.wording = {.style = style, .nameOf = nameOf},
-          .mentioned = [this](std::string_view digits) { return snapshot_.nameOfDigits(digits); },
+          .mentioned = [this, style](std::string_view digits) { return snapshot_.nameOfDigits(digits, style); },
           .partner = JID::isGroup(jid) ? std::string() : snapshot_.chatTitle(jid)};
 }
 
-std::optional<std::string> ChatLines::answeredID(const MessageRecord& record, const MessageDetails* details) const {
-  if (details == nullptr || !details->quote) return std::nullopt;
-  const MessageRecord* original = snapshot_.original(record, *details->quote);
-  return original == nullptr ? std::nullopt : std::optional(idOf(*original));
+std::optional<MessageWords::Answered> ChatLines::answered(const MessageRecord& record, const MessageDetails& details,
+                                                          const TranscriptStyle& style) const {
+  const MessageRecord* original = details.quote ? snapshot_.original(record, *details.quote) : nullptr;
+  if (original == nullptr) return std::nullopt;
+  return MessageWords::Answered{
+      .id = idOf(*original), .isOwner = original->isFromMe, .sender = snapshot_.senderName(*original, style)};
 }

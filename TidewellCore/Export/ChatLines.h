@@ -28,8 +28,9 @@ class ChatLines {
 
  private:
   MessageWords::Context contextOf(const std::string& jid, const TranscriptStyle& style) const;
-  // Of the message that this one answers, when it is in the chat.
-  std::optional<std::string> answeredID(const MessageRecord& record, const MessageDetails* details) const;
+  // The message that this one answers, when it is in the chat.
+  std::optional<MessageWords::Answered> answered(const MessageRecord& record, const MessageDetails& details,
+                                                 const TranscriptStyle& style) const;
 
   const ChatStorageSnapshot& snapshot_;
 };
