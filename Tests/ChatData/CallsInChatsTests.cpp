@@ -107,6 +107,21 @@ TEST(CallsInChats, ACallThatAMessageTellsOfIsToldOnceAndCompleted) {
   EXPECT_THAT(shown.details, ElementsAre(MessageDetails{.content = CallRecord{.isVideo = true, .seconds = 95}}));
 }
 
+TEST(CallsInChats, TheListSaysOfAMessageWhetherItWasMissedAndOfAGroup) {
+  const auto completed = [](const CallRecord& told, const CallRecord& listed) {
+    ChatTables made = tables();
+    made.messages.push_back({.pk = 7, .chatPK = 1, .date = at(100)});
+    made.details.emplace_back(7, MessageDetails{.content = told});
+    PastCall call = incoming(4, 100);
+    call.call = listed;
+    return std::get<CallRecord>(shownIn(std::move(made), ana, {call}).details.at(0).content);
+  };
+  const CallRecord missed{.isVideo = false, .isMissed = true};
+  EXPECT_EQ(completed(CallRecord{}, missed), missed);
+  EXPECT_EQ(completed(missed, CallRecord{.seconds = 95}), (CallRecord{.isVideo = false, .seconds = 95}));
+  EXPECT_EQ(completed(CallRecord{}, CallRecord{.isGroup = true}), CallRecord{.isGroup = true});
+}
+
 TEST(CallsInChats, OneMessageStandsForOneCall) {
   ChatTables made = tables();
   tell(made, 7, 100);

@@ -81,7 +81,7 @@ TEST(ScanCommand, SaysWhatMayBeMissingAndEndsWithAnotherCode) {
     const Finished finished = commandLine.run({"scan", "device", "--password-stdin"}, "correct horse");
     EXPECT_EQ(finished.exitCode, 3);
     EXPECT_THAT(finished.errors, HasSubstr(warning + "\n"));
-    EXPECT_THAT(finished.output, HasSubstr("1 chat"));
+    EXPECT_THAT(finished.output, HasSubstr("2 chats")) << "of a file, and of messages whose chat is lost";
     const Finished asJson = commandLine.run({"scan", "device", "--password-stdin", "--json"}, "correct horse");
     EXPECT_EQ(asJson.exitCode, 3);
     const Json::Object object = asJson.json();

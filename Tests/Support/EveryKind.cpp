@@ -53,7 +53,7 @@ WhatsAppContents app() {
   Rows rows(app);
   addConversation(rows, app);
   addBusiness(rows);
-  addGroups(rows);
+  addGroups(rows, app);
   addNotices(rows);
   addStatus(rows);
   addAnonymousPerson(rows);

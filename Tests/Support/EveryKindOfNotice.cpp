@@ -39,7 +39,7 @@ void addGroupsLife(Rows& rows) {
   for (const std::int64_t code : {36, 37, 58, 68, 77, 91}) rows.tell(code, ana, "120363000000000009@g.us");
 }
 
-void addGroupTalk(Rows& rows) {
+void addGroupTalk(Rows& rows, WhatsAppContents& app) {
   constexpr std::int64_t t = 1'678'320'000'000;
   const std::int64_t question = rows.say(ana, {.text = "Who brings the spade, @15550000002 or @100000000000003?"});
   rows.say(ben, {.text = "I do", .receiptInfo = receiptInfo({{ana, "👍", t}, {carlaLID, "👍", t + 1}, {"", "🎉", t + 2}})},
@@ -48,6 +48,8 @@ void addGroupTalk(Rows& rows) {
                                      .bytes()});
   rows.say(doraLID, {.text = "And I the rake"});
   rows.say(carlaLID, {.text = "See @99999999999 there"});
+  rows.say(ben, {.type = 59}, MediaItem{.metadata = callMetadata(61).bytes()});
+  app.calls->push_back({.id = "call:7", .date = rows.date(), .duration = 61.0, .participants = {garden, ben, ana}});
   rows.say(ben, {.type = 14}, MediaItem{.title = "3EB0123456789ABCDEF2", .vCard = ana});
   rows.say(carlaLID, {.type = 14}, MediaItem{.title = "3EB0123456789ABCDEF3", .vCard = carla});
   rows.say(ben, {.type = 14}, MediaItem{.title = "3EB0123456789ABCDEF4", .vCard = me});
@@ -68,11 +70,11 @@ void addGroupsEnd(Rows& rows) {
 
 }  // namespace
 
-void addGroups(Rows& rows) {
+void addGroups(Rows& rows, WhatsAppContents& app) {
   rows.begin({.jid = garden, .name = "Garden", .creatorJID = ana}, {ana, ben, carlaLID, doraLID});
   addGroupsBeginning(rows);
   addGroupsLife(rows);
-  addGroupTalk(rows);
+  addGroupTalk(rows, app);
   addGroupsEnd(rows);
   rows.begin({.jid = roses, .name = "Roses", .creatorJID = me}, {ana});
   rows.tell(12);

@@ -40,7 +40,7 @@ class Rows {
 // Each adds chats of its own.
 void addConversation(Rows& rows, WhatsAppContents& app);
 void addBusiness(Rows& rows);
-void addGroups(Rows& rows);
+void addGroups(Rows& rows, WhatsAppContents& app);
 void addNotices(Rows& rows);
 
 }  // namespace Fixture::EveryKind

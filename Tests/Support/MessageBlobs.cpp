@@ -133,6 +133,8 @@ Protobuf copyOfText(std::string_view words) { return Protobuf().text(1, words); 
 
 Protobuf copyOfPhoto(std::string_view caption) { return Protobuf().message(3, words(3, caption)); }
 
+Protobuf copyOfVideo(std::string_view caption) { return Protobuf().message(9, words(7, caption)); }
+
 Protobuf copyOfVoiceMessage() { return Protobuf().message(8, Protobuf().integer(5, 7).integer(6, 1)); }
 
 }  // namespace Fixture

@@ -80,6 +80,7 @@ Protobuf buttonsMetadata(const BusinessRow& text);
 // Copies of what is answered.
 Protobuf copyOfText(std::string_view words);
 Protobuf copyOfPhoto(std::string_view caption = {});
+Protobuf copyOfVideo(std::string_view caption);
 Protobuf copyOfVoiceMessage();
 
 }  // namespace Fixture

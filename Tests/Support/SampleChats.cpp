@@ -1,5 +1,7 @@
 #include "Tests/Support/SampleChats.h"
 
+#include <algorithm>
+#include <stdexcept>
 #include <utility>
 
 #include "Tests/Support/OpaqueName.h"
@@ -43,6 +45,7 @@ class ChatWriter {
       }
     }
     app_.contacts.front().lid = samplePeople()[1].jid();
+    app_.linkedAccounts = {{.lid = samplePeople()[19].jid(), .displayName = std::string(samplePeople()[19].pushName)}};
     app_.lidPairs = {{.lid = samplePeople()[18].jid(), .phoneNumber = "5511900012345"}};
   }
 
@@ -92,6 +95,9 @@ class ChatWriter {
     addChat("status@broadcast", {}, Language::english);
     addChat("1400000000@broadcast", "Avisos", Language::portuguese);
     addChat("120363000000000099@newsletter", "Notícias do bairro", Language::portuguese);
+    app_.chats.back().sessionType = 5;
+    addChat("5511900001111@status", {}, Language::portuguese);
+    app_.chats.back().sessionType = 3;
     addChat("5511900013131@s.whatsapp.net", "Só silêncio", Language::portuguese);
   }
 
@@ -104,6 +110,15 @@ class ChatWriter {
 
 std::vector<Conversation> addSampleChats(WhatsAppContents& app, SeededRandom& random) {
   return ChatWriter(app, random).write();
+}
+
+const SamplePerson& personCalled(const std::string& name) {
+  const auto isCalled = [&](const SamplePerson& person) {
+    return person.contact.starts_with(name) || (person.contact.empty() && person.chatName.starts_with(name));
+  };
+  const auto found = std::ranges::find_if(samplePeople(), isCalled);
+  if (found == samplePeople().end()) throw std::runtime_error("Nobody is called \"" + name + "\".");
+  return *found;
 }
 
 std::int64_t memberOf(Conversation& group, const std::string& jid, WhatsAppContents& app) {

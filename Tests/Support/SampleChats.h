@@ -10,6 +10,9 @@
 
 namespace Fixture {
 
+// The phone's owner.
+inline constexpr const char* sampleOwnJID = "5511900010000@s.whatsapp.net";
+
 // A chat of the sample and who takes part in it.
 struct Conversation {
   std::int64_t pk = 0;
@@ -22,6 +25,9 @@ struct Conversation {
 // Adds the sample's people and chats, without a message. The first chats are to be the
 // busiest, the last one is to stay silent.
 std::vector<Conversation> addSampleChats(WhatsAppContents& app, SeededRandom& random);
+
+// Somebody by the beginning of the name that the phone shows.
+const SamplePerson& personCalled(const std::string& name);
 
 // Somebody's key in the group; who is not yet there joins.
 std::int64_t memberOf(Conversation& group, const std::string& jid, WhatsAppContents& app);

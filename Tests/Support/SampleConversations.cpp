@@ -7,11 +7,13 @@
 
 #include "Tests/Support/OpaqueName.h"
 #include "Tests/Support/SampleChats.h"
+#include "Tests/Support/SampleDetails.h"
 #include "Tests/Support/SampleFiles.h"
 #include "Tests/Support/SampleProfilePictures.h"
 #include "Tests/Support/SampleSurroundings.h"
 #include "Tests/Support/SampleTexts.h"
 #include "Tests/Support/Screenplay.h"
+#include "Tests/Support/ScriptedMessage.h"
 #include "Tests/Support/SeededRandom.h"
 
 namespace Fixture {
@@ -38,6 +40,7 @@ class SampleWriter {
 
   BackupContents write() {
     conversations_ = addSampleChats(app_, random_);
+    details_.addCalls(conversations_, firstDate, lastDate);
     addMessages();
     addScript();
     if (options_.sentinelDates) putSentinelDates();
@@ -74,16 +77,79 @@ class SampleWriter {
   }
 
   void addScript() {
-    for (const ScriptCue& cue : script_) {
-      Conversation& conversation = *std::ranges::find(conversations_, cue.jid, &Conversation::jid);
-      const ScriptLine& line = cue.line;
-      const bool mine = line.speaker == "Me";
-      Message message = newMessage(conversation, line.date, mine);
-      if (!mine && !conversation.members.empty()) message.member = memberFor(conversation, line.speaker);
-      if (!line.text.empty()) message.text = line.text;
-      if (!line.medium.empty()) attach(conversation, message, scriptedFile(line.medium));
-      app_.messages.push_back(std::move(message));
+    const std::size_t before = app_.messages.size();
+    for (std::size_t place = 0; place < script_.size(); ++place) {
+      perform(script_[place], answeredBy(place, before));
     }
+  }
+
+  void perform(const ScriptCue& cue, const std::optional<ReplyRow>& answered) {
+    Conversation& conversation = *std::ranges::find(conversations_, cue.jid, &Conversation::jid);
+    const ScriptLine& line = cue.line;
+    const bool mine = line.speaker == "Me";
+    ScriptedMessage made = scriptedMessage(withMentions(line), answered, jidOf);
+    Message message = std::move(made.message);
+    address(conversation, line.date, mine, message);
+    if (!made.member.empty() || (!mine && !conversation.members.empty())) {
+      message.member = memberOf(conversation, jidOf(made.member.empty() ? line.speaker : made.member), app_);
+    }
+    if (message.type == groupEventType || message.type == noticeType) message.toJID = sampleOwnJID;
+    const std::int64_t type = message.type;
+    if (!made.file.empty()) attach(conversation, message, scriptedFile(made.file));
+    message.type = type;
+    const std::string speaker = conversation.members.empty() ? "" : jidOf(line.speaker);
+    add(conversation, speaker, std::move(message), std::move(made));
+  }
+
+  // The message with what else tells of it; `speaker` is a member of a group.
+  void add(const Conversation& conversation, const std::string& speaker, Message message, ScriptedMessage made) {
+    const auto key = static_cast<std::int64_t>(app_.messages.size() + 1);
+    if (made.call) {
+      message.stanzaID = "call:" + std::to_string(key);
+      made.call->id = *message.stanzaID;
+      made.call->date = message.date;
+      made.call->participants = {conversation.jid};
+      if (made.call->incoming && !speaker.empty()) made.call->participants.push_back(speaker);
+      app_.calls->push_back(*std::move(made.call));
+    }
+    if (made.link) {
+      made.link->message = key;
+      app_.linkItems.push_back(*std::move(made.link));
+    }
+    if (made.item && !made.file.empty()) {
+      app_.mediaFiles.back().metadata = made.item->metadata;
+    } else if (made.item) {
+      made.item->message = key;
+      app_.mediaItems.push_back(*std::move(made.item));
+    }
+    app_.messages.push_back(std::move(message));
+  }
+
+  // `before`: how many messages there were before the script's.
+  std::optional<ReplyRow> answeredBy(std::size_t place, std::size_t before) const {
+    const ScriptCue& cue = script_[place];
+    if (!cue.line.answer) return std::nullopt;
+    const ScriptAnswer& answer = *cue.line.answer;
+    const std::string jid = answer.speaker == "Me" ? sampleOwnJID : jidOf(answer.speaker);
+    for (std::size_t other = place; other-- > 0;) {
+      const ScriptLine& line = script_[other].line;
+      const bool isIt = script_[other].jid == cue.jid && line.speaker == answer.speaker;
+      if (!isIt || !line.text.starts_with(answer.words)) continue;
+      return ReplyRow{stanzaIDOf(static_cast<std::int64_t>(before + other + 1)), jid, "", copyOf(withMentions(line))};
+    }
+    return ReplyRow{"3EB0" + std::to_string(place), jid, "", copyOfText(answer.words)};
+  }
+
+  static std::string jidOf(const std::string& name) { return name == "Me" ? "" : personCalled(name).jid(); }
+
+  // The app keeps the digits of who is mentioned, not the name.
+  static ScriptLine withMentions(ScriptLine line) {
+    for (const SamplePerson& person : samplePeople()) {
+      const std::string name = "@" + std::string(person.chatName);
+      const std::size_t at = person.chatName.empty() ? std::string::npos : line.text.find(name);
+      if (at != std::string::npos) line.text.replace(at + 1, name.size() - 1, person.user);
+    }
+    return line;
   }
 
   SampleFile scriptedFile(const std::string& medium) {
@@ -93,13 +159,6 @@ class SampleWriter {
     if (medium == "audio") return makeFile_.audio(random_);
     if (medium == "sticker") return makeFile_.sticker(random_);
     return makeFile_.document(random_, medium);
-  }
-
-  // The group member of that name in the address book, who joins when not yet there.
-  std::int64_t memberFor(Conversation& conversation, const std::string& name) {
-    const SamplePerson& person = *std::ranges::find_if(
-        samplePeople(), [&](const SamplePerson& candidate) { return candidate.contact.starts_with(name); });
-    return memberOf(conversation, person.jid(), app_);
   }
 
   // Two dates that stand for none, in chats where they do no harm to a scripted talk.
@@ -122,9 +181,11 @@ class SampleWriter {
   }
 
   void addMessage(const Conversation& conversation, double date, std::size_t count) {
-    const bool mine = random_.chance(45) && conversation.jid != "120363000000000099@newsletter";
+    const bool mine =
+        random_.chance(45) && !conversation.jid.ends_with("@newsletter") && !conversation.jid.ends_with("@status");
     const std::size_t done = app_.messages.size();
-    Message message = newMessage(conversation, date, mine);
+    Message message;
+    address(conversation, date, mine, message);
     if (!mine) {
       if (!conversation.members.empty()) message.member = random_.pick(conversation.members);
       message.pushName = messagePushName();
@@ -139,25 +200,21 @@ class SampleWriter {
     } else {
       message.text = sampleText(conversation.language, random_);
     }
+    details_.dress(message, conversation);
     app_.messages.push_back(std::move(message));
   }
 
   // Sent ones carry fractions of a second, received ones none.
-  Message newMessage(const Conversation& conversation, double date, bool mine) {
-    Message message{.chat = conversation.pk, .isFromMe = mine ? 1 : 0};
-    if (mine) {
-      message.date = date + static_cast<double>(random_.below(1'000'000)) / 1e6;
-      message.toJID = conversation.jid;
-    } else {
-      message.date = date;
-      message.fromJID = conversation.jid;
-    }
-    return message;
+  void address(const Conversation& conversation, double date, bool mine, Message& message) {
+    message.chat = conversation.pk;
+    message.isFromMe = mine ? 1 : 0;
+    (mine ? message.toJID : message.fromJID) = conversation.jid;
+    message.date = mine ? date + static_cast<double>(random_.below(1'000'000)) / 1e6 : date;
   }
 
   std::size_t scriptedMediaCount() const {
     return static_cast<std::size_t>(
-        std::ranges::count_if(script_, [](const ScriptCue& cue) { return !cue.line.medium.empty(); }));
+        std::ranges::count_if(script_, [](const ScriptCue& cue) { return hasFile(cue.line); }));
   }
 
   SQLValue messagePushName() {
@@ -197,6 +254,7 @@ class SampleWriter {
   SeededRandom random_;
   WhatsAppContents app_;
   SampleFiles makeFile_;
+  SampleDetails details_{app_, options_.seed};
   std::vector<ScriptCue> script_;
   std::vector<Conversation> conversations_;
 };

@@ -22,9 +22,10 @@ struct SampleOptions {
   std::optional<Encryption> encryption;
 };
 
-// A believable phone: 40 chats in several languages and scripts, some years of messages and media,
+// A believable phone: 41 chats in several languages and scripts, some years of messages and media,
 // and the oddities that real backups show: equal names, names that are none, one person under two
-// identifiers, media without a message or a chat, ties and sentinels among the dates.
+// identifiers, media without a message or a chat, ties and sentinels among the dates, and messages
+// of every kind.
 BackupContents sampleBackup(const SampleOptions& options = {});
 
 }  // namespace Fixture

@@ -19,6 +19,7 @@ enum MessageType : std::int64_t {
   audioType = 3,
   groupEventType = 6,
   documentType = 8,
+  noticeType = 10,
   deletedType = 14,
   stickerType = 15
 };

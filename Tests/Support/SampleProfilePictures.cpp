@@ -87,7 +87,8 @@ std::vector<BackupFile> sampleProfilePictures(std::span<const Chat> chats, bool 
   for (const Chat& chat : chats) {
     const std::string jid = std::get<std::string>(chat.jid);
     std::string_view user = std::string_view(jid).substr(0, jid.find('@'));
-    if (jid.ends_with("@broadcast") || std::ranges::find(withoutPicture, user) != withoutPicture.end()) continue;
+    const bool isOfAll = jid.ends_with("@broadcast") || jid.ends_with("@status");
+    if (isOfAll || std::ranges::find(withoutPicture, user) != withoutPicture.end()) continue;
     if (user == storedByPhone.first) user = storedByPhone.second;
     writer.add(user, jid.ends_with("@g.us") || jid.ends_with("@newsletter"));
   }

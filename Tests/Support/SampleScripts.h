@@ -6,6 +6,7 @@
 namespace Fixture {
 
 // Screenplays as parseScreenplay reads them.
-std::span<const std::string_view> sampleScripts();
+std::span<const std::string_view> scriptsFromHome();
+std::span<const std::string_view> scriptsFromAbroad();
 
 }  // namespace Fixture

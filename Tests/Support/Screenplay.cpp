@@ -133,8 +133,10 @@ std::vector<ScriptCue> cuesInOrder(const std::vector<ScriptThread>& threads) {
 
 std::vector<ScriptThread> sampleScreenplay() {
   std::vector<ScriptThread> threads;
-  for (const std::string_view script : sampleScripts()) {
-    for (ScriptThread& thread : parseScreenplay(script)) threads.push_back(std::move(thread));
+  for (const auto scripts : {scriptsFromHome(), scriptsFromAbroad()}) {
+    for (const std::string_view script : scripts) {
+      for (ScriptThread& thread : parseScreenplay(script)) threads.push_back(std::move(thread));
+    }
   }
   return threads;
 }

@@ -153,6 +153,32 @@ test('Documents are links with their name and ending', async () => {
   assert.deepEqual(await texts(page, '.document-kind'), ['Document · PDF', 'Document']);
 });
 
+test('A document has the name that its sender gave it', async () => {
+  const plan = media('documents', 'Ana/2024_plan.PDF');
+  const page = await open(
+    [
+      {
+        name: 'Ana',
+        messages: [
+          message('The plan.pdf\nOn page 2', { media: plan }),
+          message('The plan.pdf', { media: plan }),
+          message('It has no ending', { media: plan }),
+          message('photo.pdf', { media: media('photos', 'Ana/b.pdf', { exported: false }) }),
+          message('gone.pdf', { media: media('documents', 'Ana/c.pdf', { exported: false }) }),
+        ],
+      },
+    ],
+    { archive: { files: { [plan.path]: 'x' } } },
+  );
+  await openChat(page, 'Ana');
+  assert.deepEqual(await texts(page, '.document-name'), ['The plan.pdf', 'The plan.pdf', '2024_plan.PDF']);
+  assert.deepEqual(await texts(page, '.body'), ['On page 2', 'It has no ending', 'photo.pdf', 'gone.pdf']);
+  assert.equal(await page.locator('.document').first().getAttribute('title'), '2024_plan.PDF');
+  await page.getByRole('button', { name: english.searchInChat }).click();
+  await page.locator('#thread-query').fill('plan');
+  await eventually(() => texts(page, '.message mark'), ['plan', 'plan']);
+});
+
 test('Stickers stand without a bubble', async () => {
   const sticker = media('stickers', 'Ana/s.png');
   const page = await open(withMedia(sticker), { archive: { files: { [sticker.path]: plainPicture } } });

@@ -23,6 +23,21 @@ const upBy = (pixels) => async (page) => {
   await page.locator('#messages').evaluate((view, by) => view.scrollBy(0, -by), pixels);
 };
 
+// The message with these words stands above the button at the lower edge.
+const downTo = (words) => async (page) => {
+  const message = page.locator('.message', { hasText: words }).first();
+  for (let tries = 0; tries < 40 && !(await message.count()); tries++) {
+    await upBy(500)(page);
+    await page.waitForTimeout(120);
+  }
+  // Heights above it settle only once it is in view.
+  for (let tries = 0; tries < 3; tries++) {
+    await message.evaluate((one) => one.scrollIntoView({ block: 'end' }));
+    await page.waitForTimeout(200);
+  }
+  await upBy(-84)(page);
+};
+
 const search = (words) => async (page) => {
   await page.locator('#mode-messages').click();
   await page.locator('#search').fill(words);
@@ -58,17 +73,23 @@ const scenes = {
   'kinds-forced': { archive: everyKind, viewport: tall, forcedColors: 'active', steps: [openNamed('Club'), fromTheFirst] },
   list: { steps: [] },
   thread: { steps: [openNamed('Marina')] },
-  group: { steps: [openNamed('Família'), upBy(900)] },
+  group: { steps: [openNamed('Família'), downTo('Qual fim de semana?')] },
+  contact: { steps: [openNamed('Marina'), downTo('Fechado')] },
+  round: { steps: [openNamed('Futebol'), downTo('Quadra do seu Zé')] },
+  poll: { steps: [openNamed('Book Club')] },
+  business: { steps: [openNamed('Padaria')] },
   pictures: { steps: [openNamed('Grace'), upBy(600)] },
   rtl: { steps: [openNamed('ليلى')] },
   hebrew: { steps: [openNamed('משפחה')] },
-  search: { steps: [search('ca'), click('.hit >> nth=2')] },
-  'search-in-chat': { steps: [openNamed('Ana'), click('#open-thread-search'), type('#thread-query', 'ok')] },
+  search: { steps: [search('bolo'), click('.hit >> nth=1')] },
+  'search-in-chat': { steps: [openNamed('Ana'), click('#open-thread-search'), type('#thread-query', 'café')] },
   date: { steps: [openNamed('Ana'), click('#open-thread-date')] },
   lightbox: { steps: [openNamed('Ana'), firstPicture] },
   portuguese: { export: portuguese, steps: [search('que'), click('.hit >> nth=1')] },
   'narrow-list': { viewport: narrow, steps: [] },
   'narrow-thread': { viewport: narrow, steps: [openNamed('Família')] },
+  'narrow-poll': { viewport: narrow, steps: [openNamed('Book Club'), upBy(250)] },
+  'narrow-business': { viewport: narrow, steps: [openNamed('Padaria'), upBy(300)] },
   'narrow-search': { viewport: narrow, steps: [search('ok')] },
   'narrow-lightbox': { viewport: narrow, steps: [openNamed('Ana'), firstPicture] },
   empty: { archive: () => makeArchive([]), steps: [] },

@@ -80,15 +80,15 @@ function bubble(thread, index, message, { opens, closes }) {
     inside.append(element("div.sender.tone-" + toneOf(message.sender), { dir: "auto" }, message.sender));
   }
   inside.append(...[forwardedLine(message), quoteStrip(message)].filter(Boolean));
+  const kind = kindOfMessage(message, thread.query);
+  const said = kind ? kind.caption : textBelow(message);
   if (message.media) {
     inside.classList.add("with-" + kindOf(message.media).label);
-    if (!message.text) inside.classList.add("bare");
-    inside.append(markedMedia(message, thread.later));
+    if (!said && !kind) inside.classList.add("bare");
+    inside.append(markedMedia(message, thread));
   }
-  const kind = kindOfMessage(message, thread.query);
   if (kind) inside.append(kind.content);
   if (kind) inside.classList.add("is-" + message.kind);
-  const said = kind ? kind.caption : message.text;
   const preview = linkPreview(message, thread.query);
   if (said) inside.append(words({ ...message, text: said }, thread.query));
   else inside.append(...timeOf(message));
@@ -99,8 +99,14 @@ function bubble(thread, index, message, { opens, closes }) {
   return made;
 }
 
-function markedMedia(message, later) {
-  const made = mediaOf(message.media, later);
+// The text without the name that stands on a document's card.
+function textBelow(message) {
+  const name = sentName(message);
+  return name ? message.text.slice(name.length + 1) : message.text;
+}
+
+function markedMedia(message, thread) {
+  const made = mediaOf(message, thread);
   const sign = made.matches(".media-video") ? videoSign(message) : null;
   if (sign) made.append(sign);
   if (sign) made.classList.toggle("is-round", hasMark(message, "round"));

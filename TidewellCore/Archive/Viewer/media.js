@@ -19,12 +19,25 @@ const kindOf = (media) => KINDS[Object.hasOwn(KINDS, media.kind) ? media.kind : 
 // Paths that failed to load once are not asked for again.
 const missingPaths = new Set();
 
+const endingOf = (name) => (/\.([\p{L}\p{N}]{1,5})$/u.exec(name) || ["", ""])[1].toLowerCase();
+const LONGEST_NAME = 255;
+
+// What its sender called a document: the first line of the text, when it ends as the file does.
+function sentName({ media, text: words }) {
+  if (!media || kindOf(media) !== KINDS.documents || !media.exported || !media.path || !words) return "";
+  const [name] = words.split("\n", 1);
+  const ending = endingOf(media.path);
+  return ending && name.length <= LONGEST_NAME && endingOf(name) === ending ? name : "";
+}
+
 // `later` (a list) collects what to load once scrolling rests; null loads at once.
-function mediaOf(media, later) {
+function mediaOf(message, { later, query }) {
+  const { media } = message;
   const kind = kindOf(media);
   if (!media.exported || !media.path) return absence(kind.gone, kind.icon);
   const made = element("div.media.media-" + kind.label, {});
   if (missingPaths.has(media.path)) made.append(missing(media, kind));
+  else if (kind === KINDS.documents) documentIn(made, media, sentName(message), query);
   else makers[kind.label](made, media, later, kind);
   return made;
 }
@@ -94,12 +107,10 @@ function voiceIn(made, media, later, kind) {
 }
 
 // Nothing loads a document, so a page opened from disk cannot tell that its file is missing.
-function documentIn(made, media) {
+function documentIn(made, media, called, query) {
   const name = media.name || media.path.split("/").at(-1);
-  const ending = /\.([\p{L}\p{N}]{1,5})$/u.exec(name);
-  const kindMark = element("span.document-mark.tone-" + toneOf(ending ? ending[1].toLowerCase() : ""), {
-    "aria-hidden": "true",
-  });
+  const ending = endingOf(name);
+  const kindMark = element("span.document-mark.tone-" + toneOf(ending), { "aria-hidden": "true" });
   kindMark.append(icon("document"));
   made.append(
     element(
@@ -109,8 +120,8 @@ function documentIn(made, media) {
       element(
         "span.document-lines",
         {},
-        element("span.document-name", { dir: "auto" }, name),
-        element("span.document-kind", {}, text("document") + (ending ? " · " + ending[1].toUpperCase() : "")),
+        fact("span.document-name", called || name, called ? query : ""),
+        element("span.document-kind", {}, text("document") + (ending ? " · " + ending.toUpperCase() : "")),
       ),
     ),
   );
@@ -121,7 +132,6 @@ const makers = {
   sticker: pictureIn,
   video: videoIn,
   voiceNote: voiceIn,
-  document: documentIn,
 };
 
 // When scrolling rests, players that are there ask for their length and first frame.

@@ -6,136 +6,6 @@ namespace Fixture {
 
 namespace {
 
-constexpr std::string_view family = R"(
-# 120363000000000001@g.us
-== 2024-05-18
-18:02 Marina Duarte: Gente, e a viagem? Se a gente não decidir esse fim de semana vai ficar caro 😬
-18:04 Tia Célia: Eu voto em praia
-18:04 Rafael: praia praia praia
-18:06 Me: Praia em julho, gente? Faz frio
-18:07 Rafael: frio pra você que é friorenta kkkkk
-18:09 Marina Duarte: Que tal serra? Lareira, fondue, ninguém passa calor
-18:12 Tia Célia: [photo] Olhem o lugar que a minha vizinha foi!
-18:13 Me: Nossa, que vista
-18:15 Vovó: Meus filhos a vovó vai onde vocês forem. Só não pode ter muita escada por causa do joelho 🙏
-18:16 Marina Duarte: Sem escada, vó, prometido ❤️
-18:20 Rafael: então é isso, serra. quem dirige?
-18:21 Me: Eu e a Marina revezamos
-== 2024-05-21
-20:30 Marina Duarte: Fiz uma lista. Completem o que faltar:
-    |
-    | 1. Casacos (sério)
-    | 2. Jogo de cartas
-    | 3. Remédio da vó
-    | 4. Café bom, porque o da pousada ninguém sabe
-    | 5. Caixa de som
-20:33 Tia Célia: 6. Bolo de fubá, esse é comigo
-20:33 Rafael: 7. fome
-20:35 Me: 😂😂😂
-20:41 Marina Duarte: [Roteiro da viagem.pdf]
-20:42 Marina Duarte: Botei os horários no arquivo. Saída 7h em ponto. EM PONTO, Rafael
-20:44 Rafael: [sticker]
-== 2024-05-25
-11:10 Me: Reservei! Três quartos, um no térreo. Confirmação aqui: https://example.com/reservas?id=48213&hospedes=6
-11:12 Vovó: [voice]
-11:15 Tia Célia: Que alegria ouvir a mamãe assim animada
-11:16 Me: ❤️❤️❤️
-11:30 Marina Duarte: Quanto deu pra cada?
-11:34 Me: 6 pessoas, R$ 2.340 no total, então R$ 390 cada. Podem mandar pix pra ana.lima@example.com quando der, sem pressa
-11:36 Rafael: pago em bolo?
-11:37 Tia Célia: O bolo é meu, menino
-== 2024-05-31
-19:22 Rafael: [video] treinando pra trilha
-19:25 Vovó: Cuidado menino
-19:27 Marina Duarte: [photo] Chegaram os casacos!
-19:28 Marina Duarte: [photo]
-19:31 Me: A gente vai parecer uma família de pinguins
-19:32 Tia Célia: 🐧🐧🐧🐧🐧🐧
-19:40 Vovó: Boa noite meus amores. Durmam com Deus. A vovó já fez a mala
-)";
-
-constexpr std::string_view football = R"(
-# 5511900002222-1400000000@g.us
-== 2024-05-22
-12:01 Rafael: quem vai quinta?
-12:02 João Conceição: Eu
-12:02 Me: Eu
-12:05 Michael O'Brien: Count me in, mas o joelho ainda dói
-12:06 Rafael: 1. rafa
-    | 2. joão
-    | 3. ana
-    | 4. mike (goleiro 😂)
-12:09 Michael O'Brien: Goleiro again?? 😤
-12:15 João Conceição: Falta 6. Chamem gente
-== 2024-05-23
-22:40 João Conceição: [photo] Antes
-22:40 João Conceição: [photo] Depois
-22:43 Rafael: GOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOOL
-22:44 Me: [video] o lance do ano
-22:46 Michael O'Brien: That was offside and you know it
-22:47 Rafael: 😇
-22:50 Me: 7 x 6. Placar justo, segundo quem ganhou
-== 2024-05-30
-09:15 Rafael: campo confirmado hoje 20h. são R$ 22 pra cada, o telefone do seu Zé é +55 11 90000-7777 se alguém se perder
-09:18 João Conceição: Levo os coletes
-09:20 Me: Levo água
-09:21 Michael O'Brien: I bring excuses
-09:22 Rafael: [sticker]
-)";
-
-constexpr std::string_view grandmother = R"(
-# 5511900009999@s.whatsapp.net
-== 2024-05-19
-07:05 Vovó: Bom dia minha flor 🌹
-07:06 Vovó: Sonhei com você
-08:20 Me: Bom dia, vó! Sonho bom?
-08:31 Vovó: Você era pequena e corria atrás das galinhas do seu avô. A mesma carinha
-08:33 Me: Eu lembro delas! A carijó era brava
-08:40 Vovó: [voice]
-08:44 Me: Kkkkk vó, essa história eu não conhecia
-== 2024-05-26
-16:02 Me: [photo] Olha o que eu plantei
-16:30 Vovó: QUE LINDO
-16:30 Vovó: Desculpa apertei a tecla errada, não estou gritando
-16:31 Me: Pode gritar, vó 😂
-16:35 Vovó: Rega só de manhã e não molha a folha. E conversa com ela, planta gosta
-== 2024-05-31
-18:10 Vovó: Receita do bolo que você pediu:
-    |
-    | 3 ovos
-    | 2 xícaras de açúcar
-    | 1 xícara de óleo
-    | 2 xícaras de fubá
-    | 1 xícara de farinha
-    | 1 colher de fermento
-    |
-    | Bate tudo menos o fermento. Forno médio até o cheiro chegar na sala. Não abre antes, senão sola. Se solar come assim mesmo com café que fica uma delícia, seu avô preferia
-18:14 Me: "Até o cheiro chegar na sala" é a melhor medida do mundo
-18:15 Me: Obrigada, vó ❤️
-18:22 Vovó: [audio]
-18:23 Vovó: Essa é a música que tocava no rádio quando fiz esse bolo pela primeira vez
-18:25 Me: 🥹
-)";
-
-constexpr std::string_view marina = R"(
-# 5511900001111@s.whatsapp.net
-== 2024-05-29
-13:02 Marina Duarte: Você viu o grupo da família?
-13:03 Me: Vi kkkk o Rafael não presta
-13:05 Marina Duarte: Preciso de ajuda: o que dou de aniversário pra Célia?
-13:09 Me: Um vaso. Ou aquele curso de cerâmica que ela vive comentando
-13:10 Marina Duarte: CURSO. Genial
-13:12 Marina Duarte: Metade cada?
-13:12 Me: Fechado 🤝
-== 2024-05-31
-21:14 Marina Duarte: [photo] Consegui a última vaga
-21:15 Me: Ela vai chorar
-21:16 Marina Duarte: Eu já chorei só de pagar
-21:20 Me: [voice]
-21:24 Marina Duarte: Combinado. Amanhã às 9 na padaria?
-21:24 Me: 👍🏽
-)";
-
 constexpr std::string_view filmFriends = R"(
 # 15550002222@s.whatsapp.net
 == 2024-05-24
@@ -143,39 +13,57 @@ constexpr std::string_view filmFriends = R"(
 23:12 Grace 🌻: I have THOUGHTS
 23:14 Me: No spoilers!! I'm going on Sunday
 23:15 Grace 🌻: Fine. One word: lighthouse
+    > Me: No spoilers!!
 23:15 Me: That is not helpful at all
 23:16 Grace 🌻: It will be
 == 2024-05-26
 22:48 Me: LIGHTHOUSE
+    > Grace 🌻: Fine. One word
+    + 😱 Grace 🌻
 22:48 Me: I take everything back
 22:50 Grace 🌻: RIGHT??
 22:53 Me: The whole second half I kept thinking, surely someone is going to open that door. And then nobody does, for twenty minutes, and somehow it is the most frightening thing I have seen in years. No music, no jump, just the light going round and the two of them pretending not to listen. I walked home the long way because I didn't want to stop being in it.
 22:55 Grace 🌻: See this is why I only go to films with you
+    + ❤️ Me
 22:56 Grace 🌻: [photo] the queue on Friday, by the way
 22:58 Me: Was it the old one by the harbour? They still have the red seats?
 22:59 Grace 🌻: Red seats, warm popcorn, one broken speaker. Perfect
+    > Me: Was it the old one
+23:00 Grace 🌻: [place] Harbour Cinema, 3 Quay Road (51.503399, -0.119519)
 23:02 Grace 🌻: There's an interview with the director here: https://example.com/film/interview#lighthouse (the bit about the door is at 12:40)
+    ~ “We had one take left” — The director on the door, the light and the silence in between
 23:10 Me: Watching it now
 23:31 Me: She says they only had ONE take left 😳
 23:32 Grace 🌻: [sticker]
 == 2024-05-30
 19:05 Grace 🌻: Thursday double bill at the Rex. I already have two tickets. You have no choice
 19:06 Me: When do I ever
+    > Grace 🌻: Thursday double bill
+19:06 Me: [voice call] 4:10
 19:07 Grace 🌻: 🍿🍿🍿
+19:30 Grace 🌻: [live place] (51.507222, -0.127500)
+19:58 Me: So that is where the rabbit went
+    > Grace 🌻: My rabbit has opinions about my curtains
 )";
 
 constexpr std::string_view landlord = R"(
 # 4930001111@s.whatsapp.net
 == 2024-05-20
+08:29 Jürgen Groß: [security code]
 08:30 Jürgen Groß: Good morning. The plumber comes on Thursday between 8 and 12 because of the heating. Somebody must be at home please.
 08:41 Me: Good morning Mr Groß, Thursday is fine, I work from home that day.
 08:42 Jürgen Groß: Very good. His number is +49 30 0001112, name Krüger.
+08:43 Jürgen Groß: [contact] Krüger Heizungsbau, +49 30 0001112
 == 2024-05-23
 11:58 Me: [photo] The plumber was here. He says the valve in the cellar needs replacing too.
 12:20 Jürgen Groß: I see. Please send me his report.
 12:26 Me: [Bericht Heizung.pdf]
 12:40 Jürgen Groß: Thank you. I order the part. Until then please do not turn the red handle. Really not.
 12:41 Me: Nobody will touch the red handle :)
+    > Jürgen Groß: Thank you. I order
+    + 👍 Jürgen Groß
+12:50 Jürgen Groß: [voice call]
+13:05 Me: [voice call] 1:35
 == 2024-05-28
 17:03 Jürgen Groß: Dear tenant, the new contract for the parking place. Please sign on page 1 and return until Friday. The rent does not change.
 17:03 Jürgen Groß: [Stellplatz Vertrag.docx]
@@ -198,32 +86,58 @@ constexpr std::string_view developers = R"(
 15:25 Me: In text it is: you write &amp;amp; if you want to see &amp; <!-- and no, this is no comment -->
 15:27 Michael O'Brien: I want to go back to `printf`
 15:28 Me: *bold* _italic_ ~struck~ and ```code``` at least all look right in here
+15:29 Me: ~No more tags today.~ The plan:
+    | > write the page without them
+    | 1. *escape* first
+    | 2. _then_ quote
+    | - and `never` the other way round
+    + 🙏 Michael O'Brien
 15:40 Michael O'Brien: C:\Users\mike\new\table.txt also broke, \n and \t, I am so tired
 15:41 Me: 100% {} ${HOME} $(whoami) %s "quotes" 'and' `more`; DROP TABLE lunch; --
+15:42 Michael O'Brien: [unsupported]
 15:42 Michael O'Brien: That last one is the first thing you said today that I agree with
 == 2024-05-30
 10:11 Michael O'Brien: New word from the German team: Donaudampfschifffahrtselektrizitätenhauptbetriebswerkbauunterbeamtengesellschaft
 10:12 Me: 🤯
+    > Michael O'Brien: New word from
 10:14 Michael O'Brien: [audio] how I think it is pronounced
 10:20 Michael O'Brien: https://example.com/a/very/long/path/that/goes/on/and/on/and/does/not/break/anywhere/because/it/has/no/blanks/in/it/index.html?first=1&second=%C3%A9&third=%2F#the-part-that-matters
+10:21 Michael O'Brien: [waiting]
 10:22 Me: I'll read it after lunch. http://localhost:8080/ is down again, btw
 )";
 
 constexpr std::string_view bookClub = R"(
 # 120363000000000004@g.us
 == 2024-05-25
+16:58 Dr. Eleanor Whitfield-Hughes: [group description]
+16:59 Grace 🌻: [added] Sam Okafor
 17:00 Dr. Eleanor Whitfield-Hughes: Dear all, a gentle reminder that we meet on Tuesday at seven. I have made rather too much cake.
 17:04 Grace 🌻: There is no such thing as too much cake
+    > Dr. Eleanor Whitfield-Hughes: Dear all
+    + 🎂 Me, Sam Okafor
 17:06 Sam Okafor: I'm at page 40. There are 612 pages. Pray for me
 17:07 Me: Audiobook at double speed, that's how I survived the last one
 17:09 Dr. Eleanor Whitfield-Hughes: I shall pretend not to have read that, Ana.
+    > Me: Audiobook
+    + 😂 Me, Grace 🌻, Sam Okafor
 == 2024-05-28
 22:15 Grace 🌻: [photo] What a night
 22:16 Sam Okafor: The cake won
+    > Grace 🌻: What a night
 22:18 Dr. Eleanor Whitfield-Hughes: Next month: something under 200 pages, as Samuel insists. Suggestions by Friday, please.
 22:30 Me: "The Summer Book". 170 pages, an island, a grandmother. You'll all cry
 22:31 Grace 🌻: Seconded!
 22:40 Sam Okafor: 170? I'm in 📚
+    > Me: "The Summer Book".
+22:44 Dr. Eleanor Whitfield-Hughes: [poll] Shall we read "The Summer Book" in June?
+    = Yes: Grace 🌻, Me, Sam Okafor
+    = Yes, in a deck chair: Dr. Eleanor Whitfield-Hughes
+    = Only with cake: Grace 🌻, Sam Okafor
+22:50 Grace 🌻: [invitation] Cake Committee
+    | Strictly for the planning of lemon cake
+22:51 Grace 🌻: [lost photo] The recipe, in my grandmother's hand
+22:58 Dr. Eleanor Whitfield-Hughes: [timer] 7776000
+22:59 Sam Okafor: [strange event]
 )";
 
 constexpr std::string_view arabicFriend = R"(
@@ -235,12 +149,16 @@ constexpr std::string_view arabicFriend = R"(
 10:08 Me: الحمد لله على السلامة 🌷
 10:12 ليلى حداد: [photo] هذا المنظر من الشرفة
 10:14 Me: ما شاء الله، جميل جداً
+    > ليلى حداد: هذا المنظر من الشرفة
+    + ❤️ ليلى حداد
 == 2024-05-30
 18:40 ليلى حداد: هل رأيتِ الرابط؟ https://example.com/ar/مقال قرأت المقال مرتين
 18:44 Me: نعم، أرسلته إلى Grace أيضاً، وقالت: "I need more coffee for this" 😅
 18:45 ليلى حداد: [voice]
+18:46 ليلى حداد: [place] مقهى الشرفة, شارع الرينبو ١٤ (31.950412, 35.922813)
 18:50 Me: تمام، نتكلم غداً الساعة 7:30 مساءً إن شاء الله
 18:51 ليلى حداد: إن شاء الله ❤️
+    > Me: تمام، نتكلم غداً
 )";
 
 constexpr std::string_view hebrewFriend = R"(
@@ -251,10 +169,13 @@ constexpr std::string_view hebrewFriend = R"(
 08:21 נועה לוי: איזה כיף!! את ישנה אצלנו, אין ויכוח
 08:22 Me: אין ויכוח 😄
 08:30 נועה לוי: [photo] הילדים כבר ציירו לך שלט
+    + 🥰 Me
 == 2024-05-31
 14:05 Me: מה להביא לכם?
 14:09 נועה לוי: רק את עצמך. ואולי קפה, 2 חבילות, מהטחון ההוא (Santos)
 14:10 Me: סגור ☕
+    > נועה לוי: רק את עצמך
+14:20 נועה לוי: [video call] 9:41
 )";
 
 constexpr std::string_view japaneseFriend = R"(
@@ -265,6 +186,8 @@ constexpr std::string_view japaneseFriend = R"(
 11:45 佐藤 健: 昨日は二十八度でした。もう夏みたいです 😅
 11:46 佐藤 健: [photo] 週末に山へ行きました
 11:50 Me: きれい！雲の上ですね
+    > 佐藤 健: 週末に山へ行きました
+    + 😊 佐藤 健
 == 2024-05-30
 13:20 佐藤 健: 同窓会の日程が決まりました。十月十二日（土）十八時から、新宿の「ひまわり」です。地図はこちら：https://example.com/map?q=新宿
 13:25 Me: 行きます！飛行機を予約しますね ✈️
@@ -280,6 +203,7 @@ constexpr std::string_view chineseFriend = R"(
 02:13 王芳: 那我长话短说：包裹寄到了，谢谢你的咖啡！
 02:15 王芳: [photo] 今天早上的第一杯
 02:16 Me: 太好了！喜欢吗？
+    > 王芳: 今天早上的第一杯
 02:20 王芳: 非常喜欢。我妈妈本来只喝茶，现在每天早上都问“今天有咖啡吗”
 == 2024-05-31
 12:00 王芳: [voice]
@@ -287,13 +211,14 @@ constexpr std::string_view chineseFriend = R"(
 12:04 Me: 周末视频聊？
 12:05 王芳: 好，周六晚上八点（北京时间）
 12:05 Me: 👌
+12:06 王芳: [video call]
 )";
 
-constexpr std::array scripts = {family,     football, grandmother,  marina,       filmFriends,    landlord,
-                                developers, bookClub, arabicFriend, hebrewFriend, japaneseFriend, chineseFriend};
+constexpr std::array scripts = {filmFriends,  landlord,     developers,     bookClub,
+                                arabicFriend, hebrewFriend, japaneseFriend, chineseFriend};
 
 }  // namespace
 
-std::span<const std::string_view> sampleScripts() { return scripts; }
+std::span<const std::string_view> scriptsFromAbroad() { return scripts; }
 
 }  // namespace Fixture
