@@ -11,6 +11,7 @@
 
 #include "TidewellCore/Platform/SQLiteDB.h"
 #include "TidewellCore/Platform/SQLiteWALIndex.h"
+#include "TidewellCore/TidewellError.h"
 
 // The databases of a backup that are read.
 enum class BackupDatabase { index, chats, contacts, calls, identities };
