@@ -199,7 +199,7 @@ ChatStorageSnapshot SnapshotLoader::load(const OpenedBackup& opened, const Manif
     append(snapshot.warnings, BackupDatabase::contacts, {DatabaseFault::damaged});
   }
   if (areLinksLost(snapshot, manifest)) append(snapshot.warnings, BackupDatabase::chats, {DatabaseFault::damaged});
-  if (UnlistedFiles::areThere(opened, manifest, snapshot)) {
+  if (UnlistedFiles::areThere(opened, manifest, snapshot, isCancelled)) {
     append(snapshot.warnings, BackupDatabase::index, {DatabaseFault::damaged});
   }
   throwIfCancelled(isCancelled);
