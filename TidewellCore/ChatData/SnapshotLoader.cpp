@@ -203,7 +203,7 @@ SnapshotLoader::Loaded SnapshotLoader::load(const OpenedBackup& opened, const Ma
   append(loaded.warnings, BackupDatabase::contacts, sides.contacts.faults);
   append(loaded.warnings, BackupDatabase::identities, sides.identities.faults);
   append(loaded.warnings, BackupDatabase::calls, sides.calls.faults);
-  if (UnlistedFiles::areThere(opened, manifest, loaded.snapshot)) {
+  if (UnlistedFiles::areThere(opened, manifest, loaded.snapshot, isCancelled)) {
     append(loaded.warnings, BackupDatabase::index, {DatabaseFault::damaged});
   }
   std::ranges::move(UnreadApps::warnings(manifest), std::back_inserter(loaded.warnings));
