@@ -54,7 +54,8 @@ std::string messages(int first, int last) {
          "ZMESSAGETYPE, ZSORT, ZSTARRED, ZCHATSESSION, ZMEDIAITEM, ZMESSAGEINFO, ZMESSAGEDATE, ZSENTDATE, ZFROMJID, "
          "ZPUSHNAME, ZSTANZAID, ZTEXT, ZTOJID) SELECT i, 9, 2, 0, 2 * (i % 2), i % 2, 8, "
          "CASE WHEN i % 5 THEN 0 ELSE 1 END, i, 0, 1 + (i * 7919) % 807, "
-         "CASE WHEN i % 5 = 0 OR i % 8 = 1 THEN i END, i, 400000000 + i * 60.5, 400000000 + i * 60.5, "
+         "CASE WHEN i % 5 = 0 OR i % 8 = 1 THEN i END, CASE WHEN i % 2 THEN i END, 400000000 + i * 60.5, 400000000 + i "
+         "* 60.5, "
          "CASE WHEN i % 2 THEN NULL ELSE (5511900000000 + i * 7919 % 807) || '@s.whatsapp.net' END, "
          "'CO' || printf('%010d', i) || 'AGGhc1NTExOTAwMDAwMDAwMEBzLndoYXRzYXBwLm5ldA==', printf('3A%018d', i), "
          "CASE WHEN i % 5 THEN " +
@@ -68,7 +69,7 @@ std::string messages(int first, int last) {
          "THEN " +
          replyMetadata + " END FROM n WHERE i % 5 = 0 OR i % 8 = 1;" + numbers +
          "INSERT INTO ZWAMESSAGEINFO (Z_PK, Z_ENT, Z_OPT, ZMESSAGE, ZRECEIPTINFO) SELECT i, 11, 1, i, " + receipts +
-         " FROM n;";
+         " FROM n WHERE i % 2;";
 }
 
 // The newest quarter stands in the journal, as on a phone in use.

@@ -140,8 +140,8 @@ TEST(MessageWords, ADeletedMessageSaysByWhom) {
   EXPECT_EQ(words(DeletedMessage{}), "This message was deleted");
   EXPECT_EQ(words(DeletedMessage{}, english, mine), "You deleted this message");
   EXPECT_EQ(words(DeletedMessage{you}), "You deleted this message");
-  EXPECT_EQ(words(DeletedMessage{ben}), "Deleted by the admin Ben");
-  EXPECT_EQ(words(DeletedMessage{ben}, portuguese, mine), "Apagada pelo admin Ben");
+  EXPECT_EQ(words(DeletedMessage{ben}), "Admin Ben deleted this message");
+  EXPECT_EQ(words(DeletedMessage{ben}, portuguese, mine), "Admin Ben apagou esta mensagem");
   EXPECT_EQ(words(DeletedMessage{ana}), "This message was deleted");  // another JID of the sender
   EXPECT_EQ(info(DeletedMessage{ben}), R"({"by":"Ben"})");
   EXPECT_EQ(info(DeletedMessage{}), "{}");
@@ -227,6 +227,14 @@ TEST(MessageWords, AReplyNamesWhatItAnswers) {
       told({.quote = Quote{.sender = you, .part = MessagePart::voiceMessage}}).details->quote,
       (ArchiveQuote{.isOwner = true, .name = "You", .part = MessagePart::voiceMessage, .words = "Voice message"}));
   EXPECT_EQ(told({.quote = Quote{}}).details->quote, (ArchiveQuote{.words = "Message"}));
+}
+
+TEST(MessageWords, AReplyWithoutACopyTellsOfItsOriginal) {
+  MessageWords::Context around = context();
+  around.answered = {.id = "15", .isOwner = true, .sender = "You", .part = MessagePart::photo, .text = "the sea"};
+  EXPECT_EQ(
+      told({.quote = Quote{.sender = ana}}, {.text = "a"}, around).details->quote,
+      (ArchiveQuote{.isOwner = true, .name = "You", .part = MessagePart::photo, .words = "the sea", .toID = "15"}));
 }
 
 TEST(MessageWords, TheMostFrequentReactionsComeFirst) {

@@ -54,6 +54,35 @@ Shown shownIn(ChatTables made, const char* jid, std::vector<PastCall> calls) {
   return shown;
 }
 
+TEST(CallsInChats, WhoeverSpokeWasNotMissed) {
+  ChatTables made = tables();
+  made.messages.push_back({.pk = 7, .chatPK = 1, .date = at(100)});
+  made.details.emplace_back(7, MessageDetails{.content = CallRecord{.isMissed = true}});
+  EXPECT_THAT(shownIn(std::move(made), ana, {incoming(1, 100)}).details,
+              ElementsAre(MessageDetails{.content = CallRecord{.isVideo = true, .seconds = 95}}));
+}
+
+TEST(CallsInChats, KeysThatAreTakenAreNotTakenAgain) {
+  ChatTables made = tables();
+  made.chats.emplace(INT64_MIN, ChatRecord{.pk = INT64_MIN});
+  made.messages.push_back({.pk = -2, .chatPK = -1, .date = at(1)});
+  const ChatStorageSnapshot snapshot = [&] {
+    CallsInChats::add({incoming(1, 100, "15550000009@s.whatsapp.net")}, made);
+    return ChatStorageSnapshot(std::move(made));
+  }();
+  ASSERT_EQ(snapshot.messages().size(), 2);
+  EXPECT_EQ(snapshot.messages(snapshot.canonicalChatJID("15550000009@s.whatsapp.net")).size(), 1);
+}
+
+TEST(CallsInChats, OnePersonUnderTwoJIDsIsNoGroup) {
+  ChatTables made = tables();
+  made.directory.link(anaLID, ana);
+  PastCall call = incoming(1, 100);
+  call.participantJIDs = {ana, anaLID};
+  call.call.isGroup = true;
+  EXPECT_FALSE(std::get<CallRecord>(shownIn(std::move(made), ana, {call}).details.at(0).content).isGroup);
+}
+
 TEST(CallsInChats, ACallByItsIDComesBeforeOneByTime) {
   ChatTables made = tables();
   tell(made, 7, 140, "B");
@@ -79,18 +108,19 @@ TEST(CallsInChats, ACallThatAMessageTellsOfIsToldOnceAndCompleted) {
 }
 
 TEST(CallsInChats, TheListSaysOfAMessageWhetherItWasMissedAndOfAGroup) {
-  const auto completed = [](const CallRecord& told, const CallRecord& listed) {
+  const auto completed = [](const CallRecord& told, const CallRecord& listed, std::vector<std::string> people = {ana}) {
     ChatTables made = tables();
     made.messages.push_back({.pk = 7, .chatPK = 1, .date = at(100)});
     made.details.emplace_back(7, MessageDetails{.content = told});
     PastCall call = incoming(4, 100);
     call.call = listed;
+    call.participantJIDs = std::move(people);
     return std::get<CallRecord>(shownIn(std::move(made), ana, {call}).details.at(0).content);
   };
   const CallRecord missed{.isVideo = false, .isMissed = true};
   EXPECT_EQ(completed(CallRecord{}, missed), missed);
   EXPECT_EQ(completed(missed, CallRecord{.seconds = 95}), (CallRecord{.isVideo = false, .seconds = 95}));
-  EXPECT_EQ(completed(CallRecord{}, CallRecord{.isGroup = true}), CallRecord{.isGroup = true});
+  EXPECT_TRUE(completed(CallRecord{}, CallRecord{}, {ana, "15550000009@s.whatsapp.net"}).isGroup);
 }
 
 TEST(CallsInChats, OneMessageStandsForOneCall) {

@@ -40,6 +40,52 @@ TEST(ChatStorageSnapshot, ThePairsOfTheChatDatabaseServeAsWellAsTheAddressBook) 
   EXPECT_EQ(readChats({.lidPairs = pairs}).canonicalChatJID(lid), phone);
 }
 
+TEST(ChatStorageSnapshot, ALidIsLinkedToANumberAlone) {
+  const std::vector<LidPair> pairs = {{.lid = "1@lid", .phoneNumber = "2@lid"},
+                                      {.lid = "2@lid", .phoneNumber = "1@lid"}};
+  const ChatStorageSnapshot snapshot =
+      readChats({.chats = {{.jid = "1@lid"}, {.jid = "2@lid"}},
+                 .messages = {{.chat = 1, .text = "of one"}, {.chat = 2, .text = "of two"}},
+                 .lidPairs = pairs});
+  for (const auto& [jid, text] : {std::pair("1@lid", "of one"), std::pair("2@lid", "of two")}) {
+    const CanonicalJID chat = snapshot.canonicalChatJID(jid);
+    EXPECT_EQ(chat, jid);
+    ASSERT_EQ(snapshot.messages(chat).size(), 1) << jid;
+    EXPECT_EQ(snapshot.messages(chat)[0].text, text);
+  }
+}
+
+TEST(ChatStorageSnapshot, TheStatusPostsOfOnePersonAreOneChat) {
+  const std::vector<LidPair> pairs = {{.lid = lid, .phoneNumber = phone}};
+  const ChatStorageSnapshot snapshot = readChats({.lidPairs = pairs});
+  EXPECT_EQ(snapshot.canonicalChatJID("77001122334455@lid.status"), "5511900001111@status");
+  EXPECT_EQ(snapshot.canonicalChatJID("5511900001111@status"), "5511900001111@status");
+  EXPECT_EQ(snapshot.canonicalChatJID("99@lid.status"), "99@lid.status");
+}
+
+TEST(ChatStorageSnapshot, PeopleHaveTheNameOfTheirChatBeforeANumber) {
+  const TranscriptStyle style = TranscriptStyle::english();
+  const ChatStorageSnapshot snapshot = readChats({.chats = {{.jid = phone, .name = "Ana"}}});
+  EXPECT_EQ(snapshot.name({.jid = phone}, style), "Ana");
+  EXPECT_EQ(snapshot.nameOfDigits("5511900001111", style), "Ana");
+  EXPECT_EQ(snapshot.name({.jid = "5511900002222@s.whatsapp.net"}, style), "+55 11 90000-2222");
+  EXPECT_EQ(snapshot.nameOfDigits("5511900002222", style), std::nullopt);
+}
+
+TEST(ChatStorageSnapshot, TheOwnerIsTheOwnerByNumberAndByLid) {
+  const TranscriptStyle style = TranscriptStyle::english();
+  const ChatStorageSnapshot snapshot =
+      readChats({.chats = {{.jid = "15550000002@s.whatsapp.net"}},
+                 .messages = {{.chat = 1, .toJID = phone, .type = 10}, {.chat = 1, .type = 14}},
+                 .mediaItems = {{.message = 2, .vCard = lid}},
+                 .lidPairs = {{{.lid = lid, .phoneNumber = phone}}}});
+  EXPECT_EQ(snapshot.nameOfDigits("77001122334455", style), "You");
+  EXPECT_EQ(snapshot.nameOfDigits("5511900001111", style), "You");
+  const MessageDetails* removed = snapshot.details(messagesOf(snapshot, 1).at(1));
+  ASSERT_NE(removed, nullptr);
+  EXPECT_EQ(removed->content, MessageContent(DeletedMessage{.remover = Person{.isOwner = true}}));
+}
+
 TEST(ChatStorageSnapshot, AliasesAreTheCanonicalJidThenItsCounterpart) {
   const ChatStorageSnapshot snapshot = readApp(ana({}));
   EXPECT_THAT(snapshot.aliasJIDs(phone), ElementsAre(phone, lid));

@@ -185,8 +185,8 @@ TEST(MessageDecoder, AMessageMayBeWaitedFor) { EXPECT_EQ(decode({.type = 12}), o
 TEST(MessageDecoder, ADeletedMessageSaysWhoDeletedIt) {
   const auto by = [](std::optional<Person> remover) { return of(DeletedMessage{.remover = remover}); };
   EXPECT_EQ(decode({.type = 14, .title = "3A0F99"}), by(std::nullopt)) << "the title is an ID and no caption";
-  EXPECT_EQ(decode({.type = 14, .vCardString = anaJID}), by(std::nullopt)) << "nobody else can, in a chat of two";
-  EXPECT_EQ(decode({.type = 14, .memberJID = anaJID, .vCardString = anaJID}), by(std::nullopt));
+  EXPECT_EQ(decode({.type = 14, .memberJID = anaJID, .vCardString = anaJID}), by(Person{.jid = anaJID}))
+      << "whether that is its sender is known later";
   EXPECT_EQ(decode({.type = 14, .memberJID = anaJID, .vCardString = benJID}), by(ben));
   EXPECT_EQ(decode({.type = 14, .memberJID = anaJID, .vCardString = own[0]}), by(owner));
   EXPECT_EQ(decode({.type = 14, .isFromMe = true}), by(owner));

@@ -131,7 +131,17 @@ struct Words {
   }
 };
 
-MessagePart partOf(MediaKind kind) {
+}  // namespace
+
+std::string ContentWords::of(const MessageContent& content, const Setting& setting) {
+  return std::visit(Words{setting}, content);
+}
+
+std::string ContentWords::notExported(MediaKind kind, const Wording& wording) {
+  return wording.say("messages", "notExported", {{"medium", label(partOf(kind), wording)}});
+}
+
+MessagePart ContentWords::partOf(MediaKind kind) {
   switch (kind.value()) {
     case MediaKind::photos:
       return MessagePart::photo;
@@ -145,16 +155,6 @@ MessagePart partOf(MediaKind kind) {
       break;
   }
   return MessagePart::document;
-}
-
-}  // namespace
-
-std::string ContentWords::of(const MessageContent& content, const Setting& setting) {
-  return std::visit(Words{setting}, content);
-}
-
-std::string ContentWords::notExported(MediaKind kind, const Wording& wording) {
-  return wording.say("messages", "notExported", {{"medium", label(partOf(kind), wording)}});
 }
 
 std::string ContentWords::label(MessagePart part, const Wording& wording) {

@@ -24,6 +24,9 @@ std::string of(const MessageContent& content, const Setting& setting);
 // What stands in the place of a file that is not in the export: "Photo (not exported)".
 std::string notExported(MediaKind kind, const Wording& wording);
 
+// What a file of that kind is.
+MessagePart partOf(MediaKind kind);
+
 // What a part is called: "Voice message".
 std::string label(MessagePart part, const Wording& wording);
 

@@ -11,9 +11,15 @@ namespace {
 
 using ReadableText::cleaned;
 
+// The copy that came along tells what was answered; where there is none, the original does.
 ArchiveQuote quoteOf(const Quote& quote, const MessageWords::Context& context) {
   ArchiveQuote told{.part = quote.part};
+  std::optional<std::string> copy = quote.words;
   if (context.answered) {
+    if (!copy && told.part == MessagePart::text) {
+      told.part = context.answered->part;
+      copy = context.answered->text;
+    }
     told.toID = context.answered->id;
     told.isOwner = context.answered->isOwner;
     told.name = Wording::line(context.answered->sender);
@@ -21,7 +27,7 @@ ArchiveQuote quoteOf(const Quote& quote, const MessageWords::Context& context) {
     told.isOwner = quote.sender->isOwner;
     told.name = context.wording.name(*quote.sender);
   }
-  const std::string words = Wording::line(quote.words.value_or(""));
+  const std::string words = Wording::line(copy.value_or(""));
   told.words = Mentions::named(words, Mentions::in(words, context.mentioned));
   if (told.words.empty()) told.words = ContentWords::label(quote.part, context.wording);
   return told;

@@ -15,6 +15,8 @@ struct Answered {
   std::string id;
   bool isOwner = false;  // the owner wrote it
   std::string sender;    // the name shown
+  MessagePart part = MessagePart::text;
+  std::optional<std::string> text;
 };
 
 // What is known around a message.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 #include <map>
+#include <set>
 #include <string>
 
 #include "TidewellCore/ChatData/JID.h"
@@ -18,6 +19,8 @@ struct Told {
   bool isTaken = false;  // by a call of the list
 };
 
+constexpr std::int64_t greatestKey = std::int64_t{1} << 61;
+
 double dateOf(const std::optional<Date>& date) {
   return date ? unixTime(*date) : -std::numeric_limits<double>::infinity();
 }
@@ -25,8 +28,14 @@ double dateOf(const std::optional<Date>& date) {
 class Adding {
  public:
   explicit Adding(ChatTables& tables) : tables_(tables) {
-    for (const auto& [pk, chat] : tables.chats) recordsByPerson_.emplace(personOf(chat.jid), pk);
-    for (const auto& [pk, chat] : tables.chats) nextKey_ = std::min(nextKey_, pk - 1);
+    for (const auto& [pk, chat] : tables.chats) {
+      recordsByPerson_.emplace(personOf(chat.jid), pk);
+      lower(lowestChat_, pk);
+    }
+    for (const MessageRecord& message : tables.messages) {
+      lower(lowestChat_, message.chatPK);
+      lower(lowestMessage_, message.pk);
+    }
     fileTold();
   }
 
@@ -44,6 +53,17 @@ class Adding {
   std::string personOf(const std::string& jid) const {
     std::string trimmed = Text::trimmed(jid);
     return JID::isLID(trimmed) ? tables_.directory.phoneJID(trimmed).value_or(trimmed) : trimmed;
+  }
+
+  bool isOfGroup(const PastCall& call) const {
+    std::set<std::string> people;
+    for (const std::string& jid : call.participantJIDs) people.insert(personOf(jid));
+    return call.groupJID || people.size() > 1;
+  }
+
+  // No phone has keys that leave no room below them.
+  static void lower(std::int64_t& lowest, std::int64_t key) {
+    if (key > -greatestKey) lowest = std::min(lowest, key);
   }
 
   static std::string chatJID(const PastCall& call) {
@@ -109,25 +129,26 @@ class Adding {
     CallRecord& record = std::get<CallRecord>(tables_.details[told.details].second.content);
     if (!record.isVideo) record.isVideo = call.call.isVideo;
     if (!record.seconds) record.seconds = call.call.seconds;
-    record.isGroup = record.isGroup || call.call.isGroup;
+    record.isGroup = record.isGroup || isOfGroup(call);
     // Nobody misses a call that somebody spoke in.
     record.isMissed = (record.isMissed || call.call.isMissed) && !record.seconds;
   }
 
   void append(const PastCall& call, const std::string& person) {
-    const std::int64_t key = -1 - call.pk;
+    const std::int64_t key = lowestMessage_ - 1 - call.pk;
     MessageRecord message{.pk = key, .chatPK = recordOf(person), .date = call.date, .isFromMe = !call.isIncoming};
     const std::string caller =
         call.creatorJID.value_or(call.participantJIDs.empty() ? "" : call.participantJIDs.front());
     if (call.isIncoming && !caller.empty()) message.fromJID = tables_.texts.addOnce(caller);
     tables_.messages.push_back(message);
-    tables_.details.emplace_back(key, MessageDetails{.content = call.call});
+    CallRecord record = call.call;
+    record.isGroup = isOfGroup(call);
+    tables_.details.emplace_back(key, MessageDetails{.content = record});
   }
 
   std::int64_t recordOf(const std::string& person) {
-    const auto [found, isNew] = recordsByPerson_.emplace(person, nextKey_);
-    if (isNew) tables_.chats.emplace(nextKey_, ChatRecord{.pk = nextKey_, .jid = person});
-    if (isNew) --nextKey_;
+    const auto [found, isNew] = recordsByPerson_.emplace(person, lowestChat_ - 1);
+    if (isNew) tables_.chats.emplace(--lowestChat_, ChatRecord{.pk = found->second, .jid = person});
     return found->second;
   }
 
@@ -135,13 +156,15 @@ class Adding {
   std::map<std::string, std::int64_t> recordsByPerson_;
   std::map<std::string, std::vector<Told>> toldByPerson_;  // by date
   std::map<std::pair<std::string, std::string_view>, Told*> toldByID_;
-  std::int64_t nextKey_ = -1;  // of a chat that only calls tell of
+  // The lowest keys that are in use; those of what only calls tell of are below them.
+  std::int64_t lowestChat_ = 0;
+  std::int64_t lowestMessage_ = 0;
 };
 
 }  // namespace
 
 void CallsInChats::add(std::vector<PastCall> calls, ChatTables& tables) {
-  std::erase_if(calls, [](const PastCall& call) { return call.pk < 0; });
+  std::erase_if(calls, [](const PastCall& call) { return call.pk < 0 || call.pk > greatestKey; });
   if (calls.empty()) return;
   Adding(tables).add(std::move(calls));
 }

@@ -1,7 +1,8 @@
 #include "TidewellCore/ChatData/CanonicalPeople.h"
 
-#include <algorithm>
+#include <iterator>
 #include <optional>
+#include <set>
 #include <vector>
 
 namespace {
@@ -18,23 +19,22 @@ void unify(std::optional<Person>& person, const Canonical& canonical) {
 
 void unify(std::vector<Person>& people, const Canonical& canonical) {
   std::vector<Person> known;
+  std::set<std::string> jids;  // the owner's is empty
   for (Person& person : people) {
     unify(person, canonical);
-    if (std::ranges::find(known, person) == known.end()) known.push_back(std::move(person));
+    if (jids.insert(person.jid).second) known.push_back(std::move(person));
   }
   people = std::move(known);
 }
 
 void unify(std::vector<Reaction>& reactions, const Canonical& canonical) {
   for (Reaction& reaction : reactions) unify(reaction.person, canonical);
+  std::set<std::string> jids;  // the owner's is empty
   std::vector<Reaction> newest;
-  for (Reaction& reaction : reactions) {
-    const auto earlier = std::ranges::find_if(
-        newest, [&](const Reaction& other) { return reaction.person && other.person == reaction.person; });
-    if (earlier != newest.end()) newest.erase(earlier);
-    newest.push_back(std::move(reaction));
+  for (auto reaction = reactions.rbegin(); reaction != reactions.rend(); ++reaction) {
+    if (!reaction->person || jids.insert(reaction->person->jid).second) newest.push_back(std::move(*reaction));
   }
-  reactions = std::move(newest);
+  reactions.assign(std::make_move_iterator(newest.rbegin()), std::make_move_iterator(newest.rend()));
 }
 
 }  // namespace

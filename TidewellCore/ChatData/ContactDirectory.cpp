@@ -59,6 +59,7 @@ const GroupMemberRecord* ContactDirectory::groupMember(const std::optional<std::
 }
 
 void ContactDirectory::link(const std::string& lid, const std::string& phone) {
+  if (!JID::isLID(lid) || !JID::hasServer(phone, UserJIDSuffix)) return;
   for (const std::string& key : NameResolver::lookupKeys(lid)) lidToPhoneJID.emplace(key, phone);
   for (const std::string& key : NameResolver::lookupKeys(phone)) phoneToLID.emplace(key, lid);
 }

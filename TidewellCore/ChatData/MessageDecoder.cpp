@@ -127,14 +127,11 @@ void channelNotice(Decoding& decoding) { setContentAlone(SystemNotices::ofChanne
 
 void waiting(Decoding& decoding) { setContentAlone(WaitingMessage(), decoding); }
 
-// Who removed it is named only where that is not its sender.
+// Whether that is its sender is known when all JIDs of people are.
 void deleted(Decoding& decoding) {
   const MessageRow& row = decoding.row;
   auto remover = StoredJID::person(row.vCardString.value_or(""), row.ownJIDs);
-  const auto member = StoredJID::person(row.memberJID.value_or(""), row.ownJIDs);
   if (row.isFromMe && (!remover || row.ownJIDs.empty())) remover = owner;
-  const bool isSender = !row.isFromMe && remover && !remover->isOwner && (!member || remover == member);
-  if (isSender) remover.reset();
   setContentAlone(DeletedMessage{.remover = std::move(remover)}, decoding);
 }
 

@@ -65,8 +65,10 @@ TableReader::Along TableReader::along(const std::string& table, const char* refe
   if (!hasBack) return {.number = join(joined, forwards)};
   const std::string unlessOther = fmt::format("coalesce(t{}.{}, t0.{}) = t0.{}", number, back, key, key);
   join(joined, forwards + " AND " + unlessOther);
+  // Without an index of theirs SQLite makes one, of the keys alone when nothing else is asked of that table.
   join(joined, fmt::format("t{}.{} IS NULL AND t{}.{}", number, key, number + 1, backwards));
-  return {.number = number, .back = number + 1};
+  join(joined, fmt::format("t{}.{} = t{}.{}", number + 2, key, number + 1, key));
+  return {.number = number, .back = number + 2};
 }
 
 void TableReader::forEachRow(const SQLiteDB::RowViewHandler& row) const {

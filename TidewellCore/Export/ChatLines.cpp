@@ -7,6 +7,8 @@
 #include <unordered_map>
 
 #include "TidewellCore/Archive/ChatArchiveWriter.h"
+#include "TidewellCore/Archive/ContentWords.h"
+#include "TidewellCore/ChatData/BlobText.h"
 #include "TidewellCore/ChatData/JID.h"
 #include "TidewellCore/Platform/PathText.h"
 
@@ -107,6 +109,11 @@ std::optional<MessageWords::Answered> ChatLines::answered(const MessageRecord& r
                                                           const TranscriptStyle& style) const {
   const MessageRecord* original = details.quote ? snapshot_.original(record, *details.quote) : nullptr;
   if (original == nullptr) return std::nullopt;
-  return MessageWords::Answered{
+  MessageWords::Answered answered{
       .id = idOf(*original), .isOwner = original->isFromMe, .sender = snapshot_.senderName(*original, style)};
+  if (original->text) answered.text = BlobText::shortWords(original->text);
+  if (original->mediaLocalPath) {
+    answered.part = ContentWords::partOf(MediaKind::classify(PathText::extension(*original->mediaLocalPath)));
+  }
+  return answered;
 }

@@ -27,7 +27,8 @@ struct Mode {
 
 Mode modeOf(SQLiteDB::OpenMode mode) {
   constexpr int notOurs = SQLITE_OPEN_FULLMUTEX | SQLITE_OPEN_NOFOLLOW;
-  constexpr const char* watchful = "PRAGMA cell_size_check = ON; PRAGMA mmap_size = 0;";
+  // What SQLite sorts on its way is somebody's, and stays out of files.
+  constexpr const char* watchful = "PRAGMA cell_size_check = ON; PRAGMA mmap_size = 0; PRAGMA temp_store = MEMORY;";
   constexpr const char* refuseWrites = "PRAGMA query_only = ON;";
   switch (mode) {
     case SQLiteDB::OpenMode::readOnly:
