@@ -120,7 +120,7 @@ TEST(CallsInChats, TheListSaysOfAMessageWhetherItWasMissedAndOfAGroup) {
   const CallRecord missed{.isVideo = false, .isMissed = true};
   EXPECT_EQ(completed(CallRecord{}, missed), missed);
   EXPECT_EQ(completed(missed, CallRecord{.seconds = 95}), (CallRecord{.isVideo = false, .seconds = 95}));
-  EXPECT_TRUE(completed(CallRecord{}, CallRecord{}, {ana, "15550000009@s.whatsapp.net"}).isGroup);
+  EXPECT_TRUE(completed(CallRecord{}, CallRecord{.isGroup = true}, {ana, "15550000009@s.whatsapp.net"}).isGroup);
 }
 
 TEST(CallsInChats, OneMessageStandsForOneCall) {

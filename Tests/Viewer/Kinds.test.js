@@ -99,7 +99,7 @@ test('A medium that the backup lacks has a frame that says what it was, and keep
     kinds.missing('document', 'Document: a.pdf (not in the backup)', { name: 'a.pdf' }),
     kinds.missing('video', 'The whole evening', { caption: 'The whole evening', seconds: 3723 }),
   ]);
-  assert.deepEqual(await texts(page, '.missing-part'), ['Photo', 'Voice note, 0:07', 'Document', 'Video, 1:02:03']);
+  assert.deepEqual(await texts(page, '.missing-part'), ['Photo', 'Voice message, 0:07', 'Document', 'Video, 1:02:03']);
   assert.deepEqual(await texts(page, '.missing .card-more'), [
     'Not in the backup',
     'Not in the backup',

@@ -28,7 +28,7 @@ test('What was answered is named when it has no words', async () => {
   );
   assert.deepEqual(await texts(page, '.quote-words'), [
     'Photo',
-    'Voice note',
+    'Voice message',
     'Sticker',
     'Live location',
     'Message',

@@ -132,6 +132,13 @@ DatabaseFaults DatabaseCheck::within(const SQLiteDB& database, std::span<const D
   return isWhole(database, tables) ? DatabaseFaults() : DatabaseFaults{DatabaseFault::damaged};
 }
 
+bool DatabaseCheck::isOfItsDatabase(const TidewellError& error) {
+  constexpr std::array words{"disk I/O error", "database or disk is full", "unable to open database file",
+                             "out of memory"};
+  return error.is<TidewellError::InvalidDatabase>() &&
+         std::ranges::none_of(words, [&](const char* text) { return error == TidewellError::invalidDatabase(text); });
+}
+
 std::string DatabaseCheck::indexOf(const SQLiteDB& database, const DatabaseTable& table) {
   if (table.reference == nullptr) return {};
   std::string found;

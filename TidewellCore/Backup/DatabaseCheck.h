@@ -11,6 +11,7 @@
 
 #include "TidewellCore/Platform/SQLiteDB.h"
 #include "TidewellCore/Platform/SQLiteWALIndex.h"
+#include "TidewellCore/TidewellError.h"
 
 // The databases of a backup that are read.
 enum class BackupDatabase { index, chats, contacts, calls, identities };
@@ -46,6 +47,10 @@ DatabaseFaults beforeOpening(const std::filesystem::path& database,
 // whether these have lost rows, or references, that their indices know otherwise, and
 // whether pages fit together: those of short tables, and up to `largestForPages` bytes all.
 DatabaseFaults within(const SQLiteDB& database, std::span<const DatabaseTable> tables);
+
+// Whether reading failed for what a database is. It may also fail for what the disk of the working copies, or the
+// memory, does not give, and then a database may be whole.
+bool isOfItsDatabase(const TidewellError& error);
 
 // The name of an index that holds the table's reference of each row, in that
 // order; empty when there is none, or none with a plain name.

@@ -55,10 +55,10 @@ class Adding {
     return JID::isLID(trimmed) ? tables_.directory.phoneJID(trimmed).value_or(trimmed) : trimmed;
   }
 
-  bool isOfGroup(const PastCall& call) const {
+  bool isGroup(const PastCall& call) const {
     std::set<std::string> people;
     for (const std::string& jid : call.participantJIDs) people.insert(personOf(jid));
-    return call.groupJID || people.size() > 1;
+    return call.groupJID || (call.call.isGroup && people.size() != 1);
   }
 
   // No phone has keys that leave no room below them.
@@ -129,7 +129,7 @@ class Adding {
     CallRecord& record = std::get<CallRecord>(tables_.details[told.details].second.content);
     if (!record.isVideo) record.isVideo = call.call.isVideo;
     if (!record.seconds) record.seconds = call.call.seconds;
-    record.isGroup = record.isGroup || isOfGroup(call);
+    record.isGroup = record.isGroup || isGroup(call);
     // Nobody misses a call that somebody spoke in.
     record.isMissed = (record.isMissed || call.call.isMissed) && !record.seconds;
   }
@@ -142,7 +142,7 @@ class Adding {
     if (call.isIncoming && !caller.empty()) message.fromJID = tables_.texts.addOnce(caller);
     tables_.messages.push_back(message);
     CallRecord record = call.call;
-    record.isGroup = isOfGroup(call);
+    record.isGroup = isGroup(call);
     tables_.details.emplace_back(key, MessageDetails{.content = record});
   }
 

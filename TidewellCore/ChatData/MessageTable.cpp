@@ -6,6 +6,7 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "TidewellCore/Backup/DatabaseCheck.h"
 #include "TidewellCore/ChatData/JID.h"
 #include "TidewellCore/ChatData/MessageDecoder.h"
 #include "TidewellCore/ChatData/NameResolver.h"
@@ -36,7 +37,7 @@ void readBeside(ChatTables& tables, Read read) {
   try {
     read();
   } catch (const TidewellError& error) {
-    if (!error.is<TidewellError::InvalidDatabase>()) throw;
+    if (!DatabaseCheck::isOfItsDatabase(error)) throw;
     tables.unread.isPartial = true;
   }
 }
@@ -290,7 +291,7 @@ void MessageTable::load(const SQLiteDB& database, const MediaPaths::Lookup& hasF
   try {
     return Reading(database, hasFile, tables, Info::read).run();
   } catch (const TidewellError& error) {
-    if (!error.is<TidewellError::InvalidDatabase>()) throw;
+    if (!DatabaseCheck::isOfItsDatabase(error)) throw;
   }
   tables.messages.clear();
   tables.details.clear();

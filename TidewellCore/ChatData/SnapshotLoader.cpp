@@ -89,15 +89,6 @@ Chats loadChats(WorkingCopies::WorkingCopy copy, const ChatStorageReader::Settin
   return chats;
 }
 
-// Whether a database that is whole may have failed so: SQLite's words for what the disk
-// of the working copies, or the memory, does not give.
-bool isOfThisMachine(const TidewellError& error) {
-  constexpr std::array words{"disk I/O error", "database or disk is full", "unable to open database file",
-                             "out of memory"};
-  return !error.is<TidewellError::InvalidDatabase>() ||
-         std::ranges::any_of(words, [&](const char* text) { return error == TidewellError::invalidDatabase(text); });
-}
-
 // What could be read of a database without which chats can be read too.
 template <typename Value>
 struct Side {
@@ -122,7 +113,7 @@ Side<Value> readSide(const OpenedBackup& opened, const StoredDatabase& stored, c
       const SQLiteDB database(PathText::text(copy.path), SQLiteDB::OpenMode::readOnly);
       side.faults.merge(DatabaseCheck::within(database, tables));
     } catch (const TidewellError& error) {
-      if (isOfThisMachine(error)) throw;
+      if (!DatabaseCheck::isOfItsDatabase(error)) throw;
       side.faults.insert(DatabaseFault::damaged);
     }
     return side;
@@ -212,7 +203,7 @@ SnapshotLoader::Loaded SnapshotLoader::load(const OpenedBackup& opened, const Ma
   append(loaded.warnings, BackupDatabase::contacts, sides.contacts.faults);
   append(loaded.warnings, BackupDatabase::identities, sides.identities.faults);
   append(loaded.warnings, BackupDatabase::calls, sides.calls.faults);
-  if (UnlistedFiles::areThere(opened, manifest, loaded.snapshot)) {
+  if (UnlistedFiles::areThere(opened, manifest, loaded.snapshot, isCancelled)) {
     append(loaded.warnings, BackupDatabase::index, {DatabaseFault::damaged});
   }
   std::ranges::move(UnreadApps::warnings(manifest), std::back_inserter(loaded.warnings));

@@ -42,10 +42,11 @@ std::vector<std::string_view> newestUnlisted(const ChatStorageSnapshot& snapshot
 }  // namespace
 
 bool UnlistedFiles::areThere(const OpenedBackup& opened, const ManifestStore& manifest,
-                             const ChatStorageSnapshot& snapshot) {
+                             const ChatStorageSnapshot& snapshot, const CancellationCheck& isCancelled) {
   if (!manifest.chatStorage) return false;
   const Paths paths = listed(manifest);
   const auto isStored = [&](std::string_view path) {
+    throwIfCancelled(isCancelled);
     return !paths.contains(path) && opened.isStored({.fileID = fileIdentifier(manifest.chatStorage->domain, path)});
   };
   return std::ranges::any_of(companions, isStored) || std::ranges::any_of(newestUnlisted(snapshot, paths), isStored);

@@ -9,9 +9,12 @@
 namespace UnlistedFiles {
 
 // Whether a companion of the chats, or one of the newest media that messages name, is stored and not listed.
-bool areThere(const OpenedBackup& opened, const ManifestStore& manifest, const ChatStorageSnapshot& snapshot);
+// Throws TidewellError::cancelled.
+bool areThere(const OpenedBackup& opened, const ManifestStore& manifest, const ChatStorageSnapshot& snapshot,
+              const CancellationCheck& isCancelled);
 
-// A phone does not keep every medium, and each that it lacks is asked for on the disk.
-inline constexpr std::size_t mostMedia = 1'000;
+// A phone does not keep every medium, and each that it lacks is asked for on the disk, which may be slow. An older
+// index lacks the newest ones.
+inline constexpr std::size_t mostMedia = 100;
 
 }  // namespace UnlistedFiles

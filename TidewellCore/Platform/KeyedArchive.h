@@ -9,6 +9,8 @@
 class KeyedArchive {
  public:
   explicit KeyedArchive(PropertyList plist);
+  KeyedArchive(const KeyedArchive&) = delete;
+  KeyedArchive& operator=(const KeyedArchive&) = delete;
 
   // The object that everything begins with, when it is a dictionary.
   const PropertyListDictionary* root() const { return root_; }

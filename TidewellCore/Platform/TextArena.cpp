@@ -8,6 +8,15 @@ constexpr std::size_t blockSize = 1 << 18;
 
 }  // namespace
 
+// What is left of the last block goes with the blocks.
+TextArena& TextArena::operator=(TextArena&& other) noexcept {
+  blocks_ = std::exchange(other.blocks_, {});
+  next_ = std::exchange(other.next_, nullptr);
+  left_ = std::exchange(other.left_, 0);
+  known_ = std::exchange(other.known_, {});
+  return *this;
+}
+
 std::string_view TextArena::add(std::string_view text) {
   if (text.empty()) return "";
   if (text.size() > left_) {

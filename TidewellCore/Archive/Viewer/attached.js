@@ -6,7 +6,7 @@ const PARTS = {
   video: { label: "video", icon: "video" },
   gif: { label: "gif", icon: "video" },
   videoNote: { label: "videoNote", icon: "video" },
-  voiceMessage: { label: "voiceNote", icon: "voice" },
+  voiceMessage: { label: "voiceMessage", icon: "voice" },
   audio: { label: "audio", icon: "voice" },
   document: { label: "document", icon: "document" },
   sticker: { label: "sticker", icon: "sticker" },
