@@ -108,18 +108,19 @@ TEST(CallsInChats, ACallThatAMessageTellsOfIsToldOnceAndCompleted) {
 }
 
 TEST(CallsInChats, TheListSaysOfAMessageWhetherItWasMissedAndOfAGroup) {
-  const auto completed = [](const CallRecord& told, const CallRecord& listed) {
+  const auto completed = [](const CallRecord& told, const CallRecord& listed, std::vector<std::string> people = {ana}) {
     ChatTables made = tables();
     made.messages.push_back({.pk = 7, .chatPK = 1, .date = at(100)});
     made.details.emplace_back(7, MessageDetails{.content = told});
     PastCall call = incoming(4, 100);
     call.call = listed;
+    call.participantJIDs = std::move(people);
     return std::get<CallRecord>(shownIn(std::move(made), ana, {call}).details.at(0).content);
   };
   const CallRecord missed{.isVideo = false, .isMissed = true};
   EXPECT_EQ(completed(CallRecord{}, missed), missed);
   EXPECT_EQ(completed(missed, CallRecord{.seconds = 95}), (CallRecord{.isVideo = false, .seconds = 95}));
-  EXPECT_EQ(completed(CallRecord{}, CallRecord{.isGroup = true}), CallRecord{.isGroup = true});
+  EXPECT_TRUE(completed(CallRecord{}, CallRecord{.isGroup = true}, {ana, "15550000009@s.whatsapp.net"}).isGroup);
 }
 
 TEST(CallsInChats, OneMessageStandsForOneCall) {

@@ -10,6 +10,7 @@
 #include "Tests/Export/ArchiveReading.h"
 #include "Tests/Export/ExportScene.h"
 #include "Tests/Support/EveryKind.h"
+#include "Tests/Support/SampleConversations.h"
 
 // A message of every kind, from the rows of a backup to what people read.
 namespace {
@@ -105,6 +106,18 @@ TEST_P(EveryKindExport, ShowsNothingThatOnlyMachinesRead) {
   for (const char* file : {"_transcript.txt", "_transcript.html"}) {
     for (const std::string& line : lines(transcripts(file))) expectReadable(line);
   }
+}
+
+TEST(SampleExport, LeavesNoMessageWithoutWords) {
+  const ExportTest::Scene scene(Fixture::sampleBackup({.messageCount = 1'000, .mediaCount = 100}));
+  scene.run(ExportTest::everything);
+  std::size_t transcripts = 0;
+  for (const auto& [path, content] : ExportTest::filesBelow(scene.content)) {
+    if (!path.ends_with("_transcript.txt")) continue;
+    ++transcripts;
+    EXPECT_THAT(content, Not(HasSubstr("[media]"))) << path;
+  }
+  EXPECT_GT(transcripts, 30U);
 }
 
 TEST_P(EveryKindExport, IsAnArchiveThatIsWholeAndHoldsWhatAScanCounts) {

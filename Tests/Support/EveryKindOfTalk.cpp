@@ -105,6 +105,8 @@ void addReplies(Rows& rows) {
   reply("About the garden:", {"3EB0BBBBBBBBBBBBBBBB", ben, garden, copyOfText("Who brings the spade?")});
   reply("Nice one", {"3EB0CCCCCCCCCCCCCCCC", ana, "", copyOfPhoto()});
   reply("I hear you", {"3EB0DDDDDDDDDDDDDDDD", ana, "", copyOfVoiceMessage()});
+  rows.say(me, {.text = "Without a copy"},
+           MediaItem{.metadata = Protobuf().text(5, stanzaIDOf(original)).text(6, ana).bytes()});
   rows.say(ana, {.text = "Like in the old days"},
            MediaItem{.metadata = olderReplyMetadata({stanzaIDOf(original), ana, "", copyOfText("Tea or coffee?")})});
 }

@@ -128,9 +128,16 @@ Text textFor(const Forms& forms, const Notice& notice, bool isPartner) {
   return notice.actor->isOwner ? forms.byOwner : forms.byActor;
 }
 
+// Without an actor of whom no name is known.
+Notice withNames(Notice notice, const Wording& wording) {
+  if (notice.actor && wording.name(*notice.actor) == wording.style.unknownSenderLabel) notice.actor.reset();
+  return notice;
+}
+
 }  // namespace
 
-std::string NoticeWords::sentence(const Notice& notice, const Wording& wording, std::string_view partner) {
+std::string NoticeWords::sentence(const Notice& stored, const Wording& wording, std::string_view partner) {
+  const Notice notice = withNames(stored, wording);
   const auto* toSomebody = std::ranges::find(targetForms, notice.kind, &TargetForms::kind);
   if (toSomebody != targetForms.end() && !notice.targets.empty()) return toTargets(*toSomebody, notice, wording);
   const bool isPartner = !partner.empty() && isOfPartner(notice.kind);
