@@ -72,6 +72,18 @@ TEST(ChatStorageSnapshot, PeopleHaveTheNameOfTheirChatBeforeANumber) {
   EXPECT_EQ(snapshot.nameOfDigits("5511900002222", style), std::nullopt);
 }
 
+TEST(ChatStorageSnapshot, OnlyAChatOfTwoHasAPartner) {
+  const ChatStorageSnapshot snapshot = readChats({.chats = {{.jid = phone, .name = "Ana"},
+                                                            {.jid = "1-2@g.us", .name = "Us"},
+                                                            {.jid = "5511900001111@status"},
+                                                            {.jid = "99@lid"},
+                                                            {.jid = "12@newsletter", .name = "News"}}});
+  EXPECT_EQ(snapshot.partnerName(phone), "Ana");
+  for (const char* jid : {"1-2@g.us", "5511900001111@status", "99@lid", "12@newsletter", "Unknown", ""}) {
+    EXPECT_EQ(snapshot.partnerName(jid), "") << jid;
+  }
+}
+
 TEST(ChatStorageSnapshot, TheOwnerIsTheOwnerByNumberAndByLid) {
   const TranscriptStyle style = TranscriptStyle::english();
   const ChatStorageSnapshot snapshot =

@@ -131,6 +131,20 @@ struct Words {
   }
 };
 
+struct PartOf {
+  MessagePart operator()(const SharedLocation& place) const {
+    return place.isLive ? MessagePart::liveLocation : MessagePart::location;
+  }
+  MessagePart operator()(const SharedContacts& shared) const {
+    return shared.contacts.size() == 1 ? MessagePart::contact : MessagePart::contacts;
+  }
+  MessagePart operator()(const Poll&) const { return MessagePart::poll; }
+  MessagePart operator()(const Product&) const { return MessagePart::product; }
+  MessagePart operator()(const GroupInvite&) const { return MessagePart::invite; }
+  MessagePart operator()(const MissingMedia& media) const { return media.part; }
+  MessagePart operator()(const auto&) const { return MessagePart::text; }
+};
+
 }  // namespace
 
 std::string ContentWords::of(const MessageContent& content, const Setting& setting) {
@@ -156,6 +170,8 @@ MessagePart ContentWords::partOf(MediaKind kind) {
   }
   return MessagePart::document;
 }
+
+MessagePart ContentWords::partOf(const MessageContent& content) { return std::visit(PartOf(), content); }
 
 std::string ContentWords::label(MessagePart part, const Wording& wording) {
   return wording.say("parts", rawValue(part));

@@ -26,6 +26,8 @@ std::string notExported(MediaKind kind, const Wording& wording);
 
 // What a file of that kind is.
 MessagePart partOf(MediaKind kind);
+// What a message of that content is to those who answer it; a text when it has no other name.
+MessagePart partOf(const MessageContent& content);
 
 // What a part is called: "Voice message".
 std::string label(MessagePart part, const Wording& wording);

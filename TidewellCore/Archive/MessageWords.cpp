@@ -29,7 +29,7 @@ ArchiveQuote quoteOf(const Quote& quote, const MessageWords::Context& context) {
   }
   const std::string words = Wording::line(copy.value_or(""));
   told.words = Mentions::named(words, Mentions::in(words, context.mentioned));
-  if (told.words.empty()) told.words = ContentWords::label(quote.part, context.wording);
+  if (told.words.empty()) told.words = ContentWords::label(told.part, context.wording);
   return told;
 }
 

@@ -58,7 +58,7 @@ class Adding {
   bool isGroup(const PastCall& call) const {
     std::set<std::string> people;
     for (const std::string& jid : call.participantJIDs) people.insert(personOf(jid));
-    return call.groupJID || (call.call.isGroup && people.size() != 1);
+    return call.groupJID || (call.call.isGroup && (call.participantJIDs.size() < 2 || people.size() > 1));
   }
 
   // No phone has keys that leave no room below them.

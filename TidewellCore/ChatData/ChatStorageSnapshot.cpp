@@ -240,6 +240,12 @@ std::string ChatStorageSnapshot::chatTitle(std::string_view jid) const {
   return titleOf({.jid = std::string(jid)});
 }
 
+std::string ChatStorageSnapshot::partnerName(std::string_view jid) const {
+  if (!JID::hasServer(jid, UserJIDSuffix) && !JID::isLID(jid)) return {};
+  std::string title = chatTitle(jid);
+  return JID::isLID(title) ? std::string() : title;
+}
+
 // The name of a chat's person, also of one that holds their status posts.
 std::string ChatStorageSnapshot::personTitle(const ChatRecord& record) const {
   if (!JID::isStatus(record.jid)) return titleOf(record);

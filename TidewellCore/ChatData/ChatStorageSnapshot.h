@@ -57,6 +57,8 @@ class ChatStorageSnapshot {
   std::vector<std::string> aliasJIDs(std::string_view jid) const;
   // What a chat is called everywhere.
   std::string chatTitle(std::string_view jid) const;
+  // Whom a chat of two is with; empty when that is nobody known, and of any other chat.
+  std::string partnerName(std::string_view jid) const;
 
   // What a message is beside its text and its file; null when that is all.
   const MessageDetails* details(const MessageRecord& message) const;

@@ -102,7 +102,7 @@ MessageWords::Context ChatLines::contextOf(const std::string& jid, const Transcr
   const auto nameOf = [this, style](const Person& person) { return snapshot_.name(person, style); };
   return {.wording = {.style = style, .nameOf = nameOf},
           .mentioned = [this, style](std::string_view digits) { return snapshot_.nameOfDigits(digits, style); },
-          .partner = JID::isGroup(jid) ? std::string() : snapshot_.chatTitle(jid)};
+          .partner = snapshot_.partnerName(jid)};
 }
 
 std::optional<MessageWords::Answered> ChatLines::answered(const MessageRecord& record, const MessageDetails& details,
@@ -112,7 +112,8 @@ std::optional<MessageWords::Answered> ChatLines::answered(const MessageRecord& r
   MessageWords::Answered answered{
       .id = idOf(*original), .isOwner = original->isFromMe, .sender = snapshot_.senderName(*original, style)};
   if (original->text) answered.text = BlobText::shortWords(original->text);
-  if (original->mediaLocalPath) {
+  if (const MessageDetails* known = snapshot_.details(*original)) answered.part = ContentWords::partOf(known->content);
+  if (original->mediaLocalPath && answered.part == MessagePart::text) {
     answered.part = ContentWords::partOf(MediaKind::classify(PathText::extension(*original->mediaLocalPath)));
   }
   return answered;
