@@ -81,7 +81,7 @@ void setWords(const MessageContent& content, const MessageWords::Context& contex
               ArchiveMessage& message) {
   const std::string words = ContentWords::of(
       content,
-      {.wording = context.wording, .isFromMe = message.fromMe, .sender = message.sender, .partner = context.partner});
+      {.wording = context.wording, .isFromMe = message.fromMe, .partner = context.partner});
   if (words.empty()) return;
   const std::string caption = captionOf(content, message);
   if (!caption.empty()) details.info.emplace("caption", caption);
