@@ -23,8 +23,9 @@ const Person ben{.jid = "ben@s.whatsapp.net"};
 const Person carla{.jid = "carla@s.whatsapp.net"};
 
 MessageWords::Context context(const TranscriptStyle& style = english) {
-  const auto nameOf = [](const Person& person) {
+  const auto nameOf = [](const Person& person) -> std::optional<std::string> {
     std::string name = person.jid.substr(0, person.jid.find('@'));
+    if (name.empty()) return std::nullopt;
     name.front() = static_cast<char>(name.front() - 'a' + 'A');
     return name;
   };
@@ -142,7 +143,10 @@ TEST(MessageWords, ADeletedMessageSaysByWhom) {
   EXPECT_EQ(words(DeletedMessage{you}), "You deleted this message");
   EXPECT_EQ(words(DeletedMessage{ben}), "Admin Ben deleted this message");
   EXPECT_EQ(words(DeletedMessage{ben}, portuguese, mine), "Admin Ben apagou esta mensagem");
-  EXPECT_EQ(words(DeletedMessage{ana}), "This message was deleted");  // another JID of the sender
+  EXPECT_EQ(words(DeletedMessage{ana}), "Admin Ana deleted this message") << "who is called like the sender";
+  EXPECT_EQ(words(DeletedMessage{Person{.jid = "@lid"}}), "An admin deleted this message");
+  EXPECT_EQ(words(DeletedMessage{Person{.jid = "@lid"}}, portuguese), "A mensagem foi apagada por admin do grupo");
+  EXPECT_EQ(info(DeletedMessage{Person{.jid = "@lid"}}), "{}");
   EXPECT_EQ(info(DeletedMessage{ben}), R"({"by":"Ben"})");
   EXPECT_EQ(info(DeletedMessage{}), "{}");
 }

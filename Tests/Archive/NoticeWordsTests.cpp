@@ -115,6 +115,29 @@ TEST(NoticeWords, NamesStayOnOneLine) {
   EXPECT_EQ(sentence({.kind = contactBlocked}, english, "A\nB"), "You blocked A B");
 }
 
+// Large groups have members of whom the phone knows no more than a LID.
+TEST(NoticeWords, NobodyIsNamedUnknown) {
+  const Person nobody{.jid = ""};
+  EXPECT_EQ(sentence({.kind = memberLeft, .actor = nobody}), "Someone left");
+  EXPECT_EQ(sentence({.kind = groupRenamed, .actor = nobody, .parameter = "Garden"}),
+            "The group name was changed to “Garden”");
+  EXPECT_EQ(sentence({.kind = securityCodeChanged, .actor = nobody}, english, "Ana"),
+            "Your security code with Ana changed");
+  EXPECT_EQ(sentence({.kind = memberRemoved, .actor = nobody, .targets = {ben}}), "Ben was removed");
+  EXPECT_EQ(sentence({.kind = memberRemoved, .actor = nobody, .targets = {you}}), "You were removed");
+  EXPECT_EQ(sentence({.kind = memberRemoved, .actor = nobody, .targets = {nobody}}), "Someone was removed");
+  EXPECT_EQ(sentence({.kind = memberAdded, .actor = ana, .targets = {nobody}}), "Ana added someone");
+  EXPECT_EQ(sentence({.kind = memberAdded, .actor = ana, .targets = {nobody, nobody}}), "Ana added 2 people");
+  EXPECT_EQ(sentence({.kind = memberAdded, .actor = ana, .targets = {nobody, ben}}),
+            "Ana added Ben and one more person");
+  EXPECT_EQ(sentence({.kind = memberAdded, .targets = {nobody, you, ben, nobody}}),
+            "You, Ben and 2 more people were added");
+  EXPECT_EQ(inPortuguese({.kind = adminGained, .targets = {nobody}}), "Alguém agora é admin do grupo");
+  EXPECT_EQ(inPortuguese({.kind = memberRemoved, .actor = nobody, .targets = {nobody, nobody}}), "Removeram 2 pessoas");
+  EXPECT_EQ(inPortuguese({.kind = memberAdded, .actor = ana, .targets = {ben, nobody}}),
+            "Ana adicionou Ben e mais uma pessoa");
+}
+
 TEST(NoticeWords, CodesThatNobodyKnowsAreTold) {
   EXPECT_EQ(sentence({.kind = unknownGroupEvent, .code = 77}), "Group notice (code 77)");
   EXPECT_EQ(sentence({.kind = unknownNotice, .code = 58, .actor = ana}), "Notice (code 58)");

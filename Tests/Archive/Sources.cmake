@@ -11,6 +11,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/NoticeWordsTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ProfilePicturesTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ReadableTextTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/TextMarksTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TranscriptWriterTests.cpp)
 
 # Where the golden transcripts are, to be compared and, on request, written anew.

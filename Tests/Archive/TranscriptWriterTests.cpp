@@ -94,6 +94,17 @@ std::vector<Line> conversation(const TranscriptStyle& style) {
       {.date = at("2024-05-02T17:00:14Z"), .sender = "ليلى", .text = "مرحبا \x01 bell"}};
 }
 
+TEST(TranscriptWriter, ThePageShowsMarksAndTheTextTranscriptHasThemAsTyped) {
+  const std::vector<Line> marked{{.sender = "Ana", .text = "*a* <b>"}};
+  EXPECT_THAT(html(marked), HasSubstr("<p><strong>a</strong> &lt;b&gt;</p>"));
+  EXPECT_EQ(count(html(marked), "<style>"), 1U) << "which need no style sheet";
+  EXPECT_THAT(text(marked), HasSubstr("Ana: *a* <b>"));
+  const std::vector<Line> quoting{{.sender = "Ana", .text = "> a"}};
+  EXPECT_THAT(html(quoting), HasSubstr("<p><span class=\"quoted\" dir=\"auto\">a</span></p>"));
+  EXPECT_EQ(count(html(quoting), "<style>"), 2U);
+  EXPECT_THAT(text(quoting), HasSubstr("Ana: > a"));
+}
+
 TEST(TranscriptWriter, RendersTheGoldenPages) {
   const TranscriptStyle english = TranscriptStyle::english();
   const TranscriptStyle portuguese = TranscriptStyle::portuguese();

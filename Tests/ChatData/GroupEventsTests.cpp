@@ -73,6 +73,9 @@ TEST(GroupEvents, ANameIsGiven) {
   EXPECT_EQ(event(1).parameter, std::nullopt);
   EXPECT_EQ(event(1, anaJID).parameter, std::nullopt) << "a JID is no name";
   EXPECT_EQ(event(1, R"({"a":1)").parameter, std::nullopt) << "nor is JSON";
+  EXPECT_EQ(event(1, R"([{"a":1}])").parameter, std::nullopt);
+  EXPECT_EQ(event(1, "COah/ZEGIAA=").parameter, std::nullopt) << "nor what only machines read";
+  EXPECT_EQ(event(12, "COah/ZEGIAA=").parameter, std::nullopt);
   EXPECT_EQ(event(1, "{braces}").parameter, "{braces}");
   EXPECT_EQ(event(1, std::string(1 << 17, 'a')).parameter, std::nullopt);
 }

@@ -145,6 +145,19 @@ TEST(MessageDecoder, APlaceIsOnEarth) {
   }
 }
 
+// Nobody writes a text beside these, and phones may keep what only machines read in its place.
+TEST(MessageDecoder, WhatOnlyMachinesReadIsNoTextBesideAKind) {
+  const Protobuf lamp = Protobuf().message(1, Protobuf().text(3, "A lamp"));
+  const Bytes product = Protobuf().message(26, Protobuf().message(1, lamp)).bytes();
+  for (const std::int64_t type : {3, 4, 5, 15, 26, 46, 91}) {
+    for (const char* text : {anaJID, R"({"poll":1})", R"([{"a":1}])", "COah/ZEGIAA=", "\n{\"a\":1}", " "}) {
+      EXPECT_EQ(decode({.type = type, .text = text, .metadata = product}).text, std::nullopt) << type << text;
+      EXPECT_EQ(decode({.type = type, .text = text, .hasFile = true, .metadata = product}).text, std::nullopt) << type;
+    }
+    EXPECT_EQ(decode({.type = type, .text = "words", .metadata = product}).text, "words") << type;
+  }
+}
+
 TEST(MessageDecoder, GroupEventsAndNoticesHaveNoText) {
   EXPECT_EQ(decode({.type = 6, .eventType = 1, .text = "Garden", .memberJID = anaJID}),
             of(Notice{.kind = NoticeKind::groupRenamed, .code = 1, .actor = ana, .parameter = "Garden"}));

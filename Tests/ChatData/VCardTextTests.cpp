@@ -59,6 +59,9 @@ TEST(VCardText, TheFullNameStandsBeforeItsPartsAndTheCompany) {
 
 TEST(VCardText, FoldedLinesAreOne) {
   EXPECT_EQ(nameOf("FN:Carla\r\n  Maria\r\n\t Silva"), "Carla Maria Silva");
+  EXPECT_EQ(nameOf("FN;CHARSET=UTF-8;\r\n X=1\r\n ;Y=2:Car\r\n la"), "Carla") << "also within the head";
+  EXPECT_THAT(only(card("FN:A\r\nTEL;type=CELL;\r\n waid=15550000009:+1 555 000 0009")).phones,
+              ElementsAre("+1 555 000 0009"));
   EXPECT_EQ(only("PHOTO;ENCODING=b:AAAA\r\n FN:no name\r\nFN:Ana").name, "Ana");
 }
 
@@ -124,6 +127,9 @@ TEST(VCardText, HugeCardsAreCut) {
   const std::string photo = "FN:Ana\r\nPHOTO:" + std::string(10'000'000, 'A') + "\r\nTEL:1";
   EXPECT_EQ(only(photo), (SharedContact{.name = "Ana", .phones = {"1"}}));
   EXPECT_EQ(nameOf("FN:" + std::string(10'000'000, 'A')), std::string(1'000, 'A'));
+  std::string folds = "FN:Ana\nX";
+  for (int i = 0; i < 1'000'000; ++i) folds += "\n a";
+  EXPECT_EQ(only(folds + "\nTEL:1"), (SharedContact{.name = "Ana", .phones = {"1"}})) << "a head without an end";
   std::string numbers = "FN:Ana\n";
   for (int i = 0; i < 5'000; ++i) numbers += "TEL:" + std::to_string(i) + "\n";
   EXPECT_EQ(only(numbers).phones.size(), 100U);

@@ -53,6 +53,30 @@ TEST(ChatLines, AMessageKeepsWhatItSays) {
             (std::vector<ArchiveMessage>{{.id = "7", .sender = "Ana", .timestamp = 10.5, .text = "text 7"}}));
 }
 
+std::string wordsOf(const ChatStorageSnapshot& snapshot, const std::string& jid) {
+  return messages(snapshot, jid).front().text.value_or("");
+}
+
+TEST(ChatLines, ALidThatNobodyKnowsIsNobody) {
+  auto tables = tablesOf({{group, "Garden"}});
+  add(tables, 7, 1, 10).text.reset();
+  const Notice removed{
+      .kind = NoticeKind::memberRemoved, .actor = Person{.jid = "777000777@lid"}, .targets = {Person{.jid = ana}}};
+  tables.details = {{7, {.content = removed}}};
+  EXPECT_EQ(wordsOf(ChatStorageSnapshot(std::move(tables)), group), "+55 11 90000-1111 was removed");
+}
+
+// A channel's own JID has digits that are no number.
+TEST(ChatLines, OnlyPeopleHaveNumbers) {
+  for (const std::string server : {"@newsletter", "@broadcast", "@g.us", "@status"}) {
+    auto tables = tablesOf({{group, "Garden"}});
+    add(tables, 7, 1, 10);
+    tables.details = {{7, {.quote = Quote{.sender = Person{.jid = "120363025246125486" + server}}}}};
+    const ChatStorageSnapshot snapshot(std::move(tables));
+    EXPECT_EQ(messages(snapshot, group).front().details->quote->name, "Unknown") << server;
+  }
+}
+
 TEST(ChatLines, APersonsTwoRecordsAreOneRowInTheOrderOfTheirDates) {
   auto tables = tablesOf({{anaLID, "Ana"}, {ana, "Ana"}}, {{anaLID, ana}});
   add(tables, 1, 1, 10);

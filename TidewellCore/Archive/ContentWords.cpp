@@ -109,9 +109,10 @@ struct Words {
   std::string operator()(const DeletedMessage& message) const {
     const auto& remover = message.remover;
     if (remover ? remover->isOwner : setting.isFromMe) return wording().say("messages", "deletedByYou");
-    const bool isSender = !remover || wording().name(*remover) == Wording::line(setting.sender);
-    if (isSender) return wording().say("messages", "deleted");
-    return wording().say("messages", "deletedByAdmin", {{"name", wording().name(*remover)}});
+    if (!remover) return wording().say("messages", "deleted");
+    const auto admin = wording().knownName(*remover);
+    if (!admin) return wording().say("messages", "deletedBySomeAdmin");
+    return wording().say("messages", "deletedByAdmin", {{"name", *admin}});
   }
 
   std::string operator()(const WaitingMessage&) const { return wording().say("messages", "waiting"); }

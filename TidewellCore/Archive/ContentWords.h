@@ -13,7 +13,6 @@ namespace ContentWords {
 struct Setting {
   const Wording& wording;
   bool isFromMe = false;
-  std::string_view sender;   // as it is shown
   std::string_view partner;  // as NoticeWords has it
 };
 

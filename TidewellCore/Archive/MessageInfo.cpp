@@ -96,7 +96,9 @@ struct Facts {
   }
 
   Json::Object operator()(const DeletedMessage& message) const {
-    return message.remover ? Json::Object{{"by", wording.name(*message.remover)}} : Json::Object();
+    Json::Object json;
+    add("by", message.remover ? wording.knownName(*message.remover) : std::nullopt, json);
+    return json;
   }
 
   Json::Object operator()(const WaitingMessage&) const { return {}; }

@@ -85,9 +85,8 @@ std::string captionOf(const MessageContent& content, const ArchiveMessage& messa
 
 void setWords(const MessageContent& content, const MessageWords::Context& context, ArchiveDetails& details,
               ArchiveMessage& message) {
-  const std::string words = ContentWords::of(
-      content,
-      {.wording = context.wording, .isFromMe = message.fromMe, .sender = message.sender, .partner = context.partner});
+  const std::string words =
+      ContentWords::of(content, {.wording = context.wording, .isFromMe = message.fromMe, .partner = context.partner});
   if (words.empty()) return;
   const std::string caption = captionOf(content, message);
   if (!caption.empty()) details.info.emplace("caption", caption);

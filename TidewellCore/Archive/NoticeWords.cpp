@@ -106,26 +106,46 @@ const Forms& formsOf(const Notice& notice) {
   return found == plainForms.end() ? plainForms.front() : *found;
 }
 
-Text textFor(const TargetForms& forms, const Notice& notice) {
-  if (notice.actor && !forms.byActor.empty()) return forms.byActor;
+// Absent also for somebody whom nobody knows, who is as good as nobody.
+std::optional<std::string> actorOf(const Notice& notice, const Wording& wording) {
+  return notice.actor ? wording.knownName(*notice.actor) : std::nullopt;
+}
+
+Text textFor(const TargetForms& forms, const Notice& notice, bool hasActor) {
+  if (hasActor && !forms.byActor.empty()) return forms.byActor;
   if (notice.targets.size() > 1) return forms.toSeveral;
   return notice.targets.front().isOwner ? forms.toOwner : forms.toOne;
 }
 
-std::string toTargets(const TargetForms& forms, const Notice& notice, const Wording& wording) {
-  const Text text = textFor(forms, notice);
-  const bool isFirst = wording.say("notices", text).starts_with("{targets}");
-  std::vector<std::string> names;
-  for (const Person& target : notice.targets) {
-    names.push_back(isFirst && names.empty() ? wording.name(target) : wording.nameInside(target));
-  }
-  const std::string actor = notice.actor ? wording.name(*notice.actor) : "";
-  return wording.say("notices", text, {{"actor", actor}, {"targets", wording.list(names)}});
+// Of people whom nobody knows only the number is told: "someone", "2 people", "2 more people".
+std::string crowd(std::size_t count, bool isFirst, bool isAlone, const Wording& wording) {
+  if (count == 1) return wording.say("notices", !isAlone ? "personMore" : isFirst ? "personFirst" : "person");
+  return wording.say("notices", isAlone ? "people" : "peopleMore", {{"n", std::to_string(count)}});
 }
 
-Text textFor(const Forms& forms, const Notice& notice, bool isPartner) {
-  if (!notice.actor) return isPartner ? forms.byActor : forms.byNobody;
-  return notice.actor->isOwner ? forms.byOwner : forms.byActor;
+// `isFirst`: the sentence begins with them.
+std::string targetsOf(const Notice& notice, bool isFirst, const Wording& wording) {
+  std::vector<std::string> names;
+  for (const Person& target : notice.targets) {
+    if (!wording.knownName(target)) continue;
+    names.push_back(isFirst && names.empty() ? wording.name(target) : wording.nameInside(target));
+  }
+  const std::size_t others = notice.targets.size() - names.size();
+  if (others > 0) names.push_back(crowd(others, isFirst, names.empty(), wording));
+  return wording.list(names);
+}
+
+std::string toTargets(const TargetForms& forms, const Notice& notice, const Wording& wording) {
+  const auto actor = actorOf(notice, wording);
+  const Text text = textFor(forms, notice, actor.has_value());
+  const bool isFirst = wording.say("notices", text).starts_with("{targets}");
+  const std::string targets = targetsOf(notice, isFirst, wording);
+  return wording.say("notices", text, {{"actor", actor.value_or("")}, {"targets", targets}});
+}
+
+Text textFor(const Forms& forms, const Notice& notice, bool isNamed) {
+  if (!isNamed) return forms.byNobody;
+  return notice.actor && notice.actor->isOwner ? forms.byOwner : forms.byActor;
 }
 
 // Without an actor of whom no name is known.
@@ -140,10 +160,10 @@ std::string NoticeWords::sentence(const Notice& stored, const Wording& wording, 
   const Notice notice = withNames(stored, wording);
   const auto* toSomebody = std::ranges::find(targetForms, notice.kind, &TargetForms::kind);
   if (toSomebody != targetForms.end() && !notice.targets.empty()) return toTargets(*toSomebody, notice, wording);
-  const bool isPartner = !partner.empty() && isOfPartner(notice.kind);
-  const std::string actor = notice.actor ? wording.name(*notice.actor) : Wording::line(partner);
-  return wording.say("notices", textFor(formsOf(notice), notice, isPartner),
-                     {{"actor", actor},
+  auto actor = actorOf(notice, wording);
+  if (!actor && !partner.empty() && isOfPartner(notice.kind)) actor = Wording::line(partner);
+  return wording.say("notices", textFor(formsOf(notice), notice, actor.has_value()),
+                     {{"actor", actor.value_or("")},
                       {"words", Wording::line(notice.parameter.value_or(""))},
                       {"time", wording.timer(notice.seconds.value_or(0))},
                       {"code", std::to_string(notice.code)}});

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "TidewellCore/Archive/ReadableText.h"
+#include "TidewellCore/Archive/TextMarks.h"
 #include "TidewellCore/Archive/TranscriptDetails.h"
 
 namespace {
@@ -47,15 +48,18 @@ a { color: inherit; }
 }
 )";
 
-// For pages with more than texts and files.
+// For pages with more than plain texts and files.
 constexpr std::string_view detailsStyleSheet = R"(.bubble, .notice { overflow-wrap: anywhere; }
 .notice { margin: 1rem auto; max-width: 34rem; color: #6e6e73; font-size: 0.8rem; text-align: center; }
 .quote { border-inline-start: 3px solid #8e8e93; padding-inline-start: 0.5rem; color: #515154; font-size: 0.85rem; }
 .option { border-top: 1px solid #c7c7cc; padding-top: 0.15rem; }
 .link, .reactions { font-size: 0.85rem; }
+.quoted, .entry { display: block; }
+.quoted { border-inline-start: 3px solid #8e8e93; padding-inline-start: 0.5rem; color: #515154; }
+.entry { padding-inline-start: 1.3em; text-indent: -1.3em; }
 @media (prefers-color-scheme: dark) {
   .notice { color: #98989d; }
-  .quote { color: #c7c7cc; }
+  .quote, .quoted { color: #c7c7cc; }
   .option { border-color: #48484a; }
 }
 )";
@@ -132,7 +136,7 @@ std::string detailsHTML(const ArchiveMessage& message, const Wording& wording) {
 std::string bubble(const ArchiveMessage& message, const ArchiveChat& chat, const Wording& wording) {
   std::string content;
   const std::string words = TranscriptDetails::words(message, wording);
-  if (!words.empty()) content += "<p>" + withLineBreaks(escaped(words)) + "</p>";
+  if (!words.empty()) content += "<p>" + TextMarks::html(cleaned(words)) + "</p>";
   if (const auto path = TranscriptDetails::mediaPath(message, chat)) content += mediaHTML(*path, message.media->kind);
   if (content.empty()) content = "<p>" + std::string(TranscriptDetails::withoutContent) + "</p>";
   const auto reply = TranscriptDetails::reply(message, wording);
@@ -165,19 +169,24 @@ std::string article(const ArchiveMessage& message, const ArchiveChat& chat, cons
          "</article>\n";
 }
 
-bool needsMoreStyle(const ArchiveMessage& message) {
+bool hasMoreThanText(const ArchiveMessage& message) {
   if (!message.details) return false;
   const ArchiveDetails& details = *message.details;
   return details.quote || !details.reactions.empty() || !details.info.empty();
 }
 
-void appendHead(std::string& page, const ArchiveChat& chat, const TranscriptStyle& style) {
+bool needsMoreStyle(const ArchiveChat& chat, const std::string& articles) {
+  return std::ranges::any_of(chat.messages, [](const ArchiveMessage& message) { return hasMoreThanText(message); }) ||
+         articles.find(TextMarks::blockStart) != std::string::npos;
+}
+
+void appendHead(std::string& page, const ArchiveChat& chat, const TranscriptStyle& style, bool hasMoreStyle) {
   page += "<!DOCTYPE html>\n<html lang=\"" + escaped(style.languageCode) + "\">\n<head>\n<meta charset=\"utf-8\">\n";
   page += "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n";
   page += "<title>" + escaped(chat.name) + "</title>\n<style>\n";
   page += styleSheet;
   page += "</style>\n";
-  if (std::ranges::any_of(chat.messages, needsMoreStyle)) {
+  if (hasMoreStyle) {
     page += "<style>\n";
     page += detailsStyleSheet;
     page += "</style>\n";
@@ -192,16 +201,17 @@ std::string TranscriptPage::render(const ArchiveChat& chat, const TranscriptStyl
   const DateFormatter days = DateFormatter::fullDate(timeZone, locale);
   const DateFormatter times = DateFormatter::mediumTime(timeZone, locale);
   const Wording wording{.style = style};
-  std::string page;
-  appendHead(page, chat, style);
-  page += "<h1>" + escaped(chat.name) + "</h1>\n";
+  std::string articles;
   std::string previousDay;
   for (const ArchiveMessage& message : chat.messages) {
     const std::optional<Date> date = TranscriptDetails::dateOf(message);
     const std::string day = date ? days.string(*date) : previousDay;
-    if (day != previousDay) page += "<div class=\"day\">" + escaped(day) + "</div>\n";
+    if (day != previousDay) articles += "<div class=\"day\">" + escaped(day) + "</div>\n";
     previousDay = day;
-    page += article(message, chat, date ? times.string(*date) : "", wording);
+    articles += article(message, chat, date ? times.string(*date) : "", wording);
   }
-  return page + "</body>\n</html>";
+  std::string page;
+  appendHead(page, chat, style, needsMoreStyle(chat, articles));
+  page += "<h1>" + escaped(chat.name) + "</h1>\n";
+  return page + articles + "</body>\n</html>";
 }

@@ -10,7 +10,7 @@
 namespace TranscriptPage {
 
 // As TranscriptWriter has it. A second style sheet comes only where a message is
-// more than a text or a file.
+// more than a text or a file, or its lines quote or list.
 std::string render(const ArchiveChat& chat, const TranscriptStyle& style, const TimeZone& timeZone,
                    const Locale& locale);
 

@@ -26,11 +26,13 @@ std::string Wording::say(std::string_view section, std::string_view name, Export
   return ExportTexts::filled(ExportTexts::text(ExportTexts::section(language, section), name), values);
 }
 
-std::string Wording::name(const Person& person) const {
+std::optional<std::string> Wording::knownName(const Person& person) const {
   if (person.isOwner) return style.youLabel;
-  const std::string name = nameOf ? line(nameOf(person)) : std::string();
-  return name.empty() ? style.unknownSenderLabel : name;
+  std::string name = nameOf ? line(nameOf(person).value_or("")) : std::string();
+  return name.empty() ? std::nullopt : std::optional(std::move(name));
 }
+
+std::string Wording::name(const Person& person) const { return knownName(person).value_or(style.unknownSenderLabel); }
 
 std::string Wording::nameInside(const Person& person) const {
   return person.isOwner ? say("messages", "youInside") : name(person);

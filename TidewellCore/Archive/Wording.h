@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,13 +14,15 @@
 // How an export speaks: the texts of its language, filled with names and numbers.
 struct Wording {
   TranscriptStyle style;
-  // The name of a person as it is shown; never asked for the owner.
-  std::function<std::string(const Person&)> nameOf = {};
+  // The name of a person as it is shown, absent for somebody whom nobody knows; never asked for the owner.
+  std::function<std::optional<std::string>(const Person&)> nameOf = {};
 
   // A text of the tables with its places filled.
   std::string say(std::string_view section, std::string_view name, ExportTexts::Values values = {}) const;
 
-  // On one line: "You", "Ana".
+  // On one line: "You", "Ana"; absent for somebody whom nobody knows.
+  std::optional<std::string> knownName(const Person& person) const;
+  // The same, "Unknown" for that one.
   std::string name(const Person& person) const;
   // The same within a sentence: "you", "Ana".
   std::string nameInside(const Person& person) const;

@@ -2,6 +2,8 @@
 
 #include <charconv>
 
+#include "TidewellCore/ChatData/NameResolver.h"
+#include "TidewellCore/ChatData/StoredJID.h"
 #include "TidewellCore/Platform/Text.h"
 
 std::optional<std::string> BlobText::words(std::optional<std::string_view> text) {
@@ -14,6 +16,12 @@ std::optional<std::string> BlobText::shortWords(std::optional<std::string_view> 
   auto whole = words(text);
   if (whole && whole->size() > longestShortWords) return Text::cutToBytes(*whole, longestShortWords);
   return whole;
+}
+
+bool BlobText::isReadable(std::optional<std::string_view> text) {
+  const std::string_view trimmed = Text::trimmedPart(text.value_or(""));
+  if (trimmed.empty() || StoredJID::checked(trimmed)) return false;
+  return !trimmed.starts_with("{\"") && !trimmed.starts_with("[{") && !NameResolver::looksLikeOpaqueBlob(trimmed);
 }
 
 std::optional<std::int64_t> BlobText::seconds(std::optional<std::int64_t> number) {

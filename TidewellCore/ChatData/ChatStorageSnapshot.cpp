@@ -287,10 +287,9 @@ CanonicalJID ChatStorageSnapshot::ownerJID(std::string_view mediaPath,
   return known(std::move(jid));
 }
 
-std::string ChatStorageSnapshot::name(const Person& person, const TranscriptStyle& style) const {
-  if (person.isOwner) return style.youLabel;
-  if (auto known = knownName(person.jid)) return *std::move(known);
-  return NameResolver::formattedPhone(person.jid).value_or(style.unknownSenderLabel);
+std::optional<std::string> ChatStorageSnapshot::name(const Person& person) const {
+  if (auto known = knownName(person.jid)) return known;
+  return JID::hasServer(person.jid, UserJIDSuffix) ? NameResolver::formattedPhone(person.jid) : std::nullopt;
 }
 
 const GroupMemberRecord* ChatStorageSnapshot::member(const std::string& jid) const {

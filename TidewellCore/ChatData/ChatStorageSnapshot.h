@@ -75,8 +75,9 @@ class ChatStorageSnapshot {
 
   // Who wrote a message; never the digits of a LID.
   std::string senderName(const MessageRecord& message, const TranscriptStyle& style) const;
-  // The same of somebody whom a message tells of.
-  std::string name(const Person& person, const TranscriptStyle& style) const;
+  // The name or number of somebody whom a message tells of, who is not the owner; absent where there is neither. A
+  // channel and a list have digits too, and no number.
+  std::optional<std::string> name(const Person& person) const;
   // The name of the owner, contact or group member whose number or LID has these digits; absent for anybody else.
   std::optional<std::string> nameOfDigits(std::string_view digits, const TranscriptStyle& style) const;
 

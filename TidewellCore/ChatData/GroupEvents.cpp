@@ -42,11 +42,9 @@ class JsonParameter {
   std::optional<Json> json_;
 };
 
-// A name, and neither a JID nor JSON, be it damaged.
 std::optional<std::string> nameIn(const NoticeRow& row) {
   const std::string_view text = parameterOf(row);
-  if (StoredJID::checked(text) || text.starts_with("{\"")) return std::nullopt;
-  return BlobText::shortWords(text);
+  return BlobText::isReadable(text) ? BlobText::shortWords(text) : std::nullopt;
 }
 
 // What follows completes a notice that has its kind, its code and its actor.

@@ -6,7 +6,6 @@
 #include "TidewellCore/ChatData/BlobText.h"
 #include "TidewellCore/ChatData/GroupEvents.h"
 #include "TidewellCore/ChatData/MessageMetadata.h"
-#include "TidewellCore/ChatData/NameResolver.h"
 #include "TidewellCore/ChatData/ReceiptInfo.h"
 #include "TidewellCore/ChatData/RowLocation.h"
 #include "TidewellCore/ChatData/RowMedia.h"
@@ -30,6 +29,16 @@ struct Decoding {
 
 void setContent(MessageContent content, Decoding& decoding) { decoding.details.content = std::move(content); }
 
+// What nobody can write a text beside keeps one only where somebody may have written it.
+void keepReadable(Decoding& decoding) {
+  if (!BlobText::isReadable(decoding.message.text)) decoding.message.text.reset();
+}
+
+void setContentWithReadable(MessageContent content, Decoding& decoding) {
+  keepReadable(decoding);
+  setContent(std::move(content), decoding);
+}
+
 // What stands in the place of the text is a parameter, or nothing that people wrote.
 void setContentAlone(MessageContent content, Decoding& decoding) {
   decoding.message.text.reset();
@@ -47,20 +56,15 @@ NoticeRow noticeRow(const MessageRow& row) {
 
 bool isEmpty(std::optional<std::string_view> text) { return text.value_or("").empty(); }
 
-// Text that somebody may have written: no JID, no JSON, and nothing that only machines read.
-bool isReadable(std::optional<std::string_view> text) {
-  if (isEmpty(text) || StoredJID::checked(*text)) return false;
-  return !text->starts_with("{\"") && !text->starts_with("[{") && !NameResolver::looksLikeOpaqueBlob(*text);
-}
-
 // A row of which nobody knows what it is stays with its file or its text.
 void unknown(Decoding& decoding) {
   const MessageRow& row = decoding.row;
   const auto part = RowMedia::partOfMIMEType(row);
   if (row.hasFile || part) {
     decoding.message.text = RowMedia::caption(row);
+    keepReadable(decoding);
     if (!row.hasFile) setContent(RowMedia::missing(row, *part), decoding);
-  } else if (!isReadable(row.text)) {
+  } else if (!BlobText::isReadable(row.text)) {
     setContentAlone(UnsupportedMessage{.type = row.type}, decoding);
   }
 }
@@ -93,7 +97,11 @@ void media(Decoding& decoding) {
   const MessagePart part = RowMedia::partOf(row).value_or(MessagePart::document);
   const bool hasCaption =
       part != MessagePart::voiceMessage && part != MessagePart::audio && part != MessagePart::sticker;
-  if (hasCaption) decoding.message.text = RowMedia::caption(row);
+  if (hasCaption) {
+    decoding.message.text = RowMedia::caption(row);
+  } else {
+    keepReadable(decoding);
+  }
   if (!row.hasFile) setContent(RowMedia::missing(row, part), decoding);
   decoding.details.marks.isGIF = part == MessagePart::gif;
   decoding.details.marks.isRound = part == MessagePart::videoNote;
@@ -114,10 +122,10 @@ void document(Decoding& decoding) {
 }
 
 void contacts(Decoding& decoding) {
-  setContent(VCardText::contacts(decoding.row.vCardName, decoding.row.vCardString), decoding);
+  setContentWithReadable(VCardText::contacts(decoding.row.vCardName, decoding.row.vCardString), decoding);
 }
 
-void location(Decoding& decoding) { setContent(RowLocation::read(decoding.row), decoding); }
+void location(Decoding& decoding) { setContentWithReadable(RowLocation::read(decoding.row), decoding); }
 
 void groupEvent(Decoding& decoding) { setContentAlone(GroupEvents::read(noticeRow(decoding.row)), decoding); }
 
@@ -138,13 +146,14 @@ void deleted(Decoding& decoding) {
 void business(Decoding& decoding) {
   BusinessText& words = decoding.metadata.business;
   if (words.paragraphs.empty() && words.buttons.empty()) return unknown(decoding);
-  if (words.paragraphs.empty() && isReadable(decoding.row.text)) words.paragraphs.emplace_back(*decoding.row.text);
+  if (words.paragraphs.empty() && BlobText::isReadable(decoding.row.text))
+    words.paragraphs.emplace_back(*decoding.row.text);
   setContentAlone(std::move(words), decoding);
 }
 
 void product(Decoding& decoding) {
   if (!decoding.metadata.product) return unknown(decoding);
-  setContent(std::move(*decoding.metadata.product), decoding);
+  setContentWithReadable(std::move(*decoding.metadata.product), decoding);
 }
 
 // The text may hold the key to the group.
@@ -155,7 +164,7 @@ void defaultTimer(Decoding& decoding) {
   setContentAlone(Notice{.kind = NoticeKind::defaultTimerSet, .seconds = decoding.metadata.timerSeconds}, decoding);
 }
 
-void poll(Decoding& decoding) { setContent(decoding.poll.value_or(Poll()), decoding); }
+void poll(Decoding& decoding) { setContentWithReadable(decoding.poll.value_or(Poll()), decoding); }
 
 // A call that nobody took has no length.
 void call(Decoding& decoding) {

@@ -88,6 +88,16 @@ std::size_t colonIn(std::string_view line) {
   return length;
 }
 
+// A line, and those that continue it as long as its head goes on (RFC 2426, section 2.6).
+std::string takeLine(Lines& lines) {
+  constexpr std::size_t longestHead = 256;
+  std::string line(lines.take());
+  while (lines.isFolded() && line.size() < longestHead && colonIn(line) == line.size()) {
+    line += lines.take().substr(1);
+  }
+  return line;
+}
+
 // Takes the lines that belong to the value as well.
 std::string takeValue(std::string_view part, const Head& head, Lines& lines) {
   std::string value;
@@ -143,10 +153,11 @@ std::string decoded(const std::string& value, const Head& head) {
 std::vector<VCardProperty> VCardProperties::read(std::string_view card, std::size_t most) {
   std::vector<VCardProperty> properties;
   for (Lines lines(card); !lines.isAtEnd() && properties.size() < most;) {
-    const std::string_view line = lines.take();
-    const std::size_t colon = colonIn(line);
-    Head head = headOf(line.substr(0, colon));
-    const std::string value = takeValue(line.substr(std::min(colon + 1, line.size())), head, lines);
+    const std::string line = takeLine(lines);
+    const std::string_view whole = line;
+    const std::size_t colon = colonIn(whole);
+    Head head = headOf(whole.substr(0, colon));
+    const std::string value = takeValue(whole.substr(std::min(colon + 1, whole.size())), head, lines);
     if (!head.isWanted() || colon == line.size()) continue;
     properties.push_back({.name = head.name, .waID = std::move(head.waID), .value = decoded(value, head)});
   }

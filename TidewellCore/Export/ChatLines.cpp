@@ -99,7 +99,7 @@ std::vector<ArchiveMessage> ChatLines::messages(const std::string& jid, const Me
 }
 
 MessageWords::Context ChatLines::contextOf(const std::string& jid, const TranscriptStyle& style) const {
-  const auto nameOf = [this, style](const Person& person) { return snapshot_.name(person, style); };
+  const auto nameOf = [this](const Person& person) { return snapshot_.name(person); };
   return {.wording = {.style = style, .nameOf = nameOf},
           .mentioned = [this, style](std::string_view digits) { return snapshot_.nameOfDigits(digits, style); },
           .partner = snapshot_.partnerName(jid)};
