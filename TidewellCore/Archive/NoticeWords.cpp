@@ -148,16 +148,9 @@ Text textFor(const Forms& forms, const Notice& notice, bool isNamed) {
   return notice.actor && notice.actor->isOwner ? forms.byOwner : forms.byActor;
 }
 
-// Without an actor of whom no name is known.
-Notice withNames(Notice notice, const Wording& wording) {
-  if (notice.actor && wording.name(*notice.actor) == wording.style.unknownSenderLabel) notice.actor.reset();
-  return notice;
-}
-
 }  // namespace
 
-std::string NoticeWords::sentence(const Notice& stored, const Wording& wording, std::string_view partner) {
-  const Notice notice = withNames(stored, wording);
+std::string NoticeWords::sentence(const Notice& notice, const Wording& wording, std::string_view partner) {
   const auto* toSomebody = std::ranges::find(targetForms, notice.kind, &TargetForms::kind);
   if (toSomebody != targetForms.end() && !notice.targets.empty()) return toTargets(*toSomebody, notice, wording);
   auto actor = actorOf(notice, wording);
