@@ -6,6 +6,7 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "TidewellCore/ChatData/BlobText.h"
 #include "TidewellCore/ChatData/JID.h"
 #include "TidewellCore/ChatData/MessageDecoder.h"
 #include "TidewellCore/ChatData/NameResolver.h"
@@ -22,13 +23,19 @@ using Column = TableReader::Column;
 
 std::string textOf(const SQLiteRowView& row, Column column) { return std::string(row.text(column.place).value_or("")); }
 
-// What the phone knows of the addresses in a message's text.
+// What the phone knows of the addresses in a message's text, as long as it can be shown.
 struct LinkRow {
   std::string url;
   std::string title;
   std::string summary;
 };
 using LinkRows = std::unordered_map<std::int64_t, LinkRow>;  // by the message's key
+
+// A cut address leads nowhere, so that one which is longer than any is none.
+std::string addressIn(std::optional<std::string_view> text) {
+  constexpr std::size_t longestAddress = 4'096;
+  return std::string(text && text->size() <= longestAddress ? *text : std::string_view());
+}
 
 // What messages have besides is told of as damage where it cannot be read, and messages go on without.
 template <typename Read>
@@ -50,8 +57,12 @@ LinkRows readLinks(const SQLiteDB& database, ChatTables& tables) {
   LinkRows links;
   readBeside(tables, [&] {
     table.forEachRow([&](const SQLiteRowView& row) {
-      LinkRow link{.url = textOf(row, url), .title = textOf(row, title), .summary = textOf(row, summary)};
-      if (const auto key = row.integer(message.place)) links.try_emplace(*key, std::move(link));
+      const auto key = row.integer(message.place);
+      LinkRow link{.url = addressIn(row.text(url.place)),
+                   .title = BlobText::shortWords(row.text(title.place)).value_or(""),
+                   .summary = BlobText::shortWords(row.text(summary.place)).value_or("")};
+      const bool saysSomething = !link.url.empty() || !link.title.empty() || !link.summary.empty();
+      if (key && saysSomething) links.try_emplace(*key, std::move(link));
     });
   });
   return links;
