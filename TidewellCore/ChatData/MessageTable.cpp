@@ -171,7 +171,7 @@ class Reading {
                                 .date = dateOf(row),
                                 .sort = sortOf(row),
                                 .text = kept(decoded.text),
-                                .isFromMe = stored.isFromMe,
+                                .isFromMe = stored.isFromMe && !decoded.isIncoming,
                                 .fromJID = keptOnce(row.text(fromJID_.place)),
                                 .pushName = pushNameOf(row),
                                 .groupMemberPK = row.integer(groupMember_.place),
