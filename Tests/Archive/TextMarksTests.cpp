@@ -20,10 +20,21 @@ TEST(TextMarks, MarksStandWithinMarks) {
 }
 
 TEST(TextMarks, WhatIsNoMarkStaysAsItIsTyped) {
-  for (const char* text : {"2 * 3 * 4", "snake_case_name", "a*b*c", "**", "* *", "*a", "a*", "*a\nb*", "`", "``", "` `",
-                           "~ a~", "-a", ">a", "1.a", "1234. a", "- ", "> ", "->", "a - b", "10:30", "*a *", "_a_b"}) {
+  for (const char* text : {"2 * 3 * 4", "snake_case_name",
+                           "a*b*c",     "**",
+                           "* *",       "*a",
+                           "a*",        "*a\nb*",
+                           "`",         "``",
+                           "` `",       "~ a~",
+                           "-a",        ">a",
+                           "1.a",       "1234. a",
+                           "- ",        "> ",
+                           "->",        "a - b",
+                           "10:30",     "*a *",
+                           "_a_b"}) {
     std::string expected;
-    for (const char c : std::string(text)) c == '\n' ? expected += "<br>" : c == '>' ? expected += "&gt;" : expected += c;
+    for (const char c : std::string(text))
+      c == '\n' ? expected += "<br>" : c == '>' ? expected += "&gt;" : expected += c;
     EXPECT_EQ(html(text), expected) << text;
   }
   EXPECT_EQ(html(""), "");

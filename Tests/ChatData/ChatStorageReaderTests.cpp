@@ -1,5 +1,6 @@
 #include "TidewellCore/ChatData/ChatStorageReader.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -13,14 +14,9 @@ namespace Fixture {
 namespace {
 
 using testing::ElementsAre;
+using testing::Field;
 
 constexpr const char* ana = "5511900001111@s.whatsapp.net";
-
-std::vector<std::int64_t> keysOf(const std::vector<MessageRecord>& messages) {
-  std::vector<std::int64_t> keys;
-  for (const MessageRecord& message : messages) keys.push_back(message.pk);
-  return keys;
-}
 
 MessageRecord onlyMessage(const Message& message) {
   static ChatStorageSnapshot snapshot;  // in which the texts of the last one asked for stand
@@ -155,107 +151,6 @@ TEST(ChatStorageReader, ReadsTheRowsOfEveryJournal) {
   }
 }
 
-TEST(ChatStorageReader, OrdersMessagesByDate) {
-  const ChatStorageSnapshot snapshot = readChats({.messages = {{.chat = 1, .date = 30},
-                                                               {.chat = 1, .date = 10.5},
-                                                               {.chat = 1},
-                                                               {.chat = 1, .date = 10},
-                                                               {.chat = 1, .date = 30},
-                                                               {.chat = 1, .date = 10.25},
-                                                               {.chat = 1},
-                                                               {.chat = 1, .date = 30}}});
-  EXPECT_THAT(keysOf(messagesOf(snapshot, 1)), ElementsAre(3, 7, 4, 6, 2, 1, 5, 8));
-}
-
-TEST(ChatStorageReader, MessagesOfOneDateStandInThePhonesOrder) {
-  const ChatStorageSnapshot snapshot =
-      readChats({.messages = {{.pk = 4, .chat = 1, .date = 30, .sort = 3},
-                              {.pk = 9, .chat = 1, .date = 30, .sort = -7},  // as history that was synchronised twice
-                              {.pk = 2, .chat = 1, .date = 30, .sort = 5.5},
-                              {.pk = 8, .chat = 1, .date = 30, .sort = 5},
-                              {.pk = 7, .chat = 1, .sort = 2},
-                              {.pk = 3, .chat = 1, .date = 30, .sort = 3},
-                              {.pk = 1, .chat = 1, .date = 20, .sort = 9},
-                              {.pk = 6, .chat = 1, .sort = 1}}});
-  EXPECT_THAT(keysOf(messagesOf(snapshot, 1)), ElementsAre(6, 7, 1, 9, 3, 4, 8, 2));
-}
-
-TEST(ChatStorageReader, WithoutAPlaceInThatOrderTheKeyCounts) {
-  const auto keysWithout = [](const std::string& sql) {
-    return keysOf(messagesOf(readChats({.messages = {{.pk = 5, .chat = 1, .date = 30},
-                                                     {.pk = 9, .chat = 1, .date = 30},
-                                                     {.pk = 2, .chat = 1},
-                                                     {.pk = 1, .chat = 1, .date = 30},
-                                                     {.pk = 3, .chat = 1}},
-                                        .chatStorageSQL = sql}),
-                             1));
-  };
-  const std::string reversed = "UPDATE ZWAMESSAGE SET ZSORT = -Z_PK";
-  EXPECT_THAT(keysWithout(reversed), ElementsAre(3, 2, 9, 5, 1));
-  for (const char* none : {"ALTER TABLE ZWAMESSAGE DROP COLUMN ZSORT", "UPDATE ZWAMESSAGE SET ZSORT = NULL",
-                           "UPDATE ZWAMESSAGE SET ZSORT = 'z' || (10 - Z_PK)", "UPDATE ZWAMESSAGE SET ZSORT = x'39'"}) {
-    EXPECT_THAT(keysWithout(reversed + ";" + none), ElementsAre(2, 3, 1, 5, 9)) << none;
-  }
-}
-
-TEST(ChatStorageReader, ARowThatIsReadLateStandsWhereItsKeySays) {
-  // Without a primary key rows come as they were inserted.
-  const ChatStorageSnapshot snapshot = readChatSQL(
-      "CREATE TABLE ZWAMESSAGE (Z_PK, ZCHATSESSION, ZMESSAGEDATE, ZSORT);"
-      "INSERT INTO ZWAMESSAGE VALUES (3, 1, 10, '1'), (2, 1, 10, 9e999), (1, 1, 10, NULL), (5, 1, 10, 4), (4, 1, 10, "
-      "4)");
-  EXPECT_THAT(keysOf(messagesOf(snapshot, 1)), ElementsAre(1, 3, 4, 5, 2));
-}
-
-TEST(ChatStorageReader, SentinelDatesNeitherCrashNorShiftAnything) {
-  const ChatStorageSnapshot snapshot = readChats(
-      {.messages = {
-           {.chat = 1, .date = 63113904000}, {.chat = 1, .date = 10}, {.chat = 1}, {.chat = 1, .date = -63114076800}}});
-  const auto messages = messagesOf(snapshot, 1);
-  EXPECT_THAT(keysOf(messages), ElementsAre(3, 4, 2, 1));
-  EXPECT_EQ(messages[1].date, dateFromUnixTime(-62135769600)) << "0001-01-01";
-  EXPECT_EQ(messages[2].date, dateFromAppleTime(10));
-  EXPECT_EQ(messages[3].date, dateFromUnixTime(64092211200)) << "4001-01-01";
-}
-
-TEST(ChatStorageReader, DateZeroIsTheFirstDayOf2001) {
-  EXPECT_EQ(onlyMessage({.chat = 1, .date = 0}).date, dateFromUnixTime(978307200));
-}
-
-TEST(ChatStorageReader, DatesMayBeWrittenAsText) {
-  // A column of any other type would turn such text into a number by itself.
-  const auto dateOf = [](const std::string& value) {
-    return readChatSQL(
-               "CREATE TABLE ZWAMESSAGE (Z_PK INTEGER PRIMARY KEY, ZCHATSESSION, ZMESSAGEDATE BLOB);"
-               "INSERT INTO ZWAMESSAGE VALUES (1, 1, " +
-               value + ")")
-        .messages()
-        .front()
-        .date;
-  };
-  EXPECT_EQ(dateOf("'700000000.25'"), dateFromAppleTime(700000000.25));
-  EXPECT_EQ(dateOf("'-5'"), dateFromAppleTime(-5));
-  for (const char* none :
-       {"'yesterday'", "'12 o clock'", "''", "x'3132'", "NULL", "'nan'", "'inf'", "9e999", "-9e999"}) {
-    EXPECT_EQ(dateOf(none), std::nullopt) << none;
-  }
-}
-
-TEST(ChatStorageReader, TakesTheOlderDateColumnWhenTheNewerIsMissing) {
-  const ChatStorageSnapshot snapshot =
-      readChats({.messages = {{.chat = 1, .date = 20}, {.chat = 1, .date = 10}},
-                 .chatStorageSQL = "ALTER TABLE ZWAMESSAGE RENAME COLUMN ZMESSAGEDATE TO ZDATE"});
-  EXPECT_THAT(keysOf(messagesOf(snapshot, 1)), ElementsAre(2, 1));
-}
-
-TEST(ChatStorageReader, WithoutADateColumnEveryMessageIsUndatedAndKeepsItsPlace) {
-  const ChatStorageSnapshot snapshot =
-      readChats({.messages = {{.pk = 5, .chat = 1, .date = 20}, {.pk = 9, .chat = 1, .date = 10}},
-                 .chatStorageSQL = "ALTER TABLE ZWAMESSAGE DROP COLUMN ZMESSAGEDATE"});
-  EXPECT_THAT(keysOf(messagesOf(snapshot, 1)), ElementsAre(5, 9));
-  EXPECT_EQ(messagesOf(snapshot, 1)[0].date, std::nullopt);
-}
-
 TEST(ChatStorageReader, ReadsEveryCandidateColumnInAnyLetterCase) {
   const std::string columns[] = {
       "ZCHATSESSION, ZMESSAGEDATE, ZTEXT, ZISFROMME, ZFROMJID, ZPUSHNAME, ZGROUPMEMBER, Z_PK",
@@ -300,7 +195,7 @@ TEST(ChatStorageReader, RowsWithoutAUsableKeyOrChatAreSkipped) {
   EXPECT_EQ(snapshot.records().size(), 1U);
   EXPECT_EQ(snapshot.records().at(4).jid, "e");
   ASSERT_EQ(snapshot.messages().size(), 2U);
-  EXPECT_THAT(keysOf(messagesOf(snapshot, 1)), ElementsAre(3, 4));
+  EXPECT_THAT(messagesOf(snapshot, 1), ElementsAre(Field(&MessageRecord::pk, 3), Field(&MessageRecord::pk, 4)));
 }
 
 TEST(ChatStorageReader, NumbersBecomeTextAndBytesAreNone) {

@@ -66,9 +66,9 @@ TEST(ChatStorageSnapshot, TheStatusPostsOfOnePersonAreOneChat) {
 TEST(ChatStorageSnapshot, PeopleHaveTheNameOfTheirChatBeforeANumber) {
   const TranscriptStyle style = TranscriptStyle::english();
   const ChatStorageSnapshot snapshot = readChats({.chats = {{.jid = phone, .name = "Ana"}}});
-  EXPECT_EQ(snapshot.name({.jid = phone}, style), "Ana");
+  EXPECT_EQ(snapshot.name({.jid = phone}), "Ana");
   EXPECT_EQ(snapshot.nameOfDigits("5511900001111", style), "Ana");
-  EXPECT_EQ(snapshot.name({.jid = "5511900002222@s.whatsapp.net"}, style), "+55 11 90000-2222");
+  EXPECT_EQ(snapshot.name({.jid = "5511900002222@s.whatsapp.net"}), "+55 11 90000-2222");
   EXPECT_EQ(snapshot.nameOfDigits("5511900002222", style), std::nullopt);
 }
 

@@ -168,7 +168,12 @@ TEST(MessageDecoder, GroupEventsAndNoticesHaveNoText) {
   EXPECT_EQ(decode({.type = 10, .eventType = 2}), of(Notice{.kind = NoticeKind::encrypted, .code = 2}));
   EXPECT_EQ(decode({.type = 10, .eventType = 58, .text = "x"}),
             of(Notice{.kind = NoticeKind::unknownNotice, .code = 58}));
-  EXPECT_EQ(decode({.type = 10, .eventType = 46}), of(CallRecord{.isVideo = true, .isMissed = true}));
+  for (const bool isFromMe : {false, true}) {
+    DecodedMessage missed = of(CallRecord{.isVideo = true, .isMissed = true});
+    missed.isIncoming = true;
+    EXPECT_EQ(decode({.type = 10, .eventType = 46, .isFromMe = isFromMe}), missed) << "whoever's row it is";
+  }
+  EXPECT_FALSE(decode({.type = 10, .eventType = 40}).isIncoming);
   EXPECT_EQ(decode({.type = 55, .eventType = 1}), of(Notice{.kind = NoticeKind::channelCreated, .code = 1}));
 }
 

@@ -114,6 +114,12 @@ TEST_P(SnapshotLoaderTest, RowsThatShowNothingAreNotMissed) {
   EXPECT_THAT(warnings, IsEmpty());
 }
 
+TEST_P(SnapshotLoaderTest, APlaceHasNeitherTextNorFileAndIsMissedAllTheSame) {
+  contents_.whatsApp.chatStorageSQL =
+      "UPDATE ZWAMESSAGE SET ZCHATSESSION = 99, ZTEXT = NULL, ZMESSAGETYPE = 5 WHERE Z_PK = 2";
+  EXPECT_THAT(load().warnings, Contains(StartsWith("1 message belongs to a chat that is missing")));
+}
+
 TEST_P(SnapshotLoaderTest, MessagesOfWhichNoneSaysItsChatAreUnreadable) {
   for (const char* sql :
        {"ALTER TABLE ZWAMESSAGE RENAME COLUMN Z_PK TO Z_OLD", "UPDATE ZWAMESSAGE SET ZCHATSESSION = NULL",

@@ -6,6 +6,7 @@
 #include <array>
 
 #include "Tests/Support/ProtobufWriter.h"
+#include "TidewellCore/Platform/Text.h"
 
 namespace Fixture {
 namespace {
@@ -75,11 +76,15 @@ TEST(ReceiptInfo, TheOwnerIsOnePersonWhereverTheReactionStands) {
 
 TEST(ReceiptInfo, WhatIsNoReactionShowsNothing) {
   for (const std::string& emoji :
-       {std::string(1'000'000, 'a'), std::string(65, 'a'), std::string("a\nb"), std::string("\u202E👍"),
-        std::string("\xFF"), std::string(" "), std::string("\0", 1)}) {
+       {std::string(1'000'000, 'a'), std::string(33, 'a'), Text::fromScalars(std::u32string(17, U'👍')),
+        std::string("a\nb"), std::string("\u202E👍"), std::string("\xFF"), std::string(" "), std::string("\0", 1)}) {
     EXPECT_THAT(reactions(Protobuf().message(1, theirs(ana, emoji, 1))), IsEmpty()) << emoji.substr(0, 10);
   }
   EXPECT_THAT(reactions(Protobuf().message(1, theirs("nobody", "👍", 1))), IsEmpty());
+  const std::string longest = Text::fromScalars(std::u32string(16, U'👍'));
+  EXPECT_THAT(reactions(Protobuf().message(1, theirs(ana, longest, 1))),
+              ElementsAre(reaction(longest, {.jid = ana}, 1)))
+      << "as much as the viewer shows";
   EXPECT_THAT(reactions(Protobuf().message(1, theirs("../x@y", "👍", 1))), IsEmpty());
   EXPECT_THAT(reactions(Protobuf().message(1, theirs(ana, "<script>", -5))),
               ElementsAre(reaction("<script>", {.jid = ana}, 0)))

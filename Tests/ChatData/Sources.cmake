@@ -14,6 +14,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/MessageContentTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MessageDecoderTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MessageMetadataTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/MessageOrderTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MissingMessagesTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/NameResolverTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/OwnJIDTests.cpp

@@ -4,8 +4,8 @@
 #include <sqlite3.h>
 
 #include <cstdlib>
-#include <numeric>
 
+#include "Tests/Platform/SQLiteScene.h"
 #include "Tests/Support/DatabaseWriter.h"
 #include "Tests/Support/Failures.h"
 #include "Tests/Support/TemporaryDirectory.h"
@@ -13,52 +13,14 @@
 namespace {
 
 namespace fs = std::filesystem;
+using Fixture::errorOf;
+using Fixture::execute;
+using Fixture::SQLiteDBTest;
+using Fixture::texts;
+using Fixture::valueOf;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
-
-// Writes straight through SQLite, so that the layer is not judged by itself.
-void execute(const fs::path& file, const std::string& sql) {
-  sqlite3* handle = nullptr;
-  ASSERT_EQ(sqlite3_open(file.c_str(), &handle), SQLITE_OK);
-  EXPECT_EQ(sqlite3_exec(handle, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(handle);
-  sqlite3_close(handle);
-}
-
-class SQLiteDBTest : public testing::Test {
- protected:
-  SQLiteDB database(const std::string& sql) const {
-    execute(file_, sql);
-    return SQLiteDB(file_, SQLiteDB::OpenMode::readOnly);
-  }
-  SQLiteDB open(SQLiteDB::OpenMode mode) const { return SQLiteDB(file_, mode); }
-
-  const Fixture::TemporaryDirectory folder_;
-  const fs::path file_ = folder_ / "some.db";
-};
-
-std::vector<std::optional<std::string>> texts(const SQLiteDB& database, const std::string& sql,
-                                              const std::vector<SQLiteDB::Bind>& binds = {}) {
-  std::vector<std::optional<std::string>> result;
-  database.query(sql, binds, [&](const SQLiteRow& row) { result.push_back(row.textValue((*row.names)[0])); });
-  return result;
-}
-
-// The first column of the first row.
-SQLiteValue valueOf(const SQLiteDB& database, const std::string& sql, const std::vector<SQLiteDB::Bind>& binds = {}) {
-  SQLiteValue result = SQLiteNull{};
-  database.query(sql, binds, [&](const SQLiteRow& row) { result = row.values[0]; });
-  return result;
-}
-
-std::optional<TidewellError> errorOf(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const TidewellError& error) {
-    return error;
-  }
-  return std::nullopt;
-}
 
 TEST_F(SQLiteDBTest, AMissingFileIsNotOpened) {
   using Mode = SQLiteDB::OpenMode;
@@ -329,84 +291,6 @@ TEST_F(SQLiteDBTest, ALinkInTheFilesPlaceIsRefusedButNotOneAbove) {
     EXPECT_EQ(std::get<TidewellError::DatabaseOpenFailed>(error->value()).path, (folder / "link.db").string());
     EXPECT_TRUE(SQLiteDB(folder_ / "linked/t.db", mode).tableExists("t"));
   }
-}
-
-// A working copy of a database that was in WAL mode, newest row in its -wal file alone.
-class SQLiteWALTest : public SQLiteDBTest {
- protected:
-  void SetUp() override {
-    Fixture::DatabaseWriter writer(Fixture::Journal::walWithPendingRows);
-    writer.execute("CREATE TABLE t (a)");
-    writer.execute("INSERT INTO t VALUES ('settled')");
-    writer.checkpoint();
-    writer.execute("INSERT INTO t VALUES ('pending')");
-    const Fixture::DatabaseFiles files = writer.finish();
-    Fixture::writeFile(file_, ByteView(files.main));
-    ASSERT_TRUE(files.wal);
-    Fixture::writeFile(folder_ / "some.db-wal", ByteView(*files.wal));
-  }
-};
-
-TEST_F(SQLiteWALTest, AWritableCopyFoldsTheWALIn) {
-  EXPECT_THAT(texts(open(SQLiteDB::OpenMode::writableCopy), "SELECT a FROM t"), ElementsAre("settled", "pending"));
-  EXPECT_FALSE(fs::exists(folder_ / "some.db-wal"));
-  EXPECT_FALSE(fs::exists(folder_ / "some.db-shm"));
-}
-
-TEST_F(SQLiteWALTest, AWritableCopyEndsUpInDeleteMode) {
-  const SQLiteDB db = open(SQLiteDB::OpenMode::writableCopy);
-  EXPECT_EQ(valueOf(db, "PRAGMA journal_mode"), SQLiteValue(std::string("delete")));
-  EXPECT_EQ(Fixture::readFile(file_)[18], 1) << "the write version of the header";
-}
-
-TEST_F(SQLiteWALTest, AWritableCopyRefusesWrites) {
-  const SQLiteDB db = open(SQLiteDB::OpenMode::writableCopy);
-  EXPECT_TRUE(errorOf([&] { db.query("DELETE FROM t", {}, {}); })->is<TidewellError::InvalidDatabase>());
-  EXPECT_THAT(texts(db, "SELECT a FROM t"), ElementsAre("settled", "pending"));
-}
-
-TEST_F(SQLiteWALTest, WithoutItsWALACopyLacksTheNewestRow) {
-  fs::remove(folder_ / "some.db-wal");
-  EXPECT_THAT(texts(open(SQLiteDB::OpenMode::writableCopy), "SELECT a FROM t"), ElementsAre("settled"));
-}
-
-TEST_F(SQLiteWALTest, AConnectionCanBeMoved) {
-  SQLiteDB first = open(SQLiteDB::OpenMode::writableCopy);
-  const SQLiteDB second = std::move(first);
-  EXPECT_THAT(texts(second, "SELECT count(*) FROM t"), ElementsAre("2"));
-}
-
-// What an unfinished transaction leaves, with the name of a super-journal at the journal's end
-// (https://www.sqlite.org/fileformat2.html#the_rollback_journal, and pager.c for that name).
-void leaveUnfinished(const fs::path& file, const std::string& superJournal) {
-  sqlite3* handle = nullptr;
-  ASSERT_EQ(sqlite3_open(file.c_str(), &handle), SQLITE_OK);
-  ASSERT_EQ(sqlite3_exec(handle, "BEGIN; DELETE FROM t", nullptr, nullptr, nullptr), SQLITE_OK);
-  ASSERT_EQ(sqlite3_db_cacheflush(handle), SQLITE_OK);
-  Fixture::Bytes journal = Fixture::readFile(file.native() + "-journal");
-  const Fixture::Bytes database = Fixture::readFile(file);
-  sqlite3_close(handle);
-  const auto add = [&](const Fixture::Bytes& bytes) { journal.insert(journal.end(), bytes.begin(), bytes.end()); };
-  const auto addNumber = [&](std::uint32_t number) {
-    for (const int shift : {24, 16, 8, 0}) journal.push_back(static_cast<std::uint8_t>(number >> shift));
-  };
-  const Fixture::Bytes name = Fixture::bytesOf(superJournal);
-  addNumber(0x40000000 / 4096 + 1);
-  add(name);
-  addNumber(static_cast<std::uint32_t>(name.size()));
-  addNumber(std::accumulate(name.begin(), name.end(), std::uint32_t{0}));
-  add({0xd9, 0xd5, 0x05, 0xf9, 0x20, 0xa1, 0x63, 0xd7});
-  Fixture::writeFile(file, database);
-  Fixture::writeFile(file.native() + "-journal", journal);
-}
-
-TEST_F(SQLiteDBTest, AJournalRemovesNoFileThatItNames) {
-  execute(file_, "CREATE TABLE t (a); INSERT INTO t VALUES ('1'), ('2')");
-  const fs::path letters = folder_ / "letters";
-  Fixture::writeFile(letters, "my letters");
-  leaveUnfinished(file_, letters.string());
-  EXPECT_THAT(texts(open(SQLiteDB::OpenMode::writableCopy), "SELECT a FROM t"), ElementsAre("1", "2"));
-  EXPECT_EQ(Fixture::readFile(letters), Fixture::bytesOf("my letters"));
 }
 
 }  // namespace

@@ -125,6 +125,13 @@ test('The buttons of a business’s text are links only where that is safe', asy
   assert.deepEqual(await hrefs(page.locator('a.business-button')), ['https://example.com/track?id=1', 'tel:+15550000009']);
 });
 
+test('An address that the text does not tell stands under it by its host', async () => {
+  const alone = (url) => kinds.linked({ title: undefined, summary: undefined, url });
+  const page = await opened([alone('https://shop.example/ad'), alone('https://example.com/page'), alone('')]);
+  assert.deepEqual(await texts(page, '.preview'), ['shop.example']);
+  assert.deepEqual(await hrefs(page.locator('a.preview')), ['https://shop.example/ad']);
+});
+
 test('A link’s title, summary and host stand under the text and lead there', async () => {
   const page = await opened([kinds.linked(), kinds.linked({ url: '' }), kinds.linked({ url: 'javascript:alert(1)' })]);
   assert.deepEqual(await texts(page, '.preview-title'), Array(3).fill('An example page'));

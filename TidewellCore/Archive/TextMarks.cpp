@@ -66,7 +66,8 @@ class Styled {
     bool isAfterEmpty = false;
     for (std::size_t start = 0; start <= text_.size();) {
       const std::size_t end = endOfLine(start);
-      const auto sign = start < end && styles_[start] == 0 ? signLength(text_.substr(start, end - start)) : std::nullopt;
+      const auto sign =
+          start < end && styles_[start] == 0 ? signLength(text_.substr(start, end - start)) : std::nullopt;
       const bool isBroken = sign && !isAfterEmpty;  // by the block itself
       if (isAfterBlock == false && !isBroken) html += "<br>";
       html += sign ? block(start, *sign, end) : between(start, end);

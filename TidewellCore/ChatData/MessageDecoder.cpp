@@ -129,7 +129,12 @@ void location(Decoding& decoding) { setContentWithReadable(RowLocation::read(dec
 
 void groupEvent(Decoding& decoding) { setContentAlone(GroupEvents::read(noticeRow(decoding.row)), decoding); }
 
-void systemNotice(Decoding& decoding) { setContentAlone(SystemNotices::read(noticeRow(decoding.row)), decoding); }
+void systemNotice(Decoding& decoding) {
+  MessageContent notice = SystemNotices::read(noticeRow(decoding.row));
+  const auto* call = std::get_if<CallRecord>(&notice);
+  decoding.message.isIncoming = call != nullptr && call->isMissed;
+  setContentAlone(std::move(notice), decoding);
+}
 
 void channelNotice(Decoding& decoding) { setContentAlone(SystemNotices::ofChannel(noticeRow(decoding.row)), decoding); }
 

@@ -15,6 +15,8 @@ struct DecodedMessage {
   std::optional<MessageDetails> details;
   // A row that the phone shows nowhere.
   bool isHidden = false;
+  // Somebody else's, whoever's row it is: the notice of a call that the owner missed.
+  bool isIncoming = false;
 
   bool operator==(const DecodedMessage&) const = default;
 };

@@ -15,8 +15,8 @@ std::string sentence(const Words& words, std::int64_t count) {
   return text.replace(text.find(placeholder), placeholder.size(), std::to_string(count));
 }
 
-bool showsSomething(const MessageRecord& message) {
-  return message.mediaLocalPath || (message.text && !message.text->empty());
+bool showsSomething(const ChatStorageSnapshot& snapshot, const MessageRecord& message) {
+  return message.mediaLocalPath || (message.text && !message.text->empty()) || snapshot.details(message) != nullptr;
 }
 
 // Phones date every message.
@@ -28,7 +28,8 @@ bool isAnyDated(const ChatStorageSnapshot& snapshot) {
 // Those that an export puts together, since nothing tells their chats.
 std::int64_t countOfUnlisted(const ChatStorageSnapshot& snapshot) {
   const auto unlisted = snapshot.messages(snapshot.canonicalChatJID(UnknownChatJID));
-  return std::ranges::count_if(unlisted, showsSomething);
+  return std::ranges::count_if(unlisted,
+                               [&](const MessageRecord& message) { return showsSomething(snapshot, message); });
 }
 
 }  // namespace

@@ -10,14 +10,19 @@ namespace {
 
 using OwnJIDs = std::span<const std::string>;
 
-constexpr std::size_t longestEmoji = 64;  // bytes; a family with its skins has 41
+// In units of UTF-16, as the viewer counts, and in bytes; a family with its skins has 19 and 41.
+constexpr std::size_t longestEmoji = 32;
+constexpr std::size_t longestEmojiInBytes = 3 * longestEmoji;
 constexpr std::int64_t greatestCount = 10'000'000'000;
 
 const Person owner{.isOwner = true};
 
 bool isShowable(std::string_view emoji) {
-  if (emoji.empty() || emoji.size() > longestEmoji) return false;
-  return std::ranges::none_of(Text::scalars(emoji), [](char32_t scalar) {
+  if (emoji.empty() || emoji.size() > longestEmojiInBytes) return false;
+  const std::u32string scalars = Text::scalars(emoji);
+  const auto pairs = std::ranges::count_if(scalars, [](char32_t scalar) { return scalar > 0xFFFF; });
+  if (scalars.size() + static_cast<std::size_t>(pairs) > longestEmoji) return false;
+  return std::ranges::none_of(scalars, [](char32_t scalar) {
     return Text::isControl(scalar) || Text::isDirectionalMark(scalar) || Text::isBlank(scalar);
   });
 }

@@ -214,7 +214,9 @@ const KIND_MAKERS = {
 // Under the text that holds the link: what its page said of itself when it was sent.
 function linkPreview(message, query) {
   const { link } = infoOf(message);
-  if (!isRecord(link) || (!isText(link.title) && !isText(link.summary))) return null;
+  if (!isRecord(link)) return null;
+  const isAddressTold = !isText(link.url) || (message.text || "").includes(link.url);
+  if (!isText(link.title) && !isText(link.summary) && isAddressTold) return null;
   const written = isText(link.url) ? link.url : cutAtLinks(shownText(message.text || "")).find(({ href }) => href)?.href;
   const href = written ? safeAddress(written, ["https:", "http:"]) : null;
   const lines = [
