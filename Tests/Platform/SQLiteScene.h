@@ -44,7 +44,8 @@ inline std::vector<std::optional<std::string>> texts(const SQLiteDB& database, c
 }
 
 // The first column of the first row.
-inline SQLiteValue valueOf(const SQLiteDB& database, const std::string& sql, const std::vector<SQLiteDB::Bind>& binds = {}) {
+inline SQLiteValue valueOf(const SQLiteDB& database, const std::string& sql,
+                           const std::vector<SQLiteDB::Bind>& binds = {}) {
   SQLiteValue result = SQLiteNull{};
   database.query(sql, binds, [&](const SQLiteRow& row) { result = row.values[0]; });
   return result;
