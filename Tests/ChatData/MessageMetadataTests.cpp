@@ -24,10 +24,8 @@ TEST(MessageMetadata, TellsWhatIsAnswered) {
   EXPECT_EQ(
       read(Protobuf().text(5, "3A0F").text(6, ana).message(19, Protobuf().text(1, "Makes sense"))),
       (MessageMetadata{.quote = Quote{.stanzaID = "3A0F", .sender = Person{.jid = ana}, .words = "Makes sense"}}));
-  EXPECT_EQ(
-      read(Protobuf().text(5, "3A0F").text(6, own[0]).text(7, "status@broadcast")),
-      (MessageMetadata{
-          .quote = Quote{.stanzaID = "3A0F", .sender = Person{.isOwner = true}, .otherChatJID = "status@broadcast"}}));
+  EXPECT_EQ(read(Protobuf().text(5, "3A0F").text(6, own[0]).text(7, "status@broadcast")),
+            (MessageMetadata{.quote = Quote{.stanzaID = "3A0F", .sender = Person{.isOwner = true}}}));
 }
 
 TEST(MessageMetadata, AReplyNeedsAnOriginal) {

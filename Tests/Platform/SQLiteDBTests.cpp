@@ -6,7 +6,6 @@
 #include <cstdlib>
 
 #include "Tests/Platform/SQLiteScene.h"
-#include "Tests/Support/DatabaseWriter.h"
 #include "Tests/Support/Failures.h"
 #include "Tests/Support/TemporaryDirectory.h"
 

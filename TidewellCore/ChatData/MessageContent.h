@@ -163,7 +163,6 @@ using MessageContent =
 struct Quote {
   std::string stanzaID;  // of the original; empty when it is not stored
   std::optional<Person> sender;
-  std::optional<std::string> otherChatJID;  // where the original stands when it is another chat
   MessagePart part = MessagePart::text;
   std::optional<std::string> words;  // of the copy that came along, cut
 

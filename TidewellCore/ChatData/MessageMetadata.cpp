@@ -18,7 +18,6 @@ enum Field : std::uint32_t {
   description = 3,
   quotedID = 5,
   quotedSender = 6,
-  quotedChat = 7,
   forwardCount = 17,
   quotedCopy = 19,
   templateText = 24,
@@ -64,7 +63,6 @@ void readQuote(const ProtobufReader& field, OwnJIDs ownJIDs, Quote& quote) {
   const std::string_view text = field.text().value_or("");
   if (field.number() == quotedID) quote.stanzaID = text;
   if (field.number() == quotedSender) quote.sender = StoredJID::person(text, ownJIDs);
-  if (field.number() == quotedChat) quote.otherChatJID = StoredJID::checked(text);
   if (field.number() == quotedCopy) QuotedMessage::read(field.message(), quote);
 }
 
