@@ -57,15 +57,6 @@ TEST(NoticeWords, PeopleComeAndGo) {
   EXPECT_EQ(inPortuguese({.kind = adminLost, .targets = {ben}}), "Ben não é mais admin do grupo");
 }
 
-TEST(NoticeWords, WhoHasNoNameIsNobody) {
-  const Person stranger{.jid = "Unknown"};
-  EXPECT_EQ(sentence({.kind = groupPictureChanged, .actor = stranger}), "The group picture was changed");
-  EXPECT_EQ(sentence({.kind = memberLeft, .actor = Person{}}), "Someone left");
-  EXPECT_EQ(sentence({.kind = memberAdded, .actor = stranger, .targets = {ben}}), "Ben was added");
-  EXPECT_EQ(sentence({.kind = memberChangedNumber, .actor = stranger}, english, "Ana"),
-            "Ana changed their phone number");
-}
-
 TEST(NoticeWords, WhatAGroupIsCalled) {
   EXPECT_EQ(sentence({.kind = groupCreated, .actor = you, .parameter = "Garden"}), "You created the group “Garden”");
   EXPECT_EQ(sentence({.kind = groupCreated}), "The group was created");
