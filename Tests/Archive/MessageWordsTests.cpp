@@ -162,7 +162,7 @@ TEST(MessageWords, AMissingMediumSaysWhatItWas) {
 }
 
 TEST(MessageWords, ADocumentsNameStandsAboveItsCaption) {
-  const MessageDetails named{.fileName = "report.pdf"};
+  const MessageDetails named{.heading = "report.pdf"};
   EXPECT_EQ(told(named, {.sender = "Ana", .text = "read it"}).text, "report.pdf\nread it");
   EXPECT_FALSE(told(named).details) << "the words say all of it";
 }

@@ -109,12 +109,12 @@ TEST(TranscriptWriter, RendersTheGoldenPages) {
   const TranscriptStyle english = TranscriptStyle::english();
   const TranscriptStyle portuguese = TranscriptStyle::portuguese();
   const ArchiveChat spoken = chatOf(conversation(english), "Ana & <Co>");
-  const ArchiveChat falado = chatOf(conversation(portuguese), "Ana & <Co>");
+  const ArchiveChat portugueseChat = chatOf(conversation(portuguese), "Ana & <Co>");
   expectGolden(TranscriptWriter::renderHTML(spoken, english, saoPaulo, american), TIDEWELL_GOLDEN_FOLDER "/en.html");
-  expectGolden(TranscriptWriter::renderHTML(falado, portuguese, saoPaulo, brazilian),
+  expectGolden(TranscriptWriter::renderHTML(portugueseChat, portuguese, saoPaulo, brazilian),
                TIDEWELL_GOLDEN_FOLDER "/pt-BR.html");
   expectGolden(TranscriptWriter::renderText(spoken, english, saoPaulo, american), TIDEWELL_GOLDEN_FOLDER "/en.txt");
-  expectGolden(TranscriptWriter::renderText(falado, portuguese, saoPaulo, brazilian),
+  expectGolden(TranscriptWriter::renderText(portugueseChat, portuguese, saoPaulo, brazilian),
                TIDEWELL_GOLDEN_FOLDER "/pt-BR.txt");
 }
 

@@ -52,7 +52,7 @@ TEST(MessageDecoder, PlainTextsAndFilesHaveNoDetails) {
 
 TEST(MessageDecoder, ATitleIsTheCaption) {
   for (const std::int64_t type : {1, 2}) {
-    EXPECT_EQ(decode({.type = type, .text = "text", .hasFile = true, .title = "caption"}), plain("caption")) << type;
+    EXPECT_EQ(decode({.type = type, .text = "text", .hasFile = true}), plain("text")) << type;
     EXPECT_EQ(decode({.type = type, .text = "text", .hasFile = true, .title = " "}), plain("text")) << type;
     EXPECT_EQ(decode({.type = type, .text = "text", .hasFile = true}), plain("text")) << type;
   }
@@ -93,7 +93,9 @@ TEST(MessageDecoder, AMediumWithoutAFileSaysWhatItWas) {
 
 TEST(MessageDecoder, ADocumentHasANameAndMayHaveACaption) {
   EXPECT_EQ(decode({.type = 8, .text = "report.pdf", .hasFile = true, .title = "read it"}),
-            (DecodedMessage{.text = "read it", .details = MessageDetails{.fileName = "report.pdf"}}));
+            (DecodedMessage{.text = "read it", .details = MessageDetails{.heading = "report.pdf"}}));
+  EXPECT_EQ(decode({.type = 8, .text = "Report.pdf", .hasFile = true, .title = "Report"}),
+            DecodedMessage{.text = "Report.pdf"});
   EXPECT_EQ(decode({.type = 8, .text = "report.pdf", .hasFile = true, .title = "report.pdf"}),
             (DecodedMessage{.text = "report.pdf"}));
   EXPECT_EQ(decode({.type = 8, .hasFile = true, .title = "report.pdf"}), (DecodedMessage{.text = "report.pdf"}));
@@ -214,6 +216,25 @@ TEST(MessageDecoder, ADeletedMessageSaysWhoDeletedIt) {
       << "whose JID is not known";
   const Bytes reply = Protobuf().text(5, "3A").bytes();
   EXPECT_EQ(decode({.type = 14, .isStarred = true, .metadata = reply}), by(std::nullopt)) << "nothing of it is left";
+}
+
+TEST(MessageDecoder, ATextBesideWhatABusinessSendsIsKept) {
+  const Bytes footer = Protobuf().message(51, Protobuf().message(1, Protobuf().text(7, "The bakery"))).bytes();
+  const auto paragraphs = [&](std::string_view text) {
+    const DecodedMessage decoded = decode({.type = 41, .text = text, .metadata = footer});
+    return std::get<BusinessText>(decoded.details.value().content).paragraphs;
+  };
+  EXPECT_EQ(paragraphs("Which taste?"), (std::vector<std::string>{"Which taste?", "The bakery"}));
+  EXPECT_EQ(paragraphs("Which taste?\nThe bakery"), std::vector<std::string>{"Which taste?\nThe bakery"});
+  EXPECT_EQ(paragraphs("The bakery "), std::vector<std::string>{"The bakery"});
+}
+
+TEST(MessageDecoder, ATitleBesideATextIsKept) {
+  EXPECT_EQ(decode({.type = 1, .text = "the text", .hasFile = true, .title = "the title"}),
+            (DecodedMessage{.text = "the text", .details = MessageDetails{.heading = "the title"}}));
+  EXPECT_EQ(decode({.type = 1, .text = "one", .hasFile = true, .title = "one "}), DecodedMessage{.text = "one"});
+  EXPECT_EQ(decode({.type = 3, .hasFile = true, .title = "A song", .vCardString = "audio/mpeg"}).details,
+            MessageDetails{.heading = "A song"});
 }
 
 TEST(MessageDecoder, WhatBusinessesSendIsRead) {

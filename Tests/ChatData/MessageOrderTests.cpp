@@ -20,14 +20,14 @@ std::vector<std::int64_t> keysOf(const std::vector<MessageRecord>& messages) {
 
 TEST(MessageOrder, OrdersMessagesByDate) {
   const ChatStorageSnapshot snapshot = readChats({.messages = {{.chat = 1, .date = 30},
-                                                               {.chat = 1, .date = 10.5},
+                                                               {.chat = 1, .date = 10.5, .sort = 5.5},
                                                                {.chat = 1},
-                                                               {.chat = 1, .date = 10},
+                                                               {.chat = 1, .date = 10, .sort = 5},
                                                                {.chat = 1, .date = 30},
                                                                {.chat = 1, .date = 10.25},
                                                                {.chat = 1},
                                                                {.chat = 1, .date = 30}}});
-  EXPECT_THAT(keysOf(messagesOf(snapshot, 1)), ElementsAre(3, 7, 4, 6, 2, 1, 5, 8));
+  EXPECT_THAT(keysOf(messagesOf(snapshot, 1)), ElementsAre(3, 7, 4, 2, 6, 1, 5, 8));
 }
 
 TEST(MessageOrder, MessagesOfOneDateStandInThePhonesOrder) {

@@ -94,11 +94,6 @@ void setWords(const MessageContent& content, const MessageWords::Context& contex
   message.text = isCaptionEnough ? caption : caption.empty() ? words : words + "\n" + caption;
 }
 
-// The name of a document above what was written under it.
-std::string withName(const std::string& name, const std::optional<std::string>& caption) {
-  return caption ? name + "\n" + *caption : name;
-}
-
 }  // namespace
 
 void MessageWords::tell(const MessageDetails& details, const Context& context, ArchiveMessage& message) {
@@ -107,7 +102,7 @@ void MessageWords::tell(const MessageDetails& details, const Context& context, A
                       .marks = details.marks,
                       .reactions = reactionsOf(details.reactions, context.wording)};
   if (details.quote) told.quote = quoteOf(*details.quote, context);
-  if (details.fileName) message.text = withName(*details.fileName, message.text);
+  if (details.heading) message.text = message.text ? *details.heading + "\n" + *message.text : *details.heading;
   setWords(details.content, context, told, message);
   told.mentions = Mentions::in(message.text.value_or(""), context.mentioned);
   if (told.kind == ArchiveKind::notice) {

@@ -1,6 +1,7 @@
 #include "TidewellCore/ChatData/ChatStorageSnapshot.h"
 
 #include <algorithm>
+#include <cmath>
 #include <tuple>
 #include <unordered_set>
 #include <utility>
@@ -27,10 +28,12 @@ std::optional<std::string> groupSenderJID(const MessageRecord& message, const Gr
   return member != nullptr && member->jid ? member->jid : own;
 }
 
-// A message's place in its chat.
+// A message's place in its chat. Within a second the phone knows best: its own messages have fractions, and those
+// that come in have none.
 auto rank(const MessageRecord& message) {
   constexpr double beforeAll = -std::numeric_limits<double>::infinity();
-  return std::tuple(message.date ? unixTime(*message.date) : beforeAll, message.chatPK, message.sort, message.pk);
+  const double sent = message.date ? unixTime(*message.date) : beforeAll;
+  return std::tuple(std::floor(sent), message.chatPK, message.sort, sent, message.pk);
 }
 
 std::vector<std::int64_t> keysOf(const std::vector<MessageRecord>& rows) {

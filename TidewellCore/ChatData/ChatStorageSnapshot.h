@@ -42,7 +42,7 @@ class ChatStorageSnapshot {
 
   // Every chat that has a record or a message, by its JID.
   std::span<const Chat> chats() const { return chats_; }
-  // Undated ones first, then oldest first; those of one date by their record, then in the phone's order.
+  // Undated ones first, then oldest first; those of one second by their record, then in the phone's order.
   std::span<const MessageRecord> messages(const Chat& chat) const;
   // None for a chat that is not here.
   std::span<const MessageRecord> messages(const CanonicalJID& jid) const;

@@ -194,7 +194,8 @@ struct MessageDetails {
   std::optional<Quote> quote;
   std::vector<Reaction> reactions;  // the oldest first
   MessageMarks marks;
-  std::optional<std::string> fileName;  // of a document with a caption, as its sender called it
+  // What stands above the text: the name of a document with a caption, the title of a medium with a text as well.
+  std::optional<std::string> heading;
 
   bool operator==(const MessageDetails&) const = default;
 };

@@ -12,6 +12,7 @@
 #include "TidewellCore/ChatData/StoredJID.h"
 #include "TidewellCore/ChatData/SystemNotices.h"
 #include "TidewellCore/ChatData/VCardText.h"
+#include "TidewellCore/Platform/Text.h"
 
 namespace {
 
@@ -99,8 +100,10 @@ void media(Decoding& decoding) {
       part != MessagePart::voiceMessage && part != MessagePart::audio && part != MessagePart::sticker;
   if (hasCaption) {
     decoding.message.text = RowMedia::caption(row);
+    decoding.details.heading = BlobText::words(RowMedia::titleAboveText(row));
   } else {
     keepReadable(decoding);
+    if (part == MessagePart::audio) decoding.details.heading = BlobText::shortWords(row.title);
   }
   if (!row.hasFile) setContent(RowMedia::missing(row, part), decoding);
   decoding.details.marks.isGIF = part == MessagePart::gif;
@@ -118,7 +121,7 @@ void document(Decoding& decoding) {
   const auto name = RowMedia::documentName(row);
   decoding.message.text = caption || !row.hasFile ? caption : name;
   if (!row.hasFile) return setContent(RowMedia::missing(row, MessagePart::document), decoding);
-  if (caption) decoding.details.fileName = BlobText::shortWords(name);
+  if (caption) decoding.details.heading = BlobText::shortWords(name);
 }
 
 void contacts(Decoding& decoding) {
@@ -148,11 +151,20 @@ void deleted(Decoding& decoding) {
   setContentAlone(DeletedMessage{.remover = std::move(remover)}, decoding);
 }
 
+// The text may be one of them, all of them, or what they lack.
+void addText(std::string_view text, std::vector<std::string>& paragraphs) {
+  const std::string_view words = Text::trimmedPart(text);
+  const auto isIn = [&](const std::string& paragraph) { return words.find(paragraph) != std::string_view::npos; };
+  const auto isThat = [&](const std::string& paragraph) { return Text::trimmedPart(paragraph) == words; };
+  if (std::ranges::any_of(paragraphs, isThat)) return;
+  if (std::ranges::all_of(paragraphs, isIn)) paragraphs.clear();
+  paragraphs.emplace(paragraphs.begin(), words);
+}
+
 void business(Decoding& decoding) {
   BusinessText& words = decoding.metadata.business;
   if (words.paragraphs.empty() && words.buttons.empty()) return unknown(decoding);
-  if (words.paragraphs.empty() && BlobText::isReadable(decoding.row.text))
-    words.paragraphs.emplace_back(*decoding.row.text);
+  if (BlobText::isReadable(decoding.row.text)) addText(*decoding.row.text, words.paragraphs);
   setContentAlone(std::move(words), decoding);
 }
 

@@ -7,6 +7,16 @@ namespace {
 
 bool saysSomething(std::optional<std::string_view> text) { return text && !Text::trimmedPart(*text).empty(); }
 
+bool areSame(std::string_view one, std::string_view other) {
+  return Text::trimmedPart(one) == Text::trimmedPart(other);
+}
+
+// Whether it is a file's name without its ending.
+bool isNameOf(std::string_view stem, std::string_view file) {
+  const std::size_t dot = file.rfind('.');
+  return dot != std::string_view::npos && areSame(stem, file.substr(0, dot));
+}
+
 bool hasLength(MessagePart part) {
   using enum MessagePart;
   return part == video || part == gif || part == videoNote || part == voiceMessage || part == audio;
@@ -62,7 +72,12 @@ MissingMedia RowMedia::missing(const MessageRow& row, MessagePart part) {
 }
 
 std::optional<std::string_view> RowMedia::caption(const MessageRow& row) {
-  return saysSomething(row.title) ? row.title : row.text;
+  return saysSomething(row.text) ? row.text : row.title;
+}
+
+std::optional<std::string_view> RowMedia::titleAboveText(const MessageRow& row) {
+  const bool isOther = saysSomething(row.title) && saysSomething(row.text) && !areSame(*row.title, *row.text);
+  return isOther ? row.title : std::nullopt;
 }
 
 std::optional<std::string_view> RowMedia::documentName(const MessageRow& row) {
@@ -71,6 +86,7 @@ std::optional<std::string_view> RowMedia::documentName(const MessageRow& row) {
 }
 
 std::optional<std::string_view> RowMedia::documentCaption(const MessageRow& row) {
-  const bool isOther = saysSomething(row.title) && saysSomething(row.text) && row.title != row.text;
-  return isOther ? row.title : std::nullopt;
+  const auto title = titleAboveText(row);
+  const bool isName = title && (isNameOf(*title, *row.text) || isNameOf(*row.text, *title));
+  return isName ? std::nullopt : title;
 }
