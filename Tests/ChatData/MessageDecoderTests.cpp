@@ -52,7 +52,7 @@ TEST(MessageDecoder, PlainTextsAndFilesHaveNoDetails) {
 
 TEST(MessageDecoder, ATitleIsTheCaption) {
   for (const std::int64_t type : {1, 2}) {
-    EXPECT_EQ(decode({.type = type, .text = "text", .hasFile = true}), plain("text")) << type;
+    EXPECT_EQ(decode({.type = type, .hasFile = true, .title = "caption"}), plain("caption")) << type;
     EXPECT_EQ(decode({.type = type, .text = "text", .hasFile = true, .title = " "}), plain("text")) << type;
     EXPECT_EQ(decode({.type = type, .text = "text", .hasFile = true}), plain("text")) << type;
   }
