@@ -13,8 +13,18 @@ constexpr std::array columnNames{"id", "ts", "text"};
 // The two characters that mean something in a template literal stand only
 // within JSON texts, where they can be written as escapes.
 void escapeForTemplate(std::string& text, std::size_t begin) {
-  for (auto at = text.find_first_of("`$", begin); at != std::string::npos; at = text.find_first_of("`$", at)) {
-    text.replace(at, 1, text[at] == '`' ? "\\u0060" : "\\u0024");
+  const auto first = text.find_first_of("`$", begin);
+  if (first == std::string::npos) return;
+  const std::string rest = text.substr(first);
+  text.resize(first);
+  for (const char c : rest) {
+    if (c == '`') {
+      text += "\\u0060";
+    } else if (c == '$') {
+      text += "\\u0024";
+    } else {
+      text += c;
+    }
   }
 }
 
