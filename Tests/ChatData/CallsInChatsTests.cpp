@@ -74,12 +74,26 @@ TEST(CallsInChats, KeysThatAreTakenAreNotTakenAgain) {
   EXPECT_EQ(snapshot.messages(snapshot.canonicalChatJID("15550000009@s.whatsapp.net")).size(), 1);
 }
 
+TEST(CallsInChats, TheOwnerIsNobodyToTalkWith) {
+  ChatTables made = tables();
+  made.ownJIDs = {"15550000001@s.whatsapp.net"};
+  PastCall call = incoming(1, 100);
+  call.participantJIDs = {"15550000001@s.whatsapp.net", ana};
+  EXPECT_THAT(shownIn(std::move(made), ana, {call}).details,
+              ElementsAre(MessageDetails{.content = CallRecord{.isVideo = true, .seconds = 95}}));
+}
+
+TEST(CallsInChats, SeveralPeopleAreAGroup) {
+  PastCall call = incoming(1, 100);
+  call.participantJIDs = {ana, "15550000009@s.whatsapp.net"};
+  EXPECT_TRUE(std::get<CallRecord>(shownIn(tables(), ana, {call}).details.at(0).content).isGroup);
+}
+
 TEST(CallsInChats, OnePersonUnderTwoJIDsIsNoGroup) {
   ChatTables made = tables();
   made.directory.link(anaLID, ana);
   PastCall call = incoming(1, 100);
   call.participantJIDs = {ana, anaLID};
-  call.call.isGroup = true;
   EXPECT_FALSE(std::get<CallRecord>(shownIn(std::move(made), ana, {call}).details.at(0).content).isGroup);
 }
 

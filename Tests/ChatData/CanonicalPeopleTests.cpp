@@ -62,6 +62,16 @@ TEST(CanonicalPeople, NoticesAndQuotesNamePeopleAsTheyAreKnown) {
   EXPECT_EQ(details.quote->sender, byPhone);
 }
 
+TEST(CanonicalPeople, WhoAddsThemselvesJoins) {
+  const auto kind = [](NoticeKind stored, const Person& actor, const Person& target) {
+    const auto details = unified({.content = Notice{.kind = stored, .actor = actor, .targets = {target}}});
+    return std::get<Notice>(details.content).kind;
+  };
+  EXPECT_EQ(kind(NoticeKind::memberAdded, byLID, byPhone), NoticeKind::memberJoined);
+  EXPECT_EQ(kind(NoticeKind::memberRemoved, byPhone, byLID), NoticeKind::memberLeft);
+  EXPECT_EQ(kind(NoticeKind::memberAdded, byLID, ben), NoticeKind::memberAdded);
+}
+
 TEST(CanonicalPeople, ASenderWhoRemovedAMessageIsNoAdmin) {
   const auto remover = [](const Person& person, const std::string& senderJID, bool isGroup) {
     const MessageDetails details = unified({.content = DeletedMessage{.remover = person}}, senderJID, isGroup);

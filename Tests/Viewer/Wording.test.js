@@ -31,6 +31,11 @@ test('Marks without a partner stay as they were typed', async () => {
   assert.deepEqual(await made(...plain), plain);
 });
 
+test('A message of nothing but line breaks and a mark is drawn', async () => {
+  const [body] = await made('*a*' + '\n'.repeat(65_530));
+  assert.match(body, /^<strong>a<\/strong>\n/);
+});
+
 test('Mono protects what stands inside', async () => {
   assert.deepEqual(await made('```*a* _b_\n> c\n- d```', '`*x*`', '*a `_b_` c*'), [
     '<code>*a* _b_\n&gt; c\n- d</code>',

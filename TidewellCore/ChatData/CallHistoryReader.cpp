@@ -111,7 +111,7 @@ class CallTable {
     if (call.call.seconds == 0) call.call.seconds.reset();
     const bool isMissed = common.isMissed || row.integer(outcome_.place) == missedOutcome;
     call.call.isMissed = isMissed && call.isIncoming && !call.call.seconds;
-    call.call.isGroup = call.groupJID || call.participantJIDs.size() > 1;
+    call.call.isGroup = call.groupJID.has_value();
     return call;
   }
 

@@ -41,6 +41,7 @@ class Adding {
 
   // Those that a message names by their ID first, so that none of them is taken by time.
   void add(std::vector<PastCall> calls) {
+    for (PastCall& call : calls) leaveOutOwner(call.participantJIDs);
     std::erase_if(calls, [this](const PastCall& call) { return isToldByID(call); });
     for (const PastCall& call : calls) {
       const std::string person = personOf(chatJID(call));
@@ -55,10 +56,16 @@ class Adding {
     return JID::isLID(trimmed) ? tables_.directory.phoneJID(trimmed).value_or(trimmed) : trimmed;
   }
 
+  void leaveOutOwner(std::vector<std::string>& jids) const {
+    std::set<std::string> own;
+    for (const std::string& jid : tables_.ownJIDs) own.insert(personOf(jid));
+    std::erase_if(jids, [&](const std::string& jid) { return own.contains(personOf(jid)); });
+  }
+
   bool isGroup(const PastCall& call) const {
     std::set<std::string> people;
     for (const std::string& jid : call.participantJIDs) people.insert(personOf(jid));
-    return call.groupJID || (call.call.isGroup && (call.participantJIDs.size() < 2 || people.size() > 1));
+    return call.call.isGroup || people.size() > 1;
   }
 
   // No phone has keys that leave no room below them.

@@ -37,6 +37,13 @@ void unify(std::vector<Reaction>& reactions, const Canonical& canonical) {
   reactions.assign(std::make_move_iterator(newest.rbegin()), std::make_move_iterator(newest.rend()));
 }
 
+// Whoever adds or removes themselves joins or leaves.
+void unifyDoing(Notice& notice) {
+  if (notice.targets.size() != 1 || notice.actor != notice.targets.front()) return;
+  if (notice.kind == NoticeKind::memberAdded) notice.kind = NoticeKind::memberJoined;
+  if (notice.kind == NoticeKind::memberRemoved) notice.kind = NoticeKind::memberLeft;
+}
+
 }  // namespace
 
 void CanonicalPeople::unify(MessageDetails& details, const Canonical& canonical, const std::string& senderJID,
@@ -46,6 +53,7 @@ void CanonicalPeople::unify(MessageDetails& details, const Canonical& canonical,
   } else if (auto* notice = std::get_if<Notice>(&details.content)) {
     ::unify(notice->actor, canonical);
     ::unify(notice->targets, canonical);
+    unifyDoing(*notice);
   } else if (auto* deleted = std::get_if<DeletedMessage>(&details.content); deleted && deleted->remover) {
     ::unify(deleted->remover, canonical);
     const bool isSender = !deleted->remover->isOwner && (!isGroup || deleted->remover->jid == senderJID);

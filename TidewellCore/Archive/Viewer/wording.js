@@ -130,7 +130,18 @@ function nodesOfLines(wording) {
     else nodes.push(...inside);
     before = { isBlock, length: line.end - line.start };
   }
-  return nodes;
+  return joinedTexts(nodes);
+}
+
+// Texts side by side become one: a message may be nothing but line breaks, more than a call takes arguments.
+function joinedTexts(nodes) {
+  const joined = [];
+  for (const node of nodes) {
+    const last = joined.length - 1;
+    if (typeof node === "string" && typeof joined[last] === "string") joined[last] += node;
+    else joined.push(node);
+  }
+  return joined;
 }
 
 // `styles` hold a number for every character, null when all are plain; `atoms`, links
