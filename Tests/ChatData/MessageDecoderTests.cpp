@@ -189,7 +189,7 @@ TEST(MessageDecoder, ALinkHasAPreview) {
             of(preview, "see a.example"));
   const Bytes metadata = Protobuf().text(3, "About it").bytes();
   EXPECT_EQ(decode({.type = 7, .title = "A page", .mediaURL = "https://a.example/", .metadata = metadata}),
-            of(preview));
+            of(preview, "https://a.example/"));
   EXPECT_EQ(decode({.type = 7, .text = "https://a.example/", .linkURL = "https://a.example/"}),
             plain("https://a.example/"));
   EXPECT_EQ(decode({.type = 0, .text = "t", .linkURL = "https://a.example/", .linkTitle = "A page"}),
@@ -227,6 +227,14 @@ TEST(MessageDecoder, ATextBesideWhatABusinessSendsIsKept) {
   EXPECT_EQ(paragraphs("Which taste?"), (std::vector<std::string>{"Which taste?", "The bakery"}));
   EXPECT_EQ(paragraphs("Which taste?\nThe bakery"), std::vector<std::string>{"Which taste?\nThe bakery"});
   EXPECT_EQ(paragraphs("The bakery "), std::vector<std::string>{"The bakery"});
+}
+
+TEST(MessageDecoder, APreviewThatStandsAloneIsTheText) {
+  const DecodedMessage decoded = decode({.type = 7, .title = "A page", .mediaURL = "https://example.org/"});
+  EXPECT_EQ(decoded.text, "https://example.org/");
+  EXPECT_EQ(decoded.details.value().content,
+            MessageContent(LinkPreview{.url = "https://example.org/", .title = "A page"}));
+  EXPECT_EQ(decode({.type = 7, .title = "A page"}).text, "A page");
 }
 
 TEST(MessageDecoder, ATitleBesideATextIsKept) {

@@ -90,6 +90,10 @@ void link(Decoding& decoding) {
                       .title = BlobText::shortWords(isEmpty(row.linkTitle) ? row.title : row.linkTitle),
                       .summary = BlobText::shortWords(row.linkSummary)};
   if (!preview.summary) preview.summary = decoding.metadata.linkDescription;
+  // A preview that stands alone is what was sent.
+  for (const auto& words : {row.linkURL, row.mediaURL, row.linkTitle, row.title}) {
+    if (isEmpty(decoding.message.text)) decoding.message.text = words;
+  }
   if (preview.title || preview.summary) setContent(std::move(preview), decoding);
 }
 
