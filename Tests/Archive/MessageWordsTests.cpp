@@ -185,8 +185,8 @@ TEST(MessageWords, ACaptionIsKeptThoughTheWordsHoldIt) {
 TEST(MessageWords, AFactThatStandsInTheTextTooIsToldOnce) {
   EXPECT_EQ(words(Poll{.question = "Which day?"}, english, {.sender = "Ana", .text = "Which day? "}),
             "Poll: Which day?");
-  const BusinessText text{.paragraphs = {"Title", "Words"}};
-  EXPECT_EQ(words(text, english, {.sender = "Shop", .text = "Words"}), "Title\nWords");
+  const SharedLocation place{.name = "Blue Cafe"};
+  EXPECT_EQ(words(place, english, {.sender = "Ana", .text = "Blue Cafe"}), "Location: Blue Cafe");
 }
 
 TEST(MessageWords, WhatWasWrittenBesideAKindFollowsItsWords) {

@@ -59,7 +59,6 @@ struct Repeated {
     return said({product.title, product.description});
   }
   std::vector<std::string> operator()(const GroupInvite& invite) const { return said({invite.groupName}); }
-  std::vector<std::string> operator()(const BusinessText& text) const { return text.paragraphs; }
   std::vector<std::string> operator()(const MissingMedia& media) const { return said({media.fileName}); }
   std::vector<std::string> operator()(const auto&) const { return {}; }
 

@@ -36,6 +36,7 @@ class Adding {
       lower(lowestChat_, message.chatPK);
       lower(lowestMessage_, message.pk);
     }
+    for (const std::string& jid : tables.ownJIDs) own_.insert(personOf(jid));
     fileTold();
   }
 
@@ -57,9 +58,7 @@ class Adding {
   }
 
   void leaveOutOwner(std::vector<std::string>& jids) const {
-    std::set<std::string> own;
-    for (const std::string& jid : tables_.ownJIDs) own.insert(personOf(jid));
-    std::erase_if(jids, [&](const std::string& jid) { return own.contains(personOf(jid)); });
+    std::erase_if(jids, [&](const std::string& jid) { return own_.contains(personOf(jid)); });
   }
 
   bool isGroup(const PastCall& call) const {
@@ -161,6 +160,7 @@ class Adding {
 
   ChatTables& tables_;
   std::map<std::string, std::int64_t> recordsByPerson_;
+  std::set<std::string> own_;                              // the owner, as a person
   std::map<std::string, std::vector<Told>> toldByPerson_;  // by date
   std::map<std::pair<std::string, std::string_view>, Told*> toldByID_;
   // The lowest keys that are in use; those of what only calls tell of are below them.

@@ -5,6 +5,7 @@
 #include <iterator>
 #include <span>
 #include <string>
+#include <string_view>
 #include <unordered_set>
 
 #include "TidewellCore/Backup/DatabaseCheck.h"
@@ -50,9 +51,9 @@ constexpr const char* noChats =
     "It does not say which chats its messages belong to, so it is damaged. Copy the backup again from where it came, "
     "or make a new one with the iPhone.";
 
-// The media of the app whose chats are read.
+// The media of the app whose chats are read; good while the index lives.
 MediaPaths::Lookup filesOf(const ManifestStore& manifest) {
-  std::unordered_set<std::string> paths;
+  std::unordered_set<std::string_view> paths;
   for (const ManifestFile& file : manifest.media) {
     if (file.domain == manifest.chatStorage->domain) paths.insert(file.relativePath);
   }
