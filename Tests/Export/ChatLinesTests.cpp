@@ -30,7 +30,7 @@ MessageRecord& add(ChatTables& tables, std::int64_t pk, std::int64_t chat, std::
 
 std::vector<ArchiveMessage> messages(const ChatStorageSnapshot& snapshot, const std::string& jid,
                                      const TranscriptStyle& style = english) {
-  return ChatLines(snapshot).messages(jid, MediaLinks(nothing), style);
+  return ChatLines(snapshot).messages(jid, MediaLinks(nothing, {}), style);
 }
 
 std::vector<std::string> ids(const ChatStorageSnapshot& snapshot, const std::string& jid) {

@@ -52,6 +52,7 @@ TEST(DestinationIndex, FindsFoldersAndFilesHoweverTheyAreSpelt) {
   EXPECT_FALSE(index.contains("jos\u00E9/other.jpg"));
   EXPECT_EQ(index.url("jos\u00E9", "caf\u00E9.jpg"), root / "Jose\u0301/Cafe\u0301.jpg");
   EXPECT_FALSE(index.url("jos\u00E9", "other.jpg"));
+  EXPECT_EQ(index.place("jos\u00E9", "caf\u00E9.jpg"), (ExportPlace{.folder = "Jose\u0301", .name = "Cafe\u0301.jpg"}));
   EXPECT_EQ(index.mediaNameSets(), (FolderAllocator::FolderContents{{"Jose\u0301", {"caf\u00E9.jpg"}}}));
 }
 

@@ -13,9 +13,11 @@
 
 namespace {
 
+using ExportPlanner::Fate;
 using ExportPlanner::LeftoverFolders;
 using ExportPlanner::PlannedCopy;
 using ExportPlanner::Request;
+using ExportPlanner::Restored;
 using ExportTest::ana;
 using ExportTest::anaLID;
 using ExportTest::bea;
@@ -39,60 +41,63 @@ DestinationIndex indexWith(const std::string& folder, const std::vector<std::pai
   return index;
 }
 
+Fate movedFrom(const std::string& folder, const std::string& name) {
+  return ExportPlanner::Moved{.from = {.folder = folder, .name = name}};
+}
+
 TEST(ExportPlanner, PlansACopyForEachRequestInTheirOrder) {
   DestinationIndex index{.destination = "/out/messages"};
   const std::vector<Request> requests{request("b.jpg", 1), request("a.jpg", 2, bea)};
   const auto plan = ExportPlanner::plan(requests, foldersOf({{ana, "Ana"}, {bea, "Bea"}}), {}, index);
   ASSERT_EQ(plan.size(), 2U);
   EXPECT_EQ(plan[0], (PlannedCopy{.source = "/backup/b.jpg",
-                                  .dest = "/out/messages/Ana/b.jpg",
+                                  .dest = {.folder = "Ana", .name = "b.jpg"},
                                   .date = dateFromUnixTime(5),
                                   .relativePath = "Message/Media/" + ana + "/a/b/b.jpg",
                                   .desiredName = "b.jpg",
-                                  .exportedName = "b.jpg",
                                   .chatJID = canonical(ana),
                                   .kind = MediaKind::photos,
                                   .sourceSize = 1,
                                   .encryptionKey = Bytes{1, 2}}));
-  EXPECT_EQ(plan[1].dest, "/out/messages/Bea/a.jpg");
+  EXPECT_EQ(plan[1].dest, (ExportPlace{.folder = "Bea", .name = "a.jpg"}));
 }
 
 TEST(ExportPlanner, AFileOfThatNameAndSizeIsThereAlready) {
   DestinationIndex index = indexWith("Ana", {{"2023-01-01_101010_a.jpg", 10}});
   const auto plan = ExportPlanner::plan({request("2023-01-01_101010_a.jpg", 10)}, foldersOf({{ana, "Ana"}}), {}, index);
-  EXPECT_TRUE(plan[0].alreadyPresent);
-  EXPECT_EQ(plan[0].exportedName, "2023-01-01_101010_a.jpg");
+  EXPECT_TRUE(plan[0].alreadyPresent());
+  EXPECT_EQ(plan[0].dest.name, "2023-01-01_101010_a.jpg");
 }
 
 TEST(ExportPlanner, AFileOfThatNameAndAnotherSizeIsKeptBesideTheNewCopy) {
   DestinationIndex index = indexWith("Ana", {{"2023-01-01_101010_a.jpg", 11}});
   const auto plan = ExportPlanner::plan({request("2023-01-01_101010_a.jpg", 10)}, foldersOf({{ana, "Ana"}}), {}, index);
-  EXPECT_FALSE(plan[0].alreadyPresent);
-  EXPECT_EQ(plan[0].dest, "/out/messages/Ana/2023-01-01_101010_a-2.jpg");
+  EXPECT_FALSE(plan[0].alreadyPresent());
+  EXPECT_EQ(plan[0].dest, (ExportPlace{.folder = "Ana", .name = "2023-01-01_101010_a-2.jpg"}));
 }
 
 TEST(ExportPlanner, OfTwoEqualRequestsOnlyOneCanBeThereAlready) {
   DestinationIndex index = indexWith("Ana", {{"a.jpg", 10}});
   const std::vector<Request> requests{request("a.jpg", 10), request("a.jpg", 10), request("A.jpg", 10)};
   const auto plan = ExportPlanner::plan(requests, foldersOf({{ana, "Ana"}}), {}, index);
-  EXPECT_TRUE(plan[0].alreadyPresent);
-  EXPECT_FALSE(plan[1].alreadyPresent);
-  EXPECT_EQ(plan[1].exportedName, "a-2.jpg");
-  EXPECT_FALSE(plan[2].alreadyPresent);
-  EXPECT_EQ(plan[2].exportedName, "A-3.jpg");
+  EXPECT_TRUE(plan[0].alreadyPresent());
+  EXPECT_FALSE(plan[1].alreadyPresent());
+  EXPECT_EQ(plan[1].dest.name, "a-2.jpg");
+  EXPECT_FALSE(plan[2].alreadyPresent());
+  EXPECT_EQ(plan[2].dest.name, "A-3.jpg");
 }
 
 TEST(ExportPlanner, NamesAreUniqueWithinAFolderOnly) {
   DestinationIndex index{.destination = "/out/messages"};
   const std::vector<Request> requests{request("a.jpg", 1), request("a.jpg", 1, bea)};
   const auto plan = ExportPlanner::plan(requests, foldersOf({{ana, "Ana"}, {bea, "Bea"}}), {}, index);
-  EXPECT_EQ(plan[1].dest, "/out/messages/Bea/a.jpg");
+  EXPECT_EQ(plan[1].dest, (ExportPlace{.folder = "Bea", .name = "a.jpg"}));
 }
 
 TEST(ExportPlanner, AnUnknownSizeIsNeverThereAlready) {
   DestinationIndex index = indexWith("Ana", {{"a.jpg", 0}});
-  EXPECT_FALSE(
-      ExportPlanner::plan({request("a.jpg", -1)}, foldersOf({{ana, "Ana"}}), {}, index).front().alreadyPresent);
+  EXPECT_EQ(ExportPlanner::plan({request("a.jpg", -1)}, foldersOf({{ana, "Ana"}}), {}, index).front().fate,
+            Fate(ExportPlanner::Lost()));
 }
 
 TEST(ExportPlanner, TakesAFileOutOfTheChatsFormerFolder) {
@@ -101,20 +106,19 @@ TEST(ExportPlanner, TakesAFileOutOfTheChatsFormerFolder) {
   const LeftoverFolders leftovers{{canonical(ana), {"Gone", "Old"}}};
   const std::vector<Request> requests{request("a.jpg", 10), request("a.jpg", 10)};
   const auto plan = ExportPlanner::plan(requests, foldersOf({{ana, "Ana"}}), leftovers, index);
-  EXPECT_EQ(plan[0].source, "/out/messages/Old/a-2.jpg");
-  EXPECT_EQ(plan[0].leftoverFolder, "Old");
-  EXPECT_EQ(plan[0].dest, "/out/messages/Ana/a-2.jpg");
-  EXPECT_FALSE(plan[0].alreadyPresent);
+  EXPECT_EQ(plan[0].fate, movedFrom("Old", "a-2.jpg"));
+  EXPECT_EQ(plan[0].dest, (ExportPlace{.folder = "Ana", .name = "a-2.jpg"}));
+  EXPECT_FALSE(plan[0].alreadyPresent());
   EXPECT_FALSE(index.contains("Old/a-2.jpg"));
-  EXPECT_EQ(plan[1].source, "/backup/a.jpg") << "one file is moved once";
-  EXPECT_EQ(plan[1].exportedName, "a-3.jpg");
+  EXPECT_EQ(plan[1].fate, Fate(Restored())) << "one file is moved once";
+  EXPECT_EQ(plan[1].dest.name, "a-3.jpg");
 }
 
 TEST(ExportPlanner, LeavesTheFormerFoldersOfOtherChatsAlone) {
   DestinationIndex index = indexWith("Old", {{"a.jpg", 10}});
   const auto plan =
       ExportPlanner::plan({request("a.jpg", 10)}, foldersOf({{ana, "Ana"}}), {{canonical(bea), {"Old"}}}, index);
-  EXPECT_FALSE(plan[0].leftoverFolder);
+  EXPECT_EQ(plan[0].fate, Fate(Restored()));
 }
 
 TEST(ExportPlanner, TwentyThousandOfOneNameArePlannedSoonAndAreThereTheNextTime) {
@@ -124,12 +128,12 @@ TEST(ExportPlanner, TwentyThousandOfOneNameArePlannedSoonAndAreThereTheNextTime)
     DestinationIndex index{.destination = "/out/messages"};
     const auto begin = std::chrono::steady_clock::now();
     const auto plan = ExportPlanner::plan(requests, foldersOf({{ana, "Ana"}}), {}, index);
-    EXPECT_EQ(plan.back().exportedName, "a-20000.jpg");
-    for (const PlannedCopy& copy : plan) index.addFile("Ana", copy.exportedName, copy.sourceSize);
+    EXPECT_EQ(plan.back().dest.name, "a-20000.jpg");
+    for (const PlannedCopy& copy : plan) index.addFile("Ana", copy.dest.name, copy.sourceSize);
     const auto later = ExportPlanner::plan(requests, foldersOf({{ana, "Ana"}}), {}, index);
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
     for (std::size_t place = 0; place < plan.size(); ++place) {
-      ASSERT_TRUE(later[place].alreadyPresent) << place;
+      ASSERT_TRUE(later[place].alreadyPresent()) << place;
       ASSERT_EQ(later[place].dest, plan[place].dest);
     }
   }
@@ -139,8 +143,8 @@ TEST(ExportPlanner, NamesFilesInTheFormOfTheDestination) {
   DestinationIndex index{.destination = "/out/messages", .nameForm = NameForm::portable};
   const std::vector<Request> requests{request("what?.jpg", 1), request("what*.jpg", 2)};
   const auto plan = ExportPlanner::plan(requests, foldersOf({{ana, "Ana"}}), {}, index);
-  EXPECT_EQ(plan[0].exportedName, "what-.jpg");
-  EXPECT_EQ(plan[1].exportedName, "what--2.jpg");
+  EXPECT_EQ(plan[0].dest.name, "what-.jpg");
+  EXPECT_EQ(plan[1].dest.name, "what--2.jpg");
 }
 
 TEST(ExportPlanner, KnowsAFileInTheOtherFormOfItsName) {
@@ -148,7 +152,7 @@ TEST(ExportPlanner, KnowsAFileInTheOtherFormOfItsName) {
     DestinationIndex index = indexWith("Ana", {{form == NameForm::plain ? "what-.jpg" : "what?.jpg", 10}});
     index.nameForm = form;
     const auto plan = ExportPlanner::plan({request("what?.jpg", 10)}, foldersOf({{ana, "Ana"}}), {}, index);
-    EXPECT_TRUE(plan[0].alreadyPresent);
+    EXPECT_TRUE(plan[0].alreadyPresent());
   }
 }
 
@@ -156,26 +160,26 @@ TEST(ExportPlanner, AFileInTheOtherFormIsNotTakenFromTheOneThatIsCalledSo) {
   DestinationIndex index = indexWith("Ana", {{"what-.jpg", 10}});
   const std::vector<Request> requests{request("what?.jpg", 10), request("what-.jpg", 10)};
   const auto plan = ExportPlanner::plan(requests, foldersOf({{ana, "Ana"}}), {}, index);
-  EXPECT_FALSE(plan[0].alreadyPresent);
-  EXPECT_EQ(plan[0].exportedName, "what?.jpg");
-  EXPECT_TRUE(plan[1].alreadyPresent);
+  EXPECT_FALSE(plan[0].alreadyPresent());
+  EXPECT_EQ(plan[0].dest.name, "what?.jpg");
+  EXPECT_TRUE(plan[1].alreadyPresent());
 }
 
 TEST(ExportPlanner, AFileThatIsCalledLikeAnothersVariantKeepsItsCopy) {
   DestinationIndex index = indexWith("Ana", {{"report-2.pdf", 10}});
   const std::vector<Request> requests{request("report.pdf", 10), request("report-2.pdf", 10)};
   const auto plan = ExportPlanner::plan(requests, foldersOf({{ana, "Ana"}}), {}, index);
-  EXPECT_FALSE(plan[0].alreadyPresent);
-  EXPECT_EQ(plan[0].exportedName, "report.pdf");
-  EXPECT_TRUE(plan[1].alreadyPresent);
+  EXPECT_FALSE(plan[0].alreadyPresent());
+  EXPECT_EQ(plan[0].dest.name, "report.pdf");
+  EXPECT_TRUE(plan[1].alreadyPresent());
 }
 
 TEST(ExportPlanner, MovesAFileInTheOtherFormOutOfTheFormerFolder) {
   DestinationIndex index = indexWith("Old", {{"what-.jpg", 10}});
   const auto plan =
       ExportPlanner::plan({request("what?.jpg", 10)}, foldersOf({{ana, "Ana"}}), {{canonical(ana), {"Old"}}}, index);
-  EXPECT_EQ(plan[0].leftoverFolder, "Old");
-  EXPECT_EQ(plan[0].exportedName, "what?.jpg");
+  EXPECT_EQ(plan[0].fate, movedFrom("Old", "what-.jpg"));
+  EXPECT_EQ(plan[0].dest.name, "what?.jpg");
 }
 
 TEST(ExportPlanner, CanBeCancelled) {
@@ -219,9 +223,9 @@ TEST(ExportPlanner, AFolderInUseIsNobodysFormerFolder) {
 
 TEST(ExportPlan, CountsOnlyTheBytesThatAreToBeWritten) {
   const ExportPlan plan{.copies = {{.sourceSize = 100},
-                                   {.sourceSize = 20, .alreadyPresent = true},
-                                   {.sourceSize = 3, .leftoverFolder = "Old"},
-                                   {.sourceSize = -1}}};
+                                   {.sourceSize = 20, .fate = ExportPlanner::Present()},
+                                   {.sourceSize = 3, .fate = movedFrom("Old", "a.jpg")},
+                                   {.sourceSize = -1, .fate = ExportPlanner::Lost()}}};
   EXPECT_EQ(plan.bytesToCopy(), 100);
 }
 

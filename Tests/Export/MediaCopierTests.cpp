@@ -15,6 +15,7 @@
 #include "Tests/Export/ExportScene.h"
 #include "Tests/Support/RefusedCall.h"
 #include "Tests/Support/TemporaryDirectory.h"
+#include "TidewellCore/Export/MediaResult.h"
 #include "TidewellCore/TidewellError.h"
 
 namespace {
@@ -24,7 +25,16 @@ using ExportPlanner::PlannedCopy;
 using ExportTest::filesBelow;
 using Fixture::writeFile;
 using Files = std::map<std::string, std::string>;
-using Outcome = MediaCopier::Outcome;
+using Outcome = MediaResult::Outcome;
+
+// A copy of `bytes` bytes that stands in Ana's folder.
+MediaResult copied(const std::string& name, std::int64_t bytes = 6) {
+  return {.place = {.folder = "Ana", .name = name}, .outcome = Outcome::copied, .copiedBytes = bytes};
+}
+
+MediaResult there(const std::string& name) {
+  return {.place = {.folder = "Ana", .name = name}, .outcome = Outcome::wasThere};
+}
 
 // A stored file "source" of 6 bytes, and a content root.
 struct MediaCopierTest : testing::Test {
@@ -36,42 +46,55 @@ struct MediaCopierTest : testing::Test {
 
   PlannedCopy copyTo(const std::string& name) const {
     return {.source = source,
-            .dest = root / "Ana" / name,
+            .dest = {.folder = "Ana", .name = name},
             .date = dateFromUnixTime(1'600'000'000),
             .desiredName = name,
-            .exportedName = name,
             .sourceSize = 6};
   }
 
-  Outcome carryOut(PlannedCopy& copy, const CancellationCheck& isCancelled = {}) {
+  // The copy of seven bytes that an earlier export left in a former folder.
+  PlannedCopy moveTo(const std::string& name) const {
+    PlannedCopy copy = copyTo(name);
+    copy.fate = ExportPlanner::Moved{.from = {.folder = "Old", .name = "a.jpg"}};
+    copy.sourceSize = 7;
+    return copy;
+  }
+
+  static SettledCopy settled(MediaCopier& copier, const PlannedCopy& copy) {
+    const std::optional<SettledCopy> atOnce = copier.carryOut(copy);
+    const SettledCopy settled = atOnce ? *atOnce : copier.settle().at(0);
+    EXPECT_EQ(settled.copy, &copy);
+    return settled;
+  }
+
+  // Throws what the copy failed with.
+  MediaResult carryOut(const PlannedCopy& copy, const CancellationCheck& isCancelled = {}) const {
     const OpenedBackup opened = OpenedBackup::open(folder / "device", std::nullopt);
     const FlushPoint disk(root);
     MediaCopier copier(opened, index, disk, isCancelled);
-    const Outcome outcome = copier.carryOut(copy);
-    return settle(copier) ? Outcome::alreadyPresent : outcome;
-  }
-  Outcome carryOut(PlannedCopy&& copy, const CancellationCheck& isCancelled = {}) {
-    return carryOut(copy, isCancelled);
+    const SettledCopy one = settled(copier, copy);
+    if (one.failure) std::rethrow_exception(one.failure);
+    return MediaResult::of(one);
   }
 
-  // Whether anything stood there already.
-  static bool settle(MediaCopier& copier) {
-    bool wasThere = false;
-    for (const auto& settled : copier.settle()) {
-      if (settled.failure) std::rethrow_exception(settled.failure);
-      wasThere |= settled.wasThere;
-    }
-    return wasThere;
+  // What came of a copy that fails.
+  MediaResult failed(const PlannedCopy& copy) const {
+    const OpenedBackup opened = OpenedBackup::open(folder / "device", std::nullopt);
+    const FlushPoint disk(root);
+    MediaCopier copier(opened, index, disk, {});
+    const SettledCopy one = settled(copier, copy);
+    EXPECT_TRUE(one.failure);
+    return MediaResult::of(one);
   }
 
   // Why a copy fails that is carried out.
-  std::optional<FailureReason> reasonOf(PlannedCopy copy) {
+  std::optional<FailureReason> reasonOf(const PlannedCopy& copy) const {
     const OpenedBackup opened = OpenedBackup::open(folder / "device", std::nullopt);
     const FlushPoint disk(root);
     MediaCopier copier(opened, index, disk, {});
     try {
-      copier.carryOut(copy);
-      settle(copier);
+      const SettledCopy one = settled(copier, copy);
+      if (one.failure) std::rethrow_exception(one.failure);
     } catch (const std::exception& error) {
       return copier.reasonOf(error, copy);
     }
@@ -79,7 +102,7 @@ struct MediaCopierTest : testing::Test {
   }
 
   // The same where no file may become larger, as on the file systems of old memory cards.
-  std::optional<FailureReason> reasonWithLargestFile(rlim_t byteCount, const PlannedCopy& copy) {
+  std::optional<FailureReason> reasonWithLargestFile(rlim_t byteCount, const PlannedCopy& copy) const {
     rlimit before{};
     ::getrlimit(RLIMIT_FSIZE, &before);
     const auto handler = std::signal(SIGXFSZ, SIG_IGN);
@@ -91,7 +114,7 @@ struct MediaCopierTest : testing::Test {
     return reason;
   }
 
-  void removeEmptied(const ExportPlanner::LeftoverFolders& leftovers) {
+  void removeEmptied(const ExportPlanner::LeftoverFolders& leftovers) const {
     const OpenedBackup opened = OpenedBackup::open(folder / "device", std::nullopt);
     const FlushPoint disk(root);
     MediaCopier(opened, index, disk, {}).removeEmptied(leftovers);
@@ -104,39 +127,30 @@ struct MediaCopierTest : testing::Test {
 };
 
 TEST_F(MediaCopierTest, MakesTheFolderAndTheFileWithTheMessagesDate) {
-  EXPECT_EQ(carryOut(copyTo("a.jpg")), Outcome::written);
+  EXPECT_EQ(carryOut(copyTo("a.jpg")), copied("a.jpg"));
   EXPECT_EQ(filesBelow(root), (Files{{"Ana/a.jpg", "stored"}}));
   EXPECT_EQ(ExportTest::modified(root / "Ana/a.jpg"), 1'600'000'000);
-  ASSERT_TRUE(index.contains("Ana/a.jpg"));
-  EXPECT_EQ(index.file("Ana", "a.jpg")->size, 6);
 }
 
 TEST_F(MediaCopierTest, DoesNotTouchAFileThatIsThereAlready) {
   PlannedCopy copy = copyTo("a.jpg");
-  copy.alreadyPresent = true;
-  EXPECT_EQ(carryOut(copy), Outcome::alreadyPresent);
+  copy.fate = ExportPlanner::Present();
+  EXPECT_EQ(carryOut(copy), there("a.jpg"));
   EXPECT_EQ(filesBelow(root), Files{});
 }
 
 TEST_F(MediaCopierTest, TakesAFileOfTheSameContentThatCameSinceThePlanForTheCopy) {
   writeFile(root / "Ana/a.jpg", "stored");
-  EXPECT_EQ(carryOut(copyTo("a.jpg")), Outcome::alreadyPresent);
+  EXPECT_EQ(carryOut(copyTo("a.jpg")), there("a.jpg"));
   EXPECT_EQ(filesBelow(root), (Files{{"Ana/a.jpg", "stored"}}));
-  EXPECT_TRUE(index.contains("Ana/a.jpg"));
 }
 
 TEST_F(MediaCopierTest, KeepsWhateverElseCameSinceThePlanAndTakesTheNextName) {
   for (const std::string content : {"sextet", "half"}) {
     writeFile(root / "Ana/a.jpg", content);
-    PlannedCopy copy = copyTo("a.jpg");
-    EXPECT_EQ(carryOut(copy), Outcome::written);
+    EXPECT_EQ(carryOut(copyTo("a.jpg")), copied("a-2.jpg"));
     EXPECT_EQ(filesBelow(root), (Files{{"Ana/a.jpg", content}, {"Ana/a-2.jpg", "stored"}}));
-    EXPECT_EQ(copy.exportedName, "a-2.jpg");
-    EXPECT_EQ(copy.dest, root / "Ana/a-2.jpg");
-    EXPECT_TRUE(index.contains("Ana/a-2.jpg"));
-    EXPECT_FALSE(index.contains("Ana/a.jpg"));
     fs::remove_all(root / "Ana");
-    index = {.destination = root};
   }
 }
 
@@ -145,14 +159,13 @@ TEST_F(MediaCopierTest, TheNextNameIsOneThatALaterExportKnowsAgain) {
   writeFile(root / "Ana/a-3.jpg", "half a loaf");
   PlannedCopy copy = copyTo("a-2.jpg");
   copy.desiredName = "a.jpg";
-  EXPECT_EQ(carryOut(copy), Outcome::written);
-  EXPECT_EQ(copy.exportedName, "a-4.jpg");
+  EXPECT_EQ(carryOut(copy), copied("a-4.jpg"));
   EXPECT_EQ(ExportTest::textOf(root / "Ana/a-4.jpg"), "stored");
 }
 
 TEST_F(MediaCopierTest, ReplacesAnEmptyFile) {
   writeFile(root / "Ana/a.jpg", "");
-  EXPECT_EQ(carryOut(copyTo("a.jpg")), Outcome::written);
+  EXPECT_EQ(carryOut(copyTo("a.jpg")), copied("a.jpg"));
   EXPECT_EQ(filesBelow(root), (Files{{"Ana/a.jpg", "stored"}}));
 }
 
@@ -167,7 +180,7 @@ TEST_F(MediaCopierTest, ALinkMakesRoomAndAFolderDoesNot) {
   writeFile(folder / "own", "half");
   fs::create_directories(root / "Ana/b.jpg");
   fs::create_symlink(folder / "own", root / "Ana/a.jpg");
-  EXPECT_EQ(carryOut(copyTo("a.jpg")), Outcome::written);
+  EXPECT_EQ(carryOut(copyTo("a.jpg")), copied("a.jpg"));
   EXPECT_THROW(carryOut(copyTo("b.jpg")), CopyError);
   EXPECT_EQ(ExportTest::textOf(root / "Ana/a.jpg"), "stored");
   EXPECT_TRUE(fs::is_symlink(root / "Ana/a-2.jpg"));
@@ -180,13 +193,13 @@ TEST_F(MediaCopierTest, AFileOfAnotherSizeThanPlannedIsAFailureThatLeavesNothing
   PlannedCopy copy = copyTo("a.jpg");
   copy.sourceSize = 7;
   EXPECT_EQ(reasonOf(copy), FailureReason::cutShort);
+  EXPECT_EQ(failed(copy), (MediaResult{.place = copy.dest}));
   EXPECT_EQ(filesBelow(root), Files{});
-  EXPECT_FALSE(index.contains("Ana/a.jpg"));
 }
 
 TEST_F(MediaCopierTest, AFileThatCannotBeReadMakesNoFolder) {
   PlannedCopy copy = copyTo("a.jpg");
-  copy.sourceSize = -1;
+  copy.fate = ExportPlanner::Lost();
   EXPECT_EQ(reasonOf(copy), FailureReason::cutShort);
   EXPECT_TRUE(fs::is_empty(root));
 }
@@ -196,7 +209,7 @@ TEST_F(MediaCopierTest, TellsWhyAFileCannotBeRead) {
   PlannedCopy copy = copyTo("b.jpg");
   copy.source = folder / "nowhere";
   EXPECT_EQ(reasonOf(copy), FailureReason::missing);
-  copy.sourceSize = -1;
+  copy.fate = ExportPlanner::Lost();
   EXPECT_EQ(reasonOf(copy), FailureReason::missing);
   copy.source.clear();
   EXPECT_EQ(reasonOf(copy), FailureReason::missing);
@@ -210,7 +223,7 @@ TEST_F(MediaCopierTest, TellsWhyAFileCannotBeRead) {
 TEST_F(MediaCopierTest, TellsWhyAFileCannotBeWritten) {
   index.unreadableFolders.insert("Bea");
   PlannedCopy copy = copyTo("a.jpg");
-  copy.dest = root / "Bea/a.jpg";
+  copy.dest.folder = "Bea";
   EXPECT_EQ(reasonOf(copy), FailureReason::unwritable) << "nobody knows what stands there";
   fs::create_directories(root / "Ana/b.jpg");
   EXPECT_EQ(reasonOf(copyTo("b.jpg")), FailureReason::placeTaken);
@@ -218,16 +231,11 @@ TEST_F(MediaCopierTest, TellsWhyAFileCannotBeWritten) {
 
 TEST_F(MediaCopierTest, AFileInAChatsPlaceMakesRoom) {
   writeFile(root / "Ana", "a file in a folder's place");
-  EXPECT_EQ(carryOut(copyTo("a.jpg")), Outcome::written);
+  EXPECT_EQ(carryOut(copyTo("a.jpg")), copied("a.jpg"));
   EXPECT_EQ(filesBelow(root), (Files{{"Ana/a.jpg", "stored"}, {"Ana-2", "a file in a folder's place"}}));
 }
 
-TEST_F(MediaCopierTest, TellsThatAFormerCopyIsGone) {
-  PlannedCopy copy = copyTo("a.jpg");
-  copy.source = root / "Old/a.jpg";
-  copy.leftoverFolder = "Old";
-  EXPECT_EQ(reasonOf(copy), FailureReason::unwritable);
-}
+TEST_F(MediaCopierTest, TellsThatAFormerCopyIsGone) { EXPECT_EQ(reasonOf(moveTo("a.jpg")), FailureReason::unwritable); }
 
 TEST_F(MediaCopierTest, TellsThatAFileIsTooLargeForTheDrive) {
   constexpr rlim_t limit = 1 << 20;
@@ -260,17 +268,11 @@ TEST_F(MediaCopierTest, ACancelledCopyLeavesNothing) {
 
 TEST_F(MediaCopierTest, MovesAFileOutOfAFormerFolder) {
   writeFile(root / "Old/a.jpg", "earlier");
-  index.addFile("Old", "a.jpg", 7);
-  PlannedCopy copy = copyTo("b.jpg");
-  copy.source = root / "Old/a.jpg";
-  copy.leftoverFolder = "Old";
-  copy.sourceSize = 7;
+  PlannedCopy copy = moveTo("b.jpg");
   copy.encryptionKey = Bytes(44, 7);
-  EXPECT_EQ(carryOut(copy), Outcome::moved);
+  EXPECT_EQ(carryOut(copy), copied("b.jpg", 7));
   EXPECT_EQ(filesBelow(root), (Files{{"Ana/b.jpg", "earlier"}}));
   EXPECT_EQ(ExportTest::modified(root / "Ana/b.jpg"), 1'600'000'000);
-  EXPECT_TRUE(index.contains("Ana/b.jpg"));
-  EXPECT_FALSE(index.contains("Old/a.jpg"));
 }
 
 // On a system that gives no more threads the flush waits its turn.
@@ -291,13 +293,18 @@ TEST_F(MediaCopierTest, CopiesWithoutAThreadForTheFlush) {
 TEST_F(MediaCopierTest, AMovedFileNeverReplacesAnother) {
   writeFile(root / "Old/a.jpg", "earlier");
   writeFile(root / "Ana/b.jpg", "other");
-  PlannedCopy copy = copyTo("b.jpg");
-  copy.source = root / "Old/a.jpg";
-  copy.leftoverFolder = "Old";
-  copy.sourceSize = 7;
-  EXPECT_EQ(carryOut(copy), Outcome::moved);
+  EXPECT_EQ(carryOut(moveTo("b.jpg")), copied("b-2.jpg", 7));
   EXPECT_EQ(filesBelow(root), (Files{{"Ana/b.jpg", "other"}, {"Ana/b-2.jpg", "earlier"}}));
-  EXPECT_EQ(copy.exportedName, "b-2.jpg");
+}
+
+TEST_F(MediaCopierTest, TellsWhichNameWasTakenLastWhenACopyFails) {
+  for (const PlannedCopy& copy : {copyTo("b.jpg"), moveTo("b.jpg")}) {
+    writeFile(root / "Old/a.jpg", "earlier");
+    writeFile(root / "Ana/b.jpg", "other");
+    fs::create_directories(root / "Ana/b-2.jpg");
+    EXPECT_EQ(failed(copy), (MediaResult{.place = {.folder = "Ana", .name = "b-2.jpg"}}));
+    EXPECT_EQ(ExportTest::textOf(root / "Old/a.jpg"), "earlier");
+  }
 }
 
 TEST_F(MediaCopierTest, RemovesAFormerFolderThatHoldsNothingMoreThanTranscripts) {

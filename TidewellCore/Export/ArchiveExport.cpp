@@ -78,7 +78,7 @@ std::int64_t unresolvedLinks(const ArchiveChat& chat, const MediaKinds& kinds) {
 ArchiveExport::Outcome ArchiveExport::write(const Source& source, const Setting& setting, FailureLog& failures,
                                             const CancellationCheck& isCancelled, ProgressReporter& progress) {
   const ChatLines lines(source.backup.snapshot);
-  const MediaLinks links(source.plan);
+  const MediaLinks links(source.plan, source.media);
   std::vector<ArchiveChat> chats = lines.chats(source.plan.folders);
   progress.begin(ExportProgress::Phase::writingTranscripts, static_cast<std::int64_t>(chats.size()));
   Writing writing(source, setting, failures);

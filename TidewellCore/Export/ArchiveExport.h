@@ -5,6 +5,7 @@
 #include "TidewellCore/Export/ChatLines.h"
 #include "TidewellCore/Export/ExportPlan.h"
 #include "TidewellCore/Export/FailureLog.h"
+#include "TidewellCore/Export/MediaResult.h"
 #include "TidewellCore/Export/ProgressReporter.h"
 
 // The part of an export that people read: the transcripts in the chats'
@@ -13,7 +14,8 @@ namespace ArchiveExport {
 
 struct Source {
   const BackupSource& backup;
-  const ExportPlan& plan;  // carried out
+  const ExportPlan& plan;
+  const std::vector<MediaResult>& media;  // of the plan's copies
 };
 
 struct Setting {

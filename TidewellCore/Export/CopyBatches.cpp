@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "TidewellCore/Export/CopyPlace.h"
+#include "TidewellCore/Platform/FailureOf.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/SaturatingAdd.h"
 #include "TidewellCore/TidewellError.h"
@@ -19,16 +20,6 @@ constexpr std::int64_t mostBytes = 256 << 20;
 // A file that a slow disk takes at once, or nearly so.
 constexpr std::int64_t largestInHaste = 1 << 20;
 
-template <typename Work>
-std::exception_ptr failureOf(Work work) {
-  try {
-    work();
-    return nullptr;
-  } catch (...) {
-    return std::current_exception();
-  }
-}
-
 }  // namespace
 
 CopyBatches::~CopyBatches() {
@@ -38,15 +29,15 @@ CopyBatches::~CopyBatches() {
   }
 }
 
-void CopyBatches::add(ExportPlanner::PlannedCopy& copy, fs::path partial) {
+void CopyBatches::add(const ExportPlanner::PlannedCopy& copy, fs::path partial) {
   gathered_.push_back({.copy = &copy, .partial = std::move(partial)});
   bytes_ = saturatingAdd(bytes_, copy.sourceSize);
 }
 
 bool CopyBatches::isFull() const { return gathered_.size() >= mostFiles || bytes_ >= mostBytes; }
 
-std::vector<CopyBatches::Settled> CopyBatches::turnOver() {
-  std::vector<Settled> settled = awaitFlush();
+std::vector<SettledCopy> CopyBatches::turnOver() {
+  std::vector<SettledCopy> settled = awaitFlush();
   if (isInHaste_) return settled;
   onTheirWay_ = std::exchange(gathered_, {});
   bytes_ = 0;
@@ -65,16 +56,16 @@ std::vector<CopyBatches::Settled> CopyBatches::turnOver() {
   return settled;
 }
 
-std::vector<CopyBatches::Settled> CopyBatches::settle() {
-  std::vector<Settled> settled = turnOver();
+std::vector<SettledCopy> CopyBatches::settle() {
+  std::vector<SettledCopy> settled = turnOver();
   std::ranges::move(awaitFlush(), std::back_inserter(settled));
   return settled;
 }
 
-std::vector<CopyBatches::Settled> CopyBatches::settleInHaste() {
+std::vector<SettledCopy> CopyBatches::settleInHaste() {
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(1);
   isInHaste_ = true;
-  std::vector<Settled> settled = awaitFlush();
+  std::vector<SettledCopy> settled = awaitFlush();
   for (const Waiting& waiting : gathered_) {
     if (lost_ || std::chrono::steady_clock::now() >= end) break;
     if (waiting.copy->sourceSize > largestInHaste) continue;
@@ -97,8 +88,8 @@ CopyBatches::Flushed CopyBatches::flush(const std::vector<fs::path>& partials) c
   return flushed;
 }
 
-std::vector<CopyBatches::Settled> CopyBatches::awaitFlush() {
-  std::vector<Settled> settled;
+std::vector<SettledCopy> CopyBatches::awaitFlush() {
+  std::vector<SettledCopy> settled;
   if (!flushing_.valid()) return settled;
   constexpr auto patience = std::chrono::milliseconds(100);
   while (flushing_.wait_for(patience) == std::future_status::timeout) {
@@ -113,9 +104,10 @@ std::vector<CopyBatches::Settled> CopyBatches::awaitFlush() {
   return settled;
 }
 
-CopyBatches::Settled CopyBatches::moved(const Waiting& waiting, std::exception_ptr failure) {
-  Settled one{.copy = waiting.copy, .failure = std::move(failure)};
-  if (!one.failure) one.failure = failureOf([&] { one.wasThere = !CopyPlace::give(*one.copy, waiting.partial); });
-  if (one.failure || one.wasThere) Files::removeQuietly(waiting.partial);
-  return one;
+SettledCopy CopyBatches::moved(const Waiting& waiting, std::exception_ptr failure) const {
+  const SettledCopy settled =
+      failure ? SettledCopy{.copy = waiting.copy, .place = waiting.copy->dest, .failure = std::move(failure)}
+              : CopyPlace::give(*waiting.copy, contentRoot_, waiting.partial);
+  if (settled.failure || settled.wasThere) Files::removeQuietly(waiting.partial);
+  return settled;
 }

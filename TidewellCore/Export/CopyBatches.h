@@ -7,7 +7,7 @@
 #include <future>
 #include <vector>
 
-#include "TidewellCore/Export/ExportPlanner.h"
+#include "TidewellCore/Export/SettledCopy.h"
 #include "TidewellCore/Platform/Cancellation.h"
 #include "TidewellCore/Platform/FlushPoint.h"
 
@@ -19,36 +19,31 @@ class CopyBatches {
  public:
   // `disk` must outlive it. When `isCancelled` says so, no more flush is begun, and
   // files that wait for their own fail with TidewellError::cancelled; the rest is left to `settleInHaste`.
-  explicit CopyBatches(const FlushPoint& disk, CancellationCheck isCancelled = {})
-      : disk_(disk), isCancelled_(std::move(isCancelled)) {}
+  CopyBatches(std::filesystem::path contentRoot, const FlushPoint& disk, CancellationCheck isCancelled = {})
+      : contentRoot_(std::move(contentRoot)), disk_(disk), isCancelled_(std::move(isCancelled)) {}
   ~CopyBatches();
   CopyBatches(const CopyBatches&) = delete;
   CopyBatches& operator=(const CopyBatches&) = delete;
 
-  // `copy` must stay where it is until it is settled, and is told the place that it is really given.
-  void add(ExportPlanner::PlannedCopy& copy, std::filesystem::path partial);
+  // `copy` must stay where it is until it is settled.
+  void add(const ExportPlanner::PlannedCopy& copy, std::filesystem::path partial);
   // Whether what was gathered is a batch: a flush takes long, and what waits for it is lost when the program is killed.
   bool isFull() const;
 
-  struct Settled {
-    ExportPlanner::PlannedCopy* copy = nullptr;
-    std::exception_ptr failure;  // null when the copy stands in its place
-    bool wasThere = false;       // put there by somebody else meanwhile
-  };
   // Begins to bring what was gathered onto the disk, and moves what was on its
   // way into its places, in the order it was added. Neither throws for what fails.
-  std::vector<Settled> turnOver();
+  std::vector<SettledCopy> turnOver();
   // Brings everything onto the disk and into its places.
-  std::vector<Settled> settle();
+  std::vector<SettledCopy> settle();
   // The same for somebody who wants to leave: what the disk takes within about a
   // second. It does not wait for more than that, but for a volume's flush that the
   // system has begun, which nothing breaks off. The rest is not told of, and is
   // removed when this goes.
-  std::vector<Settled> settleInHaste();
+  std::vector<SettledCopy> settleInHaste();
 
  private:
   struct Waiting {
-    ExportPlanner::PlannedCopy* copy = nullptr;
+    const ExportPlanner::PlannedCopy* copy = nullptr;
     std::filesystem::path partial;
   };
   struct Flushed {
@@ -57,9 +52,11 @@ class CopyBatches {
   };
 
   Flushed flush(const std::vector<std::filesystem::path>& partials) const;
-  std::vector<Settled> awaitFlush();
-  static Settled moved(const Waiting& waiting, std::exception_ptr failure);
+  std::vector<SettledCopy> awaitFlush();
+  // Into its place, unless it has failed before.
+  SettledCopy moved(const Waiting& waiting, std::exception_ptr failure) const;
 
+  std::filesystem::path contentRoot_;
   const FlushPoint& disk_;
   CancellationCheck isCancelled_;
   std::vector<Waiting> gathered_;

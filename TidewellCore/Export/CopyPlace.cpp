@@ -3,8 +3,8 @@
 #include "TidewellCore/CopyFailure.h"
 #include "TidewellCore/FileNaming.h"
 #include "TidewellCore/MakeRoom.h"
+#include "TidewellCore/Platform/FailureOf.h"
 #include "TidewellCore/Platform/Files.h"
-#include "TidewellCore/Platform/PathText.h"
 
 namespace {
 
@@ -36,11 +36,15 @@ Outcome tryToGive(const fs::path& place, const fs::path& file) {
 
 }  // namespace
 
-bool CopyPlace::give(ExportPlanner::PlannedCopy& copy, const fs::path& file) {
-  for (int number = 2;; ++number) {
-    const Outcome outcome = tryToGive(copy.dest, file);
-    if (outcome != Outcome::taken) return outcome == Outcome::given;
-    copy.exportedName = FileNaming::variant(copy.desiredName, number);
-    copy.dest.replace_filename(PathText::path(copy.exportedName));
-  }
+SettledCopy CopyPlace::give(const ExportPlanner::PlannedCopy& copy, const fs::path& contentRoot, const fs::path& file) {
+  SettledCopy settled{.copy = &copy, .place = copy.dest};
+  settled.failure = failureOf([&] {
+    Outcome outcome = tryToGive(settled.place.in(contentRoot), file);
+    for (int number = 2; outcome == Outcome::taken; ++number) {
+      settled.place.name = FileNaming::variant(copy.desiredName, number);
+      outcome = tryToGive(settled.place.in(contentRoot), file);
+    }
+    settled.wasThere = outcome == Outcome::standsThere;
+  });
+  return settled;
 }

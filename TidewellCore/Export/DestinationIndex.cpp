@@ -74,11 +74,16 @@ bool DestinationIndex::contains(std::string_view relativePath) const {
   return file(relativePath.substr(0, slash), relativePath.substr(slash + 1)) != nullptr;
 }
 
-std::optional<fs::path> DestinationIndex::url(std::string_view folder, std::string_view name) const {
+std::optional<ExportPlace> DestinationIndex::place(std::string_view folder, std::string_view name) const {
   const FileEntry* entry = file(folder, name);
   if (entry == nullptr) return std::nullopt;
-  const std::string onDisk = filesByFolder.contains(std::string(folder)) ? std::string(folder) : *diskFolder(folder);
-  return destination / PathText::path(onDisk) / PathText::path(entry->name);
+  const std::string asGiven(folder);
+  return ExportPlace{.folder = filesByFolder.contains(asGiven) ? asGiven : *diskFolder(folder), .name = entry->name};
+}
+
+std::optional<fs::path> DestinationIndex::url(std::string_view folder, std::string_view name) const {
+  const std::optional<ExportPlace> found = place(folder, name);
+  return found ? std::optional(found->in(destination)) : std::nullopt;
 }
 
 void DestinationIndex::addFile(const std::string& folder, const std::string& name, std::int64_t size) {

@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "TidewellCore/Export/ExportPlace.h"
 #include "TidewellCore/Export/FolderAllocator.h"
 #include "TidewellCore/Platform/Cancellation.h"
 #include "TidewellCore/PortableNames.h"
@@ -43,6 +44,8 @@ struct DestinationIndex {
   const FileEntry* file(std::string_view folder, std::string_view name) const;
   // `relativePath` reads folder, slash, file.
   bool contains(std::string_view relativePath) const;
+  // As it is spelt on disk.
+  std::optional<ExportPlace> place(std::string_view folder, std::string_view file) const;
   std::optional<std::filesystem::path> url(std::string_view folder, std::string_view file) const;
 
   void addFile(const std::string& folder, const std::string& name, std::int64_t size);

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "TidewellCore/FileNaming.h"
-#include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/Platform/SaturatingAdd.h"
 
 namespace {
@@ -36,23 +35,33 @@ std::vector<ExportPlanner::PlannedCopy> carriedOutBefore(std::vector<ExportPlann
   std::erase_if(requests, [&](const ExportPlanner::Request& request) { return !folders.contains(request.chatJID); });
   DestinationIndex untouched = index;
   std::vector<ExportPlanner::PlannedCopy> copies = ExportPlanner::plan(requests, folders, {}, untouched, isCancelled);
-  std::erase_if(copies, [](const ExportPlanner::PlannedCopy& copy) { return !copy.alreadyPresent; });
+  std::erase_if(copies, [](const ExportPlanner::PlannedCopy& copy) { return !copy.alreadyPresent(); });
   return copies;
 }
 
-std::string placeOf(std::string_view folder, std::string_view name) {
-  return FileNaming::normalizedKey(folder) + "/" + FileNaming::normalizedKey(name);
+ExportPlace keyOf(const ExportPlace& place) {
+  return {.folder = FileNaming::normalizedKey(place.folder), .name = FileNaming::normalizedKey(place.name)};
 }
 
-// The names in the export that the plan needs for something.
-std::set<std::string> placesOf(const ExportPlan& plan) {
-  std::set<std::string> places;
+// The keys of the places in the export that the plan needs for something.
+std::set<ExportPlace> placesOf(const ExportPlan& plan) {
+  std::set<ExportPlace> places;
   for (const auto* copies : {&plan.copies, &plan.earlier}) {
     for (const ExportPlanner::PlannedCopy& copy : *copies) {
-      places.insert(placeOf(PathText::text(copy.dest.parent_path().filename()), copy.exportedName));
+      places.insert(keyOf(copy.dest));
     }
   }
   return places;
+}
+
+// What the plan moves away stands there no more.
+void leaveOutMoved(std::vector<ExportPlanner::PlannedCopy>& earlier,
+                   const std::vector<ExportPlanner::PlannedCopy>& copies) {
+  std::set<ExportPlace> left;
+  for (const ExportPlanner::PlannedCopy& copy : copies) {
+    if (const auto* moved = std::get_if<ExportPlanner::Moved>(&copy.fate)) left.insert(keyOf(moved->from));
+  }
+  std::erase_if(earlier, [&](const ExportPlanner::PlannedCopy& copy) { return left.contains(keyOf(copy.dest)); });
 }
 
 // In either form of its name; null when there is none.
@@ -65,20 +74,19 @@ const DestinationIndex::FileEntry* copyOfLostFile(const DestinationIndex& index,
 // A lost file's size is not known, so its copy is the one of the very name that
 // an export gives it, unless that is another's.
 void addCopiesOfLostFiles(ExportPlan& plan, const std::vector<ExportPlanner::Request>& lost) {
-  std::set<std::string> taken = placesOf(plan);
+  std::set<ExportPlace> taken = placesOf(plan);
   for (const ExportPlanner::Request& request : lost) {
     const auto folder = plan.folders.find(request.chatJID);
     if (folder == plan.folders.end()) continue;
     const auto* file = copyOfLostFile(plan.index, folder->second, request.desiredName);
-    if (file == nullptr || !taken.insert(placeOf(folder->second, file->name)).second) continue;
-    plan.earlier.push_back({.dest = *plan.index.url(folder->second, file->name),
+    if (file == nullptr || !taken.insert(keyOf({.folder = folder->second, .name = file->name})).second) continue;
+    plan.earlier.push_back({.dest = *plan.index.place(folder->second, file->name),
                             .date = request.date,
                             .relativePath = request.relativePath,
-                            .exportedName = file->name,
                             .chatJID = request.chatJID,
                             .kind = request.kind,
                             .sourceSize = file->size,
-                            .alreadyPresent = true});
+                            .fate = ExportPlanner::Present()});
   }
 }
 
@@ -138,6 +146,7 @@ ExportPlan ExportPlan::make(const Wish& wish, const ChatStorageSnapshot& snapsho
   plan.removable = withoutOthersFolders(plan.leftovers, plan.remembered, snapshot);
   plan.earlier = carriedOutBefore(wish.leftOut, plan.remembered, plan.index, isCancelled);
   plan.copies = ExportPlanner::plan(wish.requests, plan.folders, plan.leftovers, plan.index, isCancelled);
+  leaveOutMoved(plan.earlier, plan.copies);
   throwIfCancelled(isCancelled);
   addCopiesOfLostFiles(plan, wish.lost);
   return plan;
@@ -146,7 +155,7 @@ ExportPlan ExportPlan::make(const Wish& wish, const ChatStorageSnapshot& snapsho
 std::int64_t ExportPlan::bytesToCopy() const {
   std::int64_t bytes = 0;
   for (const ExportPlanner::PlannedCopy& copy : copies) {
-    if (!copy.alreadyPresent && !copy.leftoverFolder) bytes = saturatingAdd(bytes, copy.sourceSize);
+    if (std::holds_alternative<ExportPlanner::Restored>(copy.fate)) bytes = saturatingAdd(bytes, copy.sourceSize);
   }
   return bytes;
 }

@@ -4,7 +4,6 @@
 
 #include "TidewellCore/Export/EarlierCopies.h"
 #include "TidewellCore/FileNaming.h"
-#include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/UsedNames.h"
 
 namespace {
@@ -55,14 +54,8 @@ class Planner {
     PlannedCopy copy = copyOf(request);
     copy.desiredName = nameOf(request);
     if (!present) present = takeInOtherForm(state, request);
-    if (present) {
-      copy.alreadyPresent = true;
-      copy.exportedName = std::move(*present);
-    } else {
-      takeLeftover(request, copy);
-      copy.exportedName = state.used.uniquify(copy.desiredName);
-    }
-    copy.dest = index_.destination / PathText::path(folder) / PathText::path(copy.exportedName);
+    copy.fate = present ? ExportPlanner::Present() : fateOfAbsent(request);
+    copy.dest = {.folder = folder, .name = present ? std::move(*present) : state.used.uniquify(copy.desiredName)};
     return copy;
   }
 
@@ -96,20 +89,26 @@ class Planner {
             .encryptionKey = request.encryptionKey};
   }
 
-  // Takes the file of a former folder as the source, when one holds it.
-  void takeLeftover(const Request& request, PlannedCopy& copy) {
+  ExportPlanner::Fate fateOfAbsent(const Request& request) {
+    if (auto from = takeLeftover(request)) return ExportPlanner::Moved{.from = std::move(*from)};
+    if (request.sourceSize < 0) return ExportPlanner::Lost();
+    return ExportPlanner::Restored();
+  }
+
+  // Takes the file of a former folder, when one holds it.
+  std::optional<ExportPlace> takeLeftover(const Request& request) {
     const auto former = leftovers_.find(request.chatJID);
-    if (former == leftovers_.end()) return;
+    if (former == leftovers_.end()) return std::nullopt;
     for (const std::string& folder : former->second) {
       FolderState& state = stateOf(folder);
       auto name = state.earlier.take(nameOf(request), request.sourceSize);
       if (!name) name = takeInOtherForm(state, request);
       if (!name) continue;
-      copy.source = *index_.url(folder, *name);
-      copy.leftoverFolder = folder;
+      std::optional<ExportPlace> place = index_.place(folder, *name);
       index_.removeFile(folder, *name);
-      return;
+      return place;
     }
+    return std::nullopt;
   }
 
   const ChatFolders& folders_;

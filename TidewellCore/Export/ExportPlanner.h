@@ -6,10 +6,12 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "TidewellCore/ChatData/ChatStorageSnapshot.h"
 #include "TidewellCore/Export/DestinationIndex.h"
+#include "TidewellCore/Export/ExportPlace.h"
 #include "TidewellCore/Export/FolderAllocator.h"
 #include "TidewellCore/MediaKind.h"
 #include "TidewellCore/Platform/Bytes.h"
@@ -32,23 +34,40 @@ struct Request {
   bool operator==(const Request&) const = default;
 };
 
+// Copied out of the backup.
+struct Restored {
+  bool operator==(const Restored&) const = default;
+};
+// Moved out of a former folder of its chat, where an earlier export put it.
+struct Moved {
+  ExportPlace from;
+
+  bool operator==(const Moved&) const = default;
+};
+// There already, by an earlier export.
+struct Present {
+  bool operator==(const Present&) const = default;
+};
+// Not to be had: the backup holds no whole file of it.
+struct Lost {
+  bool operator==(const Lost&) const = default;
+};
+using Fate = std::variant<Restored, Moved, Present, Lost>;
+
 // What becomes of a request.
 struct PlannedCopy {
-  std::filesystem::path source;
-  std::filesystem::path dest;
+  std::filesystem::path source;  // as in the request
+  ExportPlace dest;              // named as desired, or as a variant of that
   std::optional<Date> date;
   std::string relativePath;
-  std::string desiredName;   // in the form that the destination takes
-  std::string exportedName;  // the file name of `dest`: the desired one, or a variant of it
+  std::string desiredName;  // in the form that the destination takes
   CanonicalJID chatJID;
   MediaKind kind = MediaKind::documents;
   std::int64_t sourceSize = 0;
-  bool alreadyPresent = false;  // nothing is to be copied
-  bool hasFailed = false;       // what stands at `dest` is not of this copy
   std::optional<Bytes> encryptionKey;
-  // Set when `source` is an earlier export's file, plaintext already: the former
-  // folder it is to be moved from.
-  std::optional<std::string> leftoverFolder;
+  Fate fate;
+
+  bool alreadyPresent() const { return std::holds_alternative<Present>(fate); }
 
   bool operator==(const PlannedCopy&) const = default;
 };

@@ -21,6 +21,7 @@
 #include "TidewellCore/Export/NamingMemory.h"
 #include "TidewellCore/Export/ProgressReporter.h"
 #include "TidewellCore/FileNaming.h"
+#include "TidewellCore/Platform/SaturatingAdd.h"
 #include "TidewellCore/Platform/TemporaryFolder.h"
 #include "TidewellCore/TidewellError.h"
 
@@ -92,12 +93,13 @@ class Writing {
     // Saved before copying, so that an interrupted export keeps its names.
     NamingMemory::save(target_.contentRoot(), naming_.naming);
     FolderManifest::save(target_.contentRoot(), plan_.rememberedMeanwhile);
-    MediaCopying::run(plan_, source_,
-                      {.lock = target_.lock(), .disk = target_.disk(), .failures = failures_, .summary = summary_},
-                      control_.isCancelled, progress);
+    const std::vector<MediaResult> media =
+        MediaCopying::run(plan_, source_, {.lock = target_.lock(), .disk = target_.disk(), .failures = failures_},
+                          control_.isCancelled, progress);
+    count(media);
     remember();
     if (job_.options.exportTranscripts) {
-      writeArchive(progress);
+      writeArchive(media, progress);
       remember();
     }
     target_.flush(chatFolders());
@@ -120,8 +122,16 @@ class Writing {
     throwIfCancelled(control_.isCancelled);
   }
 
-  void writeArchive(ProgressReporter& progress) {
-    const ArchiveExport::Outcome outcome = ArchiveExport::write({.backup = source_, .plan = plan_},
+  void count(const std::vector<MediaResult>& media) {
+    for (const MediaResult& result : media) {
+      if (result.outcome == MediaResult::Outcome::wasThere) ++summary_.skippedExistingCount;
+      if (result.outcome == MediaResult::Outcome::copied) ++summary_.copiedCount;
+      summary_.totalBytesCopied = saturatingAdd(summary_.totalBytesCopied, result.copiedBytes);
+    }
+  }
+
+  void writeArchive(const std::vector<MediaResult>& media, ProgressReporter& progress) {
+    const ArchiveExport::Outcome outcome = ArchiveExport::write({.backup = source_, .plan = plan_, .media = media},
                                                                 {.archive = {.destination = target_.destination(),
                                                                              .contentRoot = target_.contentRoot(),
                                                                              .style = exporter_.transcriptStyle,
@@ -146,7 +156,7 @@ class Writing {
   const RunControl& control_;
   const ExportTarget target_;
   const NamingMemory::Decision naming_;
-  ExportPlan plan_;
+  const ExportPlan plan_;
   ExportSummary summary_{.destination = job_.destination,
                          .chatFolderCount = static_cast<std::int64_t>(plan_.folders.size())};
   FailureLog failures_{{.backup = job_.backup, .destination = &job_.destination}, summary_};

@@ -6,6 +6,7 @@
 #include "TidewellCore/Export/CopyPlace.h"
 #include "TidewellCore/FolderNames.h"
 #include "TidewellCore/MakeRoom.h"
+#include "TidewellCore/Platform/FailureOf.h"
 #include "TidewellCore/Platform/FileDescriptor.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
@@ -35,66 +36,61 @@ void removeIfEmptied(const fs::path& folder) {
 
 }  // namespace
 
-MediaCopier::MediaCopier(const OpenedBackup& opened, DestinationIndex& index, const FlushPoint& disk,
+MediaCopier::MediaCopier(const OpenedBackup& opened, const DestinationIndex& index, const FlushPoint& disk,
                          CancellationCheck isCancelled)
-    : opened_(opened), index_(index), batches_(disk, isCancelled), isCancelled_(std::move(isCancelled)) {}
+    : opened_(opened),
+      index_(index),
+      batches_(index.destination, disk, isCancelled),
+      isCancelled_(std::move(isCancelled)) {}
 
-MediaCopier::Outcome MediaCopier::carryOut(PlannedCopy& copy) {
-  if (copy.alreadyPresent) return Outcome::alreadyPresent;
-  if (copy.sourceSize < 0) failAsDamaged(copy);
-  const fs::path folder = copy.dest.parent_path();
-  // What stands there is not known, so nothing can be put beside it.
-  if (index_.unreadableFolders.contains(PathText::text(folder.filename()))) throw CopyError(FailureReason::unwritable);
-  MakeRoom::forFolder(folder);
-  if (copy.leftoverFolder) return move(copy);
+std::optional<SettledCopy> MediaCopier::carryOut(const PlannedCopy& copy) try {
+  if (copy.alreadyPresent()) return SettledCopy{.copy = &copy, .place = copy.dest, .wasThere = true};
+  if (std::holds_alternative<ExportPlanner::Lost>(copy.fate)) failAsLost(copy);
+  makeFolder(copy.dest);
+  if (const auto* moved = std::get_if<ExportPlanner::Moved>(&copy.fate)) return move(copy, moved->from);
   write(copy);
-  return Outcome::written;
+  return std::nullopt;
+} catch (...) {
+  return SettledCopy{.copy = &copy, .place = copy.dest, .failure = std::current_exception()};
 }
 
-std::vector<CopyBatches::Settled> MediaCopier::settleDue() {
-  return batches_.isFull() ? entered(batches_.turnOver()) : std::vector<CopyBatches::Settled>();
+std::vector<SettledCopy> MediaCopier::settleDue() {
+  return batches_.isFull() ? batches_.turnOver() : std::vector<SettledCopy>();
 }
 
-std::vector<CopyBatches::Settled> MediaCopier::settle() { return entered(batches_.settle()); }
+std::vector<SettledCopy> MediaCopier::settle() { return batches_.settle(); }
 
-std::vector<CopyBatches::Settled> MediaCopier::settleInHaste() { return entered(batches_.settleInHaste()); }
+std::vector<SettledCopy> MediaCopier::settleInHaste() { return batches_.settleInHaste(); }
 
-std::vector<CopyBatches::Settled> MediaCopier::entered(std::vector<CopyBatches::Settled> settled) {
-  for (const CopyBatches::Settled& one : settled) {
-    if (!one.failure) enter(*one.copy);
-  }
-  return settled;
-}
-
-void MediaCopier::enter(const PlannedCopy& copy) {
-  index_.addFile(PathText::text(copy.dest.parent_path().filename()), copy.exportedName, copy.sourceSize);
-}
-
-void MediaCopier::failAsDamaged(const PlannedCopy& copy) const {
+void MediaCopier::failAsLost(const PlannedCopy& copy) const {
   if (copy.source.empty()) throw CopyError(FailureReason::missing);
   FileDescriptor::openForReading(copy.source);
   throw CopyError(opened_.isOpenedBy(copy.encryptionKey) ? FailureReason::cutShort : FailureReason::keyMissing);
 }
 
+void MediaCopier::makeFolder(const ExportPlace& place) const {
+  // What stands there is not known, so nothing can be put beside it.
+  if (index_.unreadableFolders.contains(place.folder)) throw CopyError(FailureReason::unwritable);
+  MakeRoom::forFolder(place.in(index_.destination).parent_path());
+}
+
 FailureReason MediaCopier::reasonOf(const std::exception& error, const PlannedCopy& copy) const {
   // A former copy that is moved is no file of the backup.
-  const FailureReason reason = CopyFailures::reasonOf(error, copy.leftoverFolder ? fs::path() : copy.source);
+  const bool isMoved = std::holds_alternative<ExportPlanner::Moved>(copy.fate);
+  const FailureReason reason = CopyFailures::reasonOf(error, isMoved ? fs::path() : copy.source);
   return reason == FailureReason::undecryptable && !opened_.isOpenedBy(copy.encryptionKey) ? FailureReason::keyMissing
                                                                                            : reason;
 }
 
-MediaCopier::Outcome MediaCopier::move(PlannedCopy& copy) {
-  const bool isMoved = CopyPlace::give(copy, copy.source);
-  if (isMoved) {
-    index_.removeFile(*copy.leftoverFolder, PathText::text(copy.source.filename()));
-    setDate(copy.dest, copy);
-  }
-  enter(copy);
-  return isMoved ? Outcome::moved : Outcome::alreadyPresent;
+SettledCopy MediaCopier::move(const PlannedCopy& copy, const ExportPlace& from) const {
+  SettledCopy settled = CopyPlace::give(copy, index_.destination, from.in(index_.destination));
+  if (settled.failure || settled.wasThere) return settled;
+  settled.failure = failureOf([&] { setDate(settled.place.in(index_.destination), copy); });
+  return settled;
 }
 
-void MediaCopier::write(PlannedCopy& copy) {
-  const fs::path partial = copy.dest.parent_path() / Files::partialName();
+void MediaCopier::write(const PlannedCopy& copy) {
+  const fs::path partial = copy.dest.in(index_.destination).replace_filename(Files::partialName());
   try {
     const StoredFile stored{.location = copy.source, .encryptionKey = copy.encryptionKey, .size = copy.sourceSize};
     if (opened_.writePlaintext(stored, partial, isCancelled_) != copy.sourceSize) {

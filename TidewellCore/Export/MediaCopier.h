@@ -1,5 +1,8 @@
 #pragma once
 
+#include <optional>
+#include <vector>
+
 #include "TidewellCore/Backup/OpenedBackup.h"
 #include "TidewellCore/CopyFailure.h"
 #include "TidewellCore/Export/CopyBatches.h"
@@ -11,25 +14,19 @@
 // whole, with its date, and when its bytes are on the disk, or not at all.
 class MediaCopier {
  public:
-  enum class Outcome {
-    written,        // and waits to be settled
-    moved,          // from a former folder
-    alreadyPresent  // or somebody else put it there meanwhile
-  };
-
-  // Keeps `index` up to date with what it does. All must outlive it.
-  MediaCopier(const OpenedBackup& opened, DestinationIndex& index, const FlushPoint& disk,
+  // All must outlive it. `index` is of the destination as the plan found it.
+  MediaCopier(const OpenedBackup& opened, const DestinationIndex& index, const FlushPoint& disk,
               CancellationCheck isCancelled);
 
-  // Throws whatever kept the file from being copied, and TidewellError::cancelled.
-  // `copy` must stay where it is until it is settled, and is told the place that it is really given.
-  Outcome carryOut(ExportPlanner::PlannedCopy& copy);
+  // Absent when the copy was written and waits to be settled; it must stay where it is until then.
+  // What keeps it from being copied, TidewellError::cancelled too, is told as its failure.
+  std::optional<SettledCopy> carryOut(const ExportPlanner::PlannedCopy& copy);
   // Settles what is due of what was written, and tells what came of each such copy.
-  std::vector<CopyBatches::Settled> settleDue();
+  std::vector<SettledCopy> settleDue();
   // Brings all that was written onto the disk and into its places.
-  std::vector<CopyBatches::Settled> settle();
+  std::vector<SettledCopy> settle();
   // The same within about a second, as far as it gets; the rest is dropped.
-  std::vector<CopyBatches::Settled> settleInHaste();
+  std::vector<SettledCopy> settleInHaste();
 
   // Why a copy failed that threw `error`.
   FailureReason reasonOf(const std::exception& error, const ExportPlanner::PlannedCopy& copy) const;
@@ -39,15 +36,14 @@ class MediaCopier {
   void removeEmptied(const ExportPlanner::LeftoverFolders& formerFolders) const;
 
  private:
-  // Throws what keeps a file from being copied whose size could not be proven.
-  [[noreturn]] void failAsDamaged(const ExportPlanner::PlannedCopy& copy) const;
-  Outcome move(ExportPlanner::PlannedCopy& copy);
-  void write(ExportPlanner::PlannedCopy& copy);
-  void enter(const ExportPlanner::PlannedCopy& copy);
-  std::vector<CopyBatches::Settled> entered(std::vector<CopyBatches::Settled> settled);
+  // Throws why no whole file of it can be had.
+  [[noreturn]] void failAsLost(const ExportPlanner::PlannedCopy& copy) const;
+  void makeFolder(const ExportPlace& place) const;
+  SettledCopy move(const ExportPlanner::PlannedCopy& copy, const ExportPlace& from) const;
+  void write(const ExportPlanner::PlannedCopy& copy);
 
   const OpenedBackup& opened_;
-  DestinationIndex& index_;
+  const DestinationIndex& index_;
   CopyBatches batches_;
   CancellationCheck isCancelled_;
 };

@@ -3,8 +3,9 @@
 #include <algorithm>
 #include <span>
 
+#include "TidewellCore/Export/EarlyEnd.h"
+#include "TidewellCore/Export/MediaCopier.h"
 #include "TidewellCore/Platform/FileDescriptor.h"
-#include "TidewellCore/Platform/SaturatingAdd.h"
 #include "TidewellCore/TidewellError.h"
 
 namespace {
@@ -22,82 +23,83 @@ bool isReadable(const PlannedCopy& copy) try {
 
 class Copying {
  public:
-  Copying(ExportPlan& plan, const BackupSource& source, const MediaCopying::Target& target,
+  Copying(const ExportPlan& plan, const BackupSource& source, const MediaCopying::Target& target,
           const CancellationCheck& isCancelled)
       : plan_(plan),
         source_(source),
         target_(target),
         isCancelled_(isCancelled),
-        copier_(source.opened, plan.index, target.disk, isCancelled) {}
+        copier_(source.opened, plan.index, target.disk, isCancelled) {
+    results_.reserve(plan.copies.size());
+  }
 
-  void run(ProgressReporter& progress) {
+  std::vector<MediaResult> run(ProgressReporter& progress) {
     progress.begin(ExportProgress::Phase::copyingMedia, static_cast<std::int64_t>(plan_.copies.size()));
     try {
       copyAll(progress);
-      count(copier_.settle());
+      take(copier_.settle());
       throwIfCancelled(isCancelled_);
     } catch (const std::exception& error) {
       settleQuietly(TidewellError::isCancellation(error));
       throw;
     }
     copier_.removeEmptied(plan_.removable);
+    return std::move(results_);
   }
 
  private:
   void copyAll(ProgressReporter& progress) {
     std::int64_t completed = 0;
-    for (PlannedCopy& copy : plan_.copies) {
+    for (const PlannedCopy& copy : plan_.copies) {
       throwIfCancelled(isCancelled_);
       target_.lock.requireInPlace();
-      progress.report(copy.exportedName, completed);
+      progress.report(copy.dest.name, completed);
+      results_.push_back({.place = copy.dest});
       attempt(copy);
-      count(copier_.settleDue());
-      progress.report(copy.exportedName, ++completed);
+      take(copier_.settleDue());
+      progress.report(resultOf(copy).place.name, ++completed);
     }
   }
 
-  void attempt(PlannedCopy& copy) {
-    try {
-      const MediaCopier::Outcome outcome = copier_.carryOut(copy);
-      if (outcome == MediaCopier::Outcome::alreadyPresent) ++target_.summary.skippedExistingCount;
-      if (outcome == MediaCopier::Outcome::moved) countAsCopied(copy);
-      unreadableInARow_ = 0;
-    } catch (const std::exception& error) {
-      record(error, copy);
+  void attempt(const PlannedCopy& copy) {
+    const std::optional<SettledCopy> settled = copier_.carryOut(copy);
+    if (settled) take(*settled);
+    if (settled && settled->failure) {
       requireReadableBackup(copy);
+    } else {
+      unreadableInARow_ = 0;
     }
   }
 
-  void count(const std::vector<CopyBatches::Settled>& settled) {
-    for (const auto& [copy, failure, wasThere] : settled) {
-      if (wasThere) ++target_.summary.skippedExistingCount;
-      if (!failure && !wasThere) countAsCopied(*copy);
-      if (!failure) continue;
-      try {
-        std::rethrow_exception(failure);
-      } catch (const std::exception& error) {
-        record(error, *copy);
-      }
+  void take(const std::vector<SettledCopy>& settled) {
+    for (const SettledCopy& one : settled) take(one);
+  }
+
+  void take(const SettledCopy& settled) {
+    resultOf(*settled.copy) = MediaResult::of(settled);
+    if (!settled.failure) return;
+    try {
+      std::rethrow_exception(settled.failure);
+    } catch (const std::exception& error) {
+      record(error, settled);
     }
+  }
+
+  MediaResult& resultOf(const PlannedCopy& copy) {
+    return results_[static_cast<std::size_t>(&copy - plan_.copies.data())];
   }
 
   // While another failure ends the run: that one is told.
   void settleQuietly(bool isInHaste) try {
-    count(isInHaste ? copier_.settleInHaste() : copier_.settle());
+    take(isInHaste ? copier_.settleInHaste() : copier_.settle());
   } catch (const std::exception&) {
   }
 
-  void countAsCopied(const PlannedCopy& copy) {
-    ++target_.summary.copiedCount;
-    target_.summary.totalBytesCopied = saturatingAdd(target_.summary.totalBytesCopied, copy.sourceSize);
-  }
-
-  void record(const std::exception& error, PlannedCopy& copy) {
-    copy.hasFailed = true;
+  void record(const std::exception& error, const SettledCopy& failed) {
     unreadableInARow_ = EarlyEnd::isOfDisk(error) ? unreadableInARow_ + 1 : 0;
-    target_.failures.add(error, {.name = copy.exportedName,
-                                 .chat = source_.snapshot.chatTitle(copy.chatJID.text()),
-                                 .reason = copier_.reasonOf(error, copy)});
+    target_.failures.add(error, {.name = failed.place.name,
+                                 .chat = source_.snapshot.chatTitle(failed.copy->chatJID.text()),
+                                 .reason = copier_.reasonOf(error, *failed.copy)});
   }
 
   // A disk that was pulled may still tell what it told before, but gives no file
@@ -113,17 +115,18 @@ class Copying {
     throw TidewellError::ioFailure(EarlyEnd::backupGone);
   }
 
-  ExportPlan& plan_;
+  const ExportPlan& plan_;
   const BackupSource& source_;
   const MediaCopying::Target& target_;
   const CancellationCheck& isCancelled_;
   MediaCopier copier_;
+  std::vector<MediaResult> results_;  // of the copies that were attempted
   int unreadableInARow_ = 0;
 };
 
 }  // namespace
 
-void MediaCopying::run(ExportPlan& plan, const BackupSource& source, const Target& target,
-                       const CancellationCheck& isCancelled, ProgressReporter& progress) {
-  Copying(plan, source, target, isCancelled).run(progress);
+std::vector<MediaResult> MediaCopying::run(const ExportPlan& plan, const BackupSource& source, const Target& target,
+                                           const CancellationCheck& isCancelled, ProgressReporter& progress) {
+  return Copying(plan, source, target, isCancelled).run(progress);
 }

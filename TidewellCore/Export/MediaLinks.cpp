@@ -1,24 +1,15 @@
 #include "TidewellCore/Export/MediaLinks.h"
 
-#include "TidewellCore/Platform/PathText.h"
-
-namespace {
-
-std::string placeOf(const ExportPlanner::PlannedCopy& copy) {
-  return PathText::text(copy.dest.parent_path().filename()) + "/" + copy.exportedName;
-}
-
-}  // namespace
-
-MediaLinks::MediaLinks(const ExportPlan& plan) {
-  for (const auto* copies : {&plan.copies, &plan.earlier}) {
-    for (const ExportPlanner::PlannedCopy& copy : *copies) {
-      if (!copy.hasFailed && plan.index.contains(placeOf(copy))) copies_.emplace(copy.relativePath, &copy);
-    }
+MediaLinks::MediaLinks(const ExportPlan& plan, const std::vector<MediaResult>& results) {
+  for (std::size_t number = 0; number < results.size(); ++number) {
+    const MediaResult& result = results[number];
+    if (result.outcome != MediaResult::Outcome::failed)
+      places_.emplace(plan.copies[number].relativePath, &result.place);
   }
+  for (const ExportPlanner::PlannedCopy& copy : plan.earlier) places_.emplace(copy.relativePath, &copy.dest);
 }
 
 std::optional<std::string> MediaLinks::relativePath(std::string_view mediaPath) const {
-  const auto found = copies_.find(mediaPath);
-  return found == copies_.end() ? std::nullopt : std::optional(placeOf(*found->second));
+  const auto found = places_.find(mediaPath);
+  return found == places_.end() ? std::nullopt : std::optional(found->second->relativePath());
 }

@@ -4,20 +4,22 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "TidewellCore/Export/ExportPlan.h"
+#include "TidewellCore/Export/MediaResult.h"
 
 // Where in the export the media of the backup stand, told after the copying.
 class MediaLinks {
  public:
-  // `plan` must outlive it.
-  explicit MediaLinks(const ExportPlan& plan);
+  // `results` are of the plan's copies. Both must outlive it.
+  MediaLinks(const ExportPlan& plan, const std::vector<MediaResult>& results);
 
   // The place of a medium from the content root, "folder/file"; absent when no
   // file stands there.
   std::optional<std::string> relativePath(std::string_view mediaPath) const;
 
  private:
-  // Those that stand in the export, by their path in the backup.
-  std::unordered_map<std::string_view, const ExportPlanner::PlannedCopy*> copies_;
+  // Of those that stand in the export, by their path in the backup.
+  std::unordered_map<std::string_view, const ExportPlace*> places_;
 };

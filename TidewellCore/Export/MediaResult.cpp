@@ -1,0 +1,7 @@
+#include "TidewellCore/Export/MediaResult.h"
+
+MediaResult MediaResult::of(const SettledCopy& settled) {
+  if (settled.failure) return {.place = settled.place};
+  if (settled.wasThere) return {.place = settled.place, .outcome = Outcome::wasThere};
+  return {.place = settled.place, .outcome = Outcome::copied, .copiedBytes = settled.copy->sourceSize};
+}
