@@ -16,6 +16,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/ExportDeduperTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportDestinationTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportLayoutTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ExportPlanTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportPlannerTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportPreferencesTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportScene.cpp

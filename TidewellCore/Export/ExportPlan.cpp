@@ -7,11 +7,11 @@
 
 namespace {
 
-FolderAllocator::PlannedNames namesByChat(const ExportPlan::Wish& wish) {
+FolderAllocator::PlannedNames namesByChat(const ExportPlan::Wish& wish, NameForm form) {
   FolderAllocator::PlannedNames names;
   for (const CanonicalJID& jid : wish.jidsOfTranscripts) names[jid];
   for (const ExportPlanner::Request& request : wish.requests) {
-    names[request.chatJID].push_back(PortableNames::inForm(request.desiredName, wish.nameForm));
+    names[request.chatJID].push_back(PortableNames::inForm(request.desiredName, form));
   }
   return names;
 }
@@ -33,8 +33,7 @@ std::vector<ExportPlanner::PlannedCopy> carriedOutBefore(std::vector<ExportPlann
                                                          const CancellationCheck& isCancelled) {
   const ChatFolders folders = foldersOf(requests, remembered);
   std::erase_if(requests, [&](const ExportPlanner::Request& request) { return !folders.contains(request.chatJID); });
-  DestinationIndex untouched = index;
-  std::vector<ExportPlanner::PlannedCopy> copies = ExportPlanner::plan(requests, folders, {}, untouched, isCancelled);
+  std::vector<ExportPlanner::PlannedCopy> copies = ExportPlanner::plan(requests, folders, {}, index, isCancelled);
   std::erase_if(copies, [](const ExportPlanner::PlannedCopy& copy) { return !copy.alreadyPresent(); });
   return copies;
 }
@@ -73,14 +72,15 @@ const DestinationIndex::FileEntry* copyOfLostFile(const DestinationIndex& index,
 
 // A lost file's size is not known, so its copy is the one of the very name that
 // an export gives it, unless that is another's.
-void addCopiesOfLostFiles(ExportPlan& plan, const std::vector<ExportPlanner::Request>& lost) {
+void addCopiesOfLostFiles(ExportPlan& plan, const std::vector<ExportPlanner::Request>& lost,
+                          const DestinationIndex& index) {
   std::set<ExportPlace> taken = placesOf(plan);
   for (const ExportPlanner::Request& request : lost) {
     const auto folder = plan.folders.find(request.chatJID);
     if (folder == plan.folders.end()) continue;
-    const auto* file = copyOfLostFile(plan.index, folder->second, request.desiredName);
+    const auto* file = copyOfLostFile(index, folder->second, request.desiredName);
     if (file == nullptr || !taken.insert(keyOf({.folder = folder->second, .name = file->name})).second) continue;
-    plan.earlier.push_back({.dest = *plan.index.place(folder->second, file->name),
+    plan.earlier.push_back({.dest = *index.place(folder->second, file->name),
                             .date = request.date,
                             .relativePath = request.relativePath,
                             .chatJID = request.chatJID,
@@ -123,32 +123,29 @@ ExportPlanner::LeftoverFolders withoutOthersFolders(ExportPlanner::LeftoverFolde
 
 }  // namespace
 
-ExportPlan ExportPlan::make(const Wish& wish, const ChatStorageSnapshot& snapshot,
+ExportPlan ExportPlan::make(const Wish& wish, const Found& found, const ChatStorageSnapshot& snapshot,
                             const CancellationCheck& isCancelled) {
-  ExportPlan plan{.index = DestinationIndex::load(wish.contentRoot, isCancelled)};
-  plan.index.nameForm = wish.nameForm;
-  const FolderAssignment loaded = FolderManifest::load(wish.destination);
-  const FolderAllocator::PlannedNames names = namesByChat(wish);
-  const FolderAssignment persisted = FolderAllocator::expandPersisted(loaded, keysOf(names), snapshot);
-  plan.folders = FolderAllocator::allocate({.exportFileNames = names,
-                                            .existing = plan.index.mediaNameSets(),
-                                            .persisted = persisted,
-                                            .nameForm = wish.nameForm},
-                                           snapshot, isCancelled);
-  plan.remembered = FolderAllocator::withAbsentChats(plan.folders, loaded, snapshot);
+  const auto& [index, remembered] = found;
+  ExportPlan plan;
+  const FolderAllocator::PlannedNames names = namesByChat(wish, index.nameForm);
+  const FolderAssignment persisted = FolderAllocator::expandPersisted(remembered, keysOf(names), snapshot);
+  plan.folders = FolderAllocator::allocate(
+      {.exportFileNames = names, .existing = index.mediaNameSets(), .persisted = persisted, .nameForm = index.nameForm},
+      snapshot, isCancelled);
+  plan.remembered = FolderAllocator::withAbsentChats(plan.folders, remembered, snapshot);
   plan.rememberedMeanwhile = plan.remembered;
-  plan.rememberedMeanwhile.insert(loaded.begin(), loaded.end());
+  plan.rememberedMeanwhile.insert(remembered.begin(), remembered.end());
   plan.leftovers = ExportPlanner::leftoverFoldersByOwner({.folderNames = plan.folders,
                                                           .pathJIDs = pathJIDsByChat(wish.requests),
                                                           .persisted = persisted,
                                                           .snapshot = snapshot,
-                                                          .index = plan.index});
+                                                          .index = index});
   plan.removable = withoutOthersFolders(plan.leftovers, plan.remembered, snapshot);
-  plan.earlier = carriedOutBefore(wish.leftOut, plan.remembered, plan.index, isCancelled);
-  plan.copies = ExportPlanner::plan(wish.requests, plan.folders, plan.leftovers, plan.index, isCancelled);
+  plan.earlier = carriedOutBefore(wish.leftOut, plan.remembered, index, isCancelled);
+  plan.copies = ExportPlanner::plan(wish.requests, plan.folders, plan.leftovers, index, isCancelled);
   leaveOutMoved(plan.earlier, plan.copies);
   throwIfCancelled(isCancelled);
-  addCopiesOfLostFiles(plan, wish.lost);
+  addCopiesOfLostFiles(plan, wish.lost, index);
   return plan;
 }
 

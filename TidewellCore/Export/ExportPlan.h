@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -20,21 +19,22 @@ struct ExportPlan {
   ExportPlanner::LeftoverFolders removable;         // of the leftovers, those that are no other chat's
   std::vector<ExportPlanner::PlannedCopy> copies;   // in the order of the requests
   std::vector<ExportPlanner::PlannedCopy> earlier;  // what an earlier export copied and this one cannot or is not to
-  DestinationIndex index;
-  std::vector<std::string> warnings;  // of what may be missing: sentences for people, in English
+  std::vector<std::string> warnings;                // of what may be missing: sentences for people, in English
 
-  // What is to be exported, and where to.
+  // What is to be exported.
   struct Wish {
     std::vector<ExportPlanner::Request> requests;
     std::vector<ExportPlanner::Request> leftOut;  // of the kinds that are not wanted
     std::vector<ExportPlanner::Request> lost;     // which the backup no longer holds
     std::vector<CanonicalJID> jidsOfTranscripts;  // chats that get a folder even without media
-    std::filesystem::path destination;
-    std::filesystem::path contentRoot;
-    NameForm nameForm = NameForm::plain;
+  };
+  // What stands at the destination before.
+  struct Found {
+    const DestinationIndex& index;
+    const FolderAssignment& remembered;
   };
   // Throws TidewellError::cancelled.
-  static ExportPlan make(const Wish& wish, const ChatStorageSnapshot& snapshot,
+  static ExportPlan make(const Wish& wish, const Found& found, const ChatStorageSnapshot& snapshot,
                          const CancellationCheck& isCancelled = {});
 
   // The bytes that the copies still take on the destination's volume.

@@ -27,7 +27,7 @@ struct FolderState {
 
 class Planner {
  public:
-  Planner(const ChatFolders& folders, const LeftoverFolders& leftovers, DestinationIndex& index)
+  Planner(const ChatFolders& folders, const LeftoverFolders& leftovers, const DestinationIndex& index)
       : folders_(folders), leftovers_(leftovers), index_(index) {}
 
   // The name of the copy that is there already under the very name that an export gives it today.
@@ -103,17 +103,14 @@ class Planner {
       FolderState& state = stateOf(folder);
       auto name = state.earlier.take(nameOf(request), request.sourceSize);
       if (!name) name = takeInOtherForm(state, request);
-      if (!name) continue;
-      std::optional<ExportPlace> place = index_.place(folder, *name);
-      index_.removeFile(folder, *name);
-      return place;
+      if (name) return index_.place(folder, *name);
     }
     return std::nullopt;
   }
 
   const ChatFolders& folders_;
   const LeftoverFolders& leftovers_;
-  DestinationIndex& index_;
+  const DestinationIndex& index_;
   std::map<std::string, FolderState> states_;
 };
 
@@ -136,7 +133,7 @@ std::vector<std::string> formerNames(const CanonicalJID& jid, const ExportPlanne
 }  // namespace
 
 std::vector<PlannedCopy> ExportPlanner::plan(const std::vector<Request>& requests, const ChatFolders& folderForJID,
-                                             const LeftoverFolders& leftoversByOwner, DestinationIndex& index,
+                                             const LeftoverFolders& leftoversByOwner, const DestinationIndex& index,
                                              const CancellationCheck& isCancelled) {
   CancellationPoint cancellation(isCancelled);
   Planner planner(folderForJID, leftoversByOwner, index);

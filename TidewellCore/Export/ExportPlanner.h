@@ -77,10 +77,9 @@ using LeftoverFolders = std::map<CanonicalJID, std::vector<std::string>>;
 
 // One copy for each request, in their order, named in the index's form; what was
 // copied under a name of the other form is there as well. `folderForJID` names a folder for
-// every chat. Files to be moved out of a leftover folder leave the index.
-// Throws TidewellError::cancelled.
+// every chat. Throws TidewellError::cancelled.
 std::vector<PlannedCopy> plan(const std::vector<Request>& requests, const ChatFolders& folderForJID,
-                              const LeftoverFolders& leftoversByOwner, DestinationIndex& index,
+                              const LeftoverFolders& leftoversByOwner, const DestinationIndex& index,
                               const CancellationCheck& isCancelled = {});
 
 // The JID folders of each chat's media paths, by the chat's JID.

@@ -67,6 +67,12 @@ void ExportTarget::includeVolumes() {
   }
 }
 
+DestinationIndex ExportTarget::index(const CancellationCheck& isCancelled) const {
+  DestinationIndex index = DestinationIndex::load(contentRoot_, isCancelled);
+  index.nameForm = nameForm_;
+  return index;
+}
+
 void ExportTarget::requireSpace(std::int64_t bytes) const {
   if (DiskSpace::fitsExport(bytes, DiskSpace::availableBytes(contentRoot_))) return;
   throw TidewellError::ioFailure("Not enough free space — choose another folder");

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <vector>
 
+#include "TidewellCore/Export/DestinationIndex.h"
 #include "TidewellCore/Export/DestinationLock.h"
 #include "TidewellCore/Platform/FlushPoint.h"
 #include "TidewellCore/PortableNames.h"
@@ -21,8 +22,9 @@ class ExportTarget {
   const std::filesystem::path& contentRoot() const { return contentRoot_; }
   const DestinationLock& lock() const { return lock_; }
   const FlushPoint& disk() const { return disk_; }
-  // Which names its drive takes.
-  NameForm nameForm() const { return nameForm_; }
+  // What stands in its content root, to be written to in the names that its drive takes. Throws as
+  // DestinationIndex::load.
+  DestinationIndex index(const CancellationCheck& isCancelled) const;
 
   void requireSpace(std::int64_t bytes) const;
   // Returns when all that was written, the names in its folders included, is on

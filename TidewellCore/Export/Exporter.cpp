@@ -48,11 +48,10 @@ MediaKinds allBut(const MediaKinds& kinds) {
   return others;
 }
 
-ExportPlan makePlan(const ExportJob& job, const BackupSource& source, const ExportTarget& target,
+ExportPlan makePlan(const ExportJob& job, const BackupSource& source, const DestinationIndex& index,
                     const DateFormatter& stamps, const CancellationCheck& isCancelled) {
   const MediaKinds others = allBut(job.options.includedKinds);
-  ExportPlan::Wish wish{
-      .destination = target.destination(), .contentRoot = target.contentRoot(), .nameForm = target.nameForm()};
+  ExportPlan::Wish wish;
   wish.requests = ExportRequests::build(source, {.kinds = job.options.includedKinds, .stamps = stamps}, isCancelled);
   if (job.options.exportTranscripts) {
     wish.leftOut = ExportRequests::build(source, {.kinds = others, .stamps = stamps}, isCancelled);
@@ -61,7 +60,8 @@ ExportPlan makePlan(const ExportJob& job, const BackupSource& source, const Expo
     wish.jidsOfTranscripts = ChatLines(source.snapshot).chatsWithMessages();
   }
   throwIfCancelled(isCancelled);
-  ExportPlan plan = ExportPlan::make(wish, source.snapshot, isCancelled);
+  const FolderAssignment remembered = FolderManifest::load(job.destination);
+  ExportPlan plan = ExportPlan::make(wish, {.index = index, .remembered = remembered}, source.snapshot, isCancelled);
   std::span<const ManifestFile> pictures;
   if (job.options.exportTranscripts) pictures = source.pictures();
   if (auto warning = ExportRequests::warningOfShortFiles(wish.requests, pictures, source.opened)) {
@@ -83,7 +83,8 @@ class Writing {
                                       .isTimeZoneChosen = exporter.isTimeZoneChosen,
                                       .isLocaleChosen = exporter.isLocaleChosen},
                                      NamingMemory::load(target_.contentRoot()))),
-        plan_(makePlan(job, source, target_, FileNaming::stampFormatter(naming_.naming.timeZone, naming_.naming.locale),
+        index_(target_.index(control.isCancelled)),
+        plan_(makePlan(job, source, index_, FileNaming::stampFormatter(naming_.naming.timeZone, naming_.naming.locale),
                        control.isCancelled)) {}
 
   ExportSummary run(ProgressReporter& progress) {
@@ -93,9 +94,9 @@ class Writing {
     // Saved before copying, so that an interrupted export keeps its names.
     NamingMemory::save(target_.contentRoot(), naming_.naming);
     FolderManifest::save(target_.contentRoot(), plan_.rememberedMeanwhile);
-    const std::vector<MediaResult> media =
-        MediaCopying::run(plan_, source_, {.lock = target_.lock(), .disk = target_.disk(), .failures = failures_},
-                          control_.isCancelled, progress);
+    const std::vector<MediaResult> media = MediaCopying::run(
+        plan_, source_, {.index = index_, .lock = target_.lock(), .disk = target_.disk(), .failures = failures_},
+        control_.isCancelled, progress);
     count(media);
     remember();
     if (job_.options.exportTranscripts) {
@@ -156,6 +157,7 @@ class Writing {
   const RunControl& control_;
   const ExportTarget target_;
   const NamingMemory::Decision naming_;
+  const DestinationIndex index_;  // as it was before anything was copied
   const ExportPlan plan_;
   ExportSummary summary_{.destination = job_.destination,
                          .chatFolderCount = static_cast<std::int64_t>(plan_.folders.size())};

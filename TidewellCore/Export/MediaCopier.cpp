@@ -44,12 +44,7 @@ MediaCopier::MediaCopier(const OpenedBackup& opened, const DestinationIndex& ind
       isCancelled_(std::move(isCancelled)) {}
 
 std::optional<SettledCopy> MediaCopier::carryOut(const PlannedCopy& copy) try {
-  if (copy.alreadyPresent()) return SettledCopy{.copy = &copy, .place = copy.dest, .wasThere = true};
-  if (std::holds_alternative<ExportPlanner::Lost>(copy.fate)) failAsLost(copy);
-  makeFolder(copy.dest);
-  if (const auto* moved = std::get_if<ExportPlanner::Moved>(&copy.fate)) return move(copy, moved->from);
-  write(copy);
-  return std::nullopt;
+  return std::visit([&](const auto& fate) { return carryOut(copy, fate); }, copy.fate);
 } catch (...) {
   return SettledCopy{.copy = &copy, .place = copy.dest, .failure = std::current_exception()};
 }
@@ -62,18 +57,6 @@ std::vector<SettledCopy> MediaCopier::settle() { return batches_.settle(); }
 
 std::vector<SettledCopy> MediaCopier::settleInHaste() { return batches_.settleInHaste(); }
 
-void MediaCopier::failAsLost(const PlannedCopy& copy) const {
-  if (copy.source.empty()) throw CopyError(FailureReason::missing);
-  FileDescriptor::openForReading(copy.source);
-  throw CopyError(opened_.isOpenedBy(copy.encryptionKey) ? FailureReason::cutShort : FailureReason::keyMissing);
-}
-
-void MediaCopier::makeFolder(const ExportPlace& place) const {
-  // What stands there is not known, so nothing can be put beside it.
-  if (index_.unreadableFolders.contains(place.folder)) throw CopyError(FailureReason::unwritable);
-  MakeRoom::forFolder(place.in(index_.destination).parent_path());
-}
-
 FailureReason MediaCopier::reasonOf(const std::exception& error, const PlannedCopy& copy) const {
   // A former copy that is moved is no file of the backup.
   const bool isMoved = std::holds_alternative<ExportPlanner::Moved>(copy.fate);
@@ -82,14 +65,8 @@ FailureReason MediaCopier::reasonOf(const std::exception& error, const PlannedCo
                                                                                            : reason;
 }
 
-SettledCopy MediaCopier::move(const PlannedCopy& copy, const ExportPlace& from) const {
-  SettledCopy settled = CopyPlace::give(copy, index_.destination, from.in(index_.destination));
-  if (settled.failure || settled.wasThere) return settled;
-  settled.failure = failureOf([&] { setDate(settled.place.in(index_.destination), copy); });
-  return settled;
-}
-
-void MediaCopier::write(const PlannedCopy& copy) {
+std::optional<SettledCopy> MediaCopier::carryOut(const PlannedCopy& copy, const ExportPlanner::Restored&) {
+  makeFolder(copy.dest);
   const fs::path partial = copy.dest.in(index_.destination).replace_filename(Files::partialName());
   try {
     const StoredFile stored{.location = copy.source, .encryptionKey = copy.encryptionKey, .size = copy.sourceSize};
@@ -102,6 +79,31 @@ void MediaCopier::write(const PlannedCopy& copy) {
     throw;
   }
   batches_.add(copy, partial);
+  return std::nullopt;
+}
+
+std::optional<SettledCopy> MediaCopier::carryOut(const PlannedCopy& copy, const ExportPlanner::Moved& fate) const {
+  makeFolder(copy.dest);
+  SettledCopy settled = CopyPlace::give(copy, index_.destination, fate.from.in(index_.destination));
+  if (settled.failure || settled.wasThere) return settled;
+  settled.failure = failureOf([&] { setDate(settled.place.in(index_.destination), copy); });
+  return settled;
+}
+
+std::optional<SettledCopy> MediaCopier::carryOut(const PlannedCopy& copy, const ExportPlanner::Present&) {
+  return SettledCopy{.copy = &copy, .place = copy.dest, .wasThere = true};
+}
+
+std::optional<SettledCopy> MediaCopier::carryOut(const PlannedCopy& copy, const ExportPlanner::Lost&) const {
+  if (copy.source.empty()) throw CopyError(FailureReason::missing);
+  FileDescriptor::openForReading(copy.source);
+  throw CopyError(opened_.isOpenedBy(copy.encryptionKey) ? FailureReason::cutShort : FailureReason::keyMissing);
+}
+
+void MediaCopier::makeFolder(const ExportPlace& place) const {
+  // What stands there is not known, so nothing can be put beside it.
+  if (index_.unreadableFolders.contains(place.folder)) throw CopyError(FailureReason::unwritable);
+  MakeRoom::forFolder(place.in(index_.destination).parent_path());
 }
 
 void MediaCopier::removeEmptied(const ExportPlanner::LeftoverFolders& formerFolders) const {

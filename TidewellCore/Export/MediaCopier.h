@@ -36,11 +36,14 @@ class MediaCopier {
   void removeEmptied(const ExportPlanner::LeftoverFolders& formerFolders) const;
 
  private:
+  using PlannedCopy = ExportPlanner::PlannedCopy;
+
+  std::optional<SettledCopy> carryOut(const PlannedCopy& copy, const ExportPlanner::Restored& fate);
+  std::optional<SettledCopy> carryOut(const PlannedCopy& copy, const ExportPlanner::Moved& fate) const;
+  static std::optional<SettledCopy> carryOut(const PlannedCopy& copy, const ExportPlanner::Present& fate);
   // Throws why no whole file of it can be had.
-  [[noreturn]] void failAsLost(const ExportPlanner::PlannedCopy& copy) const;
+  std::optional<SettledCopy> carryOut(const PlannedCopy& copy, const ExportPlanner::Lost& fate) const;
   void makeFolder(const ExportPlace& place) const;
-  SettledCopy move(const ExportPlanner::PlannedCopy& copy, const ExportPlace& from) const;
-  void write(const ExportPlanner::PlannedCopy& copy);
 
   const OpenedBackup& opened_;
   const DestinationIndex& index_;

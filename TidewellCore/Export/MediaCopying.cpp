@@ -29,7 +29,7 @@ class Copying {
         source_(source),
         target_(target),
         isCancelled_(isCancelled),
-        copier_(source.opened, plan.index, target.disk, isCancelled) {
+        copier_(source.opened, target.index, target.disk, isCancelled) {
     results_.reserve(plan.copies.size());
   }
 

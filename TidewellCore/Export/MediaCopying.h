@@ -12,6 +12,7 @@
 namespace MediaCopying {
 
 struct Target {
+  const DestinationIndex& index;  // as the plan was made from it
   const DestinationLock& lock;
   const FlushPoint& disk;
   FailureLog& failures;

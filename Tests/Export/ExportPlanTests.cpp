@@ -1,0 +1,63 @@
+#include "TidewellCore/Export/ExportPlan.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <string>
+
+#include "Tests/Export/ExportScene.h"
+
+namespace {
+
+using ExportPlanner::Fate;
+using ExportPlanner::Request;
+using ExportTest::ana;
+using ExportTest::bea;
+using ExportTest::canonical;
+
+// Of ten bytes; `pathJID` is the chat of its folder on the phone.
+Request request(const std::string& name, const std::string& jid, const std::string& pathJID) {
+  return {.source = "/backup/" + name,
+          .relativePath = "Message/Media/" + pathJID + "/a/b/" + name,
+          .desiredName = name,
+          .chatJID = canonical(jid),
+          .sourceSize = 10};
+}
+
+Fate movedFrom(const std::string& folder, const std::string& name) {
+  return ExportPlanner::Moved{.from = {.folder = folder, .name = name}};
+}
+
+TEST(ExportPlan, CountsOnlyTheBytesThatAreToBeWritten) {
+  const ExportPlan plan{.copies = {{.sourceSize = 100},
+                                   {.sourceSize = 20, .fate = ExportPlanner::Present()},
+                                   {.sourceSize = 3, .fate = movedFrom("Old", "a.jpg")},
+                                   {.sourceSize = -1, .fate = ExportPlanner::Lost()}}};
+  EXPECT_EQ(plan.bytesToCopy(), 100);
+}
+
+TEST(ExportPlan, HugeSizesDoNotOverflowTheirSum) {
+  constexpr std::int64_t largest = std::numeric_limits<std::int64_t>::max();
+  const ExportPlan plan{.copies = {{.sourceSize = largest}, {.sourceSize = largest}}};
+  EXPECT_EQ(plan.bytesToCopy(), largest);
+}
+
+// A file of Ana's may stand in a folder that Bea had, under the name and with the size of one of Bea's.
+TEST(ExportPlan, WhatItMovesAwayIsNoEarlierCopyAnyMore) {
+  const auto snapshot = ExportTest::snapshotOf({{ana, "Ana"}, {bea, "Bea"}});
+  DestinationIndex index;
+  index.addFile("Old", "a.jpg", 10);
+  const FolderAssignment remembered{{bea, "Old"}};
+  ExportPlan::Wish wish{.leftOut = {request("a.jpg", bea, bea)}};
+  const ExportPlan before = ExportPlan::make(wish, {.index = index, .remembered = remembered}, snapshot);
+  ASSERT_EQ(before.earlier.size(), 1U);
+  EXPECT_EQ(before.earlier[0].dest, (ExportPlace{.folder = "Old", .name = "a.jpg"}));
+
+  wish.requests = {request("a.jpg", ana, bea)};
+  const ExportPlan plan = ExportPlan::make(wish, {.index = index, .remembered = remembered}, snapshot);
+  ASSERT_EQ(plan.copies.size(), 1U);
+  EXPECT_EQ(plan.copies[0].fate, movedFrom("Old", "a.jpg"));
+  EXPECT_TRUE(plan.earlier.empty());
+}
+
+}  // namespace
