@@ -58,6 +58,9 @@ TEST(ExportPlan, WhatItMovesAwayIsNoEarlierCopyAnyMore) {
   ASSERT_EQ(plan.copies.size(), 1U);
   EXPECT_EQ(plan.copies[0].fate, movedFrom("Old", "a.jpg"));
   EXPECT_TRUE(plan.earlier.empty());
+  ASSERT_EQ(plan.chats.size(), 2U);
+  EXPECT_EQ(plan.chats[0].formerFolders, (std::vector<PlannedChat::FormerFolder>{{.name = "Old"}}))
+      << "it is Bea's, and stays";
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include "Tests/Export/ExportScene.h"
 #include "Tests/Support/Failures.h"
 #include "Tests/Support/TemporaryDirectory.h"
+#include "TidewellCore/Export/PlannedChat.h"
 #include "TidewellCore/FileNaming.h"
 
 namespace {
@@ -164,14 +165,8 @@ TEST(FolderAllocator, KeepsTheFolderOfAChatThatThisBackupLacks) {
   const auto folders = FolderAllocator::allocate(
       {.exportFileNames = names, .existing = {{"Ana", {"a.jpg"}}}, .persisted = persisted}, snapshot);
   EXPECT_EQ(folders, (foldersOf({{bea, "Ana-2"}})));
-  EXPECT_EQ(FolderAllocator::withAbsentChats(folders, persisted, snapshot),
+  EXPECT_EQ(PlannedChats::toRemember(PlannedChats::of(folders, persisted, snapshot)),
             (FolderAssignment{{ana, "Ana"}, {bea, "Ana-2"}}));
-}
-
-TEST(FolderAllocator, ForgetsTheOtherFormOfAJIDThatHasAFolder) {
-  const auto snapshot = snapshotOf({{ana, "Ana"}}, {{anaLID, ana}});
-  EXPECT_EQ(FolderAllocator::withAbsentChats(foldersOf({{ana, "Ana"}}), {{anaLID, "Old"}}, snapshot),
-            (FolderAssignment{{ana, "Ana"}}));
 }
 
 TEST(FolderAllocator, RemembersAFolderForBothFormsOfAJID) {

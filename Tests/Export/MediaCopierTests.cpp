@@ -114,12 +114,6 @@ struct MediaCopierTest : testing::Test {
     return reason;
   }
 
-  void removeEmptied(const ExportPlanner::LeftoverFolders& leftovers) const {
-    const OpenedBackup opened = OpenedBackup::open(folder / "device", std::nullopt);
-    const FlushPoint disk(root);
-    MediaCopier(opened, index, disk, {}).removeEmptied(leftovers);
-  }
-
   Fixture::TemporaryDirectory folder;
   fs::path source = folder / "source";
   fs::path root = folder / "messages";
@@ -305,24 +299,6 @@ TEST_F(MediaCopierTest, TellsWhichNameWasTakenLastWhenACopyFails) {
     EXPECT_EQ(failed(copy), (MediaResult{.place = {.folder = "Ana", .name = "b-2.jpg"}}));
     EXPECT_EQ(ExportTest::textOf(root / "Old/a.jpg"), "earlier");
   }
-}
-
-TEST_F(MediaCopierTest, RemovesAFormerFolderThatHoldsNothingMoreThanTranscripts) {
-  writeFile(root / "Old/_transcript.txt", "1");
-  writeFile(root / "Old/_transcript.html", "2");
-  writeFile(root / "Old/.DS_Store", "3");
-  fs::create_directory(root / "Empty");
-  removeEmptied({{CanonicalJID(), {"Old", "Gone", "Empty"}}});
-  EXPECT_TRUE(fs::is_empty(root));
-}
-
-TEST_F(MediaCopierTest, KeepsAFormerFolderThatHoldsAnythingElse) {
-  writeFile(root / "Old/_transcript.txt", "1");
-  writeFile(root / "Old/my notes.txt", "2");
-  fs::create_directories(root / "Older/_transcript.txt");
-  removeEmptied({{CanonicalJID(), {"Old", "Older"}}});
-  EXPECT_EQ(filesBelow(root), (Files{{"Old/_transcript.txt", "1"}, {"Old/my notes.txt", "2"}}));
-  EXPECT_TRUE(fs::exists(root / "Older/_transcript.txt"));
 }
 
 }  // namespace

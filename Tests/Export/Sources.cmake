@@ -32,6 +32,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/FolderAllocatorTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/FolderManifestTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/FolderPairingTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/FormerFoldersTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MediaCopierTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MediaLinksTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MergeJournalTests.cpp
@@ -41,6 +42,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/OnTheDiskTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/PhaseClockTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/PlantedLinksTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/PlannedChatTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ProgressReporterTests.cpp)
 
 # Where the golden listings are, to be compared and, on request, written anew.

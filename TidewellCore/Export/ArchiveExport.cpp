@@ -79,7 +79,7 @@ ArchiveExport::Outcome ArchiveExport::write(const Source& source, const Setting&
                                             const CancellationCheck& isCancelled, ProgressReporter& progress) {
   const ChatLines lines(source.backup.snapshot);
   const MediaLinks links(source.plan, source.media);
-  std::vector<ArchiveChat> chats = lines.chats(source.plan.folders);
+  std::vector<ArchiveChat> chats = lines.chats(PlannedChats::folders(source.plan.chats));
   progress.begin(ExportProgress::Phase::writingTranscripts, static_cast<std::int64_t>(chats.size()));
   Writing writing(source, setting, failures);
   writing.copyPictures(chats, isCancelled);

@@ -16,22 +16,21 @@ FolderAllocator::PlannedNames namesByChat(const ExportPlan::Wish& wish, NameForm
   return names;
 }
 
-// The folders that are remembered for the chats of the requests.
-ChatFolders foldersOf(const std::vector<ExportPlanner::Request>& requests, const FolderAssignment& remembered) {
+// The folder of every chat that has one, of this export or an earlier one.
+ChatFolders knownFolders(const std::vector<PlannedChat>& chats) {
   ChatFolders folders;
-  for (const ExportPlanner::Request& request : requests) {
-    const auto folder = remembered.find(request.chatJID.text());
-    if (folder != remembered.end()) folders.emplace(request.chatJID, folder->second);
+  for (const PlannedChat& chat : chats) {
+    if (!chat.folder.empty()) folders.emplace(chat.jid, chat.folder);
   }
   return folders;
 }
 
 // Those of the requests that an earlier export carried out.
 std::vector<ExportPlanner::PlannedCopy> carriedOutBefore(std::vector<ExportPlanner::Request> requests,
-                                                         const FolderAssignment& remembered,
+                                                         const std::vector<PlannedChat>& chats,
                                                          const DestinationIndex& index,
                                                          const CancellationCheck& isCancelled) {
-  const ChatFolders folders = foldersOf(requests, remembered);
+  const ChatFolders folders = knownFolders(chats);
   std::erase_if(requests, [&](const ExportPlanner::Request& request) { return !folders.contains(request.chatJID); });
   std::vector<ExportPlanner::PlannedCopy> copies = ExportPlanner::plan(requests, folders, {}, index, isCancelled);
   std::erase_if(copies, [](const ExportPlanner::PlannedCopy& copy) { return !copy.alreadyPresent(); });
@@ -72,12 +71,12 @@ const DestinationIndex::FileEntry* copyOfLostFile(const DestinationIndex& index,
 
 // A lost file's size is not known, so its copy is the one of the very name that
 // an export gives it, unless that is another's.
-void addCopiesOfLostFiles(ExportPlan& plan, const std::vector<ExportPlanner::Request>& lost,
+void addCopiesOfLostFiles(ExportPlan& plan, const std::vector<ExportPlanner::Request>& lost, const ChatFolders& folders,
                           const DestinationIndex& index) {
   std::set<ExportPlace> taken = placesOf(plan);
   for (const ExportPlanner::Request& request : lost) {
-    const auto folder = plan.folders.find(request.chatJID);
-    if (folder == plan.folders.end()) continue;
+    const auto folder = folders.find(request.chatJID);
+    if (folder == folders.end()) continue;
     const auto* file = copyOfLostFile(index, folder->second, request.desiredName);
     if (file == nullptr || !taken.insert(keyOf({.folder = folder->second, .name = file->name})).second) continue;
     plan.earlier.push_back({.dest = *index.place(folder->second, file->name),
@@ -106,19 +105,23 @@ std::vector<CanonicalJID> keysOf(const FolderAllocator::PlannedNames& names) {
 
 // A file's path may lead to the folder of another chat, which is not to be
 // removed with what it holds of that chat.
-ExportPlanner::LeftoverFolders withoutOthersFolders(ExportPlanner::LeftoverFolders leftovers,
-                                                    const FolderAssignment& remembered,
-                                                    const ChatStorageSnapshot& snapshot) {
+void addFormerFolders(const ExportPlanner::LeftoverFolders& leftovers, const ChatStorageSnapshot& snapshot,
+                      std::vector<PlannedChat>& chats) {
   std::set<std::string> rememberedKeys;
-  for (const auto& [jid, folder] : remembered) rememberedKeys.insert(FileNaming::normalizedKey(folder));
-  for (auto& [owner, folders] : leftovers) {
-    const std::vector<std::string> aliases = snapshot.aliasJIDs(owner.text());
-    std::erase_if(folders, [&](const std::string& folder) {
-      const auto isOwners = [&](const std::string& jid) { return FolderAllocator::isAdoptableFolder(folder, jid); };
-      return rememberedKeys.contains(FileNaming::normalizedKey(folder)) || std::ranges::none_of(aliases, isOwners);
-    });
+  for (const auto& [jid, folder] : PlannedChats::toRemember(chats)) {
+    rememberedKeys.insert(FileNaming::normalizedKey(folder));
   }
-  return leftovers;
+  for (PlannedChat& chat : chats) {
+    const auto found = leftovers.find(chat.jid);
+    if (found == leftovers.end()) continue;
+    const std::vector<std::string> aliases = snapshot.aliasJIDs(chat.jid.text());
+    for (const std::string& folder : found->second) {
+      const auto isOwners = [&](const std::string& jid) { return FolderAllocator::isAdoptableFolder(folder, jid); };
+      const bool isRemovable =
+          !rememberedKeys.contains(FileNaming::normalizedKey(folder)) && std::ranges::any_of(aliases, isOwners);
+      chat.formerFolders.push_back({.name = folder, .isRemovable = isRemovable});
+    }
+  }
 }
 
 }  // namespace
@@ -126,26 +129,23 @@ ExportPlanner::LeftoverFolders withoutOthersFolders(ExportPlanner::LeftoverFolde
 ExportPlan ExportPlan::make(const Wish& wish, const Found& found, const ChatStorageSnapshot& snapshot,
                             const CancellationCheck& isCancelled) {
   const auto& [index, remembered] = found;
-  ExportPlan plan;
   const FolderAllocator::PlannedNames names = namesByChat(wish, index.nameForm);
   const FolderAssignment persisted = FolderAllocator::expandPersisted(remembered, keysOf(names), snapshot);
-  plan.folders = FolderAllocator::allocate(
+  const ChatFolders folders = FolderAllocator::allocate(
       {.exportFileNames = names, .existing = index.mediaNameSets(), .persisted = persisted, .nameForm = index.nameForm},
       snapshot, isCancelled);
-  plan.remembered = FolderAllocator::withAbsentChats(plan.folders, remembered, snapshot);
-  plan.rememberedMeanwhile = plan.remembered;
-  plan.rememberedMeanwhile.insert(remembered.begin(), remembered.end());
-  plan.leftovers = ExportPlanner::leftoverFoldersByOwner({.folderNames = plan.folders,
-                                                          .pathJIDs = pathJIDsByChat(wish.requests),
-                                                          .persisted = persisted,
-                                                          .snapshot = snapshot,
-                                                          .index = index});
-  plan.removable = withoutOthersFolders(plan.leftovers, plan.remembered, snapshot);
-  plan.earlier = carriedOutBefore(wish.leftOut, plan.remembered, index, isCancelled);
-  plan.copies = ExportPlanner::plan(wish.requests, plan.folders, plan.leftovers, index, isCancelled);
+  const auto leftovers = ExportPlanner::leftoverFoldersByOwner({.folderNames = folders,
+                                                                .pathJIDs = pathJIDsByChat(wish.requests),
+                                                                .persisted = persisted,
+                                                                .snapshot = snapshot,
+                                                                .index = index});
+  ExportPlan plan{.chats = PlannedChats::of(folders, remembered, snapshot)};
+  addFormerFolders(leftovers, snapshot, plan.chats);
+  plan.earlier = carriedOutBefore(wish.leftOut, plan.chats, index, isCancelled);
+  plan.copies = ExportPlanner::plan(wish.requests, folders, leftovers, index, isCancelled);
   leaveOutMoved(plan.earlier, plan.copies);
   throwIfCancelled(isCancelled);
-  addCopiesOfLostFiles(plan, wish.lost, index);
+  addCopiesOfLostFiles(plan, wish.lost, folders, index);
   return plan;
 }
 

@@ -7,16 +7,11 @@
 #include "TidewellCore/ChatData/ChatStorageSnapshot.h"
 #include "TidewellCore/Export/DestinationIndex.h"
 #include "TidewellCore/Export/ExportPlanner.h"
-#include "TidewellCore/Export/FolderAllocator.h"
-#include "TidewellCore/Export/FolderManifest.h"
+#include "TidewellCore/Export/PlannedChat.h"
 
 // All that an export is going to do, decided before the first byte is copied.
 struct ExportPlan {
-  ChatFolders folders;                   // one for each chat of this export
-  FolderAssignment remembered;           // these, and those of chats that only earlier exports had
-  FolderAssignment rememberedMeanwhile;  // and the former folders, until all has moved out of them
-  ExportPlanner::LeftoverFolders leftovers;
-  ExportPlanner::LeftoverFolders removable;         // of the leftovers, those that are no other chat's
+  std::vector<PlannedChat> chats;                   // of this export, and those that only earlier ones had
   std::vector<ExportPlanner::PlannedCopy> copies;   // in the order of the requests
   std::vector<ExportPlanner::PlannedCopy> earlier;  // what an earlier export copied and this one cannot or is not to
   std::vector<std::string> warnings;                // of what may be missing: sentences for people, in English

@@ -29,7 +29,7 @@ class ExportTarget {
   void requireSpace(std::int64_t bytes) const;
   // Returns when all that was written, the names in its folders included, is on
   // the disk. `chatFolders` are in the content root.
-  void flush(const std::vector<std::string>& chatFolders) const;
+  void flush(const ChatFolders& chatFolders) const;
 
  private:
   void includeVolumes();

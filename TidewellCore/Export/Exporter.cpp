@@ -93,7 +93,7 @@ class Writing {
     throwIfCancelled(control_.isCancelled);
     // Saved before copying, so that an interrupted export keeps its names.
     NamingMemory::save(target_.contentRoot(), naming_.naming);
-    FolderManifest::save(target_.contentRoot(), plan_.rememberedMeanwhile);
+    FolderManifest::save(target_.contentRoot(), PlannedChats::toRememberMeanwhile(plan_.chats));
     const std::vector<MediaResult> media = MediaCopying::run(
         plan_, source_, {.index = index_, .lock = target_.lock(), .disk = target_.disk(), .failures = failures_},
         control_.isCancelled, progress);
@@ -103,7 +103,7 @@ class Writing {
       writeArchive(media, progress);
       remember();
     }
-    target_.flush(chatFolders());
+    target_.flush(folders_);
     return std::move(summary_);
   }
 
@@ -119,7 +119,7 @@ class Writing {
   // Folders that were taken away meanwhile were made again, without what was copied into them.
   void remember() const {
     target_.lock().requireInPlace();
-    FolderManifest::save(target_.contentRoot(), plan_.remembered);
+    FolderManifest::save(target_.contentRoot(), PlannedChats::toRemember(plan_.chats));
     throwIfCancelled(control_.isCancelled);
   }
 
@@ -145,12 +145,6 @@ class Writing {
     summary_.unresolvedArchiveLinkCount = outcome.unresolvedLinkCount;
   }
 
-  std::vector<std::string> chatFolders() const {
-    std::vector<std::string> folders;
-    for (const auto& [jid, folder] : plan_.folders) folders.push_back(folder);
-    return folders;
-  }
-
   const Exporter& exporter_;
   const ExportJob& job_;
   const BackupSource& source_;
@@ -159,8 +153,9 @@ class Writing {
   const NamingMemory::Decision naming_;
   const DestinationIndex index_;  // as it was before anything was copied
   const ExportPlan plan_;
+  const ChatFolders folders_ = PlannedChats::folders(plan_.chats);
   ExportSummary summary_{.destination = job_.destination,
-                         .chatFolderCount = static_cast<std::int64_t>(plan_.folders.size())};
+                         .chatFolderCount = static_cast<std::int64_t>(folders_.size())};
   FailureLog failures_{{.backup = job_.backup, .destination = &job_.destination}, summary_};
 };
 

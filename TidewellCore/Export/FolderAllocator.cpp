@@ -211,16 +211,6 @@ ChatFolders FolderAllocator::allocate(const Wish& wish, const ChatStorageSnapsho
   return assign(choice, isCancelled);
 }
 
-FolderAssignment FolderAllocator::withAbsentChats(const ChatFolders& assigned, const FolderAssignment& persisted,
-                                                  const ChatStorageSnapshot& snapshot) {
-  FolderAssignment all;
-  for (const auto& [jid, folder] : assigned) all.emplace(jid.text(), folder);
-  for (const auto& [jid, folder] : persisted) {
-    if (!assigned.contains(snapshot.canonicalChatJID(jid))) all.emplace(jid, folder);
-  }
-  return all;
-}
-
 std::vector<std::string> FolderAllocator::existingChatFolders(const std::filesystem::path& contentRoot) {
   std::vector<std::string> folders;
   if (Files::kindOf(contentRoot) == Files::Kind::nothing) return folders;

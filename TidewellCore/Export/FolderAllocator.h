@@ -53,10 +53,6 @@ struct Wish {
 };
 ChatFolders allocate(const Wish& wish, const ChatStorageSnapshot& snapshot, const CancellationCheck& isCancelled = {});
 
-// What is to be remembered: the chats of this export, and those that only earlier exports had.
-FolderAssignment withAbsentChats(const ChatFolders& assigned, const FolderAssignment& persisted,
-                                 const ChatStorageSnapshot& snapshot);
-
 // The folders of a content root that may be chats', in ascending order; none when it is missing.
 std::vector<std::string> existingChatFolders(const std::filesystem::path& contentRoot);
 bool isReserved(std::string_view folder);

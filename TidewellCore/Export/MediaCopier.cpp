@@ -1,15 +1,10 @@
 #include "TidewellCore/Export/MediaCopier.h"
 
-#include <algorithm>
-#include <array>
-
 #include "TidewellCore/Export/CopyPlace.h"
-#include "TidewellCore/FolderNames.h"
 #include "TidewellCore/MakeRoom.h"
 #include "TidewellCore/Platform/FailureOf.h"
 #include "TidewellCore/Platform/FileDescriptor.h"
 #include "TidewellCore/Platform/Files.h"
-#include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/TidewellError.h"
 
 namespace {
@@ -19,19 +14,6 @@ using ExportPlanner::PlannedCopy;
 
 void setDate(const fs::path& file, const PlannedCopy& copy) {
   if (copy.date) Files::setModificationDate(file, *copy.date);
-}
-
-bool isWithoutOwnContent(const Files::Entry& entry) {
-  constexpr std::array<std::string_view, 3> names{FolderNames::textTranscript, FolderNames::htmlTranscript,
-                                                  ".DS_Store"};
-  return !entry.isFolder && std::ranges::find(names, entry.name) != names.end();
-}
-
-void removeIfEmptied(const fs::path& folder) {
-  const std::vector<Files::Entry> entries = Files::list(folder);
-  if (!std::ranges::all_of(entries, isWithoutOwnContent)) return;
-  for (const Files::Entry& entry : entries) Files::remove(folder / entry.name);
-  Files::remove(folder);
 }
 
 }  // namespace
@@ -104,16 +86,4 @@ void MediaCopier::makeFolder(const ExportPlace& place) const {
   // What stands there is not known, so nothing can be put beside it.
   if (index_.unreadableFolders.contains(place.folder)) throw CopyError(FailureReason::unwritable);
   MakeRoom::forFolder(place.in(index_.destination).parent_path());
-}
-
-void MediaCopier::removeEmptied(const ExportPlanner::LeftoverFolders& formerFolders) const {
-  for (const auto& [jid, folders] : formerFolders) {
-    for (const std::string& folder : folders) {
-      try {
-        removeIfEmptied(index_.destination / PathText::path(folder));
-      } catch (const fs::filesystem_error&) {
-        // What cannot be removed stays, and harms nothing.
-      }
-    }
-  }
 }

@@ -31,10 +31,6 @@ class MediaCopier {
   // Why a copy failed that threw `error`.
   FailureReason reasonOf(const std::exception& error, const ExportPlanner::PlannedCopy& copy) const;
 
-  // Removes the folders that held a chat's files in an earlier export and now
-  // hold nothing more than its transcripts.
-  void removeEmptied(const ExportPlanner::LeftoverFolders& formerFolders) const;
-
  private:
   using PlannedCopy = ExportPlanner::PlannedCopy;
 

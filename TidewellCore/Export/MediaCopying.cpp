@@ -4,6 +4,7 @@
 #include <span>
 
 #include "TidewellCore/Export/EarlyEnd.h"
+#include "TidewellCore/Export/FormerFolders.h"
 #include "TidewellCore/Export/MediaCopier.h"
 #include "TidewellCore/Platform/FileDescriptor.h"
 #include "TidewellCore/TidewellError.h"
@@ -43,7 +44,7 @@ class Copying {
       settleQuietly(TidewellError::isCancellation(error));
       throw;
     }
-    copier_.removeEmptied(plan_.removable);
+    FormerFolders::removeEmptied(plan_.chats, target_.index.destination);
     return std::move(results_);
   }
 

@@ -3,8 +3,7 @@
 MediaLinks::MediaLinks(const ExportPlan& plan, const std::vector<MediaResult>& results) {
   for (std::size_t number = 0; number < results.size(); ++number) {
     const MediaResult& result = results[number];
-    if (result.outcome != MediaResult::Outcome::failed)
-      places_.emplace(plan.copies[number].relativePath, &result.place);
+    if (!result.hasFailed()) places_.emplace(plan.copies[number].relativePath, &result.place);
   }
   for (const ExportPlanner::PlannedCopy& copy : plan.earlier) places_.emplace(copy.relativePath, &copy.dest);
 }

@@ -12,6 +12,8 @@ struct MediaResult {
   Outcome outcome = Outcome::failed;
   std::int64_t copiedBytes = 0;
 
+  bool hasFailed() const { return outcome == Outcome::failed; }
+
   static MediaResult of(const SettledCopy& settled);
 
   bool operator==(const MediaResult&) const = default;

@@ -1,0 +1,40 @@
+#include "TidewellCore/Export/FormerFolders.h"
+
+#include <algorithm>
+#include <array>
+
+#include "TidewellCore/FolderNames.h"
+#include "TidewellCore/Platform/Files.h"
+#include "TidewellCore/Platform/PathText.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+bool isWithoutOwnContent(const Files::Entry& entry) {
+  constexpr std::array<std::string_view, 3> names{FolderNames::textTranscript, FolderNames::htmlTranscript,
+                                                  ".DS_Store"};
+  return !entry.isFolder && std::ranges::find(names, entry.name) != names.end();
+}
+
+void removeIfEmptied(const fs::path& folder) {
+  const std::vector<Files::Entry> entries = Files::list(folder);
+  if (!std::ranges::all_of(entries, isWithoutOwnContent)) return;
+  for (const Files::Entry& entry : entries) Files::remove(folder / entry.name);
+  Files::remove(folder);
+}
+
+}  // namespace
+
+void FormerFolders::removeEmptied(const std::vector<PlannedChat>& chats, const fs::path& contentRoot) {
+  for (const PlannedChat& chat : chats) {
+    for (const PlannedChat::FormerFolder& folder : chat.formerFolders) {
+      if (!folder.isRemovable) continue;
+      try {
+        removeIfEmptied(contentRoot / PathText::path(folder.name));
+      } catch (const fs::filesystem_error&) {
+        // It stays, and harms nothing.
+      }
+    }
+  }
+}
