@@ -2,7 +2,7 @@
 
 #include "TidewellCore/Backup/BackupLibrary.h"
 #include "TidewellCore/ChatData/ScanResult.h"
-#include "TidewellCore/Export/DedupeSummary.h"
+#include "TidewellCore/CleanUp/DedupeSummary.h"
 #include "TidewellCore/Export/ExportSummary.h"
 #include "TidewellCore/Platform/Json.h"
 

@@ -5,7 +5,7 @@
 
 #include <map>
 
-#include "Tests/Export/DedupeScene.h"
+#include "Tests/CleanUp/DedupeScene.h"
 #include "Tests/Support/Unprivileged.h"
 #include "TidewellCore/Archive/ArchiveScripts.h"
 #include "TidewellCore/Archive/ChatArchiveJSON.h"

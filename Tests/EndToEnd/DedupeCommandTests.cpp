@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "Tests/EndToEnd/CommandLine.h"
-#include "TidewellCore/Export/FolderManifest.h"
+#include "TidewellCore/Destination/FolderManifest.h"
 
 using testing::HasSubstr;
 using testing::IsEmpty;

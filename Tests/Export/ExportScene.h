@@ -13,8 +13,8 @@
 #include "Tests/Support/BackupBuilder.h"
 #include "Tests/Support/TemporaryDirectory.h"
 #include "TidewellCore/ChatData/ChatStorageSnapshot.h"
+#include "TidewellCore/Destination/FolderAllocator.h"
 #include "TidewellCore/Export/Exporter.h"
-#include "TidewellCore/Export/FolderAllocator.h"
 
 // A phone's backup and a place to export it to.
 namespace ExportTest {

@@ -6,7 +6,7 @@
 
 #include "Tests/Drives/Drive.h"
 #include "Tests/Export/ExportScene.h"
-#include "TidewellCore/Export/NameProbe.h"
+#include "TidewellCore/Destination/NameProbe.h"
 #include "TidewellCore/PortableNames.h"
 
 // Exports onto drives that take other names than the ones that people give.

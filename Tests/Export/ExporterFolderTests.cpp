@@ -6,7 +6,7 @@
 
 #include "Tests/Export/ExportScene.h"
 #include "Tests/Support/TemporaryDirectory.h"
-#include "TidewellCore/Export/FolderManifest.h"
+#include "TidewellCore/Destination/FolderManifest.h"
 #include "TidewellCore/TidewellError.h"
 
 // Which folder a chat has, from one export to the next.

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "Tests/Export/ExportScene.h"
-#include "TidewellCore/Export/NamingMemory.h"
+#include "TidewellCore/Destination/NamingMemory.h"
 
 // Exports into one destination from several time zones and in several languages.
 namespace {

@@ -6,7 +6,7 @@
 
 #include "Tests/Export/ExportScene.h"
 #include "Tests/Support/TemporaryDirectory.h"
-#include "TidewellCore/Export/FolderManifest.h"
+#include "TidewellCore/Destination/FolderManifest.h"
 
 // Links that somebody put into a backup or a destination lead an export nowhere.
 namespace {

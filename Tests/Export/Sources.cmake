@@ -5,17 +5,8 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/ArchiveReading.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ArchiveTextTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ChatLinesTests.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/DestinationIndexTests.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/DestinationLockTests.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/DiskSpaceTests.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/EarlierCopiesTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/EarlyEndTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/EveryKindExportTests.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/ExportDeduperArchiveTests.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/ExportDeduperInterruptionTests.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/ExportDeduperTests.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/ExportDestinationTests.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/ExportLayoutTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportPlanTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportPlannerTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportPreferencesTests.cpp
@@ -29,16 +20,10 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/ExporterKeyTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExporterNamingTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExporterTests.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/FolderAllocatorTests.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/FolderManifestTests.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/FolderPairingTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/FormerFoldersTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MediaCopierTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MediaLinksTests.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/MergeJournalTests.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/MergeMoveTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/NamedFailuresTests.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/NamingMemoryTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/OnTheDiskTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/PhaseClockTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/PlantedLinksTests.cpp

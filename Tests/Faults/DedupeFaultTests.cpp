@@ -8,7 +8,7 @@
 #include "Tests/EndToEnd/CommandLine.h"
 #include "Tests/Export/ExportScene.h"
 #include "Tests/Support/TemporaryDirectory.h"
-#include "TidewellCore/Export/FolderManifest.h"
+#include "TidewellCore/Destination/FolderManifest.h"
 
 // A clean-up of folders on a disk that does not give a file at one moment: two
 // files that it could not compare are not two different files.

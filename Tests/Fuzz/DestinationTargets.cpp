@@ -2,8 +2,8 @@
 
 #include "Tests/Support/TemporaryDirectory.h"
 #include "TidewellCore/Archive/ArchiveRelocation.h"
+#include "TidewellCore/Destination/FolderManifest.h"
 #include "TidewellCore/Export/ExportPreferences.h"
-#include "TidewellCore/Export/FolderManifest.h"
 #include "TidewellCore/FileNaming.h"
 #include "TidewellCore/Platform/Precondition.h"
 #include "TidewellCore/Platform/Text.h"

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "TidewellCore/Export/FolderAllocator.h"
+#include "TidewellCore/Destination/FolderAllocator.h"
 #include "TidewellCore/FileNaming.h"
 #include "TidewellCore/Platform/Precondition.h"
 #include "TidewellCore/Platform/Text.h"

@@ -4,8 +4,8 @@
 #include <utility>
 
 #include "TidewellCore/Backup/BackupLibrary.h"
-#include "TidewellCore/Export/DiskSpace.h"
-#include "TidewellCore/Export/ExportDestination.h"
+#include "TidewellCore/Destination/DiskSpace.h"
+#include "TidewellCore/Destination/ExportDestination.h"
 #include "TidewellCore/FolderNames.h"
 #include "TidewellCore/Platform/Files.h"
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "TidewellCore/Export/DiskSpace.h"
+#include "TidewellCore/Destination/DiskSpace.h"
 #include "TidewellCore/Export/ExportTiming.h"
 #include "TidewellCore/Platform/Text.h"
 

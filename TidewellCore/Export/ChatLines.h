@@ -6,7 +6,7 @@
 #include "TidewellCore/Archive/ArchiveChat.h"
 #include "TidewellCore/Archive/MessageWords.h"
 #include "TidewellCore/ChatData/ChatStorageSnapshot.h"
-#include "TidewellCore/Export/FolderAllocator.h"
+#include "TidewellCore/Destination/FolderAllocator.h"
 #include "TidewellCore/Export/MediaLinks.h"
 
 // A backup's chats as lists of lines, from which transcripts and archive are

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "TidewellCore/ChatData/ChatStorageSnapshot.h"
-#include "TidewellCore/Export/DestinationIndex.h"
+#include "TidewellCore/Destination/DestinationIndex.h"
 #include "TidewellCore/Export/ExportPlanner.h"
 #include "TidewellCore/Export/PlannedChat.h"
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "TidewellCore/Export/EarlierCopies.h"
+#include "TidewellCore/Destination/EarlierCopies.h"
 #include "TidewellCore/FileNaming.h"
 #include "TidewellCore/UsedNames.h"
 

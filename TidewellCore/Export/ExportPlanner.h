@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "TidewellCore/ChatData/ChatStorageSnapshot.h"
-#include "TidewellCore/Export/DestinationIndex.h"
-#include "TidewellCore/Export/ExportPlace.h"
-#include "TidewellCore/Export/FolderAllocator.h"
+#include "TidewellCore/Destination/DestinationIndex.h"
+#include "TidewellCore/Destination/ExportPlace.h"
+#include "TidewellCore/Destination/FolderAllocator.h"
 #include "TidewellCore/MediaKind.h"
 #include "TidewellCore/Platform/Bytes.h"
 

@@ -1,9 +1,9 @@
 #include "TidewellCore/Export/ExportTarget.h"
 
-#include "TidewellCore/Export/DiskSpace.h"
+#include "TidewellCore/Destination/DiskSpace.h"
+#include "TidewellCore/Destination/ExportLayout.h"
+#include "TidewellCore/Destination/NameProbe.h"
 #include "TidewellCore/Export/EarlyEnd.h"
-#include "TidewellCore/Export/ExportLayout.h"
-#include "TidewellCore/Export/NameProbe.h"
 #include "TidewellCore/FolderNames.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"

@@ -4,8 +4,8 @@
 #include <filesystem>
 #include <vector>
 
-#include "TidewellCore/Export/DestinationIndex.h"
-#include "TidewellCore/Export/DestinationLock.h"
+#include "TidewellCore/Destination/DestinationIndex.h"
+#include "TidewellCore/Destination/DestinationLock.h"
 #include "TidewellCore/Platform/FlushPoint.h"
 #include "TidewellCore/PortableNames.h"
 

@@ -6,9 +6,9 @@
 
 #include "TidewellCore/Backup/BackupInfo.h"
 #include "TidewellCore/ChatData/ScanResult.h"
+#include "TidewellCore/CleanUp/DedupeSummary.h"
 #include "TidewellCore/Crypto/BackupUnlockReport.h"
 #include "TidewellCore/Crypto/PasswordKey.h"
-#include "TidewellCore/Export/DedupeSummary.h"
 #include "TidewellCore/Export/ExportOptions.h"
 #include "TidewellCore/Export/ExportSummary.h"
 #include "TidewellCore/ExportProgress.h"

@@ -5,8 +5,8 @@
 
 #include "TidewellCore/Backup/OpenedBackup.h"
 #include "TidewellCore/CopyFailure.h"
+#include "TidewellCore/Destination/DestinationIndex.h"
 #include "TidewellCore/Export/CopyBatches.h"
-#include "TidewellCore/Export/DestinationIndex.h"
 #include "TidewellCore/Export/ExportPlanner.h"
 #include "TidewellCore/Platform/FlushPoint.h"
 

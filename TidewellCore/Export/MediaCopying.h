@@ -1,7 +1,7 @@
 #pragma once
 
 #include "TidewellCore/ChatData/BackupSource.h"
-#include "TidewellCore/Export/DestinationLock.h"
+#include "TidewellCore/Destination/DestinationLock.h"
 #include "TidewellCore/Export/ExportPlan.h"
 #include "TidewellCore/Export/FailureLog.h"
 #include "TidewellCore/Export/MediaResult.h"

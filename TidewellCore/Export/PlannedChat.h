@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "TidewellCore/ChatData/ChatStorageSnapshot.h"
-#include "TidewellCore/Export/FolderAllocator.h"
-#include "TidewellCore/Export/FolderManifest.h"
+#include "TidewellCore/Destination/FolderAllocator.h"
+#include "TidewellCore/Destination/FolderManifest.h"
 
 // A chat, of this export or of earlier ones alone, and its folders in the content root.
 struct PlannedChat {

@@ -3,7 +3,7 @@
 #include <fstream>
 
 #include "Tests/Application/Session/WizardScene.h"
-#include "TidewellCore/Export/DiskSpace.h"
+#include "TidewellCore/Destination/DiskSpace.h"
 
 namespace WizardTest {
 namespace {

@@ -1,0 +1,7 @@
+#include "TidewellCore/Destination/ExportPlace.h"
+
+#include "TidewellCore/Platform/PathText.h"
+
+std::filesystem::path ExportPlace::in(const std::filesystem::path& contentRoot) const {
+  return contentRoot / PathText::path(folder) / PathText::path(name);
+}
