@@ -4,9 +4,9 @@
 #include <cmath>
 
 #include "TidewellCore/Archive/DetailsFormat.h"
-#include "TidewellCore/Archive/JSONMembers.h"
 #include "TidewellCore/Archive/MessageLine.h"
 #include "TidewellCore/Archive/ReadableText.h"
+#include "TidewellCore/Platform/JSONMembers.h"
 
 namespace {
 

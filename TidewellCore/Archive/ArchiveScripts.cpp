@@ -4,6 +4,7 @@
 
 #include "TidewellCore/Archive/ChatArchiveJSON.h"
 #include "TidewellCore/Archive/JSONText.h"
+#include "TidewellCore/Platform/JSONMembers.h"
 
 namespace {
 
@@ -68,8 +69,7 @@ std::string withValue(std::string list, const char* identifier, ChangeValue chan
 
 Json changedArchive(const Json& json, const ArchiveScripts::ListChange& change) {
   const auto* archive = json.as<Json::Object>();
-  const auto found = archive ? archive->find("blocks") : Json::Object::const_iterator();
-  const auto* blocks = archive && found != archive->end() ? found->second.as<Json::Array>() : nullptr;
+  const auto* blocks = archive ? JSONMembers::member<Json::Array>(*archive, "blocks") : nullptr;
   const auto form = blocks ? MessageLine::form(*archive) : std::nullopt;
   if (!form) return json;
   const ArchiveFormat::Change<ArchiveBlock> changeBlock = [&](ArchiveBlock& block) { change.block(block, *form); };

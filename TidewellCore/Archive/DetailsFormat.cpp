@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "TidewellCore/Archive/JSONMembers.h"
+#include "TidewellCore/Platform/JSONMembers.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 
 #include "TidewellCore/ChatData/BlobText.h"
 #include "TidewellCore/ChatData/StoredJID.h"
-#include "TidewellCore/Platform/Json.h"
+#include "TidewellCore/Platform/JSONMembers.h"
 
 namespace {
 
@@ -32,9 +32,7 @@ class JsonParameter {
  private:
   std::optional<std::string_view> text(std::string_view key) const {
     if (!isObject()) return std::nullopt;
-    const auto& object = *json_->as<Json::Object>();
-    const auto found = object.find(key);
-    const auto* text = found == object.end() ? nullptr : found->second.as<std::string>();
+    const auto* text = JSONMembers::member<std::string>(*json_->as<Json::Object>(), key);
     return text == nullptr ? std::nullopt : std::optional<std::string_view>(*text);
   }
 

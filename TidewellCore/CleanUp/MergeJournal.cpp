@@ -3,9 +3,9 @@
 #include <functional>
 
 #include "TidewellCore/FileNaming.h"
-#include "TidewellCore/Platform/Bytes.h"
 #include "TidewellCore/Platform/Files.h"
-#include "TidewellCore/Platform/Json.h"
+#include "TidewellCore/Platform/JSONMembers.h"
+#include "TidewellCore/Platform/JsonFile.h"
 #include "TidewellCore/Platform/PathText.h"
 
 namespace {
@@ -17,11 +17,6 @@ constexpr std::int64_t version = 1;
 constexpr const char* filesName = "files";
 constexpr const char* foldersName = "folders";
 
-std::optional<Json> read(const fs::path& file) {
-  const std::optional<Bytes> content = Files::readIfThere(file, largestFile);
-  return content ? Json::parse(textOf(*content)) : std::nullopt;
-}
-
 Json::Object dictionary(const std::map<std::string, std::string>& places) {
   Json::Object object;
   for (const auto& [from, to] : places) object.emplace(from, to);
@@ -31,8 +26,7 @@ Json::Object dictionary(const std::map<std::string, std::string>& places) {
 using Add = std::function<void(const std::string& from, const std::string& to)>;
 
 void addAll(const Json::Object& document, const char* name, const Add& add) {
-  const auto found = document.find(name);
-  const auto* places = found == document.end() ? nullptr : found->second.as<Json::Object>();
+  const auto* places = JSONMembers::member<Json::Object>(document, name);
   if (places == nullptr) return;
   for (const auto& [from, value] : *places) {
     if (const auto* to = value.as<std::string>()) add(from, *to);
@@ -42,17 +36,16 @@ void addAll(const Json::Object& document, const char* name, const Add& add) {
 }  // namespace
 
 MergeJournal::MergeJournal(fs::path contentRoot) : contentRoot_(std::move(contentRoot)) {
-  const std::optional<Json> json = read(contentRoot_ / fileName);
-  const auto* document = json ? json->as<Json::Object>() : nullptr;
-  if (document == nullptr) return;
+  const std::optional<Json::Object> document = JsonFile::readIfThere(contentRoot_ / fileName, largestFile);
+  if (!document) return;
   addAll(*document, filesName, [this](const std::string& from, const std::string& to) { addFile(from, to); });
   addAll(*document, foldersName, [this](const std::string& from, const std::string& to) { addFolder(from, to); });
 }
 
 void MergeJournal::save() const {
-  const Json document = Json::Object{
-      {filesName, dictionary(files_.places)}, {foldersName, dictionary(folders_.places)}, {"version", version}};
-  Files::writeAtomically(contentRoot_ / fileName, document.write(true) + "\n");
+  Files::writeAtomically(contentRoot_ / fileName, JsonFile::content({{filesName, dictionary(files_.places)},
+                                                                     {foldersName, dictionary(folders_.places)},
+                                                                     {"version", version}}));
 }
 
 void MergeJournal::remove() const { Files::remove(contentRoot_ / fileName); }

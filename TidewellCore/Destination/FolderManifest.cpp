@@ -6,7 +6,8 @@
 #include "TidewellCore/FileNaming.h"
 #include "TidewellCore/FolderNames.h"
 #include "TidewellCore/Platform/Files.h"
-#include "TidewellCore/Platform/Json.h"
+#include "TidewellCore/Platform/JSONMembers.h"
+#include "TidewellCore/Platform/JsonFile.h"
 #include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/Platform/Text.h"
 
@@ -18,11 +19,9 @@ constexpr std::int64_t largestFile = 64 << 20;
 constexpr std::int64_t version = 1;
 
 // Absent unless every value is text.
-std::optional<FolderAssignment> assignment(const Json& json) {
-  const auto* object = json.as<Json::Object>();
-  if (object == nullptr) return std::nullopt;
+std::optional<FolderAssignment> assignment(const Json::Object& object) {
   FolderAssignment folders;
-  for (const auto& [jid, value] : *object) {
+  for (const auto& [jid, value] : object) {
     const auto* folder = value.as<std::string>();
     if (folder == nullptr) return std::nullopt;
     if (!jid.empty() && FileNaming::isSafeComponent(*folder)) folders.emplace(jid, *folder);
@@ -30,20 +29,14 @@ std::optional<FolderAssignment> assignment(const Json& json) {
   return folders;
 }
 
-std::optional<FolderAssignment> parsed(const std::string& text) {
-  const std::optional<Json> document = Json::parse(text);
-  const auto* object = document ? document->as<Json::Object>() : nullptr;
-  if (object == nullptr) return std::nullopt;
-  if (const auto folders = object->find("folders"); folders != object->end()) {
-    if (auto map = assignment(folders->second)) return map;
+std::optional<FolderAssignment> read(const fs::path& file) {
+  const std::optional<Json::Object> document = JsonFile::readIfThere(file, largestFile);
+  if (!document) return std::nullopt;
+  if (const auto* folders = JSONMembers::member<Json::Object>(*document, "folders")) {
+    if (auto map = assignment(*folders)) return map;
   }
   // The older form is the map itself.
-  return object->contains("version") ? std::nullopt : assignment(*document);
-}
-
-std::optional<FolderAssignment> read(const fs::path& file) {
-  const std::optional<Bytes> content = Files::readIfThere(file, largestFile);
-  return content ? parsed(std::string(textOf(*content))) : std::nullopt;
+  return document->contains("version") ? std::nullopt : assignment(*document);
 }
 
 // A link in the viewer's place is none of an export's making.
@@ -78,7 +71,7 @@ FolderAssignment FolderManifest::load(const fs::path& destination) {
 void FolderManifest::save(const fs::path& contentRoot, const FolderAssignment& folders) {
   Json::Object map;
   for (const auto& [jid, folder] : folders) map.emplace(jid, folder);
-  const std::string text = Json(Json::Object{{"folders", std::move(map)}, {"version", version}}).write(true) + "\n";
+  const std::string text = JsonFile::content({{"folders", std::move(map)}, {"version", version}});
   Files::writeWhenDifferent(contentRoot / fileName, text);
   const fs::path viewer = contentRoot / FolderNames::viewer;
   if (Files::kindOf(viewer) == Files::Kind::folder) Files::writeWhenDifferent(viewer / viewerFileName, text);

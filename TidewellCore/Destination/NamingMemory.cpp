@@ -3,7 +3,8 @@
 #include <fmt/format.h>
 
 #include "TidewellCore/Platform/Files.h"
-#include "TidewellCore/Platform/Json.h"
+#include "TidewellCore/Platform/JSONMembers.h"
+#include "TidewellCore/Platform/JsonFile.h"
 
 namespace {
 
@@ -16,19 +17,10 @@ constexpr const char* timeZoneKey = "timeZone";
 constexpr const char* localeKey = "locale";
 constexpr const char* versionKey = "version";
 
-template <typename T>
-const T* entry(const Json::Object& object, const char* key) {
-  const auto found = object.find(key);
-  return found == object.end() ? nullptr : found->second.as<T>();
-}
-
-std::optional<MediaNaming> parsed(std::string_view text) {
-  const std::optional<Json> document = Json::parse(text);
-  const auto* object = document ? document->as<Json::Object>() : nullptr;
-  if (object == nullptr) return std::nullopt;
-  const auto* written = entry<std::int64_t>(*object, versionKey);
-  const auto* zone = entry<std::string>(*object, timeZoneKey);
-  const auto* language = entry<std::string>(*object, localeKey);
+std::optional<MediaNaming> namingOf(const Json::Object& object) {
+  const auto* written = JSONMembers::member<std::int64_t>(object, versionKey);
+  const auto* zone = JSONMembers::member<std::string>(object, timeZoneKey);
+  const auto* language = JSONMembers::member<std::string>(object, localeKey);
   if (written == nullptr || *written != version || zone == nullptr || language == nullptr) return std::nullopt;
   const auto timeZone = TimeZone::named(*zone);
   const auto locale = Locale::named(*language);
@@ -46,14 +38,14 @@ std::string warning(std::string_view what, std::string_view now, std::string_vie
 }  // namespace
 
 std::optional<MediaNaming> NamingMemory::load(const fs::path& contentRoot) {
-  const std::optional<Bytes> content = Files::readIfThere(contentRoot / fileName, largestFile);
-  return content ? parsed(textOf(*content)) : std::nullopt;
+  const std::optional<Json::Object> object = JsonFile::readIfThere(contentRoot / fileName, largestFile);
+  return object ? namingOf(*object) : std::nullopt;
 }
 
 void NamingMemory::save(const fs::path& contentRoot, const MediaNaming& naming) {
-  const Json::Object object{
-      {timeZoneKey, naming.timeZone.identifier}, {localeKey, naming.locale.identifier}, {versionKey, version}};
-  Files::writeWhenDifferent(contentRoot / fileName, Json(object).write(true) + "\n");
+  Files::writeWhenDifferent(contentRoot / fileName, JsonFile::content({{timeZoneKey, naming.timeZone.identifier},
+                                                                       {localeKey, naming.locale.identifier},
+                                                                       {versionKey, version}}));
 }
 
 NamingMemory::Decision NamingMemory::decide(const Wish& wish, const std::optional<MediaNaming>& remembered) {

@@ -37,6 +37,10 @@ class Json {
   const T* as() const {
     return std::get_if<T>(&value_);
   }
+  template <typename T>
+  T* as() {
+    return std::get_if<T>(&value_);
+  }
 
   bool operator==(const Json&) const = default;
 
