@@ -24,12 +24,9 @@ constexpr std::int64_t largestInHaste = 1 << 20;
 
 CopyBatches::~CopyBatches() {
   if (flushing_.valid()) flushing_.wait();
-  for (const auto* batch : {&gathered_, &onTheirWay_}) {
-    for (const Waiting& waiting : *batch) Files::removeQuietly(waiting.partial);
-  }
 }
 
-void CopyBatches::add(const ExportPlanner::PlannedCopy& copy, fs::path partial) {
+void CopyBatches::add(const ExportPlanner::PlannedCopy& copy, PartialFile partial) {
   gathered_.push_back({.copy = &copy, .partial = std::move(partial)});
   bytes_ = saturatingAdd(bytes_, copy.sourceSize);
 }
@@ -49,7 +46,7 @@ std::vector<SettledCopy> CopyBatches::turnOver() {
     return settled;
   }
   std::vector<fs::path> partials;
-  for (const Waiting& waiting : onTheirWay_) partials.push_back(waiting.partial);
+  for (const Waiting& waiting : onTheirWay_) partials.push_back(waiting.partial.path());
   // Deferred where the system gives no thread: flushed when it is waited for, by a copy that no failed start took.
   const auto work = [this, partials] { return flush(partials); };
   flushing_ = std::async(std::launch::async | std::launch::deferred, work);
@@ -66,10 +63,10 @@ std::vector<SettledCopy> CopyBatches::settleInHaste() {
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(1);
   isInHaste_ = true;
   std::vector<SettledCopy> settled = awaitFlush();
-  for (const Waiting& waiting : gathered_) {
+  for (Waiting& waiting : gathered_) {
     if (lost_ || std::chrono::steady_clock::now() >= end) break;
     if (waiting.copy->sourceSize > largestInHaste) continue;
-    settled.push_back(moved(waiting, failureOf([&] { Files::flush(waiting.partial); })));
+    settled.push_back(moved(waiting, failureOf([&] { Files::flush(waiting.partial.path()); })));
   }
   return settled;
 }
@@ -104,10 +101,10 @@ std::vector<SettledCopy> CopyBatches::awaitFlush() {
   return settled;
 }
 
-SettledCopy CopyBatches::moved(const Waiting& waiting, std::exception_ptr failure) const {
+SettledCopy CopyBatches::moved(Waiting& waiting, std::exception_ptr failure) const {
   const SettledCopy settled =
       failure ? SettledCopy{.copy = waiting.copy, .place = waiting.copy->dest, .failure = std::move(failure)}
-              : CopyPlace::give(*waiting.copy, contentRoot_, waiting.partial);
-  if (settled.failure || settled.wasThere) Files::removeQuietly(waiting.partial);
+              : CopyPlace::give(*waiting.copy, contentRoot_, waiting.partial.path());
+  if (!settled.failure && !settled.wasThere) waiting.partial.release();
   return settled;
 }

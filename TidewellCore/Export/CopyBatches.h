@@ -10,6 +10,7 @@
 #include "TidewellCore/Export/SettledCopy.h"
 #include "TidewellCore/Platform/Cancellation.h"
 #include "TidewellCore/Platform/FlushPoint.h"
+#include "TidewellCore/Platform/PartialFile.h"
 
 // Copies that were written and wait under hidden names until their bytes are
 // known to be on the disk: a file under its own name is whole, whatever happens
@@ -26,7 +27,7 @@ class CopyBatches {
   CopyBatches& operator=(const CopyBatches&) = delete;
 
   // `copy` must stay where it is until it is settled.
-  void add(const ExportPlanner::PlannedCopy& copy, std::filesystem::path partial);
+  void add(const ExportPlanner::PlannedCopy& copy, PartialFile partial);
   // Whether what was gathered is a batch: a flush takes long, and what waits for it is lost when the program is killed.
   bool isFull() const;
 
@@ -44,7 +45,7 @@ class CopyBatches {
  private:
   struct Waiting {
     const ExportPlanner::PlannedCopy* copy = nullptr;
-    std::filesystem::path partial;
+    PartialFile partial;
   };
   struct Flushed {
     std::exception_ptr ofVolume;              // null unless the volume's flush failed
@@ -54,7 +55,7 @@ class CopyBatches {
   Flushed flush(const std::vector<std::filesystem::path>& partials) const;
   std::vector<SettledCopy> awaitFlush();
   // Into its place, unless it has failed before.
-  SettledCopy moved(const Waiting& waiting, std::exception_ptr failure) const;
+  SettledCopy moved(Waiting& waiting, std::exception_ptr failure) const;
 
   std::filesystem::path contentRoot_;
   const FlushPoint& disk_;

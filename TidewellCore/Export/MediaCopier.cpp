@@ -5,6 +5,7 @@
 #include "TidewellCore/Platform/FailureOf.h"
 #include "TidewellCore/Platform/FileDescriptor.h"
 #include "TidewellCore/Platform/Files.h"
+#include "TidewellCore/Platform/PartialFile.h"
 #include "TidewellCore/TidewellError.h"
 
 namespace {
@@ -49,18 +50,13 @@ FailureReason MediaCopier::reasonOf(const std::exception& error, const PlannedCo
 
 std::optional<SettledCopy> MediaCopier::carryOut(const PlannedCopy& copy, const ExportPlanner::Restored&) {
   makeFolder(copy.dest);
-  const fs::path partial = copy.dest.in(index_.destination).replace_filename(Files::partialName());
-  try {
-    const StoredFile stored{.location = copy.source, .encryptionKey = copy.encryptionKey, .size = copy.sourceSize};
-    if (opened_.writePlaintext(stored, partial, isCancelled_) != copy.sourceSize) {
-      throw CopyError(FailureReason::cutShort);
-    }
-    setDate(partial, copy);
-  } catch (...) {
-    Files::removeQuietly(partial);
-    throw;
+  PartialFile partial(copy.dest.in(index_.destination));
+  const StoredFile stored{.location = copy.source, .encryptionKey = copy.encryptionKey, .size = copy.sourceSize};
+  if (opened_.writePlaintext(stored, partial.path(), isCancelled_) != copy.sourceSize) {
+    throw CopyError(FailureReason::cutShort);
   }
-  batches_.add(copy, partial);
+  setDate(partial.path(), copy);
+  batches_.add(copy, std::move(partial));
   return std::nullopt;
 }
 

@@ -14,6 +14,7 @@
 #include <cmath>
 
 #include "TidewellCore/Platform/FileDescriptor.h"
+#include "TidewellCore/Platform/PartialFile.h"
 #include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/Platform/RootFolder.h"
 
@@ -108,17 +109,13 @@ std::optional<Bytes> Files::readIfThere(const fs::path& path, std::int64_t limit
 }
 
 void Files::writeAtomically(const fs::path& path, std::string_view content) {
-  const fs::path partial = path.parent_path() / partialName();
-  try {
-    FileDescriptor file = FileDescriptor::create(partial);
-    file.write(bytesOf(content));
-    file.close();
-    Files::flush(partial);
-    Files::rename(partial, path);
-  } catch (...) {
-    removeQuietly(partial);
-    throw;
-  }
+  PartialFile partial(path);
+  FileDescriptor file = FileDescriptor::create(partial.path());
+  file.write(bytesOf(content));
+  file.close();
+  Files::flush(partial.path());
+  Files::rename(partial.path(), path);
+  partial.release();
 }
 
 bool Files::writeWhenDifferent(const fs::path& path, std::string_view content) {
@@ -156,21 +153,17 @@ bool Files::moveToFree(const fs::path& from, const fs::path& to) {
   } catch (const fs::filesystem_error& error) {
     if (error.code() != std::errc::cross_device_link || !isRegularFile(from)) throw;
   }
-  const fs::path partial = to.parent_path() / partialName();
-  try {
-    if (Files::copy(from, partial) != regularFileSize(from)) {
-      throw fs::filesystem_error("The file changed while it was moved", from, to,
-                                 std::make_error_code(std::errc::io_error));
-    }
-    setModificationTime(partial, modificationTime(from));
-    Files::flush(partial);  // the only other copy is about to be removed
-    if (renameToFree(partial, to)) return Files::remove(from);
-  } catch (...) {
-    removeQuietly(partial);
-    throw;
+  PartialFile partial(to);
+  if (Files::copy(from, partial.path()) != regularFileSize(from)) {
+    throw fs::filesystem_error("The file changed while it was moved", from, to,
+                               std::make_error_code(std::errc::io_error));
   }
-  Files::remove(partial);
-  return false;
+  setModificationTime(partial.path(), modificationTime(from));
+  Files::flush(partial.path());  // the only other copy is about to be removed
+  const bool isMoved = renameToFree(partial.path(), to);
+  Files::remove(isMoved ? from : partial.path());
+  partial.release();
+  return isMoved;
 }
 
 bool Files::haveSameBytes(const fs::path& a, const fs::path& b) {
