@@ -11,7 +11,9 @@ void MakeRoom::at(const fs::path& path) {
   const std::string name = PathText::text(path.filename());
   UsedNames used;
   used.take(name);
-  while (!Files::renameToFree(path, path.parent_path() / PathText::path(used.uniquify(name)))) continue;
+  used.uniquifyUntil(name, [&](const std::string& free) {
+    return Files::renameToFree(path, path.parent_path() / PathText::path(free));
+  });
 }
 
 void MakeRoom::forFolder(const fs::path& path) {

@@ -18,6 +18,15 @@ class UsedNames {
   // The first variant of a name that is free, which is taken then. The
   // ten-thousandth of one name is found as soon as the second.
   std::string uniquify(std::string_view desired);
+  // The same, one after the other, until `take` takes one: a name may be free
+  // here and taken where it is needed, by what came since or by a drive's own rules.
+  template <typename Take>
+  std::string uniquifyUntil(std::string_view desired, Take take) {
+    for (;;) {
+      std::string name = uniquify(desired);
+      if (take(name)) return name;
+    }
+  }
 
  private:
   std::unordered_set<std::string> keys_;

@@ -8,4 +8,5 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/FolderAllocatorTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/FolderManifestTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MergeMoveTests.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/NamingMemoryTests.cpp)
+  ${CMAKE_CURRENT_LIST_DIR}/NamingMemoryTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/OwnFilesTests.cpp)

@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "TidewellCore/Destination/MergeMove.h"
+#include "TidewellCore/Destination/OwnFiles.h"
 #include "TidewellCore/FileNaming.h"
-#include "TidewellCore/FolderNames.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/Platform/SaturatingAdd.h"
@@ -15,14 +15,14 @@ namespace fs = std::filesystem;
 using Action = FolderMerge::Action;
 using Step = FolderMerge::Step;
 
-constexpr const char* fileManagersFile = ".DS_Store";
-
+// In any letter case, as a merge compares names.
 bool isTranscript(const std::string& name) {
-  return FileNaming::namesMatch(name, FolderNames::textTranscript) ||
-         FileNaming::namesMatch(name, FolderNames::htmlTranscript);
+  return OwnFiles::kindOf(FileNaming::normalizedKey(name)) == OwnFiles::Kind::transcript;
 }
 
-bool isMedia(const std::string& name) { return !isTranscript(name) && !name.starts_with(Files::partialPrefix); }
+bool isMedia(const std::string& name) {
+  return !isTranscript(name) && OwnFiles::kindOf(name) != OwnFiles::Kind::partial;
+}
 
 // Absent for anything but a regular file; throws when that cannot be found out.
 std::optional<std::int64_t> sizeOf(const fs::path& path) {
@@ -96,7 +96,7 @@ FolderMerge::Step MergePlanner::step(const Content& content, const fs::path& fol
   const fs::path path = folder / PathText::path(name);
   const auto size = sizeOf(path);
   if (!size) return {.action = Action::moveIfItCan, .name = name};
-  if (name == fileManagersFile) return {.action = Action::discard, .name = name};
+  if (OwnFiles::kindOf(name) == OwnFiles::Kind::fileManagers) return {.action = Action::discard, .name = name};
   Step step{.name = name, .isMedia = isMedia(name), .size = *size};
   try {
     if (const File* same = twin(content, name, path, *size)) {
@@ -186,11 +186,9 @@ void Merger::move(const FolderMerge& merge, const Step& step) const {
   const fs::path from = contentRoot_ / PathText::path(duplicate) / PathText::path(step.name);
   const fs::path folder = contentRoot_ / PathText::path(canonical);
   if (Files::moveToFree(from, folder / PathText::path(step.target))) return;
-  UsedNames used = MergeMove::usedNames(folder);
-  for (;;) {
-    const std::string name = used.uniquify(step.name);
+  MergeMove::usedNames(folder).uniquifyUntil(step.name, [&](const std::string& name) {
     journal_.addFile(duplicate + "/" + step.name, canonical + "/" + name);
     journal_.save();
-    if (Files::moveToFree(from, folder / PathText::path(name))) return;
-  }
+    return Files::moveToFree(from, folder / PathText::path(name));
+  });
 }

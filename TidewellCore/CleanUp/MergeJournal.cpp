@@ -2,6 +2,7 @@
 
 #include <functional>
 
+#include "TidewellCore/Destination/OwnFiles.h"
 #include "TidewellCore/FileNaming.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/JSONMembers.h"
@@ -36,19 +37,21 @@ void addAll(const Json::Object& document, const char* name, const Add& add) {
 }  // namespace
 
 MergeJournal::MergeJournal(fs::path contentRoot) : contentRoot_(std::move(contentRoot)) {
-  const std::optional<Json::Object> document = JsonFile::readIfThere(contentRoot_ / fileName, largestFile);
+  const std::optional<Json::Object> document =
+      JsonFile::readIfThere(contentRoot_ / OwnFiles::cleanUpJournal, largestFile);
   if (!document) return;
   addAll(*document, filesName, [this](const std::string& from, const std::string& to) { addFile(from, to); });
   addAll(*document, foldersName, [this](const std::string& from, const std::string& to) { addFolder(from, to); });
 }
 
 void MergeJournal::save() const {
-  Files::writeAtomically(contentRoot_ / fileName, JsonFile::content({{filesName, dictionary(files_.places)},
-                                                                     {foldersName, dictionary(folders_.places)},
-                                                                     {"version", version}}));
+  Files::writeAtomically(
+      contentRoot_ / OwnFiles::cleanUpJournal,
+      JsonFile::content(
+          {{filesName, dictionary(files_.places)}, {foldersName, dictionary(folders_.places)}, {"version", version}}));
 }
 
-void MergeJournal::remove() const { Files::remove(contentRoot_ / fileName); }
+void MergeJournal::remove() const { Files::remove(contentRoot_ / OwnFiles::cleanUpJournal); }
 
 void MergeJournal::Places::add(const std::string& from, const std::string& to) {
   places.insert_or_assign(from, to);

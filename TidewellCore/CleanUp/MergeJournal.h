@@ -11,8 +11,6 @@
 // "folder/file" or a folder, from the content root.
 class MergeJournal {
  public:
-  inline static constexpr const char* fileName = ".tidewell-dedupe.json";
-
   // With what an interrupted merge left; one that cannot be read is empty.
   explicit MergeJournal(std::filesystem::path contentRoot);
 

@@ -1,14 +1,12 @@
 #include "TidewellCore/Destination/ExportLayout.h"
 
 #include <algorithm>
-#include <array>
 #include <string>
 #include <vector>
 
 #include "TidewellCore/Destination/FolderAllocator.h"
-#include "TidewellCore/Destination/FolderManifest.h"
 #include "TidewellCore/Destination/MergeMove.h"
-#include "TidewellCore/Destination/NamingMemory.h"
+#include "TidewellCore/Destination/OwnFiles.h"
 #include "TidewellCore/FileNaming.h"
 #include "TidewellCore/FolderNames.h"
 #include "TidewellCore/MakeRoom.h"
@@ -61,7 +59,8 @@ void moveForeignContentAside(const fs::path& destination, const fs::path& untouc
   if (holdsBackup(content, untouched)) failAsOccupied(content);
   UsedNames used = MergeMove::usedNames(destination);
   used.take(FolderNames::content);
-  while (!Files::renameToFree(content, destination / used.uniquify(asideName))) continue;
+  used.uniquifyUntil(asideName,
+                     [&](const std::string& name) { return Files::renameToFree(content, destination / name); });
 }
 
 // The root appears with its mark in one step, so that no interruption leaves
@@ -80,9 +79,7 @@ bool isOlderViewer(const Files::Entry& entry) {
   return entry.isFolder && Text::lowercased(entry.name) == FolderNames::viewer;
 }
 
-constexpr std::array memoryNames{FolderManifest::fileName, NamingMemory::fileName};
-
-bool isMemoryName(std::string_view name) { return std::ranges::find(memoryNames, name) != memoryNames.end(); }
+bool isMemoryName(std::string_view name) { return OwnFiles::kindOf(name) == OwnFiles::Kind::memory; }
 
 bool isOlderMemory(const Files::Entry& entry) { return !entry.isFolder && isMemoryName(entry.name); }
 
@@ -90,11 +87,7 @@ bool hasSignOfOlderExport(const std::vector<Files::Entry>& entries) {
   return std::ranges::any_of(entries, isOlderViewer) || std::ranges::any_of(entries, isOlderMemory);
 }
 
-bool isExportsOwnFile(const Files::Entry& entry) {
-  if (entry.isFolder) return false;
-  return entry.name == FolderNames::textTranscript || entry.name == FolderNames::htmlTranscript ||
-         FileNaming::hasExportStamp(entry.name);
-}
+bool isExportsOwnFile(const Files::Entry& entry) { return !entry.isFolder && OwnFiles::isMadeForChats(entry.name); }
 
 struct Migration {
   fs::path destination;
@@ -137,7 +130,8 @@ struct Migration {
 
 void removePartials(const fs::path& folder) try {
   for (const Files::Entry& entry : Files::list(folder)) {
-    if (entry.name.starts_with(Files::partialPrefix)) Files::removeTree(folder / PathText::path(entry.name));
+    const bool isPartial = OwnFiles::kindOf(entry.name) == OwnFiles::Kind::partial;
+    if (isPartial) Files::removeTree(folder / PathText::path(entry.name));
   }
 } catch (const fs::filesystem_error&) {
   // What cannot be listed or removed harms nothing.
@@ -145,7 +139,7 @@ void removePartials(const fs::path& folder) try {
 
 // Something that is no file would keep the export from remembering anything.
 void freeMemories(const fs::path& content) {
-  for (const char* name : memoryNames) {
+  for (const char* name : OwnFiles::memories) {
     if (Files::kindOf(content / name) == Files::Kind::folder) MakeRoom::at(content / name);
   }
 }

@@ -21,7 +21,7 @@ bool isRealFolder(const fs::path& path) { return Files::kindOf(path) == Files::K
 
 void moveUnderFreeName(const fs::path& from, const fs::path& folder, const std::string& name) {
   UsedNames used = MergeMove::usedNames(folder);
-  while (!Files::moveToFree(from, folder / used.uniquify(name))) continue;
+  used.uniquifyUntil(name, [&](const std::string& free) { return Files::moveToFree(from, folder / free); });
 }
 
 void mergeFolder(const fs::path& from, const fs::path& to) {

@@ -1,9 +1,8 @@
 #include "TidewellCore/Export/FormerFolders.h"
 
 #include <algorithm>
-#include <array>
 
-#include "TidewellCore/FolderNames.h"
+#include "TidewellCore/Destination/OwnFiles.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
 
@@ -11,15 +10,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
-bool isWithoutOwnContent(const Files::Entry& entry) {
-  constexpr std::array<std::string_view, 3> names{FolderNames::textTranscript, FolderNames::htmlTranscript,
-                                                  ".DS_Store"};
-  return !entry.isFolder && std::ranges::find(names, entry.name) != names.end();
+bool isMissedByNobody(const Files::Entry& entry) {
+  const OwnFiles::Kind kind = OwnFiles::kindOf(entry.name);
+  return !entry.isFolder && (kind == OwnFiles::Kind::transcript || kind == OwnFiles::Kind::fileManagers);
 }
 
 void removeIfEmptied(const fs::path& folder) {
   const std::vector<Files::Entry> entries = Files::list(folder);
-  if (!std::ranges::all_of(entries, isWithoutOwnContent)) return;
+  if (!std::ranges::all_of(entries, isMissedByNobody)) return;
   for (const Files::Entry& entry : entries) Files::remove(folder / entry.name);
   Files::remove(folder);
 }
