@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "TidewellCore/Destination/ExportPlace.h"
 #include "TidewellCore/Destination/MergeMove.h"
 #include "TidewellCore/Destination/OwnFiles.h"
 #include "TidewellCore/FileNaming.h"
@@ -53,6 +54,14 @@ bool renamed(const fs::path& from, const fs::path& to) {
   } catch (const fs::filesystem_error&) {
     return false;
   }
+}
+
+ExportPlace from(const FolderMerge& merge, const Step& step) {
+  return {.folder = merge.pair.duplicateFolder, .name = step.name};
+}
+
+ExportPlace to(const FolderMerge& merge, const std::string& name) {
+  return {.folder = merge.pair.canonicalFolder, .name = name};
 }
 
 bool isMoved(const Step& step) { return step.action == Action::move || step.action == Action::moveIfItCan; }
@@ -135,11 +144,10 @@ const MergePlanner::File* MergePlanner::twin(const Content& content, const std::
 }
 
 void Merger::announce(const FolderMerge& merge, MergeJournal& journal) {
-  const auto& [canonical, duplicate] = std::tie(merge.pair.canonicalFolder, merge.pair.duplicateFolder);
-  journal.addFolder(duplicate, canonical);
+  journal.addFolder(merge.pair.duplicateFolder, merge.pair.canonicalFolder);
   for (const Step& step : merge.steps) {
     const bool isFile = step.action == Action::removeDuplicate || step.action == Action::move;
-    if (isFile) journal.addFile(duplicate + "/" + step.name, canonical + "/" + step.target);
+    if (isFile) journal.addFile(from(merge, step).relativePath(), to(merge, step.target).relativePath());
   }
 }
 
@@ -157,19 +165,19 @@ void Merger::carryOut(const FolderMerge& merge, DedupeSummary& summary) const {
 }
 
 void Merger::carryOut(const FolderMerge& merge, const Step& step, DedupeSummary& summary) const {
-  const fs::path from = contentRoot_ / PathText::path(merge.pair.duplicateFolder) / PathText::path(step.name);
-  const fs::path to = contentRoot_ / PathText::path(merge.pair.canonicalFolder) / PathText::path(step.target);
+  const fs::path former = from(merge, step).in(contentRoot_);
+  const fs::path target = to(merge, step.target).in(contentRoot_);
   if (step.action == Action::leave) return;
   std::optional<bool> isDuplicate = false;  // absent when that cannot be read
-  if (step.action == Action::removeDuplicate) isDuplicate = haveSameBytes(from, to);
+  if (step.action == Action::removeDuplicate) isDuplicate = haveSameBytes(former, target);
   if (!isDuplicate) {
     summary.warnings.push_back(warningOf(merge.pair, step));
   } else if (step.action == Action::discard) {
-    Files::remove(from);
+    Files::remove(former);
   } else if (step.action == Action::moveIfItCan) {
-    renamed(from, to);
+    renamed(former, target);
   } else if (*isDuplicate) {
-    Files::remove(from);
+    Files::remove(former);
     if (!step.isMedia) return;
     ++summary.deletedDuplicateCount;
     summary.bytesReclaimed = saturatingAdd(summary.bytesReclaimed, step.size);
@@ -182,13 +190,15 @@ void Merger::carryOut(const FolderMerge& merge, const Step& step, DedupeSummary&
 // A name may be free by its key and taken all the same: file systems have rules
 // of their own, and a twin may have changed since it was found.
 void Merger::move(const FolderMerge& merge, const Step& step) const {
-  const auto& [canonical, duplicate] = std::tie(merge.pair.canonicalFolder, merge.pair.duplicateFolder);
-  const fs::path from = contentRoot_ / PathText::path(duplicate) / PathText::path(step.name);
-  const fs::path folder = contentRoot_ / PathText::path(canonical);
-  if (Files::moveToFree(from, folder / PathText::path(step.target))) return;
+  const ExportPlace former = from(merge, step);
+  const auto tryToMove = [&](const std::string& name) {
+    return Files::moveToFree(former.in(contentRoot_), to(merge, name).in(contentRoot_));
+  };
+  if (tryToMove(step.target)) return;
+  const fs::path folder = contentRoot_ / PathText::path(merge.pair.canonicalFolder);
   MergeMove::usedNames(folder).uniquifyUntil(step.name, [&](const std::string& name) {
-    journal_.addFile(duplicate + "/" + step.name, canonical + "/" + name);
+    journal_.addFile(former.relativePath(), to(merge, name).relativePath());
     journal_.save();
-    return Files::moveToFree(from, folder / PathText::path(name));
+    return tryToMove(name);
   });
 }

@@ -1,7 +1,6 @@
 #include "TidewellCore/CleanUp/FolderPairing.h"
 
 #include <algorithm>
-#include <array>
 #include <tuple>
 
 #include "TidewellCore/ChatData/JID.h"
@@ -175,10 +174,7 @@ Outcome FolderPairing::find(const Evidence& evidence, const std::function<Folder
 }
 
 std::optional<std::string> FolderPairing::jidIfLegacyFolder(std::string_view folder) {
-  constexpr std::array<std::string_view, 3> suffixes{UserJIDSuffix, LIDJIDSuffix, GroupJIDSuffix};
-  const std::string lower = Text::lowercased(folder);
-  const bool isJID = std::ranges::any_of(suffixes, [&](std::string_view s) { return lower.find(s) != lower.npos; });
-  return isJID ? std::optional(std::string(folder)) : std::nullopt;
+  return FolderAllocator::isNamedLikeJID(folder) ? std::optional(std::string(folder)) : std::nullopt;
 }
 
 std::int64_t FolderPairing::overlapBytes(const FolderListing& a, const FolderListing& b) {

@@ -17,13 +17,6 @@ namespace {
 using FolderAllocator::Choice;
 
 constexpr int lastNameVariant = 16;
-constexpr std::array<std::string_view, 3> jidSuffixes{LIDJIDSuffix, UserJIDSuffix, GroupJIDSuffix};
-
-bool isNamedLikeJID(std::string_view folder) {
-  const std::string lower = Text::lowercased(folder);
-  return std::ranges::any_of(jidSuffixes,
-                             [&](std::string_view suffix) { return lower.find(suffix) != std::string::npos; });
-}
 
 // Each name as given and as a folder would be called, empty ones and repeats left out.
 std::vector<std::string> bothForms(const std::vector<std::string>& names) {
@@ -224,6 +217,13 @@ std::vector<std::string> FolderAllocator::existingChatFolders(const std::filesys
 
 bool FolderAllocator::isReserved(std::string_view folder) {
   return std::ranges::find(FolderNames::reserved, Text::lowercased(folder)) != FolderNames::reserved.end();
+}
+
+bool FolderAllocator::isNamedLikeJID(std::string_view folder) {
+  constexpr std::array<std::string_view, 3> suffixes{LIDJIDSuffix, UserJIDSuffix, GroupJIDSuffix};
+  const std::string lower = Text::lowercased(folder);
+  return std::ranges::any_of(suffixes,
+                             [&](std::string_view suffix) { return lower.find(suffix) != std::string::npos; });
 }
 
 bool FolderAllocator::isLegacyFolderName(std::string_view folder) {

@@ -56,6 +56,8 @@ ChatFolders allocate(const Wish& wish, const ChatStorageSnapshot& snapshot, cons
 // The folders of a content root that may be chats', in ascending order; none when it is missing.
 std::vector<std::string> existingChatFolders(const std::filesystem::path& contentRoot);
 bool isReserved(std::string_view folder);
+// Whether a JID is all or part of its name.
+bool isNamedLikeJID(std::string_view folder);
 // Named after a JID, or with nothing to read in its name.
 bool isLegacyFolderName(std::string_view folder);
 // A folder named after a JID belongs to the chat of that JID alone.
