@@ -127,7 +127,8 @@ TEST(CallHistoryReader, ACallHasAThousandParticipantsAtMost) {
 TEST(CallHistoryReader, AFileThatIsNoDatabaseIsReported) {
   const TemporaryDirectory folder;
   writeFile(folder / "db", std::string(4096, 'x'));
-  EXPECT_THAT([&] { CallHistoryReader::load(folder / "db"); },
+  std::vector<PastCall> calls;
+  EXPECT_THAT([&] { CallHistoryReader::load(folder / "db", calls); },
               failsWith(TidewellError::invalidDatabase("file is not a database")));
 }
 

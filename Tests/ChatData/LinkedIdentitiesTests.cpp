@@ -62,7 +62,8 @@ TEST(LinkedIdentities, MissingTablesAndColumnsKnowNobody) {
 TEST(LinkedIdentities, AFileThatIsNoDatabaseIsReported) {
   const TemporaryDirectory folder;
   writeFile(folder / "db", std::string(4096, 'x'));
-  EXPECT_THAT([&] { LinkedIdentities::load(folder / "db"); },
+  std::vector<LinkedIdentity> found;
+  EXPECT_THAT([&] { LinkedIdentities::load(folder / "db", found); },
               failsWith(TidewellError::invalidDatabase("file is not a database")));
 }
 

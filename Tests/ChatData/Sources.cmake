@@ -21,6 +21,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/ReceiptInfoTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ScanSummaryTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/SenderNameTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/SideDatabasesTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/SnapshotLoaderTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/StoredJIDTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/SystemNoticesTests.cpp

@@ -63,7 +63,9 @@ void DatabaseTargets::contacts(ByteView input) {
 
 void DatabaseTargets::callHistory(ByteView input) {
   withFile(input, "CallHistory.sqlite", [](const fs::path& file) {
-    for (const PastCall& call : CallHistoryReader::load(file)) {
+    std::vector<PastCall> calls;
+    CallHistoryReader::load(file, calls);
+    for (const PastCall& call : calls) {
       checkText(call.id);
       precondition(call.call.seconds.value_or(1) > 0, "a call that was taken has a length");
     }
@@ -72,7 +74,9 @@ void DatabaseTargets::callHistory(ByteView input) {
 
 void DatabaseTargets::linkedIdentities(ByteView input) {
   withFile(input, "LID.sqlite", [](const fs::path& file) {
-    for (const LinkedIdentity& identity : LinkedIdentities::load(file)) {
+    std::vector<LinkedIdentity> identities;
+    LinkedIdentities::load(file, identities);
+    for (const LinkedIdentity& identity : identities) {
       checkText(identity.name);
       precondition(JID::isLID(identity.lid), "an identity is one");
       precondition(identity.phoneJID != identity.lid, "nobody stands behind himself");

@@ -180,12 +180,21 @@ std::optional<ManifestFile> companion(const ManifestStore& store, const std::opt
   return firstFile(store, database->relativePath + ending, database->domain);
 }
 
+// Whether there is a file beside a database of that name, of one app's container when `domain` is given.
+bool hasFileBeside(const ManifestStore& store, const char* name,
+                   const std::optional<std::string>& domain = std::nullopt) {
+  return std::ranges::any_of(companionEndings, [&](const char* ending) {
+    return firstFile(store, std::string(name) + ending, domain).has_value();
+  });
+}
+
 // Of the app whose chats are read.
 StoredDatabase storedDatabase(const ManifestStore& store, const char* name) {
   StoredDatabase stored{.file = firstFile(store, name, store.chatStorage->domain)};
   stored.wal = companion(store, stored.file, "-wal");
   stored.shm = companion(store, stored.file, "-shm");
   stored.rollback = companion(store, stored.file, "-journal");
+  stored.isLost = !stored.file && hasFileBeside(store, name, store.chatStorage->domain);
   return stored;
 }
 
@@ -203,9 +212,7 @@ void pickDatabases(ManifestStore& store) {
   store.contactsWAL = companion(store, store.contacts, "-wal");
   store.contactsSHM = companion(store, store.contacts, "-shm");
   store.contactsRollback = companion(store, store.contacts, "-journal");
-  store.isWithoutItsContacts = !store.contacts && std::ranges::any_of(store.files, [](const ManifestFile& file) {
-    return file.relativePath.starts_with("ContactsV2.sqlite-");
-  });
+  store.isWithoutItsContacts = !store.contacts && hasFileBeside(store, contactsName);
 }
 
 }  // namespace

@@ -28,6 +28,7 @@ struct StoredDatabase {
   std::optional<ManifestFile> wal;
   std::optional<ManifestFile> shm;
   std::optional<ManifestFile> rollback;
+  bool isLost = false;  // something that belongs beside it is listed, and it is not
 
   bool operator==(const StoredDatabase&) const = default;
 };

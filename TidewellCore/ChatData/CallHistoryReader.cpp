@@ -23,8 +23,14 @@ struct Aggregate {
   bool isMissed = false;
 };
 
-using Aggregates = std::map<std::int64_t, Aggregate>;
-using Participants = std::map<std::int64_t, std::vector<std::string>>;  // by the call's key
+// Rows by their keys, and whether their table has the columns that it has in every version.
+template <typename Row>
+struct Rows {
+  std::map<std::int64_t, Row> byKey;
+  bool areWhole = false;
+};
+using Aggregates = Rows<Aggregate>;
+using Participants = Rows<std::vector<std::string>>;  // by the call's key
 
 Aggregates aggregates(const SQLiteDB& database) {
   TableReader table(database, "ZWAAGGREGATECALLEVENT");
@@ -32,14 +38,14 @@ Aggregates aggregates(const SQLiteDB& database) {
   const Column incoming = table.select({"ZINCOMING"});
   const Column video = table.select({"ZVIDEO"});
   const Column missed = table.select({"ZMISSED"});
-  Aggregates found;
+  Aggregates found{.areWhole = areThere({pk, incoming, video, missed})};
   table.forEachRow([&](const SQLiteRowView& row) {
     const auto key = row.integer(pk.place);
     const auto isVideo = row.integer(video.place);
     if (!key) return;
-    found.insert_or_assign(*key, Aggregate{.isIncoming = row.integer(incoming.place).value_or(0) != 0,
-                                           .isVideo = isVideo ? std::optional(*isVideo != 0) : std::nullopt,
-                                           .isMissed = row.integer(missed.place).value_or(0) != 0});
+    found.byKey.insert_or_assign(*key, Aggregate{.isIncoming = row.integer(incoming.place).value_or(0) != 0,
+                                                 .isVideo = isVideo ? std::optional(*isVideo != 0) : std::nullopt,
+                                                 .isMissed = row.integer(missed.place).value_or(0) != 0});
   });
   return found;
 }
@@ -52,12 +58,12 @@ Participants participants(const SQLiteDB& database) {
   TableReader table(database, "ZWACDCALLEVENTPARTICIPANT");
   const Column call = table.select({"Z1PARTICIPANTS"});
   const Column participant = table.select({"ZJIDSTRING"});
-  Participants found;
+  Participants found{.areWhole = areThere({call, participant})};
   table.forEachRow([&](const SQLiteRowView& row) {
     const auto key = row.integer(call.place);
     auto person = jid(row, participant);
     if (!key || !person) return;
-    std::vector<std::string>& people = found[*key];
+    std::vector<std::string>& people = found.byKey[*key];
     const bool isNew = std::ranges::find(people, *person) == people.end();
     if (isNew && people.size() < CallHistoryReader::mostParticipants) people.push_back(std::move(*person));
   });
@@ -80,6 +86,10 @@ class CallTable {
         aggregates_(std::move(aggregates)),
         participants_(std::move(participants)) {}
 
+  bool isWhole() const {
+    return aggregates_.areWhole && participants_.areWhole && areThere({pk_, aggregate_, date_, duration_, outcome_});
+  }
+
   std::vector<PastCall> load() {
     std::vector<std::pair<std::int64_t, PastCall>> calls;
     table_.forEachRow([&](const SQLiteRowView& row) {
@@ -96,9 +106,9 @@ class CallTable {
 
  private:
   PastCall call(const SQLiteRowView& row, std::int64_t key) {
-    const auto found = aggregates_.find(row.integer(aggregate_.place).value_or(0));
-    const Aggregate common = found == aggregates_.end() ? Aggregate{} : found->second;
-    const auto people = participants_.find(key);
+    const auto found = aggregates_.byKey.find(row.integer(aggregate_.place).value_or(0));
+    const Aggregate common = found == aggregates_.byKey.end() ? Aggregate{} : found->second;
+    const auto people = participants_.byKey.find(key);
     PastCall call{.pk = key,
                   .id = std::string(textOrUTF8(row, id_).value_or("")),
                   .date = StoredNumber::date(row, date_),
@@ -106,7 +116,7 @@ class CallTable {
                   .call = {.isVideo = common.isVideo, .seconds = StoredNumber::seconds(row, duration_)},
                   .groupJID = jid(row, group_),
                   .creatorJID = jid(row, creator_)};
-    if (people != participants_.end()) call.participantJIDs = people->second;
+    if (people != participants_.byKey.end()) call.participantJIDs = people->second;
     moveGroup(call);
     if (call.call.seconds == 0) call.call.seconds.reset();
     const bool isMissed = common.isMissed || row.integer(outcome_.place) == missedOutcome;
@@ -130,7 +140,9 @@ class CallTable {
 
 }  // namespace
 
-std::vector<PastCall> CallHistoryReader::load(const std::filesystem::path& copiedDatabase) {
+bool CallHistoryReader::load(const std::filesystem::path& copiedDatabase, std::vector<PastCall>& calls) {
   const SQLiteDB database(PathText::text(copiedDatabase), SQLiteDB::OpenMode::writableCopy);
-  return CallTable(database, aggregates(database), participants(database)).load();
+  CallTable table(database, aggregates(database), participants(database));
+  calls = table.load();
+  return table.isWhole();
 }

@@ -7,10 +7,11 @@
 
 namespace CallHistoryReader {
 
-// What a working copy of CallHistory.sqlite holds, those without a date first, then the
-// oldest first. Tables and columns that are not there leave their fields empty.
+// Reads what a working copy of CallHistory.sqlite holds, those without a date first, then the
+// oldest first. Tables and columns that are not there leave their fields empty; returns false
+// when one is missing that every version has.
 // Throws TidewellError::databaseOpenFailed and TidewellError::invalidDatabase.
-std::vector<PastCall> load(const std::filesystem::path& copiedDatabase);
+bool load(const std::filesystem::path& copiedDatabase, std::vector<PastCall>& calls);
 
 inline constexpr std::size_t mostParticipants = 1'000;  // of one call
 

@@ -1,6 +1,5 @@
 #include "TidewellCore/ChatData/ChatStorageReader.h"
 
-#include <algorithm>
 #include <initializer_list>
 #include <string_view>
 
@@ -39,7 +38,7 @@ std::optional<std::string> plausible(std::optional<std::string> name) {
 
 // Every version of WhatsApp has one of the candidates of such a column.
 void noteColumns(std::initializer_list<Column> selected, ChatTables& tables) {
-  if (!std::ranges::all_of(selected, &Column::isThere)) tables.unread.isPartial = true;
+  if (!areThere(selected)) tables.unread.isPartial = true;
 }
 
 void loadChats(const SQLiteDB& database, ChatTables& tables) {
@@ -110,7 +109,7 @@ void loadMedia(const SQLiteDB& database, ChatTables& tables) {
   const Column message = table.select({"ZMESSAGE"});
   const Column path = table.select({"ZMEDIALOCALPATH", "ZLOCALPATH"});
   noteColumns({message, path}, tables);
-  if (!message.isThere() || !path.isThere()) return;
+  if (!areThere({message, path})) return;
   std::int64_t items = 0;
   table.forEachRow([&](const SQLiteRowView& row) {
     ++items;

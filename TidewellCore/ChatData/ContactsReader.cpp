@@ -52,7 +52,7 @@ bool ContactsReader::load(const std::filesystem::path& copiedDatabase, std::vect
     if (!contact.phoneNumber) contact.phoneNumber = field(row, localizedNumber);
     contacts.push_back(std::move(contact));
   });
-  return fullName.isThere() && whatsAppID.isThere();
+  return areThere({fullName, whatsAppID});
 }
 
 ContactDirectory ContactsReader::directory(const std::vector<AddressBookContact>& contacts, ContactDirectory base) {

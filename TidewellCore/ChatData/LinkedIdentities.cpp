@@ -30,9 +30,12 @@ std::optional<std::string> plausible(std::optional<std::string> name) {
 struct Columns {
   const char* table = nullptr;
   const char* lid = nullptr;
+  bool hasNames = false;
 };
 
-void load(const SQLiteDB& database, const Columns& columns, std::vector<LinkedIdentity>& identities) {
+enum class State { missing, partial, whole };
+
+State load(const SQLiteDB& database, const Columns& columns, std::vector<LinkedIdentity>& identities) {
   TableReader table(database, columns.table);
   const Column lid = table.select({columns.lid});
   const Column phone = table.select({"ZPHONENUMBER"});
@@ -45,14 +48,16 @@ void load(const SQLiteDB& database, const Columns& columns, std::vector<LinkedId
         .lid = *identity, .phoneJID = ofServer(number, UserJIDSuffix), .name = plausible(field(row, name))};
     if (linked.phoneJID || linked.name) identities.push_back(std::move(linked));
   });
+  if (!table.isThere()) return State::missing;
+  return areThere({lid, phone}) && (name.isThere() || !columns.hasNames) ? State::whole : State::partial;
 }
 
 }  // namespace
 
-std::vector<LinkedIdentity> LinkedIdentities::load(const std::filesystem::path& copiedDatabase) {
+bool LinkedIdentities::load(const std::filesystem::path& copiedDatabase, std::vector<LinkedIdentity>& identities) {
   const SQLiteDB database(PathText::text(copiedDatabase), SQLiteDB::OpenMode::writableCopy);
-  std::vector<LinkedIdentity> identities;
-  ::load(database, {.table = "ZWAPHONENUMBERLIDPAIR", .lid = "ZLID"}, identities);
-  ::load(database, {.table = "ZWAZACCOUNT", .lid = "ZIDENTIFIER"}, identities);
-  return identities;
+  const State older = ::load(database, {.table = "ZWAPHONENUMBERLIDPAIR", .lid = "ZLID"}, identities);
+  const State newer = ::load(database, {.table = "ZWAZACCOUNT", .lid = "ZIDENTIFIER", .hasNames = true}, identities);
+  const bool isOneThere = older != State::missing || newer != State::missing;
+  return isOneThere && older != State::partial && newer != State::partial;
 }

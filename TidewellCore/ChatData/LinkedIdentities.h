@@ -16,9 +16,11 @@ struct LinkedIdentity {
 
 namespace LinkedIdentities {
 
-// What a working copy of LID.sqlite knows, in the older table and in the newer; an
-// identity of which neither number nor name is known is left out.
-// Throws TidewellError::databaseOpenFailed and TidewellError::invalidDatabase.
-std::vector<LinkedIdentity> load(const std::filesystem::path& copiedDatabase);
+// Appends what a working copy of LID.sqlite knows, in the older table and in the newer; an
+// identity of which neither number nor name is known is left out. Returns false when both
+// tables are missing, or a column of one that is there.
+// Throws TidewellError::databaseOpenFailed and TidewellError::invalidDatabase; the
+// identities that were read by then stay.
+bool load(const std::filesystem::path& copiedDatabase, std::vector<LinkedIdentity>& identities);
 
 }  // namespace LinkedIdentities

@@ -129,7 +129,7 @@ Side<Value> readSide(const OpenedBackup& opened, const StoredDatabase& stored, c
 template <typename Value, typename Load>
 Side<Value> loadSide(const OpenedBackup& opened, const StoredDatabase& stored, const CancellationCheck& isCancelled,
                      std::span<const DatabaseTable> tables, Load load) {
-  if (!stored.file) return {};
+  if (!stored.file) return {.faults = stored.isLost ? DatabaseFaults{DatabaseFault::damaged} : DatabaseFaults()};
   Side<Value> side = readSide<Value>(opened, stored, isCancelled, tables, load);
   if (side.faults.contains(DatabaseFault::damaged)) side = readSide<Value>(opened, stored, isCancelled, tables, load);
   throwIfCancelled(isCancelled);
@@ -146,20 +146,13 @@ struct Sides {
 Sides loadSides(const OpenedBackup& opened, const ManifestStore& manifest, const CancellationCheck& isCancelled) {
   Sides sides;
   const StoredDatabase contacts{manifest.contacts, manifest.contactsWAL, manifest.contactsSHM,
-                                manifest.contactsRollback};
+                                manifest.contactsRollback, manifest.isWithoutItsContacts};
   sides.contacts =
       loadSide<std::vector<AddressBookContact>>(opened, contacts, isCancelled, contactTables, ContactsReader::load);
-  if (manifest.isWithoutItsContacts) sides.contacts.faults.insert(DatabaseFault::damaged);
   sides.identities = loadSide<std::vector<LinkedIdentity>>(opened, manifest.identities, isCancelled, identityTables,
-                                                           [](const fs::path& copy, auto& identities) {
-                                                             identities = LinkedIdentities::load(copy);
-                                                             return true;
-                                                           });
-  sides.calls = loadSide<std::vector<PastCall>>(opened, manifest.callHistory, isCancelled, callTables,
-                                                [](const fs::path& copy, auto& calls) {
-                                                  calls = CallHistoryReader::load(copy);
-                                                  return true;
-                                                });
+                                                           LinkedIdentities::load);
+  sides.calls =
+      loadSide<std::vector<PastCall>>(opened, manifest.callHistory, isCancelled, callTables, CallHistoryReader::load);
   return sides;
 }
 

@@ -15,7 +15,8 @@ struct Loaded {
 // which are gone when it returns or throws. Empty where the backup has neither.
 // Damage that leaves something to read is told in the warnings; a chat
 // database without a table of messages, or without one that says its chat, is
-// unreadable. Contacts that are damaged or not stored are a warning.
+// unreadable. Contacts, calls and identities that are damaged, or of which only the
+// journal is there, are a warning.
 // Throws TidewellError::chatStorageUnreadable, ::invalidDatabase, ::cancelled,
 // and what making the copies reports.
 Loaded load(const OpenedBackup& opened, const ManifestStore& manifest, const CancellationCheck& isCancelled = {});

@@ -72,13 +72,17 @@ TableReader::Along TableReader::along(const std::string& table, const char* refe
 }
 
 void TableReader::forEachRow(const SQLiteDB::RowViewHandler& row) const {
-  if (selected_.empty() || !tables_.front().isRead()) return;
+  if (selected_.empty() || !isThere()) return;
   std::string sql = fmt::format("SELECT {} FROM {} t0", selected_, tables_.front().name);
   for (std::size_t number = 1; number < tables_.size(); ++number) {
     const Table& table = tables_[number];
     if (table.isRead()) sql += fmt::format(" LEFT JOIN {} t{} ON {}", table.name, number, table.condition);
   }
   database_.forEachRow(sql, row);
+}
+
+bool areThere(std::initializer_list<TableReader::Column> columns) {
+  return std::ranges::all_of(columns, &TableReader::Column::isThere);
 }
 
 std::optional<std::string_view> textOrUTF8(const SQLiteRowView& row, TableReader::Column column) {

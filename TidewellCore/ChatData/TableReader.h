@@ -27,6 +27,8 @@ class TableReader {
   // A missing table has no columns. The database must outlive the reader.
   TableReader(const SQLiteDB& database, std::string table);
 
+  bool isThere() const { return tables_.front().isRead(); }
+
   // Selects the first candidate that is a column.
   Column select(std::initializer_list<const char*> candidates) { return select({}, candidates); }
   Column select(Along along, std::initializer_list<const char*> candidates);
@@ -56,6 +58,9 @@ class TableReader {
   std::string selected_;
   int count_ = 0;
 };
+
+// Whether a table has all columns that are due in it.
+bool areThere(std::initializer_list<TableReader::Column> columns);
 
 // Text as it is, and bytes that are valid UTF-8; anything else is absent.
 std::optional<std::string_view> textOrUTF8(const SQLiteRowView& row, TableReader::Column column);
