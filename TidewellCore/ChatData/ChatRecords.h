@@ -58,7 +58,8 @@ struct UnreadMessages {
   std::int64_t withoutText = 0;    // messages whose text is stored as no text, or in no column that is known
   std::int64_t ofFiles = 0;        // files whose message is not there
   std::int64_t namelessItems = 0;  // items of media when not one names a file
-  bool isPartial = false;          // a column that every phone has is not there, or a date is no number
+  // A column that every phone has is not there, a date is no number, or an item of media is not found by its key.
+  bool isPartial = false;
 
   bool operator==(const UnreadMessages&) const = default;
 };

@@ -104,8 +104,16 @@ void loadLIDPairs(const SQLiteDB& database, ChatTables& tables) {
   });
 }
 
+// A page whose rows are out of order hides them from whoever looks for their keys.
+bool isHiddenItemOf(const ChatTables& tables, std::optional<std::int64_t> key, std::optional<std::int64_t> message) {
+  const auto named = key ? tables.unfoundItems.find(*key) : tables.unfoundItems.end();
+  return named != tables.unfoundItems.end() && message.value_or(named->second) == named->second;
+}
+
+// To be read after the messages.
 void loadMedia(const SQLiteDB& database, ChatTables& tables) {
   TableReader table(database, "ZWAMEDIAITEM");
+  const Column pk = table.select({"Z_PK"});
   const Column message = table.select({"ZMESSAGE"});
   const Column path = table.select({"ZMEDIALOCALPATH", "ZLOCALPATH"});
   noteColumns({message, path}, tables);
@@ -113,10 +121,11 @@ void loadMedia(const SQLiteDB& database, ChatTables& tables) {
   std::int64_t items = 0;
   table.forEachRow([&](const SQLiteRowView& row) {
     ++items;
+    const auto owner = row.integer(message.place);
+    if (isHiddenItemOf(tables, row.integer(pk.place), owner)) tables.unread.isPartial = true;
     const auto localPath = row.text(path.place);
     if (!localPath || !MediaPaths::isOfFile(*localPath)) return;
-    tables.media.push_back(
-        {.messagePK = row.integer(message.place), .localPath = tables.texts.add(MediaPaths::inBackup(*localPath))});
+    tables.media.push_back({.messagePK = owner, .localPath = tables.texts.add(MediaPaths::inBackup(*localPath))});
   });
   if (tables.media.empty()) tables.unread.namelessItems = items;
 }

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 #include <vector>
@@ -20,8 +21,10 @@ struct ChatTables {
   std::vector<std::pair<std::int64_t, MessageDetails>> details;
   std::unordered_set<std::int64_t> silentMessages;  // keys of those that say no chat and hold no text
   std::vector<MediaItemRecord> media;               // files, as they were read
-  std::vector<std::string> ownJIDs;                 // the owner's, as they are stored
-  ContactDirectory directory;                       // what these tables know of people
+  // Keys of media items that messages name and that were not found by them, with the messages' keys.
+  std::unordered_map<std::int64_t, std::int64_t> unfoundItems;
+  std::vector<std::string> ownJIDs;  // the owner's, as they are stored
+  ContactDirectory directory;        // what these tables know of people
   UnreadMessages unread;
   TextArena texts;  // holds those of messages and media
 };

@@ -164,6 +164,7 @@ class Reading {
   // A row with several media items comes once with each; the first one tells what it is.
   void add(const SQLiteRowView& row, std::int64_t key, std::int64_t chat) {
     if (!tables_.messages.empty() && tables_.messages.back().pk == key) return;
+    noteUnfoundItem(row, key);
     const MessageRow stored = messageRow(row, key, chat);
     DecodedMessage decoded = MessageDecoder::decode(stored);
     if (decoded.isHidden) return;
@@ -178,6 +179,11 @@ class Reading {
                                 .groupMemberPK = row.integer(groupMember_.place),
                                 .stanzaID = kept(row.text(stanzaID_.place))});
     if (decoded.details) tables_.details.emplace_back(key, *std::move(decoded.details));
+  }
+
+  void noteUnfoundItem(const SQLiteRowView& row, std::int64_t key) {
+    const auto named = row.integer(namedItem_.place);
+    if (named && !row.integer(itemKey_.place)) tables_.unfoundItems.emplace(*named, key);
   }
 
   MessageRow messageRow(const SQLiteRowView& row, std::int64_t key, std::int64_t chat) const {
@@ -277,7 +283,10 @@ class Reading {
   const Column starred_ = table_.select({"ZSTARRED"});
   const Column stanzaID_ = table_.select({"ZSTANZAID"});
 
+  const Column namedItem_ = table_.select({"ZMEDIAITEM"});
+
   const TableReader::Along item_ = table_.along("ZWAMEDIAITEM", "ZMEDIAITEM", "ZMESSAGE");
+  const Column itemKey_ = table_.select(item_, {"Z_PK"});
   const Column path_ = table_.select(item_, {"ZMEDIALOCALPATH", "ZLOCALPATH"});
   const Column title_ = table_.select(item_, {"ZTITLE"});
   const Column vCardName_ = table_.select(item_, {"ZVCARDNAME"});
@@ -307,6 +316,7 @@ void MessageTable::load(const SQLiteDB& database, const MediaPaths::Lookup& hasF
   tables.messages.clear();
   tables.details.clear();
   tables.silentMessages.clear();
+  tables.unfoundItems.clear();
   tables.unread = before;
   Reading(database, hasFile, tables, Info::passedOver).run();
   tables.unread.isPartial = true;

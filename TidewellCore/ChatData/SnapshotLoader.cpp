@@ -28,13 +28,16 @@ namespace fs = std::filesystem;
 
 constexpr const char* messageTable = "ZWAMESSAGE";
 constexpr const char* contactTable = "ZWAADDRESSBOOKCONTACT";
-constexpr std::array<DatabaseTable, 7> chatTables{{{.name = messageTable, .reference = "ZCHATSESSION"},
-                                                   {.name = "ZWAMEDIAITEM", .reference = "ZMESSAGE"},
-                                                   {.name = "ZWACHATSESSION", .isShort = true},
-                                                   {.name = "ZWAGROUPINFO", .isShort = true},
-                                                   {.name = "ZWAGROUPMEMBER", .isShort = true},
-                                                   {.name = "ZWAPROFILEPUSHNAME", .isShort = true},
-                                                   {.name = "ZWAPHONENUMBERLIDPAIR", .isShort = true}}};
+constexpr std::array<DatabaseTable, 9> chatTables{
+    {{.name = messageTable, .reference = "ZCHATSESSION"},
+     {.name = "ZWAMEDIAITEM", .reference = "ZMESSAGE"},
+     {.name = "ZWAMESSAGEINFO", .reference = "ZMESSAGE", .isShort = true},
+     {.name = "ZWAMESSAGEDATAITEM", .reference = "ZMESSAGE", .isShort = true},
+     {.name = "ZWACHATSESSION", .isShort = true},
+     {.name = "ZWAGROUPINFO", .isShort = true},
+     {.name = "ZWAGROUPMEMBER", .isShort = true},
+     {.name = "ZWAPROFILEPUSHNAME", .isShort = true},
+     {.name = "ZWAPHONENUMBERLIDPAIR", .isShort = true}}};
 constexpr std::array contactTables{DatabaseTable{.name = contactTable, .isShort = true}};
 constexpr std::array identityTables{DatabaseTable{.name = "ZWAPHONENUMBERLIDPAIR", .isShort = true},
                                     DatabaseTable{.name = "ZWAZACCOUNT", .isShort = true}};
