@@ -11,6 +11,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/GroupEventsTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/JIDTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/LinkedIdentitiesTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/MessageColumnsTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MessageContentTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MessageDecoderTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MessageMetadataTests.cpp

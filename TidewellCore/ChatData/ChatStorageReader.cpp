@@ -5,6 +5,7 @@
 
 #include "TidewellCore/ChatData/JID.h"
 #include "TidewellCore/ChatData/MediaPaths.h"
+#include "TidewellCore/ChatData/MessageColumns.h"
 #include "TidewellCore/ChatData/MessageTable.h"
 #include "TidewellCore/ChatData/NameResolver.h"
 #include "TidewellCore/ChatData/TableReader.h"
@@ -140,6 +141,7 @@ ChatTables ChatStorageReader::load(const std::filesystem::path& copiedDatabase, 
   loadGroupMembers(database, tables);
   loadProfilePushNames(database, tables);
   loadLIDPairs(database, tables);
+  if (!MessageColumns::areWhole(database)) tables.unread.isPartial = true;
   MessageTable::load(database, setting.hasFile, tables);
   loadMedia(database, tables);
   return tables;
