@@ -327,6 +327,21 @@ TEST(MessageDecoder, WhatBelongsToAnotherMessageIsHidden) {
   EXPECT_EQ(decode({.type = 66}), DecodedMessage{.isHidden = true});
   EXPECT_EQ(decode({.type = 66, .text = "words"}), plain("words"));
   EXPECT_EQ(decode({.type = 66, .hasFile = true}), DecodedMessage{});
+  const Bytes metadata = Protobuf().integer(216, 1).bytes();
+  EXPECT_EQ(decode({.type = 66, .metadata = metadata}), DecodedMessage{.isHidden = true});
+}
+
+// One flipped bit makes a video, of type 2, into it.
+TEST(MessageDecoder, WhatHasAMediumOfItsOwnBelongsToNoOtherMessage) {
+  EXPECT_EQ(decode({.type = 66, .vCardString = "video/mp4", .duration = 9}),
+            of(MissingMedia{.part = MessagePart::video, .seconds = 9}));
+  const auto unsupported = of(UnsupportedMessage{.type = 66});
+  EXPECT_EQ(decode({.type = 66, .namesFile = true}), unsupported);
+  EXPECT_EQ(decode({.type = 66, .duration = 9}), unsupported);
+  EXPECT_EQ(decode({.type = 66, .latitude = 1600}), unsupported);
+  EXPECT_EQ(decode({.type = 66, .mediaURL = "https://example.org/x.enc"}), unsupported);
+  EXPECT_EQ(decode({.type = 66, .title = "a name"}), unsupported);
+  EXPECT_EQ(decode({.type = 66, .title = "a caption", .vCardString = "image/jpeg"}).text, "a caption");
 }
 
 TEST(MessageDecoder, ATypeThatNobodyKnowsIsKept) {

@@ -197,9 +197,21 @@ void call(Decoding& decoding) {
   setContentAlone(record, decoding);
 }
 
+// An item of its own that holds more than metadata. Of pictures and videos width and height stand in the place of a
+// place.
+bool hasMedium(const MessageRow& row) {
+  const bool hasNumbers =
+      row.duration.value_or(0) != 0 || row.latitude.value_or(0) != 0 || row.longitude.value_or(0) != 0;
+  const bool hasWords = !isEmpty(row.title) || !isEmpty(row.vCardString) || !isEmpty(row.mediaURL);
+  return row.hasFile || row.namesFile || hasNumbers || hasWords;
+}
+
 // What belongs to another message and is no message itself.
 void association(Decoding& decoding) {
-  decoding.message.isHidden = !decoding.row.hasFile && isEmpty(decoding.row.text);
+  const MessageRow& row = decoding.row;
+  if (!isEmpty(row.text)) return;
+  if (hasMedium(row)) return unknown(decoding);
+  decoding.message.isHidden = true;
 }
 
 struct Type {

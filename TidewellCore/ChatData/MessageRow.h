@@ -22,6 +22,7 @@ struct MessageRow {
   std::span<const std::string> ownJIDs;        // the owner's, as far as they are known
 
   // The media item.
+  bool namesFile = false;
   bool hasFile = false;  // one that the backup has
   std::optional<std::string_view> title;
   std::optional<std::string_view> vCardName;

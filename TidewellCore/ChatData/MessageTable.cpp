@@ -208,7 +208,9 @@ class Reading {
   }
 
   void readItem(const SQLiteRowView& row, MessageRow& stored) const {
-    stored.hasFile = hasFile(row.text(path_.place).value_or(""));
+    const std::string_view path = row.text(path_.place).value_or("");
+    stored.namesFile = !path.empty();
+    stored.hasFile = hasFile(path);
     stored.title = row.text(title_.place);
     stored.vCardName = row.text(vCardName_.place);
     stored.vCardString = row.text(vCardString_.place);
