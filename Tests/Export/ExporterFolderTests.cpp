@@ -145,6 +145,62 @@ TEST_P(LeftoverTest, AnInterruptedMoveIsContinued) {
   EXPECT_FALSE(fs::exists(former));
 }
 
+struct FormerFolderTest : LeftoverTest {
+  bool isLinkedInFormerFolder() const {
+    for (const auto& [name, data] : filesBelow(scene.content / "_viewer/data")) {
+      if (data.find("\"Ana (new number)/2023-03-08_222640_fa6.jpg\"") != std::string::npos) return true;
+    }
+    return false;
+  }
+  std::string rememberedFolder(const std::string& jid) const {
+    const FolderAssignment all = FolderManifest::load(scene.destination);
+    return all.contains(jid) ? all.at(jid) : "";
+  }
+  void expectAllMoved() const {
+    EXPECT_EQ(scene.run(everything).copiedCount, 1);
+    EXPECT_EQ(ExportTest::textOf(moved), "a newer photo");
+    EXPECT_FALSE(fs::exists(former));
+    EXPECT_EQ(rememberedFolder(anaLID), "");
+  }
+
+  const ExportOptions everything = ExportOptions::defaultOptions();
+  const ExportOptions videos{.includedKinds = {MediaKind::videos}, .exportTranscripts = true};
+};
+INSTANTIATE_TEST_SUITE_P(Backups, FormerFolderTest, testing::Bool(), ExportTest::encryptionName);
+
+TEST_P(FormerFolderTest, WhatThePhoneLostStaysLinkedThere) {
+  auto& storage = scene.contents.whatsApp.mediaFiles.back().storage;
+  storage.missing = true;
+  scene.write();
+  scene.run(everything);
+  EXPECT_TRUE(isLinkedInFormerFolder());
+  EXPECT_EQ(rememberedFolder(anaLID), "Ana (new number)");
+  scene.run(everything);
+  EXPECT_TRUE(isLinkedInFormerFolder()) << "once more";
+  storage.missing = false;
+  scene.write();
+  expectAllMoved();
+}
+
+TEST_P(FormerFolderTest, KindsThatAreLeftOutStayLinkedThereAndMoveLater) {
+  scene.run(videos);
+  EXPECT_TRUE(isLinkedInFormerFolder());
+  EXPECT_EQ(rememberedFolder(ana), "Ana");
+  EXPECT_EQ(rememberedFolder(anaLID), "Ana (new number)");
+  expectAllMoved();
+}
+
+TEST_P(FormerFolderTest, NoOtherChatGetsItWhileItIsRemembered) {
+  const std::string carla = "5511900003333@s.whatsapp.net";
+  auto& app = scene.contents.whatsApp;
+  app.chats.push_back({.pk = 12, .jid = carla, .name = "Ana (new number)"});
+  app.messages.push_back({.pk = 12, .chat = 12, .date = ExportTest::firstDate, .text = "Hello"});
+  scene.write();
+  scene.run(videos);
+  EXPECT_EQ(rememberedFolder(carla), "Ana (new number)-2");
+  EXPECT_EQ(rememberedFolder(anaLID), "Ana (new number)");
+}
+
 // A photo lies in Bea's media folder, but a message of Ana's carries it.
 TEST(ExporterFolders, TheFolderOfAnotherChatIsNotRemovedForAFileThatMovedOutOfIt) {
   Scene scene;

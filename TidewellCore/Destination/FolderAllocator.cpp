@@ -173,11 +173,12 @@ class Assigner {
   std::unordered_map<std::string, std::vector<std::size_t>> foldersByFileKey_;  // as positions
 };
 
-// The keys of folders that are remembered for chats without files in this backup.
+// The keys of folders that are remembered for chats without files in this backup, and under other JIDs of those with.
 std::set<std::string> keysOfAbsentChats(const FolderAllocator::Wish& wish, const ChatStorageSnapshot& snapshot) {
   std::set<std::string> keys;
   for (const auto& [jid, folder] : wish.persisted) {
-    if (wish.exportFileNames.contains(snapshot.canonicalChatJID(jid))) continue;
+    const CanonicalJID canonical = snapshot.canonicalChatJID(jid);
+    if (canonical.text() == jid && wish.exportFileNames.contains(canonical)) continue;
     keys.insert(FileNaming::normalizedKey(PortableNames::inForm(folder, wish.nameForm)));
   }
   return keys;

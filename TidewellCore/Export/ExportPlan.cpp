@@ -25,15 +25,26 @@ ChatFolders knownFolders(const std::vector<PlannedChat>& chats) {
   return folders;
 }
 
+// What an earlier export copied is there wherever it stands; it is to be moved by one that wants it.
+bool isThere(ExportPlanner::PlannedCopy& copy) {
+  if (const auto* moved = std::get_if<ExportPlanner::Moved>(&copy.fate)) {
+    copy.dest = ExportPlace(moved->from);
+    copy.fate = ExportPlanner::Present();
+  }
+  return copy.alreadyPresent();
+}
+
 // Those of the requests that an earlier export carried out.
 std::vector<ExportPlanner::PlannedCopy> carriedOutBefore(std::vector<ExportPlanner::Request> requests,
                                                          const std::vector<PlannedChat>& chats,
+                                                         const ExportPlanner::LeftoverFolders& leftovers,
                                                          const DestinationIndex& index,
                                                          const CancellationCheck& isCancelled) {
   const ChatFolders folders = knownFolders(chats);
   std::erase_if(requests, [&](const ExportPlanner::Request& request) { return !folders.contains(request.chatJID); });
-  std::vector<ExportPlanner::PlannedCopy> copies = ExportPlanner::plan(requests, folders, {}, index, isCancelled);
-  std::erase_if(copies, [](const ExportPlanner::PlannedCopy& copy) { return !copy.alreadyPresent(); });
+  std::vector<ExportPlanner::PlannedCopy> copies =
+      ExportPlanner::plan(requests, folders, leftovers, index, isCancelled);
+  std::erase_if(copies, [](ExportPlanner::PlannedCopy& copy) { return !isThere(copy); });
   return copies;
 }
 
@@ -47,6 +58,7 @@ std::set<ExportPlace> placesOf(const ExportPlan& plan) {
   for (const auto* copies : {&plan.copies, &plan.earlier}) {
     for (const ExportPlanner::PlannedCopy& copy : *copies) {
       places.insert(keyOf(copy.dest));
+      if (const auto* moved = std::get_if<ExportPlanner::Moved>(&copy.fate)) places.insert(keyOf(moved->from));
     }
   }
   return places;
@@ -62,30 +74,46 @@ void leaveOutMoved(std::vector<ExportPlanner::PlannedCopy>& earlier,
   std::erase_if(earlier, [&](const ExportPlanner::PlannedCopy& copy) { return left.contains(keyOf(copy.dest)); });
 }
 
-// In either form of its name; null when there is none.
-const DestinationIndex::FileEntry* copyOfLostFile(const DestinationIndex& index, std::string_view folder,
-                                                  std::string_view name) {
-  const auto* file = index.file(folder, name);
-  return file != nullptr ? file : index.file(folder, PortableNames::portable(name));
+// In either form of its name; absent when there is none.
+std::optional<ExportPlace> copyOfLostFile(const DestinationIndex& index, std::string_view folder,
+                                          std::string_view name) {
+  auto place = index.place(folder, name);
+  return place ? place : index.place(folder, PortableNames::portable(name));
+}
+
+// The folder of each chat of this plan, then its former ones in the order in which they are searched.
+std::map<CanonicalJID, std::vector<std::string>> foldersToSearch(const std::vector<PlannedChat>& chats) {
+  std::map<CanonicalJID, std::vector<std::string>> folders;
+  for (const PlannedChat& chat : chats) {
+    if (!chat.isInExport) continue;
+    std::vector<std::string>& names = folders[chat.jid];
+    names.push_back(chat.folder);
+    for (const PlannedChat::FormerFolder& former : chat.formerFolders) names.push_back(former.name);
+  }
+  return folders;
 }
 
 // A lost file's size is not known, so its copy is the one of the very name that
 // an export gives it, unless that is another's.
-void addCopiesOfLostFiles(ExportPlan& plan, const std::vector<ExportPlanner::Request>& lost, const ChatFolders& folders,
+void addCopiesOfLostFiles(ExportPlan& plan, const std::vector<ExportPlanner::Request>& lost,
                           const DestinationIndex& index) {
+  const auto folders = foldersToSearch(plan.chats);
   std::set<ExportPlace> taken = placesOf(plan);
   for (const ExportPlanner::Request& request : lost) {
-    const auto folder = folders.find(request.chatJID);
-    if (folder == folders.end()) continue;
-    const auto* file = copyOfLostFile(index, folder->second, request.desiredName);
-    if (file == nullptr || !taken.insert(keyOf({.folder = folder->second, .name = file->name})).second) continue;
-    plan.earlier.push_back({.dest = *index.place(folder->second, file->name),
-                            .date = request.date,
-                            .relativePath = request.relativePath,
-                            .chatJID = request.chatJID,
-                            .kind = request.kind,
-                            .sourceSize = file->size,
-                            .fate = ExportPlanner::Present()});
+    const auto search = folders.find(request.chatJID);
+    if (search == folders.end()) continue;
+    for (const std::string& folder : search->second) {
+      const auto place = copyOfLostFile(index, folder, request.desiredName);
+      if (!place || !taken.insert(keyOf(*place)).second) continue;
+      plan.earlier.push_back({.dest = *place,
+                              .date = request.date,
+                              .relativePath = request.relativePath,
+                              .chatJID = request.chatJID,
+                              .kind = request.kind,
+                              .sourceSize = index.file(place->folder, place->name)->size,
+                              .fate = ExportPlanner::Present()});
+      break;
+    }
   }
 }
 
@@ -141,11 +169,11 @@ ExportPlan ExportPlan::make(const Wish& wish, const Found& found, const ChatStor
                                                                 .index = index});
   ExportPlan plan{.chats = PlannedChats::of(folders, remembered, snapshot)};
   addFormerFolders(leftovers, snapshot, plan.chats);
-  plan.earlier = carriedOutBefore(wish.leftOut, plan.chats, index, isCancelled);
+  plan.earlier = carriedOutBefore(wish.leftOut, plan.chats, leftovers, index, isCancelled);
   plan.copies = ExportPlanner::plan(wish.requests, folders, leftovers, index, isCancelled);
   leaveOutMoved(plan.earlier, plan.copies);
   throwIfCancelled(isCancelled);
-  addCopiesOfLostFiles(plan, wish.lost, folders, index);
+  addCopiesOfLostFiles(plan, wish.lost, index);
   return plan;
 }
 

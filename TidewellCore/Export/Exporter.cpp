@@ -18,6 +18,7 @@
 #include "TidewellCore/Export/ExportRequests.h"
 #include "TidewellCore/Export/ExportTarget.h"
 #include "TidewellCore/Export/FailureLog.h"
+#include "TidewellCore/Export/FormerFolders.h"
 #include "TidewellCore/Export/MediaCopying.h"
 #include "TidewellCore/Export/ProgressReporter.h"
 #include "TidewellCore/FileNaming.h"
@@ -119,7 +120,9 @@ class Writing {
   // Folders that were taken away meanwhile were made again, without what was copied into them.
   void remember() const {
     target_.lock().requireInPlace();
-    FolderManifest::save(target_.contentRoot(), PlannedChats::toRemember(plan_.chats));
+    FolderAssignment folders = PlannedChats::toRemember(plan_.chats);
+    folders.merge(FormerFolders::stillFull(plan_.chats, target_.contentRoot()));
+    FolderManifest::save(target_.contentRoot(), folders);
     throwIfCancelled(control_.isCancelled);
   }
 
