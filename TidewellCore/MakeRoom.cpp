@@ -20,6 +20,7 @@ void MakeRoom::forFolder(const fs::path& path) {
   const Files::Kind kind = Files::kindOf(path);
   const bool isFolder = kind == Files::Kind::folder || (kind == Files::Kind::link && Files::isFolder(path));
   if (isFolder) return;
-  at(path);
+  // What was not there a moment ago may be a folder by now, which is not to be moved away.
+  if (kind != Files::Kind::nothing) at(path);
   Files::makeFolder(path);
 }

@@ -174,7 +174,7 @@ class Assigner {
 };
 
 // The keys of folders that are remembered for chats without files in this backup, and under other JIDs of those with.
-std::set<std::string> keysOfAbsentChats(const FolderAllocator::Wish& wish, const ChatStorageSnapshot& snapshot) {
+std::set<std::string> keysToKeep(const FolderAllocator::Wish& wish, const ChatStorageSnapshot& snapshot) {
   std::set<std::string> keys;
   for (const auto& [jid, folder] : wish.persisted) {
     const CanonicalJID canonical = snapshot.canonicalChatJID(jid);
@@ -199,7 +199,7 @@ ChatFolders FolderAllocator::allocate(const Wish& wish, const ChatStorageSnapsho
                 .historicalNames = [&](const CanonicalJID& jid) { return historicalNames(jid.text(), snapshot); },
                 .canAdopt = [](const std::string& folder,
                                const CanonicalJID& jid) { return isAdoptableFolder(folder, jid.text()); },
-                .kept = keysOfAbsentChats(wish, snapshot),
+                .kept = keysToKeep(wish, snapshot),
                 .nameForm = wish.nameForm};
   for (const auto& [jid, names] : wish.exportFileNames) choice.jids.push_back(jid);
   return assign(choice, isCancelled);
