@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "Tests/ChatData/ReadDatabases.h"
+#include "TidewellCore/ChatData/JID.h"
 
 namespace Fixture {
 namespace {
@@ -104,6 +105,12 @@ TEST(ChatStorageSnapshot, AliasesAreTheCanonicalJidThenItsCounterpart) {
   EXPECT_THAT(snapshot.aliasJIDs(lid), ElementsAre(phone, lid));
   EXPECT_THAT(snapshot.aliasJIDs("99@lid"), ElementsAre("99@lid"));
   EXPECT_THAT(snapshot.aliasJIDs("1-2@g.us"), ElementsAre("1-2@g.us"));
+  const std::string user(JID::userPart(phone));
+  const std::string status = user + "@status";
+  const std::string anonymous = std::string(JID::userPart(lid)) + "@lid.status";
+  EXPECT_THAT(snapshot.aliasJIDs(status), ElementsAre(status, anonymous)) << "and not the person's chat";
+  EXPECT_THAT(snapshot.aliasJIDs(anonymous), ElementsAre(status, anonymous));
+  EXPECT_THAT(snapshot.aliasJIDs("99@lid.status"), ElementsAre("99@lid.status"));
   EXPECT_THAT(snapshot.aliasJIDs("  "), IsEmpty());
 }
 

@@ -233,8 +233,11 @@ std::vector<std::string> ChatStorageSnapshot::aliasJIDs(std::string_view jid) co
   if (canonical.empty()) return {};
   std::vector<std::string> aliases{canonical};
   // A LID that stayed canonical has no known number.
-  const auto lid = JID::isLID(canonical) ? std::nullopt : directory().lidJID(canonical);
-  if (lid && *lid != canonical) aliases.push_back(*lid);
+  if (JID::isLID(canonical) || JID::hasServer(canonical, LIDStatusJIDSuffix)) return aliases;
+  const auto lid = directory().lidJID(JID::ownerOfStatus(canonical));
+  if (!lid || *lid == canonical) return aliases;
+  const std::string_view server = JID::isStatus(canonical) ? LIDStatusJIDSuffix : LIDJIDSuffix;
+  aliases.push_back(std::string(JID::userPart(*lid)).append(server));
   return aliases;
 }
 
