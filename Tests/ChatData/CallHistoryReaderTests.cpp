@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "Tests/ChatData/ReadSQL.h"
+#include "Tests/Platform/SQLiteScene.h"
 #include "Tests/Support/CallSchema.h"
 #include "Tests/Support/Failures.h"
 #include "TidewellCore/TidewellError.h"
@@ -122,6 +123,19 @@ TEST(CallHistoryReader, ACallHasAThousandParticipantsAtMost) {
                  "ZWACDCALLEVENTPARTICIPANT (Z1PARTICIPANTS, ZJIDSTRING) SELECT 7, i || '@lid' FROM n;")
                 .participantJIDs.size(),
             1'000U);
+}
+
+TEST(CallHistoryReader, AParticipantWhoIsNobodyIsNoticed) {
+  const TemporaryDirectory folder;
+  const auto isWhole = [&](const std::string& jid) {
+    const auto file = folder / ("of " + std::to_string(jid.size()));
+    execute(file, std::string(callHistorySchema) + incoming + event("5", 0) + participant(jid));
+    std::vector<PastCall> calls;
+    return CallHistoryReader::load(file, calls);
+  };
+  EXPECT_TRUE(isWhole("15550000001@s.whatsapp.net"));
+  EXPECT_TRUE(isWhole(""));
+  EXPECT_FALSE(isWhole("1555000\xB0"));
 }
 
 TEST(CallHistoryReader, AFileThatIsNoDatabaseIsReported) {

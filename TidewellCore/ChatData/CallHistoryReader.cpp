@@ -23,7 +23,7 @@ struct Aggregate {
   bool isMissed = false;
 };
 
-// Rows by their keys, and whether their table has the columns that it has in every version.
+// Rows by their keys, and whether their table has the columns that it has in every version, and holds what it should.
 template <typename Row>
 struct Rows {
   std::map<std::int64_t, Row> byKey;
@@ -62,6 +62,8 @@ Participants participants(const SQLiteDB& database) {
   table.forEachRow([&](const SQLiteRowView& row) {
     const auto key = row.integer(call.place);
     auto person = jid(row, participant);
+    // A call whose person cannot be told is in no chat.
+    if (!person && !textOrUTF8(row, participant).value_or("").empty()) found.areWhole = false;
     if (!key || !person) return;
     std::vector<std::string>& people = found.byKey[*key];
     const bool isNew = std::ranges::find(people, *person) == people.end();
