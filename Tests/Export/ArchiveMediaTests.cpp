@@ -79,6 +79,13 @@ TEST(ArchiveMedia, AMediumThatTheBackupDoesNotHoldIsCounted) {
   const ExportSummary summary = scene.run(everything);
   EXPECT_EQ(summary.failedCount, 0);
   EXPECT_EQ(summary.unresolvedArchiveLinkCount, 1);
+
+  scene.contents.whatsApp.messages[3].type = 1;  // for which words stand that say so
+  scene.write();
+  EXPECT_EQ(scene.run(everything).unresolvedArchiveLinkCount, 1);
+  ExportOptions documents = everything;
+  documents.includedKinds = {MediaKind::documents};
+  EXPECT_EQ(scene.run(documents).unresolvedArchiveLinkCount, 0) << "a photo is none that was asked for";
 }
 
 TEST(ArchiveMedia, TwoMessagesMayCarryOneMedium) {

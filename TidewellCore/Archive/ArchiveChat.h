@@ -26,7 +26,8 @@ struct ArchiveMessage {
   std::optional<double> timestamp;  // seconds since 1970-01-01T00:00:00Z
   std::optional<std::string> text;
   std::optional<ArchiveMedia> media;
-  Boxed<ArchiveDetails> details;  // absent for plain texts and files
+  std::optional<MediaKind> lostMedium;  // of a file that is not in the export, and that words stand for
+  Boxed<ArchiveDetails> details;        // absent for plain texts and files
 
   ArchiveKind kind() const { return details ? details->kind : ArchiveKind::none; }
   bool operator==(const ArchiveMessage&) const = default;

@@ -69,7 +69,9 @@ class Writing {
 
 std::int64_t unresolvedLinks(const ArchiveChat& chat, const MediaKinds& kinds) {
   return std::ranges::count_if(chat.messages, [&](const ArchiveMessage& message) {
-    return message.media && !message.media->exported && kinds.contains(message.media->kind);
+    const bool isAbsent = message.media && !message.media->exported;
+    const std::optional<MediaKind> kind = isAbsent ? std::optional(message.media->kind) : message.lostMedium;
+    return kind && kinds.contains(*kind);
   });
 }
 

@@ -44,6 +44,7 @@ void settleMedia(MessageDetails& details, ArchiveMessage& message) {
   if (message.media->exported) {
     details.content = std::monostate();
   } else {
+    message.lostMedium = message.media->kind;
     message.media.reset();
   }
 }
