@@ -186,6 +186,14 @@ TEST_P(Phone, ANewPictureTakesThePlaceOfTheOld) {
   EXPECT_EQ(pictureOf(ana).second, jpeg("new"));
 }
 
+TEST_P(Phone, AThumbnailTakesNoFullPicturesPlace) {
+  add("5511900001111-1.jpg", jpeg("a full picture"));
+  pictureOf(ana);
+  contents.whatsApp.files.clear();
+  add("5511900001111-2.thumb", jpeg("small"));
+  EXPECT_EQ(pictureOf(ana), std::pair("avatars/the-chat.jpeg"s, jpeg("a full picture")));
+}
+
 TEST(ProfilePictures, ListsAPersonsUserPartsOnce) {
   const ChatStorageSnapshot snapshot = ExportTest::snapshotOf({}, {{anaLID, ana}});
   EXPECT_THAT(ProfilePictures::matchingUsers(ana, snapshot), ElementsAre("5511900001111", "200000000000001"));

@@ -72,6 +72,11 @@ void tellOfLoss(const std::exception& error, const ArchiveChat& chat, const Mani
                .source = backup.location(file).value_or(fs::path())});
 }
 
+// A phone loads the full picture when somebody looks at it, and may have the small one alone again.
+bool isKept(const fs::path& former, const ProfilePictureCandidate& now) {
+  return now.isThumb && Files::regularFileSize(former).value_or(0) > now.sourceSize;
+}
+
 // False when the copy is there already. Gives the chat the copy's path.
 bool copyTo(const fs::path& contentRoot, const ProfilePictures::Selection& picture, const OpenedBackup& backup,
             ArchiveChat& chat) {
@@ -80,7 +85,8 @@ bool copyTo(const fs::path& contentRoot, const ProfilePictures::Selection& pictu
   const std::string name = chat.id + "." + std::string(rawValue(picture.format));
   const fs::path folder = contentRoot / FolderNames::avatars;
   MakeRoom::forFolder(folder);
-  const bool isNew = Files::writeWhenDifferent(folder / PathText::path(name), textOf(content));
+  const fs::path place = folder / PathText::path(name);
+  const bool isNew = !isKept(place, picture.candidate) && Files::writeWhenDifferent(place, textOf(content));
   chat.avatarRelativePath = std::string(FolderNames::avatars) + "/" + name;
   return isNew;
 }
