@@ -63,4 +63,17 @@ TEST(ExportPlan, WhatItMovesAwayIsNoEarlierCopyAnyMore) {
       << "it is Bea's, and stays";
 }
 
+TEST(ExportPlan, WarnsOfAChatsFolderThatCannotBeRead) {
+  const auto snapshot = ExportTest::snapshotOf({{ana, "Ana"}, {bea, "Bea"}});
+  DestinationIndex index;
+  for (const char* folder : {"Ana", "Bea"}) index.addFile(folder, "a.jpg", 10);
+  index.unreadableFolders = {"Ana", "Somebody's own"};
+  const FolderAssignment remembered{{ana, "Ana"}, {bea, "Bea"}};
+  const ExportPlan::Wish wish{.lost = {request("a.jpg", ana, ana)},
+                              .jidsOfTranscripts = {canonical(ana), canonical(bea)}};
+  const ExportPlan plan = ExportPlan::make(wish, {.index = index, .remembered = remembered}, snapshot);
+  ASSERT_EQ(plan.warnings.size(), 1U);
+  EXPECT_NE(plan.warnings[0].find("“Ana”"), std::string::npos);
+}
+
 }  // namespace

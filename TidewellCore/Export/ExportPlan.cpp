@@ -1,5 +1,7 @@
 #include "TidewellCore/Export/ExportPlan.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 
 #include "TidewellCore/FileNaming.h"
@@ -152,6 +154,23 @@ void addFormerFolders(const ExportPlanner::LeftoverFolders& leftovers, const Cha
   }
 }
 
+// What stands in such a folder is not known, so that nothing there is linked which the backup does not hold.
+void warnOfUnreadableFolders(ExportPlan& plan, const DestinationIndex& index) {
+  std::set<std::string> folders;
+  for (const PlannedChat& chat : plan.chats) {
+    if (!chat.isInExport) continue;
+    folders.insert(chat.folder);
+    for (const PlannedChat::FormerFolder& former : chat.formerFolders) folders.insert(former.name);
+  }
+  for (const std::string& folder : folders) {
+    if (!index.unreadableFolders.contains(folder)) continue;
+    plan.warnings.push_back(fmt::format(
+        "The folder “{}” could not be read, so files that stand there and that the backup does not hold may "
+        "be missing from the chat’s pages. Check the drive and the folder’s permissions, then export again.",
+        folder));
+  }
+}
+
 }  // namespace
 
 ExportPlan ExportPlan::make(const Wish& wish, const Found& found, const ChatStorageSnapshot& snapshot,
@@ -174,6 +193,7 @@ ExportPlan ExportPlan::make(const Wish& wish, const Found& found, const ChatStor
   leaveOutMoved(plan.earlier, plan.copies);
   throwIfCancelled(isCancelled);
   addCopiesOfLostFiles(plan, wish.lost, index);
+  warnOfUnreadableFolders(plan, index);
   return plan;
 }
 
