@@ -51,11 +51,18 @@ bool holdsBackup(const fs::path& folder, const fs::path& backup) {
   return Files::isWithin(backup, folder) || holdsAnyBackup(folder, levels);
 }
 
+// An export's own, whatever a share may say of its mark for a moment.
+bool holdsMemory(const fs::path& content) {
+  return std::ranges::any_of(OwnFiles::memories,
+                             [&](const char* memory) { return Files::kindOf(content / memory) == Files::Kind::file; });
+}
+
 void moveForeignContentAside(const fs::path& destination, const fs::path& untouched) {
   const fs::path content = destination / FolderNames::content;
   const Files::Kind kind = Files::kindOf(content);
   const bool leadsToAFolder = kind == Files::Kind::folder || kind == Files::Kind::link;
   if (!leadsToAFolder || ExportLayout::isMarked(content)) return;
+  if (kind == Files::Kind::folder && holdsMemory(content)) return;
   if (holdsBackup(content, untouched)) failAsOccupied(content);
   UsedNames used = MergeMove::usedNames(destination);
   used.take(FolderNames::content);
