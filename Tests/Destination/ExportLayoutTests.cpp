@@ -53,6 +53,16 @@ TEST_F(ExportLayoutTest, MovesAMessagesFolderOfTheUsersAside) {
   EXPECT_EQ(filesBelow(root), (Files{{"Messages-2/letter.txt", "dear"}, {"Messages-3/note.txt", "note"}}));
 }
 
+TEST_F(ExportLayoutTest, KnowsItsOwnByItsMemoryWhereTheMarkIsNotSeen) {
+  for (const std::string memory : {".tidewell-manifest.json", ".tidewell-names.json"}) {
+    fs::remove_all(root);
+    writeFile(root / "messages" / memory, "{}");
+    writeFile(root / "messages/Ana/a.jpg", "a");
+    prepare();
+    EXPECT_EQ(filesBelow(root), (Files{{"messages/" + memory, "{}"}, {"messages/Ana/a.jpg", "a"}}));
+  }
+}
+
 TEST_F(ExportLayoutTest, NeverMigratesWhatWasMovedAside) {
   writeFile(root / "messages/2023-01-01_101010_a.jpg", "own");
   writeFile(root / "messages/_transcript.txt", "own");
