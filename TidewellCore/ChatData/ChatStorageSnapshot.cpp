@@ -236,8 +236,8 @@ std::vector<std::string> ChatStorageSnapshot::aliasJIDs(std::string_view jid) co
   if (JID::isLID(canonical) || JID::hasServer(canonical, LIDStatusJIDSuffix)) return aliases;
   const auto lid = directory().lidJID(JID::ownerOfStatus(canonical));
   if (!lid || *lid == canonical) return aliases;
-  const std::string_view server = JID::isStatus(canonical) ? LIDStatusJIDSuffix : LIDJIDSuffix;
-  aliases.push_back(std::string(JID::userPart(*lid)).append(server));
+  const bool isStatus = JID::isStatus(canonical);
+  aliases.push_back(isStatus ? std::string(JID::userPart(*lid)).append(LIDStatusJIDSuffix) : *lid);
   return aliases;
 }
 
