@@ -1,0 +1,3 @@
+target_sources(TidewellCoreTests PRIVATE
+  ${CMAKE_CURRENT_LIST_DIR}/MessageFactsReadTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/MessageFactsTests.cpp)
