@@ -4,6 +4,7 @@
 
 #include "Tests/Fuzz/DatabaseTargets.h"
 #include "Tests/Fuzz/DestinationTargets.h"
+#include "Tests/Fuzz/LibraryTargets.h"
 #include "Tests/Fuzz/MessageTargets.h"
 #include "Tests/Fuzz/NameTargets.h"
 #include "TidewellCore/Archive/ArchiveFormat.h"
@@ -126,7 +127,7 @@ void encodedMessage(ByteView input) {
   precondition(EncodedMessage::holdsTime(text.substr(0, text.find('='))) == isFound, "padding may be left out");
 }
 
-constexpr std::array<FuzzTarget, 21> targets{{{"BinaryPropertyList", binaryPropertyList},
+constexpr std::array<FuzzTarget, 22> targets{{{"BinaryPropertyList", binaryPropertyList},
                                               {"XMLPropertyList", xmlPropertyList},
                                               {"BackupKeyBag", backupKeyBag},
                                               {"MBFileArchive", mbFileArchive},
@@ -142,6 +143,7 @@ constexpr std::array<FuzzTarget, 21> targets{{{"BinaryPropertyList", binaryPrope
                                               {"CallHistory", DatabaseTargets::callHistory},
                                               {"LinkedIdentities", DatabaseTargets::linkedIdentities},
                                               {"ManifestDatabase", DatabaseTargets::manifestDatabase},
+                                              {"MessageFacts", LibraryTargets::messageFacts},
                                               {"FileNaming", NameTargets::fileNaming},
                                               {"FolderAllocation", NameTargets::folderAllocation},
                                               {"FolderManifest", DestinationTargets::folderManifest},
