@@ -4,7 +4,6 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/ArchiveMediaTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ArchiveReading.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ArchiveTextTests.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/ChatLinesTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/EarlyEndTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/EveryKindExportTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportPlanTests.cpp
@@ -22,7 +21,6 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/ExporterTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/FormerFoldersTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MediaCopierTests.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/MediaLinksTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/NamedFailuresTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/OnTheDiskTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/PhaseClockTests.cpp

@@ -16,7 +16,6 @@
 #include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/Platform/Text.h"
 #include "TidewellCore/PortableNames.h"
-#include "TidewellCore/UsedNames.h"
 
 namespace {
 
@@ -123,9 +122,8 @@ std::string ChatArchiveWriter::safeID(std::string_view jid, std::optional<std::i
   return id;
 }
 
-void ChatArchiveWriter::giveIDs(std::vector<ArchiveChat>& chats) {
-  UsedNames used;
-  for (ArchiveChat& chat : chats) chat.id = used.uniquify(PortableNames::portable(safeID(chat.jid, std::nullopt)));
+std::string ChatArchiveWriter::pageID(const std::string& jid) {
+  return PortableNames::portable(safeID(jid, std::nullopt));
 }
 
 ArchiveChatSummary ChatArchiveWriter::summary(const ArchiveChat& chat, const TranscriptStyle& style) {

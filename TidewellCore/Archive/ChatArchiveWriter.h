@@ -47,8 +47,8 @@ class ChatArchiveWriter {
   // A JID with "_" for all but ASCII letters, digits, "-", "_" and "."; for an
   // empty one "chat-" and the primary key, 0 when there is none.
   static std::string safeID(std::string_view jid, std::optional<std::int64_t> pk);
-  // Gives each chat the safe ID of its JID, made unique in the order of the chats.
-  static void giveIDs(std::vector<ArchiveChat>& chats);
+  // The safe ID of a JID in a form that every drive takes.
+  static std::string pageID(const std::string& jid);
 
   static ArchiveChatSummary summary(const ArchiveChat& chat, const TranscriptStyle& style);
   // One line that tells of a chat's last message; empty without one.

@@ -328,15 +328,21 @@ std::optional<std::string> ChatStorageSnapshot::nameOfDigits(std::string_view di
   return std::nullopt;
 }
 
-std::string ChatStorageSnapshot::senderName(const MessageRecord& message, const TranscriptStyle& style) const {
-  if (message.isFromMe) return style.youLabel;
+ChatStorageSnapshot::Sender ChatStorageSnapshot::sender(const MessageRecord& message) const {
   const auto record = tables_.chats.find(message.chatPK);
   if (record != tables_.chats.end() && !JID::isGroup(record->second.jid)) {
-    const std::string title = personTitle(record->second);
-    return title.empty() || JID::isLID(title) ? style.unknownSenderLabel : title;
+    std::string title = personTitle(record->second);
+    const bool isNameless = title.empty() || JID::isLID(title);
+    return {.jid = canonicalChatJID(JID::ownerOfStatus(record->second.jid)).text(),
+            .name = isNameless ? std::nullopt : std::optional(std::move(title))};
   }
   const GroupMemberRecord* member = directory().groupMember(message.groupMemberPK);
-  const auto name =
-      DisplayNames::resolveIdentity(groupSenderJID(message, member), copied(message.pushName), member, directory());
-  return name.value_or(style.unknownSenderLabel);
+  const auto jid = groupSenderJID(message, member);
+  return {.jid = canonicalChatJID(jid.value_or("")).text(),
+          .name = DisplayNames::resolveIdentity(jid, copied(message.pushName), member, directory())};
+}
+
+std::string ChatStorageSnapshot::senderName(const MessageRecord& message, const TranscriptStyle& style) const {
+  if (message.isFromMe) return style.youLabel;
+  return sender(message).name.value_or(style.unknownSenderLabel);
 }

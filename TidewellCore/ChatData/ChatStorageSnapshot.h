@@ -73,11 +73,25 @@ class ChatStorageSnapshot {
   // The chat that a media file belongs to: its message's, else that of its path, else UnknownChatJID.
   CanonicalJID ownerJID(std::string_view mediaPath, const std::optional<std::string>& pathJID) const;
 
-  // Who wrote a message; never the digits of a LID.
+  // Who wrote a message that is not the owner's.
+  struct Sender {
+    std::string jid;                  // canonical; empty when it is not known
+    std::optional<std::string> name;  // as it is shown; never the digits of a LID
+
+    bool operator==(const Sender&) const = default;
+  };
+  Sender sender(const MessageRecord& message) const;
+  // The name of who wrote a message, the owner's too.
   std::string senderName(const MessageRecord& message, const TranscriptStyle& style) const;
   // The name or number of somebody whom a message tells of, who is not the owner; absent where there is neither. A
   // channel and a list have digits too, and no number.
   std::optional<std::string> name(const Person& person) const;
+  // Whether a JID, under any of its identities, is the owner's.
+  bool isOwner(std::string_view jid) const { return ownJIDs_.contains(canonicalChatJID(jid).text()); }
+  // The owner's JIDs, canonical, as far as the tables tell them.
+  const std::set<std::string, std::less<>>& ownJIDs() const { return ownJIDs_; }
+  // The name of somebody whom the directory, a group or a chat knows; of a group too.
+  std::optional<std::string> knownName(const std::string& jid) const;
   // The name of the owner, contact or group member whose number or LID has these digits; absent for anybody else.
   std::optional<std::string> nameOfDigits(std::string_view digits, const TranscriptStyle& style) const;
 
@@ -96,8 +110,6 @@ class ChatStorageSnapshot {
   // The owner, or somebody by their canonical JID.
   Person person(const std::string& jid) const;
   const GroupMemberRecord* member(const std::string& jid) const;
-  // Of people and groups whom the directory, a group or a chat knows.
-  std::optional<std::string> knownName(const std::string& jid) const;
   std::vector<Chat>::const_iterator placeOf(const CanonicalJID& jid) const;
   static CanonicalJID known(CanonicalJID jid);
   CanonicalJID jidOfRecord(std::int64_t pk) const;

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "TidewellCore/Destination/ExportPlace.h"
+#include "TidewellCore/ExportPlace.h"
 #include "TidewellCore/Destination/MergeMove.h"
 #include "TidewellCore/Destination/OwnFiles.h"
 #include "TidewellCore/FileNaming.h"

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "TidewellCore/Destination/ExportPlace.h"
+#include "TidewellCore/ExportPlace.h"
 #include "TidewellCore/Destination/FolderAllocator.h"
 #include "TidewellCore/Platform/Cancellation.h"
 #include "TidewellCore/PortableNames.h"

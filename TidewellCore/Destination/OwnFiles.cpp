@@ -9,7 +9,7 @@
 OwnFiles::Kind OwnFiles::kindOf(std::string_view name) {
   if (name == FolderNames::textTranscript || name == FolderNames::htmlTranscript) return Kind::transcript;
   if (std::ranges::find(memories, name) != memories.end()) return Kind::memory;
-  if (name == cleanUpJournal) return Kind::journal;
+  if (name == cleanUpJournal || name == LibraryFile::journalName) return Kind::journal;
   if (name.starts_with(Files::partialPrefix)) return Kind::partial;
   return name == ".DS_Store" ? Kind::fileManagers : Kind::none;
 }

@@ -5,13 +5,14 @@
 
 #include "TidewellCore/Destination/FolderManifest.h"
 #include "TidewellCore/Destination/NamingMemory.h"
+#include "TidewellCore/Library/LibraryFile.h"
 
 // Which of a destination's files are of the export's own making, told by their
 // names as they are spelt on disk.
 namespace OwnFiles {
 
 // In the content root: what exports remember for those that follow.
-inline constexpr std::array memories{FolderManifest::fileName, NamingMemory::fileName};
+inline constexpr std::array memories{FolderManifest::fileName, NamingMemory::fileName, LibraryFile::fileName};
 // In the content root: what a clean-up has begun and not finished.
 inline constexpr const char* cleanUpJournal = ".tidewell-dedupe.json";
 
@@ -19,7 +20,7 @@ enum class Kind {
   none,         // a medium, or somebody's
   transcript,   // of a chat, in its folder
   memory,       // one of `memories`
-  journal,      // the above
+  journal,      // the above, and that of the library's transaction
   partial,      // a working file of a run that did not end itself
   fileManagers  // ".DS_Store", which file managers leave in any folder and nobody misses
 };

@@ -1,10 +1,14 @@
 #include "TidewellCore/Export/ArchiveExport.h"
 
 #include <algorithm>
+#include <limits>
+#include <map>
 
+#include "TidewellCore/Archive/ChatLines.h"
 #include "TidewellCore/Archive/ProfilePictures.h"
 #include "TidewellCore/Archive/TranscriptWriter.h"
 #include "TidewellCore/Export/EarlyEnd.h"
+#include "TidewellCore/ChatData/JID.h"
 #include "TidewellCore/FolderNames.h"
 #include "TidewellCore/MakeRoom.h"
 #include "TidewellCore/Platform/Files.h"
@@ -67,6 +71,49 @@ class Writing {
   FailureLog& failures_;
 };
 
+// The date of each chat's newest message, by the chat's number.
+std::map<std::int64_t, double> newestDates(const SQLiteDB& database) {
+  std::map<std::int64_t, double> dates;
+  database.forEachRow("SELECT chat, max(time) FROM message GROUP BY chat", [&](const SQLiteRowView& row) {
+    if (const auto newest = row.number(1)) dates.emplace(row.integer(0).value_or(0), *newest);
+  });
+  return dates;
+}
+
+// A chat and how pages show it.
+struct ShownChat {
+  const KeptChat* kept;
+  ArchiveChat shown;
+};
+
+// Every chat of the library, without messages, the one with the newest message first.
+std::vector<ShownChat> shownChats(const Library& library, const ExportPlan& plan) {
+  const std::vector<KeptChat>& kept = library.chats();
+  std::vector<std::string> folders(kept.size());
+  for (const PlannedChat& chat : plan.chats) {
+    for (const std::size_t place : library.chatsOf({chat.jid.text()})) {
+      if (folders[place].empty() || chat.isInExport) folders[place] = chat.folder;
+    }
+  }
+  std::vector<ShownChat> chats;
+  for (std::size_t place = 0; place < kept.size(); ++place) {
+    const KeptChat& chat = kept[place];
+    chats.push_back({.kept = &chat,
+                     .shown = {.id = chat.page,
+                               .name = chat.name,
+                               .jid = chat.jid,
+                               .folder = folders[place],
+                               .isGroup = JID::isGroup(chat.jid),
+                               .avatarRelativePath = chat.avatar}});
+  }
+  const std::map<std::int64_t, double> dates = newestDates(library.database());
+  std::ranges::stable_sort(chats, std::greater(), [&](const ShownChat& chat) {
+    const auto newest = dates.find(chat.kept->id);
+    return newest == dates.end() ? -std::numeric_limits<double>::infinity() : newest->second;
+  });
+  return chats;
+}
+
 std::int64_t unresolvedLinks(const ArchiveChat& chat, const MediaKinds& kinds) {
   return std::ranges::count_if(chat.messages, [&](const ArchiveMessage& message) {
     const bool isAbsent = message.media && !message.media->exported;
@@ -79,9 +126,10 @@ std::int64_t unresolvedLinks(const ArchiveChat& chat, const MediaKinds& kinds) {
 
 ArchiveExport::Outcome ArchiveExport::write(const Source& source, const Setting& setting, FailureLog& failures,
                                             const CancellationCheck& isCancelled, ProgressReporter& progress) {
-  const ChatLines lines(source.backup.snapshot);
-  const MediaLinks links(source.plan, source.media);
-  std::vector<ArchiveChat> chats = lines.chats(PlannedChats::folders(source.plan.chats));
+  const ChatLines lines(source.library, setting.archive.style);
+  std::vector<ShownChat> shown = shownChats(source.library, source.plan);
+  std::vector<ArchiveChat> chats;
+  for (ShownChat& chat : shown) chats.push_back(std::move(chat.shown));
   progress.begin(ExportProgress::Phase::writingTranscripts, static_cast<std::int64_t>(chats.size()));
   Writing writing(source, setting, failures);
   writing.copyPictures(chats, isCancelled);
@@ -93,8 +141,9 @@ ArchiveExport::Outcome ArchiveExport::write(const Source& source, const Setting&
   std::int64_t completed = 0;
   for (ArchiveChat& chat : chats) {
     throwIfCancelled(isCancelled);
+    const KeptChat& kept = *shown[static_cast<std::size_t>(completed)].kept;
     progress.report(chat.folder, completed);
-    chat.messages = lines.messages(chat.jid, links, setting.archive.style);
+    chat.messages = lines.messages(kept);
     if (!chat.folder.empty()) outcome.transcriptCount += writing.writeTranscripts(chat);
     writing.addTo(archive, chat);
     outcome.unresolvedLinkCount += unresolvedLinks(chat, setting.kinds);

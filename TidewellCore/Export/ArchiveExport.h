@@ -2,20 +2,19 @@
 
 #include "TidewellCore/Archive/ChatArchiveWriter.h"
 #include "TidewellCore/ChatData/BackupSource.h"
-#include "TidewellCore/Export/ChatLines.h"
 #include "TidewellCore/Export/ExportPlan.h"
 #include "TidewellCore/Export/FailureLog.h"
-#include "TidewellCore/Export/MediaResult.h"
 #include "TidewellCore/Export/ProgressReporter.h"
+#include "TidewellCore/Library/Library.h"
 
 // The part of an export that people read: the transcripts in the chats'
 // folders, the profile pictures and the Chat Archive.
 namespace ArchiveExport {
 
 struct Source {
-  const BackupSource& backup;
-  const ExportPlan& plan;
-  const std::vector<MediaResult>& media;  // of the plan's copies
+  const BackupSource& backup;  // for the profile pictures
+  const ExportPlan& plan;      // for the chats' folders
+  const Library& library;      // for all that is told
 };
 
 struct Setting {

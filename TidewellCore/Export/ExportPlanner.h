@@ -11,7 +11,7 @@
 
 #include "TidewellCore/ChatData/ChatStorageSnapshot.h"
 #include "TidewellCore/Destination/DestinationIndex.h"
-#include "TidewellCore/Destination/ExportPlace.h"
+#include "TidewellCore/ExportPlace.h"
 #include "TidewellCore/Destination/FolderAllocator.h"
 #include "TidewellCore/MediaKind.h"
 #include "TidewellCore/Platform/Bytes.h"

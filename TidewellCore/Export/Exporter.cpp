@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <set>
 #include <span>
 
 #include "TidewellCore/Backup/BackupInspector.h"
@@ -12,7 +13,6 @@
 #include "TidewellCore/Destination/FolderManifest.h"
 #include "TidewellCore/Destination/NamingMemory.h"
 #include "TidewellCore/Export/ArchiveExport.h"
-#include "TidewellCore/Export/ChatLines.h"
 #include "TidewellCore/Export/EarlyEnd.h"
 #include "TidewellCore/Export/ExportPlan.h"
 #include "TidewellCore/Export/ExportRequests.h"
@@ -22,6 +22,7 @@
 #include "TidewellCore/Export/MediaCopying.h"
 #include "TidewellCore/Export/ProgressReporter.h"
 #include "TidewellCore/FileNaming.h"
+#include "TidewellCore/Library/LibraryUpdate.h"
 #include "TidewellCore/Platform/SaturatingAdd.h"
 #include "TidewellCore/Platform/TemporaryFolder.h"
 #include "TidewellCore/TidewellError.h"
@@ -49,6 +50,22 @@ MediaKinds allBut(const MediaKinds& kinds) {
   return others;
 }
 
+std::vector<CanonicalJID> chatsWithMessages(const ChatStorageSnapshot& snapshot) {
+  std::vector<CanonicalJID> jids;
+  for (const ChatStorageSnapshot::Chat& chat : snapshot.chats()) {
+    if (chat.messageCount > 0) jids.push_back(chat.jid);
+  }
+  return jids;
+}
+
+// Every chat of the backup, and those that only files tell of, in the order of their JIDs.
+std::vector<CanonicalJID> chatsOf(const ChatStorageSnapshot& snapshot, const ChatFolders& folders) {
+  std::set<CanonicalJID> jids;
+  for (const ChatStorageSnapshot::Chat& chat : snapshot.chats()) jids.insert(chat.jid);
+  for (const auto& [jid, folder] : folders) jids.insert(jid);
+  return {jids.begin(), jids.end()};
+}
+
 ExportPlan makePlan(const ExportJob& job, const BackupSource& source, const DestinationIndex& index,
                     const DateFormatter& stamps, const CancellationCheck& isCancelled) {
   const MediaKinds others = allBut(job.options.includedKinds);
@@ -58,7 +75,7 @@ ExportPlan makePlan(const ExportJob& job, const BackupSource& source, const Dest
     wish.leftOut = ExportRequests::build(source, {.kinds = others, .stamps = stamps}, isCancelled);
     throwIfCancelled(isCancelled);
     wish.lost = ExportRequests::lost(source.snapshot, {&wish.requests, &wish.leftOut}, stamps);
-    wish.jidsOfTranscripts = ChatLines(source.snapshot).chatsWithMessages();
+    wish.jidsOfTranscripts = chatsWithMessages(source.snapshot);
   }
   throwIfCancelled(isCancelled);
   const FolderAssignment remembered = FolderManifest::load(job.destination);
@@ -85,6 +102,7 @@ class Writing {
                                       .isLocaleChosen = exporter.isLocaleChosen},
                                      NamingMemory::load(target_.contentRoot()))),
         index_(target_.index(control.isCancelled)),
+        library_(Library::open(target_.contentRoot())),
         plan_(makePlan(job, source, index_, FileNaming::stampFormatter(naming_.naming.timeZone, naming_.naming.locale),
                        control.isCancelled)) {}
 
@@ -99,10 +117,14 @@ class Writing {
         plan_, source_, {.index = index_, .lock = target_.lock(), .disk = target_.disk(), .failures = failures_},
         control_.isCancelled, progress);
     count(media);
+    settle(media);
     remember();
     if (job_.options.exportTranscripts) {
-      writeArchive(media, progress);
+      takeIn();
+      writeArchive(progress);
       remember();
+    } else {
+      LibraryUpdate::takeMedia(library_);
     }
     target_.flush(folders_);
     return std::move(summary_);
@@ -112,6 +134,7 @@ class Writing {
   void warn() {
     summary_.warnings = source_.warnings;
     std::ranges::copy(plan_.warnings, std::back_inserter(summary_.warnings));
+    std::ranges::copy(library_.warnings(), std::back_inserter(summary_.warnings));
     summary_.mayBeIncomplete = !summary_.warnings.empty();
     std::ranges::copy(naming_.warnings, std::back_inserter(summary_.warnings));
     if (control_.warned) std::ranges::for_each(summary_.warnings, control_.warned);
@@ -134,8 +157,54 @@ class Writing {
     }
   }
 
-  void writeArchive(const std::vector<MediaResult>& media, ProgressReporter& progress) {
-    const ArchiveExport::Outcome outcome = ArchiveExport::write({.backup = source_, .plan = plan_, .media = media},
+  // Tells the ledger which files the export has.
+  void settle(const std::vector<MediaResult>& results) {
+    MediaLedger& ledger = library_.media();
+    for (std::size_t number = 0; number < results.size(); ++number) {
+      const MediaResult& result = results[number];
+      if (!result.hasFailed()) ledger.settle(mediumOf(plan_.copies[number], result.place, sizeOf(number, result)));
+    }
+    for (const ExportPlanner::PlannedCopy& copy : plan_.earlier) {
+      ledger.settle(mediumOf(copy, copy.dest, copy.sourceSize));
+    }
+    ledger.review([this](const ExportPlace& place, std::int64_t size) {
+      const DestinationIndex::FileEntry* file = index_.file(place.folder, place.name);
+      return file != nullptr && file->size == size;
+    });
+  }
+
+  static KeptMedium mediumOf(const ExportPlanner::PlannedCopy& copy, const ExportPlace& place, std::int64_t size) {
+    return {.path = copy.relativePath,
+            .place = place,
+            .size = size,
+            .date = copy.date,
+            .kind = copy.kind,
+            .chatJID = copy.chatJID.text(),
+            .isThere = true};
+  }
+
+  // Of the file that stands at the place now, in bytes.
+  std::int64_t sizeOf(std::size_t number, const MediaResult& result) const {
+    if (result.outcome == MediaResult::Outcome::copied) return result.copiedBytes;
+    const auto* moved = std::get_if<ExportPlanner::Moved>(&plan_.copies[number].fate);
+    const ExportPlace& before = moved == nullptr ? result.place : moved->from;
+    const DestinationIndex::FileEntry* file = index_.file(before.folder, before.name);
+    return file == nullptr ? plan_.copies[number].sourceSize : file->size;
+  }
+
+  void takeIn() {
+    LibraryUpdate::take(library_, {},
+                        {.snapshot = source_.snapshot,
+                         .chats = chatsOf(source_.snapshot, folders_),
+                         .backup = source_.opened.info(),
+                         .timeZone = exporter_.timeZone,
+                         .locale = exporter_.locale,
+                         .pageIDOf = ChatArchiveWriter::pageID},
+                        control_.isCancelled);
+  }
+
+  void writeArchive(ProgressReporter& progress) {
+    const ArchiveExport::Outcome outcome = ArchiveExport::write({.backup = source_, .plan = plan_, .library = library_},
                                                                 {.archive = {.destination = target_.destination(),
                                                                              .contentRoot = target_.contentRoot(),
                                                                              .style = exporter_.transcriptStyle,
@@ -155,6 +224,7 @@ class Writing {
   const ExportTarget target_;
   const NamingMemory::Decision naming_;
   const DestinationIndex index_;  // as it was before anything was copied
+  Library library_;
   const ExportPlan plan_;
   const ChatFolders folders_ = PlannedChats::folders(plan_.chats);
   ExportSummary summary_{.destination = job_.destination,

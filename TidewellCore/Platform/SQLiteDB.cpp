@@ -23,6 +23,7 @@ struct Mode {
   const char* stage;
   std::vector<const char*> pragmas;
   bool isTrusted = false;
+  const char* fileSystem = nullptr;  // SQLite's own name of how it goes to files; null for the usual way
 };
 
 Mode modeOf(SQLiteDB::OpenMode mode) {
@@ -37,6 +38,12 @@ Mode modeOf(SQLiteDB::OpenMode mode) {
       return {SQLITE_OPEN_READWRITE | notOurs,
               "open writable SQLite copy",
               {watchful, "PRAGMA journal_mode = DELETE;", refuseWrites}};
+    case SQLiteDB::OpenMode::kept:
+      return {SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_NOFOLLOW,
+              "open the archive's library",
+              {watchful, "PRAGMA journal_mode = DELETE;", "PRAGMA synchronous = FULL;"},
+              false,
+              "unix-none"};
     case SQLiteDB::OpenMode::create:
       break;
   }
@@ -93,8 +100,14 @@ void distrust(sqlite3* handle) {
 }
 
 [[noreturn]] void fail(sqlite3* handle) {
-  if (sqlite3_errcode(handle) == SQLITE_INTERRUPT) throw TidewellError::cancelled();
-  throw TidewellError::invalidDatabase(sqlite3_errmsg(handle));
+  const int code = sqlite3_errcode(handle);
+  const std::string message = sqlite3_errmsg(handle);
+  if (code == SQLITE_INTERRUPT) throw TidewellError::cancelled();
+  if (code == SQLITE_FULL) {
+    throw std::filesystem::filesystem_error(message, std::make_error_code(std::errc::no_space_on_device));
+  }
+  if (code == SQLITE_CORRUPT || code == SQLITE_NOTADB) throw SQLiteDamage(TidewellError::InvalidDatabase{message});
+  throw TidewellError::invalidDatabase(message);
 }
 
 std::string_view storedText(sqlite3_stmt* statement, int column) {
@@ -221,6 +234,33 @@ std::optional<std::string> textOfValue(const SQLiteValue& value) {
   return std::nullopt;
 }
 
+// Binds a value that lasts until the statement has been run.
+struct Binder {
+  sqlite3_stmt* statement;
+  int index;
+
+  int operator()(const SQLiteNull&) const { return sqlite3_bind_null(statement, index); }
+  int operator()(std::int64_t number) const { return sqlite3_bind_int64(statement, index, number); }
+  int operator()(double number) const { return sqlite3_bind_double(statement, index, number); }
+  int operator()(std::string_view text) const {
+    return sqlite3_bind_text64(statement, index, text.empty() ? "" : text.data(), text.size(), SQLITE_STATIC,
+                               SQLITE_UTF8);
+  }
+  int operator()(ByteView blob) const {
+    return sqlite3_bind_blob64(statement, index, blob.empty() ? reinterpret_cast<const std::uint8_t*>("") : blob.data(),
+                               blob.size(), SQLITE_STATIC);
+  }
+};
+
+// Makes a statement ready for its next run, and forgets the values of this one.
+struct Rewinder {
+  sqlite3_stmt* statement;
+  ~Rewinder() {
+    sqlite3_reset(statement);
+    sqlite3_clear_bindings(statement);
+  }
+};
+
 // Identifiers cannot be bound as parameters, so only plain ones are let into a statement.
 void requirePlainIdentifier(const std::string& name) {
   const std::u32string scalars = Text::scalars(name);
@@ -328,8 +368,8 @@ SQLiteDB::SQLiteDB(const std::string& path, OpenMode openMode, const std::option
     : connection_(std::make_unique<Connection>()) {
   const Mode mode = modeOf(openMode);
   sqlite3*& handle = connection_->handle;
-  if (openMode == OpenMode::writableCopy) hideSuperJournal(path);
-  const int result = sqlite3_open_v2(withoutLinksAbove(path).c_str(), &handle, mode.flags, nullptr);
+  if (openMode == OpenMode::writableCopy || openMode == OpenMode::kept) hideSuperJournal(path);
+  const int result = sqlite3_open_v2(withoutLinksAbove(path).c_str(), &handle, mode.flags, mode.fileSystem);
   if (result != SQLITE_OK) {
     const std::string message =
         handle != nullptr ? sqlite3_errmsg(handle) : fmt::format("SQLite open failed ({})", result);
@@ -395,4 +435,49 @@ std::set<std::string> SQLiteDB::columns(const std::string& table) const {
     if (const auto name = row.textValue("name")) names.insert(Text::uppercasedASCII(*name));
   });
   return names;
+}
+
+SQLiteStatement::SQLiteStatement(const SQLiteDB& database, const std::string& sql)
+    : handle_(database.connection_->handle), statement_(nullptr) {
+  sqlite3_stmt* statement = nullptr;
+  auto* handle = static_cast<sqlite3*>(handle_);
+  const int result = sqlite3_prepare_v3(handle, sql.c_str(), -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr);
+  if (result != SQLITE_OK || statement == nullptr) fail(handle);
+  statement_ = statement;
+}
+
+SQLiteStatement::~SQLiteStatement() { sqlite3_finalize(statementOf(statement_)); }
+
+SQLiteStatement::SQLiteStatement(SQLiteStatement&& other) noexcept
+    : handle_(other.handle_), statement_(std::exchange(other.statement_, nullptr)) {}
+
+void SQLiteStatement::run(std::initializer_list<Value> values) const {
+  forEachRow(values, [](const SQLiteRowView&) {});
+}
+
+void SQLiteStatement::forEachRow(std::initializer_list<Value> values, const SQLiteDB::RowViewHandler& row) const {
+  sqlite3_stmt* statement = statementOf(statement_);
+  auto* handle = static_cast<sqlite3*>(handle_);
+  const Rewinder rewinder{statement};
+  int index = 0;
+  for (const Value& value : values) {
+    if (std::visit(Binder{statement, ++index}, value) != SQLITE_OK) fail(handle);
+  }
+  const SQLiteRowView current(statement);
+  int result = sqlite3_step(statement);
+  for (; result == SQLITE_ROW; result = sqlite3_step(statement)) row(current);
+  if (result != SQLITE_DONE) fail(handle);
+}
+
+SQLiteTransaction::SQLiteTransaction(const SQLiteDB& database) : database_(database) {
+  database_.query("BEGIN IMMEDIATE", {}, [](const SQLiteRow&) {});
+}
+
+SQLiteTransaction::~SQLiteTransaction() {
+  if (isOpen_) sqlite3_exec(database_.connection_->handle, "ROLLBACK", nullptr, nullptr, nullptr);
+}
+
+void SQLiteTransaction::commit() {
+  database_.query("COMMIT", {}, [](const SQLiteRow&) {});
+  isOpen_ = false;
 }

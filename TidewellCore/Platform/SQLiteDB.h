@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <set>
@@ -13,6 +14,7 @@
 
 #include "TidewellCore/Platform/Bytes.h"
 #include "TidewellCore/Platform/Cancellation.h"
+#include "TidewellCore/TidewellError.h"
 
 struct SQLiteNull {
   bool operator==(const SQLiteNull&) const = default;
@@ -57,6 +59,7 @@ class SQLiteRowView {
 
  private:
   friend class SQLiteDB;
+  friend class SQLiteStatement;
   // `statement` is an sqlite3_stmt that stands on a row.
   explicit SQLiteRowView(void* statement) : statement_(statement) {}
 
@@ -67,7 +70,12 @@ class SQLiteRowView {
   mutable std::deque<std::string> made_;  // by column; a deque leaves in place what it holds
 };
 
-// One connection to an SQLite file, for one thread at a time. Statements are
+// TidewellError::invalidDatabase of a file whose bytes are damaged, or that is no database.
+class SQLiteDamage : public TidewellError {
+  using TidewellError::TidewellError;
+};
+
+// One connection to an SQLite file, for one thread at a time. Its own statements are
 // prepared, stepped to their end and finalised within one call. Files that are
 // not ours are distrusted: no views, triggers, virtual tables or extensions, no
 // value of more than 64 MB, no link in the file's place, and no file that a journal names.
@@ -77,6 +85,10 @@ class SQLiteDB {
     readOnly,      // never writes to the file
     writableCopy,  // for working copies: folds a -wal in, rolls a -journal back, ends WAL mode, then refuses writes
     create,        // makes the file when it is missing; ours, so it is trusted
+    // A lasting file of ours that somebody may have changed: made when it is missing, distrusted, written in
+    // transactions that a power cut leaves whole or undone. Whoever opens it has seen to it that nobody else
+    // does: no locks are asked of the drive.
+    kept,
   };
 
   using Bind = std::variant<std::string, std::int64_t, Bytes>;
@@ -95,7 +107,8 @@ class SQLiteDB {
 
   // Calls `row` for each result row in the statement's order; the row is good
   // until the handler returns. Parameters are bound in order from the first.
-  // Throws TidewellError::invalidDatabase, rows already handed over or not.
+  // Throws TidewellError::invalidDatabase, SQLiteDamage among them, rows already handed over or not;
+  // and what the file system says of a full disk.
   void query(const std::string& sql, const std::vector<Bind>& binds, const RowHandler& row) const;
   // The same without a copy of the values.
   void forEachRow(const std::string& sql, const RowViewHandler& row) const;
@@ -112,6 +125,47 @@ class SQLiteDB {
   std::set<std::string> columns(const std::string& table) const;
 
  private:
+  friend class SQLiteStatement;
+  friend class SQLiteTransaction;
   struct Connection;
   std::unique_ptr<Connection> connection_;
+};
+
+// A statement that is run many times, each time with other values. Must not
+// outlive its database. Failures as of SQLiteDB::query.
+class SQLiteStatement {
+ public:
+  // What it does not own need only last until the call returns.
+  using Value = std::variant<SQLiteNull, std::int64_t, double, std::string_view, ByteView>;
+
+  SQLiteStatement(const SQLiteDB& database, const std::string& sql);
+  ~SQLiteStatement();
+  SQLiteStatement(SQLiteStatement&&) noexcept;
+  SQLiteStatement& operator=(SQLiteStatement&&) = delete;
+
+  // Binds the values in order from the first, and steps to the end.
+  void run(std::initializer_list<Value> values) const;
+  // The same, calling `row` for each result row as SQLiteDB::forEachRow does.
+  void forEachRow(std::initializer_list<Value> values, const SQLiteDB::RowViewHandler& row) const;
+
+ private:
+  void* handle_;     // an sqlite3
+  void* statement_;  // an sqlite3_stmt
+};
+
+// What is written while it lives takes effect together, with `commit`, or not at all.
+class SQLiteTransaction {
+ public:
+  // `database` must outlive it.
+  explicit SQLiteTransaction(const SQLiteDB& database);
+  ~SQLiteTransaction();
+  SQLiteTransaction(const SQLiteTransaction&) = delete;
+  SQLiteTransaction& operator=(const SQLiteTransaction&) = delete;
+
+  // Throws TidewellError::invalidDatabase; what was written is undone then.
+  void commit();
+
+ private:
+  const SQLiteDB& database_;
+  bool isOpen_ = true;
 };

@@ -1,9 +1,10 @@
-#include "TidewellCore/Export/ChatLines.h"
+#include "TidewellCore/Archive/ChatLines.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "Tests/Export/ExportScene.h"
+#include "Tests/Library/LibraryScene.h"
 #include "TidewellCore/ChatData/JID.h"
 
 namespace {
@@ -11,15 +12,12 @@ namespace {
 using ExportTest::ana;
 using ExportTest::anaLID;
 using ExportTest::bea;
-using ExportTest::canonical;
-using ExportTest::foldersOf;
 using ExportTest::group;
 using ExportTest::tablesOf;
 using testing::ElementsAre;
 
 const std::string unknown(UnknownChatJID);
 const TranscriptStyle english = TranscriptStyle::english();
-const ExportPlan nothing;
 
 // A message of the chat with that key, its text telling its own key.
 MessageRecord& add(ChatTables& tables, std::int64_t pk, std::int64_t chat, std::optional<double> date = std::nullopt) {
@@ -30,18 +28,14 @@ MessageRecord& add(ChatTables& tables, std::int64_t pk, std::int64_t chat, std::
 
 std::vector<ArchiveMessage> messages(const ChatStorageSnapshot& snapshot, const std::string& jid,
                                      const TranscriptStyle& style = english) {
-  return ChatLines(snapshot).messages(jid, MediaLinks(nothing, {}), style);
+  LibraryScene scene;
+  scene.take(snapshot);
+  return scene.messages(jid, style);
 }
 
 std::vector<std::string> ids(const ChatStorageSnapshot& snapshot, const std::string& jid) {
   std::vector<std::string> found;
   for (const ArchiveMessage& message : messages(snapshot, jid)) found.push_back(message.id);
-  return found;
-}
-
-std::vector<std::string> jids(const std::vector<ArchiveChat>& chats) {
-  std::vector<std::string> found;
-  for (const ArchiveChat& chat : chats) found.push_back(chat.jid);
   return found;
 }
 
@@ -115,10 +109,6 @@ TEST(ChatLines, WhatBelongsToNoChatIsInOneOfItsOwn) {
   add(tables, 3, 77, 20);
   const ChatStorageSnapshot snapshot(std::move(tables));
   EXPECT_THAT(ids(snapshot, unknown), ElementsAre("3", "2"));
-  EXPECT_THAT(ChatLines(snapshot).chatsWithMessages(), ElementsAre(canonical(ana), canonical(unknown)));
-  const auto chats = ChatLines(snapshot).chats({});
-  EXPECT_THAT(jids(chats), ElementsAre(unknown, ana));
-  EXPECT_EQ(chats.front().name, unknown);
   EXPECT_EQ(messages(snapshot, unknown).front().sender, "Unknown");
 }
 
@@ -145,7 +135,6 @@ TEST(ChatLines, NamesTheSendersOfAGroup) {
   EXPECT_EQ(found[1].sender, "You");
   EXPECT_TRUE(found[1].fromMe);
   EXPECT_EQ(found[2].sender, "Unknown");
-  EXPECT_TRUE(ChatLines(snapshot).chats({}).front().isGroup);
 }
 
 TEST(ChatLines, SpeaksTheLanguageOfTheStyle) {
@@ -166,32 +155,14 @@ TEST(ChatLines, AnEmptyTextIsNone) {
   for (const ArchiveMessage& message : messages(snapshot, ana)) EXPECT_EQ(message.text, std::nullopt);
 }
 
-TEST(ChatLines, ListsEveryChatTheNewestFirst) {
-  auto tables = tablesOf({{ana, "Ana"}, {bea, "Bea"}, {group, "Us"}});
-  add(tables, 1, 1, 10);
-  add(tables, 2, 2, 20);
-  const ChatStorageSnapshot snapshot(std::move(tables));
-  const auto chats = ChatLines(snapshot).chats(foldersOf({{ana, "Ana's folder"}, {"gone@s.whatsapp.net", "Gone"}}));
-  EXPECT_THAT(jids(chats), ElementsAre(bea, ana, group, "gone@s.whatsapp.net"));
-  EXPECT_EQ(chats[0].folder, "");
-  EXPECT_EQ(chats[1].folder, "Ana's folder");
-  EXPECT_EQ(chats[2].name, "Us");
-  EXPECT_EQ(chats[3].folder, "Gone") << "a chat known by its media alone";
-  EXPECT_THAT(ChatLines(snapshot).chatsWithMessages(), ElementsAre(canonical(ana), canonical(bea)));
-}
-
 TEST(ChatLines, IDsDoNotDependOnTheDatesOfMessages) {
-  const auto idsByJID = [](ChatTables tables) {
-    const ChatStorageSnapshot snapshot(std::move(tables));
-    std::map<std::string, std::string> found;
-    for (const ArchiveChat& chat : ChatLines(snapshot).chats({})) found[chat.jid] = chat.id;
-    return found;
-  };
-  const std::map<std::string, std::string> ids{{"a:b@x", "a_b_x"}, {"a;b@x", "a_b_x-2"}};
   for (const std::int64_t newest : {1, 2}) {
     auto tables = tablesOf({{"a:b@x", "One"}, {"a;b@x", "Two"}});
     add(tables, 1, newest, 10);
-    EXPECT_EQ(idsByJID(std::move(tables)), ids);
+    LibraryScene scene;
+    scene.take(ChatStorageSnapshot(std::move(tables)));
+    EXPECT_EQ(scene.chat("a:b@x")->page, "a_b_x");
+    EXPECT_EQ(scene.chat("a;b@x")->page, "a_b_x-2");
   }
 }
 

@@ -1,4 +1,4 @@
-#include "TidewellCore/Destination/ExportPlace.h"
+#include "TidewellCore/ExportPlace.h"
 
 #include "TidewellCore/Platform/PathText.h"
 

@@ -1,0 +1,171 @@
+#include "TidewellCore/Library/Library.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "Tests/Export/ExportScene.h"
+#include "Tests/Library/LibraryScene.h"
+
+namespace {
+
+using ExportTest::ana;
+using ExportTest::anaLID;
+using ExportTest::bea;
+using ExportTest::canonical;
+using ExportTest::JIDPairs;
+using ExportTest::tablesOf;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+struct Said {
+  std::int64_t chat = 1;
+  double at = 0;
+  std::string text;
+  std::string stanza;
+};
+
+// What a backup tells that has these chats and messages, those numbered from `first`.
+ChatStorageSnapshot snapshotOf(const JIDPairs& chats, const std::vector<Said>& messages, std::int64_t first = 1,
+                               const JIDPairs& lids = {}) {
+  ChatTables tables = tablesOf(chats, lids);
+  for (const Said& said : messages) {
+    MessageRecord record{.pk = first++, .chatPK = said.chat, .text = tables.texts.add(said.text)};
+    record.date = dateFromUnixTime(said.at);
+    if (!said.stanza.empty()) record.stanzaID = tables.texts.add(said.stanza);
+    tables.messages.push_back(record);
+  }
+  return ChatStorageSnapshot(std::move(tables));
+}
+
+TEST(Library, KeepsWhatANewerBackupLacks) {
+  LibraryScene scene;
+  scene.take(snapshotOf({{ana, "Ana"}, {bea, "Bea"}}, {{1, 10, "one", "A"}, {1, 20, "two", "B"}, {2, 5, "bea", "C"}}),
+             100);
+  scene.take(snapshotOf({{ana, "Ana"}}, {{1, 20, "two", "B"}, {1, 30, "three", "D"}}), 200);
+  scene.reopen();
+  EXPECT_THAT(scene.texts(ana), ElementsAre("one", "two", "three"));
+  EXPECT_THAT(scene.texts(bea), ElementsAre("bea"));
+  EXPECT_TRUE(scene.chat(bea)->isGone);
+  EXPECT_FALSE(scene.chat(ana)->isGone);
+}
+
+TEST(Library, TheOrderOfBackupsDoesNotMatter) {
+  const auto old = [] {
+    return snapshotOf({{ana, "Ana"}, {bea, "Bea"}}, {{1, 10, "one", "A"}, {1, 20, "two", "B"}, {2, 5, "bea", "C"}});
+  };
+  const auto mid = [] { return snapshotOf({{ana, "Ana Lima"}}, {{1, 20, "two!", "B"}, {1, 30, "three", "D"}}, 2); };
+  const auto late = [] { return snapshotOf({{ana, "Ana Costa"}}, {{1, 30, "three", "D"}, {1, 40, "four", "E"}}, 1); };
+  std::vector<int> order{0, 1, 2};
+  do {
+    LibraryScene scene;
+    for (const int number : order) {
+      scene.take(number == 0 ? old() : number == 1 ? mid() : late(), 100 + number);
+    }
+    EXPECT_THAT(scene.texts(ana), ElementsAre("one", "two!", "three", "four"));
+    EXPECT_THAT(scene.texts(bea), ElementsAre("bea"));
+    EXPECT_EQ(scene.chat(ana)->name, "Ana Costa");
+    EXPECT_TRUE(scene.chat(bea)->isGone);
+    EXPECT_FALSE(scene.chat(ana)->isGone);
+    std::vector<bool> gone;
+    const KeptMessages kept = KeptChats::messages(scene.library.database(), scene.chat(ana)->id);
+    for (const KeptMessage& message : kept.list) gone.push_back(message.isGone());
+    EXPECT_THAT(gone, ElementsAre(true, true, false, false));
+  } while (std::ranges::next_permutation(order).found);
+}
+
+TEST(Library, TakingTheSameAgainChangesNoByte) {
+  LibraryScene scene;
+  const auto told = [] { return snapshotOf({{ana, "Ana"}}, {{1, 10, "one", "A"}, {1, 20, "@5511900002222 hi", ""}}); };
+  scene.take(told(), 100);
+  const std::string before = ExportTest::textOf(scene.folder / LibraryFile::fileName);
+  scene.reopen();
+  scene.take(told(), 100);
+  EXPECT_EQ(ExportTest::textOf(scene.folder / LibraryFile::fileName), before);
+  scene.take(told(), 200);
+  EXPECT_EQ(ExportTest::textOf(scene.folder / LibraryFile::fileName), before) << "a newer backup of the same";
+}
+
+TEST(Library, TwoRecordsOfOneMessageAreOne) {
+  LibraryScene scene;
+  scene.take(snapshotOf({{anaLID, "Ana"}, {ana, "Ana"}},
+                        {{1, 10, "once", "A"}, {2, 10, "once", "A"}, {2, 11, "twice", "B"}, {2, 11, "twice", "C"}}, 1,
+                        {{anaLID, ana}}));
+  EXPECT_THAT(scene.texts(ana), ElementsAre("once", "twice", "twice"));
+}
+
+TEST(Library, ChatsThatTurnOutToBeOneAreJoined) {
+  LibraryScene scene;
+  scene.take(snapshotOf({{anaLID, "Ana"}, {ana, "Ana"}}, {{1, 10, "by lid", "A"}, {2, 20, "by phone", "B"}}), 100);
+  EXPECT_THAT(scene.library.chats(), SizeIs(2));
+  scene.take(snapshotOf({{anaLID, "Ana"}, {ana, "Ana"}}, {{1, 10, "by lid", "A"}, {2, 30, "later", "C"}}, 1,
+                        {{anaLID, ana}}),
+             200);
+  scene.reopen();
+  EXPECT_THAT(scene.library.chats(), SizeIs(1));
+  EXPECT_THAT(scene.texts(ana), ElementsAre("by lid", "by phone", "later"));
+  EXPECT_THAT(scene.texts(anaLID), SizeIs(3));
+}
+
+// It may lack the table that ties identities to numbers.
+TEST(Library, ABackupThatKnowsLessOfPeopleSplitsNoChat) {
+  LibraryScene scene;
+  scene.take(snapshotOf({{anaLID, "Ana"}, {ana, "Ana"}}, {{1, 10, "by lid", "A"}, {2, 20, "by phone", "B"}}, 1,
+                        {{anaLID, ana}}),
+             100);
+  scene.take(snapshotOf({{anaLID, "Ana"}, {ana, "Ana"}},
+                        {{1, 10, "by lid", "A"}, {2, 20, "by phone", "B"}, {2, 30, "new", "C"}}),
+             200);
+  EXPECT_THAT(scene.library.chats(), SizeIs(1));
+  EXPECT_THAT(scene.texts(ana), ElementsAre("by lid", "by phone", "new"));
+  for (const ArchiveMessage& message : scene.messages(ana)) EXPECT_EQ(message.sender, "Ana");
+}
+
+TEST(Library, AChatKnownByItsFilesAloneIsAChat) {
+  LibraryScene scene;
+  scene.take(snapshotOf({}, {}), 1, {canonical(ana)});
+  ASSERT_NE(scene.chat(ana), nullptr);
+  EXPECT_THAT(scene.texts(ana), IsEmpty());
+}
+
+TEST(Library, ADamagedOneIsSetAsideAndToldOf) {
+  LibraryScene scene;
+  scene.take(snapshotOf({{ana, "Ana"}}, {{1, 10, "one", "A"}}));
+  std::filesystem::resize_file(scene.folder / LibraryFile::fileName, 5000);
+  scene.reopen();
+  EXPECT_THAT(scene.library.warnings(), SizeIs(1));
+  EXPECT_THAT(scene.library.chats(), IsEmpty());
+  scene.reopen();
+  EXPECT_THAT(scene.library.warnings(), IsEmpty()) << "the new one is sound";
+}
+
+TEST(Library, OneOfNoBytesIsANewOne) {
+  Fixture::TemporaryDirectory folder;
+  std::ofstream(folder / LibraryFile::fileName).close();
+  EXPECT_TRUE(Library::open(folder.path()).isNew());
+  EXPECT_FALSE(Library::open(folder.path()).isNew());
+}
+
+TEST(Library, APageIDThatLeadsElsewhereIsDamage) {
+  LibraryScene scene;
+  scene.take(snapshotOf({{ana, "Ana"}}, {{1, 10, "one", "A"}}));
+  scene.library.database().query("UPDATE chat SET page = '../../x'", {}, [](const SQLiteRow&) {});
+  scene.reopen();
+  EXPECT_THAT(scene.library.warnings(), SizeIs(1));
+}
+
+TEST(Library, ALaterVersionsIsLeftAlone) {
+  LibraryScene scene;
+  scene.library.database().query("PRAGMA user_version = 99", {}, [](const SQLiteRow&) {});
+  EXPECT_THROW(scene.reopen(), TidewellError);
+}
+
+TEST(Library, LeavesNoJournalBehind) {
+  LibraryScene scene;
+  scene.take(snapshotOf({{ana, "Ana"}}, {{1, 10, "one", "A"}}));
+  EXPECT_FALSE(std::filesystem::exists(scene.folder / LibraryFile::journalName));
+}
+
+}  // namespace

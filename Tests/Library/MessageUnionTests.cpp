@@ -1,0 +1,175 @@
+#include "TidewellCore/Library/MessageUnion.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "TidewellCore/Library/KeptChats.h"
+#include "TidewellCore/Library/MessageFacts.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+// Lists that are united, and the texts that come of it.
+struct MessageUnionTest : testing::Test {
+  std::string_view facts(MessageDetails details) { return texts.add(MessageFacts::write(details)); }
+
+  std::vector<KeptMessage> changes(const std::vector<KeptMessage>& kept, const std::vector<KeptMessage>& told,
+                                   bool isNewer) {
+    return MessageUnion::changes({kept, 100}, {told, isNewer ? 200.0 : 50.0}, texts);
+  }
+
+  // What is kept once `told` was taken in.
+  std::vector<KeptMessage> united(std::vector<KeptMessage> kept, const std::vector<KeptMessage>& told, bool isNewer) {
+    for (const KeptMessage& change : changes(kept, told, isNewer)) {
+      const auto place = std::ranges::find(kept, change.key, &KeptMessage::key);
+      place == kept.end() ? kept.push_back(change) : void(*place = change);
+    }
+    KeptChats::sort(kept);
+    return kept;
+  }
+
+  TextArena texts;
+};
+
+std::vector<std::string_view> textsOf(const std::vector<KeptMessage>& messages) {
+  std::vector<std::string_view> texts;
+  for (const KeptMessage& message : messages) texts.push_back(message.text);
+  return texts;
+}
+
+TEST_F(MessageUnionTest, TheSameAgainChangesNothing) {
+  const std::vector<KeptMessage> told{{.key = 1, .time = 10, .stanzaID = "A", .text = "one"},
+                                      {.key = 2, .time = 20, .text = "two"},
+                                      {.key = 3, .text = "undated"}};
+  const auto kept = united({}, told, true);
+  EXPECT_EQ(kept.size(), 3U);
+  EXPECT_THAT(changes(kept, told, true), IsEmpty());
+  EXPECT_THAT(changes(kept, told, false), IsEmpty());
+}
+
+TEST_F(MessageUnionTest, AMessageIsKnownByItsStanzaUnderAnyKey) {
+  const std::vector<KeptMessage> kept{{.key = 7, .time = 10, .stanzaID = "A", .text = "before"}};
+  const std::vector<KeptMessage> told{{.key = 1, .time = 10, .stanzaID = "A", .text = "edited"}};
+  const auto newer = united(kept, told, true);
+  ASSERT_EQ(newer.size(), 1U);
+  EXPECT_EQ(newer[0].key, 7);
+  EXPECT_EQ(newer[0].text, "edited");
+  EXPECT_EQ(united(kept, told, false)[0].text, "before");
+}
+
+TEST_F(MessageUnionTest, AnotherMessageUnderATakenKeyGetsAFreeOne) {
+  const std::vector<KeptMessage> kept{{.key = 1, .time = 10, .stanzaID = "A", .text = "old phone"}};
+  const std::vector<KeptMessage> told{{.key = 1, .time = 20, .stanzaID = "B", .text = "new phone"},
+                                      {.key = 2, .time = 30, .stanzaID = "C", .text = "and more"}};
+  const auto all = united(kept, told, true);
+  EXPECT_THAT(textsOf(all), ElementsAre("old phone", "new phone", "and more"));
+  EXPECT_EQ(all[1].key, 3) << "the key 2 is wanted by another";
+  EXPECT_EQ(all[2].key, 2);
+  EXPECT_TRUE(all[0].isGone());
+  EXPECT_FALSE(all[1].isGone());
+}
+
+TEST_F(MessageUnionTest, EqualWordsOfOneSecondStayAsManyAsTheyAre) {
+  const KeptMessage first{.key = 1, .time = 10, .text = "ok"};
+  const KeptMessage second{.key = 2, .time = 10, .placeInSecond = 1, .text = "ok"};
+  const auto kept = united({}, {first, second}, true);
+  EXPECT_THAT(textsOf(kept), ElementsAre("ok", "ok"));
+  const KeptMessage oneOfThem{.key = 5, .time = 10, .text = "ok"};
+  EXPECT_EQ(united(kept, {oneOfThem}, true).size(), 2U);
+}
+
+TEST_F(MessageUnionTest, ADeletedMessageKeepsItsWordsInWhateverOrderItIsTold) {
+  const KeptMessage said{.key = 1, .time = 10, .stanzaID = "A", .text = "secret", .medium = 4};
+  const KeptMessage deleted{.key = 1, .time = 10, .stanzaID = "A", .facts = facts({.content = DeletedMessage()})};
+  for (const auto& outcome : {united({said}, {deleted}, true), united({deleted}, {said}, false)}) {
+    ASSERT_EQ(outcome.size(), 1U);
+    EXPECT_EQ(outcome[0].text, "secret");
+    EXPECT_EQ(outcome[0].medium, 4);
+    EXPECT_EQ(outcome[0].facts, "");
+    EXPECT_TRUE(outcome[0].isDeletedLater);
+    EXPECT_FALSE(outcome[0].isGone());
+  }
+}
+
+TEST_F(MessageUnionTest, WhatIsWaitedForOrNotUnderstoodTakesNoWordsPlace) {
+  const KeptMessage said{.key = 1, .time = 10, .stanzaID = "A", .text = "hello"};
+  for (const MessageContent& content : {MessageContent(WaitingMessage()), MessageContent(UnsupportedMessage{99})}) {
+    const KeptMessage little{.key = 1, .time = 10, .stanzaID = "A", .facts = facts({.content = content})};
+    for (const auto& outcome : {united({said}, {little}, true), united({little}, {said}, false)}) {
+      EXPECT_EQ(outcome[0].text, "hello");
+      EXPECT_FALSE(outcome[0].isDeletedLater);
+    }
+    EXPECT_EQ(united({little}, {said}, true)[0].text, "hello") << "what was waited for came";
+  }
+}
+
+TEST_F(MessageUnionTest, AMediumStaysWhenThePhoneHasLostIt) {
+  const KeptMessage whole{.key = 1, .time = 10, .stanzaID = "A", .medium = 4};
+  const KeptMessage lost{
+      .key = 1, .time = 10, .stanzaID = "A", .facts = facts({.content = MissingMedia{.part = MessagePart::video}})};
+  for (const auto& outcome : {united({whole}, {lost}, true), united({lost}, {whole}, false)}) {
+    EXPECT_EQ(outcome[0].medium, 4);
+  }
+}
+
+TEST_F(MessageUnionTest, ReactionsAndMarksAreTheNewerOnes) {
+  const auto liked = facts({.reactions = {{.emoji = "👍"}}, .marks = {.isStarred = true}});
+  const KeptMessage before{.key = 1, .time = 10, .stanzaID = "A", .text = "hi", .facts = liked};
+  const KeptMessage after{.key = 1, .time = 10, .stanzaID = "A", .text = "hi"};
+  EXPECT_EQ(united({before}, {after}, true)[0].facts, "");
+  EXPECT_EQ(united({after}, {before}, false)[0].facts, "");
+  EXPECT_EQ(united({after}, {before}, true)[0].facts, liked);
+}
+
+TEST_F(MessageUnionTest, AQuoteStaysThatTheNewerRecordLacks) {
+  const Quote quote{.stanzaID = "Q", .words = "what?"};
+  const KeptMessage before{.key = 1, .time = 10, .stanzaID = "A", .text = "hi", .facts = facts({.quote = quote})};
+  const KeptMessage after{
+      .key = 1, .time = 10, .stanzaID = "A", .text = "hi", .facts = facts({.reactions = {{.emoji = "👍"}}})};
+  const MessageDetails both = MessageFacts::read(united({before}, {after}, true)[0].facts);
+  EXPECT_EQ(both.quote, quote);
+  EXPECT_EQ(both.reactions.size(), 1U);
+}
+
+TEST_F(MessageUnionTest, WhatANewerBackupLacksIsGoneAndComesBack) {
+  const KeptMessage one{.key = 1, .time = 10, .stanzaID = "A", .text = "one"};
+  const KeptMessage two{.key = 2, .time = 20, .stanzaID = "B", .text = "two"};
+  auto kept = united({one, two}, {two}, true);
+  EXPECT_THAT(textsOf(kept), ElementsAre("one", "two"));
+  EXPECT_TRUE(kept[0].isGone());
+  kept = united(kept, {one, two}, true);
+  EXPECT_FALSE(kept[0].isGone());
+}
+
+TEST_F(MessageUnionTest, WhatOnlyAnOlderBackupHasIsGone) {
+  const KeptMessage one{.key = 1, .time = 10, .stanzaID = "A", .text = "one"};
+  const KeptMessage two{.key = 2, .time = 20, .stanzaID = "B", .text = "two"};
+  const auto kept = united({two}, {one, two}, false);
+  EXPECT_TRUE(kept[0].isGone());
+  EXPECT_FALSE(kept[1].isGone());
+}
+
+TEST_F(MessageUnionTest, MessagesOfOneSecondKeepTheirOrderWhenOneIsGone) {
+  const KeptMessage a{.key = 1, .time = 10, .stanzaID = "A", .text = "a"};
+  const KeptMessage b{.key = 2, .time = 10, .placeInSecond = 1, .stanzaID = "B", .text = "b"};
+  KeptMessage alone = b;
+  alone.placeInSecond = 0;
+  EXPECT_THAT(textsOf(united(united({}, {a, b}, true), {alone}, true)), ElementsAre("a", "b"));
+  EXPECT_THAT(textsOf(united(united({}, {alone}, true), {a, b}, false)), ElementsAre("a", "b"));
+}
+
+TEST_F(MessageUnionTest, WhatAPageToldGivesWayToTheBackup) {
+  const KeptMessage page{.key = 1, .time = 10, .text = "hi", .page = R"({"id":"1","text":"hi"})"};
+  const KeptMessage told{.key = 9, .time = 10.5, .sender = 3, .stanzaID = "A", .text = "hi"};
+  const auto kept = united({page}, {told}, true);
+  ASSERT_EQ(kept.size(), 1U);
+  EXPECT_EQ(kept[0].key, 1);
+  EXPECT_EQ(kept[0].stanzaID, "A");
+  EXPECT_FALSE(kept[0].page);
+}
+
+}  // namespace

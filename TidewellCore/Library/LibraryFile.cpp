@@ -1,0 +1,106 @@
+#include "TidewellCore/Library/LibraryFile.h"
+
+#include <fmt/format.h>
+
+#include <array>
+
+#include "TidewellCore/MakeRoom.h"
+#include "TidewellCore/Platform/Files.h"
+#include "TidewellCore/Platform/PathText.h"
+#include "TidewellCore/TidewellError.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::int64_t applicationID = 0x54574C42;  // "TWLB"; in the header of the file (sqlite.org/fileformat2)
+constexpr std::int64_t schemaVersion = 1;
+
+constexpr std::array schema{
+    "CREATE TABLE owner (jid TEXT PRIMARY KEY NOT NULL) WITHOUT ROWID",
+    "CREATE TABLE export (id INTEGER PRIMARY KEY, at REAL NOT NULL, device TEXT, device_name TEXT, backup_at REAL,"
+    " zone TEXT NOT NULL, locale TEXT NOT NULL)",
+    "CREATE TABLE chat (id INTEGER PRIMARY KEY, jid TEXT NOT NULL UNIQUE, name TEXT NOT NULL, page TEXT NOT NULL UNIQUE,"
+    " partner TEXT NOT NULL, avatar TEXT, gone INTEGER NOT NULL, told_at REAL NOT NULL, told BLOB, changed INTEGER NOT "
+    "NULL)",
+    "CREATE TABLE chat_jid (jid TEXT PRIMARY KEY NOT NULL, chat INTEGER NOT NULL) WITHOUT ROWID",
+    "CREATE TABLE sender (id INTEGER PRIMARY KEY, jid TEXT NOT NULL, name TEXT)",
+    "CREATE TABLE person (jid TEXT PRIMARY KEY NOT NULL, name TEXT, owner INTEGER NOT NULL) WITHOUT ROWID",
+    "CREATE TABLE medium (id INTEGER PRIMARY KEY, path TEXT NOT NULL, folder TEXT, name TEXT, size INTEGER,"
+    " date REAL, kind TEXT NOT NULL, chat TEXT NOT NULL, there INTEGER NOT NULL)",
+    "CREATE TABLE message (chat INTEGER NOT NULL, key INTEGER NOT NULL, time REAL, place INTEGER NOT NULL,"
+    " from_me INTEGER NOT NULL, last_told REAL, deleted_later INTEGER NOT NULL, sender INTEGER, stanza TEXT,"
+    " text TEXT, medium INTEGER, facts TEXT, page TEXT, PRIMARY KEY (chat, key)) WITHOUT ROWID",
+};
+
+std::int64_t numberOf(const SQLiteDB& database, const std::string& pragma) {
+  std::int64_t number = 0;
+  database.forEachRow(pragma, [&](const SQLiteRowView& row) { number = row.integer(0).value_or(0); });
+  return number;
+}
+
+void execute(const SQLiteDB& database, const std::string& sql) {
+  database.forEachRow(sql, [](const SQLiteRowView&) {});
+}
+
+void makeTables(const SQLiteDB& database) {
+  SQLiteTransaction transaction(database);
+  for (const char* statement : schema) execute(database, statement);
+  execute(database, fmt::format("PRAGMA application_id = {}", applicationID));
+  execute(database, fmt::format("PRAGMA user_version = {}", schemaVersion));
+  transaction.commit();
+}
+
+// Whether every table stands as this program makes it; SQLite keeps the words in which it was made.
+bool hasTables(const SQLiteDB& database) {
+  std::size_t found = 0;
+  database.forEachRow("SELECT sql FROM sqlite_master WHERE sql IS NOT NULL", [&](const SQLiteRowView& row) {
+    for (const char* statement : schema) found += row.text(0) == statement ? 1U : 0U;
+  });
+  return found == schema.size();
+}
+
+bool isSound(const SQLiteDB& database) {
+  bool isSound = true;
+  database.forEachRow("PRAGMA quick_check(1)", [&](const SQLiteRowView& row) { isSound = row.text(0) == "ok"; });
+  return isSound;
+}
+
+void requireNotLater(const SQLiteDB& database) {
+  if (numberOf(database, "PRAGMA application_id") != applicationID) return;
+  if (numberOf(database, "PRAGMA user_version") <= schemaVersion) return;
+  throw TidewellError::ioFailure(
+      "A newer version of this program wrote this export’s library. Use that version, or choose another folder.");
+}
+
+SQLiteDB soundDatabase(const fs::path& file) {
+  SQLiteDB database(PathText::text(file), SQLiteDB::OpenMode::kept);
+  requireNotLater(database);
+  const bool isOurs = numberOf(database, "PRAGMA application_id") == applicationID && hasTables(database);
+  if (!isOurs || !isSound(database)) throw SQLiteDamage(TidewellError::InvalidDatabase{"It is no sound library."});
+  return database;
+}
+
+}  // namespace
+
+// One of no bytes is what a power cut leaves of a new one.
+LibraryFile LibraryFile::open(const fs::path& contentRoot) {
+  const fs::path file = contentRoot / fileName;
+  const Files::Kind kind = Files::kindOf(file);
+  if (kind == Files::Kind::file && Files::regularFileSize(file) != 0) return {soundDatabase(file), false};
+  if (kind != Files::Kind::nothing && kind != Files::Kind::file) {
+    throw SQLiteDamage(TidewellError::InvalidDatabase{"It is no file."});
+  }
+  SQLiteDB database(PathText::text(file), SQLiteDB::OpenMode::kept);
+  makeTables(database);
+  return {std::move(database), true};
+}
+
+std::string LibraryFile::setAside(const fs::path& contentRoot) {
+  MakeRoom::at(contentRoot / fileName);
+  MakeRoom::at(contentRoot / journalName);
+  return fmt::format(
+      "This export’s library, “{}”, was damaged and has been set aside. It was made anew from the archive’s pages and "
+      "this backup; what only the library knew may be missing.",
+      fileName);
+}

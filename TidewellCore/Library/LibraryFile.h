@@ -1,0 +1,31 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "TidewellCore/Platform/SQLiteDB.h"
+
+// The one file in which an export keeps all that its backups ever told
+// (docs/formats/library.md). Whoever opens it holds the destination's lock.
+class LibraryFile {
+ public:
+  static constexpr const char* fileName = ".tidewell-archive.sqlite";  // in the content root
+  static constexpr const char* journalName = ".tidewell-archive.sqlite-journal";
+
+  // Makes it where it is missing. Throws SQLiteDamage for one that is damaged or another
+  // program's, TidewellError::ioFailure for one that a later version of this program wrote, and what cannot be
+  // read or written.
+  static LibraryFile open(const std::filesystem::path& contentRoot);
+  // Gives one that will not do another name, with its journal. Returns a sentence for people, in English.
+  static std::string setAside(const std::filesystem::path& contentRoot);
+
+  const SQLiteDB& database() const { return database_; }
+  // Nothing was kept in it yet.
+  bool isNew() const { return isNew_; }
+
+ private:
+  LibraryFile(SQLiteDB database, bool isNew) : database_(std::move(database)), isNew_(isNew) {}
+
+  SQLiteDB database_;
+  bool isNew_ = false;
+};

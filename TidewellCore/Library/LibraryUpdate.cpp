@@ -1,0 +1,234 @@
+#include "TidewellCore/Library/LibraryUpdate.h"
+
+#include <algorithm>
+#include <chrono>
+#include <set>
+
+#include "TidewellCore/Library/MessageUnion.h"
+#include "TidewellCore/Library/ToldChat.h"
+#include "TidewellCore/Library/ToldPeople.h"
+
+namespace {
+
+using Value = SQLiteStatement::Value;
+
+template <typename Number>
+Value valueOf(const std::optional<Number>& value) {
+  return value ? Value(*value) : Value(SQLiteNull{});
+}
+Value valueOf(std::string_view text) { return text.empty() ? Value(SQLiteNull{}) : Value(text); }
+Value valueOf(const std::optional<std::string>& text) {
+  return text ? Value(std::string_view(*text)) : Value(SQLiteNull{});
+}
+
+std::int64_t nextExport(const SQLiteDB& database) {
+  std::int64_t last = 0;
+  database.forEachRow("SELECT max(id) FROM export", [&](const SQLiteRowView& row) { last = row.integer(0).value_or(0); });
+  return last + 1;
+}
+
+double newestBackup(const SQLiteDB& database) {
+  double newest = 0;
+  database.forEachRow("SELECT max(backup_at) FROM export",
+                      [&](const SQLiteRowView& row) { newest = row.number(0).value_or(0); });
+  return newest;
+}
+
+// One taking in, from its first row to its last.
+class Update {
+ public:
+  explicit Update(Library& library)
+      : library_(library),
+        transaction_(library.database()),
+        writeMessage_(library.database(),
+                      "INSERT OR REPLACE INTO message (chat, key, time, place, from_me, last_told, deleted_later, sender,"
+                      " stanza, text, medium, facts, page) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+        export_(nextExport(library.database())),
+        newestBackup_(newestBackup(library.database())),
+        saved_(library.chats()) {}
+
+  void takeEarlier(const LibraryUpdate::EarlierChat& earlier) {
+    const std::vector<std::size_t> known = library_.chatsOf({earlier.chat.jid});
+    const std::size_t place = known.empty() ? library_.add(earlier.chat) : known.front();
+    unite(place, earlier.messages.list, 0);
+    if (known.empty()) touch(place);
+  }
+
+  void take(const LibraryUpdate::Source& source, const CancellationCheck& isCancelled) {
+    backupDate_ = source.backup.backupDate ? unixTime(*source.backup.backupDate) : 0;
+    const bool isNewest = backupDate_ >= newestBackup_;
+    if (ToldPeople::take(source.snapshot, library_.people(), isNewest)) touchAll();
+    takeOwner(source.snapshot);
+    const ToldJIDs told = find(source);
+    for (const auto& [number, jids] : told) {
+      throwIfCancelled(isCancelled);
+      takeChat(source.snapshot, placeOf(number), jids);
+    }
+    for (std::size_t place = 0; place < library_.chats().size(); ++place) {
+      KeptChat& chat = library_.chat(place);
+      const bool isTold = told.contains(chat.id);
+      const bool isGone = isTold ? !isNewest && chat.isGone : isNewest || chat.isGone;
+      if (chat.isGone == isGone) continue;
+      chat.isGone = isGone;
+      touch(place);
+    }
+  }
+
+  void commit(const LibraryUpdate::Source* source) {
+    hasChanged_ |= library_.media().save(library_.database());
+    hasChanged_ |= library_.people().save(library_.database());
+    if (hasChanged_ && source != nullptr) writeExport(*source);
+    saveChats();
+    transaction_.commit();
+  }
+
+ private:
+  // A backup that knows less of people than the library may tell of one chat twice.
+  using ToldJIDs = std::map<std::int64_t, std::vector<CanonicalJID>>;  // by the chat's number
+
+  ToldJIDs find(const LibraryUpdate::Source& source) {
+    std::vector<std::pair<CanonicalJID, std::int64_t>> numbers;
+    for (const CanonicalJID& jid : source.chats) {
+      const std::size_t place = placeOf(source, jid);
+      numbers.emplace_back(jid, library_.chats()[place].id);
+    }
+    ToldJIDs told;
+    for (const auto& [jid, number] : numbers) told[number].push_back(jid);
+    return told;
+  }
+
+  std::size_t placeOf(std::int64_t number) const {
+    return static_cast<std::size_t>(std::ranges::lower_bound(library_.chats(), number, {}, &KeptChat::id) -
+                                    library_.chats().begin());
+  }
+
+  void takeChat(const ChatStorageSnapshot& snapshot, std::size_t place, const std::vector<CanonicalJID>& jids) {
+    ToldChat told = ToldChat::of(snapshot, jids, library_.people(), library_.media());
+    KeptChat& chat = library_.chat(place);
+    if (chat.told == told.digest) return;
+    unite(place, told.messages.list, backupDate_);
+    if (backupDate_ < chat.toldAt) return;
+    const std::string& jid = jids.front().text();
+    chat.told = std::move(told.digest);
+    chat.toldAt = backupDate_;
+    chat.jid = jid;
+    chat.name = snapshot.chatTitle(jid);
+    chat.partner = snapshot.partnerName(jid);
+    touch(place);
+  }
+
+  // Chats that this backup knows for one become one.
+  std::size_t placeOf(const LibraryUpdate::Source& source, const CanonicalJID& jid) {
+    const ChatStorageSnapshot& snapshot = source.snapshot;
+    std::vector<std::string> jids = snapshot.aliasJIDs(jid.text());
+    if (jids.empty()) jids.push_back(jid.text());
+    std::vector<std::size_t> known = library_.chatsOf(jids);
+    if (known.empty()) {
+      known.push_back(library_.add({.jid = jid.text(),
+                                    .name = snapshot.chatTitle(jid.text()),
+                                    .page = source.pageIDOf(jid.text()),
+                                    .partner = snapshot.partnerName(jid.text()),
+                                    .isGone = backupDate_ < newestBackup_}));
+      touch(known.front());
+    }
+    for (; known.size() > 1; known.pop_back()) join(known.back(), known.front());
+    for (const std::string& alias : jids) {
+      if (library_.identify(known.front(), alias)) touch(known.front());
+    }
+    return known.front();
+  }
+
+  void join(std::size_t place, std::size_t other) {
+    const KeptChat joined = library_.chats()[place];
+    const KeptMessages messages = KeptChats::messages(library_.database(), joined.id);
+    unite(other, messages.list, joined.toldAt);
+    library_.joinInto(place, other);
+    library_.chat(other).told.clear();
+    std::erase_if(saved_, [&](const KeptChat& chat) { return chat.id == joined.id; });
+    touch(other);
+  }
+
+  // `toldAt` is the date of the backup that tells the messages.
+  void unite(std::size_t place, const std::vector<KeptMessage>& told, double toldAt) {
+    const std::int64_t chat = library_.chats()[place].id;
+    const double keptAt = library_.chats()[place].toldAt;
+    const KeptMessages kept = KeptChats::messages(library_.database(), chat);
+    TextArena texts;
+    const std::vector<KeptMessage> changes = MessageUnion::changes({kept.list, keptAt}, {told, toldAt}, texts);
+    for (const KeptMessage& message : changes) write(chat, message);
+    if (!changes.empty()) touch(place);
+  }
+
+  void write(std::int64_t chat, const KeptMessage& message) {
+    writeMessage_.run({chat, message.key, valueOf(message.time), message.placeInSecond, std::int64_t{message.isFromMe},
+                       valueOf(message.lastTold), std::int64_t{message.isDeletedLater}, valueOf(message.sender),
+                       valueOf(message.stanzaID), valueOf(message.text), valueOf(message.medium),
+                       valueOf(message.facts), valueOf(message.page)});
+  }
+
+  void takeOwner(const ChatStorageSnapshot& snapshot) {
+    std::set<std::string, std::less<>> known;
+    library_.database().forEachRow("SELECT jid FROM owner",
+                                   [&](const SQLiteRowView& row) { known.emplace(row.text(0).value_or("")); });
+    const SQLiteStatement write(library_.database(), "INSERT INTO owner (jid) VALUES (?)");
+    for (const std::string& jid : snapshot.ownJIDs()) {
+      if (jid.empty() || known.contains(jid)) continue;
+      write.run({std::string_view(jid)});
+      hasChanged_ = true;
+    }
+  }
+
+  void writeExport(const LibraryUpdate::Source& source) {
+    const SQLiteStatement write(library_.database(),
+                                "INSERT INTO export (id, at, device, device_name, backup_at, zone, locale)"
+                                " VALUES (?, ?, ?, ?, ?, ?, ?)");
+    const std::chrono::duration<double> now = std::chrono::system_clock::now().time_since_epoch();
+    write.run({export_, now.count(), valueOf(source.backup.uniqueIdentifier), valueOf(source.backup.deviceName),
+               backupDate_, std::string_view(source.timeZone.identifier), std::string_view(source.locale.identifier)});
+  }
+
+  void touch(std::size_t place) {
+    library_.chat(place).changed = export_;
+    hasChanged_ = true;
+  }
+  void touchAll() {
+    for (std::size_t place = 0; place < library_.chats().size(); ++place) touch(place);
+  }
+
+  void saveChats() {
+    const SQLiteStatement write(
+        library_.database(),
+        "INSERT INTO chat (id, jid, name, page, partner, avatar, gone, told_at, told, changed)"
+        " VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?) ON CONFLICT (id) DO UPDATE SET jid = excluded.jid,"
+        " name = excluded.name, page = excluded.page, partner = excluded.partner, avatar = excluded.avatar,"
+        " gone = excluded.gone, told_at = excluded.told_at, told = excluded.told, changed = excluded.changed");
+    for (const KeptChat& chat : library_.chats()) {
+      const auto saved = std::ranges::find(saved_, chat.id, &KeptChat::id);
+      if (saved != saved_.end() && *saved == chat) continue;
+      write.run({chat.id, std::string_view(chat.jid), std::string_view(chat.name), std::string_view(chat.page),
+                 std::string_view(chat.partner), valueOf(chat.avatar), std::int64_t{chat.isGone}, chat.toldAt,
+                 ByteView(chat.told), chat.changed});
+    }
+  }
+
+  Library& library_;
+  SQLiteTransaction transaction_;
+  SQLiteStatement writeMessage_;
+  const std::int64_t export_;  // the number that this export gets when it changes anything
+  const double newestBackup_;  // the date of the newest backup taken before, in seconds since 1970
+  double backupDate_ = 0;
+  bool hasChanged_ = false;
+  std::vector<KeptChat> saved_;  // the chats as the file has them
+};
+
+}  // namespace
+
+void LibraryUpdate::take(Library& library, const std::vector<EarlierChat>& earlier, const Source& source,
+                         const CancellationCheck& isCancelled) {
+  Update update(library);
+  for (const EarlierChat& chat : earlier) update.takeEarlier(chat);
+  update.take(source, isCancelled);
+  update.commit(&source);
+}
+
+void LibraryUpdate::takeMedia(Library& library) { Update(library).commit(nullptr); }

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "TidewellCore/Backup/BackupInfo.h"
+#include "TidewellCore/ChatData/ChatStorageSnapshot.h"
+#include "TidewellCore/Library/Library.h"
+
+// What one export tells the library, written as one transaction; an export that tells
+// nothing new writes nothing. Throws what the database and a full disk do.
+namespace LibraryUpdate {
+
+struct Source {
+  const ChatStorageSnapshot& snapshot;
+  std::vector<CanonicalJID> chats;  // of the export: those of the snapshot, and those that only files tell of
+  const BackupInfo& backup;
+  TimeZone timeZone;  // of the export
+  Locale locale;
+  std::function<std::string(const std::string& jid)> pageIDOf;  // by which pages are to know a chat, if it is free
+};
+
+// Chats that an earlier program's pages tell of, with what they tell.
+struct EarlierChat {
+  KeptChat chat;
+  KeptMessages messages;
+};
+
+// Takes a backup's chats in, and what the ledger and the people were told meanwhile; `earlier` first. Throws
+// TidewellError::cancelled.
+void take(Library& library, const std::vector<EarlierChat>& earlier, const Source& source,
+          const CancellationCheck& isCancelled);
+
+// Keeps what the ledger was told, and no text.
+void takeMedia(Library& library);
+
+}  // namespace LibraryUpdate

@@ -1,0 +1,112 @@
+#include "TidewellCore/Library/MediaLedger.h"
+
+#include "TidewellCore/Platform/PathText.h"
+
+namespace {
+
+using Value = SQLiteStatement::Value;
+
+KeptMedium mediumOf(const SQLiteRowView& row) {
+  KeptMedium medium{.path = std::string(row.text(1).value_or("")), .size = row.integer(4).value_or(0)};
+  if (row.text(2)) medium.place = ExportPlace{std::string(*row.text(2)), std::string(row.text(3).value_or(""))};
+  if (const auto seconds = row.number(5)) medium.date = dateFromUnixTime(*seconds);
+  medium.kind = MediaKind::fromRawValue(row.text(6).value_or("")).value_or(MediaKind::documents);
+  medium.chatJID = row.text(7).value_or("");
+  medium.isThere = medium.place && row.integer(8) == 1;
+  return medium;
+}
+
+}  // namespace
+
+MediaLedger::MediaLedger(const SQLiteDB& database) {
+  database.forEachRow("SELECT id, path, folder, name, size, date, kind, chat, there FROM medium ORDER BY id",
+                      [this](const SQLiteRowView& row) {
+                        // Numbers are given without gaps; one that stands elsewhere is somebody's change of the file.
+                        if (row.integer(0) != static_cast<std::int64_t>(media_.size())) {
+                          throw SQLiteDamage(TidewellError::InvalidDatabase{
+                              "The media of the library are not numbered as they were."});
+                        }
+                        media_.push_back(mediumOf(row));
+                        newest_.insert_or_assign(media_.back().path, media_.size() - 1);
+                      });
+  isSettled_.resize(media_.size());
+  isUnsaved_.resize(media_.size());
+}
+
+const KeptMedium* MediaLedger::medium(std::int64_t number) const {
+  const bool isThere = number >= 0 && static_cast<std::size_t>(number) < media_.size();
+  return isThere ? &media_[static_cast<std::size_t>(number)] : nullptr;
+}
+
+std::int64_t MediaLedger::enter(std::string_view path) {
+  const auto found = newest_.find(path);
+  if (found != newest_.end()) return static_cast<std::int64_t>(found->second);
+  media_.push_back({.path = std::string(path), .kind = MediaKind::classify(PathText::extension(path))});
+  newest_.insert_or_assign(media_.back().path, media_.size() - 1);
+  touch(media_.size() - 1);
+  return static_cast<std::int64_t>(media_.size() - 1);
+}
+
+void MediaLedger::touch(std::size_t number) {
+  isSettled_.resize(media_.size());
+  isUnsaved_.resize(media_.size());
+  isUnsaved_[number] = true;
+}
+
+// A file of another size under the same path is another file, once one was exported.
+bool MediaLedger::settle(KeptMedium medium) {
+  auto number = static_cast<std::size_t>(enter(medium.path));
+  const KeptMedium& known = media_[number];
+  if (known.place && known.size != medium.size && known.isThere && known.place != medium.place) {
+    media_.push_back({.path = medium.path});
+    number = media_.size() - 1;
+    newest_.insert_or_assign(media_[number].path, number);
+    touch(number);
+  }
+  isSettled_[number] = true;
+  if (media_[number] == medium) return true;
+  // The path's text stays where it is, since it is what the entry is found by.
+  KeptMedium& entry = media_[number];
+  entry.place = std::move(medium.place);
+  entry.size = medium.size;
+  entry.date = medium.date;
+  entry.kind = medium.kind;
+  entry.chatJID = std::move(medium.chatJID);
+  entry.isThere = medium.isThere;
+  touch(number);
+  return false;
+}
+
+bool MediaLedger::review(const std::function<bool(const ExportPlace& place, std::int64_t size)>& isThere) {
+  bool hasChanged = false;
+  for (std::size_t number = 0; number < media_.size(); ++number) {
+    KeptMedium& medium = media_[number];
+    if (isSettled_[number] || !medium.place) continue;
+    const bool stands = isThere(*medium.place, medium.size);
+    if (stands == medium.isThere) continue;
+    medium.isThere = stands;
+    touch(number);
+    hasChanged = true;
+  }
+  return hasChanged;
+}
+
+bool MediaLedger::save(const SQLiteDB& database) {
+  bool isNews = false;
+  const SQLiteStatement write(database,
+                              "INSERT OR REPLACE INTO medium (id, path, folder, name, size, date, kind, chat, there)"
+                              " VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)");
+  for (std::size_t number = 0; number < media_.size(); ++number) {
+    if (!isUnsaved_[number]) continue;
+    const KeptMedium& medium = media_[number];
+    const auto& place = medium.place;
+    write.run({static_cast<std::int64_t>(number), std::string_view(medium.path),
+               place ? Value(std::string_view(place->folder)) : Value(SQLiteNull{}),
+               place ? Value(std::string_view(place->name)) : Value(SQLiteNull{}), medium.size,
+               medium.date ? Value(unixTime(*medium.date)) : Value(SQLiteNull{}), medium.kind.rawValue(),
+               std::string_view(medium.chatJID), std::int64_t{medium.isThere}});
+    isUnsaved_[number] = false;
+    isNews = true;
+  }
+  return isNews;
+}

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "TidewellCore/ExportPlace.h"
+#include "TidewellCore/MediaKind.h"
+#include "TidewellCore/Platform/DateText.h"
+#include "TidewellCore/Platform/SQLiteDB.h"
+
+// A file of the phone, and what it became in the export.
+struct KeptMedium {
+  std::string path;                  // on the phone: "Message/Media/…"
+  std::optional<ExportPlace> place;  // absent for one that was never exported
+  std::int64_t size = 0;             // bytes of the file at its place
+  std::optional<Date> date;          // of its message
+  MediaKind kind = MediaKind::documents;
+  std::string chatJID;    // that it was filed under
+  bool isThere = false;   // it stood at its place when the last export ended
+
+  bool operator==(const KeptMedium&) const = default;
+};
+
+// Which file of the phone became which file of the export. A path that another phone gave
+// to another file has an entry for each.
+class MediaLedger {
+ public:
+  // Reads all of it.
+  explicit MediaLedger(const SQLiteDB& database);
+
+  // Null for a number that no file has.
+  const KeptMedium* medium(std::int64_t number) const;
+  const std::deque<KeptMedium>& media() const { return media_; }
+
+  // The number of the newest entry of a path, which is made when there is none.
+  std::int64_t enter(std::string_view path);
+  // What this export knows of a file. Tells whether that was known.
+  bool settle(KeptMedium medium);
+  // Looks after every entry that was not settled, with `isThere` telling of a place and a size. Tells
+  // whether anything changed.
+  bool review(const std::function<bool(const ExportPlace& place, std::int64_t size)>& isThere);
+
+  // Writes what is new. Tells whether there was anything.
+  bool save(const SQLiteDB& database);
+
+ private:
+  void touch(std::size_t number);
+
+  std::deque<KeptMedium> media_;  // by their numbers; what is entered stays where it is
+  std::unordered_map<std::string_view, std::size_t> newest_;  // by path; of texts in media_
+  std::vector<bool> isSettled_;
+  std::vector<bool> isUnsaved_;
+};

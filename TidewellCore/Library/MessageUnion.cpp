@@ -1,0 +1,209 @@
+#include "TidewellCore/Library/MessageUnion.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <optional>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+
+#include "TidewellCore/Library/MessageFacts.h"
+
+namespace {
+
+// How much a message says: one that says less never takes the place of one that says more.
+enum class Saying { nothing, placeholder, something };
+
+Saying sayingOf(const KeptMessage& message, const MessageContent& content) {
+  if (std::holds_alternative<WaitingMessage>(content) || std::holds_alternative<UnsupportedMessage>(content) ||
+      std::holds_alternative<DeletedMessage>(content)) {
+    return Saying::placeholder;
+  }
+  const bool isSaying =
+      message.page || !message.text.empty() || message.medium || !std::holds_alternative<std::monostate>(content);
+  return isSaying ? Saying::something : Saying::nothing;
+}
+
+// What only says that there is nothing any more.
+bool isLoss(const MessageContent& content) {
+  return std::holds_alternative<MissingMedia>(content) || std::holds_alternative<WaitingMessage>(content) ||
+         std::holds_alternative<DeletedMessage>(content) || std::holds_alternative<UnsupportedMessage>(content);
+}
+
+std::string_view factsOf(const MessageDetails& details, TextArena& texts) {
+  return texts.add(MessageFacts::write(details));
+}
+
+// The newer facts, with what the older ones say that the newer are silent about.
+std::string_view mergedFacts(const KeptMessage& newer, const KeptMessage& older, TextArena& texts) {
+  if (newer.facts == older.facts || older.facts.empty()) return newer.facts;
+  MessageDetails details = MessageFacts::read(newer.facts);
+  MessageDetails before = MessageFacts::read(older.facts);
+  if (std::holds_alternative<std::monostate>(details.content) && !isLoss(before.content)) {
+    details.content = std::move(before.content);
+  }
+  if (!details.quote) details.quote = std::move(before.quote);
+  if (!details.heading) details.heading = std::move(before.heading);
+  return factsOf(details, texts);
+}
+
+// Where the newer record says no more than that something was there, the older one's content stays.
+KeptMessage keptContent(const KeptMessage& newer, const KeptMessage& older) {
+  KeptMessage message = newer;
+  message.text = older.text;
+  message.facts = older.facts;
+  message.page = older.page;
+  if (older.medium) message.medium = older.medium;
+  return message;
+}
+
+using Candidates = std::vector<std::uint32_t>;  // places among the kept messages
+
+// Finds the kept message that a told one is.
+class Finder {
+ public:
+  Finder(std::span<const KeptMessage> kept) : kept_(kept), isFound_(kept.size()) {
+    for (std::uint32_t place = 0; place < kept.size(); ++place) {
+      const KeptMessage& message = kept[place];
+      if (!message.stanzaID.empty()) byStanza_[message.stanzaID].push_back(place);
+      bySecond_[secondOf(message)].push_back(place);
+    }
+  }
+
+  // Each is found once.
+  std::optional<std::uint32_t> find(const KeptMessage& told) {
+    if (const auto place = found(byStanza_, told.stanzaID, told)) return place;
+    return found(bySecond_, secondOf(told), told);
+  }
+
+  bool wasFound(std::uint32_t place) const { return isFound_[place]; }
+
+ private:
+  static double secondOf(const KeptMessage& message) {
+    return message.time ? std::floor(*message.time) : -std::numeric_limits<double>::infinity();
+  }
+
+  template <typename Map, typename Key>
+  std::optional<std::uint32_t> found(const Map& map, const Key& key, const KeptMessage& told) {
+    const auto bucket = map.find(key);
+    if (bucket == map.end()) return std::nullopt;
+    std::optional<std::uint32_t> best;
+    int bestScore = 0;
+    for (const std::uint32_t place : bucket->second) {
+      const int score = isFound_[place] ? 0 : likeness(kept_[place], told);
+      if (score > bestScore) {
+        best = place;
+        bestScore = score;
+      }
+    }
+    if (best) isFound_[*best] = true;
+    return best;
+  }
+
+  static bool hasSameContent(const KeptMessage& a, const KeptMessage& b) {
+    return a.text == b.text && a.facts == b.facts && a.medium == b.medium;
+  }
+
+  // 0 for two messages, more the surer it is that they are one.
+  static int likeness(const KeptMessage& kept, const KeptMessage& told) {
+    const bool haveStanzas = !kept.stanzaID.empty() && !told.stanzaID.empty();
+    if (haveStanzas && kept.stanzaID != told.stanzaID) return 0;
+    if (kept.isFromMe != told.isFromMe && !(kept.page && kept.sender == std::nullopt)) return 0;
+    const int key = kept.key == told.key ? 1 : 0;
+    if (haveStanzas) return 4 + 2 * (secondOf(kept) == secondOf(told) ? 1 : 0) + key;
+    if (hasSameContent(kept, told)) return 2 + key + (kept.sender == told.sender ? 2 : 0);
+    if (key == 1 && (saysLittle(kept) || saysLittle(told))) return 1;
+    return isPageOf(kept, told) ? 1 + key : 0;
+  }
+
+  // Its row is the one of a message that was deleted, or has not arrived yet.
+  static bool saysLittle(const KeptMessage& message) {
+    return sayingOf(message, MessageFacts::read(message.facts).content) != Saying::something;
+  }
+
+  // What an old page tells has words for everything, and one row of the phone has the key that it had.
+  static bool isPageOf(const KeptMessage& page, const KeptMessage& told) {
+    if (!page.page || told.page) return false;
+    return page.key == told.key || (!page.text.empty() && page.text == told.text);
+  }
+
+  std::span<const KeptMessage> kept_;
+  std::vector<bool> isFound_;
+  std::unordered_map<std::string_view, Candidates> byStanza_;
+  std::unordered_map<double, Candidates> bySecond_;
+};
+
+// Keys that no message of the chat has.
+class FreeKeys {
+ public:
+  FreeKeys(std::span<const KeptMessage> kept, std::span<const KeptMessage> told) {
+    for (const KeptMessage& message : kept) take(message.key);
+    for (const KeptMessage& message : told) last_ = std::max(last_, message.key);
+  }
+
+  std::int64_t give(std::int64_t wanted) {
+    if (taken_.contains(wanted)) wanted = ++last_;
+    take(wanted);
+    return wanted;
+  }
+
+ private:
+  void take(std::int64_t key) {
+    taken_.insert(key);
+    last_ = std::max(last_, key);
+  }
+
+  std::unordered_set<std::int64_t> taken_;
+  std::int64_t last_ = 0;
+};
+
+}  // namespace
+
+KeptMessage MessageUnion::merged(const KeptMessage& newer, const KeptMessage& older, TextArena& texts) {
+  const MessageContent content = MessageFacts::read(newer.facts).content;
+  const MessageContent before = older.facts == newer.facts ? content : MessageFacts::read(older.facts).content;
+  const bool isPoorer = sayingOf(newer, content) < sayingOf(older, before);
+  KeptMessage message = isPoorer ? keptContent(newer, older) : newer;
+  if (!isPoorer && !older.page) {
+    if (message.text.empty()) message.text = older.text;
+    message.facts = mergedFacts(newer, older, texts);
+  }
+  if (!message.medium) message.medium = older.medium;
+  message.isDeletedLater |= older.isDeletedLater || (isPoorer && std::holds_alternative<DeletedMessage>(content));
+  message.placeInSecond = std::max(newer.placeInSecond, older.placeInSecond);
+  if (message.stanzaID.empty()) message.stanzaID = older.stanzaID;
+  if (!message.sender && !message.isFromMe) message.sender = older.sender;
+  return message;
+}
+
+std::vector<KeptMessage> MessageUnion::changes(const Side& kept, const Side& told, TextArena& texts) {
+  std::vector<KeptMessage> changed;
+  Finder finder(kept.messages);
+  FreeKeys keys(kept.messages, told.messages);
+  const bool isNewest = told.toldAt >= kept.toldAt || kept.messages.empty();
+  for (const KeptMessage& message : told.messages) {
+    const double toldAt = message.lastTold.value_or(told.toldAt);
+    const auto place = finder.find(message);
+    KeptMessage outcome = message;
+    if (!place) {
+      outcome.key = keys.give(message.key);
+      if (!isNewest) outcome.lastTold = toldAt;
+      changed.push_back(outcome);
+      continue;
+    }
+    const KeptMessage& known = kept.messages[*place];
+    const bool isNewer = toldAt >= known.lastTold.value_or(kept.toldAt);
+    outcome = isNewer || known.page ? merged(message, known, texts) : merged(known, message, texts);
+    outcome.key = known.key;
+    outcome.lastTold = isNewest ? message.lastTold : known.lastTold;
+    if (outcome.lastTold) outcome.lastTold = std::max(toldAt, known.lastTold.value_or(kept.toldAt));
+    if (outcome != known) changed.push_back(outcome);
+  }
+  for (std::uint32_t place = 0; isNewest && place < kept.messages.size(); ++place) {
+    if (finder.wasFound(place) || kept.messages[place].isGone()) continue;
+    changed.push_back(kept.messages[place]);
+    changed.back().lastTold = kept.toldAt;
+  }
+  return changed;
+}

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <span>
+#include <string>
+#include <vector>
+
+#include "TidewellCore/Library/KeptMessage.h"
+#include "TidewellCore/Platform/TextArena.h"
+
+// Brings what two sources tell of one chat together, so that the order in which
+// backups are taken in does not matter.
+namespace MessageUnion {
+
+// Two records of one message: the words, reactions and marks are the newer one's, and
+// nothing that the older one says is lost. `texts` keeps what is put together of both.
+KeptMessage merged(const KeptMessage& newer, const KeptMessage& older, TextArena& texts);
+
+// The messages of a chat, and the date of the newest backup that told of it, in seconds since 1970.
+struct Side {
+  std::span<const KeptMessage> messages;
+  double toldAt = 0;
+};
+
+// Those of both that differ from what is kept, with the keys under which they are to be kept. A message is
+// known by its stanza ID, else by its time, sender and content; one that nothing else tells apart is known by
+// its key. What the newer side lacks is gone. A told key that is taken gives way to a free one.
+std::vector<KeptMessage> changes(const Side& kept, const Side& told, TextArena& texts);
+
+}  // namespace MessageUnion

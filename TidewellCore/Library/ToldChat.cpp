@@ -1,0 +1,148 @@
+#include "TidewellCore/Library/ToldChat.h"
+
+#include <cmath>
+#include <limits>
+#include <unordered_map>
+
+#include "TidewellCore/Crypto/CryptoShim.h"
+#include "TidewellCore/Library/MessageFacts.h"
+#include "TidewellCore/Library/MessageUnion.h"
+
+namespace {
+
+double secondOf(const KeptMessage& message) {
+  return message.time ? std::floor(*message.time) : -std::numeric_limits<double>::infinity();
+}
+
+class Telling {
+ public:
+  Telling(const ChatStorageSnapshot& snapshot, KeptPeople& people, MediaLedger& ledger)
+      : snapshot_(snapshot), people_(people), ledger_(ledger) {}
+
+  void add(const MessageRecord& record) {
+    KeptMessage message{.key = record.pk,
+                        .isFromMe = record.isFromMe,
+                        .stanzaID = record.stanzaID.value_or(""),
+                        .text = record.text.value_or("")};
+    if (record.date) message.time = unixTime(*record.date);
+    if (!record.isFromMe) message.sender = senderOf(record);
+    if (record.mediaLocalPath) message.medium = ledger_.enter(*record.mediaLocalPath);
+    if (const MessageDetails* details = snapshot_.details(record)) {
+      message.facts = told_.texts.add(MessageFacts::write(*details));
+    }
+    take(message, record.chatPK);
+  }
+
+  KeptMessages finish() { return std::move(told_); }
+
+ private:
+  std::int64_t senderOf(const MessageRecord& record) {
+    ChatStorageSnapshot::Sender sender = snapshot_.sender(record);
+    if (lastSender_ && lastSenderIs_ == sender) return *lastSender_;
+    lastSenderIs_ = sender;
+    lastSender_ = people_.enter({.jid = std::move(sender.jid), .name = std::move(sender.name)});
+    return *lastSender_;
+  }
+
+  // Records come in the order of their dates, so those of one second follow one another.
+  void take(KeptMessage& message, std::int64_t record) {
+    auto& list = told_.list;
+    const bool isSameSecond = !list.empty() && secondOf(list.back()) == secondOf(message);
+    message.placeInSecond = isSameSecond ? list.back().placeInSecond + 1 : 0;
+    if (isSameSecond && isTwin(message, record)) return;
+    list.push_back(message);
+    records_.push_back(record);
+  }
+
+  // The same message under the other identity of its chat's person.
+  bool isTwin(const KeptMessage& message, std::int64_t record) {
+    auto& list = told_.list;
+    if (message.stanzaID.empty()) return false;
+    for (std::size_t place = list.size(); place-- > 0 && secondOf(list[place]) == secondOf(message);) {
+      KeptMessage& other = list[place];
+      const bool areRecordsOfOne = other.stanzaID == message.stanzaID && other.isFromMe == message.isFromMe &&
+                                   other.text == message.text && records_[place] != record;
+      if (!areRecordsOfOne || (other.medium && message.medium && other.medium != message.medium)) continue;
+      const std::int64_t atPlace = other.placeInSecond;
+      other = MessageUnion::merged(other, message, told_.texts);
+      other.placeInSecond = atPlace;
+      return true;
+    }
+    return false;
+  }
+
+  const ChatStorageSnapshot& snapshot_;
+  KeptPeople& people_;
+  MediaLedger& ledger_;
+  KeptMessages told_;
+  std::vector<std::int64_t> records_;  // of the chat that each message was read from
+  ChatStorageSnapshot::Sender lastSenderIs_;
+  std::optional<std::int64_t> lastSender_;
+};
+
+// Puts everything behind one another, so that nothing can stand for something else.
+class Digest {
+ public:
+  void add(std::string_view text) {
+    add(static_cast<std::int64_t>(text.size()));
+    bytes_.insert(bytes_.end(), text.begin(), text.end());
+    if (bytes_.size() >= fullSize) fold();
+  }
+  void add(std::int64_t number) { addBytes(&number, sizeof number); }
+  void add(double number) { addBytes(&number, sizeof number); }
+  template <typename Value>
+  void add(const std::optional<Value>& value) {
+    add(std::int64_t{value.has_value()});
+    if (value) add(*value);
+  }
+  Bytes finish() {
+    fold();
+    return std::move(bytes_);
+  }
+
+ private:
+  static constexpr std::size_t fullSize = 1 << 20;
+
+  void addBytes(const void* data, std::size_t size) {
+    const auto* begin = static_cast<const std::uint8_t*>(data);
+    bytes_.insert(bytes_.end(), begin, begin + size);
+  }
+  // What there is gives way to its digest, so that memory holds a megabyte of it.
+  void fold() {
+    const std::array digest = sha256(bytes_);
+    bytes_.assign(digest.begin(), digest.end());
+  }
+
+  Bytes bytes_;
+};
+
+Bytes digestOf(const std::vector<KeptMessage>& messages, std::string_view title, std::string_view partner) {
+  Digest digest;
+  digest.add(title);
+  digest.add(partner);
+  for (const KeptMessage& message : messages) {
+    digest.add(message.key);
+    digest.add(message.time);
+    digest.add(message.placeInSecond * 2 + (message.isFromMe ? 1 : 0));
+    digest.add(message.sender);
+    digest.add(message.stanzaID);
+    digest.add(message.text);
+    digest.add(message.medium);
+    digest.add(message.facts);
+  }
+  return digest.finish();
+}
+
+}  // namespace
+
+ToldChat ToldChat::of(const ChatStorageSnapshot& snapshot, const std::vector<CanonicalJID>& jids, KeptPeople& people,
+                      MediaLedger& ledger) {
+  Telling telling(snapshot, people, ledger);
+  for (const CanonicalJID& jid : jids) {
+    for (const MessageRecord& record : snapshot.messages(jid)) telling.add(record);
+  }
+  ToldChat told{.messages = telling.finish()};
+  const std::string& jid = jids.front().text();
+  told.digest = digestOf(told.messages.list, snapshot.chatTitle(jid), snapshot.partnerName(jid));
+  return told;
+}
