@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "TidewellCore/Library/LibraryFile.h"
+
 namespace ExportTest {
 
 namespace fs = std::filesystem;
@@ -43,6 +45,7 @@ std::map<std::string, std::string> filesBelow(const fs::path& root) {
   std::map<std::string, std::string> files;
   for (const auto& entry : fs::recursive_directory_iterator(root)) {
     if (entry.symlink_status().type() != fs::file_type::regular) continue;
+    if (entry.path().filename() == LibraryFile::fileName) continue;
     files.emplace(entry.path().lexically_relative(root).generic_string(), textOf(entry.path()));
   }
   return files;

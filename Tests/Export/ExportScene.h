@@ -40,7 +40,8 @@ Fixture::MediaFile media(const std::string& jid, const std::string& name, const 
 // Names the two forms of a test that runs with a plain and an encrypted backup.
 std::string encryptionName(const testing::TestParamInfo<bool>& isEncrypted);
 
-// Every regular file below `root` and its bytes, by its path relative to it; hidden ones too.
+// Every regular file below `root` and its bytes, by its path relative to it; hidden ones too, but
+// for libraries, which tell when they were written.
 std::map<std::string, std::string> filesBelow(const std::filesystem::path& root);
 // Every folder below `root`, by its path relative to it.
 std::vector<std::string> foldersBelow(const std::filesystem::path& root);

@@ -100,9 +100,9 @@ TEST(Library, ChatsThatTurnOutToBeOneAreJoined) {
   LibraryScene scene;
   scene.take(snapshotOf({{anaLID, "Ana"}, {ana, "Ana"}}, {{1, 10, "by lid", "A"}, {2, 20, "by phone", "B"}}), 100);
   EXPECT_THAT(scene.library.chats(), SizeIs(2));
-  scene.take(snapshotOf({{anaLID, "Ana"}, {ana, "Ana"}}, {{1, 10, "by lid", "A"}, {2, 30, "later", "C"}}, 1,
-                        {{anaLID, ana}}),
-             200);
+  scene.take(
+      snapshotOf({{anaLID, "Ana"}, {ana, "Ana"}}, {{1, 10, "by lid", "A"}, {2, 30, "later", "C"}}, 1, {{anaLID, ana}}),
+      200);
   scene.reopen();
   EXPECT_THAT(scene.library.chats(), SizeIs(1));
   EXPECT_THAT(scene.texts(ana), ElementsAre("by lid", "by phone", "later"));

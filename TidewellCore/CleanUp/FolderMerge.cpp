@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "TidewellCore/ExportPlace.h"
 #include "TidewellCore/Destination/MergeMove.h"
 #include "TidewellCore/Destination/OwnFiles.h"
+#include "TidewellCore/ExportPlace.h"
 #include "TidewellCore/FileNaming.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"

@@ -8,8 +8,8 @@
 #include <string>
 #include <string_view>
 
-#include "TidewellCore/ExportPlace.h"
 #include "TidewellCore/Destination/FolderAllocator.h"
+#include "TidewellCore/ExportPlace.h"
 #include "TidewellCore/Platform/Cancellation.h"
 #include "TidewellCore/PortableNames.h"
 

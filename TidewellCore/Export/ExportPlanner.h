@@ -11,8 +11,8 @@
 
 #include "TidewellCore/ChatData/ChatStorageSnapshot.h"
 #include "TidewellCore/Destination/DestinationIndex.h"
-#include "TidewellCore/ExportPlace.h"
 #include "TidewellCore/Destination/FolderAllocator.h"
+#include "TidewellCore/ExportPlace.h"
 #include "TidewellCore/MediaKind.h"
 #include "TidewellCore/Platform/Bytes.h"
 

@@ -53,29 +53,29 @@ void requirePlain(std::string_view page) {
 
 std::vector<KeptChat> KeptChats::all(const SQLiteDB& database) {
   std::vector<KeptChat> chats;
-  database.forEachRow(
-      "SELECT id, jid, name, page, partner, avatar, gone, told_at, told, changed FROM chat ORDER BY id",
-      [&](const SQLiteRowView& row) {
-        const auto text = [&](int column) { return std::string(row.text(column).value_or("")); };
-        chats.push_back({.id = row.integer(0).value_or(0),
-                         .jid = text(1),
-                         .name = text(2),
-                         .page = text(3),
-                         .partner = text(4),
-                         .isGone = row.integer(6) == 1,
-                         .toldAt = row.number(7).value_or(0),
-                         .changed = row.integer(9).value_or(0)});
-        requirePlain(chats.back().page);
-        if (row.text(5)) chats.back().avatar = text(5);
-        if (const auto told = row.blob(8)) chats.back().told.assign(told->begin(), told->end());
-      });
+  database.forEachRow("SELECT id, jid, name, page, partner, avatar, gone, told_at, told, changed FROM chat ORDER BY id",
+                      [&](const SQLiteRowView& row) {
+                        const auto text = [&](int column) { return std::string(row.text(column).value_or("")); };
+                        chats.push_back({.id = row.integer(0).value_or(0),
+                                         .jid = text(1),
+                                         .name = text(2),
+                                         .page = text(3),
+                                         .partner = text(4),
+                                         .isGone = row.integer(6) == 1,
+                                         .toldAt = row.number(7).value_or(0),
+                                         .changed = row.integer(9).value_or(0)});
+                        requirePlain(chats.back().page);
+                        if (row.text(5)) chats.back().avatar = text(5);
+                        if (const auto told = row.blob(8)) chats.back().told.assign(told->begin(), told->end());
+                      });
   return chats;
 }
 
 KeptMessages KeptChats::messages(const SQLiteDB& database, std::int64_t chat) {
-  const SQLiteStatement select(database,
-                               "SELECT key, time, place, from_me, last_told, deleted_later, sender, stanza, text, medium,"
-                               " facts, page FROM message WHERE chat = ?");
+  const SQLiteStatement select(
+      database,
+      "SELECT key, time, place, from_me, last_told, deleted_later, sender, stanza, text, medium,"
+      " facts, page FROM message WHERE chat = ?");
   KeptMessages messages;
   select.forEachRow({chat}, Reader(messages));
   sort(messages.list);

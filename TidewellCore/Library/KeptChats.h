@@ -14,10 +14,10 @@
 // A chat as the library keeps it.
 struct KeptChat {
   std::int64_t id = 0;
-  std::string jid;      // canonical, as the newest backup has it
-  std::string name;     // what it is called everywhere
-  std::string page;     // the ID by which pages know it
-  std::string partner;  // whom a chat of two is with, by name; empty where that is nobody known
+  std::string jid;                    // canonical, as the newest backup has it
+  std::string name;                   // what it is called everywhere
+  std::string page;                   // the ID by which pages know it
+  std::string partner;                // whom a chat of two is with, by name; empty where that is nobody known
   std::optional<std::string> avatar;  // from the content root
   bool isGone = false;                // the newest backup lacks it
   double toldAt = 0;                  // the date of the newest backup that tells it, in seconds since 1970

@@ -7,10 +7,10 @@
 // A message as the library keeps it, in no language. Its texts are those of the
 // KeptMessages, or of the snapshot, that it was taken from.
 struct KeptMessage {
-  std::int64_t key = 0;                  // by which pages know it: unique in its chat
-  std::optional<double> time;            // seconds since 1970-01-01T00:00:00Z
-  std::int64_t placeInSecond = 0;        // among those of its chat that were sent within one second
-  bool isFromMe = false;                 // the owner wrote it
+  std::int64_t key = 0;            // by which pages know it: unique in its chat
+  std::optional<double> time;      // seconds since 1970-01-01T00:00:00Z
+  std::int64_t placeInSecond = 0;  // among those of its chat that were sent within one second
+  bool isFromMe = false;           // the owner wrote it
   // The date of the newest backup that tells it, in seconds since 1970; absent where that is the newest of those that
   // tell its chat.
   std::optional<double> lastTold;

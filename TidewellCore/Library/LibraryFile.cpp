@@ -20,7 +20,8 @@ constexpr std::array schema{
     "CREATE TABLE owner (jid TEXT PRIMARY KEY NOT NULL) WITHOUT ROWID",
     "CREATE TABLE export (id INTEGER PRIMARY KEY, at REAL NOT NULL, device TEXT, device_name TEXT, backup_at REAL,"
     " zone TEXT NOT NULL, locale TEXT NOT NULL)",
-    "CREATE TABLE chat (id INTEGER PRIMARY KEY, jid TEXT NOT NULL UNIQUE, name TEXT NOT NULL, page TEXT NOT NULL UNIQUE,"
+    "CREATE TABLE chat (id INTEGER PRIMARY KEY, jid TEXT NOT NULL UNIQUE, name TEXT NOT NULL, page TEXT NOT NULL "
+    "UNIQUE,"
     " partner TEXT NOT NULL, avatar TEXT, gone INTEGER NOT NULL, told_at REAL NOT NULL, told BLOB, changed INTEGER NOT "
     "NULL)",
     "CREATE TABLE chat_jid (jid TEXT PRIMARY KEY NOT NULL, chat INTEGER NOT NULL) WITHOUT ROWID",

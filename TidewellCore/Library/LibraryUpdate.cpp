@@ -23,7 +23,8 @@ Value valueOf(const std::optional<std::string>& text) {
 
 std::int64_t nextExport(const SQLiteDB& database) {
   std::int64_t last = 0;
-  database.forEachRow("SELECT max(id) FROM export", [&](const SQLiteRowView& row) { last = row.integer(0).value_or(0); });
+  database.forEachRow("SELECT max(id) FROM export",
+                      [&](const SQLiteRowView& row) { last = row.integer(0).value_or(0); });
   return last + 1;
 }
 
@@ -40,9 +41,10 @@ class Update {
   explicit Update(Library& library)
       : library_(library),
         transaction_(library.database()),
-        writeMessage_(library.database(),
-                      "INSERT OR REPLACE INTO message (chat, key, time, place, from_me, last_told, deleted_later, sender,"
-                      " stanza, text, medium, facts, page) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+        writeMessage_(
+            library.database(),
+            "INSERT OR REPLACE INTO message (chat, key, time, place, from_me, last_told, deleted_later, sender,"
+            " stanza, text, medium, facts, page) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
         export_(nextExport(library.database())),
         newestBackup_(newestBackup(library.database())),
         saved_(library.chats()) {}

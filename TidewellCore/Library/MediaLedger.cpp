@@ -19,16 +19,16 @@ KeptMedium mediumOf(const SQLiteRowView& row) {
 }  // namespace
 
 MediaLedger::MediaLedger(const SQLiteDB& database) {
-  database.forEachRow("SELECT id, path, folder, name, size, date, kind, chat, there FROM medium ORDER BY id",
-                      [this](const SQLiteRowView& row) {
-                        // Numbers are given without gaps; one that stands elsewhere is somebody's change of the file.
-                        if (row.integer(0) != static_cast<std::int64_t>(media_.size())) {
-                          throw SQLiteDamage(TidewellError::InvalidDatabase{
-                              "The media of the library are not numbered as they were."});
-                        }
-                        media_.push_back(mediumOf(row));
-                        newest_.insert_or_assign(media_.back().path, media_.size() - 1);
-                      });
+  database.forEachRow(
+      "SELECT id, path, folder, name, size, date, kind, chat, there FROM medium ORDER BY id",
+      [this](const SQLiteRowView& row) {
+        // Numbers are given without gaps; one that stands elsewhere is somebody's change of the file.
+        if (row.integer(0) != static_cast<std::int64_t>(media_.size())) {
+          throw SQLiteDamage(TidewellError::InvalidDatabase{"The media of the library are not numbered as they were."});
+        }
+        media_.push_back(mediumOf(row));
+        newest_.insert_or_assign(media_.back().path, media_.size() - 1);
+      });
   isSettled_.resize(media_.size());
   isUnsaved_.resize(media_.size());
 }

@@ -21,8 +21,8 @@ struct KeptMedium {
   std::int64_t size = 0;             // bytes of the file at its place
   std::optional<Date> date;          // of its message
   MediaKind kind = MediaKind::documents;
-  std::string chatJID;    // that it was filed under
-  bool isThere = false;   // it stood at its place when the last export ended
+  std::string chatJID;   // that it was filed under
+  bool isThere = false;  // it stood at its place when the last export ended
 
   bool operator==(const KeptMedium&) const = default;
 };
@@ -52,7 +52,7 @@ class MediaLedger {
  private:
   void touch(std::size_t number);
 
-  std::deque<KeptMedium> media_;  // by their numbers; what is entered stays where it is
+  std::deque<KeptMedium> media_;                              // by their numbers; what is entered stays where it is
   std::unordered_map<std::string_view, std::size_t> newest_;  // by path; of texts in media_
   std::vector<bool> isSettled_;
   std::vector<bool> isUnsaved_;
