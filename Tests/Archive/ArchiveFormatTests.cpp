@@ -78,6 +78,43 @@ TEST(ArchiveFormat, AChangeKeepsDetailsThatItDoesNotKnow) {
   EXPECT_EQ(text(changed(object("{" + rest + R"("sender":"Ana"})"), move)), "{" + rest + R"("sender":"Ben"})");
 }
 
+TEST(ArchiveFormat, TellsWhatBecameOfAMessageAmongItsMarks) {
+  const ArchiveMessage plain{.id = "7", .text = "a", .isDeletedLater = true, .isGone = true};
+  EXPECT_EQ(text(ArchiveFormat::json(plain)),
+            R"({"id":"7","marks":["deletedLater","gone"],"me":false,"sender":"","text":"a"})");
+  EXPECT_EQ(ArchiveFormat::message(ArchiveFormat::json(plain)), plain);
+  EXPECT_FALSE(ArchiveFormat::message(ArchiveFormat::json(plain)).details);
+  for (const bool isDeleted : {false, true}) {
+    ArchiveMessage one = everything;
+    one.isDeletedLater = isDeleted;
+    one.isGone = !isDeleted;
+    EXPECT_EQ(ArchiveFormat::message(ArchiveFormat::json(one)), one);
+  }
+  ArchiveMessage marked = everything;
+  marked.isDeletedLater = marked.isGone = true;
+  const std::vector<std::string> all{"deletedLater", "forwarded", "gif", "gone", "round", "starred", "viewOnce"};
+  EXPECT_EQ(ArchiveFormat::json(marked).at("marks"), Json(Json::Array(all.begin(), all.end())));
+}
+
+TEST(ArchiveFormat, AChangeMaySetAndTakeBackWhatBecameOfAMessage) {
+  const auto lose = [](ArchiveMessage& message) { message.isGone = true; };
+  const auto find = [](ArchiveMessage& message) { message.isGone = false; };
+  const Json::Object there = object(R"({"id":"7","later":1,"marks":["starred"],"text":"a"})");
+  const Json::Object gone = object(R"({"id":"7","later":1,"marks":["gone","starred"],"text":"a"})");
+  EXPECT_EQ(changed(there, lose), gone);
+  EXPECT_EQ(changed(gone, find), there);
+  EXPECT_EQ(changed(gone, lose), std::nullopt);
+  EXPECT_EQ(text(changed(object(R"({"id":"7","marks":["gone"]})"), find)), R"({"id":"7"})");
+}
+
+TEST(ArchiveFormat, AChatThatIsGoneSaysSoInTheList) {
+  EXPECT_EQ(ArchiveFormat::json(ArchiveChatSummary{.isGone = true}).at("gone"), Json(true));
+  EXPECT_FALSE(ArchiveFormat::json(ArchiveChatSummary{}).contains("gone"));
+  EXPECT_FALSE(ArchiveFormat::chatSummary(object(R"({"gone":"yes"})")).isGone);
+  const auto find = [](ArchiveChatSummary& chat) { chat.isGone = false; };
+  EXPECT_EQ(text(changed(object(R"({"gone":true,"id":"1"})"), find)), R"({"id":"1"})");
+}
+
 TEST(ArchiveFormat, ReadsTheChatsAndBlocksThatItWrites) {
   const ArchiveChatSummary chat{.id = "1",
                                 .name = "Ana",
@@ -88,7 +125,8 @@ TEST(ArchiveFormat, ReadsTheChatsAndBlocksThatItWrites) {
                                 .preview = "hi",
                                 .messageCount = 3,
                                 .lastTimestamp = -5,
-                                .avatarRelativePath = "avatars/1.jpeg"};
+                                .avatarRelativePath = "avatars/1.jpeg",
+                                .isGone = true};
   const ArchiveBlock block{.file = "block-1.js", .parts = {{"1", 0, 3}, {"2", 4, 1}}};
   for (const ArchiveChatSummary& each : {chat, ArchiveChatSummary{}}) {
     EXPECT_EQ(ArchiveFormat::chatSummary(ArchiveFormat::json(each)), each);

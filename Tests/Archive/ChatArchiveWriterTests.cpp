@@ -126,6 +126,17 @@ TEST_F(ChatArchiveWriterTest, ListsTheChats) {
   EXPECT_EQ(data("chat-empty.js"), "window.__CHAT_PAYLOAD = {\"messages\":[]};\n");
 }
 
+TEST_F(ChatArchiveWriterTest, TellsInEveryFileWhatThePhoneNoLongerHas) {
+  ArchiveChat gone = chat("1", {{.id = "1", .sender = "Ana", .text = "hi", .isDeletedLater = true, .isGone = true}});
+  gone.isGone = true;
+  write({gone});
+  const std::string others = R"("marks":["deletedLater","gone"],"me":false,"sender":"Ana")";
+  EXPECT_THAT(data("chat-1.js"), HasSubstr(R"({"id":"1",)" + others + R"(,"text":"hi"})"));
+  ASSERT_EQ(blockNames().size(), 1U);
+  EXPECT_THAT(data(blockNames().front()), HasSubstr("\"1\"\t\t\"hi\"\t{" + others + "}"));
+  EXPECT_THAT(data("chats.js"), HasSubstr(R"("gone":true,"group":false,"id":"1")"));
+}
+
 TEST_F(ChatArchiveWriterTest, DescribesTheArchiveInItsLanguage) {
   write({}, portuguese);
   const Json json = archive();
@@ -218,7 +229,7 @@ TEST_F(ChatArchiveWriterTest, KeepsTheDataOfChatsThatAreGone) {
   write({chat("gone", {{.id = "1", .sender = "Ana", .text = "a"}})});
   write({chat("here")});
   EXPECT_THAT(data("chat-gone.js"), HasSubstr("\"text\":\"a\""));
-  EXPECT_THAT(data("chats.js"), Not(HasSubstr("gone")));
+  EXPECT_THAT(data("chats.js"), Not(HasSubstr("chat-gone.js")));
 }
 
 // As a power cut leaves one that was just written.

@@ -8,6 +8,7 @@
 namespace {
 
 using testing::AllOf;
+using testing::ContainsRegex;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
@@ -103,6 +104,28 @@ TEST(TranscriptWriter, ThePageShowsMarksAndTheTextTranscriptHasThemAsTyped) {
   EXPECT_THAT(html(quoting), HasSubstr("<p><span class=\"quoted\" dir=\"auto\">a</span></p>"));
   EXPECT_EQ(count(html(quoting), "<style>"), 2U);
   EXPECT_THAT(text(quoting), HasSubstr("Ana: > a"));
+}
+
+TEST(TranscriptWriter, AMessageDeletedLaterSaysSoInBothLanguages) {
+  ArchiveChat chat = chatOf({{.date = at("2024-05-02T10:00:00Z"), .sender = "Ana", .text = "hi"}});
+  chat.messages.front().isDeletedLater = true;
+  EXPECT_THAT(textOf(chat), HasSubstr("Ana [deleted later]: hi\n"));
+  EXPECT_THAT(pageOf(chat), ContainsRegex("<div class=\"meta\">Ana · 10:00:00.{1,3}AM · deleted later</div>"));
+  const TranscriptStyle portuguese = TranscriptStyle::portuguese();
+  EXPECT_THAT(TranscriptWriter::renderText(chat, portuguese, utc, brazilian), HasSubstr("Ana [apagada depois]: hi\n"));
+  EXPECT_THAT(TranscriptWriter::renderHTML(chat, portuguese, utc, brazilian),
+              HasSubstr("<div class=\"meta\">Ana · 10:00:00 · apagada depois</div>"));
+  chat.messages.front().details = ArchiveDetails{.marks = {.isStarred = true}};
+  EXPECT_THAT(textOf(chat), HasSubstr("Ana [starred] [deleted later]: hi\n"));
+}
+
+TEST(TranscriptWriter, WhatThePhoneNoLongerHasReadsLikeAllElse) {
+  const ArchiveChat there = chatOf(conversation(TranscriptStyle::english()));
+  ArchiveChat gone = there;
+  gone.isGone = true;
+  for (ArchiveMessage& message : gone.messages) message.isGone = true;
+  EXPECT_EQ(textOf(gone), textOf(there));
+  EXPECT_EQ(pageOf(gone), pageOf(there));
 }
 
 TEST(TranscriptWriter, RendersTheGoldenPages) {

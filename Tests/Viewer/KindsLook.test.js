@@ -2,9 +2,10 @@ import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { plainPicture, wav } from './Support/index.js';
 import * as kinds from './Support/kinds.js';
+import { portuguese } from './Support/strings.js';
 import { narrow, open, openChat } from './Support/viewer.js';
 
-const files = { 'Club/a.png': plainPicture, 'Club/round.mp4': wav(1), 'Club/dance.mp4': wav(1) };
+const files = { 'Club/a.png': plainPicture, 'Club/round.mp4': wav(1), 'Club/dance.mp4': wav(1), 'Club/note.opus': wav(7), 'Club/plan.pdf': wav(1) };
 const opened = async (messages, options) => {
   const page = await open([{ name: 'Club', group: true, messages }], { archive: { files }, ...options });
   await openChat(page, 'Club');
@@ -65,6 +66,43 @@ test('On a narrow screen no kind is wider than it, however long its words', asyn
   );
   assert.deepEqual(wide, []);
 });
+
+// Texts of one bubble that lie upon its time.
+const covered = (page) =>
+  page.evaluate(() => {
+    const texts = (bubble, time) =>
+      [...bubble.querySelectorAll('*')]
+        .filter((one) => !time.contains(one) && !one.contains(time) && !one.matches('.bare.with-photo *'))
+        .flatMap((one) => [...one.childNodes].filter((node) => node.nodeType === 3 && node.data.trim()));
+    const boxOf = (node) => {
+      const range = document.createRange();
+      range.selectNodeContents(node);
+      return range.getBoundingClientRect();
+    };
+    const meet = (one, other) =>
+      one.left < other.right && other.left < one.right && one.top + 2 < other.bottom && other.top + 2 < one.bottom;
+    return [...document.querySelectorAll('.time')].flatMap((time) =>
+      texts(time.closest('.bubble, .notice'), time)
+        .filter((node) => meet(boxOf(node), boxOf(time)))
+        .map((node) => node.data),
+    );
+  });
+
+for (const [width, colorScheme] of [
+  [360, 'light'],
+  [1000, 'dark'],
+]) {
+  test(`What stands beside a time can be read and lies upon no words, ${width} pixels wide, ${colorScheme}`, async () => {
+    const page = await opened(kinds.kept(), {
+      archive: { files, strings: portuguese },
+      viewport: { width, height: 2400 },
+      colorScheme,
+    });
+    assert.equal(await page.locator('.deleted-later').count(), 12);
+    assert.deepEqual(await covered(page), []);
+    assert.deepEqual(await faint(page), []);
+  });
+}
 
 test('Every control among the kinds has a name and can be reached by the keyboard', async () => {
   const page = await opened(kinds.gallery(), { viewport: { width: 1000, height: 5200 } });

@@ -6,7 +6,7 @@ import { pathToFileURL } from 'node:url';
 import { makeArchive } from './Support/archive.js';
 import { launch, narrow } from './Support/browser.js';
 import { plainPicture, wav } from './Support/files.js';
-import { gallery } from './Support/kinds.js';
+import { gallery, kept } from './Support/kinds.js';
 
 const [english, portuguese, folder] = process.argv.slice(2);
 const pageOf = (destination) => pathToFileURL(path.join(destination, 'index.html')).href;
@@ -57,9 +57,11 @@ const click = (selector) => (page) => page.locator(selector).click();
 const type = (selector, words) => (page) => page.locator(selector).fill(words);
 
 // Everything that a message can be, from the first one on.
-const everyKind = () => {
-  const files = { 'Club/a.png': plainPicture, 'Club/round.mp4': wav(1), 'Club/dance.mp4': wav(1) };
-  return makeArchive([{ name: 'Club', group: true, messages: gallery() }], { files });
+const everyKind = () => clubOf(gallery());
+const everyKept = () => clubOf(kept(), { gone: true });
+const clubOf = (messages, more = {}) => {
+  const files = { 'Club/a.png': plainPicture, 'Club/round.mp4': wav(1), 'Club/dance.mp4': wav(1), 'Club/note.opus': wav(7), 'Club/plan.pdf': wav(1) };
+  return makeArchive([{ name: 'Club', group: true, messages, ...more }], { files });
 };
 const fromTheFirst = async (page) => {
   await page.locator('#messages').evaluate((view) => (view.scrollTop = 0));
@@ -71,6 +73,8 @@ const scenes = {
   kinds: { archive: everyKind, viewport: tall, steps: [openNamed('Club'), fromTheFirst, (page) => page.locator('.fold').click()] },
   'kinds-narrow': { archive: everyKind, viewport: { ...tall, width: 390 }, steps: [openNamed('Club'), fromTheFirst] },
   'kinds-forced': { archive: everyKind, viewport: tall, forcedColors: 'active', steps: [openNamed('Club'), fromTheFirst] },
+  kept: { archive: everyKept, viewport: { ...tall, height: 2400 }, steps: [openNamed('Club')] },
+  'kept-narrow': { archive: everyKept, viewport: { ...narrow, height: 2400 }, steps: [openNamed('Club')] },
   list: { steps: [] },
   thread: { steps: [openNamed('Marina')] },
   group: { steps: [openNamed('Família'), downTo('Qual fim de semana?')] },

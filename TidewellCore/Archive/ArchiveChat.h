@@ -28,6 +28,8 @@ struct ArchiveMessage {
   std::optional<ArchiveMedia> media;
   std::optional<MediaKind> lostMedium;  // of a file that is not in the export, and that words stand for
   Boxed<ArchiveDetails> details;        // absent for plain texts and files
+  bool isDeletedLater = false;          // its words or file stayed though the phone has deleted it since
+  bool isGone = false;                  // the phone no longer has it
 
   ArchiveKind kind() const { return details ? details->kind : ArchiveKind::none; }
   bool operator==(const ArchiveMessage&) const = default;
@@ -41,6 +43,7 @@ struct ArchiveChat {
   bool isGroup = false;
   std::vector<ArchiveMessage> messages;           // undated first, then oldest first
   std::optional<std::string> avatarRelativePath;  // from the content root
+  bool isGone = false;                            // the phone no longer has the chat
 
   bool operator==(const ArchiveChat&) const = default;
 };

@@ -16,6 +16,7 @@ struct ArchiveChatSummary {
   std::int64_t messageCount = 0;
   std::optional<double> lastTimestamp;  // of the last dated message, in seconds since 1970
   std::optional<std::string> avatarRelativePath;
+  bool isGone = false;  // the phone no longer has the chat
 
   bool operator==(const ArchiveChatSummary&) const = default;
 };

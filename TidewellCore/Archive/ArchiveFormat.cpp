@@ -84,7 +84,7 @@ Json::Object ArchiveFormat::json(const ArchiveMessage& message) {
   if (message.timestamp) json.emplace("ts", wholeSeconds(*message.timestamp));
   if (message.text && !message.text->empty()) json.emplace("text", cleaned(*message.text));
   if (message.media) json.emplace("media", ::json(*message.media));
-  if (message.details) DetailsFormat::write(*message.details, json);
+  DetailsFormat::write(message, json);
   return json;
 }
 
@@ -94,6 +94,7 @@ Json::Object ArchiveFormat::json(const ArchiveChatSummary& chat) {
       {"group", chat.isGroup}, {"preview", chat.preview},    {"count", chat.messageCount}, {"file", chat.dataFile}};
   if (chat.lastTimestamp) json.emplace("lastTs", wholeSeconds(*chat.lastTimestamp));
   if (chat.avatarRelativePath) json.emplace("avatar", *chat.avatarRelativePath);
+  if (chat.isGone) json.emplace("gone", true);
   return json;
 }
 
@@ -117,14 +118,14 @@ Json::Object ArchiveFormat::json(const Description& archive) {
 
 ArchiveMessage ArchiveFormat::message(const Json::Object& json) {
   const auto* medium = member<Json::Object>(json, "media");
-  ArchiveDetails details = DetailsFormat::read(json);
-  return {.id = valueOf<std::string>(json, "id"),
-          .fromMe = valueOf<bool>(json, "me"),
-          .sender = valueOf<std::string>(json, "sender"),
-          .timestamp = timeOf(json, "ts"),
-          .text = textOf(json, "text"),
-          .media = medium ? std::optional(media(*medium)) : std::nullopt,
-          .details = details == ArchiveDetails() ? Boxed<ArchiveDetails>() : std::move(details)};
+  ArchiveMessage message{.id = valueOf<std::string>(json, "id"),
+                         .fromMe = valueOf<bool>(json, "me"),
+                         .sender = valueOf<std::string>(json, "sender"),
+                         .timestamp = timeOf(json, "ts"),
+                         .text = textOf(json, "text"),
+                         .media = medium ? std::optional(media(*medium)) : std::nullopt};
+  DetailsFormat::read(json, message);
+  return message;
 }
 
 ArchiveChatSummary ArchiveFormat::chatSummary(const Json::Object& json) {
@@ -137,7 +138,8 @@ ArchiveChatSummary ArchiveFormat::chatSummary(const Json::Object& json) {
           .preview = valueOf<std::string>(json, "preview"),
           .messageCount = valueOf<std::int64_t>(json, "count"),
           .lastTimestamp = timeOf(json, "lastTs"),
-          .avatarRelativePath = textOf(json, "avatar")};
+          .avatarRelativePath = textOf(json, "avatar"),
+          .isGone = valueOf<bool>(json, "gone")};
 }
 
 ArchiveBlock ArchiveFormat::block(const Json::Object& json) {

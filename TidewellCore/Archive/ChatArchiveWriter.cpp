@@ -138,7 +138,8 @@ ArchiveChatSummary ChatArchiveWriter::summary(const ArchiveChat& chat, const Tra
           .preview = preview(chat.messages.empty() ? nullptr : &chat.messages.back(), style),
           .messageCount = static_cast<std::int64_t>(chat.messages.size()),
           .lastTimestamp = lastDated == chat.messages.rend() ? std::nullopt : lastDated->timestamp,
-          .avatarRelativePath = chat.avatarRelativePath};
+          .avatarRelativePath = chat.avatarRelativePath,
+          .isGone = chat.isGone};
 }
 
 std::string ChatArchiveWriter::preview(const ArchiveMessage* message, const TranscriptStyle& style) {

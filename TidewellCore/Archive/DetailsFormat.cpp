@@ -11,16 +11,27 @@ using JSONMembers::textOf;
 using JSONMembers::textsOf;
 using JSONMembers::valueOf;
 
-struct Mark {
-  std::string_view name;
-  bool MessageMarks::*isSet;
+// All that one list tells: what the phone marked, and what became of the message there.
+struct Marks : MessageMarks {
+  bool isDeletedLater = false;
+  bool isGone = false;
 };
 
-constexpr std::array marks{Mark{"forwarded", &MessageMarks::isForwarded}, Mark{"gif", &MessageMarks::isGIF},
-                           Mark{"round", &MessageMarks::isRound}, Mark{"starred", &MessageMarks::isStarred},
-                           Mark{"viewOnce", &MessageMarks::isViewOnce}};
+struct Mark {
+  std::string_view name;
+  bool Marks::*isSet;
+};
 
-Json::Array json(const MessageMarks& set) {
+constexpr std::array marks{Mark{"deletedLater", &Marks::isDeletedLater},
+                           Mark{"forwarded", &Marks::isForwarded},
+                           Mark{"gif", &Marks::isGIF},
+                           Mark{"gone", &Marks::isGone},
+                           Mark{"round", &Marks::isRound},
+                           Mark{"starred", &Marks::isStarred},
+                           Mark{"viewOnce", &Marks::isViewOnce}};
+
+Json::Array marksOf(const ArchiveMessage& message) {
+  const Marks set{message.details ? message.details->marks : MessageMarks(), message.isDeletedLater, message.isGone};
   Json::Array names;
   for (const Mark& mark : marks) {
     if (set.*mark.isSet) names.emplace_back(mark.name);
@@ -49,8 +60,8 @@ Json::Array json(const std::vector<ArchiveReaction>& reactions) {
   return list;
 }
 
-MessageMarks marksOf(const std::vector<std::string>& names) {
-  MessageMarks set;
+Marks marksOf(const std::vector<std::string>& names) {
+  Marks set;
   for (const Mark& mark : marks) set.*mark.isSet = std::ranges::find(names, mark.name) != names.end();
   return set;
 }
@@ -84,12 +95,9 @@ std::map<std::string, std::string> mentionsOf(const Json::Object& json) {
   return mentions;
 }
 
-}  // namespace
-
-void DetailsFormat::write(const ArchiveDetails& details, Json::Object& message) {
+void writeDetails(const ArchiveDetails& details, Json::Object& message) {
   if (details.kind != ArchiveKind::none) message.emplace("kind", rawValue(details.kind));
   if (!details.info.empty()) message.emplace("info", details.info);
-  if (details.marks != MessageMarks()) message.emplace("marks", json(details.marks));
   if (!details.mentions.empty()) {
     message.emplace("mentions", Json::Object(details.mentions.begin(), details.mentions.end()));
   }
@@ -97,12 +105,28 @@ void DetailsFormat::write(const ArchiveDetails& details, Json::Object& message) 
   if (!details.reactions.empty()) message.emplace("reactions", json(details.reactions));
 }
 
-ArchiveDetails DetailsFormat::read(const Json::Object& message) {
+ArchiveDetails detailsOf(const Json::Object& message, const MessageMarks& set) {
   const auto* quote = member<Json::Object>(message, "quote");
   return {.kind = fromRawValue<ArchiveKind>(valueOf<std::string>(message, "kind")).value_or(ArchiveKind::none),
           .info = valueOf<Json::Object>(message, "info"),
-          .marks = marksOf(textsOf(message, "marks")),
+          .marks = set,
           .mentions = mentionsOf(valueOf<Json::Object>(message, "mentions")),
           .quote = quote ? std::optional(quoteOf(*quote)) : std::nullopt,
           .reactions = reactionsOf(valueOf<Json::Array>(message, "reactions"))};
+}
+
+}  // namespace
+
+void DetailsFormat::write(const ArchiveMessage& message, Json::Object& json) {
+  if (message.details) writeDetails(*message.details, json);
+  Json::Array names = marksOf(message);
+  if (!names.empty()) json.emplace("marks", std::move(names));
+}
+
+void DetailsFormat::read(const Json::Object& json, ArchiveMessage& message) {
+  const Marks set = marksOf(textsOf(json, "marks"));
+  message.isDeletedLater = set.isDeletedLater;
+  message.isGone = set.isGone;
+  ArchiveDetails details = detailsOf(json, set);
+  if (details != ArchiveDetails()) message.details = std::move(details);
 }

@@ -69,12 +69,11 @@ std::string TranscriptDetails::words(const ArchiveMessage& message, const Wordin
 }
 
 std::vector<std::string> TranscriptDetails::marks(const ArchiveMessage& message, const Wording& wording) {
-  if (!message.details) return {};
-  const MessageMarks& set = message.details->marks;
+  const MessageMarks set = message.details ? message.details->marks : MessageMarks();
   const bool hasFile = message.media.has_value();  // what is missing says so in its words
   const std::array marks{std::pair(set.isForwarded, "forwarded"), std::pair(set.isViewOnce, "viewOnce"),
-                         std::pair(set.isGIF && hasFile, "gif"), std::pair(set.isRound && hasFile, "round"),
-                         std::pair(set.isStarred, "starred")};
+                         std::pair(set.isGIF && hasFile, "gif"),  std::pair(set.isRound && hasFile, "round"),
+                         std::pair(set.isStarred, "starred"),     std::pair(message.isDeletedLater, "deletedLater")};
   std::vector<std::string> words;
   for (const auto& [isSet, name] : marks) {
     if (isSet) words.push_back(wording.say(section, name));

@@ -26,7 +26,8 @@ std::optional<std::string> mediaPath(const ArchiveMessage& message, const Archiv
 // elsewhere.
 std::string words(const ArchiveMessage& message, const Wording& wording);
 
-// "forwarded", "view once"
+// "forwarded", "deleted later". That the phone no longer has a message is not told: it would stand on every line of
+// an old year.
 std::vector<std::string> marks(const ArchiveMessage& message, const Wording& wording);
 
 // "in reply to Ana: Makes sense with all…"

@@ -98,3 +98,23 @@ export function gallery() {
   ];
   return said.map((one, index) => ({ ...one, ts: someTime + index * 60 }));
 }
+
+// What the phone deleted after the archive had it: the label stands beside the time of whatever it was.
+export function kept() {
+  const file = (kind, name) => ({ text: undefined, media: media(kind, `Club/${name}`) });
+  const said = [
+    message('Never mind'),
+    mine('Hm', { marks: ['deletedLater', 'gone', 'starred'] }),
+    message('🎉'),
+    mine('', file('photos', 'a.png')),
+    message('', file('stickers', 'a.png')),
+    message('', file('voiceNotes', 'note.opus')),
+    mine('', file('documents', 'plan.pdf')),
+    message('', file('videos', 'dance.mp4')),
+    place(),
+    poll(),
+    call('Missed voice call', { missed: true, video: false }),
+    missing('photo', 'Photo (not in the backup)'),
+  ];
+  return said.map((one, index) => ({ marks: ['deletedLater'], ...one, ts: someTime + index * 60 }));
+}

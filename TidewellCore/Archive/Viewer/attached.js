@@ -72,13 +72,21 @@ const SIGNS = [
   ["starred", "star"],
 ];
 
-// Beside the time; a name for those who cannot see them.
+// Signs beside the time; a name for those who cannot see them.
 function signsOf(message) {
   return SIGNS.filter(([mark]) => hasMark(message, mark)).map(([mark, name]) => {
     const words = text(mark);
     return element("span.sign", { role: "img", "aria-label": words, title: words }, icon(name));
   });
 }
+
+// In words, since no sign says it: the phone deleted the message after it came into the archive.
+function deletedLabel(message) {
+  return hasMark(message, "deletedLater") ? element("span.deleted-later", {}, text("deletedLater") + " ") : null;
+}
+
+// Years of messages may be gone, so they look like all others, and it is told only to who asks.
+const goneHint = (message) => (hasMark(message, "gone") ? text("gone") : null);
 
 // On a video: a GIF moves by itself on phones, and a round one stands in a circle there.
 function videoSign(message) {

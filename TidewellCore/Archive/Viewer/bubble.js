@@ -60,7 +60,7 @@ function article(selector, thread, index, message) {
   const made = element(selector, {
     "aria-posinset": index + 1,
     "aria-setsize": thread.messages.count,
-    "aria-label": [message.sender, hasTime(message.ts) ? formatMoment(message.ts) : ""]
+    "aria-label": [message.sender, hasTime(message.ts) ? formatMoment(message.ts) : "", goneHint(message)]
       .filter(Boolean)
       .join(", "),
   });
@@ -135,9 +135,11 @@ function words(message, query) {
 }
 
 function timeOf(message) {
-  const signs = signsOf(message);
-  if (!hasTime(message.ts)) return signs.length ? [element("span.time", {}, ...signs)] : [];
-  const time = element("time.time", { dir: "ltr", title: formatMoment(message.ts) }, ...signs, formatTime(message.ts));
+  const told = [...signsOf(message), deletedLabel(message)].filter(Boolean);
+  const hint = goneHint(message);
+  if (!hasTime(message.ts)) return told.length ? [element("span.time", { title: hint }, ...told)] : [];
+  const title = [formatMoment(message.ts), hint].filter(Boolean).join("\n");
+  const time = element("time.time", { dir: "ltr", title }, ...told, formatTime(message.ts));
   time.dateTime = dateOf(message.ts).toISOString();
   return [time];
 }

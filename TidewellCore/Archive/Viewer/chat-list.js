@@ -58,8 +58,9 @@ function chatRow(chat) {
       element(
         "span.chat-top",
         {},
-        chat.group ? groupMark() : null,
+        chat.group ? chatMark("group") : null,
         element("span.chat-name", { dir: "auto" }, chat.name || ""),
+        chat.gone === true ? chatMark("gone") : null,
         listDate(chat.lastTs),
       ),
       element("span.chat-preview", { dir: "auto" }, chat.preview || "\u00a0"),
@@ -73,8 +74,8 @@ function listDate(seconds) {
   return element("time", { dateTime: dateOf(seconds).toISOString() }, formatListDate(seconds));
 }
 
-function groupMark() {
-  const mark = element("span.group-mark", { role: "img", "aria-label": text("group"), title: text("group") });
-  mark.append(icon("group"));
-  return mark;
+// A sign beside a chat's name; its text for those who cannot see it.
+function chatMark(name) {
+  const words = text(name);
+  return element("span.chat-mark." + name, { role: "img", "aria-label": words, title: words }, icon(name));
 }

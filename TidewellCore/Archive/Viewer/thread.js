@@ -55,6 +55,7 @@ class Thread {
     byId("thread-sub").textContent = chat.unknown
       ? ""
       : text(chat.group ? "groupCount" : "messageCount", { n: chat.count });
+    show(chat.gone === true, byId("thread-gone"));
     this.view.setAttribute("aria-label", chat.name || text("messages"));
     this.view.setAttribute("aria-busy", "true");
     this.slow = setTimeout(() => this.say(text("loading")), 200);
