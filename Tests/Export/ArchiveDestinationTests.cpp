@@ -11,6 +11,7 @@
 #include "TidewellCore/Archive/ChatArchiveAssets.h"
 #include "TidewellCore/Export/EarlyEnd.h"
 #include "TidewellCore/FileNaming.h"
+#include "TidewellCore/Library/LibraryFile.h"
 #include "TidewellCore/TidewellError.h"
 
 // What an archive meets in its destination, and what it leaves there.
@@ -185,7 +186,8 @@ std::string listing(const fs::path& root) {
       lines[path] = path + "/\n";
       continue;
     }
-    const bool isViewers = name.starts_with("app.") || name == "index.html" || name == "chats.js";
+    const bool isViewers =
+        name == LibraryFile::fileName || name.starts_with("app.") || name == "index.html" || name == "chats.js";
     const bool isDated = FileNaming::hasExportStamp(name) && !name.starts_with("undated");
     const auto modified = static_cast<double>(ExportTest::modified(entry.path()));
     lines[path] = fmt::format("{}  {}  {}\n", path, isViewers ? "-" : std::to_string(entry.file_size()),

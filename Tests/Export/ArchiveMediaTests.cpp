@@ -147,7 +147,7 @@ TEST_P(ArchiveMediaTest, AChatThatIsRenamedKeepsItsFolderAndItsLinks) {
   ExportTest::expectWholeArchive(scene.destination);
 }
 
-TEST(ArchiveMedia, WhatIsLeftOfAChatThatIsGoneStays) {
+TEST(ArchiveMedia, AChatThatIsGoneStaysInTheArchive) {
   Scene scene(talkingBackup());
   auto& app = scene.contents.whatsApp;
   app.files.push_back(Fixture::profilePicture("5511900002222", 1, picture("of Bea")));
@@ -160,7 +160,7 @@ TEST(ArchiveMedia, WhatIsLeftOfAChatThatIsGoneStays) {
   app.files.pop_back();
   scene.write();
   scene.run(everything);
-  EXPECT_THAT(listedNames(scene.content), ElementsAre("Us", "Ana"));
+  EXPECT_THAT(listedNames(scene.content), ElementsAre("Bea", "Us", "Ana"));
   const auto after = filesBelow(scene.content);
   for (const std::string& path : {std::string("_viewer/data/") + beasData, std::string("Bea/_transcript.txt"),
                                   std::string("Bea/_transcript.html"), std::string("Bea/undated_ea5.pdf"),

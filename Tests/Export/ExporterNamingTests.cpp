@@ -3,6 +3,7 @@
 
 #include "Tests/Export/ExportScene.h"
 #include "TidewellCore/Destination/NamingMemory.h"
+#include "TidewellCore/Library/LibraryFile.h"
 
 // Exports into one destination from several time zones and in several languages.
 namespace {
@@ -97,6 +98,7 @@ TEST(ExporterNaming, TheMemoryMovesWithAFlatOlderExport) {
   for (const char* name : {"Ana", "Bea", "Us", "_viewer", ".tidewell-manifest.json", ".tidewell-names.json"}) {
     fs::rename(scene.content / name, scene.destination / name);
   }
+  fs::remove(scene.content / LibraryFile::fileName);
   fs::remove(scene.content);
   EXPECT_EQ(run(scene, tokyo, ExportTest::mediaAlone()).copiedCount, 0);
   EXPECT_FALSE(fs::exists(scene.destination / ".tidewell-names.json"));

@@ -1,4 +1,5 @@
 #include "TidewellCore/Export/Exporter.h"
+#include "TidewellCore/Library/LibraryFile.h"
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
@@ -254,6 +255,10 @@ std::string listing(const fs::path& root) {
     const std::string path = entry.path().lexically_relative(root).generic_string();
     if (entry.is_directory()) {
       lines[path] = path + "/";
+      continue;
+    }
+    if (entry.path().filename() == LibraryFile::fileName) {
+      lines[path] = path + "  -  -";
       continue;
     }
     const bool isDated = !path.ends_with(".json") && path.find("undated") == std::string::npos;

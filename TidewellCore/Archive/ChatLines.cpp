@@ -81,6 +81,8 @@ ArchiveMessage ChatLines::plain(const KeptMessage& message) const {
                                                            .text = copied(message.text)}
                                           : ArchiveFormat::message(*object);
   told.id = std::to_string(message.key);
+  told.isGone = message.isGone();
+  told.isDeletedLater = message.isDeletedLater;
   told.media = mediaOf(message);
   return told;
 }

@@ -87,7 +87,7 @@ struct ShownChat {
 };
 
 // Every chat of the library, without messages, the one with the newest message first.
-std::vector<ShownChat> shownChats(const Library& library, const ExportPlan& plan) {
+std::vector<ShownChat> shownChats(const Library& library, const ExportPlan& plan, const fs::path& contentRoot) {
   const std::vector<KeptChat>& kept = library.chats();
   std::vector<std::string> folders(kept.size());
   for (const PlannedChat& chat : plan.chats) {
@@ -104,7 +104,9 @@ std::vector<ShownChat> shownChats(const Library& library, const ExportPlan& plan
                                .jid = chat.jid,
                                .folder = folders[place],
                                .isGroup = JID::isGroup(chat.jid),
-                               .avatarRelativePath = chat.avatar}});
+                               .isGone = chat.isGone}});
+    const bool hasPicture = chat.avatar && Files::isRegularFile(contentRoot / PathText::path(*chat.avatar));
+    if (hasPicture) chats.back().shown.avatarRelativePath = chat.avatar;
   }
   const std::map<std::int64_t, double> dates = newestDates(library.database());
   std::ranges::stable_sort(chats, std::greater(), [&](const ShownChat& chat) {
@@ -127,7 +129,7 @@ std::int64_t unresolvedLinks(const ArchiveChat& chat, const MediaKinds& kinds) {
 ArchiveExport::Outcome ArchiveExport::write(const Source& source, const Setting& setting, FailureLog& failures,
                                             const CancellationCheck& isCancelled, ProgressReporter& progress) {
   const ChatLines lines(source.library, setting.archive.style);
-  std::vector<ShownChat> shown = shownChats(source.library, source.plan);
+  std::vector<ShownChat> shown = shownChats(source.library, source.plan, setting.archive.contentRoot);
   std::vector<ArchiveChat> chats;
   for (ShownChat& chat : shown) chats.push_back(std::move(chat.shown));
   progress.begin(ExportProgress::Phase::writingTranscripts, static_cast<std::int64_t>(chats.size()));
@@ -146,6 +148,7 @@ ArchiveExport::Outcome ArchiveExport::write(const Source& source, const Setting&
     chat.messages = lines.messages(kept);
     if (!chat.folder.empty()) outcome.transcriptCount += writing.writeTranscripts(chat);
     writing.addTo(archive, chat);
+    if (chat.avatarRelativePath) outcome.pictures.emplace(chat.id, *chat.avatarRelativePath);
     outcome.unresolvedLinkCount += unresolvedLinks(chat, setting.kinds);
     progress.report(chat.folder, ++completed);
     chat.messages = {};

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <map>
+#include <string>
+
 #include "TidewellCore/Archive/ChatArchiveWriter.h"
 #include "TidewellCore/ChatData/BackupSource.h"
 #include "TidewellCore/Export/ExportPlan.h"
@@ -26,7 +29,8 @@ struct Setting {
 struct Outcome {
   std::int64_t transcriptCount = 0;  // files
   std::filesystem::path page;
-  std::int64_t unresolvedLinkCount = 0;  // messages with a medium of a wanted kind that is not in the export
+  std::map<std::string, std::string> pictures;  // of chats, from the content root, by the chat's page ID
+  std::int64_t unresolvedLinkCount = 0;         // messages with a medium of a wanted kind that is not in the export
 };
 
 // Holds one chat's messages in memory at a time. What cannot be written of one

@@ -212,6 +212,7 @@ class Writing {
                                                                  .locale = exporter_.locale,
                                                                  .kinds = job_.options.includedKinds},
                                                                 failures_, control_.isCancelled, progress);
+    LibraryUpdate::takePictures(library_, outcome.pictures);
     summary_.transcriptCount = outcome.transcriptCount;
     summary_.archiveIndexURL = outcome.page;
     summary_.unresolvedArchiveLinkCount = outcome.unresolvedLinkCount;

@@ -5,6 +5,8 @@
 #include <limits>
 #include <tuple>
 
+#include "TidewellCore/FolderNames.h"
+
 namespace {
 
 auto rank(const KeptMessage& message) {
@@ -41,12 +43,21 @@ class Reader {
   KeptMessages& messages_;
 };
 
+bool isPlainName(std::string_view name) {
+  return !name.empty() && name.size() <= 255 &&
+         std::ranges::none_of(name, [](char c) { return c == '/' || c == '\\' || (c >= 0 && c < ' ') || c == 0x7F; });
+}
+
 // Pages are named after it, so one that leads elsewhere is not to be trusted.
 void requirePlain(std::string_view page) {
-  const bool isPlain = !page.empty() && page.size() <= 255 && std::ranges::none_of(page, [](char c) {
-    return c == '/' || c == '\\' || (c >= 0 && c < ' ') || c == 0x7F;
-  });
-  if (!isPlain) throw SQLiteDamage(TidewellError::InvalidDatabase{"A chat of the library has no page of its own."});
+  if (!isPlainName(page))
+    throw SQLiteDamage(TidewellError::InvalidDatabase{"A chat of the library has no page of its own."});
+}
+
+// "avatars/" and a name.
+bool isPicture(std::string_view path) {
+  const std::string folder = std::string(FolderNames::avatars) + "/";
+  return path.starts_with(folder) && isPlainName(path.substr(folder.size()));
 }
 
 }  // namespace
@@ -65,7 +76,7 @@ std::vector<KeptChat> KeptChats::all(const SQLiteDB& database) {
                                          .toldAt = row.number(7).value_or(0),
                                          .changed = row.integer(9).value_or(0)});
                         requirePlain(chats.back().page);
-                        if (row.text(5)) chats.back().avatar = text(5);
+                        if (isPicture(row.text(5).value_or(""))) chats.back().avatar = text(5);
                         if (const auto told = row.blob(8)) chats.back().told.assign(told->begin(), told->end());
                       });
   return chats;

@@ -76,6 +76,13 @@ class Update {
     }
   }
 
+  void takePictures(const std::map<std::string, std::string>& pictures) {
+    for (std::size_t place = 0; place < library_.chats().size(); ++place) {
+      const auto picture = pictures.find(library_.chats()[place].page);
+      if (picture != pictures.end()) library_.chat(place).avatar = picture->second;
+    }
+  }
+
   void commit(const LibraryUpdate::Source* source) {
     hasChanged_ |= library_.media().save(library_.database());
     hasChanged_ |= library_.people().save(library_.database());
@@ -231,6 +238,12 @@ void LibraryUpdate::take(Library& library, const std::vector<EarlierChat>& earli
   for (const EarlierChat& chat : earlier) update.takeEarlier(chat);
   update.take(source, isCancelled);
   update.commit(&source);
+}
+
+void LibraryUpdate::takePictures(Library& library, const std::map<std::string, std::string>& pictures) {
+  Update update(library);
+  update.takePictures(pictures);
+  update.commit(nullptr);
 }
 
 void LibraryUpdate::takeMedia(Library& library) { Update(library).commit(nullptr); }

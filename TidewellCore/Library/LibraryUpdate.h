@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -31,6 +32,9 @@ struct EarlierChat {
 // TidewellError::cancelled.
 void take(Library& library, const std::vector<EarlierChat>& earlier, const Source& source,
           const CancellationCheck& isCancelled);
+
+// Keeps which picture each chat has, from the content root, by the chat's page ID.
+void takePictures(Library& library, const std::map<std::string, std::string>& pictures);
 
 // Keeps what the ledger was told, and no text.
 void takeMedia(Library& library);

@@ -56,6 +56,7 @@ void MediaLedger::touch(std::size_t number) {
 // A file of another size under the same path is another file, once one was exported.
 bool MediaLedger::settle(KeptMedium medium) {
   auto number = static_cast<std::size_t>(enter(medium.path));
+  if (isSettled_[number]) return true;
   const KeptMedium& known = media_[number];
   if (known.place && known.size != medium.size && known.isThere && known.place != medium.place) {
     media_.push_back({.path = medium.path});

@@ -40,7 +40,7 @@ class MediaLedger {
 
   // The number of the newest entry of a path, which is made when there is none.
   std::int64_t enter(std::string_view path);
-  // What this export knows of a file. Tells whether that was known.
+  // What this export knows of a file; of two that have one path, the first counts. Tells whether that was known.
   bool settle(KeptMedium medium);
   // Looks after every entry that was not settled, with `isThere` telling of a place and a size. Tells
   // whether anything changed.

@@ -16,6 +16,37 @@
 #include "TidewellCore/Platform/Text.h"
 #include "TidewellCore/TidewellError.h"
 
+// What is open.
+struct SQLiteConnection {
+  sqlite3* handle = nullptr;
+  std::string path;  // of a file that is kept; empty for any other
+  CancellationCheck isCancelled;
+
+  SQLiteConnection() = default;
+  SQLiteConnection(const SQLiteConnection&) = delete;
+  SQLiteConnection& operator=(const SQLiteConnection&) = delete;
+  ~SQLiteConnection() { sqlite3_close(handle); }
+
+  // Throws what the last call came of: for a file that is kept, what the file system said.
+  [[noreturn]] void fail() const {
+    const int code = sqlite3_errcode(handle);
+    const std::string message = sqlite3_errmsg(handle);
+    if (code == SQLITE_INTERRUPT) throw TidewellError::cancelled();
+    if (code == SQLITE_CORRUPT || code == SQLITE_NOTADB) throw SQLiteDamage(TidewellError::InvalidDatabase{message});
+    const bool isOfFile =
+        code == SQLITE_FULL || code == SQLITE_IOERR || code == SQLITE_CANTOPEN || code == SQLITE_READONLY;
+    if (!path.empty() && isOfFile) throw std::filesystem::filesystem_error(message, PathText::path(path), reason(code));
+    throw TidewellError::invalidDatabase(message);
+  }
+
+ private:
+  std::error_code reason(int code) const {
+    const int said = sqlite3_system_errno(handle);
+    const int otherwise = code == SQLITE_FULL ? ENOSPC : code == SQLITE_READONLY ? EROFS : EIO;
+    return {code == SQLITE_FULL || said == 0 ? otherwise : said, std::generic_category()};
+  }
+};
+
 namespace {
 
 struct Mode {
@@ -99,17 +130,6 @@ void distrust(sqlite3* handle) {
   sqlite3_drop_modules(handle, nullptr);
 }
 
-[[noreturn]] void fail(sqlite3* handle) {
-  const int code = sqlite3_errcode(handle);
-  const std::string message = sqlite3_errmsg(handle);
-  if (code == SQLITE_INTERRUPT) throw TidewellError::cancelled();
-  if (code == SQLITE_FULL) {
-    throw std::filesystem::filesystem_error(message, std::make_error_code(std::errc::no_space_on_device));
-  }
-  if (code == SQLITE_CORRUPT || code == SQLITE_NOTADB) throw SQLiteDamage(TidewellError::InvalidDatabase{message});
-  throw TidewellError::invalidDatabase(message);
-}
-
 std::string_view storedText(sqlite3_stmt* statement, int column) {
   const auto* data = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
   if (data == nullptr) throw std::bad_alloc();
@@ -118,9 +138,9 @@ std::string_view storedText(sqlite3_stmt* statement, int column) {
 
 class Statement {
  public:
-  Statement(sqlite3* handle, const std::string& sql) : handle_(handle) {
-    const int result = sqlite3_prepare_v2(handle, sql.c_str(), -1, &statement_, nullptr);
-    if (result != SQLITE_OK || statement_ == nullptr) fail(handle);
+  Statement(const SQLiteConnection& connection, const std::string& sql) : connection_(connection) {
+    const int result = sqlite3_prepare_v2(connection.handle, sql.c_str(), -1, &statement_, nullptr);
+    if (result != SQLITE_OK || statement_ == nullptr) connection.fail();
   }
   ~Statement() { sqlite3_finalize(statement_); }
   Statement(const Statement&) = delete;
@@ -139,7 +159,7 @@ class Statement {
   // False after the last row.
   bool step() {
     const int result = sqlite3_step(statement_);
-    if (result != SQLITE_ROW && result != SQLITE_DONE) fail(handle_);
+    if (result != SQLITE_ROW && result != SQLITE_DONE) connection_.fail();
     return result == SQLITE_ROW;
   }
 
@@ -158,7 +178,7 @@ class Statement {
 
  private:
   void check(int result) const {
-    if (result != SQLITE_OK) fail(handle_);
+    if (result != SQLITE_OK) connection_.fail();
   }
 
   void readColumn(int column, SQLiteValue& value) const {
@@ -197,7 +217,7 @@ class Statement {
     value = data == nullptr ? Bytes() : Bytes(data, data + size);
   }
 
-  sqlite3* handle_;
+  const SQLiteConnection& connection_;
   sqlite3_stmt* statement_ = nullptr;
 };
 
@@ -354,22 +374,13 @@ std::string_view SQLiteRowView::kept(int column, std::string text) const {
   return made_[place] = std::move(text);
 }
 
-struct SQLiteDB::Connection {
-  sqlite3* handle = nullptr;
-  CancellationCheck isCancelled;
-
-  Connection() = default;
-  Connection(const Connection&) = delete;
-  Connection& operator=(const Connection&) = delete;
-  ~Connection() { sqlite3_close(handle); }
-};
-
 SQLiteDB::SQLiteDB(const std::string& path, OpenMode openMode, const std::optional<std::string>& stage)
-    : connection_(std::make_unique<Connection>()) {
+    : connection_(std::make_unique<SQLiteConnection>()) {
   const Mode mode = modeOf(openMode);
   sqlite3*& handle = connection_->handle;
   if (openMode == OpenMode::writableCopy || openMode == OpenMode::kept) hideSuperJournal(path);
   const int result = sqlite3_open_v2(withoutLinksAbove(path).c_str(), &handle, mode.flags, mode.fileSystem);
+  if (openMode == OpenMode::kept) connection_->path = path;
   if (result != SQLITE_OK) {
     const std::string message =
         handle != nullptr ? sqlite3_errmsg(handle) : fmt::format("SQLite open failed ({})", result);
@@ -393,7 +404,7 @@ void SQLiteDB::cancelWhen(CancellationCheck isCancelled) {
 
 void SQLiteDB::query(const std::string& sql, const std::vector<Bind>& binds, const RowHandler& row) const {
   if (!connection_) throw TidewellError::invalidDatabase("SQLite error");
-  Statement statement(connection_->handle, sql);
+  Statement statement(*connection_, sql);
   int index = 0;
   for (const Bind& value : binds) {
     ++index;
@@ -409,7 +420,7 @@ void SQLiteDB::query(const std::string& sql, const std::vector<Bind>& binds, con
 
 void SQLiteDB::forEachRow(const std::string& sql, const RowViewHandler& row) const {
   if (!connection_) throw TidewellError::invalidDatabase("SQLite error");
-  Statement statement(connection_->handle, sql);
+  Statement statement(*connection_, sql);
   const SQLiteRowView current(statement.get());
   while (statement.step()) row(current);
 }
@@ -438,18 +449,18 @@ std::set<std::string> SQLiteDB::columns(const std::string& table) const {
 }
 
 SQLiteStatement::SQLiteStatement(const SQLiteDB& database, const std::string& sql)
-    : handle_(database.connection_->handle), statement_(nullptr) {
+    : connection_(database.connection_.get()), statement_(nullptr) {
   sqlite3_stmt* statement = nullptr;
-  auto* handle = static_cast<sqlite3*>(handle_);
-  const int result = sqlite3_prepare_v3(handle, sql.c_str(), -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr);
-  if (result != SQLITE_OK || statement == nullptr) fail(handle);
+  const int result =
+      sqlite3_prepare_v3(connection_->handle, sql.c_str(), -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr);
+  if (result != SQLITE_OK || statement == nullptr) connection_->fail();
   statement_ = statement;
 }
 
 SQLiteStatement::~SQLiteStatement() { sqlite3_finalize(statementOf(statement_)); }
 
 SQLiteStatement::SQLiteStatement(SQLiteStatement&& other) noexcept
-    : handle_(other.handle_), statement_(std::exchange(other.statement_, nullptr)) {}
+    : connection_(other.connection_), statement_(std::exchange(other.statement_, nullptr)) {}
 
 void SQLiteStatement::run(std::initializer_list<Value> values) const {
   forEachRow(values, [](const SQLiteRowView&) {});
@@ -457,16 +468,15 @@ void SQLiteStatement::run(std::initializer_list<Value> values) const {
 
 void SQLiteStatement::forEachRow(std::initializer_list<Value> values, const SQLiteDB::RowViewHandler& row) const {
   sqlite3_stmt* statement = statementOf(statement_);
-  auto* handle = static_cast<sqlite3*>(handle_);
   const Rewinder rewinder{statement};
   int index = 0;
   for (const Value& value : values) {
-    if (std::visit(Binder{statement, ++index}, value) != SQLITE_OK) fail(handle);
+    if (std::visit(Binder{statement, ++index}, value) != SQLITE_OK) connection_->fail();
   }
   const SQLiteRowView current(statement);
   int result = sqlite3_step(statement);
   for (; result == SQLITE_ROW; result = sqlite3_step(statement)) row(current);
-  if (result != SQLITE_DONE) fail(handle);
+  if (result != SQLITE_DONE) connection_->fail();
 }
 
 SQLiteTransaction::SQLiteTransaction(const SQLiteDB& database) : database_(database) {

@@ -75,6 +75,8 @@ class SQLiteDamage : public TidewellError {
   using TidewellError::TidewellError;
 };
 
+struct SQLiteConnection;
+
 // One connection to an SQLite file, for one thread at a time. Its own statements are
 // prepared, stepped to their end and finalised within one call. Files that are
 // not ours are distrusted: no views, triggers, virtual tables or extensions, no
@@ -108,7 +110,7 @@ class SQLiteDB {
   // Calls `row` for each result row in the statement's order; the row is good
   // until the handler returns. Parameters are bound in order from the first.
   // Throws TidewellError::invalidDatabase, SQLiteDamage among them, rows already handed over or not;
-  // and what the file system says of a full disk.
+  // and, of a file that is kept, what the file system says.
   void query(const std::string& sql, const std::vector<Bind>& binds, const RowHandler& row) const;
   // The same without a copy of the values.
   void forEachRow(const std::string& sql, const RowViewHandler& row) const;
@@ -127,8 +129,7 @@ class SQLiteDB {
  private:
   friend class SQLiteStatement;
   friend class SQLiteTransaction;
-  struct Connection;
-  std::unique_ptr<Connection> connection_;
+  std::unique_ptr<SQLiteConnection> connection_;
 };
 
 // A statement that is run many times, each time with other values. Must not
@@ -149,7 +150,7 @@ class SQLiteStatement {
   void forEachRow(std::initializer_list<Value> values, const SQLiteDB::RowViewHandler& row) const;
 
  private:
-  void* handle_;     // an sqlite3
+  const SQLiteConnection* connection_;
   void* statement_;  // an sqlite3_stmt
 };
 
