@@ -62,7 +62,8 @@ ExportPlan makePlan(const ExportJob& job, const BackupSource& source, const Dest
   }
   throwIfCancelled(isCancelled);
   const FolderAssignment remembered = FolderManifest::load(job.destination);
-  ExportPlan plan = ExportPlan::make(wish, {.index = index, .remembered = remembered}, source.snapshot, isCancelled);
+  ExportPlan plan =
+      ExportPlan::make(wish, {.index = index, .remembered = remembered, .known = {}}, source.snapshot, isCancelled);
   std::span<const ManifestFile> pictures;
   if (job.options.exportTranscripts) pictures = source.pictures();
   if (auto warning = ExportRequests::warningOfShortFiles(wish.requests, pictures, source.opened)) {
