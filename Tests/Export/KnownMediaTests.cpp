@@ -222,7 +222,7 @@ TEST_F(KnownMediaTest, StaysLinkedWhenThePhoneLostIt) {
   wish.lost = {ofSize(-1, request("x.jpg")), ofSize(-1, request("y.jpg"))};
   const ExportPlan made = plan();
   EXPECT_THAT(placesOf(made.earlier), ElementsAre("Ana/2023-01-01_210000_x.jpg", "Bea/2023-01-01_210000_y.jpg"));
-  EXPECT_EQ(made.earlier[0].sourceSize, 12);
+  EXPECT_EQ(made.earlier.at(0).sourceSize, 12);
 }
 
 TEST_F(KnownMediaTest, WhatIsLinkedIsNotTakenByOneThatIsCalledSoToday) {
@@ -284,6 +284,14 @@ TEST_F(KnownMediaTest, APlaceThatIsNoneLeadsNowhere) {
 TEST_F(KnownMediaTest, AChatsTranscriptIsNoMedium) {
   know(pathOf("x.jpg"), "Ana", FolderNames::textTranscript);
   EXPECT_EQ(copyOf(request("x.jpg")).fate, Fate(Restored()));
+}
+
+TEST_F(KnownMediaTest, AFolderIsFoundByWhatIsKnownToBeInIt) {
+  know(pathOf("x.jpg"), "Ana before she married", "2023-01-01_210000_x.jpg");
+  remembered.clear();
+  const PlannedCopy copy = copyOf(request("x.jpg"));
+  EXPECT_EQ(copy.fate, Fate(Present()));
+  EXPECT_EQ(plan().chats.at(0).folder, "Ana before she married");
 }
 
 TEST_F(KnownMediaTest, AnotherZoneAndLanguageCopyNothingAgain) {

@@ -9,11 +9,16 @@
 
 namespace {
 
-FolderAllocator::PlannedNames namesByChat(const ExportPlan::Wish& wish, NameForm form) {
+using KnownCopies = std::vector<std::optional<KnownMedium>>;
+
+// Of what is known the name that it has, which need not be the one that it would get today.
+FolderAllocator::PlannedNames namesByChat(const ExportPlan::Wish& wish, const KnownCopies& known, NameForm form) {
   FolderAllocator::PlannedNames names;
   for (const CanonicalJID& jid : wish.jidsOfTranscripts) names[jid];
-  for (const ExportPlanner::Request& request : wish.requests) {
-    names[request.chatJID].push_back(PortableNames::inForm(request.desiredName, form));
+  for (std::size_t i = 0; i < wish.requests.size(); ++i) {
+    const ExportPlanner::Request& request = wish.requests[i];
+    names[request.chatJID].push_back(known[i] ? known[i]->place.name
+                                              : PortableNames::inForm(request.desiredName, form));
   }
   return names;
 }
@@ -26,8 +31,6 @@ ChatFolders knownFolders(const std::vector<PlannedChat>& chats) {
   }
   return folders;
 }
-
-using KnownCopies = std::vector<std::optional<KnownMedium>>;
 
 // What is wanted counts as known when its size is the known one, or the backup cannot tell it. Of two requests of one
 // path the one with the size goes first.
@@ -226,7 +229,9 @@ void warnOfUnreadableFolders(ExportPlan& plan, const DestinationIndex& index) {
 ExportPlan ExportPlan::make(const Wish& wish, const Found& found, const ChatStorageSnapshot& snapshot,
                             const CancellationCheck& isCancelled) {
   const auto& [index, remembered, knownMedia] = found;
-  const FolderAllocator::PlannedNames names = namesByChat(wish, index.nameForm);
+  KnownFiles known(knownMedia, index);
+  const KnownCopies ofRequests = takeWanted(wish.requests, known);
+  const FolderAllocator::PlannedNames names = namesByChat(wish, ofRequests, index.nameForm);
   const FolderAssignment persisted = FolderAllocator::expandPersisted(remembered, keysOf(names), snapshot);
   const ChatFolders folders = FolderAllocator::allocate(
       {.exportFileNames = names, .existing = index.mediaNameSets(), .persisted = persisted, .nameForm = index.nameForm},
@@ -240,8 +245,6 @@ ExportPlan ExportPlan::make(const Wish& wish, const Found& found, const ChatStor
   addFormerFolders(leftovers, snapshot, plan.chats);
   const ChatFolders allFolders = knownFolders(plan.chats);
   const std::vector<ExportPlanner::Request> leftOut = ofChatsIn(allFolders, wish.leftOut);
-  KnownFiles known(knownMedia, index);
-  const KnownCopies ofRequests = takeWanted(wish.requests, known);
   const KnownCopies ofLeftOut = takeLinked(leftOut, known);
   const KnownCopies ofLost = takeLinked(wish.lost, known);
   const ExportPlanner::LeftoverFolders formerly = rememberedFolders(plan.chats, index);
