@@ -49,12 +49,12 @@ TEST(ExportPlan, WhatItMovesAwayIsNoEarlierCopyAnyMore) {
   index.addFile("Old", "a.jpg", 10);
   const FolderAssignment remembered{{bea, "Old"}};
   ExportPlan::Wish wish{.leftOut = {request("a.jpg", bea, bea)}};
-  const ExportPlan before = ExportPlan::make(wish, {.index = index, .remembered = remembered}, snapshot);
+  const ExportPlan before = ExportPlan::make(wish, {.index = index, .remembered = remembered, .known = {}}, snapshot);
   ASSERT_EQ(before.earlier.size(), 1U);
   EXPECT_EQ(before.earlier[0].dest, (ExportPlace{.folder = "Old", .name = "a.jpg"}));
 
   wish.requests = {request("a.jpg", ana, bea)};
-  const ExportPlan plan = ExportPlan::make(wish, {.index = index, .remembered = remembered}, snapshot);
+  const ExportPlan plan = ExportPlan::make(wish, {.index = index, .remembered = remembered, .known = {}}, snapshot);
   ASSERT_EQ(plan.copies.size(), 1U);
   EXPECT_EQ(plan.copies[0].fate, movedFrom("Old", "a.jpg"));
   EXPECT_TRUE(plan.earlier.empty());
@@ -71,7 +71,7 @@ TEST(ExportPlan, WarnsOfAChatsFolderThatCannotBeRead) {
   const FolderAssignment remembered{{ana, "Ana"}, {bea, "Bea"}};
   const ExportPlan::Wish wish{.lost = {request("a.jpg", ana, ana)},
                               .jidsOfTranscripts = {canonical(ana), canonical(bea)}};
-  const ExportPlan plan = ExportPlan::make(wish, {.index = index, .remembered = remembered}, snapshot);
+  const ExportPlan plan = ExportPlan::make(wish, {.index = index, .remembered = remembered, .known = {}}, snapshot);
   ASSERT_EQ(plan.warnings.size(), 1U);
   EXPECT_NE(plan.warnings[0].find("“Ana”"), std::string::npos);
 }

@@ -40,6 +40,20 @@ DestinationIndex indexWith(const std::string& folder, const std::vector<std::pai
   return index;
 }
 
+// Where nothing is known of what earlier exports made.
+std::vector<PlannedCopy> planned(const std::vector<Request>& requests, const ChatFolders& folders,
+                                 const LeftoverFolders& leftovers, const DestinationIndex& index,
+                                 const CancellationCheck& isCancelled = {}) {
+  const KnownMedia nothing;
+  return ExportPlanner::plan({.requests = requests, .known = std::vector<std::optional<KnownMedium>>(requests.size())},
+                             {.folders = folders,
+                              .leftovers = leftovers,
+                              .remembered = {},
+                              .index = index,
+                              .knownFiles = KnownFiles(nothing, index)},
+                             isCancelled);
+}
+
 Fate movedFrom(const std::string& folder, const std::string& name) {
   return ExportPlanner::Moved{.from = {.folder = folder, .name = name}};
 }
@@ -47,7 +61,7 @@ Fate movedFrom(const std::string& folder, const std::string& name) {
 TEST(ExportPlanner, PlansACopyForEachRequestInTheirOrder) {
   DestinationIndex index{.destination = "/out/messages"};
   const std::vector<Request> requests{request("b.jpg", 1), request("a.jpg", 2, bea)};
-  const auto plan = ExportPlanner::plan(requests, foldersOf({{ana, "Ana"}, {bea, "Bea"}}), {}, index);
+  const auto plan = planned(requests, foldersOf({{ana, "Ana"}, {bea, "Bea"}}), {}, index);
   ASSERT_EQ(plan.size(), 2U);
   EXPECT_EQ(plan[0], (PlannedCopy{.source = "/backup/b.jpg",
                                   .dest = {.folder = "Ana", .name = "b.jpg"},
@@ -63,14 +77,14 @@ TEST(ExportPlanner, PlansACopyForEachRequestInTheirOrder) {
 
 TEST(ExportPlanner, AFileOfThatNameAndSizeIsThereAlready) {
   DestinationIndex index = indexWith("Ana", {{"2023-01-01_101010_a.jpg", 10}});
-  const auto plan = ExportPlanner::plan({request("2023-01-01_101010_a.jpg", 10)}, foldersOf({{ana, "Ana"}}), {}, index);
+  const auto plan = planned({request("2023-01-01_101010_a.jpg", 10)}, foldersOf({{ana, "Ana"}}), {}, index);
   EXPECT_TRUE(plan[0].alreadyPresent());
   EXPECT_EQ(plan[0].dest.name, "2023-01-01_101010_a.jpg");
 }
 
 TEST(ExportPlanner, AFileOfThatNameAndAnotherSizeIsKeptBesideTheNewCopy) {
   DestinationIndex index = indexWith("Ana", {{"2023-01-01_101010_a.jpg", 11}});
-  const auto plan = ExportPlanner::plan({request("2023-01-01_101010_a.jpg", 10)}, foldersOf({{ana, "Ana"}}), {}, index);
+  const auto plan = planned({request("2023-01-01_101010_a.jpg", 10)}, foldersOf({{ana, "Ana"}}), {}, index);
   EXPECT_FALSE(plan[0].alreadyPresent());
   EXPECT_EQ(plan[0].dest, (ExportPlace{.folder = "Ana", .name = "2023-01-01_101010_a-2.jpg"}));
 }
@@ -78,7 +92,7 @@ TEST(ExportPlanner, AFileOfThatNameAndAnotherSizeIsKeptBesideTheNewCopy) {
 TEST(ExportPlanner, OfTwoEqualRequestsOnlyOneCanBeThereAlready) {
   DestinationIndex index = indexWith("Ana", {{"a.jpg", 10}});
   const std::vector<Request> requests{request("a.jpg", 10), request("a.jpg", 10), request("A.jpg", 10)};
-  const auto plan = ExportPlanner::plan(requests, foldersOf({{ana, "Ana"}}), {}, index);
+  const auto plan = planned(requests, foldersOf({{ana, "Ana"}}), {}, index);
   EXPECT_TRUE(plan[0].alreadyPresent());
   EXPECT_FALSE(plan[1].alreadyPresent());
   EXPECT_EQ(plan[1].dest.name, "a-2.jpg");
@@ -89,13 +103,13 @@ TEST(ExportPlanner, OfTwoEqualRequestsOnlyOneCanBeThereAlready) {
 TEST(ExportPlanner, NamesAreUniqueWithinAFolderOnly) {
   DestinationIndex index{.destination = "/out/messages"};
   const std::vector<Request> requests{request("a.jpg", 1), request("a.jpg", 1, bea)};
-  const auto plan = ExportPlanner::plan(requests, foldersOf({{ana, "Ana"}, {bea, "Bea"}}), {}, index);
+  const auto plan = planned(requests, foldersOf({{ana, "Ana"}, {bea, "Bea"}}), {}, index);
   EXPECT_EQ(plan[1].dest, (ExportPlace{.folder = "Bea", .name = "a.jpg"}));
 }
 
 TEST(ExportPlanner, AnUnknownSizeIsNeverThereAlready) {
   DestinationIndex index = indexWith("Ana", {{"a.jpg", 0}});
-  EXPECT_EQ(ExportPlanner::plan({request("a.jpg", -1)}, foldersOf({{ana, "Ana"}}), {}, index).front().fate,
+  EXPECT_EQ(planned({request("a.jpg", -1)}, foldersOf({{ana, "Ana"}}), {}, index).front().fate,
             Fate(ExportPlanner::Lost()));
 }
 
@@ -104,7 +118,7 @@ TEST(ExportPlanner, TakesAFileOutOfTheChatsFormerFolder) {
   index.addFile("Ana", "a.jpg", 99);
   const LeftoverFolders leftovers{{canonical(ana), {"Gone", "Old"}}};
   const std::vector<Request> requests{request("a.jpg", 10), request("a.jpg", 10)};
-  const auto plan = ExportPlanner::plan(requests, foldersOf({{ana, "Ana"}}), leftovers, index);
+  const auto plan = planned(requests, foldersOf({{ana, "Ana"}}), leftovers, index);
   EXPECT_EQ(plan[0].fate, movedFrom("Old", "a-2.jpg"));
   EXPECT_EQ(plan[0].dest, (ExportPlace{.folder = "Ana", .name = "a-2.jpg"}));
   EXPECT_FALSE(plan[0].alreadyPresent());
@@ -114,8 +128,7 @@ TEST(ExportPlanner, TakesAFileOutOfTheChatsFormerFolder) {
 
 TEST(ExportPlanner, LeavesTheFormerFoldersOfOtherChatsAlone) {
   DestinationIndex index = indexWith("Old", {{"a.jpg", 10}});
-  const auto plan =
-      ExportPlanner::plan({request("a.jpg", 10)}, foldersOf({{ana, "Ana"}}), {{canonical(bea), {"Old"}}}, index);
+  const auto plan = planned({request("a.jpg", 10)}, foldersOf({{ana, "Ana"}}), {{canonical(bea), {"Old"}}}, index);
   EXPECT_EQ(plan[0].fate, Fate(Restored()));
 }
 
@@ -125,10 +138,10 @@ TEST(ExportPlanner, TwentyThousandOfOneNameArePlannedSoonAndAreThereTheNextTime)
     for (int count = 0; count < 20'000; ++count) requests.push_back(request("a.jpg", count % sizes));
     DestinationIndex index{.destination = "/out/messages"};
     const auto begin = std::chrono::steady_clock::now();
-    const auto plan = ExportPlanner::plan(requests, foldersOf({{ana, "Ana"}}), {}, index);
+    const auto plan = planned(requests, foldersOf({{ana, "Ana"}}), {}, index);
     EXPECT_EQ(plan.back().dest.name, "a-20000.jpg");
     for (const PlannedCopy& copy : plan) index.addFile("Ana", copy.dest.name, copy.sourceSize);
-    const auto later = ExportPlanner::plan(requests, foldersOf({{ana, "Ana"}}), {}, index);
+    const auto later = planned(requests, foldersOf({{ana, "Ana"}}), {}, index);
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
     for (std::size_t place = 0; place < plan.size(); ++place) {
       ASSERT_TRUE(later[place].alreadyPresent()) << place;
@@ -140,7 +153,7 @@ TEST(ExportPlanner, TwentyThousandOfOneNameArePlannedSoonAndAreThereTheNextTime)
 TEST(ExportPlanner, NamesFilesInTheFormOfTheDestination) {
   DestinationIndex index{.destination = "/out/messages", .nameForm = NameForm::portable};
   const std::vector<Request> requests{request("what?.jpg", 1), request("what*.jpg", 2)};
-  const auto plan = ExportPlanner::plan(requests, foldersOf({{ana, "Ana"}}), {}, index);
+  const auto plan = planned(requests, foldersOf({{ana, "Ana"}}), {}, index);
   EXPECT_EQ(plan[0].dest.name, "what-.jpg");
   EXPECT_EQ(plan[1].dest.name, "what--2.jpg");
 }
@@ -149,7 +162,7 @@ TEST(ExportPlanner, KnowsAFileInTheOtherFormOfItsName) {
   for (const NameForm form : {NameForm::plain, NameForm::portable}) {
     DestinationIndex index = indexWith("Ana", {{form == NameForm::plain ? "what-.jpg" : "what?.jpg", 10}});
     index.nameForm = form;
-    const auto plan = ExportPlanner::plan({request("what?.jpg", 10)}, foldersOf({{ana, "Ana"}}), {}, index);
+    const auto plan = planned({request("what?.jpg", 10)}, foldersOf({{ana, "Ana"}}), {}, index);
     EXPECT_TRUE(plan[0].alreadyPresent());
   }
 }
@@ -157,7 +170,7 @@ TEST(ExportPlanner, KnowsAFileInTheOtherFormOfItsName) {
 TEST(ExportPlanner, AFileInTheOtherFormIsNotTakenFromTheOneThatIsCalledSo) {
   DestinationIndex index = indexWith("Ana", {{"what-.jpg", 10}});
   const std::vector<Request> requests{request("what?.jpg", 10), request("what-.jpg", 10)};
-  const auto plan = ExportPlanner::plan(requests, foldersOf({{ana, "Ana"}}), {}, index);
+  const auto plan = planned(requests, foldersOf({{ana, "Ana"}}), {}, index);
   EXPECT_FALSE(plan[0].alreadyPresent());
   EXPECT_EQ(plan[0].dest.name, "what?.jpg");
   EXPECT_TRUE(plan[1].alreadyPresent());
@@ -166,7 +179,7 @@ TEST(ExportPlanner, AFileInTheOtherFormIsNotTakenFromTheOneThatIsCalledSo) {
 TEST(ExportPlanner, AFileThatIsCalledLikeAnothersVariantKeepsItsCopy) {
   DestinationIndex index = indexWith("Ana", {{"report-2.pdf", 10}});
   const std::vector<Request> requests{request("report.pdf", 10), request("report-2.pdf", 10)};
-  const auto plan = ExportPlanner::plan(requests, foldersOf({{ana, "Ana"}}), {}, index);
+  const auto plan = planned(requests, foldersOf({{ana, "Ana"}}), {}, index);
   EXPECT_FALSE(plan[0].alreadyPresent());
   EXPECT_EQ(plan[0].dest.name, "report.pdf");
   EXPECT_TRUE(plan[1].alreadyPresent());
@@ -174,8 +187,7 @@ TEST(ExportPlanner, AFileThatIsCalledLikeAnothersVariantKeepsItsCopy) {
 
 TEST(ExportPlanner, MovesAFileInTheOtherFormOutOfTheFormerFolder) {
   DestinationIndex index = indexWith("Old", {{"what-.jpg", 10}});
-  const auto plan =
-      ExportPlanner::plan({request("what?.jpg", 10)}, foldersOf({{ana, "Ana"}}), {{canonical(ana), {"Old"}}}, index);
+  const auto plan = planned({request("what?.jpg", 10)}, foldersOf({{ana, "Ana"}}), {{canonical(ana), {"Old"}}}, index);
   EXPECT_EQ(plan[0].fate, movedFrom("Old", "what-.jpg"));
   EXPECT_EQ(plan[0].dest.name, "what?.jpg");
 }
@@ -185,7 +197,7 @@ TEST(ExportPlanner, CanBeCancelled) {
   DestinationIndex index;
   EXPECT_THAT(
       [&] {
-        ExportPlanner::plan(requests, foldersOf({{ana, "Ana"}}), {}, index, [] { return true; });
+        planned(requests, foldersOf({{ana, "Ana"}}), {}, index, [] { return true; });
       },
       Fixture::failsWith(TidewellError::cancelled()));
 }

@@ -76,9 +76,12 @@ bool DestinationIndex::contains(std::string_view relativePath) const {
 
 std::optional<ExportPlace> DestinationIndex::place(std::string_view folder, std::string_view name) const {
   const FileEntry* entry = file(folder, name);
-  if (entry == nullptr) return std::nullopt;
+  return entry == nullptr ? std::nullopt : std::optional(placeOf(folder, *entry));
+}
+
+ExportPlace DestinationIndex::placeOf(std::string_view folder, const FileEntry& file) const {
   const std::string asGiven(folder);
-  return ExportPlace{.folder = filesByFolder.contains(asGiven) ? asGiven : *diskFolder(folder), .name = entry->name};
+  return {.folder = filesByFolder.contains(asGiven) ? asGiven : *diskFolder(folder), .name = file.name};
 }
 
 std::optional<fs::path> DestinationIndex::url(std::string_view folder, std::string_view name) const {

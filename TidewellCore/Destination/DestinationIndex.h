@@ -46,6 +46,8 @@ struct DestinationIndex {
   bool contains(std::string_view relativePath) const;
   // As it is spelt on disk.
   std::optional<ExportPlace> place(std::string_view folder, std::string_view file) const;
+  // Of one that `file` found in this folder.
+  ExportPlace placeOf(std::string_view folder, const FileEntry& file) const;
   std::optional<std::filesystem::path> url(std::string_view folder, std::string_view file) const;
 
   void addFile(const std::string& folder, const std::string& name, std::int64_t size);

@@ -15,8 +15,9 @@ int digitsOf(int number) { return static_cast<int>(fmt::formatted_size("{}", num
 
 }  // namespace
 
-EarlierCopies::EarlierCopies(const DestinationIndex::Files& files) {
+EarlierCopies::EarlierCopies(const DestinationIndex::Files& files, const IsTaken& isTaken) {
   for (const auto& [key, file] : files) {
+    if (isTaken && isTaken(file)) continue;
     Copy& copy = byKey_.emplace(key, Copy{.name = file.name, .size = file.size}).first->second;
     for (const auto& [family, number] : NameFamily::readings(key)) {
       const int digits = digitsOf(number);

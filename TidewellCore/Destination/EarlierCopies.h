@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -13,8 +14,10 @@
 // which is taken once. In any number they are found without being tried in turn.
 class EarlierCopies {
  public:
-  // Keeps nothing of `files`.
-  explicit EarlierCopies(const DestinationIndex::Files& files);
+  using IsTaken = std::function<bool(const DestinationIndex::FileEntry& file)>;
+
+  // Keeps nothing of `files`, and leaves out those that were taken before.
+  explicit EarlierCopies(const DestinationIndex::Files& files, const IsTaken& isTaken = {});
 
   // Takes the copy of that very name, when it has this size and was not taken.
   std::optional<std::string> takeItself(std::string_view desired, std::int64_t size);

@@ -9,11 +9,16 @@
 
 namespace {
 
-FolderAllocator::PlannedNames namesByChat(const ExportPlan::Wish& wish, NameForm form) {
+using KnownCopies = std::vector<std::optional<KnownMedium>>;
+
+// Of what is known the name that it has, which need not be the one that it would get today.
+FolderAllocator::PlannedNames namesByChat(const ExportPlan::Wish& wish, const KnownCopies& known, NameForm form) {
   FolderAllocator::PlannedNames names;
   for (const CanonicalJID& jid : wish.jidsOfTranscripts) names[jid];
-  for (const ExportPlanner::Request& request : wish.requests) {
-    names[request.chatJID].push_back(PortableNames::inForm(request.desiredName, form));
+  for (std::size_t i = 0; i < wish.requests.size(); ++i) {
+    const ExportPlanner::Request& request = wish.requests[i];
+    names[request.chatJID].push_back(known[i] ? known[i]->place.name
+                                              : PortableNames::inForm(request.desiredName, form));
   }
   return names;
 }
@@ -27,6 +32,34 @@ ChatFolders knownFolders(const std::vector<PlannedChat>& chats) {
   return folders;
 }
 
+// What is wanted counts as known when its size is the known one, or the backup cannot tell it. Of two requests of one
+// path the one with the size goes first.
+KnownCopies takeWanted(const std::vector<ExportPlanner::Request>& requests, KnownFiles& known) {
+  KnownCopies copies(requests.size());
+  for (const bool isLost : {false, true}) {
+    for (std::size_t i = 0; i < requests.size(); ++i) {
+      const ExportPlanner::Request& request = requests[i];
+      if ((request.sourceSize < 0) != isLost) continue;
+      copies[i] = known.take(request.relativePath, isLost ? std::nullopt : std::optional(request.sourceSize));
+    }
+  }
+  return copies;
+}
+
+// What is only linked may have got another size on the phone since.
+KnownCopies takeLinked(const std::vector<ExportPlanner::Request>& requests, KnownFiles& known) {
+  KnownCopies copies;
+  copies.reserve(requests.size());
+  for (const ExportPlanner::Request& request : requests) copies.push_back(known.take(request.relativePath));
+  return copies;
+}
+
+std::vector<ExportPlanner::Request> ofChatsIn(const ChatFolders& folders,
+                                              std::vector<ExportPlanner::Request> requests) {
+  std::erase_if(requests, [&](const ExportPlanner::Request& request) { return !folders.contains(request.chatJID); });
+  return requests;
+}
+
 // What an earlier export copied is there wherever it stands; it is to be moved by one that wants it.
 bool isThere(ExportPlanner::PlannedCopy& copy) {
   if (const auto* moved = std::get_if<ExportPlanner::Moved>(&copy.fate)) {
@@ -37,15 +70,10 @@ bool isThere(ExportPlanner::PlannedCopy& copy) {
 }
 
 // Those of the requests that an earlier export carried out.
-std::vector<ExportPlanner::PlannedCopy> carriedOutBefore(std::vector<ExportPlanner::Request> requests,
-                                                         const std::vector<PlannedChat>& chats,
-                                                         const ExportPlanner::LeftoverFolders& leftovers,
-                                                         const DestinationIndex& index,
+std::vector<ExportPlanner::PlannedCopy> carriedOutBefore(const ExportPlanner::Task& task,
+                                                         const ExportPlanner::Ground& ground,
                                                          const CancellationCheck& isCancelled) {
-  const ChatFolders folders = knownFolders(chats);
-  std::erase_if(requests, [&](const ExportPlanner::Request& request) { return !folders.contains(request.chatJID); });
-  std::vector<ExportPlanner::PlannedCopy> copies =
-      ExportPlanner::plan(requests, folders, leftovers, index, isCancelled);
+  std::vector<ExportPlanner::PlannedCopy> copies = ExportPlanner::plan(task, ground, isCancelled);
   std::erase_if(copies, [](ExportPlanner::PlannedCopy& copy) { return !isThere(copy); });
   return copies;
 }
@@ -95,27 +123,41 @@ std::map<CanonicalJID, std::vector<std::string>> foldersToSearch(const std::vect
   return folders;
 }
 
-// A lost file's size is not known, so its copy is the one of the very name that
-// an export gives it, unless that is another's.
-void addCopiesOfLostFiles(ExportPlan& plan, const std::vector<ExportPlanner::Request>& lost,
-                          const DestinationIndex& index) {
+// Takes the first of a lost file's name that is not taken.
+std::optional<KnownMedium> takeByName(const std::vector<std::string>& folders, std::string_view name,
+                                      const DestinationIndex& index, std::set<ExportPlace>& taken) {
+  for (const std::string& folder : folders) {
+    const auto place = copyOfLostFile(index, folder, name);
+    if (!place || !taken.insert(keyOf(*place)).second) continue;
+    return KnownMedium{.place = *place, .size = index.file(place->folder, place->name)->size};
+  }
+  return std::nullopt;
+}
+
+// A lost file's size is not known, so its copy is the one that is known, else
+// the one of the very name that an export gives it, unless that is another's.
+void addCopiesOfLostFiles(ExportPlan& plan, const ExportPlanner::Task& lost, const ExportPlanner::Ground& ground) {
   const auto folders = foldersToSearch(plan.chats);
   std::set<ExportPlace> taken = placesOf(plan);
-  for (const ExportPlanner::Request& request : lost) {
+  for (const auto& known : lost.known) {
+    if (known) taken.insert(keyOf(known->place));
+  }
+  for (std::size_t i = 0; i < lost.requests.size(); ++i) {
+    const ExportPlanner::Request& request = lost.requests[i];
     const auto search = folders.find(request.chatJID);
     if (search == folders.end()) continue;
-    for (const std::string& folder : search->second) {
-      const auto place = copyOfLostFile(index, folder, request.desiredName);
-      if (!place || !taken.insert(keyOf(*place)).second) continue;
-      plan.earlier.push_back({.dest = *place,
-                              .date = request.date,
-                              .relativePath = request.relativePath,
-                              .chatJID = request.chatJID,
-                              .kind = request.kind,
-                              .sourceSize = index.file(place->folder, place->name)->size,
-                              .fate = ExportPlanner::Present()});
-      break;
-    }
+    std::optional<KnownMedium> copy = lost.known[i];
+    // The plan has it already where the file is in the backup and cannot be restored.
+    if (!copy && ground.knownFiles.hasTaken(request.relativePath)) continue;
+    if (!copy) copy = takeByName(search->second, request.desiredName, ground.index, taken);
+    if (!copy) continue;
+    plan.earlier.push_back({.dest = copy->place,
+                            .date = request.date,
+                            .relativePath = request.relativePath,
+                            .chatJID = request.chatJID,
+                            .kind = request.kind,
+                            .sourceSize = copy->size,
+                            .fate = ExportPlanner::Present()});
   }
 }
 
@@ -154,6 +196,17 @@ void addFormerFolders(const ExportPlanner::LeftoverFolders& leftovers, const Cha
   }
 }
 
+// As they are spelt on disk.
+ExportPlanner::LeftoverFolders rememberedFolders(const std::vector<PlannedChat>& chats, const DestinationIndex& index) {
+  ExportPlanner::LeftoverFolders folders;
+  for (const PlannedChat& chat : chats) {
+    for (const auto& [jid, name] : chat.remembered) {
+      if (auto folder = index.diskFolder(name)) folders[chat.jid].push_back(std::move(*folder));
+    }
+  }
+  return folders;
+}
+
 // What stands in such a folder is not known, so that nothing there is linked which the backup does not hold.
 void warnOfUnreadableFolders(ExportPlan& plan, const DestinationIndex& index) {
   std::set<std::string> folders;
@@ -175,8 +228,10 @@ void warnOfUnreadableFolders(ExportPlan& plan, const DestinationIndex& index) {
 
 ExportPlan ExportPlan::make(const Wish& wish, const Found& found, const ChatStorageSnapshot& snapshot,
                             const CancellationCheck& isCancelled) {
-  const auto& [index, remembered] = found;
-  const FolderAllocator::PlannedNames names = namesByChat(wish, index.nameForm);
+  const auto& [index, remembered, knownMedia] = found;
+  KnownFiles known(knownMedia, index);
+  const KnownCopies ofRequests = takeWanted(wish.requests, known);
+  const FolderAllocator::PlannedNames names = namesByChat(wish, ofRequests, index.nameForm);
   const FolderAssignment persisted = FolderAllocator::expandPersisted(remembered, keysOf(names), snapshot);
   const ChatFolders folders = FolderAllocator::allocate(
       {.exportFileNames = names, .existing = index.mediaNameSets(), .persisted = persisted, .nameForm = index.nameForm},
@@ -188,11 +243,18 @@ ExportPlan ExportPlan::make(const Wish& wish, const Found& found, const ChatStor
                                                                 .index = index});
   ExportPlan plan{.chats = PlannedChats::of(folders, remembered, snapshot)};
   addFormerFolders(leftovers, snapshot, plan.chats);
-  plan.earlier = carriedOutBefore(wish.leftOut, plan.chats, leftovers, index, isCancelled);
-  plan.copies = ExportPlanner::plan(wish.requests, folders, leftovers, index, isCancelled);
+  const ChatFolders allFolders = knownFolders(plan.chats);
+  const std::vector<ExportPlanner::Request> leftOut = ofChatsIn(allFolders, wish.leftOut);
+  const KnownCopies ofLeftOut = takeLinked(leftOut, known);
+  const KnownCopies ofLost = takeLinked(wish.lost, known);
+  const ExportPlanner::LeftoverFolders formerly = rememberedFolders(plan.chats, index);
+  const ExportPlanner::Ground ground{
+      .folders = allFolders, .leftovers = leftovers, .remembered = formerly, .index = index, .knownFiles = known};
+  plan.earlier = carriedOutBefore({.requests = leftOut, .known = ofLeftOut}, ground, isCancelled);
+  plan.copies = ExportPlanner::plan({.requests = wish.requests, .known = ofRequests}, ground, isCancelled);
   leaveOutMoved(plan.earlier, plan.copies);
   throwIfCancelled(isCancelled);
-  addCopiesOfLostFiles(plan, wish.lost, index);
+  addCopiesOfLostFiles(plan, {.requests = wish.lost, .known = ofLost}, ground);
   warnOfUnreadableFolders(plan, index);
   return plan;
 }

@@ -27,6 +27,7 @@ struct ExportPlan {
   struct Found {
     const DestinationIndex& index;
     const FolderAssignment& remembered;
+    const KnownMedia& known;  // empty when nothing is known
   };
   // Throws TidewellError::cancelled.
   static ExportPlan make(const Wish& wish, const Found& found, const ChatStorageSnapshot& snapshot,

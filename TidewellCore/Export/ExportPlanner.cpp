@@ -1,6 +1,7 @@
 #include "TidewellCore/Export/ExportPlanner.h"
 
 #include <algorithm>
+#include <array>
 
 #include "TidewellCore/Destination/EarlierCopies.h"
 #include "TidewellCore/FileNaming.h"
@@ -8,16 +9,18 @@
 
 namespace {
 
+using ExportPlanner::Ground;
 using ExportPlanner::LeftoverFolders;
 using ExportPlanner::PlannedCopy;
 using ExportPlanner::Request;
 
 // What one folder holds, and what of it is already spoken for.
 struct FolderState {
-  explicit FolderState(const DestinationIndex::Files& files) : earlier(files) {
+  FolderState(const DestinationIndex::Files& files, const KnownFiles& known)
+      : earlier(files, [&](const DestinationIndex::FileEntry& file) { return known.isTaken(file); }) {
     for (const auto& [key, file] : files) {
-      // One without content is what a power cut left of a copy: it is replaced.
-      if (file.size > 0) used.take(file.name);
+      // One without content is what a power cut left of a copy: it is replaced, unless it is known.
+      if (file.size > 0 || known.isTaken(file)) used.take(file.name);
     }
   }
 
@@ -27,12 +30,11 @@ struct FolderState {
 
 class Planner {
  public:
-  Planner(const ChatFolders& folders, const LeftoverFolders& leftovers, const DestinationIndex& index)
-      : folders_(folders), leftovers_(leftovers), index_(index) {}
+  explicit Planner(const Ground& ground) : ground_(ground) {}
 
   // The name of the copy that is there already under the very name that an export gives it today.
   std::optional<std::string> presentItself(const Request& request) {
-    FolderState& state = stateOf(folders_.at(request.chatJID));
+    FolderState& state = stateOf(ground_.folders.at(request.chatJID));
     auto name = state.earlier.takeItself(nameOf(request), request.sourceSize);
     if (name) state.used.take(*name);
     return name;
@@ -41,7 +43,7 @@ class Planner {
   // The same, or that of a variant. To be asked when every request knows what is there
   // itself: a file may be called what another's variant would be.
   std::optional<std::string> present(const Request& request) {
-    FolderState& state = stateOf(folders_.at(request.chatJID));
+    FolderState& state = stateOf(ground_.folders.at(request.chatJID));
     auto name = state.earlier.take(nameOf(request), request.sourceSize);
     if (name) state.used.take(*name);
     return name;
@@ -49,7 +51,7 @@ class Planner {
 
   // To be asked when every request knows what is `present`, so that none takes another's.
   PlannedCopy plan(const Request& request, std::optional<std::string> present) {
-    const std::string& folder = folders_.at(request.chatJID);
+    const std::string& folder = ground_.folders.at(request.chatJID);
     FolderState& state = stateOf(folder);
     PlannedCopy copy = copyOf(request);
     copy.desiredName = nameOf(request);
@@ -59,24 +61,48 @@ class Planner {
     return copy;
   }
 
+  // The same of one that is known.
+  PlannedCopy planKnown(const Request& request, const KnownMedium& known) {
+    PlannedCopy copy = copyOf(request);
+    copy.desiredName = nameOf(request);
+    copy.sourceSize = known.size;
+    copy.dest = known.place;
+    copy.fate = ExportPlanner::Present();
+    const std::string& folder = ground_.folders.at(request.chatJID);
+    if (folder == known.place.folder || !isFormer(known.place.folder, request.chatJID)) return copy;
+    UsedNames& used = stateOf(folder).used;
+    copy.dest.folder = folder;
+    if (!used.take(copy.dest.name)) copy.dest.name = used.uniquify(copy.desiredName);
+    copy.fate = ExportPlanner::Moved{.from = known.place};
+    return copy;
+  }
+
  private:
   std::string nameOf(const Request& request) const {
-    return PortableNames::inForm(request.desiredName, index_.nameForm);
+    return PortableNames::inForm(request.desiredName, ground_.index.nameForm);
   }
 
   // What was copied when the export stood on a drive of another kind.
   std::optional<std::string> takeInOtherForm(FolderState& state, const Request& request) const {
     const std::string portable = PortableNames::portable(request.desiredName);
     if (portable == request.desiredName) return std::nullopt;
-    const bool isPortable = index_.nameForm == NameForm::portable;
+    const bool isPortable = ground_.index.nameForm == NameForm::portable;
     return state.earlier.take(isPortable ? request.desiredName : portable, request.sourceSize);
   }
 
   FolderState& stateOf(const std::string& folder) {
     const auto known = states_.find(folder);
     if (known != states_.end()) return known->second;
-    const DestinationIndex::Files* files = index_.filesIn(folder);
-    return states_.emplace(folder, files == nullptr ? DestinationIndex::Files() : *files).first->second;
+    const DestinationIndex::Files* files = ground_.index.filesIn(folder);
+    const DestinationIndex::Files none;
+    return states_.try_emplace(folder, files == nullptr ? none : *files, ground_.knownFiles).first->second;
+  }
+
+  bool isFormer(const std::string& folder, const CanonicalJID& jid) const {
+    return std::ranges::any_of(std::array{&ground_.leftovers, &ground_.remembered}, [&](const auto* foldersByOwner) {
+      const auto former = foldersByOwner->find(jid);
+      return former != foldersByOwner->end() && std::ranges::find(former->second, folder) != former->second.end();
+    });
   }
 
   static PlannedCopy copyOf(const Request& request) {
@@ -97,20 +123,18 @@ class Planner {
 
   // Takes the file of a former folder, when one holds it.
   std::optional<ExportPlace> takeLeftover(const Request& request) {
-    const auto former = leftovers_.find(request.chatJID);
-    if (former == leftovers_.end()) return std::nullopt;
+    const auto former = ground_.leftovers.find(request.chatJID);
+    if (former == ground_.leftovers.end()) return std::nullopt;
     for (const std::string& folder : former->second) {
       FolderState& state = stateOf(folder);
       auto name = state.earlier.take(nameOf(request), request.sourceSize);
       if (!name) name = takeInOtherForm(state, request);
-      if (name) return index_.place(folder, *name);
+      if (name) return ground_.index.place(folder, *name);
     }
     return std::nullopt;
   }
 
-  const ChatFolders& folders_;
-  const LeftoverFolders& leftovers_;
-  const DestinationIndex& index_;
+  const Ground& ground_;
   std::map<std::string, FolderState> states_;
 };
 
@@ -132,26 +156,26 @@ std::vector<std::string> formerNames(const CanonicalJID& jid, const ExportPlanne
 
 }  // namespace
 
-std::vector<PlannedCopy> ExportPlanner::plan(const std::vector<Request>& requests, const ChatFolders& folderForJID,
-                                             const LeftoverFolders& leftoversByOwner, const DestinationIndex& index,
+std::vector<PlannedCopy> ExportPlanner::plan(const Task& task, const Ground& ground,
                                              const CancellationCheck& isCancelled) {
+  const auto& [requests, known] = task;
   CancellationPoint cancellation(isCancelled);
-  Planner planner(folderForJID, leftoversByOwner, index);
-  std::vector<std::optional<std::string>> present;
-  present.reserve(requests.size());
-  for (const Request& request : requests) {
+  Planner planner(ground);
+  std::vector<std::optional<std::string>> present(requests.size());
+  for (std::size_t place = 0; place < requests.size(); ++place) {
     cancellation.step();
-    present.push_back(planner.presentItself(request));
+    if (!known[place]) present[place] = planner.presentItself(requests[place]);
   }
   for (std::size_t place = 0; place < requests.size(); ++place) {
     cancellation.step();
-    if (!present[place]) present[place] = planner.present(requests[place]);
+    if (!known[place] && !present[place]) present[place] = planner.present(requests[place]);
   }
   std::vector<PlannedCopy> copies;
   copies.reserve(requests.size());
   for (std::size_t place = 0; place < requests.size(); ++place) {
     cancellation.step();
-    copies.push_back(planner.plan(requests[place], std::move(present[place])));
+    copies.push_back(known[place] ? planner.planKnown(requests[place], *known[place])
+                                  : planner.plan(requests[place], std::move(present[place])));
   }
   return copies;
 }

@@ -12,6 +12,7 @@
 #include "TidewellCore/ChatData/ChatStorageSnapshot.h"
 #include "TidewellCore/Destination/DestinationIndex.h"
 #include "TidewellCore/Destination/FolderAllocator.h"
+#include "TidewellCore/Export/KnownFiles.h"
 #include "TidewellCore/ExportPlace.h"
 #include "TidewellCore/MediaKind.h"
 #include "TidewellCore/Platform/Bytes.h"
@@ -57,7 +58,7 @@ using Fate = std::variant<Restored, Moved, Present, Lost>;
 // What becomes of a request.
 struct PlannedCopy {
   std::filesystem::path source;  // as in the request
-  ExportPlace dest;              // named as desired, or as a variant of that
+  ExportPlace dest;              // named as desired, as a variant of that, or as an earlier export named it
   std::optional<Date> date;
   std::string relativePath;
   std::string desiredName;  // in the form that the destination takes
@@ -75,12 +76,26 @@ struct PlannedCopy {
 // Folders that were a chat's in an earlier export and are not now, by the chat's JID.
 using LeftoverFolders = std::map<CanonicalJID, std::vector<std::string>>;
 
+// Requests, and for each of them, in their order, the file that was taken for it as known.
+struct Task {
+  const std::vector<Request>& requests;
+  const std::vector<std::optional<KnownMedium>>& known;
+};
+
+// What stands at the destination, and whose it is.
+struct Ground {
+  const ChatFolders& folders;         // one for every chat of the requests
+  const LeftoverFolders& leftovers;   // what is found there is moved
+  const LeftoverFolders& remembered;  // for a chat, be they another's now: what is known to be there is moved
+  const DestinationIndex& index;
+  const KnownFiles& knownFiles;  // of `index`
+};
+
 // One copy for each request, in their order, named in the index's form; what was
-// copied under a name of the other form is there as well. `folderForJID` names a folder for
-// every chat. Throws TidewellError::cancelled.
-std::vector<PlannedCopy> plan(const std::vector<Request>& requests, const ChatFolders& folderForJID,
-                              const LeftoverFolders& leftoversByOwner, const DestinationIndex& index,
-                              const CancellationCheck& isCancelled = {});
+// copied under a name of the other form is there as well. What is known is there
+// under any name, and stays where it is outside of the chat's folders. Throws
+// TidewellError::cancelled.
+std::vector<PlannedCopy> plan(const Task& task, const Ground& ground, const CancellationCheck& isCancelled = {});
 
 // The JID folders of each chat's media paths, by the chat's JID.
 using PathJIDs = std::map<CanonicalJID, std::set<std::string>>;

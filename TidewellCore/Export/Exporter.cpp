@@ -66,8 +66,22 @@ std::vector<CanonicalJID> chatsOf(const ChatStorageSnapshot& snapshot, const Cha
   return {jids.begin(), jids.end()};
 }
 
-ExportPlan makePlan(const ExportJob& job, const BackupSource& source, const DestinationIndex& index,
-                    const DateFormatter& stamps, const CancellationCheck& isCancelled) {
+// What earlier exports made of the phone's media; of two files of one path the later counts.
+KnownMedia knownMedia(const MediaLedger& ledger) {
+  KnownMedia known;
+  for (const KeptMedium& medium : ledger.media()) {
+    if (medium.place) known.insert_or_assign(medium.path, KnownMedium{.place = *medium.place, .size = medium.size});
+  }
+  return known;
+}
+
+struct Ground {
+  const DestinationIndex& index;
+  const MediaLedger& ledger;
+};
+
+ExportPlan makePlan(const ExportJob& job, const BackupSource& source, const Ground& ground, const DateFormatter& stamps,
+                    const CancellationCheck& isCancelled) {
   const MediaKinds others = allBut(job.options.includedKinds);
   ExportPlan::Wish wish;
   wish.requests = ExportRequests::build(source, {.kinds = job.options.includedKinds, .stamps = stamps}, isCancelled);
@@ -79,7 +93,9 @@ ExportPlan makePlan(const ExportJob& job, const BackupSource& source, const Dest
   }
   throwIfCancelled(isCancelled);
   const FolderAssignment remembered = FolderManifest::load(job.destination);
-  ExportPlan plan = ExportPlan::make(wish, {.index = index, .remembered = remembered}, source.snapshot, isCancelled);
+  const KnownMedia known = knownMedia(ground.ledger);
+  ExportPlan plan = ExportPlan::make(wish, {.index = ground.index, .remembered = remembered, .known = known},
+                                     source.snapshot, isCancelled);
   std::span<const ManifestFile> pictures;
   if (job.options.exportTranscripts) pictures = source.pictures();
   if (auto warning = ExportRequests::warningOfShortFiles(wish.requests, pictures, source.opened)) {
@@ -103,7 +119,8 @@ class Writing {
                                      NamingMemory::load(target_.contentRoot()))),
         index_(target_.index(control.isCancelled)),
         library_(Library::open(target_.contentRoot())),
-        plan_(makePlan(job, source, index_, FileNaming::stampFormatter(naming_.naming.timeZone, naming_.naming.locale),
+        plan_(makePlan(job, source, {.index = index_, .ledger = library_.media()},
+                       FileNaming::stampFormatter(naming_.naming.timeZone, naming_.naming.locale),
                        control.isCancelled)) {}
 
   ExportSummary run(ProgressReporter& progress) {
