@@ -6,6 +6,7 @@
 
 #include "Tests/Export/ExportScene.h"
 #include "Tests/Support/TemporaryDirectory.h"
+#include "TidewellCore/Library/LibraryFile.h"
 #include "TidewellCore/Destination/FolderManifest.h"
 #include "TidewellCore/TidewellError.h"
 
@@ -168,17 +169,20 @@ struct FormerFolderTest : LeftoverTest {
 };
 INSTANTIATE_TEST_SUITE_P(Backups, FormerFolderTest, testing::Bool(), ExportTest::encryptionName);
 
-TEST_P(FormerFolderTest, WhatThePhoneLostStaysLinkedThere) {
-  auto& storage = scene.contents.whatsApp.mediaFiles.back().storage;
-  storage.missing = true;
+TEST_P(FormerFolderTest, WhatThePhoneLostMovesWithItsChat) {
+  scene.contents.whatsApp.mediaFiles.back().storage.missing = true;
+  scene.write();
+  expectAllMoved();
+}
+
+// Without a library there is only its name to tell, and that another file may have had.
+TEST_P(FormerFolderTest, WhatThePhoneLostStaysLinkedThereWhereNoLibraryKnowsIt) {
+  fs::remove(scene.content / LibraryFile::fileName);
+  scene.contents.whatsApp.mediaFiles.back().storage.missing = true;
   scene.write();
   scene.run(everything);
   EXPECT_TRUE(isLinkedInFormerFolder());
   EXPECT_EQ(rememberedFolder(anaLID), "Ana (new number)");
-  scene.run(everything);
-  EXPECT_TRUE(isLinkedInFormerFolder()) << "once more";
-  storage.missing = false;
-  scene.write();
   expectAllMoved();
 }
 

@@ -67,6 +67,9 @@ TEST(ExporterNaming, AChoiceByHandCountsAndIsRememberedFromThenOn) {
   chosen.isTimeZoneChosen = true;
   const ExportSummary summary = run(scene, chosen);
   EXPECT_THAT(summary.warnings, testing::ElementsAre(HasSubstr("“Asia/Tokyo”")));
+  EXPECT_EQ(summary.copiedCount, 0) << "a medium is known by its place on the phone";
+  fs::remove(scene.content / "Ana/2023-03-08_212640_aa1.jpg");
+  EXPECT_EQ(run(scene, chosen).copiedCount, 1);
   EXPECT_TRUE(fs::exists(scene.content / "Ana/2023-03-09_052640_aa1.jpg"));
   EXPECT_EQ(NamingMemory::load(scene.content), (MediaNaming{.timeZone = tokyo.timeZone, .locale = berlin.locale}));
   const ExportSummary later = run(scene, cairo);
@@ -78,6 +81,9 @@ TEST(ExporterNaming, WithoutAMemoryTheRunsOwnZoneNames) {
   const Scene scene;
   run(scene, berlin);
   fs::remove(scene.content / ".tidewell-names.json");
+  EXPECT_EQ(run(scene, cairo).copiedCount, 0) << "the library knows what is there";
+  fs::remove(scene.content / ".tidewell-names.json");
+  fs::remove(scene.content / LibraryFile::fileName);
   EXPECT_EQ(run(scene, tokyo).copiedCount, 4) << "all but the one without a date";
   EXPECT_EQ(NamingMemory::load(scene.content), (MediaNaming{.timeZone = tokyo.timeZone, .locale = tokyo.locale}));
 }

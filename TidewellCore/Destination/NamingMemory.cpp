@@ -30,8 +30,8 @@ std::optional<MediaNaming> namingOf(const Json::Object& object) {
 
 std::string warning(std::string_view what, std::string_view now, std::string_view before) {
   return fmt::format(
-      "Dates in file names are now written for the {0} “{1}”. Earlier exports into this folder used “{2}”, so files "
-      "that are there already may be copied again under new names.",
+      "Dates in file names are now written for the {0} “{1}”. Earlier exports into this folder used “{2}”; files that "
+      "are there already keep their names.",
       what, now, before);
 }
 
