@@ -6,9 +6,11 @@
 #include <csignal>
 
 #include "Tests/EndToEnd/CommandLine.h"
+#include "Tests/Library/LibraryRows.h"
 #include "Tests/Support/BackupBuilder.h"
 #include "Tests/Support/SampleConversations.h"
 #include "Tests/Support/SmallVolume.h"
+#include "TidewellCore/Library/LibraryFile.h"
 
 using testing::HasSubstr;
 using testing::Not;
@@ -47,6 +49,7 @@ std::vector<std::string> filesIn(const fs::path& folder) {
 std::map<std::string, std::string> contentsOf(const fs::path& folder) {
   std::map<std::string, std::string> digests;
   for (const auto& [path, entry] : Fixture::treeSnapshot(folder)) digests[path] = entry.sha1;
+  digests[std::string("messages/") + LibraryFile::fileName] = LibraryRows::of(folder / "messages");
   return digests;
 }
 
@@ -132,7 +135,7 @@ TEST(ExportCommand, WarnsWhenItIsToldToNameOtherwiseThanBefore) {
   EXPECT_EQ(run("--time-zone", "Europe/Berlin").errors, "");
   EXPECT_EQ(run("--time-zone", "Europe/Berlin").errors, "");
   const Finished tokyo = run("--time-zone", "Asia/Tokyo");
-  EXPECT_THAT(tokyo.output, HasSubstr("2 copied"));
+  EXPECT_THAT(tokyo.output, HasSubstr("0 copied · 2 already present"));
   EXPECT_THAT(tokyo.errors, testing::AllOf(HasSubstr("time zone “Asia/Tokyo”"), HasSubstr("used “Europe/Berlin”")));
   EXPECT_THAT(run("--locale", "ar_EG").errors, HasSubstr("locale “ar_EG”"));
   const Finished again = run("--locale", "ar-EG");
@@ -179,12 +182,13 @@ TEST(ExportCommand, ListsTheFirstFailuresAndAllOfThemAsJson) {
 }
 
 TEST(ExportCommand, EndsWhenTheDiskIsFull) {
+  constexpr int pagesOfAnEmptyLibrary = 11;
   const CommandLine commandLine;
   Fixture::BackupContents contents = twoFiles();
   // One byte more than a page takes two.
   for (auto& file : contents.whatsApp.mediaFiles) file.content = Fixture::Bytes(4097, 7);
   Fixture::writeBackup(contents, commandLine / "device");
-  const Fixture::SmallVolume volume(commandLine / "saved", 5 * 4096);
+  const Fixture::SmallVolume volume(commandLine / "saved", (5 + pagesOfAnEmptyLibrary) * 4096);
   if (!volume.isMounted()) GTEST_SKIP() << "This user cannot mount a volume.";
   const Finished finished = commandLine.run({"export", "device", "saved"});
   EXPECT_EQ(finished.exitCode, 1);

@@ -6,8 +6,8 @@
 
 #include "Tests/Export/ExportScene.h"
 #include "Tests/Support/TemporaryDirectory.h"
-#include "TidewellCore/Library/LibraryFile.h"
 #include "TidewellCore/Destination/FolderManifest.h"
+#include "TidewellCore/Library/LibraryFile.h"
 #include "TidewellCore/TidewellError.h"
 
 // Which folder a chat has, from one export to the next.
