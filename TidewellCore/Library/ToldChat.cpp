@@ -2,7 +2,8 @@
 
 #include <cmath>
 #include <limits>
-#include <unordered_map>
+#include <map>
+#include <tuple>
 
 #include "TidewellCore/Crypto/CryptoShim.h"
 #include "TidewellCore/Library/MessageFacts.h"
@@ -13,6 +14,10 @@ namespace {
 double secondOf(const KeptMessage& message) {
   return message.time ? std::floor(*message.time) : -std::numeric_limits<double>::infinity();
 }
+
+// What a row says of who sent it: its chat's and its member's row, a JID, and the name that they gave themselves.
+using SaidOfSender = std::tuple<std::int64_t, std::optional<std::int64_t>, std::optional<std::string_view>,
+                                std::optional<std::string_view>>;
 
 class Telling {
  public:
@@ -36,12 +41,15 @@ class Telling {
   KeptMessages finish() { return std::move(told_); }
 
  private:
+  // Names are put together of many tables, so they are asked once for what rows say alike.
   std::int64_t senderOf(const MessageRecord& record) {
-    ChatStorageSnapshot::Sender sender = snapshot_.sender(record);
-    if (lastSender_ && lastSenderIs_ == sender) return *lastSender_;
-    lastSenderIs_ = sender;
-    lastSender_ = people_.enter({.jid = std::move(sender.jid), .name = std::move(sender.name)});
-    return *lastSender_;
+    const SaidOfSender said{record.chatPK, record.groupMemberPK, record.fromJID, record.pushName};
+    const auto [entry, isNew] = senders_.try_emplace(said, 0);
+    if (isNew) {
+      ChatStorageSnapshot::Sender sender = snapshot_.sender(record);
+      entry->second = people_.enter({.jid = std::move(sender.jid), .name = std::move(sender.name)});
+    }
+    return entry->second;
   }
 
   // Records come in the order of their dates, so those of one second follow one another.
@@ -76,8 +84,7 @@ class Telling {
   MediaLedger& ledger_;
   KeptMessages told_;
   std::vector<std::int64_t> records_;  // of the chat that each message was read from
-  ChatStorageSnapshot::Sender lastSenderIs_;
-  std::optional<std::int64_t> lastSender_;
+  std::map<SaidOfSender, std::int64_t> senders_;
 };
 
 // Puts everything behind one another, so that nothing can stand for something else.
