@@ -5,6 +5,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/ChatArchiveJSONTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ChatArchiveWriterTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ChatLinesTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/EarlierPagesTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/EveryKindTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/JSONTextTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MessageLineTests.cpp

@@ -163,13 +163,39 @@ TEST_F(MessageUnionTest, MessagesOfOneSecondKeepTheirOrderWhenOneIsGone) {
 }
 
 TEST_F(MessageUnionTest, WhatAPageToldGivesWayToTheBackup) {
-  const KeptMessage page{.key = 1, .time = 10, .text = "hi", .page = R"({"id":"1","text":"hi"})"};
+  const KeptMessage page{.key = 1, .time = 11, .text = "hi", .page = R"({"id":"1","text":"hi"})"};
   const KeptMessage told{.key = 9, .time = 10.5, .sender = 3, .stanzaID = "A", .text = "hi"};
   const auto kept = united({page}, {told}, true);
   ASSERT_EQ(kept.size(), 1U);
   EXPECT_EQ(kept[0].key, 1);
   EXPECT_EQ(kept[0].stanzaID, "A");
   EXPECT_FALSE(kept[0].page);
+}
+
+TEST_F(MessageUnionTest, APagesFileIsThatOfAnotherPhonesRow) {
+  const KeptMessage photo{.key = 1, .time = 10, .medium = 7, .page = R"({"id":"1"})"};
+  const KeptMessage place{.key = 2, .time = 20, .page = R"({"id":"2","kind":"place","text":"Here"})"};
+  const KeptMessage text{.key = 3, .time = 30, .text = "a", .page = R"({"id":"3","text":"a"})"};
+  const auto kept = united({photo, place, text},
+                           {{.key = 1, .time = 30, .stanzaID = "A", .text = "b"},
+                            {.key = 5, .time = 10, .stanzaID = "B", .medium = 9},
+                            {.key = 6, .time = 20, .stanzaID = "C", .facts = facts({.content = SharedLocation()})}},
+                           true);
+  ASSERT_EQ(kept.size(), 4U);
+  EXPECT_EQ(kept[0].key, 1);
+  EXPECT_EQ(kept[0].medium, 9);
+  EXPECT_EQ(kept[1].key, 2);
+  EXPECT_EQ(kept[1].stanzaID, "C");
+  EXPECT_THAT(textsOf(kept), ElementsAre("", "", "a", "b"));
+}
+
+TEST_F(MessageUnionTest, APagesWordsStayWhenTheMessageWasDeleted) {
+  const KeptMessage page{.key = 1, .time = 10, .text = "hi", .page = R"({"id":"1","text":"hi"})"};
+  const KeptMessage told{.key = 1, .time = 10, .stanzaID = "A", .facts = facts({.content = DeletedMessage()})};
+  const auto kept = united({page}, {told}, true);
+  ASSERT_EQ(kept.size(), 1U);
+  EXPECT_TRUE(kept[0].page);
+  EXPECT_TRUE(kept[0].isDeletedLater);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <set>
 #include <span>
 
+#include "TidewellCore/Archive/EarlierPages.h"
 #include "TidewellCore/Backup/BackupInspector.h"
 #include "TidewellCore/ChatData/BackupSource.h"
 #include "TidewellCore/CleanUp/ExportDeduper.h"
@@ -210,7 +211,7 @@ class Writing {
   }
 
   void takeIn() {
-    LibraryUpdate::take(library_, {},
+    LibraryUpdate::take(library_, earlierPages(),
                         {.snapshot = source_.snapshot,
                          .chats = chatsOf(source_.snapshot, folders_),
                          .backup = source_.opened.info(),
@@ -218,6 +219,15 @@ class Writing {
                          .locale = exporter_.locale,
                          .pageIDOf = ChatArchiveWriter::pageID},
                         control_.isCancelled);
+  }
+
+  // What the archive tells that an export without a library left; nothing where there is one.
+  LibraryUpdate::EarlierChats earlierPages() {
+    if (!library_.isNew()) return {};
+    return [this](const auto& take) {
+      const EarlierPages pages(target_.contentRoot(), FolderManifest::load(job_.destination));
+      pages.forEachChat(library_.media(), take);
+    };
   }
 
   void writeArchive(ProgressReporter& progress) {

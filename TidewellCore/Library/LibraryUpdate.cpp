@@ -232,10 +232,15 @@ class Update {
 
 }  // namespace
 
-void LibraryUpdate::take(Library& library, const std::vector<EarlierChat>& earlier, const Source& source,
+void LibraryUpdate::take(Library& library, const EarlierChats& earlier, const Source& source,
                          const CancellationCheck& isCancelled) {
   Update update(library);
-  for (const EarlierChat& chat : earlier) update.takeEarlier(chat);
+  if (earlier) {
+    earlier([&](const EarlierChat& chat) {
+      throwIfCancelled(isCancelled);
+      update.takeEarlier(chat);
+    });
+  }
   update.take(source, isCancelled);
   update.commit(&source);
 }

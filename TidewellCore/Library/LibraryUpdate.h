@@ -13,6 +13,14 @@
 // nothing new writes nothing. Throws what the database and a full disk do.
 namespace LibraryUpdate {
 
+// Chats that an earlier program's pages tell of, with what they tell.
+struct EarlierChat {
+  KeptChat chat;
+  KeptMessages messages;
+};
+// Hands over such chats, one after another.
+using EarlierChats = std::function<void(const std::function<void(const EarlierChat&)>& take)>;
+
 struct Source {
   const ChatStorageSnapshot& snapshot;
   std::vector<CanonicalJID> chats;  // of the export: those of the snapshot, and those that only files tell of
@@ -22,16 +30,9 @@ struct Source {
   std::function<std::string(const std::string& jid)> pageIDOf;  // by which pages are to know a chat, if it is free
 };
 
-// Chats that an earlier program's pages tell of, with what they tell.
-struct EarlierChat {
-  KeptChat chat;
-  KeptMessages messages;
-};
-
-// Takes a backup's chats in, and what the ledger and the people were told meanwhile; `earlier` first. Throws
-// TidewellError::cancelled.
-void take(Library& library, const std::vector<EarlierChat>& earlier, const Source& source,
-          const CancellationCheck& isCancelled);
+// Takes a backup's chats in, and what the ledger and the people were told meanwhile; what `earlier` hands over, if
+// it is anything, before. Throws TidewellError::cancelled, and what `earlier` does.
+void take(Library& library, const EarlierChats& earlier, const Source& source, const CancellationCheck& isCancelled);
 
 // Keeps which picture each chat has, from the content root, by the chat's page ID.
 void takePictures(Library& library, const std::map<std::string, std::string>& pictures);

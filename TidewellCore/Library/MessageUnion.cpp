@@ -67,14 +67,15 @@ class Finder {
     for (std::uint32_t place = 0; place < kept.size(); ++place) {
       const KeptMessage& message = kept[place];
       if (!message.stanzaID.empty()) byStanza_[message.stanzaID].push_back(place);
-      bySecond_[secondOf(message)].push_back(place);
+      (message.page ? byPagesSecond_ : bySecond_)[secondOf(message)].push_back(place);
     }
   }
 
   // Each is found once.
   std::optional<std::uint32_t> find(const KeptMessage& told) {
     if (const auto place = found(byStanza_, told.stanzaID, told)) return place;
-    return found(bySecond_, secondOf(told), told);
+    if (const auto place = found(bySecond_, secondOf(told), told)) return place;
+    return found(byPagesSecond_, told.time ? std::round(*told.time) : secondOf(told), told);
   }
 
   bool wasFound(std::uint32_t place) const { return isFound_[place]; }
@@ -107,14 +108,23 @@ class Finder {
 
   // 0 for two messages, more the surer it is that they are one.
   static int likeness(const KeptMessage& kept, const KeptMessage& told) {
+    if (kept.page && !told.page) return likenessToPage(kept, told);
     const bool haveStanzas = !kept.stanzaID.empty() && !told.stanzaID.empty();
     if (haveStanzas && kept.stanzaID != told.stanzaID) return 0;
-    if (kept.isFromMe != told.isFromMe && !(kept.page && kept.sender == std::nullopt)) return 0;
+    if (kept.isFromMe != told.isFromMe) return 0;
     const int key = kept.key == told.key ? 1 : 0;
     if (haveStanzas) return 4 + 2 * (secondOf(kept) == secondOf(told) ? 1 : 0) + key;
     if (hasSameContent(kept, told)) return 2 + key + (kept.sender == told.sender ? 2 : 0);
-    if (key == 1 && (saysLittle(kept) || saysLittle(told))) return 1;
-    return isPageOf(kept, told) ? 1 + key : 0;
+    return key == 1 && (saysLittle(kept) || saysLittle(told)) ? 1 : 0;
+  }
+
+  // What a page tells has words for everything but plain texts, and nobody as the sender of a notice. One row of
+  // the phone has the key that it had; another phone gave it another.
+  static int likenessToPage(const KeptMessage& page, const KeptMessage& told) {
+    const bool isMore = told.medium || !told.facts.empty();
+    if (page.key == told.key) return 3;
+    if (page.text.empty()) return isMore ? 1 : 0;
+    return page.text == told.text && page.isFromMe == told.isFromMe ? 2 : 0;
   }
 
   // Its row is the one of a message that was deleted, or has not arrived yet.
@@ -122,16 +132,11 @@ class Finder {
     return sayingOf(message, MessageFacts::read(message.facts).content) != Saying::something;
   }
 
-  // What an old page tells has words for everything, and one row of the phone has the key that it had.
-  static bool isPageOf(const KeptMessage& page, const KeptMessage& told) {
-    if (!page.page || told.page) return false;
-    return page.key == told.key || (!page.text.empty() && page.text == told.text);
-  }
-
   std::span<const KeptMessage> kept_;
   std::vector<bool> isFound_;
   std::unordered_map<std::string_view, Candidates> byStanza_;
   std::unordered_map<double, Candidates> bySecond_;
+  std::unordered_map<double, Candidates> byPagesSecond_;  // of those that only pages tell, which round their times
 };
 
 // Keys that no message of the chat has.
