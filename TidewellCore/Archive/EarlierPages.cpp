@@ -22,6 +22,9 @@ constexpr std::int64_t largestFile = std::int64_t{4} << 30;
 
 std::optional<Bytes> read(const fs::path& file) { return Files::readIfThere(file, largestFile); }
 
+// A link is none of an export's making.
+bool isFolder(const fs::path& path) { return Files::kindOf(path) == Files::Kind::folder; }
+
 // "folder/file", both plain names.
 std::optional<ExportPlace> placeOf(std::string_view path) {
   const auto slash = path.find('/');
@@ -102,6 +105,7 @@ bool isPicture(const std::string& path) {
 void EarlierPages::forEachChat(MediaLedger& ledger,
                                const std::function<void(const LibraryUpdate::EarlierChat&)>& take) const {
   const fs::path data = contentRoot_ / FolderNames::viewer / FolderNames::viewerData;
+  if (!isFolder(data.parent_path()) || !isFolder(data)) return;
   for (const Page& page : pages()) {
     const auto script = read(data / PathText::path(page.file));
     if (!script) continue;
