@@ -177,13 +177,29 @@ TEST_F(KnownMediaTest, AFileOfAMediumThatNobodyAsksForIsFoundByItsName) {
   EXPECT_EQ(copyOf(request("y.jpg")).fate, Fate(Present())) << "its path may be another since";
 }
 
-TEST_F(KnownMediaTest, OneFileIsOneMediumsAlone) {
-  know(pathOf("x.jpg"), "Ana", "2023-01-01_210000_x.jpg");
-  remember(pathOf("y.jpg"), "ANA", "2023-01-01_210000_X.jpg");
+// A clean-up keeps one of two files with the same bytes.
+TEST_F(KnownMediaTest, AFileThatTwoMediaAreKnownToBeIsThereForBoth) {
+  know(pathOf("x.jpg"), "Ana", "2023-01-02_000000_z.jpg");
+  remember(pathOf("y.jpg"), "ANA", "2023-01-02_000000_Z.jpg");
+  wish.requests = {request("z.jpg"), request("x.jpg"), request("y.jpg"), request("y.jpg")};
+  const ExportPlan made = plan();
+  EXPECT_EQ(made.copies[0].fate, Fate(Restored())) << "nobody knows it to be this one";
+  EXPECT_EQ(made.copies[1].fate, Fate(Present()));
+  EXPECT_EQ(made.copies[2].fate, Fate(Present()));
+  EXPECT_EQ(made.copies[2].dest, made.copies[1].dest);
+  EXPECT_EQ(made.copies[3].fate, Fate(Restored()));
+}
+
+TEST_F(KnownMediaTest, AFileThatTwoMediaAreKnownToBeMovesOnce) {
+  know(pathOf("x.jpg"), "Old", "2023-01-01_210000_x.jpg");
+  remember(pathOf("y.jpg"), "Old", "2023-01-01_210000_x.jpg");
+  remembered.emplace(anaLID, "Old");
   wish.requests = {request("x.jpg"), request("y.jpg")};
   const ExportPlan made = plan();
-  EXPECT_EQ(made.copies[0].fate, Fate(Present()));
-  EXPECT_EQ(made.copies[1].fate, Fate(Restored()));
+  const ExportPlace before{.folder = "Old", .name = "2023-01-01_210000_x.jpg"};
+  EXPECT_EQ(made.copies[0].fate, Fate(Moved{.from = before}));
+  EXPECT_EQ(made.copies[1].fate, Fate(Present()));
+  EXPECT_EQ(made.copies[1].dest, before);
 }
 
 TEST_F(KnownMediaTest, OfTwoOfOnePathTheOneWithTheKnownSizeIsThere) {

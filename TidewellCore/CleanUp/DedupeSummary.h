@@ -27,7 +27,8 @@ struct DedupeSummary {
   std::int64_t removedFolderCount = 0;
   std::int64_t bytesReclaimed = 0;
   bool archiveUpdated = false;
-  // Of files that could not be compared, and were left where they are: sentences for people, in English.
+  // Of files that could not be compared, and were left where they are, and of a library that could not follow:
+  // sentences for people, in English.
   std::vector<std::string> warnings;
 
   std::int64_t mergedFolderCount() const { return static_cast<std::int64_t>(pairs.size()); }

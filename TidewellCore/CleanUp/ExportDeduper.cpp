@@ -6,6 +6,7 @@
 #include "TidewellCore/Archive/ArchiveRelocation.h"
 #include "TidewellCore/CleanUp/FolderMerge.h"
 #include "TidewellCore/CleanUp/FolderPairing.h"
+#include "TidewellCore/CleanUp/LibraryRelocation.h"
 #include "TidewellCore/CleanUp/MergeJournal.h"
 #include "TidewellCore/Destination/DestinationIndex.h"
 #include "TidewellCore/Destination/DestinationLock.h"
@@ -66,7 +67,7 @@ class Run {
       followAfterFailure(journal);
       throw;
     }
-    summary.archiveUpdated = follow(journal);
+    follow(journal, summary);
     return summary;
   }
 
@@ -109,11 +110,11 @@ class Run {
                           contentRoot_ / PathText::path(pair.duplicateFolder));
   }
 
-  // Tells whether the archive changed.
-  bool follow(const MergeJournal& journal) const {
-    const bool isArchiveUpdated = ArchiveRelocation::rewrite(
-        dataFolder_, {.folder = [&](const std::string& place) { return journal.newPlaceOfFolder(place); },
-                      .file = [&](const std::string& place) { return journal.newPlaceOfFile(place); }});
+  void follow(const MergeJournal& journal, DedupeSummary& summary) const {
+    const auto newPlaceOfFile = [&](const std::string& place) { return journal.newPlaceOfFile(place); };
+    summary.archiveUpdated = ArchiveRelocation::rewrite(
+        dataFolder_,
+        {.folder = [&](const std::string& place) { return journal.newPlaceOfFolder(place); }, .file = newPlaceOfFile});
     FolderAssignment folders = FolderManifest::load(destination_);
     bool isMoved = false;
     for (auto& [jid, folder] : folders) {
@@ -123,14 +124,17 @@ class Run {
       isMoved = true;
     }
     if (isMoved) FolderManifest::save(contentRoot_, folders);
+    if (auto warning = LibraryRelocation::rewrite(contentRoot_, newPlaceOfFile)) {
+      summary.warnings.push_back(std::move(*warning));
+    }
     journal.remove();
-    return isArchiveUpdated;
   }
 
   // What cannot be done now is done by the next run, which finds the journal.
   void followAfterFailure(const MergeJournal& journal) const {
     try {
-      follow(journal);
+      DedupeSummary summary;
+      follow(journal, summary);
     } catch (const std::exception&) {
     }
   }

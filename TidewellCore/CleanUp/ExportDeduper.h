@@ -11,8 +11,8 @@ namespace ExportDeduper {
 
 // Without `apply` nothing is changed, and the pairs are those that applying
 // would merge. With it, each duplicate folder goes into its canonical one:
-// exact duplicates are removed, all else is moved, and the archive and the
-// folder manifest follow. What is interrupted is completed by the next run.
+// exact duplicates are removed, all else is moved, and the archive, the
+// folder manifest and the library follow. What is interrupted is completed by the next run.
 //
 // Throws TidewellError::ioFailure when there is no export or another run works
 // on it, TidewellError::cancelled, and what the file system reports; what was

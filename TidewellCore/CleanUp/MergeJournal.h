@@ -6,7 +6,7 @@
 #include <string>
 
 // What a merge of folders is about to move, kept in the content root until the
-// archive and the folder manifest have followed: after an interruption nothing
+// archive, the folder manifest and the library have followed: after an interruption nothing
 // else tells which of two files that had one name is which. Places are
 // "folder/file" or a folder, from the content root.
 class MergeJournal {

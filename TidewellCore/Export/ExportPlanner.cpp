@@ -61,7 +61,7 @@ class Planner {
     return copy;
   }
 
-  // The same of one that is known.
+  // The same of one that is known. The first that it is known to be moves a file; the others find it where it was.
   PlannedCopy planKnown(const Request& request, const KnownMedium& known) {
     PlannedCopy copy = copyOf(request);
     copy.desiredName = nameOf(request);
@@ -69,6 +69,7 @@ class Planner {
     copy.dest = known.place;
     copy.fate = ExportPlanner::Present();
     const std::string& folder = ground_.folders.at(request.chatJID);
+    if (!planned_.insert(known.place).second) return copy;
     if (folder == known.place.folder || !isFormer(known.place.folder, request.chatJID)) return copy;
     UsedNames& used = stateOf(folder).used;
     copy.dest.folder = folder;
@@ -136,6 +137,7 @@ class Planner {
 
   const Ground& ground_;
   std::map<std::string, FolderState> states_;
+  std::set<ExportPlace> planned_;  // of files that are known
 };
 
 // Every name that ties a folder to a chat: what was remembered for any of its

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <map>
 #include <set>
 #include <span>
 
@@ -188,6 +189,22 @@ class Writing {
     ledger.review([this](const ExportPlace& place, std::int64_t size) {
       const DestinationIndex::FileEntry* file = index_.file(place.folder, place.name);
       return file != nullptr && file->size == size;
+    });
+    followMoves(results);
+  }
+
+  // A file that was moved may be known to be other media too.
+  void followMoves(const std::vector<MediaResult>& results) {
+    std::map<ExportPlace, ExportPlace> moved;
+    for (std::size_t number = 0; number < results.size(); ++number) {
+      const auto* fate = std::get_if<ExportPlanner::Moved>(&plan_.copies[number].fate);
+      if (fate != nullptr && !results[number].hasFailed()) moved.emplace(fate->from, results[number].place);
+    }
+    if (moved.empty()) return;
+    library_.media().relocate([&](const ExportPlace& former) -> std::optional<ExportPlace> {
+      const auto place = index_.place(former.folder, former.name);
+      const auto found = place ? moved.find(*place) : moved.end();
+      return found == moved.end() ? std::nullopt : std::optional(found->second);
     });
   }
 

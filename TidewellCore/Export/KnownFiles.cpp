@@ -8,15 +8,9 @@ std::optional<KnownMedium> KnownFiles::take(std::string_view path, std::optional
   const KnownMedium& medium = known->second;
   if (size && *size != medium.size) return std::nullopt;
   const DestinationIndex::FileEntry* file = fileOf(medium);
-  if (file == nullptr || !takers_.emplace(file, known->first).second) return std::nullopt;
+  if (file == nullptr || !takers_.insert(known->first).second) return std::nullopt;
+  files_.insert(file);
   return KnownMedium{.place = index_.placeOf(medium.place.folder, *file), .size = medium.size};
-}
-
-bool KnownFiles::hasTaken(std::string_view path) const {
-  const auto known = media_.find(path);
-  if (known == media_.end()) return false;
-  const auto taker = takers_.find(fileOf(known->second));
-  return taker != takers_.end() && taker->second == path;
 }
 
 const DestinationIndex::FileEntry* KnownFiles::fileOf(const KnownMedium& medium) const {

@@ -70,8 +70,8 @@ bool isSound(const SQLiteDB& database) {
 void requireNotLater(const SQLiteDB& database) {
   if (numberOf(database, "PRAGMA application_id") != applicationID) return;
   if (numberOf(database, "PRAGMA user_version") <= schemaVersion) return;
-  throw TidewellError::ioFailure(
-      "A newer version of this program wrote this export’s library. Use that version, or choose another folder.");
+  throw LaterLibrary(TidewellError::IOFailure{
+      "A newer version of this program wrote this export’s library. Use that version, or choose another folder."});
 }
 
 SQLiteDB soundDatabase(const fs::path& file) {
@@ -84,17 +84,21 @@ SQLiteDB soundDatabase(const fs::path& file) {
 
 }  // namespace
 
-// One of no bytes is what a power cut leaves of a new one.
 LibraryFile LibraryFile::open(const fs::path& contentRoot) {
-  const fs::path file = contentRoot / fileName;
-  const Files::Kind kind = Files::kindOf(file);
-  if (kind == Files::Kind::file && Files::regularFileSize(file) != 0) return {soundDatabase(file), false};
-  if (kind != Files::Kind::nothing && kind != Files::Kind::file) {
-    throw SQLiteDamage(TidewellError::InvalidDatabase{"It is no file."});
-  }
-  SQLiteDB database(PathText::text(file), SQLiteDB::OpenMode::kept);
+  if (auto library = openIfThere(contentRoot)) return std::move(*library);
+  SQLiteDB database(PathText::text(contentRoot / fileName), SQLiteDB::OpenMode::kept);
   makeTables(database);
   return {std::move(database), true};
+}
+
+// One of no bytes is what a power cut leaves of a new one.
+std::optional<LibraryFile> LibraryFile::openIfThere(const fs::path& contentRoot) {
+  const fs::path file = contentRoot / fileName;
+  const Files::Kind kind = Files::kindOf(file);
+  if (kind == Files::Kind::nothing) return std::nullopt;
+  if (kind != Files::Kind::file) throw SQLiteDamage(TidewellError::InvalidDatabase{"It is no file."});
+  if (Files::regularFileSize(file) == 0) return std::nullopt;
+  return LibraryFile(soundDatabase(file), false);
 }
 
 std::string LibraryFile::setAside(const fs::path& contentRoot) {

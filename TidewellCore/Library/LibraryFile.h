@@ -1,9 +1,15 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 
 #include "TidewellCore/Platform/SQLiteDB.h"
+
+// TidewellError::ioFailure of a library that a later version of this program wrote.
+class LaterLibrary : public TidewellError {
+  using TidewellError::TidewellError;
+};
 
 // The one file in which an export keeps all that its backups ever told
 // (docs/formats/library.md). Whoever opens it holds the destination's lock.
@@ -13,9 +19,11 @@ class LibraryFile {
   static constexpr const char* journalName = ".tidewell-archive.sqlite-journal";
 
   // Makes it where it is missing. Throws SQLiteDamage for one that is damaged or another
-  // program's, TidewellError::ioFailure for one that a later version of this program wrote, and what cannot be
+  // program's, LaterLibrary for one that a later version of this program wrote, and what cannot be
   // read or written.
   static LibraryFile open(const std::filesystem::path& contentRoot);
+  // As `open`, but makes none: absent where nothing was kept yet.
+  static std::optional<LibraryFile> openIfThere(const std::filesystem::path& contentRoot);
   // Gives one that will not do another name, with its journal. Returns a sentence for people, in English.
   static std::string setAside(const std::filesystem::path& contentRoot);
 

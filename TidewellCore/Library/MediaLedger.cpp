@@ -92,6 +92,19 @@ bool MediaLedger::review(const std::function<bool(const ExportPlace& place, std:
   return hasChanged;
 }
 
+bool MediaLedger::relocate(const std::function<std::optional<ExportPlace>(const ExportPlace& former)>& newPlace) {
+  bool hasChanged = false;
+  for (std::size_t number = 0; number < media_.size(); ++number) {
+    std::optional<ExportPlace>& place = media_[number].place;
+    auto moved = place ? newPlace(*place) : std::nullopt;
+    if (!moved || moved == place) continue;
+    place = std::move(moved);
+    touch(number);
+    hasChanged = true;
+  }
+  return hasChanged;
+}
+
 bool MediaLedger::save(const SQLiteDB& database) {
   bool isNews = false;
   const SQLiteStatement write(database,

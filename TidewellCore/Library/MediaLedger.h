@@ -45,6 +45,9 @@ class MediaLedger {
   // Looks after every entry that was not settled, with `isThere` telling of a place and a size. Tells
   // whether anything changed.
   bool review(const std::function<bool(const ExportPlace& place, std::int64_t size)>& isThere);
+  // Follows files that went elsewhere: `newPlace` tells where to, and is absent for those that did not. Tells whether
+  // anything changed.
+  bool relocate(const std::function<std::optional<ExportPlace>(const ExportPlace& former)>& newPlace);
 
   // Writes what is new. Tells whether there was anything.
   bool save(const SQLiteDB& database);
