@@ -74,11 +74,20 @@ void requireNotLater(const SQLiteDB& database) {
       "A newer version of this program wrote this export’s library. Use that version, or choose another folder.");
 }
 
-SQLiteDB soundDatabase(const fs::path& file) {
-  SQLiteDB database(PathText::text(file), SQLiteDB::OpenMode::kept);
+void requireThat(bool isSo) {
+  if (!isSo) throw SQLiteDamage(TidewellError::InvalidDatabase{"It is no sound library."});
+}
+
+SQLiteDB ourDatabase(const fs::path& file, SQLiteDB::OpenMode mode) {
+  SQLiteDB database(PathText::text(file), mode);
   requireNotLater(database);
-  const bool isOurs = numberOf(database, "PRAGMA application_id") == applicationID && hasTables(database);
-  if (!isOurs || !isSound(database)) throw SQLiteDamage(TidewellError::InvalidDatabase{"It is no sound library."});
+  requireThat(numberOf(database, "PRAGMA application_id") == applicationID && hasTables(database));
+  return database;
+}
+
+SQLiteDB soundDatabase(const fs::path& file) {
+  SQLiteDB database = ourDatabase(file, SQLiteDB::OpenMode::kept);
+  requireThat(isSound(database));
   return database;
 }
 
@@ -95,6 +104,13 @@ LibraryFile LibraryFile::open(const fs::path& contentRoot) {
   SQLiteDB database(PathText::text(file), SQLiteDB::OpenMode::kept);
   makeTables(database);
   return {std::move(database), true};
+}
+
+// What is no file could be waited for without end.
+SQLiteDB LibraryFile::look(const fs::path& contentRoot) {
+  requireThat(Files::kindOf(contentRoot / fileName) == Files::Kind::file);
+  requireThat(Files::kindOf(contentRoot / journalName) == Files::Kind::nothing);
+  return ourDatabase(contentRoot / fileName, SQLiteDB::OpenMode::keptReadOnly);
 }
 
 std::string LibraryFile::setAside(const fs::path& contentRoot) {
