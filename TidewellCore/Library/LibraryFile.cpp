@@ -74,11 +74,20 @@ void requireNotLater(const SQLiteDB& database) {
       "A newer version of this program wrote this export’s library. Use that version, or choose another folder."});
 }
 
-SQLiteDB soundDatabase(const fs::path& file) {
-  SQLiteDB database(PathText::text(file), SQLiteDB::OpenMode::kept);
+void requireThat(bool isSo) {
+  if (!isSo) throw SQLiteDamage(TidewellError::InvalidDatabase{"It is no sound library."});
+}
+
+SQLiteDB ourDatabase(const fs::path& file, SQLiteDB::OpenMode mode) {
+  SQLiteDB database(PathText::text(file), mode);
   requireNotLater(database);
-  const bool isOurs = numberOf(database, "PRAGMA application_id") == applicationID && hasTables(database);
-  if (!isOurs || !isSound(database)) throw SQLiteDamage(TidewellError::InvalidDatabase{"It is no sound library."});
+  requireThat(numberOf(database, "PRAGMA application_id") == applicationID && hasTables(database));
+  return database;
+}
+
+SQLiteDB soundDatabase(const fs::path& file) {
+  SQLiteDB database = ourDatabase(file, SQLiteDB::OpenMode::kept);
+  requireThat(isSound(database));
   return database;
 }
 
@@ -99,6 +108,13 @@ std::optional<LibraryFile> LibraryFile::openIfThere(const fs::path& contentRoot)
   if (kind != Files::Kind::file) throw SQLiteDamage(TidewellError::InvalidDatabase{"It is no file."});
   if (Files::regularFileSize(file) == 0) return std::nullopt;
   return LibraryFile(soundDatabase(file), false);
+}
+
+// What is no file could be waited for without end.
+SQLiteDB LibraryFile::look(const fs::path& contentRoot) {
+  requireThat(Files::kindOf(contentRoot / fileName) == Files::Kind::file);
+  requireThat(Files::kindOf(contentRoot / journalName) == Files::Kind::nothing);
+  return ourDatabase(contentRoot / fileName, SQLiteDB::OpenMode::keptReadOnly);
 }
 
 std::string LibraryFile::setAside(const fs::path& contentRoot) {
