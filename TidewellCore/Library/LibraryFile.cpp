@@ -85,6 +85,12 @@ SQLiteDB ourDatabase(const fs::path& file, SQLiteDB::OpenMode mode) {
   return database;
 }
 
+// What a run that was killed had begun is undone when it is opened; of a new one nothing is left then.
+bool isUndone(const fs::path& file) {
+  const SQLiteDB database(PathText::text(file), SQLiteDB::OpenMode::kept);
+  return numberOf(database, "PRAGMA page_count") == 0;
+}
+
 SQLiteDB soundDatabase(const fs::path& file) {
   SQLiteDB database = ourDatabase(file, SQLiteDB::OpenMode::kept);
   requireThat(isSound(database));
@@ -97,7 +103,7 @@ LibraryFile LibraryFile::open(const fs::path& contentRoot) {
   if (auto library = openIfThere(contentRoot)) return std::move(*library);
   SQLiteDB database(PathText::text(contentRoot / fileName), SQLiteDB::OpenMode::kept);
   makeTables(database);
-  return {std::move(database), true};
+  return LibraryFile(std::move(database));
 }
 
 // One of no bytes is what a power cut leaves of a new one.
@@ -106,8 +112,8 @@ std::optional<LibraryFile> LibraryFile::openIfThere(const fs::path& contentRoot)
   const Files::Kind kind = Files::kindOf(file);
   if (kind == Files::Kind::nothing) return std::nullopt;
   if (kind != Files::Kind::file) throw SQLiteDamage(TidewellError::InvalidDatabase{"It is no file."});
-  if (Files::regularFileSize(file) == 0) return std::nullopt;
-  return LibraryFile(soundDatabase(file), false);
+  if (Files::regularFileSize(file) == 0 || isUndone(file)) return std::nullopt;
+  return LibraryFile(soundDatabase(file));
 }
 
 // What is no file could be waited for without end.

@@ -32,12 +32,9 @@ class LibraryFile {
   static std::string setAside(const std::filesystem::path& contentRoot);
 
   const SQLiteDB& database() const { return database_; }
-  // Nothing was kept in it yet.
-  bool isNew() const { return isNew_; }
 
  private:
-  LibraryFile(SQLiteDB database, bool isNew) : database_(std::move(database)), isNew_(isNew) {}
+  explicit LibraryFile(SQLiteDB database) : database_(std::move(database)) {}
 
   SQLiteDB database_;
-  bool isNew_ = false;
 };
