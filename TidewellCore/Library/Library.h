@@ -17,7 +17,7 @@ class Library {
   // As LibraryFile::open, but one that will not do is set aside and made anew.
   static Library open(const std::filesystem::path& contentRoot);
 
-  // Nothing was kept in it yet.
+  // No backup was taken in yet.
   bool isNew() const { return file_.isNew(); }
   // Of what was set aside: sentences for people, in English.
   const std::vector<std::string>& warnings() const { return warnings_; }

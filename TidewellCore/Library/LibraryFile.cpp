@@ -67,6 +67,13 @@ bool isSound(const SQLiteDB& database) {
   return isSound;
 }
 
+// An export that was stopped early, or that took media alone, leaves none.
+bool hasExports(const SQLiteDB& database) {
+  bool hasAny = false;
+  database.forEachRow("SELECT 1 FROM export LIMIT 1", [&](const SQLiteRowView&) { hasAny = true; });
+  return hasAny;
+}
+
 void requireNotLater(const SQLiteDB& database) {
   if (numberOf(database, "PRAGMA application_id") != applicationID) return;
   if (numberOf(database, "PRAGMA user_version") <= schemaVersion) return;
@@ -98,7 +105,9 @@ std::optional<LibraryFile> LibraryFile::openIfThere(const fs::path& contentRoot)
   if (kind == Files::Kind::nothing) return std::nullopt;
   if (kind != Files::Kind::file) throw SQLiteDamage(TidewellError::InvalidDatabase{"It is no file."});
   if (Files::regularFileSize(file) == 0) return std::nullopt;
-  return LibraryFile(soundDatabase(file), false);
+  SQLiteDB database = soundDatabase(file);
+  const bool isNew = !hasExports(database);
+  return LibraryFile(std::move(database), isNew);
 }
 
 std::string LibraryFile::setAside(const fs::path& contentRoot) {

@@ -28,7 +28,7 @@ class LibraryFile {
   static std::string setAside(const std::filesystem::path& contentRoot);
 
   const SQLiteDB& database() const { return database_; }
-  // Nothing was kept in it yet.
+  // No backup was taken in yet, whatever was written of media.
   bool isNew() const { return isNew_; }
 
  private:
