@@ -5,6 +5,7 @@
 
 #include "Tests/Export/ArchiveReading.h"
 #include "Tests/Library/LibraryScene.h"
+#include "TidewellCore/Archive/ArchiveFormat.h"
 
 namespace {
 
@@ -172,6 +173,49 @@ TEST_F(EarlierPagesTest, FindAChatThatNoListNamesAnyMore) {
   ASSERT_THAT(chats, SizeIs(1));
   EXPECT_EQ(chats[0].chat.jid, "gone@x");
   EXPECT_EQ(chats[0].chat.name, "Gone");
+}
+
+// What the archive shows of a message that only a page told, as JSON.
+std::string shownAgain(const std::string& message) {
+  LibraryScene scene;
+  const Fixture::TemporaryDirectory folder;
+  Fixture::writeFile(folder / "A/x.jpg", "a file");
+  Fixture::writeFile(folder / "_viewer/data/chats.js",
+                     R"(window.CHATS = [{"id":"a","jid":"a@x","file":"chat-a.js"}];)");
+  Fixture::writeFile(folder / "_viewer/data/chat-a.js", R"(window.__CHAT_PAYLOAD = {"messages":[)" + message + "]};");
+  const ChatStorageSnapshot nothing = ExportTest::snapshotOf({});
+  LibraryUpdate::take(
+      scene.library,
+      [&](const auto& take) { EarlierPages(folder.path(), {}).forEachChat(scene.library.media(), take); },
+      {.snapshot = nothing, .backup = {.backupDate = dateFromUnixTime(1)}, .pageIDOf = ChatArchiveWriter::pageID}, {});
+  scene.reopen();
+  const std::vector<ArchiveMessage> shown = scene.messages("a@x");
+  return shown.size() == 1 ? Json(ArchiveFormat::json(shown.front())).write() : "";
+}
+
+TEST(EarlierPagesShownAgain, AreWhatTheyWere) {
+  for (
+      const char* message :
+      {R"({"id":"7","me":false,"sender":"Ana","text":"hi","ts":5})", R"({"id":"8","me":true,"sender":"Você"})",
+       R"({"id":"7","info":{"options":[{"names":["Ana"],"words":"yes"}],"question":"Tea?"},"kind":"poll","me":false,)"
+       R"("sender":"Ana","text":"Tea?\nyes","ts":5})",
+       R"({"id":"7","info":{"code":2,"type":"joined"},"kind":"notice","me":false,"sender":"","text":"X joined","ts":5})",
+       R"({"id":"7","marks":["deletedLater","forwarded","starred"],"me":false,"mentions":{"15550000002":"Ben"},)"
+       R"("quote":{"me":true,"name":"You","part":"text","thing":"what?","to":"3"},)"
+       R"("reactions":[{"emoji":"👍","names":["Ben"]}],"sender":"Ana","text":"@15550000002","ts":5})",
+       R"({"id":"7","me":false,"media":{"exported":true,"kind":"stickers","name":"x.jpg","path":"A/x.jpg"},)"
+       R"("sender":"Ana","ts":5})",
+       R"({"id":"7","me":false,"media":{"exported":false,"kind":"videos","name":"lost.mp4"},"sender":"Ana","ts":5})"}) {
+    EXPECT_EQ(shownAgain(message), message);
+  }
+}
+
+TEST(EarlierPagesShownAgain, LeadToNoFileThatIsNotThere) {
+  EXPECT_EQ(
+      shownAgain(R"({"id":"7","me":false,"media":{"exported":true,"kind":"photos","path":"../x.jpg"},"sender":"A"})"),
+      R"({"id":"7","me":false,"media":{"exported":false,"kind":"photos"},"sender":"A"})");
+  EXPECT_EQ(shownAgain(R"({"id":"7","me":false,"sender":"A","ts":1e300})"),
+            R"({"id":"7","me":false,"sender":"A","ts":8640000000000})");
 }
 
 // What an earlier program left, whose exports had no library.
