@@ -25,6 +25,7 @@ struct Options {
   std::optional<TimeZone> timeZone;
   std::optional<Locale> locale;
   bool noTranscripts = false;
+  bool isSamePerson = false;
   bool noProgress = false;
   bool json = false;
 };
@@ -87,7 +88,8 @@ ExportSummary exportBackup(const Options& options) {
                                 .destination = absolutePath(options.destination),
                                 .options = options.wanted,
                                 .password = passwordText(password),
-                                .unlockReport = [&](const BackupUnlockReport&) { wipe(password); }},
+                                .unlockReport = [&](const BackupUnlockReport&) { wipe(password); },
+                                .isSamePerson = options.isSamePerson},
                                {.progress = [&](const ExportProgress& progress) { display.show(progress); },
                                 .isCancelled = Interruption::check(),
                                 .warned =
@@ -122,6 +124,8 @@ void addExportCommand(CLI::App& app, int& exitCode) {
   command->add_option_function<std::string>(
       "--locale", [options](const std::string& id) { options->locale = parseLocale(id); },
       "The language and region of what is written, as \"pt_BR\" (default: the system's)");
+  command->add_flag("--same-person", options->isSamePerson,
+                    "The archive belongs to the same person under another number");
   command->add_flag("--no-progress", options->noProgress, "Show no progress");
   command->add_flag("--json", options->json, "Print one JSON object");
   command->callback([options, &exitCode] {

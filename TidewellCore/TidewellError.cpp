@@ -39,6 +39,9 @@ struct Description {
     return "Cannot write to the destination folder “" + c.path + "”.";
   }
   std::string operator()(const TidewellError::IOFailure& c) const { return c.message; }
+  std::string operator()(const TidewellError::ForeignArchive& c) const {
+    return "These chats belong to " + c.owner + ". Choose another folder for this phone.";
+  }
   std::string operator()(const TidewellError::MissingManifestPlist&) const { return notABackupText; }
   std::string operator()(const TidewellError::MissingManifestDB&) const { return notABackupText; }
   std::string operator()(const TidewellError::EncryptedBackup&) const { return encryptedText; }
@@ -72,6 +75,7 @@ struct Suggestion {
     return "Choose a folder you can write to, such as Documents or Desktop.";
   }
   Text operator()(const TidewellError::IOFailure&) const { return std::nullopt; }
+  Text operator()(const TidewellError::ForeignArchive&) const { return std::nullopt; }
   Text operator()(const TidewellError::MissingManifestPlist&) const { return notABackupAdvice; }
   Text operator()(const TidewellError::MissingManifestDB&) const { return notABackupAdvice; }
   Text operator()(const TidewellError::EncryptedBackup&) const { return encryptedAdvice; }
@@ -83,21 +87,11 @@ struct Suggestion {
 };
 
 // In the order of the variant's alternatives.
-constexpr std::array<std::string_view, std::variant_size_v<TidewellError::Case>> caseNames{"backupNotFound",
-                                                                                           "notABackup",
-                                                                                           "multipleDeviceBackups",
-                                                                                           "manifestDecryptFailed",
-                                                                                           "databaseOpenFailed",
-                                                                                           "invalidDatabase",
-                                                                                           "chatStorageUnreadable",
-                                                                                           "destinationNotWritable",
-                                                                                           "ioFailure",
-                                                                                           "missingManifestPlist",
-                                                                                           "missingManifestDB",
-                                                                                           "encryptedBackup",
-                                                                                           "needsBackupPassword",
-                                                                                           "wrongBackupPassword",
-                                                                                           "cancelled"};
+constexpr std::array<std::string_view, std::variant_size_v<TidewellError::Case>> caseNames{
+    "backupNotFound",     "notABackup",          "multipleDeviceBackups", "manifestDecryptFailed",
+    "databaseOpenFailed", "invalidDatabase",     "chatStorageUnreadable", "destinationNotWritable",
+    "ioFailure",          "foreignArchive",      "missingManifestPlist",  "missingManifestDB",
+    "encryptedBackup",    "needsBackupPassword", "wrongBackupPassword",   "cancelled"};
 
 }  // namespace
 
@@ -128,6 +122,9 @@ TidewellError TidewellError::destinationNotWritable(std::string path) {
   return TidewellError(DestinationNotWritable{std::move(path)});
 }
 TidewellError TidewellError::ioFailure(std::string message) { return TidewellError(IOFailure{std::move(message)}); }
+TidewellError TidewellError::foreignArchive(std::string owner) {
+  return TidewellError(ForeignArchive{std::move(owner)});
+}
 TidewellError TidewellError::missingManifestPlist() { return TidewellError(MissingManifestPlist{}); }
 TidewellError TidewellError::missingManifestDB() { return TidewellError(MissingManifestDB{}); }
 TidewellError TidewellError::encryptedBackup() { return TidewellError(EncryptedBackup{}); }

@@ -50,6 +50,11 @@ class TidewellError : public std::exception {
     std::string message;
     bool operator==(const IOFailure&) const = default;
   };
+  // The archive at the destination is somebody else's.
+  struct ForeignArchive {
+    std::string owner;  // their number as it is shown
+    bool operator==(const ForeignArchive&) const = default;
+  };
   struct MissingManifestPlist {
     bool operator==(const MissingManifestPlist&) const = default;
   };
@@ -68,10 +73,10 @@ class TidewellError : public std::exception {
   struct Cancelled {
     bool operator==(const Cancelled&) const = default;
   };
-  using Case =
-      std::variant<BackupNotFound, NotABackup, MultipleDeviceBackups, ManifestDecryptFailed, DatabaseOpenFailed,
-                   InvalidDatabase, ChatStorageUnreadable, DestinationNotWritable, IOFailure, MissingManifestPlist,
-                   MissingManifestDB, EncryptedBackup, NeedsBackupPassword, WrongBackupPassword, Cancelled>;
+  using Case = std::variant<BackupNotFound, NotABackup, MultipleDeviceBackups, ManifestDecryptFailed,
+                            DatabaseOpenFailed, InvalidDatabase, ChatStorageUnreadable, DestinationNotWritable,
+                            IOFailure, ForeignArchive, MissingManifestPlist, MissingManifestDB, EncryptedBackup,
+                            NeedsBackupPassword, WrongBackupPassword, Cancelled>;
 
   explicit TidewellError(Case value);
 
@@ -84,6 +89,7 @@ class TidewellError : public std::exception {
   static TidewellError chatStorageUnreadable(std::string detail);
   static TidewellError destinationNotWritable(std::string path);
   static TidewellError ioFailure(std::string message);
+  static TidewellError foreignArchive(std::string owner);
   static TidewellError missingManifestPlist();
   static TidewellError missingManifestDB();
   static TidewellError encryptedBackup();

@@ -39,7 +39,7 @@ Fixture::BackupContents twoIdentities() {
 struct LibraryRelocationTest : testing::Test {
   LibraryRelocationTest() { build(); }
 
-  // Two exported folders, "Ana" and "Ana-2", of what is known to be one chat.
+  // Two exported folders of what is known to be one chat; "Ana" goes into "Ana-2".
   void build() const {
     fs::remove_all(scene.destination);
     scene.run(everything);
@@ -109,20 +109,20 @@ struct LibraryRelocationTest : testing::Test {
 };
 
 TEST_F(LibraryRelocationTest, FollowsEachFileAndBothTwinsToTheOneThatStays) {
-  ASSERT_EQ(folderOf(anaLID), "Ana-2");
+  ASSERT_EQ(folderOf(anaLID), "Ana");
+  ASSERT_EQ(folderOf(ana), "Ana-2");
   dedupe();
-  EXPECT_FALSE(fs::exists(scene.content / "Ana-2"));
+  EXPECT_FALSE(fs::exists(scene.content / "Ana"));
   expectLedgerThatLeadsToFiles();
   const auto one = placesOf(ana);
   const auto other = placesOf(anaLID);
   EXPECT_EQ(other.at("aa1.jpg"), one.at("aa1.jpg"));
   EXPECT_NE(other.at("ab2.mp4"), one.at("ab2.mp4"));
-  EXPECT_THAT(other.at("fa7.jpg"), testing::StartsWith("Ana/"));
+  EXPECT_THAT(other.at("fa7.jpg"), testing::StartsWith("Ana-2/"));
 }
 
 TEST_F(LibraryRelocationTest, TheNextExportCopiesNothingAndLinksWhatIsGone) {
   dedupe();
-  const auto before = ExportTest::filesBelow(scene.content / "Ana");
   loseAMessage();
   const ExportSummary summary = scene.run(everything);
   EXPECT_EQ(summary.copiedCount, 0);
@@ -136,6 +136,17 @@ TEST_F(LibraryRelocationTest, TheNextExportCopiesNothingAndLinksWhatIsGone) {
     }
   }
   EXPECT_THAT(links, ElementsAre(placesOf(anaLID).at("fa7.jpg")));
+}
+
+TEST_F(LibraryRelocationTest, AnExportThatMovesWhatBothTwinsAreTellsBoth) {
+  dedupe();
+  loseAMessage();
+  FolderManifest::save(scene.content, {{ana, "Ana"}, {anaLID, "Ana-2"}});
+  scene.run(everything);
+  EXPECT_THAT(placesOf(ana).at("aa1.jpg"), testing::StartsWith("Ana/"));
+  EXPECT_EQ(placesOf(anaLID).at("aa1.jpg"), placesOf(ana).at("aa1.jpg"));
+  expectLedgerThatLeadsToFiles();
+  EXPECT_EQ(scene.run(everything).copiedCount, 0);
 }
 
 TEST_F(LibraryRelocationTest, WhatHasNotMovedLeavesTheLibraryAsItIs) {
@@ -177,6 +188,7 @@ TEST_F(LibraryRelocationTest, LeavesALaterVersionsLibraryAsItIsAndSaysSo) {
 
 TEST_F(LibraryRelocationTest, AnInterruptedCleanUpEndsInTheSameLedger) {
   dedupe();
+  expectLedgerThatLeadsToFiles();
   const std::vector<KeptMedium> expected = ledger();
   int count = 1;
   for (build(); crash(count); build(), ++count) {
@@ -197,7 +209,7 @@ TEST_F(LibraryRelocationTest, FollowsLaterWhereItCouldNotBeWritten) {
   EXPECT_THROW(dedupe(), TidewellError);
   fs::remove(obstacle);
   EXPECT_EQ(ledger(), before);
-  EXPECT_FALSE(fs::exists(scene.content / "Ana-2")) << "all else was done";
+  EXPECT_FALSE(fs::exists(scene.content / "Ana")) << "all else was done";
   dedupe();
   EXPECT_EQ(ledger(), expected);
 }

@@ -145,7 +145,35 @@ TEST(Library, OneOfNoBytesIsANewOne) {
   Fixture::TemporaryDirectory folder;
   std::ofstream(folder / LibraryFile::fileName).close();
   EXPECT_TRUE(Library::open(folder.path()).isNew());
-  EXPECT_FALSE(Library::open(folder.path()).isNew());
+  EXPECT_TRUE(Library::open(folder.path()).warnings().empty());
+}
+
+TEST(Library, IsNewUntilABackupWasTakenIn) {
+  LibraryScene scene;
+  scene.reopen();
+  EXPECT_TRUE(scene.library.isNew()) << "the export that made it may have been interrupted";
+  scene.take(snapshotOf({{ana, "Ana"}}, {{1, 10, "one", "A"}}));
+  scene.reopen();
+  EXPECT_FALSE(scene.library.isNew());
+}
+
+// A run that was killed while it made the library leaves pages and the journal that undoes them.
+TEST(Library, ABeginningThatWasBrokenOffIsUndone) {
+  const Fixture::TemporaryDirectory working;
+  const Fixture::TemporaryDirectory folder;
+  const SQLiteDB database((working / LibraryFile::fileName).string(), SQLiteDB::OpenMode::kept);
+  const SQLiteTransaction transaction(database);
+  const auto run = [&](const char* sql) { database.query(sql, {}, [](const SQLiteRow&) {}); };
+  run("PRAGMA cache_size = 1");
+  run("CREATE TABLE t (x)");
+  for (int row = 0; row < 200; ++row) run("INSERT INTO t VALUES (zeroblob(4000))");
+  for (const char* name : {LibraryFile::fileName, LibraryFile::journalName}) {
+    std::filesystem::copy_file(working / name, folder / name);
+  }
+  ASSERT_GT(std::filesystem::file_size(folder / LibraryFile::fileName), 0U);
+  const Library library = Library::open(folder.path());
+  EXPECT_TRUE(library.isNew());
+  EXPECT_THAT(library.warnings(), IsEmpty());
 }
 
 TEST(Library, APageIDThatLeadsElsewhereIsDamage) {

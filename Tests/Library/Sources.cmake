@@ -1,5 +1,6 @@
 target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/LibraryRows.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ArchiveOwnerTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/LibraryTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MessageFactsReadTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MessageFactsTests.cpp

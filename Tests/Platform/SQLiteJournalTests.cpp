@@ -1,11 +1,11 @@
 #include <gmock/gmock.h>
-#include <sqlite3.h>
 
 #include <numeric>
 
 #include "Tests/Platform/SQLiteScene.h"
 #include "Tests/Support/DatabaseWriter.h"
 #include "Tests/Support/TemporaryDirectory.h"
+#include "Tests/Support/UnfinishedTransaction.h"
 
 // Databases whose newest rows, or whose oldest, stand in a journal beside them.
 namespace Fixture {
@@ -61,14 +61,9 @@ TEST_F(SQLiteWALTest, AConnectionCanBeMoved) {
 
 // What an unfinished transaction leaves, with the name of a super-journal at the journal's end
 // (https://www.sqlite.org/fileformat2.html#the_rollback_journal, and pager.c for that name).
-void leaveUnfinished(const fs::path& file, const std::string& superJournal) {
-  sqlite3* handle = nullptr;
-  ASSERT_EQ(sqlite3_open(file.c_str(), &handle), SQLITE_OK);
-  ASSERT_EQ(sqlite3_exec(handle, "BEGIN; DELETE FROM t", nullptr, nullptr, nullptr), SQLITE_OK);
-  ASSERT_EQ(sqlite3_db_cacheflush(handle), SQLITE_OK);
+void leaveUnfinishedWith(const std::string& superJournal, const fs::path& file) {
+  leaveUnfinished(file, "DELETE FROM t");
   Bytes journal = readFile(file.native() + "-journal");
-  const Bytes database = readFile(file);
-  sqlite3_close(handle);
   const auto add = [&](const Bytes& bytes) { journal.insert(journal.end(), bytes.begin(), bytes.end()); };
   const auto addNumber = [&](std::uint32_t number) {
     for (const int shift : {24, 16, 8, 0}) journal.push_back(static_cast<std::uint8_t>(number >> shift));
@@ -79,7 +74,6 @@ void leaveUnfinished(const fs::path& file, const std::string& superJournal) {
   addNumber(static_cast<std::uint32_t>(name.size()));
   addNumber(std::accumulate(name.begin(), name.end(), std::uint32_t{0}));
   add({0xd9, 0xd5, 0x05, 0xf9, 0x20, 0xa1, 0x63, 0xd7});
-  writeFile(file, database);
   writeFile(file.native() + "-journal", journal);
 }
 
@@ -87,7 +81,7 @@ TEST_F(SQLiteDBTest, AJournalRemovesNoFileThatItNames) {
   execute(file_, "CREATE TABLE t (a); INSERT INTO t VALUES ('1'), ('2')");
   const fs::path letters = folder_ / "letters";
   writeFile(letters, "my letters");
-  leaveUnfinished(file_, letters.string());
+  leaveUnfinishedWith(letters.string(), file_);
   EXPECT_THAT(texts(open(SQLiteDB::OpenMode::writableCopy), "SELECT a FROM t"), ElementsAre("1", "2"));
   EXPECT_EQ(readFile(letters), bytesOf("my letters"));
 }

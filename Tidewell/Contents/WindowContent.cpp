@@ -55,6 +55,7 @@ WindowContent WindowContent::of(const ExportState& state, const L10n& texts) {
           .canOpenArchive = state.summary && state.summary->archiveIndexURL,
           .hasError = state.errorMessage.has_value(),
           .errorText = alertText(state),
+          .offersSamePerson = state.offersSamePerson(),
           .asksToStop = state.stopQuestion != StopQuestion::none,
           .unopenedPath = state.unopenedPath ? ContentText::path(*state.unopenedPath) : QString()};
 }

@@ -23,6 +23,7 @@ struct WindowContent {
   Q_PROPERTY(bool canOpenArchive MEMBER canOpenArchive)
   Q_PROPERTY(bool hasError MEMBER hasError)
   Q_PROPERTY(QString errorText MEMBER errorText)
+  Q_PROPERTY(bool offersSamePerson MEMBER offersSamePerson)
   Q_PROPERTY(bool asksToStop MEMBER asksToStop)
   Q_PROPERTY(QString unopenedPath MEMBER unopenedPath)
 
@@ -40,9 +41,10 @@ struct WindowContent {
   bool dropTargeted = false;
   bool canOpenArchive = false;
   bool hasError = false;
-  QString errorText;        // the message and, after an empty line, what to do about it
-  bool asksToStop = false;  // whether the running export is to be ended
-  QString unopenedPath;     // what the desktop could not open; empty without one
+  QString errorText;              // the message and, after an empty line, what to do about it
+  bool offersSamePerson = false;  // whether the error may be none: the archive's owner has another number now
+  bool asksToStop = false;        // whether the running export is to be ended
+  QString unopenedPath;           // what the desktop could not open; empty without one
 
   static WindowContent of(const ExportState& state, const L10n& texts);
 

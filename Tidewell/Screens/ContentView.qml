@@ -253,6 +253,8 @@ FocusScope {
     ErrorAlert {
         visible: view.content.hasError
         message: view.content.errorText
+        offersSamePerson: view.content.offersSamePerson
+        onSamePerson: view.controller.exportAsSamePerson()
         onDismissed: view.controller.dismissError()
     }
 }

@@ -8,7 +8,9 @@ ModalPanel {
     id: alert
 
     required property string message
+    property bool offersSamePerson: false
     signal dismissed()
+    signal samePerson()
 
     objectName: "errorAlert"
     role: Accessible.AlertMessage
@@ -67,12 +69,22 @@ ModalPanel {
             wrapMode: Text.Wrap
         }
     }
-    PrimaryButton {
-        objectName: "alertOKButton"
+    RowLayout {
         Layout.alignment: Qt.AlignRight
-        focus: true
-        text: L10n.text("OK")
-        onClicked: alert.dismissed()
-        Accessible.description: alert.title + "\n" + alert.message
+        spacing: Theme.snug
+
+        PlainButton {
+            objectName: "samePersonButton"
+            visible: alert.offersSamePerson
+            text: L10n.text("Same person, another number")
+            onClicked: alert.samePerson()
+        }
+        PrimaryButton {
+            objectName: "alertOKButton"
+            focus: true
+            text: L10n.text("OK")
+            onClicked: alert.dismissed()
+            Accessible.description: alert.title + "\n" + alert.message
+        }
     }
 }

@@ -21,6 +21,7 @@ struct Work {
   ExportOptions options;
   std::optional<SecretBytes> password;
   std::optional<PasswordKey> passwordKey;
+  bool isSamePerson = false;
   TranscriptStyle style;
   RunControl control;
 
@@ -30,7 +31,8 @@ struct Work {
                         .destination = destination,
                         .options = options,
                         .password = text,
-                        .passwordKey = passwordKey ? &*passwordKey : nullptr};
+                        .passwordKey = passwordKey ? &*passwordKey : nullptr,
+                        .isSamePerson = isSamePerson};
     return Exporter{.transcriptStyle = style}.exportBackup(job, control);
   }
 };
@@ -52,7 +54,11 @@ void ExportRun::startAgain(const Then& failed) {
   if (session_.state().step == WizardStep::done && session_.state().canExport()) run(failed);
 }
 
-void ExportRun::run(const Then& failed) {
+void ExportRun::startAsSamePerson(const Then& failed) {
+  if (session_.state().offersSamePerson() && session_.state().canExport()) run(failed, true);
+}
+
+void ExportRun::run(const Then& failed, bool isSamePerson) {
   const ExportSession::Batch batch(session_);
   const ExportState& state = session_.state();
   const auto run = std::make_shared<CancellationToken>();
@@ -72,6 +78,7 @@ void ExportRun::run(const Then& failed) {
            .options = {.includedKinds = state.includedKinds, .exportTranscripts = state.exportTranscripts},
            .password = state.unlockedPassword,
            .passwordKey = state.passwordKey,
+           .isSamePerson = isSamePerson,
            .style = session_.texts().transcriptStyle(),
            .control = {.progress =
                            session_.posting(std::function([this](ExportProgress progress) { takeProgress(progress); })),

@@ -20,6 +20,8 @@ class ExportRun {
   void start(const Then& failed);
   // From the summary: the same export once more, which copies what is not there yet.
   void startAgain(const Then& failed);
+  // From the refusal of another owner's archive: the same export, told that it is the same person's.
+  void startAsSamePerson(const Then& failed);
   void cancel();
 
   // Whether the window may close: it may not while an export runs that nobody has ended. It is asked then.
@@ -31,7 +33,7 @@ class ExportRun {
   StopQuestion stop();
 
  private:
-  void run(const Then& failed);
+  void run(const Then& failed, bool isSamePerson = false);
   void takeProgress(const ExportProgress& progress);
   void take(std::future<ExportSummary> summary, const Then& failed);
   void tellWhoIsAway(const std::string& title, const std::string& text) const;

@@ -6,6 +6,7 @@
 
 #include "TidewellCore/ErrorReport.h"
 #include "TidewellCore/Platform/PathText.h"
+#include "TidewellCore/TidewellError.h"
 
 namespace {
 
@@ -103,6 +104,8 @@ void ExportSession::present(const std::exception& error) {
   const ErrorReport report = ErrorReport::of(error);
   set(&ExportState::recoverySuggestion,
       report.recoverySuggestion ? std::optional(translated(*report.recoverySuggestion)) : std::nullopt);
+  const auto* known = dynamic_cast<const TidewellError*>(&error);
+  set(&ExportState::isForeignArchive, known != nullptr && known->is<TidewellError::ForeignArchive>());
   set(&ExportState::errorMessage, translated(report.errorDescription));
 }
 
@@ -110,4 +113,5 @@ void ExportSession::clearError() {
   const Batch batch(*this);
   set(&ExportState::errorMessage, std::nullopt);
   set(&ExportState::recoverySuggestion, std::nullopt);
+  set(&ExportState::isForeignArchive, false);
 }

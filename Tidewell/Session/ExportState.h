@@ -44,6 +44,7 @@ struct ExportState {
   std::optional<ExportSummary> summary;
   std::optional<std::string> errorMessage;  // absent: no alert
   std::optional<std::string> recoverySuggestion;
+  bool isForeignArchive = false;                      // the last error: the destination has another owner's archive
   std::optional<std::int64_t> availableBytes;         // on the destination's volume
   std::int64_t keptBytes = 0;                         // what exports that broke off left in the destination
   bool dropTargeted = false;                          // a folder is being dragged over the window
@@ -65,6 +66,8 @@ struct ExportState {
   bool isScanning() const { return std::holds_alternative<Scanning>(work); }
   bool isUnlocking() const;
   bool isCancellingUnlock() const;
+  // While the alert about that shows.
+  bool offersSamePerson() const { return errorMessage && isForeignArchive; }
   bool isExporting() const { return std::holds_alternative<Exporting>(work); }
   // Whether `run` is what the wizard is busy with.
   bool isRunning(const Run& run) const;

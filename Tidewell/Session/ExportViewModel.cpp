@@ -138,6 +138,10 @@ void ExportViewModel::tryAgain() {
   export_.startAgain([this] { destination_.takeStock(); });
 }
 
+void ExportViewModel::exportAsSamePerson() {
+  export_.startAsSamePerson([this] { destination_.takeStock(); });
+}
+
 void ExportViewModel::cancelExport() { export_.cancel(); }
 
 void ExportViewModel::askToCancelExport() { export_.ask(StopQuestion::cancel); }

@@ -61,6 +61,8 @@ class ExportViewModel : public QObject {
   Q_INVOKABLE void cancelExport();
   // From the summary: exports once more, which copies what failed.
   Q_INVOKABLE void tryAgain();
+  // From the refusal of another owner's archive: exports nevertheless, since that is the same person.
+  Q_INVOKABLE void exportAsSamePerson();
   Q_INVOKABLE void exportAnother();
   Q_INVOKABLE void openArchive();
   Q_INVOKABLE void revealDestination();

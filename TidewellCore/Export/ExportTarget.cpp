@@ -48,13 +48,18 @@ DestinationLock locked(const fs::path& destination, const fs::path& backup) {
   });
 }
 
+fs::path prepared(const fs::path& destination, const fs::path& backup, const ExportTarget::Check& check) {
+  check(destination / FolderNames::content);
+  return madeReady(destination, [&] { return ExportLayout::prepare(destination, backup); });
+}
+
 }  // namespace
 
-ExportTarget::ExportTarget(const fs::path& destination, const fs::path& backup)
+ExportTarget::ExportTarget(const fs::path& destination, const fs::path& backup, const Check& check)
     : destination_(destination),
       lock_(locked(destination, backup)),
       disk_(destination),
-      contentRoot_(madeReady(destination, [&] { return ExportLayout::prepare(destination, backup); })),
+      contentRoot_(prepared(destination, backup, check)),
       nameForm_(madeReady(destination, [&] { return NameProbe::formFor(contentRoot_); })) {
   madeReady(destination, [&] { includeVolumes(); });
 }

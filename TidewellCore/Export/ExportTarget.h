@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <vector>
 
 #include "TidewellCore/Destination/DestinationIndex.h"
@@ -14,9 +15,13 @@
 // disk is std::filesystem::filesystem_error.
 class ExportTarget {
  public:
-  // Makes the folder where it is missing, locks it and prepares its content root.
+  // Looks at the content root of a destination that is locked, before anything there is changed; it may not be there.
+  // What it throws is passed on.
+  using Check = std::function<void(const std::filesystem::path& contentRoot)>;
+
+  // Makes the folder where it is missing, locks it, has it checked and prepares its content root.
   // Nothing is exported into a backup, be it another than the one that is read.
-  ExportTarget(const std::filesystem::path& destination, const std::filesystem::path& backup);
+  ExportTarget(const std::filesystem::path& destination, const std::filesystem::path& backup, const Check& check);
 
   const std::filesystem::path& destination() const { return destination_; }
   const std::filesystem::path& contentRoot() const { return contentRoot_; }

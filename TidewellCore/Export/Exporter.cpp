@@ -24,6 +24,7 @@
 #include "TidewellCore/Export/MediaCopying.h"
 #include "TidewellCore/Export/ProgressReporter.h"
 #include "TidewellCore/FileNaming.h"
+#include "TidewellCore/Library/ArchiveOwner.h"
 #include "TidewellCore/Library/LibraryUpdate.h"
 #include "TidewellCore/Platform/SaturatingAdd.h"
 #include "TidewellCore/Platform/TemporaryFolder.h"
@@ -114,13 +115,13 @@ class Writing {
         job_(job),
         source_(source),
         control_(control),
-        target_(job.destination, job.backup),
+        target_(job.destination, job.backup, [&](const fs::path& contentRoot) { requireOwner(contentRoot); }),
         naming_(NamingMemory::decide({.naming = {.timeZone = exporter.timeZone, .locale = exporter.locale},
                                       .isTimeZoneChosen = exporter.isTimeZoneChosen,
                                       .isLocaleChosen = exporter.isLocaleChosen},
                                      NamingMemory::load(target_.contentRoot()))),
         index_(target_.index(control.isCancelled)),
-        library_(Library::open(target_.contentRoot())),
+        library_(openLibrary()),
         plan_(makePlan(job, source, {.index = index_, .ledger = library_.media()},
                        FileNaming::stampFormatter(naming_.naming.timeZone, naming_.naming.locale),
                        control.isCancelled)) {}
@@ -143,13 +144,26 @@ class Writing {
       writeArchive(progress);
       remember();
     } else {
-      LibraryUpdate::takeMedia(library_);
+      LibraryUpdate::takeMedia(library_, source_.snapshot);
     }
     target_.flush(folders_);
     return std::move(summary_);
   }
 
  private:
+  // `place` is a content root or an open library.
+  template <typename Place>
+  void requireOwner(const Place& place) const {
+    if (!job_.isSamePerson) ArchiveOwner::requireSame(place, source_.snapshot);
+  }
+
+  // One whose last transaction was broken off can be read, and its owner be known, only now.
+  Library openLibrary() const {
+    Library library = Library::open(target_.contentRoot());
+    requireOwner(library.database());
+    return library;
+  }
+
   void warn() {
     summary_.warnings = source_.warnings;
     std::ranges::copy(plan_.warnings, std::back_inserter(summary_.warnings));

@@ -22,6 +22,7 @@ struct ExportJob {
   std::optional<std::string_view> password;  // the caller's; must outlive the unlock
   const PasswordKey* passwordKey = nullptr;  // of an earlier scan; the caller's; must outlive the run
   UnlockObserver unlockReport;               // as of a scan
+  bool isSamePerson = false;                 // the archive is this phone's, whatever number its owner had
 };
 
 // The front of the core: looks into backups and exports them. Works on the
@@ -49,7 +50,8 @@ struct Exporter {
   // An export's own folder "messages" as the destination means the export above it.
   // A file that cannot be copied is recorded and does not end the run; a disk that
   // is full and a backup that was taken away do, with TidewellError::ioFailure. An
-  // export into the same destination copies only what is new.
+  // export into the same destination copies only what is new; another person's is left
+  // as it is, with TidewellError::foreignArchive.
   ExportSummary exportBackup(const ExportJob& job, const RunControl& control = {}) const;
 
   // Merges the folders that earlier exports left twice; without `apply` it only reports them.

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <set>
 
-#include "TidewellCore/UsedNames.h"
-
 Library Library::open(const std::filesystem::path& contentRoot) {
   std::string warning;
   try {
@@ -19,6 +17,8 @@ Library Library::open(const std::filesystem::path& contentRoot) {
 
 Library::Library(LibraryFile file)
     : file_(std::move(file)), people_(database()), media_(database()), chats_(KeptChats::all(database())) {
+  for (const KeptChat& chat : chats_) pages_.take(chat.page);
+  database().forEachRow("SELECT id FROM export LIMIT 1", [this](const SQLiteRowView&) { isNew_ = false; });
   database().forEachRow("SELECT jid, chat FROM chat_jid", [this](const SQLiteRowView& row) {
     numbersByJID_.insert_or_assign(std::string(row.text(0).value_or("")), row.integer(1).value_or(0));
   });
@@ -38,9 +38,7 @@ std::vector<std::size_t> Library::chatsOf(const std::vector<std::string>& jids) 
 }
 
 std::size_t Library::add(KeptChat chat) {
-  UsedNames used;
-  for (const KeptChat& other : chats_) used.take(other.page);
-  chat.page = used.uniquify(chat.page);
+  chat.page = pages_.uniquify(chat.page);
   chat.id = chats_.empty() ? 1 : chats_.back().id + 1;
   chats_.push_back(std::move(chat));
   identify(chats_.size() - 1, chats_.back().jid);

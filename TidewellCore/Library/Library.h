@@ -10,6 +10,7 @@
 #include "TidewellCore/Library/KeptPeople.h"
 #include "TidewellCore/Library/LibraryFile.h"
 #include "TidewellCore/Library/MediaLedger.h"
+#include "TidewellCore/UsedNames.h"
 
 // An export's library, open: all of it in memory but the messages.
 class Library {
@@ -17,8 +18,8 @@ class Library {
   // As LibraryFile::open, but one that will not do is set aside and made anew.
   static Library open(const std::filesystem::path& contentRoot);
 
-  // No backup was taken in yet.
-  bool isNew() const { return file_.isNew(); }
+  // No backup was taken in yet, be it that an export was interrupted before.
+  bool isNew() const { return isNew_; }
   // Of what was set aside: sentences for people, in English.
   const std::vector<std::string>& warnings() const { return warnings_; }
   const SQLiteDB& database() const { return file_.database(); }
@@ -42,9 +43,11 @@ class Library {
   explicit Library(LibraryFile file);
 
   LibraryFile file_;
+  bool isNew_ = true;
   std::vector<std::string> warnings_;
   KeptPeople people_;
   MediaLedger media_;
   std::vector<KeptChat> chats_;
+  UsedNames pages_;  // the page IDs of the chats
   std::map<std::string, std::int64_t, std::less<>> numbersByJID_;
 };

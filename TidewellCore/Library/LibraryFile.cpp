@@ -67,13 +67,6 @@ bool isSound(const SQLiteDB& database) {
   return isSound;
 }
 
-// An export that was stopped early, or that took media alone, leaves none.
-bool hasExports(const SQLiteDB& database) {
-  bool hasAny = false;
-  database.forEachRow("SELECT 1 FROM export LIMIT 1", [&](const SQLiteRowView&) { hasAny = true; });
-  return hasAny;
-}
-
 void requireNotLater(const SQLiteDB& database) {
   if (numberOf(database, "PRAGMA application_id") != applicationID) return;
   if (numberOf(database, "PRAGMA user_version") <= schemaVersion) return;
@@ -81,11 +74,26 @@ void requireNotLater(const SQLiteDB& database) {
       "A newer version of this program wrote this export’s library. Use that version, or choose another folder."});
 }
 
-SQLiteDB soundDatabase(const fs::path& file) {
-  SQLiteDB database(PathText::text(file), SQLiteDB::OpenMode::kept);
+void requireThat(bool isSo) {
+  if (!isSo) throw SQLiteDamage(TidewellError::InvalidDatabase{"It is no sound library."});
+}
+
+SQLiteDB ourDatabase(const fs::path& file, SQLiteDB::OpenMode mode) {
+  SQLiteDB database(PathText::text(file), mode);
   requireNotLater(database);
-  const bool isOurs = numberOf(database, "PRAGMA application_id") == applicationID && hasTables(database);
-  if (!isOurs || !isSound(database)) throw SQLiteDamage(TidewellError::InvalidDatabase{"It is no sound library."});
+  requireThat(numberOf(database, "PRAGMA application_id") == applicationID && hasTables(database));
+  return database;
+}
+
+// What a run that was killed had begun is undone when it is opened; of a new one nothing is left then.
+bool isUndone(const fs::path& file) {
+  const SQLiteDB database(PathText::text(file), SQLiteDB::OpenMode::kept);
+  return numberOf(database, "PRAGMA page_count") == 0;
+}
+
+SQLiteDB soundDatabase(const fs::path& file) {
+  SQLiteDB database = ourDatabase(file, SQLiteDB::OpenMode::kept);
+  requireThat(isSound(database));
   return database;
 }
 
@@ -95,7 +103,7 @@ LibraryFile LibraryFile::open(const fs::path& contentRoot) {
   if (auto library = openIfThere(contentRoot)) return std::move(*library);
   SQLiteDB database(PathText::text(contentRoot / fileName), SQLiteDB::OpenMode::kept);
   makeTables(database);
-  return {std::move(database), true};
+  return LibraryFile(std::move(database));
 }
 
 // One of no bytes is what a power cut leaves of a new one.
@@ -104,10 +112,15 @@ std::optional<LibraryFile> LibraryFile::openIfThere(const fs::path& contentRoot)
   const Files::Kind kind = Files::kindOf(file);
   if (kind == Files::Kind::nothing) return std::nullopt;
   if (kind != Files::Kind::file) throw SQLiteDamage(TidewellError::InvalidDatabase{"It is no file."});
-  if (Files::regularFileSize(file) == 0) return std::nullopt;
-  SQLiteDB database = soundDatabase(file);
-  const bool isNew = !hasExports(database);
-  return LibraryFile(std::move(database), isNew);
+  if (Files::regularFileSize(file) == 0 || isUndone(file)) return std::nullopt;
+  return LibraryFile(soundDatabase(file));
+}
+
+// What is no file could be waited for without end.
+SQLiteDB LibraryFile::look(const fs::path& contentRoot) {
+  requireThat(Files::kindOf(contentRoot / fileName) == Files::Kind::file);
+  requireThat(Files::kindOf(contentRoot / journalName) == Files::Kind::nothing);
+  return ourDatabase(contentRoot / fileName, SQLiteDB::OpenMode::keptReadOnly);
 }
 
 std::string LibraryFile::setAside(const fs::path& contentRoot) {

@@ -24,16 +24,17 @@ class LibraryFile {
   static LibraryFile open(const std::filesystem::path& contentRoot);
   // As `open`, but makes none: absent where nothing was kept yet.
   static std::optional<LibraryFile> openIfThere(const std::filesystem::path& contentRoot);
+  // Opens it to be read alone and changes nothing, not looking for damage. Throws TidewellError where there
+  // is none, for one that is not ours or a later version's, and for one beside which a journal stands; and what
+  // the file system reports.
+  static SQLiteDB look(const std::filesystem::path& contentRoot);
   // Gives one that will not do another name, with its journal. Returns a sentence for people, in English.
   static std::string setAside(const std::filesystem::path& contentRoot);
 
   const SQLiteDB& database() const { return database_; }
-  // No backup was taken in yet, whatever was written of media.
-  bool isNew() const { return isNew_; }
 
  private:
-  LibraryFile(SQLiteDB database, bool isNew) : database_(std::move(database)), isNew_(isNew) {}
+  explicit LibraryFile(SQLiteDB database) : database_(std::move(database)) {}
 
   SQLiteDB database_;
-  bool isNew_ = false;
 };

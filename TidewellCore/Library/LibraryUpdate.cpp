@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <chrono>
-#include <set>
 
+#include "TidewellCore/Library/ArchiveOwner.h"
 #include "TidewellCore/Library/MessageUnion.h"
 #include "TidewellCore/Library/ToldChat.h"
 #include "TidewellCore/Library/ToldPeople.h"
@@ -74,6 +74,10 @@ class Update {
       chat.isGone = isGone;
       touch(place);
     }
+  }
+
+  void takeOwner(const ChatStorageSnapshot& snapshot) {
+    hasChanged_ |= ArchiveOwner::enter(library_.database(), snapshot.ownJIDs());
   }
 
   void takePictures(const std::map<std::string, std::string>& pictures) {
@@ -175,18 +179,6 @@ class Update {
                        valueOf(message.facts), valueOf(message.page)});
   }
 
-  void takeOwner(const ChatStorageSnapshot& snapshot) {
-    std::set<std::string, std::less<>> known;
-    library_.database().forEachRow("SELECT jid FROM owner",
-                                   [&](const SQLiteRowView& row) { known.emplace(row.text(0).value_or("")); });
-    const SQLiteStatement write(library_.database(), "INSERT INTO owner (jid) VALUES (?)");
-    for (const std::string& jid : snapshot.ownJIDs()) {
-      if (jid.empty() || known.contains(jid)) continue;
-      write.run({std::string_view(jid)});
-      hasChanged_ = true;
-    }
-  }
-
   void writeExport(const LibraryUpdate::Source& source) {
     const SQLiteStatement write(library_.database(),
                                 "INSERT INTO export (id, at, device, device_name, backup_at, zone, locale)"
@@ -251,4 +243,8 @@ void LibraryUpdate::takePictures(Library& library, const std::map<std::string, s
   update.commit(nullptr);
 }
 
-void LibraryUpdate::takeMedia(Library& library) { Update(library).commit(nullptr); }
+void LibraryUpdate::takeMedia(Library& library, const ChatStorageSnapshot& snapshot) {
+  Update update(library);
+  update.takeOwner(snapshot);
+  update.commit(nullptr);
+}

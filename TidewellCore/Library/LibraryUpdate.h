@@ -37,7 +37,7 @@ void take(Library& library, const EarlierChats& earlier, const Source& source, c
 // Keeps which picture each chat has, from the content root, by the chat's page ID.
 void takePictures(Library& library, const std::map<std::string, std::string>& pictures);
 
-// Keeps what the ledger was told, and no text.
-void takeMedia(Library& library);
+// Keeps what the ledger was told and who the owner is, and no text.
+void takeMedia(Library& library, const ChatStorageSnapshot& snapshot);
 
 }  // namespace LibraryUpdate

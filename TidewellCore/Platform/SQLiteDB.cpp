@@ -75,6 +75,12 @@ Mode modeOf(SQLiteDB::OpenMode mode) {
               {watchful, "PRAGMA journal_mode = DELETE;", "PRAGMA synchronous = FULL;"},
               false,
               "unix-none"};
+    case SQLiteDB::OpenMode::keptReadOnly:
+      return {SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_NOFOLLOW,
+              "look at the archive's library",
+              {watchful, refuseWrites},
+              false,
+              "unix-none"};
     case SQLiteDB::OpenMode::create:
       break;
   }

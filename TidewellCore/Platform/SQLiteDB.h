@@ -91,6 +91,7 @@ class SQLiteDB {
     // transactions that a power cut leaves whole or undone. Whoever opens it has seen to it that nobody else
     // does: no locks are asked of the drive.
     kept,
+    keptReadOnly,  // such a file as it stands: nothing is rolled back, so one with a journal to roll back is refused
   };
 
   using Bind = std::variant<std::string, std::int64_t, Bytes>;

@@ -117,6 +117,17 @@ TEST(WindowContent, JoinsAnErrorAndItsAdvice) {
   }
 }
 
+TEST(WindowContent, OffersTheSamePersonWhileTheRefusalShows) {
+  ExportState state;
+  EXPECT_FALSE(contentOf(state).offersSamePerson);
+  state.errorMessage = "These chats belong to +55 11 90000-1111. Choose another folder for this phone.";
+  EXPECT_FALSE(contentOf(state).offersSamePerson) << "the case counts, not the words";
+  state.isForeignArchive = true;
+  EXPECT_TRUE(contentOf(state).offersSamePerson);
+  state.errorMessage.reset();
+  EXPECT_FALSE(contentOf(state).offersSamePerson) << "dismissed";
+}
+
 TEST(WindowContent, LeavesTheWordsOfAnErrorAsTheyAre) {
   ExportState state;
   for (const QString& name : unusualNames) {

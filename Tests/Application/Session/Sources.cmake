@@ -10,6 +10,7 @@ target_sources(TidewellSessionTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/ExportTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/Fakes.cpp
   ${CMAKE_CURRENT_LIST_DIR}/FolderBrowserTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ForeignArchiveTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/LibraryTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ManyMessages.cpp
   ${CMAKE_CURRENT_LIST_DIR}/PasswordTests.cpp
