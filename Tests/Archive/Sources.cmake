@@ -12,7 +12,6 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/MessageWordsTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/NoticeWordsTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ProfilePicturesTests.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/ReadableTextTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TextMarksTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TranscriptWriterTests.cpp)
 

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <limits>
 
 #include "TidewellCore/Library/KeptChats.h"
 #include "TidewellCore/Library/MessageFacts.h"
@@ -196,6 +197,80 @@ TEST_F(MessageUnionTest, APagesWordsStayWhenTheMessageWasDeleted) {
   ASSERT_EQ(kept.size(), 1U);
   EXPECT_TRUE(kept[0].page);
   EXPECT_TRUE(kept[0].isDeletedLater);
+}
+
+TEST_F(MessageUnionTest, WordsOfAPageAreComparedAsPagesShowThem) {
+  const KeptMessage lines{.key = 1, .time = 10, .text = "a\nb\uFFFD", .page = R"({"id":"1"})"};
+  const KeptMessage document{.key = 2, .time = 20, .text = "plan.pdf\nlook", .page = R"({"id":"2"})"};
+  const auto kept =
+      united({lines, document},
+             {{.key = 8, .time = 10, .stanzaID = "A", .text = "a\r\nb\x01"},
+              {.key = 9, .time = 20, .stanzaID = "B", .text = "look", .facts = facts({.heading = "plan.pdf"})}},
+             true);
+  ASSERT_EQ(kept.size(), 2U);
+  EXPECT_EQ(kept[0].stanzaID, "A");
+  EXPECT_EQ(kept[1].stanzaID, "B");
+}
+
+TEST_F(MessageUnionTest, APageIsNoMessageOfTheOtherSide) {
+  const KeptMessage page{.key = 1, .time = 10, .isFromMe = true, .medium = 7, .page = R"({"id":"1","me":true})"};
+  EXPECT_EQ(united({page}, {{.key = 1, .time = 10, .stanzaID = "A", .medium = 9}}, true).size(), 2U);
+}
+
+TEST_F(MessageUnionTest, ANoticeOfAPageIsNobodys) {
+  const KeptMessage page{.key = 1, .time = 10, .page = R"({"id":"1","kind":"notice","text":"You left."})"};
+  for (const std::int64_t key : {1, 9}) {
+    const KeptMessage told{.key = key, .time = 10, .isFromMe = true, .facts = facts({.content = Notice()})};
+    const auto kept = united({page}, {told}, true);
+    ASSERT_EQ(kept.size(), 1U) << key;
+    EXPECT_FALSE(kept[0].page) << key;
+  }
+}
+
+TEST_F(MessageUnionTest, FilesOfOneSecondAreKnownByTheirPlaceOrNotAtAll) {
+  const KeptMessage first{.key = 1, .time = 10, .medium = 7, .page = R"({"id":"1"})"};
+  const KeptMessage second{.key = 2, .time = 10, .placeInSecond = 1, .medium = 8, .page = R"({"id":"2"})"};
+  const KeptMessage toldAsSecond{.key = 5, .time = 10, .stanzaID = "A", .medium = 8};
+  const auto known = united({first, second}, {toldAsSecond}, true);
+  ASSERT_EQ(known.size(), 2U);
+  EXPECT_TRUE(known[0].page);
+  EXPECT_EQ(known[1].stanzaID, "A");
+  const KeptMessage other{.key = 5, .time = 10, .stanzaID = "A", .medium = 9};
+  EXPECT_EQ(united({first, second}, {other}, true).size(), 3U) << "either might be it";
+  EXPECT_EQ(united({first}, {other, {.key = 6, .time = 10, .stanzaID = "B", .medium = 3}}, true).size(), 3U)
+      << "it might be either";
+}
+
+TEST_F(MessageUnionTest, APollOfAPageIsNoPhoto) {
+  const KeptMessage poll{.key = 1, .time = 10, .page = R"({"id":"1","kind":"poll","text":"Tea?"})"};
+  EXPECT_EQ(united({poll}, {{.key = 5, .time = 10, .stanzaID = "A", .medium = 9}}, true).size(), 2U);
+  const KeptMessage told{.key = 5, .time = 10, .stanzaID = "A", .facts = facts({.content = Poll()})};
+  EXPECT_EQ(united({poll}, {told}, true).size(), 1U);
+}
+
+TEST_F(MessageUnionTest, WhatAPageAndTheBackupCallDeletedIsNotDeletedLater) {
+  const KeptMessage page{.key = 1, .time = 10, .page = R"({"id":"1","kind":"deleted","text":"Deleted"})"};
+  const KeptMessage told{.key = 1, .time = 10, .stanzaID = "A", .facts = facts({.content = DeletedMessage()})};
+  const auto kept = united({page}, {told}, true);
+  ASSERT_EQ(kept.size(), 1U);
+  EXPECT_FALSE(kept[0].page);
+  EXPECT_FALSE(kept[0].isDeletedLater);
+}
+
+TEST_F(MessageUnionTest, APagesWordsStayWhenAnotherPhoneSaysThatTheyWereDeleted) {
+  const KeptMessage page{.key = 1, .time = 10, .text = "hi", .page = R"({"id":"1","text":"hi"})"};
+  const KeptMessage told{.key = 7, .time = 10, .stanzaID = "A", .facts = facts({.content = DeletedMessage()})};
+  const auto kept = united({page}, {told}, true);
+  ASSERT_EQ(kept.size(), 1U);
+  EXPECT_EQ(kept[0].text, "hi");
+  EXPECT_TRUE(kept[0].isDeletedLater);
+}
+
+TEST_F(MessageUnionTest, TheLastKeyOfAllLeavesOthersFree) {
+  constexpr std::int64_t last = std::numeric_limits<std::int64_t>::max();
+  const auto kept = united({}, {{.key = last, .time = 1, .text = "a"}, {.key = last, .time = 2, .text = "b"}}, true);
+  ASSERT_EQ(kept.size(), 2U);
+  EXPECT_EQ(kept[1].key, 1);
 }
 
 }  // namespace

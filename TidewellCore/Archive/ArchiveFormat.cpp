@@ -5,8 +5,8 @@
 
 #include "TidewellCore/Archive/DetailsFormat.h"
 #include "TidewellCore/Archive/MessageLine.h"
-#include "TidewellCore/Archive/ReadableText.h"
 #include "TidewellCore/Platform/JSONMembers.h"
+#include "TidewellCore/Platform/ReadableText.h"
 
 namespace {
 

@@ -4,12 +4,12 @@
 
 #include "TidewellCore/Archive/ArchiveScripts.h"
 #include "TidewellCore/Archive/MessageBlocks.h"
-#include "TidewellCore/Archive/ReadableText.h"
 #include "TidewellCore/FileNaming.h"
 #include "TidewellCore/FolderNames.h"
 #include "TidewellCore/Platform/Bytes.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
+#include "TidewellCore/Platform/ReadableText.h"
 
 namespace {
 

@@ -17,14 +17,6 @@ constexpr std::string_view blockClosing = "`;\n";
 
 using Visit = std::function<void(std::string_view part)>;
 
-void forEachLine(std::string_view text, const Visit& visit) {
-  while (!text.empty()) {
-    const std::string_view line = text.substr(0, text.find('\n'));
-    visit(line);
-    text.remove_prefix(std::min(line.size() + 1, text.size()));
-  }
-}
-
 // The text with what `change` makes of its parts, which `forEachPart` visits in
 // their order; absent when it makes nothing of any.
 template <typename ForEachPart, typename Change>
@@ -99,6 +91,19 @@ std::vector<ArchiveChatSummary> ArchiveScripts::chats(std::string_view list) {
   return chats;
 }
 
+ArchiveScripts::Blocks ArchiveScripts::blocks(std::string_view list) {
+  const std::optional<Json> json = ChatArchiveJSON::parseAssignment(list, archiveMember);
+  const auto* archive = json ? json->as<Json::Object>() : nullptr;
+  const auto form = archive ? MessageLine::form(*archive) : std::nullopt;
+  Blocks blocks;
+  if (!form) return blocks;
+  blocks.form = *form;
+  for (const Json& item : JSONMembers::valueOf<Json::Array>(*archive, "blocks")) {
+    if (const auto* block = item.as<Json::Object>()) blocks.list.push_back(ArchiveFormat::block(*block));
+  }
+  return blocks;
+}
+
 std::string ArchiveScripts::changedList(std::string list, const ListChange& change) {
   list =
       withValue(std::move(list), archiveMember, [&](const Json& archive) { return changedArchive(archive, change); });
@@ -141,10 +146,19 @@ std::string_view ArchiveScripts::lines(std::string_view block) {
   return block.substr(blockOpening.size(), block.size() - blockOpening.size() - blockClosing.size());
 }
 
+void ArchiveScripts::forEachLine(std::string_view block, const Visit& visit) {
+  std::string_view text = lines(block);
+  while (!text.empty()) {
+    const std::string_view line = text.substr(0, text.find('\n'));
+    visit(line);
+    text.remove_prefix(std::min(line.size() + 1, text.size()));
+  }
+}
+
 std::optional<std::string> ArchiveScripts::changedBlock(std::string_view script, MessageLine::Form form,
                                                         const ArchiveFormat::Change<ArchiveMessage>& change) {
   return changedParts(
-      script, [&](const Visit& visit) { forEachLine(lines(script), visit); },
+      script, [&](const Visit& visit) { forEachLine(script, visit); },
       [&](std::string_view line) -> std::optional<std::string> {
         const auto message = ArchiveFormat::mayNameFile(line) ? MessageLine::message(line, form) : std::nullopt;
         auto newMessage = message ? ArchiveFormat::changed(*message, change) : std::nullopt;

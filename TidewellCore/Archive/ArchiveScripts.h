@@ -18,6 +18,12 @@ namespace ArchiveScripts {
 std::string list(const ArchiveFormat::Description& archive, const std::vector<ArchiveChatSummary>& chats);
 // The chats of such a list; empty when it cannot be read.
 std::vector<ArchiveChatSummary> chats(std::string_view list);
+// The blocks of such a list, in their order; none when it has none, or their lines have a form that is not known.
+struct Blocks {
+  MessageLine::Form form = MessageLine::Form::columns;
+  std::vector<ArchiveBlock> list;
+};
+Blocks blocks(std::string_view list);
 // The list with its changes. Blocks come before the chats, and not at all when
 // their lines have a form that is not known.
 struct ListChange {
@@ -40,6 +46,7 @@ std::optional<std::string> changedChat(std::string_view script, const ArchiveFor
 // empty when it is none.
 std::string block(std::string_view lines);
 std::string_view lines(std::string_view block);
+void forEachLine(std::string_view block, const std::function<void(std::string_view line)>& visit);
 // A block with its changes; absent when nothing changes.
 std::optional<std::string> changedBlock(std::string_view script, MessageLine::Form form,
                                         const ArchiveFormat::Change<ArchiveMessage>& change);

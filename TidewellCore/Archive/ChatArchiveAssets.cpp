@@ -2,13 +2,13 @@
 
 #include <map>
 
-#include "TidewellCore/Archive/ReadableText.h"
 #include "TidewellCore/Archive/ViewerSources.h"
 #include "TidewellCore/Crypto/CryptoShim.h"
 #include "TidewellCore/ExportTexts.h"
 #include "TidewellCore/FolderNames.h"
 #include "TidewellCore/Platform/Base64.h"
 #include "TidewellCore/Platform/Precondition.h"
+#include "TidewellCore/Platform/ReadableText.h"
 
 namespace {
 

@@ -8,12 +8,12 @@
 #include "TidewellCore/Archive/ChatArchiveJSON.h"
 #include "TidewellCore/Archive/ChatArchiveStrings.h"
 #include "TidewellCore/Archive/MessageWords.h"
-#include "TidewellCore/Archive/ReadableText.h"
 #include "TidewellCore/ExportTexts.h"
 #include "TidewellCore/FolderNames.h"
 #include "TidewellCore/MakeRoom.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
+#include "TidewellCore/Platform/ReadableText.h"
 #include "TidewellCore/Platform/Text.h"
 #include "TidewellCore/PortableNames.h"
 

@@ -83,7 +83,14 @@ ArchiveMessage ChatLines::plain(const KeptMessage& message) const {
   told.id = std::to_string(message.key);
   told.isGone = message.isGone();
   told.isDeletedLater = message.isDeletedLater;
-  told.media = mediaOf(message);
+  if (object != nullptr) told.timestamp = message.time;
+  if (auto media = mediaOf(message)) {
+    if (told.media) media->kind = told.media->kind;
+    told.media = std::move(media);
+  } else if (told.media) {
+    told.media->relativePath.reset();
+    told.media->exported = false;
+  }
   return told;
 }
 

@@ -5,7 +5,7 @@
 #include <array>
 
 #include "TidewellCore/Archive/NoticeWords.h"
-#include "TidewellCore/Archive/ReadableText.h"
+#include "TidewellCore/Platform/ReadableText.h"
 
 namespace {
 

@@ -16,17 +16,14 @@ class EarlierPages {
   EarlierPages(std::filesystem::path contentRoot, std::map<std::string, std::string> folders)
       : contentRoot_(std::move(contentRoot)), folders_(std::move(folders)) {}
 
-  // Hands over one chat after another, its media entered into `ledger`. Of a file that was cut, what stands before.
-  // Throws what reading reports, but for files that are not there.
-  void forEachChat(MediaLedger& ledger, const std::function<void(const LibraryUpdate::EarlierChat&)>& take) const;
+  // Hands over one chat after another, its media entered into `ledger`, which knows this export's already. Of a
+  // chat's file that was cut, what stands before, and from the blocks what they have of the rest. Files that cannot
+  // be read get another name, so that no new page takes their place. Returns sentences for people, in English, of
+  // what may be missing. Throws what `take` does, and what gives no file another name.
+  std::vector<std::string> forEachChat(MediaLedger& ledger,
+                                       const std::function<void(const LibraryUpdate::EarlierChat&)>& take) const;
 
  private:
-  struct Page {
-    KeptChat chat;
-    std::string file;
-  };
-  std::vector<Page> pages() const;
-
   std::filesystem::path contentRoot_;
   std::map<std::string, std::string> folders_;
 };

@@ -1,7 +1,7 @@
 #include "TidewellCore/Archive/MessageInfo.h"
 
-#include "TidewellCore/Archive/ReadableText.h"
 #include "TidewellCore/Platform/JSONMembers.h"
+#include "TidewellCore/Platform/ReadableText.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include "TidewellCore/Archive/ContentWords.h"
 #include "TidewellCore/Archive/MessageInfo.h"
-#include "TidewellCore/Archive/ReadableText.h"
+#include "TidewellCore/Platform/ReadableText.h"
 #include "TidewellCore/Platform/Text.h"
 
 namespace {

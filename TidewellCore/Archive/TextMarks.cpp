@@ -6,7 +6,7 @@
 #include <optional>
 #include <vector>
 
-#include "TidewellCore/Archive/ReadableText.h"
+#include "TidewellCore/Platform/ReadableText.h"
 #include "TidewellCore/Platform/Text.h"
 
 namespace {

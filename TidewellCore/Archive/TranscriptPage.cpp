@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "TidewellCore/Archive/ReadableText.h"
 #include "TidewellCore/Archive/TextMarks.h"
 #include "TidewellCore/Archive/TranscriptDetails.h"
+#include "TidewellCore/Platform/ReadableText.h"
 
 namespace {
 

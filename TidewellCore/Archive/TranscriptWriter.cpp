@@ -1,8 +1,8 @@
 #include "TidewellCore/Archive/TranscriptWriter.h"
 
-#include "TidewellCore/Archive/ReadableText.h"
 #include "TidewellCore/Archive/TranscriptDetails.h"
 #include "TidewellCore/Archive/TranscriptPage.h"
+#include "TidewellCore/Platform/ReadableText.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <cmath>
 
 #include "TidewellCore/Archive/ChatArchiveStrings.h"
-#include "TidewellCore/Archive/ReadableText.h"
+#include "TidewellCore/Platform/ReadableText.h"
 
 namespace {
 

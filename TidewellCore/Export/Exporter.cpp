@@ -257,8 +257,14 @@ class Writing {
     if (!library_.isNew()) return {};
     return [this](const auto& take) {
       const EarlierPages pages(target_.contentRoot(), FolderManifest::load(job_.destination));
-      pages.forEachChat(library_.media(), take);
+      for (const std::string& warning : pages.forEachChat(library_.media(), take)) warnOfLoss(warning);
     };
+  }
+
+  void warnOfLoss(const std::string& warning) {
+    summary_.warnings.push_back(warning);
+    summary_.mayBeIncomplete = true;
+    if (control_.warned) control_.warned(warning);
   }
 
   void writeArchive(ProgressReporter& progress) {

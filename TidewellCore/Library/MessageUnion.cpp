@@ -8,14 +8,27 @@
 #include <unordered_set>
 #include <utility>
 
+#include "TidewellCore/Library/MessageFactNames.h"
 #include "TidewellCore/Library/MessageFacts.h"
+#include "TidewellCore/Platform/JSONMembers.h"
+#include "TidewellCore/Platform/ReadableText.h"
 
 namespace {
 
 // How much a message says: one that says less never takes the place of one that says more.
 enum class Saying { nothing, placeholder, something };
 
+// A page's word for what a message is that is more than a text or a file; empty elsewhere. It is the facts' own.
+std::string kindOfPage(const KeptMessage& message) {
+  const auto json = Json::parse(message.page.value_or(""));
+  const auto* object = json ? json->as<Json::Object>() : nullptr;
+  return object == nullptr ? std::string() : JSONMembers::valueOf<std::string>(*object, "kind");
+}
+
+bool isPlaceholder(std::string_view kind) { return kind == "deleted" || kind == "waiting" || kind == "unsupported"; }
+
 Saying sayingOf(const KeptMessage& message, const MessageContent& content) {
+  if (message.page && isPlaceholder(kindOfPage(message))) return Saying::placeholder;
   if (std::holds_alternative<WaitingMessage>(content) || std::holds_alternative<UnsupportedMessage>(content) ||
       std::holds_alternative<DeletedMessage>(content)) {
     return Saying::placeholder;
@@ -59,6 +72,7 @@ KeptMessage keptContent(const KeptMessage& newer, const KeptMessage& older) {
 }
 
 using Candidates = std::vector<std::uint32_t>;  // places among the kept messages
+using Place = std::optional<std::uint32_t>;
 
 // Finds the kept message that a told one is.
 class Finder {
@@ -71,25 +85,62 @@ class Finder {
     }
   }
 
-  // Each is found once.
-  std::optional<std::uint32_t> find(const KeptMessage& told) {
-    if (const auto place = found(byStanza_, told.stanzaID, told)) return place;
-    if (const auto place = found(bySecond_, secondOf(told), told)) return place;
-    return found(byPagesSecond_, told.time ? std::round(*told.time) : secondOf(told), told);
+  // For each told message the kept one; each is found once.
+  std::vector<Place> find(std::span<const KeptMessage> told) {
+    std::vector<Place> places(told.size());
+    for (std::size_t number = 0; number < told.size(); ++number) places[number] = find(told[number]);
+    if (!byPagesSecond_.empty()) findLonely(told, places);
+    return places;
   }
 
   bool wasFound(std::uint32_t place) const { return isFound_[place]; }
 
  private:
+  Place find(const KeptMessage& told) {
+    if (const auto place = found(byStanza_, told.stanzaID, told)) return place;
+    if (const auto place = found(bySecond_, secondOf(told), told)) return place;
+    return found(byPagesSecond_, pagesSecondOf(told), told);
+  }
+
+  // Another phone's rows have other keys, and what is no plain text has other words: one message of a page and one
+  // told message of its second that nothing else is like are one.
+  void findLonely(std::span<const KeptMessage> told, std::vector<Place>& places) {
+    std::unordered_map<std::uint32_t, Candidates> toldOfPages;
+    for (std::uint32_t number = 0; number < told.size(); ++number) {
+      const Place page = places[number] ? std::nullopt : onlyPageOf(told[number]);
+      if (page) toldOfPages[*page].push_back(number);
+    }
+    for (const auto& [page, numbers] : toldOfPages) {
+      if (numbers.size() > 1) continue;
+      places[numbers.front()] = page;
+      isFound_[page] = true;
+    }
+  }
+
+  Place onlyPageOf(const KeptMessage& told) const {
+    const auto bucket = byPagesSecond_.find(pagesSecondOf(told));
+    if (bucket == byPagesSecond_.end()) return std::nullopt;
+    Place only;
+    for (const std::uint32_t place : bucket->second) {
+      if (isFound_[place] || !mayBeOfPage(kept_[place], told)) continue;
+      if (only) return std::nullopt;
+      only = place;
+    }
+    return only;
+  }
+
+  // Pages tell whole seconds, the nearest.
+  static double pagesSecondOf(const KeptMessage& told) { return told.time ? std::round(*told.time) : secondOf(told); }
+
   static double secondOf(const KeptMessage& message) {
     return message.time ? std::floor(*message.time) : -std::numeric_limits<double>::infinity();
   }
 
   template <typename Map, typename Key>
-  std::optional<std::uint32_t> found(const Map& map, const Key& key, const KeptMessage& told) {
+  Place found(const Map& map, const Key& key, const KeptMessage& told) {
     const auto bucket = map.find(key);
     if (bucket == map.end()) return std::nullopt;
-    std::optional<std::uint32_t> best;
+    Place best;
     int bestScore = 0;
     for (const std::uint32_t place : bucket->second) {
       const int score = isFound_[place] ? 0 : likeness(kept_[place], told);
@@ -118,13 +169,44 @@ class Finder {
     return key == 1 && (saysLittle(kept) || saysLittle(told)) ? 1 : 0;
   }
 
-  // What a page tells has words for everything but plain texts, and nobody as the sender of a notice. One row of
-  // the phone has the key that it had; another phone gave it another.
+  // One row of the phone has the key that it had; another phone gave it another.
   static int likenessToPage(const KeptMessage& page, const KeptMessage& told) {
-    const bool isMore = told.medium || !told.facts.empty();
+    if (!areOfOneSide(page, told)) return 0;
     if (page.key == told.key) return 3;
-    if (page.text.empty()) return isMore ? 1 : 0;
-    return page.text == told.text && page.isFromMe == told.isFromMe ? 2 : 0;
+    if (page.medium && page.medium == told.medium) return 2;
+    return !page.text.empty() && page.text == wordsOnPage(told) ? 1 : 0;
+  }
+
+  // Whether nothing speaks against their being one, though nothing shows it.
+  static bool mayBeOfPage(const KeptMessage& page, const KeptMessage& told) {
+    if (!areOfOneSide(page, told)) return false;
+    const MessageContent content = MessageFacts::read(told.facts).content;
+    const std::string kind = kindOfPage(page);
+    if (isLoss(content) || isPlaceholder(kind) || kind == "missing") return true;
+    if (kind != kindOf(content)) return false;
+    return !kind.empty() || (told.medium && page.text == wordsOnPage(told));
+  }
+
+  // Pages name nobody as the sender of a notice.
+  static bool areOfOneSide(const KeptMessage& page, const KeptMessage& told) {
+    return page.isFromMe == told.isFromMe ||
+           (!page.isFromMe && std::holds_alternative<Notice>(MessageFacts::read(told.facts).content));
+  }
+
+  // A link stands with a text, and is none of a page's kinds.
+  static std::string_view kindOf(const MessageContent& content) {
+    if (std::holds_alternative<LinkPreview>(content)) return {};
+    return std::visit(
+        []<typename Content>(const Content&) { return MessageFactNames::kindOf(std::type_identity<Content>()); },
+        content);
+  }
+
+  // The words that a page has for a text, or for a file with what was written beside it.
+  static std::string wordsOnPage(const KeptMessage& told) {
+    const std::optional<std::string> heading = MessageFacts::read(told.facts).heading;
+    std::string words = heading.value_or("");
+    if (heading && !told.text.empty()) words += '\n';
+    return ReadableText::cleaned(words.append(told.text));
   }
 
   // Its row is the one of a message that was deleted, or has not arrived yet.
@@ -148,7 +230,7 @@ class FreeKeys {
   }
 
   std::int64_t give(std::int64_t wanted) {
-    if (taken_.contains(wanted)) wanted = ++last_;
+    if (taken_.contains(wanted)) wanted = free();
     take(wanted);
     return wanted;
   }
@@ -159,7 +241,15 @@ class FreeKeys {
     last_ = std::max(last_, key);
   }
 
+  // A key that somebody made up may be the last there is.
+  std::int64_t free() {
+    if (last_ < std::numeric_limits<std::int64_t>::max()) return last_ + 1;
+    while (taken_.contains(lowest_)) ++lowest_;
+    return lowest_;
+  }
+
   std::unordered_set<std::int64_t> taken_;
+  std::int64_t lowest_ = 1;  // below it no key is free
   std::int64_t last_ = 0;
 };
 
@@ -187,9 +277,11 @@ std::vector<KeptMessage> MessageUnion::changes(const Side& kept, const Side& tol
   Finder finder(kept.messages);
   FreeKeys keys(kept.messages, told.messages);
   const bool isNewest = told.toldAt >= kept.toldAt || kept.messages.empty();
-  for (const KeptMessage& message : told.messages) {
+  const std::vector<Place> places = finder.find(told.messages);
+  for (std::size_t number = 0; number < told.messages.size(); ++number) {
+    const KeptMessage& message = told.messages[number];
     const double toldAt = message.lastTold.value_or(told.toldAt);
-    const auto place = finder.find(message);
+    const Place place = places[number];
     KeptMessage outcome = message;
     if (!place) {
       outcome.key = keys.give(message.key);

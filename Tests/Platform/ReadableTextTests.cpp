@@ -1,4 +1,4 @@
-#include "TidewellCore/Archive/ReadableText.h"
+#include "TidewellCore/Platform/ReadableText.h"
 
 #include <gtest/gtest.h>
 
