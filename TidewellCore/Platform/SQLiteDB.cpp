@@ -13,39 +13,9 @@
 #include <utility>
 
 #include "TidewellCore/Platform/PathText.h"
+#include "TidewellCore/Platform/SQLiteConnection.h"
 #include "TidewellCore/Platform/Text.h"
 #include "TidewellCore/TidewellError.h"
-
-// What is open.
-struct SQLiteConnection {
-  sqlite3* handle = nullptr;
-  std::string path;  // of a file that is kept; empty for any other
-  CancellationCheck isCancelled;
-
-  SQLiteConnection() = default;
-  SQLiteConnection(const SQLiteConnection&) = delete;
-  SQLiteConnection& operator=(const SQLiteConnection&) = delete;
-  ~SQLiteConnection() { sqlite3_close(handle); }
-
-  // Throws what the last call came of: for a file that is kept, what the file system said.
-  [[noreturn]] void fail() const {
-    const int code = sqlite3_errcode(handle);
-    const std::string message = sqlite3_errmsg(handle);
-    if (code == SQLITE_INTERRUPT) throw TidewellError::cancelled();
-    if (code == SQLITE_CORRUPT || code == SQLITE_NOTADB) throw SQLiteDamage(TidewellError::InvalidDatabase{message});
-    const bool isOfFile =
-        code == SQLITE_FULL || code == SQLITE_IOERR || code == SQLITE_CANTOPEN || code == SQLITE_READONLY;
-    if (!path.empty() && isOfFile) throw std::filesystem::filesystem_error(message, PathText::path(path), reason(code));
-    throw TidewellError::invalidDatabase(message);
-  }
-
- private:
-  std::error_code reason(int code) const {
-    const int said = sqlite3_system_errno(handle);
-    const int otherwise = code == SQLITE_FULL ? ENOSPC : code == SQLITE_READONLY ? EROFS : EIO;
-    return {code == SQLITE_FULL || said == 0 ? otherwise : said, std::generic_category()};
-  }
-};
 
 namespace {
 
@@ -260,33 +230,6 @@ std::optional<std::string> textOfValue(const SQLiteValue& value) {
   return std::nullopt;
 }
 
-// Binds a value that lasts until the statement has been run.
-struct Binder {
-  sqlite3_stmt* statement;
-  int index;
-
-  int operator()(const SQLiteNull&) const { return sqlite3_bind_null(statement, index); }
-  int operator()(std::int64_t number) const { return sqlite3_bind_int64(statement, index, number); }
-  int operator()(double number) const { return sqlite3_bind_double(statement, index, number); }
-  int operator()(std::string_view text) const {
-    return sqlite3_bind_text64(statement, index, text.empty() ? "" : text.data(), text.size(), SQLITE_STATIC,
-                               SQLITE_UTF8);
-  }
-  int operator()(ByteView blob) const {
-    return sqlite3_bind_blob64(statement, index, blob.empty() ? reinterpret_cast<const std::uint8_t*>("") : blob.data(),
-                               blob.size(), SQLITE_STATIC);
-  }
-};
-
-// Makes a statement ready for its next run, and forgets the values of this one.
-struct Rewinder {
-  sqlite3_stmt* statement;
-  ~Rewinder() {
-    sqlite3_reset(statement);
-    sqlite3_clear_bindings(statement);
-  }
-};
-
 // Identifiers cannot be bound as parameters, so only plain ones are let into a statement.
 void requirePlainIdentifier(const std::string& name) {
   const std::u32string scalars = Text::scalars(name);
@@ -452,48 +395,4 @@ std::set<std::string> SQLiteDB::columns(const std::string& table) const {
     if (const auto name = row.textValue("name")) names.insert(Text::uppercasedASCII(*name));
   });
   return names;
-}
-
-SQLiteStatement::SQLiteStatement(const SQLiteDB& database, const std::string& sql)
-    : connection_(database.connection_.get()), statement_(nullptr) {
-  sqlite3_stmt* statement = nullptr;
-  const int result =
-      sqlite3_prepare_v3(connection_->handle, sql.c_str(), -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr);
-  if (result != SQLITE_OK || statement == nullptr) connection_->fail();
-  statement_ = statement;
-}
-
-SQLiteStatement::~SQLiteStatement() { sqlite3_finalize(statementOf(statement_)); }
-
-SQLiteStatement::SQLiteStatement(SQLiteStatement&& other) noexcept
-    : connection_(other.connection_), statement_(std::exchange(other.statement_, nullptr)) {}
-
-void SQLiteStatement::run(std::initializer_list<Value> values) const {
-  forEachRow(values, [](const SQLiteRowView&) {});
-}
-
-void SQLiteStatement::forEachRow(std::initializer_list<Value> values, const SQLiteDB::RowViewHandler& row) const {
-  sqlite3_stmt* statement = statementOf(statement_);
-  const Rewinder rewinder{statement};
-  int index = 0;
-  for (const Value& value : values) {
-    if (std::visit(Binder{statement, ++index}, value) != SQLITE_OK) connection_->fail();
-  }
-  const SQLiteRowView current(statement);
-  int result = sqlite3_step(statement);
-  for (; result == SQLITE_ROW; result = sqlite3_step(statement)) row(current);
-  if (result != SQLITE_DONE) connection_->fail();
-}
-
-SQLiteTransaction::SQLiteTransaction(const SQLiteDB& database) : database_(database) {
-  database_.query("BEGIN IMMEDIATE", {}, [](const SQLiteRow&) {});
-}
-
-SQLiteTransaction::~SQLiteTransaction() {
-  if (isOpen_) sqlite3_exec(database_.connection_->handle, "ROLLBACK", nullptr, nullptr, nullptr);
-}
-
-void SQLiteTransaction::commit() {
-  database_.query("COMMIT", {}, [](const SQLiteRow&) {});
-  isOpen_ = false;
 }
