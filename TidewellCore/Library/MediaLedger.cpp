@@ -54,9 +54,9 @@ void MediaLedger::touch(std::size_t number) {
 }
 
 // A file of another size under the same path is another file, once one was exported.
-bool MediaLedger::settle(KeptMedium medium) {
+void MediaLedger::settle(KeptMedium medium) {
   auto number = static_cast<std::size_t>(enter(medium.path));
-  if (isSettled_[number]) return true;
+  if (isSettled_[number]) return;
   const KeptMedium& known = media_[number];
   if (known.place && known.size != medium.size && known.isThere && known.place != medium.place) {
     media_.push_back({.path = medium.path});
@@ -65,7 +65,7 @@ bool MediaLedger::settle(KeptMedium medium) {
     touch(number);
   }
   isSettled_[number] = true;
-  if (media_[number] == medium) return true;
+  if (media_[number] == medium) return;
   // The path's text stays where it is, since it is what the entry is found by.
   KeptMedium& entry = media_[number];
   entry.place = std::move(medium.place);
@@ -75,11 +75,9 @@ bool MediaLedger::settle(KeptMedium medium) {
   entry.chatJID = std::move(medium.chatJID);
   entry.isThere = medium.isThere;
   touch(number);
-  return false;
 }
 
-bool MediaLedger::review(const std::function<bool(const ExportPlace& place, std::int64_t size)>& isThere) {
-  bool hasChanged = false;
+void MediaLedger::review(const std::function<bool(const ExportPlace& place, std::int64_t size)>& isThere) {
   for (std::size_t number = 0; number < media_.size(); ++number) {
     KeptMedium& medium = media_[number];
     if (isSettled_[number] || !medium.place) continue;
@@ -87,9 +85,7 @@ bool MediaLedger::review(const std::function<bool(const ExportPlace& place, std:
     if (stands == medium.isThere) continue;
     medium.isThere = stands;
     touch(number);
-    hasChanged = true;
   }
-  return hasChanged;
 }
 
 bool MediaLedger::relocate(const std::function<std::optional<ExportPlace>(const ExportPlace& former)>& newPlace) {

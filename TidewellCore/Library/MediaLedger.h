@@ -40,11 +40,10 @@ class MediaLedger {
 
   // The number of the newest entry of a path, which is made when there is none.
   std::int64_t enter(std::string_view path);
-  // What this export knows of a file; of two that have one path, the first counts. Tells whether that was known.
-  bool settle(KeptMedium medium);
-  // Looks after every entry that was not settled, with `isThere` telling of a place and a size. Tells
-  // whether anything changed.
-  bool review(const std::function<bool(const ExportPlace& place, std::int64_t size)>& isThere);
+  // What this export knows of a file; of two that have one path, the first counts.
+  void settle(KeptMedium medium);
+  // Looks after every entry that was not settled, with `isThere` telling of a place and a size.
+  void review(const std::function<bool(const ExportPlace& place, std::int64_t size)>& isThere);
   // Follows files that went elsewhere: `newPlace` tells where to, and is absent for those that did not. Tells whether
   // anything changed.
   bool relocate(const std::function<std::optional<ExportPlace>(const ExportPlace& former)>& newPlace);
