@@ -6,6 +6,9 @@
 #include <limits>
 #include <ostream>
 #include <set>
+#include <string>
+
+using namespace std::string_literals;
 
 namespace {
 
@@ -355,7 +358,7 @@ TEST(MessageFactsNumbers, ArePlacesOnlyWhenTheyAreNumbers) {
 }
 
 TEST(MessageFactsTexts, KeepControlsAndEveryCharacter) {
-  const MessageDetails details{.quote = Quote{.words = std::string("\0\x01\t\\/\"\x7F \u2028 \U0001F600 \uFFFD", 22)},
+  const MessageDetails details{.quote = Quote{.words = "\0\x01\t\\/\"\x7F \u2028 \U0001F600 \uFFFD"s},
                                .heading = "</script>"};
   EXPECT_TRUE(again(details) == details);
 }
