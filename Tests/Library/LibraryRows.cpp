@@ -6,10 +6,11 @@
 
 std::string LibraryRows::of(const std::filesystem::path& contentRoot) {
   constexpr std::string_view columnsOfTables[] = {
-      "'owner', jid, 0 FROM owner", "'export', id, device, device_name, backup_at, zone, locale FROM export",
-      "'chat', * FROM chat",        "'identity', * FROM chat_jid",
-      "'sender', * FROM sender",    "'person', * FROM person",
-      "'medium', * FROM medium",    "'message', * FROM message",
+      "'owner', jid, 0 FROM owner",    "'export', id, device, device_name, backup_at, zone, locale FROM export",
+      "'chat', * FROM chat",           "'identity', * FROM chat_jid",
+      "'sender', * FROM sender",       "'person', * FROM person",
+      "'medium', * FROM medium",       "'message', * FROM message",
+      "'rendering', * FROM rendering", "'block', * FROM block",
   };
   const std::filesystem::path file = contentRoot / LibraryFile::fileName;
   if (!std::filesystem::exists(file)) return {};

@@ -48,12 +48,21 @@ ChatArchiveWriter::ChatArchiveWriter(Setting setting) : setting_(std::move(setti
   MakeRoom::forFolder(dataFolder());
 }
 
-fs::path ChatArchiveWriter::dataFolder() const {
-  return setting_.contentRoot / FolderNames::viewer / FolderNames::viewerData;
+fs::path ChatArchiveWriter::dataFolder(const fs::path& contentRoot) {
+  return contentRoot / FolderNames::viewer / FolderNames::viewerData;
 }
 
 void ChatArchiveWriter::add(const ArchiveChat& chat) {
-  chats_.push_back(summary(chat, setting_.style));  // listed even when its data cannot be written
+  list(summary(chat, setting_.style));
+  writeMessages(chat);
+}
+
+void ChatArchiveWriter::writeLines(const ArchiveChat& chat) {
+  blocks_.beginChat(chat.id);
+  for (const ArchiveMessage& message : chat.messages) blocks_.add(ArchiveFormat::json(message));
+}
+
+std::int64_t ChatArchiveWriter::writeMessages(const ArchiveChat& chat) {
   std::string script(ArchiveScripts::chatOpening);
   blocks_.beginChat(chat.id);
   for (const ArchiveMessage& message : chat.messages) {
@@ -64,6 +73,7 @@ void ChatArchiveWriter::add(const ArchiveChat& chat) {
   }
   script += ArchiveScripts::chatClosing;
   Files::writeWhenDifferent(dataFolder() / ArchiveScripts::chatFileName(chat.id), script);
+  return static_cast<std::int64_t>(script.size());
 }
 
 fs::path ChatArchiveWriter::finish() {

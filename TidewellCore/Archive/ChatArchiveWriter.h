@@ -30,9 +30,16 @@ class ChatArchiveWriter {
 
   explicit ChatArchiveWriter(Setting setting);
 
-  // Writes the data file of a chat. Each chat has an ID of its own. One whose
-  // data cannot be written stands in the chat list all the same.
+  // Lists a chat. Each has an ID of its own.
+  void list(ArchiveChatSummary chat) { chats_.push_back(std::move(chat)); }
+  // Writes the data file of a chat, and its lines. Returns the file's length in bytes.
+  std::int64_t writeMessages(const ArchiveChat& chat);
+  // Writes the lines of a chat alone, whose data file stands as it should.
+  void writeLines(const ArchiveChat& chat);
+  // Lists a chat and writes its messages. One whose data cannot be written is listed all the same.
   void add(const ArchiveChat& chat);
+  // Where the lines go: the end of a shelf, and blocks that stay, are told there.
+  MessageBlocks& blocks() { return blocks_; }
   // Writes the chat list, the viewer and the page, and returns the page. A page
   // of someone else's in its place is renamed.
   std::filesystem::path finish();
@@ -50,6 +57,7 @@ class ChatArchiveWriter {
   // The safe ID of a JID in a form that every drive takes.
   static std::string pageID(const std::string& jid);
 
+  static std::filesystem::path dataFolder(const std::filesystem::path& contentRoot);
   static ArchiveChatSummary summary(const ArchiveChat& chat, const TranscriptStyle& style);
   // One line that tells of a chat's last message; empty without one.
   static std::string preview(const ArchiveMessage* message, const TranscriptStyle& style);
@@ -58,7 +66,7 @@ class ChatArchiveWriter {
   static Json::Object dictionary(const ArchiveMessage& message);
 
  private:
-  std::filesystem::path dataFolder() const;
+  std::filesystem::path dataFolder() const { return dataFolder(setting_.contentRoot); }
   void writeViewer() const;
   void writeChatList();
 

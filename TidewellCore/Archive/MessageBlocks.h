@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "TidewellCore/Archive/ArchiveBlock.h"
+#include "TidewellCore/Library/Renderings.h"
 #include "TidewellCore/Platform/Json.h"
 
 // All messages of an archive once more, as lines (MessageLine) in files of about
@@ -15,7 +16,8 @@
 // the objects of a whole chat, so this is what the viewer searches, and what it
 // opens long chats from (docs/formats/chat-archive.md).
 //
-// A block's file is named after its content. So the blocks that a chat list
+// Chats stand on shelves, each in blocks of its own, so that a change in one chat
+// changes the blocks of its shelf alone. A block's file is named after its content. So the blocks that a chat list
 // names stay as they are until another list has taken its place.
 class MessageBlocks {
  public:
@@ -26,6 +28,10 @@ class MessageBlocks {
   void beginChat(const std::string& id);
   // The JSON of a message.
   void add(Json::Object message);
+  // Writes what is left. Returns the blocks that were written since this was called last, in their order.
+  std::vector<RenderedBlock> endShelf();
+  // A block that stands from before, and stays.
+  void keep(const RenderedBlock& block);
   // Writes what is left and returns the directory of the blocks.
   std::vector<ArchiveBlock> finish();
   // Removes the blocks of earlier exports. To be called when the new directory is in place.
@@ -33,6 +39,8 @@ class MessageBlocks {
 
   // The name of the file of a block with that content.
   static std::string fileName(std::string_view content);
+  // Whether a file has a name that `fileName` gives.
+  static bool isFileName(std::string_view name);
 
  private:
   // Enters what the block has of the chat so far.
@@ -46,5 +54,6 @@ class MessageBlocks {
   std::int64_t firstOfChat_ = 0;
   std::int64_t next_ = 0;
   std::vector<ArchiveBlock> directory_;
+  std::vector<RenderedBlock> written_;  // of the shelf that is being filled
   std::set<std::string> names_;
 };

@@ -4,6 +4,7 @@
 
 #include "TidewellCore/Library/LibraryFile.h"
 #include "TidewellCore/Library/MediaLedger.h"
+#include "TidewellCore/Library/Renderings.h"
 
 namespace {
 
@@ -22,6 +23,7 @@ void relocate(const SQLiteDB& library, const NewPlace& newPlace) {
   if (!ledger.relocate([&](const ExportPlace& former) { return movedFrom(former, newPlace); })) return;
   SQLiteTransaction transaction(library);
   ledger.save(library);
+  Renderings::forget(library);  // the pages were led to the new places without it
   transaction.commit();
 }
 

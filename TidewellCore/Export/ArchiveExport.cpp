@@ -1,14 +1,16 @@
 #include "TidewellCore/Export/ArchiveExport.h"
 
 #include <algorithm>
-#include <limits>
-#include <map>
 
+#include "TidewellCore/Archive/ArchiveScripts.h"
 #include "TidewellCore/Archive/ChatLines.h"
 #include "TidewellCore/Archive/ProfilePictures.h"
 #include "TidewellCore/Archive/TranscriptWriter.h"
 #include "TidewellCore/ChatData/JID.h"
+#include "TidewellCore/Crypto/CryptoShim.h"
+#include "TidewellCore/Edition.h"
 #include "TidewellCore/Export/EarlyEnd.h"
+#include "TidewellCore/Export/RenderingPlan.h"
 #include "TidewellCore/FolderNames.h"
 #include "TidewellCore/MakeRoom.h"
 #include "TidewellCore/Platform/Files.h"
@@ -18,141 +20,237 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// Every chat of the library as pages show it, without messages, in the library's order.
+std::vector<ArchiveChat> shownChats(const ArchiveExport::Source& source, const fs::path& contentRoot) {
+  const std::vector<KeptChat>& kept = source.library.chats();
+  std::vector<std::string> folders(kept.size());
+  for (const PlannedChat& chat : source.chats) {
+    for (const std::size_t place : source.library.chatsOf({chat.jid.text()})) {
+      if (folders[place].empty() || chat.isInExport) folders[place] = chat.folder;
+    }
+  }
+  std::vector<ArchiveChat> chats;
+  for (std::size_t place = 0; place < kept.size(); ++place) {
+    const KeptChat& chat = kept[place];
+    chats.push_back({.id = chat.page,
+                     .name = chat.name,
+                     .jid = chat.jid,
+                     .folder = folders[place],
+                     .isGroup = JID::isGroup(chat.jid),
+                     .isGone = chat.isGone});
+    const bool hasPicture = chat.avatar && Files::isRegularFile(contentRoot / PathText::path(*chat.avatar));
+    if (hasPicture) chats.back().avatarRelativePath = chat.avatar;
+  }
+  return chats;
+}
+
+std::map<MediaKind, std::int64_t> absentMedia(const ArchiveChat& chat) {
+  std::map<MediaKind, std::int64_t> absent;
+  for (const ArchiveMessage& message : chat.messages) {
+    const bool isAbsent = message.media && !message.media->exported;
+    const std::optional<MediaKind> kind = isAbsent ? std::optional(message.media->kind) : message.lostMedium;
+    if (kind) ++absent[*kind];
+  }
+  return absent;
+}
+
 // Writes what people read of an export, chat after chat.
 class Writing {
  public:
-  Writing(const ArchiveExport::Source& source, const ArchiveExport::Setting& setting, FailureLog& failures)
-      : source_(source), setting_(setting), failures_(failures) {}
+  Writing(const ArchiveExport::Source& source, const ArchiveExport::Setting& setting, FailureLog& failures,
+          const CancellationCheck& isCancelled, ProgressReporter& progress)
+      : source_(source),
+        setting_(setting),
+        failures_(failures),
+        isCancelled_(isCancelled),
+        progress_(progress),
+        chats_(shownChats(source, setting.archive.contentRoot)),
+        lines_(source.library, setting.archive.style) {}
 
-  // Returns the number of files written. One that cannot be written is recorded.
-  std::int64_t writeTranscripts(const ArchiveChat& chat) {
-    const ChatArchiveWriter::Setting& archive = setting_.archive;
-    const fs::path folder = archive.contentRoot / PathText::path(chat.folder);
-    std::int64_t written = 0;
-    written += attempt(chat, FolderNames::textTranscript, [&] {
-      MakeRoom::forFolder(folder);
-      Files::writeWhenDifferent(folder / FolderNames::textTranscript,
-                                TranscriptWriter::renderText(chat, archive.style, archive.timeZone, setting_.locale));
-    });
-    written += attempt(chat, FolderNames::htmlTranscript, [&] {
-      Files::writeWhenDifferent(folder / FolderNames::htmlTranscript,
-                                TranscriptWriter::renderHTML(chat, archive.style, archive.timeZone, setting_.locale));
-    });
-    return written;
-  }
-
-  void addTo(ChatArchiveWriter& archive, const ArchiveChat& chat) {
-    attempt(chat, FolderNames::archivePage, [&] { archive.add(chat); });
-  }
-
-  void copyPictures(std::vector<ArchiveChat>& chats, const CancellationCheck& isCancelled) {
-    const auto lost = [&](const std::exception& error, const ProfilePictures::Loss& loss) {
-      failures_.add(error,
-                    {.name = loss.name, .chat = loss.chat.name, .reason = CopyFailures::reasonOf(error, loss.source)});
-    };
-    ProfilePictures::attachAndCopy(chats, source_.backup, setting_.archive.contentRoot, lost, isCancelled);
+  ArchiveExport::Outcome run() {
+    progress_.begin(ExportProgress::Phase::writingTranscripts, static_cast<std::int64_t>(chats_.size()));
+    copyPictures();
+    ChatArchiveWriter archive(setting_.archive);
+    for (const RenderingPlan::Shelf& shelf : plan().shelves) {
+      if (shelf.isStale) {
+        fill(archive, shelf);
+      } else {
+        keep(archive, shelf);
+      }
+    }
+    outcome_.page = archive.finish();
+    return std::move(outcome_);
   }
 
  private:
-  // Returns 1 when it succeeds, else 0.
+  const ChatArchiveWriter::Setting& archive() const { return setting_.archive; }
+  const KeptChat& kept(std::size_t number) const { return source_.library.chats()[number]; }
+
+  void copyPictures() {
+    const auto lost = [this](const std::exception& error, const ProfilePictures::Loss& loss) {
+      failures_.add(error,
+                    {.name = loss.name, .chat = loss.chat.name, .reason = CopyFailures::reasonOf(error, loss.source)});
+    };
+    ProfilePictures::attachAndCopy(chats_, source_.backup, archive().contentRoot, lost, isCancelled_);
+    // An archive without pictures would look whole.
+    EarlyEnd::requireBackup({.backup = source_.backup.opened.url(), .destination = &archive().destination});
+    for (const ArchiveChat& chat : chats_) {
+      if (chat.avatarRelativePath) outcome_.pages.pictures.emplace(chat.id, *chat.avatarRelativePath);
+    }
+  }
+
+  RenderingPlan plan() const {
+    const SQLiteDB& library = source_.library.database();
+    std::vector<RenderingPlan::Subject> subjects;
+    for (std::size_t number = 0; number < chats_.size(); ++number) {
+      subjects.push_back({.kept = &kept(number), .manner = mannerOf(chats_[number]), .files = filesOf(chats_[number])});
+    }
+    return RenderingPlan::make(subjects, Renderings::load(library), library,
+                               ChatArchiveWriter::dataFolder(archive().contentRoot));
+  }
+
+  // All that a chat's pages depend on beside what KeptChat::changed stands for.
+  Bytes mannerOf(const ArchiveChat& chat) const {
+    const TranscriptStyle& style = archive().style;
+    Json::Array parts;
+    for (const std::string_view part :
+         {Edition::digest(), std::string_view(dateRules_), std::string_view(style.languageCode),
+          std::string_view(style.youLabel), std::string_view(style.unknownSenderLabel),
+          std::string_view(archive().timeZone.identifier), std::string_view(setting_.locale.identifier),
+          std::string_view(chat.folder)}) {
+      parts.emplace_back(part);
+    }
+    if (chat.avatarRelativePath) parts.emplace_back(*chat.avatarRelativePath);
+    const std::string text = Json(std::move(parts)).write();
+    const std::array digest = sha256(bytesOf(text));
+    return {digest.begin(), digest.end()};
+  }
+
+  std::vector<RenderingPlan::File> filesOf(const ArchiveChat& chat) const {
+    std::vector<RenderingPlan::File> files;
+    const std::string data = ArchiveScripts::chatFileName(chat.id);
+    files.push_back({data, ChatArchiveWriter::dataFolder(archive().contentRoot) / PathText::path(data)});
+    if (chat.folder.empty()) return files;
+    const fs::path folder = archive().contentRoot / PathText::path(chat.folder);
+    for (const char* name : {FolderNames::textTranscript, FolderNames::htmlTranscript}) {
+      files.push_back({name, folder / name});
+    }
+    return files;
+  }
+
+  // A shelf that stands as it was left.
+  void keep(ChatArchiveWriter& pages, const RenderingPlan::Shelf& shelf) {
+    for (const RenderedBlock& block : shelf.blocks) pages.blocks().keep(block);
+    for (const RenderingPlan::Chat& chat : shelf.chats) {
+      progress_.report(chats_[chat.number].folder, completed_);
+      enter(pages, chat, chat.rendering);
+    }
+    outcome_.pages.renderings.shelves.emplace(shelf.number, shelf.blocks);
+  }
+
+  // One of which something is made anew, and so all of its blocks.
+  void fill(ChatArchiveWriter& pages, const RenderingPlan::Shelf& shelf) {
+    bool isWhole = true;
+    for (const RenderingPlan::Chat& chat : shelf.chats) {
+      throwIfCancelled(isCancelled_);
+      ArchiveChat& shown = chats_[chat.number];
+      progress_.report(shown.folder, completed_);
+      shown.messages = lines_.messages(kept(chat.number));
+      isWhole &= chat.isStale ? make(pages, chat) : makeLines(pages, chat);
+      shown.messages = {};
+    }
+    std::vector<RenderedBlock> blocks = pages.blocks().endShelf();
+    if (isWhole) outcome_.pages.renderings.shelves.emplace(shelf.number, std::move(blocks));
+  }
+
+  // Makes all pages of a chat. Tells whether all could be written.
+  bool make(ChatArchiveWriter& pages, const RenderingPlan::Chat& chat) {
+    const ArchiveChat& shown = chats_[chat.number];
+    const ArchiveChatSummary summary = ChatArchiveWriter::summary(shown, archive().style);
+    ChatRendering rendering = chat.rendering;
+    rendering.preview = summary.preview;
+    rendering.messageCount = summary.messageCount;
+    rendering.lastTimestamp = summary.lastTimestamp;
+    rendering.absent = absentMedia(shown);
+    if (!shown.folder.empty()) writeTranscripts(shown, rendering.files);
+    attempt(shown, FolderNames::archivePage, [&] { rendering.files[summary.dataFile] = pages.writeMessages(shown); });
+    const bool isWhole = rendering.files.size() == filesOf(shown).size();
+    enter(pages, chat, std::move(rendering));
+    return isWhole;
+  }
+
+  bool makeLines(ChatArchiveWriter& pages, const RenderingPlan::Chat& chat) {
+    const bool isDone =
+        attempt(chats_[chat.number], FolderNames::archivePage, [&] { pages.writeLines(chats_[chat.number]); });
+    enter(pages, chat, chat.rendering);
+    return isDone;
+  }
+
+  // What cannot be written of a chat is recorded.
+  void writeTranscripts(const ArchiveChat& chat, std::map<std::string, std::int64_t>& files) {
+    const fs::path folder = archive().contentRoot / PathText::path(chat.folder);
+    const auto write = [&](const char* name, auto render) {
+      attempt(chat, name, [&] {
+        MakeRoom::forFolder(folder);
+        const std::string text = render(chat, archive().style, archive().timeZone, setting_.locale);
+        Files::writeWhenDifferent(folder / name, text);
+        files[name] = static_cast<std::int64_t>(text.size());
+      });
+    };
+    write(FolderNames::textTranscript, TranscriptWriter::renderText);
+    write(FolderNames::htmlTranscript, TranscriptWriter::renderHTML);
+  }
+
   template <typename Work>
-  std::int64_t attempt(const ArchiveChat& chat, const char* name, Work work) {
+  bool attempt(const ArchiveChat& chat, const char* name, Work work) {
     try {
       work();
-      return 1;
+      return true;
     } catch (const std::exception& error) {
       failures_.add(error, {.name = name, .chat = chat.name, .reason = CopyFailures::reasonOf(error, {})});
-      return 0;
+      return false;
     }
+  }
+
+  // Lists a chat whose pages stand, and counts what they came to.
+  void enter(ChatArchiveWriter& pages, const RenderingPlan::Chat& chat, ChatRendering rendering) {
+    const ArchiveChat& shown = chats_[chat.number];
+    const std::string dataFile = ArchiveScripts::chatFileName(shown.id);
+    pages.list({.id = shown.id,
+                .name = shown.name,
+                .jid = shown.jid,
+                .folder = shown.folder,
+                .dataFile = dataFile,
+                .isGroup = shown.isGroup,
+                .preview = rendering.preview,
+                .messageCount = rendering.messageCount,
+                .lastTimestamp = rendering.lastTimestamp,
+                .avatarRelativePath = shown.avatarRelativePath,
+                .isGone = shown.isGone});
+    for (const auto& [kind, count] : rendering.absent) {
+      if (setting_.kinds.contains(kind)) outcome_.unresolvedLinkCount += count;
+    }
+    outcome_.transcriptCount += std::ssize(rendering.files) - (rendering.files.contains(dataFile) ? 1 : 0);
+    progress_.report(shown.folder, ++completed_);
+    const bool isWhole = rendering.files.size() == filesOf(shown).size();
+    if (isWhole) outcome_.pages.renderings.chats.emplace(kept(chat.number).id, std::move(rendering));
   }
 
   const ArchiveExport::Source& source_;
   const ArchiveExport::Setting& setting_;
   FailureLog& failures_;
+  const CancellationCheck& isCancelled_;
+  ProgressReporter& progress_;
+  std::vector<ArchiveChat> chats_;  // by their places in the library
+  const ChatLines lines_;
+  const std::string dateRules_ = dateRulesVersion();
+  ArchiveExport::Outcome outcome_;
+  std::int64_t completed_ = 0;
 };
-
-// The date of each chat's newest message, by the chat's number.
-std::map<std::int64_t, double> newestDates(const SQLiteDB& database) {
-  std::map<std::int64_t, double> dates;
-  database.forEachRow("SELECT chat, max(time) FROM message GROUP BY chat", [&](const SQLiteRowView& row) {
-    if (const auto newest = row.number(1)) dates.emplace(row.integer(0).value_or(0), *newest);
-  });
-  return dates;
-}
-
-// A chat and how pages show it.
-struct ShownChat {
-  const KeptChat* kept;
-  ArchiveChat shown;
-};
-
-// Every chat of the library, without messages, the one with the newest message first.
-std::vector<ShownChat> shownChats(const Library& library, const ExportPlan& plan, const fs::path& contentRoot) {
-  const std::vector<KeptChat>& kept = library.chats();
-  std::vector<std::string> folders(kept.size());
-  for (const PlannedChat& chat : plan.chats) {
-    for (const std::size_t place : library.chatsOf({chat.jid.text()})) {
-      if (folders[place].empty() || chat.isInExport) folders[place] = chat.folder;
-    }
-  }
-  std::vector<ShownChat> chats;
-  for (std::size_t place = 0; place < kept.size(); ++place) {
-    const KeptChat& chat = kept[place];
-    chats.push_back({.kept = &chat,
-                     .shown = {.id = chat.page,
-                               .name = chat.name,
-                               .jid = chat.jid,
-                               .folder = folders[place],
-                               .isGroup = JID::isGroup(chat.jid),
-                               .isGone = chat.isGone}});
-    const bool hasPicture = chat.avatar && Files::isRegularFile(contentRoot / PathText::path(*chat.avatar));
-    if (hasPicture) chats.back().shown.avatarRelativePath = chat.avatar;
-  }
-  const std::map<std::int64_t, double> dates = newestDates(library.database());
-  std::ranges::stable_sort(chats, std::greater(), [&](const ShownChat& chat) {
-    const auto newest = dates.find(chat.kept->id);
-    return newest == dates.end() ? -std::numeric_limits<double>::infinity() : newest->second;
-  });
-  return chats;
-}
-
-std::int64_t unresolvedLinks(const ArchiveChat& chat, const MediaKinds& kinds) {
-  return std::ranges::count_if(chat.messages, [&](const ArchiveMessage& message) {
-    const bool isAbsent = message.media && !message.media->exported;
-    const std::optional<MediaKind> kind = isAbsent ? std::optional(message.media->kind) : message.lostMedium;
-    return kind && kinds.contains(*kind);
-  });
-}
 
 }  // namespace
 
 ArchiveExport::Outcome ArchiveExport::write(const Source& source, const Setting& setting, FailureLog& failures,
                                             const CancellationCheck& isCancelled, ProgressReporter& progress) {
-  const ChatLines lines(source.library, setting.archive.style);
-  std::vector<ShownChat> shown = shownChats(source.library, source.plan, setting.archive.contentRoot);
-  std::vector<ArchiveChat> chats;
-  for (ShownChat& chat : shown) chats.push_back(std::move(chat.shown));
-  progress.begin(ExportProgress::Phase::writingTranscripts, static_cast<std::int64_t>(chats.size()));
-  Writing writing(source, setting, failures);
-  writing.copyPictures(chats, isCancelled);
-  // An archive without pictures would look whole.
-  EarlyEnd::requireBackup({.backup = source.backup.opened.url(), .destination = &setting.archive.destination});
-
-  ChatArchiveWriter archive(setting.archive);
-  Outcome outcome;
-  std::int64_t completed = 0;
-  for (ArchiveChat& chat : chats) {
-    throwIfCancelled(isCancelled);
-    const KeptChat& kept = *shown[static_cast<std::size_t>(completed)].kept;
-    progress.report(chat.folder, completed);
-    chat.messages = lines.messages(kept);
-    if (!chat.folder.empty()) outcome.transcriptCount += writing.writeTranscripts(chat);
-    writing.addTo(archive, chat);
-    if (chat.avatarRelativePath) outcome.pictures.emplace(chat.id, *chat.avatarRelativePath);
-    outcome.unresolvedLinkCount += unresolvedLinks(chat, setting.kinds);
-    progress.report(chat.folder, ++completed);
-    chat.messages = {};
-  }
-  outcome.page = archive.finish();
-  return outcome;
+  return Writing(source, setting, failures, isCancelled, progress).run();
 }

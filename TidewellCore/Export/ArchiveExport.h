@@ -1,23 +1,22 @@
 #pragma once
 
-#include <map>
-#include <string>
+#include <vector>
 
 #include "TidewellCore/Archive/ChatArchiveWriter.h"
 #include "TidewellCore/ChatData/BackupSource.h"
-#include "TidewellCore/Export/ExportPlan.h"
 #include "TidewellCore/Export/FailureLog.h"
+#include "TidewellCore/Export/PlannedChat.h"
 #include "TidewellCore/Export/ProgressReporter.h"
-#include "TidewellCore/Library/Library.h"
+#include "TidewellCore/Library/LibraryUpdate.h"
 
 // The part of an export that people read: the transcripts in the chats'
 // folders, the profile pictures and the Chat Archive.
 namespace ArchiveExport {
 
 struct Source {
-  const BackupSource& backup;  // for the profile pictures
-  const ExportPlan& plan;      // for the chats' folders
-  const Library& library;      // for all that is told
+  const BackupSource& backup;             // for the profile pictures
+  const std::vector<PlannedChat>& chats;  // for the chats' folders
+  const Library& library;                 // for all that is told
 };
 
 struct Setting {
@@ -27,13 +26,14 @@ struct Setting {
 };
 
 struct Outcome {
-  std::int64_t transcriptCount = 0;  // files
+  std::int64_t transcriptCount = 0;  // files that stand, be they new or not
   std::filesystem::path page;
-  std::map<std::string, std::string> pictures;  // of chats, from the content root, by the chat's page ID
-  std::int64_t unresolvedLinkCount = 0;         // messages with a medium of a wanted kind that is not in the export
+  LibraryUpdate::Pages pages;            // for the library to keep
+  std::int64_t unresolvedLinkCount = 0;  // messages with a medium of a wanted kind that is not in the export
 };
 
-// Holds one chat's messages in memory at a time. What cannot be written of one
+// Makes the pages of the chats that changed since the library was told of theirs, and of those whose files do not
+// stand as they were left. Holds one chat's messages in memory at a time. What cannot be written of one
 // chat, or is no longer in the backup, is recorded in `failures`; what concerns the whole
 // archive is thrown as the file system reports it. Throws TidewellError::cancelled.
 Outcome write(const Source& source, const Setting& setting, FailureLog& failures, const CancellationCheck& isCancelled,

@@ -141,12 +141,14 @@ class Writing {
     remember();
     if (job_.options.exportTranscripts) {
       takeIn();
-      writeArchive(progress);
+      const LibraryUpdate::Pages pages = writeArchive(progress);
       remember();
+      target_.flush(folders_);  // what the library knows of pages is never ahead of them
+      LibraryUpdate::takePages(library_, pages);
     } else {
       LibraryUpdate::takeMedia(library_, source_.snapshot);
+      target_.flush(folders_);
     }
-    target_.flush(folders_);
     return std::move(summary_);
   }
 
@@ -267,19 +269,20 @@ class Writing {
     if (control_.warned) control_.warned(warning);
   }
 
-  void writeArchive(ProgressReporter& progress) {
-    const ArchiveExport::Outcome outcome = ArchiveExport::write({.backup = source_, .plan = plan_, .library = library_},
-                                                                {.archive = {.destination = target_.destination(),
-                                                                             .contentRoot = target_.contentRoot(),
-                                                                             .style = exporter_.transcriptStyle,
-                                                                             .timeZone = exporter_.timeZone},
-                                                                 .locale = exporter_.locale,
-                                                                 .kinds = job_.options.includedKinds},
-                                                                failures_, control_.isCancelled, progress);
-    LibraryUpdate::takePictures(library_, outcome.pictures);
+  LibraryUpdate::Pages writeArchive(ProgressReporter& progress) {
+    ArchiveExport::Outcome outcome =
+        ArchiveExport::write({.backup = source_, .chats = plan_.chats, .library = library_},
+                             {.archive = {.destination = target_.destination(),
+                                          .contentRoot = target_.contentRoot(),
+                                          .style = exporter_.transcriptStyle,
+                                          .timeZone = exporter_.timeZone},
+                              .locale = exporter_.locale,
+                              .kinds = job_.options.includedKinds},
+                             failures_, control_.isCancelled, progress);
     summary_.transcriptCount = outcome.transcriptCount;
     summary_.archiveIndexURL = outcome.page;
     summary_.unresolvedArchiveLinkCount = outcome.unresolvedLinkCount;
+    return std::move(outcome.pages);
   }
 
   const Exporter& exporter_;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <set>
 
 #include "TidewellCore/Library/ArchiveOwner.h"
 #include "TidewellCore/Library/MessageUnion.h"
@@ -21,10 +22,12 @@ Value valueOf(const std::optional<std::string>& text) {
   return text ? Value(std::string_view(*text)) : Value(SQLiteNull{});
 }
 
-std::int64_t nextExport(const SQLiteDB& database) {
+// One that takes no texts has no row of its own, but may have changed chats.
+std::int64_t nextExport(const Library& library) {
   std::int64_t last = 0;
-  database.forEachRow("SELECT max(id) FROM export",
-                      [&](const SQLiteRowView& row) { last = row.integer(0).value_or(0); });
+  library.database().forEachRow("SELECT max(id) FROM export",
+                                [&](const SQLiteRowView& row) { last = row.integer(0).value_or(0); });
+  for (const KeptChat& chat : library.chats()) last = std::max(last, chat.changed);
   return last + 1;
 }
 
@@ -45,7 +48,7 @@ class Update {
             library.database(),
             "INSERT OR REPLACE INTO message (chat, key, time, place, from_me, last_told, deleted_later, sender,"
             " stanza, text, medium, facts, page) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
-        export_(nextExport(library.database())),
+        export_(nextExport(library)),
         newestBackup_(newestBackup(library.database())),
         saved_(library.chats()) {}
 
@@ -88,6 +91,7 @@ class Update {
   }
 
   void commit(const LibraryUpdate::Source* source) {
+    touchChatsOf(library_.media().displaced());
     hasChanged_ |= library_.media().save(library_.database());
     hasChanged_ |= library_.people().save(library_.database());
     if (hasChanged_ && source != nullptr) writeExport(*source);
@@ -192,6 +196,18 @@ class Update {
     library_.chat(place).changed = export_;
     hasChanged_ = true;
   }
+  // The pages of chats lead to their files.
+  void touchChatsOf(const std::set<std::int64_t>& media) {
+    if (media.empty()) return;
+    std::set<std::int64_t> chats;
+    library_.database().forEachRow("SELECT chat, medium FROM message WHERE medium IS NOT NULL",
+                                   [&](const SQLiteRowView& row) {
+                                     if (media.contains(row.integer(1).value_or(-1))) chats.insert(*row.integer(0));
+                                   });
+    for (std::size_t place = 0; place < library_.chats().size(); ++place) {
+      if (chats.contains(library_.chats()[place].id)) touch(place);
+    }
+  }
   void touchAll() {
     for (std::size_t place = 0; place < library_.chats().size(); ++place) touch(place);
   }
@@ -237,9 +253,10 @@ void LibraryUpdate::take(Library& library, const EarlierChats& earlier, const So
   update.commit(&source);
 }
 
-void LibraryUpdate::takePictures(Library& library, const std::map<std::string, std::string>& pictures) {
+void LibraryUpdate::takePages(Library& library, const Pages& pages) {
   Update update(library);
-  update.takePictures(pictures);
+  update.takePictures(pages.pictures);
+  pages.renderings.save(library.database());
   update.commit(nullptr);
 }
 

@@ -8,6 +8,7 @@
 #include "TidewellCore/Backup/BackupInfo.h"
 #include "TidewellCore/ChatData/ChatStorageSnapshot.h"
 #include "TidewellCore/Library/Library.h"
+#include "TidewellCore/Library/Renderings.h"
 
 // What one export tells the library, written as one transaction; an export that tells
 // nothing new writes nothing. Throws what the database and a full disk do.
@@ -34,8 +35,12 @@ struct Source {
 // it is anything, before. Throws TidewellError::cancelled, and what `earlier` does.
 void take(Library& library, const EarlierChats& earlier, const Source& source, const CancellationCheck& isCancelled);
 
-// Keeps which picture each chat has, from the content root, by the chat's page ID.
-void takePictures(Library& library, const std::map<std::string, std::string>& pictures);
+// What was made of the library.
+struct Pages {
+  Renderings renderings;
+  std::map<std::string, std::string> pictures;  // of chats, from the content root, by the chat's page ID
+};
+void takePages(Library& library, const Pages& pages);
 
 // Keeps what the ledger was told and who the owner is, and no text.
 void takeMedia(Library& library, const ChatStorageSnapshot& snapshot);

@@ -31,6 +31,7 @@ MediaLedger::MediaLedger(const SQLiteDB& database) {
       });
   isSettled_.resize(media_.size());
   isUnsaved_.resize(media_.size());
+  savedCount_ = media_.size();
 }
 
 const KeptMedium* MediaLedger::medium(std::int64_t number) const {
@@ -53,6 +54,11 @@ void MediaLedger::touch(std::size_t number) {
   isUnsaved_[number] = true;
 }
 
+void MediaLedger::displace(std::size_t number) {
+  touch(number);
+  if (number < savedCount_) displaced_.insert(static_cast<std::int64_t>(number));
+}
+
 // A file of another size under the same path is another file, once one was exported.
 void MediaLedger::settle(KeptMedium medium) {
   auto number = static_cast<std::size_t>(enter(medium.path));
@@ -68,13 +74,14 @@ void MediaLedger::settle(KeptMedium medium) {
   if (media_[number] == medium) return;
   // The path's text stays where it is, since it is what the entry is found by.
   KeptMedium& entry = media_[number];
+  const bool isElsewhere = entry.place != medium.place || entry.isThere != medium.isThere;
   entry.place = std::move(medium.place);
   entry.size = medium.size;
   entry.date = medium.date;
   entry.kind = medium.kind;
   entry.chatJID = std::move(medium.chatJID);
   entry.isThere = medium.isThere;
-  touch(number);
+  isElsewhere ? displace(number) : touch(number);
 }
 
 void MediaLedger::review(const std::function<bool(const ExportPlace& place, std::int64_t size)>& isThere) {
@@ -84,7 +91,7 @@ void MediaLedger::review(const std::function<bool(const ExportPlace& place, std:
     const bool stands = isThere(*medium.place, medium.size);
     if (stands == medium.isThere) continue;
     medium.isThere = stands;
-    touch(number);
+    displace(number);
   }
 }
 
@@ -95,7 +102,7 @@ bool MediaLedger::relocate(const std::function<std::optional<ExportPlace>(const 
     auto moved = place ? newPlace(*place) : std::nullopt;
     if (!moved || moved == place) continue;
     place = std::move(moved);
-    touch(number);
+    displace(number);
     hasChanged = true;
   }
   return hasChanged;
@@ -118,5 +125,7 @@ bool MediaLedger::save(const SQLiteDB& database) {
     isUnsaved_[number] = false;
     isNews = true;
   }
+  savedCount_ = media_.size();
+  displaced_.clear();
   return isNews;
 }

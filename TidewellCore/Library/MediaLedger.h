@@ -4,6 +4,7 @@
 #include <deque>
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -48,14 +49,19 @@ class MediaLedger {
   // anything changed.
   bool relocate(const std::function<std::optional<ExportPlace>(const ExportPlace& former)>& newPlace);
 
+  // The numbers of those that went elsewhere, came or went away since they were saved.
+  const std::set<std::int64_t>& displaced() const { return displaced_; }
   // Writes what is new. Tells whether there was anything.
   bool save(const SQLiteDB& database);
 
  private:
   void touch(std::size_t number);
+  void displace(std::size_t number);
 
   std::deque<KeptMedium> media_;                              // by their numbers; what is entered stays where it is
   std::unordered_map<std::string_view, std::size_t> newest_;  // by path; of texts in media_
   std::vector<bool> isSettled_;
   std::vector<bool> isUnsaved_;
+  std::size_t savedCount_ = 0;
+  std::set<std::int64_t> displaced_;
 };

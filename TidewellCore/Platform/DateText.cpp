@@ -153,6 +153,16 @@ std::string DateFormatter::string(Date date) const {
   return result;
 }
 
+std::string dateRulesVersion() {
+  UVersionInfo version;
+  u_getVersion(version);
+  std::array<char, U_MAX_VERSION_STRING_LENGTH> text{};
+  u_versionToString(version, text.data());
+  UErrorCode status = U_ZERO_ERROR;
+  const char* zones = icu::TimeZone::getTZDataVersion(status);
+  return fmt::format("{} {}", text.data(), U_SUCCESS(status) ? zones : "");
+}
+
 std::string iso8601(Date date) {
   const double seconds = std::floor(std::clamp(unixTime(date), earliestShown, latestShown));
   const std::chrono::sys_seconds instant{std::chrono::seconds(static_cast<std::int64_t>(seconds))};

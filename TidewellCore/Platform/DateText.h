@@ -67,6 +67,9 @@ class DateFormatter {
   std::unique_ptr<Format> format_;
 };
 
+// Of the rules after which dates are written and zones have their hours: another text for other rules.
+std::string dateRulesVersion();
+
 // "2024-05-01T12:00:00Z" (ISO 8601, whole seconds, UTC, Gregorian for all time).
 std::string iso8601(Date date);
 // Reads that form alone; absent for any other text.
