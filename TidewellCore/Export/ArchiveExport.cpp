@@ -5,6 +5,7 @@
 #include <map>
 
 #include "TidewellCore/Archive/ChatLines.h"
+#include "TidewellCore/Archive/MessageFiles.h"
 #include "TidewellCore/Archive/ProfilePictures.h"
 #include "TidewellCore/Archive/TranscriptWriter.h"
 #include "TidewellCore/ChatData/JID.h"
@@ -38,7 +39,7 @@ class Writing {
       Files::writeWhenDifferent(folder / FolderNames::htmlTranscript,
                                 TranscriptWriter::renderHTML(chat, archive.style, archive.timeZone, setting_.locale));
     });
-    return written;
+    return written + writeMessageFiles(chat, folder);
   }
 
   void addTo(ChatArchiveWriter& archive, const ArchiveChat& chat) {
@@ -54,6 +55,19 @@ class Writing {
   }
 
  private:
+  // Likewise.
+  std::int64_t writeMessageFiles(const ArchiveChat& chat, const fs::path& folder) {
+    const ChatArchiveWriter::Setting& archive = setting_.archive;
+    std::int64_t written = 0;
+    for (const MessageFormat format : setting_.formats) {
+      const char* name = MessageFiles::nameOf(format);
+      written += attempt(chat, name, [&] {
+        Files::writeWhenDifferent(folder / name, MessageFiles::render(format, chat, archive.style, archive.timeZone));
+      });
+    }
+    return written;
+  }
+
   // Returns 1 when it succeeds, else 0.
   template <typename Work>
   std::int64_t attempt(const ArchiveChat& chat, const char* name, Work work) {

@@ -9,6 +9,7 @@
 #include "TidewellCore/Export/FailureLog.h"
 #include "TidewellCore/Export/ProgressReporter.h"
 #include "TidewellCore/Library/Library.h"
+#include "TidewellCore/MessageFormat.h"
 
 // The part of an export that people read: the transcripts in the chats'
 // folders, the profile pictures and the Chat Archive.
@@ -24,6 +25,7 @@ struct Setting {
   ChatArchiveWriter::Setting archive;
   Locale locale;            // of the dates in transcripts
   const MediaKinds& kinds;  // that the export was asked for
+  const MessageFormats& formats;
 };
 
 struct Outcome {

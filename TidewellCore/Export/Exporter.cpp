@@ -274,7 +274,8 @@ class Writing {
                                                                              .style = exporter_.transcriptStyle,
                                                                              .timeZone = exporter_.timeZone},
                                                                  .locale = exporter_.locale,
-                                                                 .kinds = job_.options.includedKinds},
+                                                                 .kinds = job_.options.includedKinds,
+                                                                 .formats = job_.options.formats},
                                                                 failures_, control_.isCancelled, progress);
     LibraryUpdate::takePictures(library_, outcome.pictures);
     summary_.transcriptCount = outcome.transcriptCount;
