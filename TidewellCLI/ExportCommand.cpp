@@ -40,6 +40,16 @@ MediaKinds parseKinds(const std::string& list) {
   return kinds;
 }
 
+MessageFormats parseFormats(const std::string& list) {
+  MessageFormats formats;
+  for (const std::string& name : CLI::detail::split(list, ',')) {
+    const auto format = fromRawValue<MessageFormat>(name);
+    if (!format) throw CLI::ValidationError("--formats", "unknown format \"" + name + "\"");
+    formats.insert(*format);
+  }
+  return formats;
+}
+
 TimeZone parseTimeZone(const std::string& identifier) {
   if (const auto timeZone = TimeZone::named(identifier)) return *timeZone;
   throw CLI::ValidationError("--time-zone", "unknown time zone \"" + identifier + "\"");
@@ -116,7 +126,13 @@ void addExportCommand(CLI::App& app, int& exitCode) {
   command->add_option_function<std::string>(
       "--kinds", [options](const std::string& list) { options->wanted.includedKinds = parseKinds(list); },
       "The kinds to copy, separated by commas: photos, videos, voiceNotes, stickers, documents");
-  command->add_flag("--no-transcripts", options->noTranscripts, "Write no transcripts and no archive page");
+  CLI::Option* noTranscripts =
+      command->add_flag("--no-transcripts", options->noTranscripts, "Write no transcripts and no archive page");
+  command
+      ->add_option_function<std::string>(
+          "--formats", [options](const std::string& list) { options->wanted.formats = parseFormats(list); },
+          "Write each chat's messages for other programs, too, in formats separated by commas: json, csv")
+      ->excludes(noTranscripts);
   options->password.addOptions(*command);
   command->add_option_function<std::string>(
       "--time-zone", [options](const std::string& id) { options->timeZone = parseTimeZone(id); },

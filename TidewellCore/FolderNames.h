@@ -16,6 +16,8 @@ inline constexpr const char* archivePage = "index.html";
 inline constexpr const char* archiveChats = "chats.js";  // in the viewer's data folder
 inline constexpr const char* textTranscript = "_transcript.txt";
 inline constexpr const char* htmlTranscript = "_transcript.html";
+inline constexpr const char* jsonMessages = "_messages.jsonl";
+inline constexpr const char* csvMessages = "_messages.csv";
 
 // Never a chat's folder, in any letter case.
 inline constexpr std::array<std::string_view, 3> reserved{viewer, avatars, content};

@@ -44,7 +44,8 @@ TEST(ChatLines, AMessageKeepsWhatItSays) {
   add(tables, 7, 1, 10.5);
   const ChatStorageSnapshot snapshot(std::move(tables));
   EXPECT_EQ(messages(snapshot, ana),
-            (std::vector<ArchiveMessage>{{.id = "7", .sender = "Ana", .timestamp = 10.5, .text = "text 7"}}));
+            (std::vector<ArchiveMessage>{
+                {.id = "7", .sender = "Ana", .senderJID = ana, .timestamp = 10.5, .text = "text 7"}}));
 }
 
 std::string wordsOf(const ChatStorageSnapshot& snapshot, const std::string& jid) {
@@ -58,6 +59,18 @@ TEST(ChatLines, ALidThatNobodyKnowsIsNobody) {
       .kind = NoticeKind::memberRemoved, .actor = Person{.jid = "777000777@lid"}, .targets = {Person{.jid = ana}}};
   tables.details = {{7, {.content = removed}}};
   EXPECT_EQ(wordsOf(ChatStorageSnapshot(std::move(tables)), group), "+55 11 90000-1111 was removed");
+}
+
+TEST(ChatLines, TellsTheJIDOfWhoeverElseWroteAMessage) {
+  auto tables = tablesOf({{ana, "Ana"}});
+  add(tables, 7, 1, 10);
+  add(tables, 8, 1, 20).isFromMe = true;
+  add(tables, 9, 1, 30);
+  tables.details = {{9, {.content = Notice{.kind = NoticeKind::securityCodeChanged}}}};
+  const ChatStorageSnapshot snapshot(std::move(tables));
+  std::vector<std::string> jids;
+  for (const ArchiveMessage& message : messages(snapshot, ana)) jids.push_back(message.senderJID);
+  EXPECT_THAT(jids, ElementsAre(ana, "", "")) << "neither the owner's nor that of a notice";
 }
 
 // A channel's own JID has digits that are no number.

@@ -1,6 +1,7 @@
 target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/ArchiveFormatTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ArchiveRelocationTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/CSVTextTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ChatArchiveAssetsTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ChatArchiveJSONTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ChatArchiveWriterTests.cpp
@@ -8,6 +9,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/EarlierPagesTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/EveryKindTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/JSONTextTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/MessageFilesTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MessageLineTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MessageWordsTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/NoticeWordsTests.cpp

@@ -115,8 +115,10 @@ TEST_F(ExportDeduperTest, MergesAnEmptyFolderAndEmptyFiles) {
 TEST_F(ExportDeduperTest, CountsNeitherTranscriptsNorAFileManagersFile) {
   write("Ana/_transcript.txt", "same");
   write("Ana/_transcript.html", "newer");
+  write("Ana/_messages.csv", "same");
   write(ana + "/_transcript.txt", "same");
   write(ana + "/_transcript.html", "older");
+  write(ana + "/_messages.csv", "same");
   write(ana + "/.DS_Store", "icons");
   write("Bea/b.jpg", "b");
   write(bea + "/_transcript.txt", "only one");
@@ -128,6 +130,7 @@ TEST_F(ExportDeduperTest, CountsNeitherTranscriptsNorAFileManagersFile) {
   EXPECT_EQ(media(), (Tree{{"Ana/_transcript.txt", "same"},
                            {"Ana/_transcript.html", "newer"},
                            {"Ana/_transcript-2.html", "older"},
+                           {"Ana/_messages.csv", "same"},
                            {"Bea/b.jpg", "b"},
                            {"Bea/_transcript.txt", "only one"}}));
 }

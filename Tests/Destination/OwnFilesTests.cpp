@@ -11,6 +11,8 @@ using OwnFiles::Kind;
 TEST(OwnFiles, AreToldByTheirNames) {
   EXPECT_EQ(OwnFiles::kindOf("_transcript.txt"), Kind::transcript);
   EXPECT_EQ(OwnFiles::kindOf("_transcript.html"), Kind::transcript);
+  EXPECT_EQ(OwnFiles::kindOf("_messages.jsonl"), Kind::transcript);
+  EXPECT_EQ(OwnFiles::kindOf("_messages.csv"), Kind::transcript);
   EXPECT_EQ(OwnFiles::kindOf(".tidewell-manifest.json"), Kind::memory);
   EXPECT_EQ(OwnFiles::kindOf(".tidewell-names.json"), Kind::memory);
   EXPECT_EQ(OwnFiles::kindOf(".tidewell-dedupe.json"), Kind::journal);
@@ -27,6 +29,7 @@ TEST(OwnFiles, AreNotMediaNorSomebodys) {
 
 TEST(OwnFiles, ThoseMadeForChatsTellAChatsFolder) {
   EXPECT_TRUE(OwnFiles::isMadeForChats("_transcript.html"));
+  EXPECT_TRUE(OwnFiles::isMadeForChats("_messages.csv"));
   EXPECT_TRUE(OwnFiles::isMadeForChats("2023-03-08_202640_a.jpg"));
   EXPECT_FALSE(OwnFiles::isMadeForChats("my notes.txt"));
   EXPECT_FALSE(OwnFiles::isMadeForChats(".DS_Store"));

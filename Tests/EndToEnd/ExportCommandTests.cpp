@@ -53,6 +53,21 @@ std::map<std::string, std::string> contentsOf(const fs::path& folder) {
   return digests;
 }
 
+TEST(ExportCommand, SavesMessagesForProgramsInTheFormatsItIsGiven) {
+  const CommandLine commandLine;
+  Fixture::writeBackup(twoFiles(), commandLine / "device");
+  const Finished finished =
+      commandLine.run({"export", "device", "saved", "--formats", "json,csv", "--time-zone", "Asia/Tokyo"});
+  EXPECT_EQ(finished.exitCode, 0) << finished.errors;
+  EXPECT_THAT(finished.output, HasSubstr("4 transcripts"));
+  const Fixture::Bytes table = Fixture::readFile(commandLine / "saved/messages/Ana/_messages.csv");
+  EXPECT_THAT(std::string(table.begin(), table.end()), HasSubstr(",2023-03-08 20:26:40,2023-03-09 05:26:40,+09:00,"));
+  EXPECT_TRUE(fs::exists(commandLine / "saved/messages/Ana/_messages.jsonl"));
+  EXPECT_THAT(commandLine.run({"export", "device", "other", "--formats", "xml"}).errors,
+              HasSubstr("unknown format \"xml\""));
+  EXPECT_FALSE(fs::exists(commandLine / "other"));
+}
+
 TEST(ExportCommand, LeavesEachChatsFilesInAFolderNamedAfterIt) {
   const CommandLine commandLine;
   Fixture::writeBackup(twoFiles(), commandLine / "device");

@@ -68,6 +68,51 @@ TEST(ArchiveExport, OfAnEncryptedBackupIsThatOfAPlainOne) {
   EXPECT_EQ(filesBelow(encrypted.destination), filesBelow(plain.destination));
 }
 
+TEST_P(ArchiveExportTest, SavesMessagesForProgramsInTheFormatsThatAreWanted) {
+  ExportOptions options = everything;
+  options.formats = {MessageFormat::csv};
+  EXPECT_EQ(scene.run(options).transcriptCount, 9);
+  EXPECT_TRUE(fs::exists(scene.content / "Ana/_messages.csv"));
+  EXPECT_FALSE(fs::exists(scene.content / "Ana/_messages.jsonl"));
+  options.formats = {MessageFormat::csv, MessageFormat::json};
+  const ExportSummary summary = scene.run(options);
+  EXPECT_EQ(summary.transcriptCount, 12);
+  EXPECT_EQ(summary.copiedCount, 0);
+  EXPECT_THAT(textOf(scene.content / "Ana/_messages.csv"), HasSubstr(",photo,"));
+  const std::string lines = textOf(scene.content / "Ana/_messages.jsonl");
+  EXPECT_THAT(lines, HasSubstr("\"path\":\"2023-03-08_202640_aa1.jpg\""));
+  EXPECT_THAT(lines, HasSubstr("\"senderJID\":\"5511900001111@s.whatsapp.net\""));
+  EXPECT_THAT(textOf(scene.content / "_viewer/data/chat-5511900001111_s.whatsapp.net.js"), Not(HasSubstr("senderJID")));
+  EXPECT_EQ(scene.run(options).failedCount, 0);
+  const auto before = Fixture::treeSnapshot(scene.destination);
+  scene.run(options);
+  EXPECT_EQ(Fixture::treeSnapshot(scene.destination), before);
+}
+
+TEST(ArchiveExport, LeavesFilesForProgramsThatNobodyWantsAgain) {
+  const Scene scene(talkingBackup());
+  ExportOptions options = everything;
+  options.formats = {MessageFormat::json};
+  scene.run(options);
+  const std::string before = textOf(scene.content / "Ana/_messages.jsonl");
+  EXPECT_EQ(scene.run(everything).failedCount, 0);
+  EXPECT_EQ(textOf(scene.content / "Ana/_messages.jsonl"), before);
+}
+
+TEST(ArchiveExport, NamesAFileForProgramsThatCannotBeWritten) {
+  const Scene scene(talkingBackup());
+  ExportOptions options = everything;
+  options.formats = {MessageFormat::csv};
+  scene.run(options);
+  fs::remove(scene.content / "Ana/_messages.csv");
+  Fixture::writeFile(scene.content / "Ana/_messages.csv/in the way", "x");
+  const ExportSummary summary = scene.run(options);
+  EXPECT_EQ(summary.transcriptCount, 8);
+  ASSERT_EQ(summary.failures.size(), 1U);
+  EXPECT_EQ(summary.failures[0].name, "_messages.csv");
+  EXPECT_EQ(summary.failures[0].chat, "Ana");
+}
+
 TEST(ArchiveExport, IsLeftOutWhenItIsNotWanted) {
   const Scene scene(talkingBackup());
   const ExportSummary summary = scene.run(ExportTest::mediaAlone());

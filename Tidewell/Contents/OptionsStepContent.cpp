@@ -51,6 +51,7 @@ OptionsStepContent OptionsStepContent::of(const ExportState& state, const L10n& 
       .media = mediaLine(scan, texts),
       .isEmpty = state.scanResult && scan.chatCount == 0 && scan.mediaFileCount == 0,
       .exportTranscripts = state.exportTranscripts,
+      .exportMessageFiles = state.exportTranscripts && state.exportMessageFiles,
       .destination = DestinationContent::of(state, texts)};
   for (const std::string& warning : scan.warnings) content.warnings.append(texts.text(ContentText::text(warning)));
   for (const MediaKind kind : MediaKind::allCases) content.kinds.append(kindContent(kind, state, texts));

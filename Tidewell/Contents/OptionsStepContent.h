@@ -62,6 +62,7 @@ struct OptionsStepContent {
   Q_PROPERTY(QStringList warnings MEMBER warnings)
   Q_PROPERTY(QList<MediaKindContent> kinds MEMBER kinds)
   Q_PROPERTY(bool exportTranscripts MEMBER exportTranscripts)
+  Q_PROPERTY(bool exportMessageFiles MEMBER exportMessageFiles)
   Q_PROPERTY(DestinationContent destination MEMBER destination)
 
  public:
@@ -73,6 +74,7 @@ struct OptionsStepContent {
   QStringList warnings;  // what the scan may have missed
   QList<MediaKindContent> kinds;
   bool exportTranscripts = true;
+  bool exportMessageFiles = false;  // asked for only together with transcripts
   DestinationContent destination;
 
   static OptionsStepContent of(const ExportState& state, const L10n& texts);

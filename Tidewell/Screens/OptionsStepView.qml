@@ -109,6 +109,19 @@ ScrollPage {
             checked: view.content.exportTranscripts
             onWanted: on => view.controller.setExportTranscripts(on)
         }
+        CheckRow {
+            objectName: "messageFilesBox"
+            Layout.fillWidth: true
+            Layout.leftMargin: -Theme.tight
+            Layout.rightMargin: -Theme.tight
+            sidePadding: Theme.tight
+            symbol: "kind.documents"
+            text: L10n.text("Also save messages as JSON and CSV")
+            caption: L10n.text("For spreadsheets and other programs: two more files in each chat folder.")
+            enabled: view.content.exportTranscripts
+            checked: view.content.exportMessageFiles
+            onWanted: on => view.controller.setExportMessageFiles(on)
+        }
     }
     DestinationBar {
         Layout.fillWidth: true

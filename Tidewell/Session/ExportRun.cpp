@@ -37,6 +37,11 @@ struct Work {
   }
 };
 
+MessageFormats formatsOf(const ExportState& state) {
+  if (!state.exportMessageFiles) return {};
+  return {MessageFormat::json, MessageFormat::csv};
+}
+
 const Run* runOf(const ExportState& state) {
   const auto* exporting = std::get_if<Exporting>(&state.work);
   return exporting == nullptr ? nullptr : &exporting->run;
@@ -75,7 +80,9 @@ void ExportRun::run(const Then& failed, bool isSamePerson) {
       BackgroundWork::Lane::userInitiated,
       Work{.backup = *state.backupURL,
            .destination = *state.destinationURL,
-           .options = {.includedKinds = state.includedKinds, .exportTranscripts = state.exportTranscripts},
+           .options = {.includedKinds = state.includedKinds,
+                       .exportTranscripts = state.exportTranscripts,
+                       .formats = formatsOf(state)},
            .password = state.unlockedPassword,
            .passwordKey = state.passwordKey,
            .isSamePerson = isSamePerson,

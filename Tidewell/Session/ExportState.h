@@ -40,6 +40,7 @@ struct ExportState {
   std::optional<std::filesystem::path> destinationURL;
   MediaKinds includedKinds{MediaKind::allCases.begin(), MediaKind::allCases.end()};
   bool exportTranscripts = true;
+  bool exportMessageFiles = false;  // for other programs; only together with transcripts
   std::optional<ExportProgress> progress;
   std::optional<ExportSummary> summary;
   std::optional<std::string> errorMessage;  // absent: no alert

@@ -213,6 +213,8 @@ void ExportViewModel::setKindIncluded(const QString& rawValue, bool included) {
 
 void ExportViewModel::setExportTranscripts(bool wanted) { session_.set(&ExportState::exportTranscripts, wanted); }
 
+void ExportViewModel::setExportMessageFiles(bool wanted) { session_.set(&ExportState::exportMessageFiles, wanted); }
+
 void ExportViewModel::setDropTargeted(bool targeted) { session_.set(&ExportState::dropTargeted, targeted); }
 
 void ExportViewModel::setFocusBackupPassword(bool wanted) { session_.set(&ExportState::focusBackupPassword, wanted); }

@@ -81,6 +81,7 @@ class ExportViewModel : public QObject {
   Q_INVOKABLE void setRememberBackupPassword(bool remember);
   Q_INVOKABLE void setKindIncluded(const QString& rawValue, bool included);
   Q_INVOKABLE void setExportTranscripts(bool wanted);
+  Q_INVOKABLE void setExportMessageFiles(bool wanted);
   Q_INVOKABLE void setDropTargeted(bool targeted);
   Q_INVOKABLE void setFocusBackupPassword(bool wanted);
   Q_INVOKABLE void dismissError();

@@ -23,6 +23,7 @@ struct ArchiveMessage {
   std::string id;  // unique in its chat
   bool fromMe = false;
   std::string sender;               // as it is shown; empty for a notice
+  std::string senderJID;            // empty for the owner, for a notice and where it is not known; pages do not tell it
   std::optional<double> timestamp;  // seconds since 1970-01-01T00:00:00Z
   std::optional<std::string> text;
   std::optional<ArchiveMedia> media;

@@ -83,6 +83,7 @@ ArchiveMessage ChatLines::plain(const KeptMessage& message) const {
   told.id = std::to_string(message.key);
   told.isGone = message.isGone();
   told.isDeletedLater = message.isDeletedLater;
+  if (!told.sender.empty()) told.senderJID = senderJIDOf(message);
   if (object != nullptr) told.timestamp = message.time;
   if (auto media = mediaOf(message)) {
     if (told.media) media->kind = told.media->kind;
@@ -96,8 +97,17 @@ ArchiveMessage ChatLines::plain(const KeptMessage& message) const {
 
 std::string ChatLines::senderOf(const KeptMessage& message) const {
   if (message.isFromMe) return style_.youLabel;
-  const KeptPeople::Sender* sender = message.sender ? library_.people().sender(*message.sender) : nullptr;
+  const KeptPeople::Sender* sender = keptSender(message);
   return sender == nullptr ? style_.unknownSenderLabel : sender->name.value_or(style_.unknownSenderLabel);
+}
+
+std::string ChatLines::senderJIDOf(const KeptMessage& message) const {
+  const KeptPeople::Sender* sender = message.isFromMe ? nullptr : keptSender(message);
+  return sender == nullptr ? std::string() : sender->jid;
+}
+
+const KeptPeople::Sender* ChatLines::keptSender(const KeptMessage& message) const {
+  return message.sender ? library_.people().sender(*message.sender) : nullptr;
 }
 
 std::optional<ArchiveMedia> ChatLines::mediaOf(const KeptMessage& message) const {

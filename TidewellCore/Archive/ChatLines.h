@@ -19,6 +19,9 @@ class ChatLines {
 
  private:
   std::string senderOf(const KeptMessage& message) const;
+  std::string senderJIDOf(const KeptMessage& message) const;
+  // Null for the owner.
+  const KeptPeople::Sender* keptSender(const KeptMessage& message) const;
   std::optional<ArchiveMedia> mediaOf(const KeptMessage& message) const;
   ArchiveMessage plain(const KeptMessage& message) const;
   MessageWords::Context contextOf(const KeptChat& chat) const;

@@ -22,22 +22,13 @@ struct Mark {
   bool Marks::*isSet;
 };
 
-constexpr std::array marks{Mark{"deletedLater", &Marks::isDeletedLater},
-                           Mark{"forwarded", &Marks::isForwarded},
-                           Mark{"gif", &Marks::isGIF},
-                           Mark{"gone", &Marks::isGone},
-                           Mark{"round", &Marks::isRound},
-                           Mark{"starred", &Marks::isStarred},
-                           Mark{"viewOnce", &Marks::isViewOnce}};
-
-Json::Array marksOf(const ArchiveMessage& message) {
-  const Marks set{message.details ? message.details->marks : MessageMarks(), message.isDeletedLater, message.isGone};
-  Json::Array names;
-  for (const Mark& mark : marks) {
-    if (set.*mark.isSet) names.emplace_back(mark.name);
-  }
-  return names;
-}
+constexpr std::array knownMarks{Mark{"deletedLater", &Marks::isDeletedLater},
+                                Mark{"forwarded", &Marks::isForwarded},
+                                Mark{"gif", &Marks::isGIF},
+                                Mark{"gone", &Marks::isGone},
+                                Mark{"round", &Marks::isRound},
+                                Mark{"starred", &Marks::isStarred},
+                                Mark{"viewOnce", &Marks::isViewOnce}};
 
 Json::Object json(const ArchiveQuote& quote) {
   Json::Object json{
@@ -62,7 +53,7 @@ Json::Array json(const std::vector<ArchiveReaction>& reactions) {
 
 Marks marksOf(const std::vector<std::string>& names) {
   Marks set;
-  for (const Mark& mark : marks) set.*mark.isSet = std::ranges::find(names, mark.name) != names.end();
+  for (const Mark& mark : knownMarks) set.*mark.isSet = std::ranges::find(names, mark.name) != names.end();
   return set;
 }
 
@@ -117,10 +108,19 @@ ArchiveDetails detailsOf(const Json::Object& message, const MessageMarks& set) {
 
 }  // namespace
 
+std::vector<std::string_view> DetailsFormat::marks(const ArchiveMessage& message) {
+  const Marks set{message.details ? message.details->marks : MessageMarks(), message.isDeletedLater, message.isGone};
+  std::vector<std::string_view> names;
+  for (const Mark& mark : knownMarks) {
+    if (set.*mark.isSet) names.push_back(mark.name);
+  }
+  return names;
+}
+
 void DetailsFormat::write(const ArchiveMessage& message, Json::Object& json) {
   if (message.details) writeDetails(*message.details, json);
-  Json::Array names = marksOf(message);
-  if (!names.empty()) json.emplace("marks", std::move(names));
+  const std::vector<std::string_view> names = marks(message);
+  if (!names.empty()) json.emplace("marks", Json::Array(names.begin(), names.end()));
 }
 
 void DetailsFormat::read(const Json::Object& json, ArchiveMessage& message) {

@@ -106,6 +106,7 @@ void MessageWords::tell(const MessageDetails& details, const Context& context, A
   told.mentions = Mentions::in(message.text.value_or(""), context.mentioned);
   if (told.kind == ArchiveKind::notice) {
     message.sender.clear();
+    message.senderJID.clear();
     message.fromMe = false;
   }
   message.details = told == ArchiveDetails() ? Boxed<ArchiveDetails>() : std::move(told);

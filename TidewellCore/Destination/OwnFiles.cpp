@@ -6,8 +6,15 @@
 #include "TidewellCore/FolderNames.h"
 #include "TidewellCore/Platform/Files.h"
 
+namespace {
+
+constexpr std::array<std::string_view, 4> transcripts{FolderNames::textTranscript, FolderNames::htmlTranscript,
+                                                      FolderNames::jsonMessages, FolderNames::csvMessages};
+
+}  // namespace
+
 OwnFiles::Kind OwnFiles::kindOf(std::string_view name) {
-  if (name == FolderNames::textTranscript || name == FolderNames::htmlTranscript) return Kind::transcript;
+  if (std::ranges::find(transcripts, name) != transcripts.end()) return Kind::transcript;
   if (std::ranges::find(memories, name) != memories.end()) return Kind::memory;
   if (name == cleanUpJournal || name == LibraryFile::journalName) return Kind::journal;
   if (name.starts_with(Files::partialPrefix)) return Kind::partial;

@@ -18,7 +18,7 @@ inline constexpr const char* cleanUpJournal = ".tidewell-dedupe.json";
 
 enum class Kind {
   none,         // a medium, or somebody's
-  transcript,   // of a chat, in its folder
+  transcript,   // of a chat, in its folder, for people or for programs
   memory,       // one of `memories`
   journal,      // the above, and that of the library's transaction
   partial,      // a working file of a run that did not end itself

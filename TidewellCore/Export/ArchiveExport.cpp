@@ -4,6 +4,7 @@
 
 #include "TidewellCore/Archive/ArchiveScripts.h"
 #include "TidewellCore/Archive/ChatLines.h"
+#include "TidewellCore/Archive/MessageFiles.h"
 #include "TidewellCore/Archive/ProfilePictures.h"
 #include "TidewellCore/Archive/TranscriptWriter.h"
 #include "TidewellCore/ChatData/JID.h"
@@ -135,6 +136,10 @@ class Writing {
     for (const char* name : {FolderNames::textTranscript, FolderNames::htmlTranscript}) {
       files.push_back({name, folder / name});
     }
+    for (const MessageFormat format : setting_.formats) {
+      const char* name = MessageFiles::nameOf(format);
+      files.push_back({name, folder / name});
+    }
     return files;
   }
 
@@ -189,16 +194,23 @@ class Writing {
   // What cannot be written of a chat is recorded.
   void writeTranscripts(const ArchiveChat& chat, std::map<std::string, std::int64_t>& files) {
     const fs::path folder = archive().contentRoot / PathText::path(chat.folder);
+    const TranscriptStyle& style = archive().style;
+    const TimeZone& timeZone = archive().timeZone;
     const auto write = [&](const char* name, auto render) {
       attempt(chat, name, [&] {
         MakeRoom::forFolder(folder);
-        const std::string text = render(chat, archive().style, archive().timeZone, setting_.locale);
+        const std::string text = render();
         Files::writeWhenDifferent(folder / name, text);
         files[name] = static_cast<std::int64_t>(text.size());
       });
     };
-    write(FolderNames::textTranscript, TranscriptWriter::renderText);
-    write(FolderNames::htmlTranscript, TranscriptWriter::renderHTML);
+    write(FolderNames::textTranscript,
+          [&] { return TranscriptWriter::renderText(chat, style, timeZone, setting_.locale); });
+    write(FolderNames::htmlTranscript,
+          [&] { return TranscriptWriter::renderHTML(chat, style, timeZone, setting_.locale); });
+    for (const MessageFormat format : setting_.formats) {
+      write(MessageFiles::nameOf(format), [&] { return MessageFiles::render(format, chat, style, timeZone); });
+    }
   }
 
   template <typename Work>

@@ -8,6 +8,7 @@
 #include "TidewellCore/Export/PlannedChat.h"
 #include "TidewellCore/Export/ProgressReporter.h"
 #include "TidewellCore/Library/LibraryUpdate.h"
+#include "TidewellCore/MessageFormat.h"
 
 // The part of an export that people read: the transcripts in the chats'
 // folders, the profile pictures and the Chat Archive.
@@ -23,6 +24,7 @@ struct Setting {
   ChatArchiveWriter::Setting archive;
   Locale locale;            // of the dates in transcripts
   const MediaKinds& kinds;  // that the export was asked for
+  const MessageFormats& formats;
 };
 
 struct Outcome {

@@ -12,7 +12,7 @@
 struct ExportSummary {
   std::int64_t copiedCount = 0;
   std::int64_t skippedExistingCount = 0;  // already in the destination with the same name and size
-  std::int64_t transcriptCount = 0;       // transcript files written
+  std::int64_t transcriptCount = 0;       // transcript files written, those for programs too
   std::int64_t failedCount = 0;           // of `failures`
   std::int64_t totalBytesCopied = 0;
   std::filesystem::path destination;

@@ -277,7 +277,8 @@ class Writing {
                                           .style = exporter_.transcriptStyle,
                                           .timeZone = exporter_.timeZone},
                               .locale = exporter_.locale,
-                              .kinds = job_.options.includedKinds},
+                              .kinds = job_.options.includedKinds,
+                              .formats = job_.options.formats},
                              failures_, control_.isCancelled, progress);
     summary_.transcriptCount = outcome.transcriptCount;
     summary_.archiveIndexURL = outcome.page;

@@ -28,6 +28,15 @@ TEST(OptionsStepContent, SumsTheBackupUp) {
   EXPECT_EQ(content.media, "12,345 · 2.5 GB");
   EXPECT_FALSE(content.isEmpty);
   EXPECT_TRUE(content.exportTranscripts);
+  EXPECT_FALSE(content.exportMessageFiles);
+}
+
+TEST(OptionsStepContent, OffersFilesForProgramsWithTranscriptsOnly) {
+  ExportState state = scanned();
+  state.exportMessageFiles = true;
+  EXPECT_TRUE(OptionsStepContent::of(state, texts).exportMessageFiles);
+  state.exportTranscripts = false;
+  EXPECT_FALSE(OptionsStepContent::of(state, texts).exportMessageFiles);
 }
 
 TEST(OptionsStepContent, SaysSoWhenItDoesNotKnow) {

@@ -100,7 +100,8 @@ TEST_F(Access, KeysReachEveryControlOfTheSecondStep) {
   chooseDestination();
   EXPECT_THAT(tabStops(), testing::UnorderedElementsAre("kindBox.photos", "kindBox.videos", "kindBox.voiceNotes",
                                                         "kindBox.stickers", "kindBox.documents", "transcriptsBox",
-                                                        "chooseDestinationButton", "backButton", "startExportButton"));
+                                                        "messageFilesBox", "chooseDestinationButton", "backButton",
+                                                        "startExportButton"));
 }
 
 TEST_F(Access, KeysReachEveryControlOfTheLastStep) {

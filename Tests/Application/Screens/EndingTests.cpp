@@ -108,7 +108,9 @@ TEST_F(Ending, WithoutAnArchiveProposesNone) {
   click("backupRow0");
   continueWithBackup();
   chooseDestination();
+  EXPECT_TRUE(item("messageFilesBox").isEnabled());
   click("transcriptsBox");
+  EXPECT_FALSE(item("messageFilesBox").isEnabled()) << "there are no messages to save then";
   click("startExportButton");
   ASSERT_TRUE(until([&] { return state().step == WizardStep::done && isShown("showInFinderButton"); }, "it is done"));
   EXPECT_FALSE(isShown("openArchiveButton"));

@@ -171,9 +171,12 @@ TEST_F(DestinationTest, KindsAndTranscriptsAreChosen) {
   wizard.setKindIncluded("Photos", false);
   wizard.setKindIncluded("", true);
   wizard.setExportTranscripts(true);
+  wizard.setExportMessageFiles(false);
   EXPECT_EQ(scene.changeCount(), changes) << "nothing of this changes anything";
   wizard.setExportTranscripts(false);
   EXPECT_FALSE(state.exportTranscripts);
+  wizard.setExportMessageFiles(true);
+  EXPECT_TRUE(state.exportMessageFiles);
 }
 
 }  // namespace

@@ -54,6 +54,7 @@ TEST(ExportState, StartsAsAnEmptyFirstStep) {
   EXPECT_EQ(state.includedKinds, MediaKinds(MediaKind::allCases.begin(), MediaKind::allCases.end()));
   EXPECT_EQ(state.includedKinds.size(), 5U);
   EXPECT_TRUE(state.exportTranscripts);
+  EXPECT_FALSE(state.exportMessageFiles);
   for (const bool flag : {state.isRefreshingLibrary, state.isInspecting(), state.isScanning(), state.isExporting(),
                           state.dropTargeted, state.rememberBackupPassword, state.hasStoredPassword,
                           state.isUnlocking(), state.isCancellingUnlock(), state.focusBackupPassword}) {

@@ -107,6 +107,26 @@ TEST_F(ExportingTest, ExportsWhatWasChosen) {
   EXPECT_TRUE(scene.workspace.files.empty()) << "there is none";
 }
 
+TEST_F(ExportingTest, SavesMessagesForProgramsWhereThatIsWanted) {
+  const auto endings = [&] {
+    std::set<std::string> found;
+    for (const auto& [name, text] : ::ExportTest::filesBelow(scene.desktop)) {
+      if (name.find("/_messages.") != std::string::npos) found.insert(fs::path(name).extension());
+    }
+    return found;
+  };
+  ASSERT_TRUE(scene.reachOptions(backup));
+  wizard.startExport();
+  ASSERT_TRUE(scene.until([&] { return state.step == WizardStep::done; }));
+  EXPECT_EQ(endings(), std::set<std::string>());
+  wizard.exportAnother();
+  ASSERT_TRUE(scene.reachOptions(backup));
+  wizard.setExportMessageFiles(true);
+  wizard.startExport();
+  ASSERT_TRUE(scene.until([&] { return state.step == WizardStep::done; }));
+  EXPECT_EQ(endings(), (std::set<std::string>{".csv", ".jsonl"}));
+}
+
 TEST_F(ExportingTest, WritesTheUsersWordsIntoTranscripts) {
   Fixture::BackupContents contents = small();
   contents.whatsApp.messages.at(1).text = "Olá";
