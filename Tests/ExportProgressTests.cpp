@@ -10,8 +10,8 @@ namespace {
 
 using Phase = ExportProgress::Phase;
 
-constexpr std::array allPhases{Phase::preparing,    Phase::unlocking,          Phase::readingChats,
-                               Phase::copyingMedia, Phase::writingTranscripts, Phase::finished};
+constexpr std::array allPhases{Phase::preparing,          Phase::unlocking, Phase::readingChats, Phase::copyingMedia,
+                               Phase::writingTranscripts, Phase::verifying, Phase::finished};
 
 TEST(ExportProgress, FractionOfNothingIsZero) {
   EXPECT_EQ((ExportProgress{.completed = 0, .total = 0}.fraction()), 0.0);
@@ -31,7 +31,7 @@ TEST(ExportProgress, OnlyTheFirstThreePhasesAreIndeterminate) {
   for (const Phase phase : {Phase::preparing, Phase::unlocking, Phase::readingChats}) {
     EXPECT_TRUE(ExportProgress{.phase = phase}.isIndeterminate()) << rawValue(phase);
   }
-  for (const Phase phase : {Phase::copyingMedia, Phase::writingTranscripts, Phase::finished}) {
+  for (const Phase phase : {Phase::copyingMedia, Phase::writingTranscripts, Phase::verifying, Phase::finished}) {
     EXPECT_FALSE(ExportProgress{.phase = phase}.isIndeterminate()) << rawValue(phase);
   }
 }

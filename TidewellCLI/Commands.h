@@ -10,3 +10,4 @@ void addListCommand(CLI::App& app, int& exitCode);
 void addScanCommand(CLI::App& app, int& exitCode);
 void addExportCommand(CLI::App& app, int& exitCode);
 void addDedupeCommand(CLI::App& app, int& exitCode);
+void addVerifyCommand(CLI::App& app, int& exitCode);

@@ -102,3 +102,16 @@ Json JsonRecords::json(const DedupeSummary& summary) {
                       {"warnings", Json::Array(summary.warnings.begin(), summary.warnings.end())},
                       {"mergedFolderCount", summary.mergedFolderCount()}};
 }
+
+Json JsonRecords::json(const VerifySummary& summary) {
+  Json::Array findings;
+  for (const VerifySummary::Finding& finding : summary.findings) {
+    findings.push_back(Json::Object{
+        {"kind", std::string(rawValue(finding.kind))}, {"place", finding.place}, {"message", finding.message}});
+  }
+  return Json::Object{{"mediaCount", summary.mediaCount},
+                      {"chatCount", summary.chatCount},
+                      {"messageCount", summary.messageCount},
+                      {"newDigestCount", summary.newDigestCount},
+                      {"findings", std::move(findings)}};
+}

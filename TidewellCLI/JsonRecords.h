@@ -4,6 +4,7 @@
 #include "TidewellCore/ChatData/ScanResult.h"
 #include "TidewellCore/CleanUp/DedupeSummary.h"
 #include "TidewellCore/Export/ExportSummary.h"
+#include "TidewellCore/Export/VerifySummary.h"
 #include "TidewellCore/Platform/Json.h"
 
 // Records as JSON: the keys are the names of the fields, absent values are
@@ -14,5 +15,6 @@ Json json(const BackupLibrarySnapshot& snapshot);
 Json json(const ScanResult& result);
 Json json(const ExportSummary& summary);
 Json json(const DedupeSummary& summary);
+Json json(const VerifySummary& summary);
 
 }  // namespace JsonRecords

@@ -14,6 +14,7 @@ inline constexpr int done = 0;
 inline constexpr int failed = 1;
 inline constexpr int usage = 2;
 inline constexpr int incomplete = 3;  // done, but something is or may be missing
+inline constexpr int wrong = 4;       // a verification found something
 inline constexpr int interrupted = 130;
 
 }  // namespace ExitCode

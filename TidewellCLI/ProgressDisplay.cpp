@@ -62,7 +62,10 @@ void ProgressDisplay::clear() {
 
 std::string ProgressDisplay::line(const ExportProgress& progress) const {
   std::string text(ExportProgress::title(progress.phase));
-  if (progress.phase != Phase::copyingMedia && progress.phase != Phase::writingTranscripts) return text;
+  if (progress.phase != Phase::copyingMedia && progress.phase != Phase::writingTranscripts &&
+      progress.phase != Phase::verifying) {
+    return text;
+  }
   text += fmt::format(" {} {} of {}", bar(progress.fraction()), progress.completed, progress.total);
   if (const auto time = clock_.timeLeft(now())) text += " · " + ExportTiming::format(*time);
   if (!progress.currentFileName.empty()) text += " · " + HumanText::safe(progress.currentFileName);

@@ -18,6 +18,7 @@ int main(int argumentCount, char** arguments) {
   addScanCommand(app, exitCode);
   addExportCommand(app, exitCode);
   addDedupeCommand(app, exitCode);
+  addVerifyCommand(app, exitCode);
   try {
     app.parse(argumentCount, arguments);
   } catch (const CLI::ParseError& error) {

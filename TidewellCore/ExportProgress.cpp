@@ -20,6 +20,8 @@ std::string_view ExportProgress::title(Phase phase) {
       return "Copying media";
     case Phase::writingTranscripts:
       return "Writing transcripts";
+    case Phase::verifying:
+      return "Verifying";
     case Phase::finished:
       return "Finished";
   }

@@ -11,8 +11,8 @@
 
 // How far a run has come.
 struct ExportProgress {
-  // In the order in which a run passes through them.
-  enum class Phase { preparing, unlocking, readingChats, copyingMedia, writingTranscripts, finished };
+  // In the order in which a run passes through them; `verifying` is what a verification does.
+  enum class Phase { preparing, unlocking, readingChats, copyingMedia, writingTranscripts, verifying, finished };
 
   Phase phase = Phase::preparing;
   std::string currentFileName;  // empty when no file is being worked on
@@ -29,13 +29,14 @@ struct ExportProgress {
   bool operator==(const ExportProgress&) const = default;
 };
 
-constexpr std::array<std::pair<ExportProgress::Phase, std::string_view>, 6> rawValueTable(ExportProgress::Phase) {
+constexpr std::array<std::pair<ExportProgress::Phase, std::string_view>, 7> rawValueTable(ExportProgress::Phase) {
   using enum ExportProgress::Phase;
   return {{{preparing, "preparing"},
            {unlocking, "unlocking"},
            {readingChats, "readingChats"},
            {copyingMedia, "copyingMedia"},
            {writingTranscripts, "writingTranscripts"},
+           {verifying, "verifying"},
            {finished, "finished"}}};
 }
 

@@ -62,7 +62,7 @@ void ChatArchiveWriter::writeLines(const ArchiveChat& chat) {
   for (const ArchiveMessage& message : chat.messages) blocks_.add(ArchiveFormat::json(message));
 }
 
-std::int64_t ChatArchiveWriter::writeMessages(const ArchiveChat& chat) {
+RenderedFile ChatArchiveWriter::writeMessages(const ArchiveChat& chat) {
   std::string script(ArchiveScripts::chatOpening);
   blocks_.beginChat(chat.id);
   for (const ArchiveMessage& message : chat.messages) {
@@ -73,7 +73,7 @@ std::int64_t ChatArchiveWriter::writeMessages(const ArchiveChat& chat) {
   }
   script += ArchiveScripts::chatClosing;
   Files::writeWhenDifferent(dataFolder() / ArchiveScripts::chatFileName(chat.id), script);
-  return static_cast<std::int64_t>(script.size());
+  return RenderedFile::of(script);
 }
 
 fs::path ChatArchiveWriter::finish() {

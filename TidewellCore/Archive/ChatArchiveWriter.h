@@ -32,8 +32,8 @@ class ChatArchiveWriter {
 
   // Lists a chat. Each has an ID of its own.
   void list(ArchiveChatSummary chat) { chats_.push_back(std::move(chat)); }
-  // Writes the data file of a chat, and its lines. Returns the file's length in bytes.
-  std::int64_t writeMessages(const ArchiveChat& chat);
+  // Writes the data file of a chat, and its lines. Returns the file.
+  RenderedFile writeMessages(const ArchiveChat& chat);
   // Writes the lines of a chat alone, whose data file stands as it should.
   void writeLines(const ArchiveChat& chat);
   // Lists a chat and writes its messages. One whose data cannot be written is listed all the same.

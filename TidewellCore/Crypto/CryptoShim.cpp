@@ -196,6 +196,26 @@ int tw_aes256_cbc_crypt(const std::uint8_t* key, std::size_t keyLength, const st
 std::array<std::uint8_t, 20> sha1(ByteView bytes) { return digestOf<20>(EVP_sha1(), bytes); }
 std::array<std::uint8_t, 32> sha256(ByteView bytes) { return digestOf<32>(EVP_sha256(), bytes); }
 
+struct SHA256::Context {
+  std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> digest{EVP_MD_CTX_new(), EVP_MD_CTX_free};
+};
+
+SHA256::SHA256() : context_(std::make_unique<Context>()) {
+  const bool isReady = context_->digest && EVP_DigestInit_ex(context_->digest.get(), EVP_sha256(), nullptr) == 1;
+  if (!isReady) throw std::bad_alloc();
+}
+SHA256::~SHA256() = default;
+
+void SHA256::add(ByteView bytes) {
+  if (EVP_DigestUpdate(context_->digest.get(), bytes.data(), bytes.size()) != 1) throw std::bad_alloc();
+}
+
+std::array<std::uint8_t, 32> SHA256::finish() {
+  std::array<std::uint8_t, 32> digest{};
+  if (EVP_DigestFinal_ex(context_->digest.get(), digest.data(), nullptr) != 1) throw std::bad_alloc();
+  return digest;
+}
+
 void tw_wipe(void* memory, std::size_t length) { OPENSSL_cleanse(memory, length); }
 
 struct CBCDecryptor::Context {

@@ -32,6 +32,23 @@ int tw_aes256_cbc_crypt(const std::uint8_t* key, std::size_t keyLength, const st
 std::array<std::uint8_t, 20> sha1(ByteView bytes);
 std::array<std::uint8_t, 32> sha256(ByteView bytes);
 
+// SHA-256 of what comes in pieces.
+class SHA256 {
+ public:
+  SHA256();
+  ~SHA256();
+  SHA256(const SHA256&) = delete;
+  SHA256& operator=(const SHA256&) = delete;
+
+  void add(ByteView bytes);
+  // Once, at the end.
+  std::array<std::uint8_t, 32> finish();
+
+ private:
+  struct Context;
+  std::unique_ptr<Context> context_;
+};
+
 // Overwrites memory that held a secret, in a way that is not optimised away.
 void tw_wipe(void* memory, std::size_t length);
 

@@ -177,6 +177,7 @@ class Writing {
     rendering.messageCount = summary.messageCount;
     rendering.lastTimestamp = summary.lastTimestamp;
     rendering.absent = absentMedia(shown);
+    rendering.folder = shown.folder;
     if (!shown.folder.empty()) writeTranscripts(shown, rendering.files);
     attempt(shown, FolderNames::archivePage, [&] { rendering.files[summary.dataFile] = pages.writeMessages(shown); });
     const bool isWhole = rendering.files.size() == filesOf(shown).size();
@@ -192,7 +193,7 @@ class Writing {
   }
 
   // What cannot be written of a chat is recorded.
-  void writeTranscripts(const ArchiveChat& chat, std::map<std::string, std::int64_t>& files) {
+  void writeTranscripts(const ArchiveChat& chat, RenderedFiles& files) {
     const fs::path folder = archive().contentRoot / PathText::path(chat.folder);
     const TranscriptStyle& style = archive().style;
     const TimeZone& timeZone = archive().timeZone;
@@ -201,7 +202,7 @@ class Writing {
         MakeRoom::forFolder(folder);
         const std::string text = render();
         Files::writeWhenDifferent(folder / name, text);
-        files[name] = static_cast<std::int64_t>(text.size());
+        files[name] = RenderedFile::of(text);
       });
     };
     write(FolderNames::textTranscript,

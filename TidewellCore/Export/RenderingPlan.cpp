@@ -27,7 +27,7 @@ bool isCurrent(const ChatRendering& rendering, const Subject& subject) {
          rendering.files.size() == subject.files.size() &&
          std::ranges::all_of(subject.files, [&](const RenderingPlan::File& file) {
            const auto known = rendering.files.find(file.name);
-           return known != rendering.files.end() && stands(file.path, known->second);
+           return known != rendering.files.end() && stands(file.path, known->second.size);
          });
 }
 

@@ -18,6 +18,8 @@ class Library {
   // As LibraryFile::open, but one that will not do is set aside and made anew.
   static Library open(const std::filesystem::path& contentRoot);
 
+  explicit Library(LibraryFile file);
+
   // No backup was taken in yet, be it that an export was interrupted before.
   bool isNew() const { return isNew_; }
   // Of what was set aside: sentences for people, in English.
@@ -40,8 +42,6 @@ class Library {
   void joinInto(std::size_t place, std::size_t other);
 
  private:
-  explicit Library(LibraryFile file);
-
   LibraryFile file_;
   bool isNew_ = true;
   std::vector<std::string> warnings_;

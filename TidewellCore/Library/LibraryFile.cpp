@@ -28,12 +28,13 @@ constexpr std::array schema{
     "CREATE TABLE sender (id INTEGER PRIMARY KEY, jid TEXT NOT NULL, name TEXT)",
     "CREATE TABLE person (jid TEXT PRIMARY KEY NOT NULL, name TEXT, owner INTEGER NOT NULL) WITHOUT ROWID",
     "CREATE TABLE medium (id INTEGER PRIMARY KEY, path TEXT NOT NULL, folder TEXT, name TEXT, size INTEGER,"
-    " date REAL, kind TEXT NOT NULL, chat TEXT NOT NULL, there INTEGER NOT NULL)",
+    " date REAL, kind TEXT NOT NULL, chat TEXT NOT NULL, there INTEGER NOT NULL, digest TEXT)",
     "CREATE TABLE message (chat INTEGER NOT NULL, key INTEGER NOT NULL, time REAL, place INTEGER NOT NULL,"
     " from_me INTEGER NOT NULL, last_told REAL, deleted_later INTEGER NOT NULL, sender INTEGER, stanza TEXT,"
     " text TEXT, medium INTEGER, facts TEXT, page TEXT, PRIMARY KEY (chat, key)) WITHOUT ROWID",
     "CREATE TABLE rendering (chat INTEGER PRIMARY KEY, changed INTEGER NOT NULL, manner BLOB NOT NULL,"
-    " files TEXT NOT NULL, shelf INTEGER NOT NULL, messages INTEGER NOT NULL, preview TEXT NOT NULL, last REAL,"
+    " folder TEXT NOT NULL, files TEXT NOT NULL, shelf INTEGER NOT NULL, messages INTEGER NOT NULL, preview TEXT NOT "
+    "NULL, last REAL,"
     " absent TEXT NOT NULL)",
     "CREATE TABLE block (shelf INTEGER NOT NULL, place INTEGER NOT NULL, file TEXT NOT NULL, size INTEGER NOT NULL,"
     " parts TEXT NOT NULL, PRIMARY KEY (shelf, place)) WITHOUT ROWID",

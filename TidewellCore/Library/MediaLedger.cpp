@@ -13,6 +13,7 @@ KeptMedium mediumOf(const SQLiteRowView& row) {
   medium.kind = MediaKind::fromRawValue(row.text(6).value_or("")).value_or(MediaKind::documents);
   medium.chatJID = row.text(7).value_or("");
   medium.isThere = medium.place && row.integer(8) == 1;
+  medium.digest = row.text(9).value_or("");
   return medium;
 }
 
@@ -20,7 +21,7 @@ KeptMedium mediumOf(const SQLiteRowView& row) {
 
 MediaLedger::MediaLedger(const SQLiteDB& database) {
   database.forEachRow(
-      "SELECT id, path, folder, name, size, date, kind, chat, there FROM medium ORDER BY id",
+      "SELECT id, path, folder, name, size, date, kind, chat, there, digest FROM medium ORDER BY id",
       [this](const SQLiteRowView& row) {
         // Numbers are given without gaps; one that stands elsewhere is somebody's change of the file.
         if (row.integer(0) != static_cast<std::int64_t>(media_.size())) {
@@ -71,6 +72,10 @@ void MediaLedger::settle(KeptMedium medium) {
     touch(number);
   }
   isSettled_[number] = true;
+  // A file that came anew may have other bytes.
+  const bool isSame = media_[number].place == medium.place && media_[number].size == medium.size &&
+                      media_[number].isThere == medium.isThere;
+  if (isSame) medium.digest = media_[number].digest;
   if (media_[number] == medium) return;
   // The path's text stays where it is, since it is what the entry is found by.
   KeptMedium& entry = media_[number];
@@ -81,6 +86,7 @@ void MediaLedger::settle(KeptMedium medium) {
   entry.kind = medium.kind;
   entry.chatJID = std::move(medium.chatJID);
   entry.isThere = medium.isThere;
+  entry.digest = std::move(medium.digest);
   isElsewhere ? displace(number) : touch(number);
 }
 
@@ -93,6 +99,11 @@ void MediaLedger::review(const std::function<bool(const ExportPlace& place, std:
     medium.isThere = stands;
     displace(number);
   }
+}
+
+void MediaLedger::keepDigest(std::int64_t number, std::string digest) {
+  media_[static_cast<std::size_t>(number)].digest = std::move(digest);
+  touch(static_cast<std::size_t>(number));
 }
 
 bool MediaLedger::relocate(const std::function<std::optional<ExportPlace>(const ExportPlace& former)>& newPlace) {
@@ -110,9 +121,10 @@ bool MediaLedger::relocate(const std::function<std::optional<ExportPlace>(const 
 
 bool MediaLedger::save(const SQLiteDB& database) {
   bool isNews = false;
-  const SQLiteStatement write(database,
-                              "INSERT OR REPLACE INTO medium (id, path, folder, name, size, date, kind, chat, there)"
-                              " VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)");
+  const SQLiteStatement write(
+      database,
+      "INSERT OR REPLACE INTO medium (id, path, folder, name, size, date, kind, chat, there, digest)"
+      " VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
   for (std::size_t number = 0; number < media_.size(); ++number) {
     if (!isUnsaved_[number]) continue;
     const KeptMedium& medium = media_[number];
@@ -121,7 +133,8 @@ bool MediaLedger::save(const SQLiteDB& database) {
                place ? Value(std::string_view(place->folder)) : Value(SQLiteNull{}),
                place ? Value(std::string_view(place->name)) : Value(SQLiteNull{}), medium.size,
                medium.date ? Value(unixTime(*medium.date)) : Value(SQLiteNull{}), medium.kind.rawValue(),
-               std::string_view(medium.chatJID), std::int64_t{medium.isThere}});
+               std::string_view(medium.chatJID), std::int64_t{medium.isThere},
+               medium.digest.empty() ? Value(SQLiteNull{}) : Value(std::string_view(medium.digest))});
     isUnsaved_[number] = false;
     isNews = true;
   }

@@ -24,6 +24,7 @@ struct KeptMedium {
   MediaKind kind = MediaKind::documents;
   std::string chatJID;   // that it was filed under
   bool isThere = false;  // it stood at its place when the last export ended
+  std::string digest;    // SHA-256 of the file at its place, in Base64; empty as long as nobody asked
 
   bool operator==(const KeptMedium&) const = default;
 };
@@ -45,6 +46,8 @@ class MediaLedger {
   void settle(KeptMedium medium);
   // Looks after every entry that was not settled, with `isThere` telling of a place and a size.
   void review(const std::function<bool(const ExportPlace& place, std::int64_t size)>& isThere);
+  // Keeps what was found of a file at its place; `number` is one that there is.
+  void keepDigest(std::int64_t number, std::string digest);
   // Follows files that went elsewhere: `newPlace` tells where to, and is absent for those that did not. Tells whether
   // anything changed.
   bool relocate(const std::function<std::optional<ExportPlace>(const ExportPlace& former)>& newPlace);

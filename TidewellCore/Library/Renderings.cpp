@@ -1,5 +1,7 @@
 #include "TidewellCore/Library/Renderings.h"
 
+#include "TidewellCore/Crypto/CryptoShim.h"
+#include "TidewellCore/Platform/Base64.h"
 #include "TidewellCore/Platform/Json.h"
 
 namespace {
@@ -7,8 +9,8 @@ namespace {
 using Value = SQLiteStatement::Value;
 
 constexpr const char* insertChat =
-    "INSERT OR REPLACE INTO rendering (chat, changed, manner, files, shelf, messages, preview, last, absent)"
-    " VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)";
+    "INSERT OR REPLACE INTO rendering (chat, changed, manner, folder, files, shelf, messages, preview, last, absent)"
+    " VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?)";
 constexpr const char* insertBlock = "INSERT INTO block (shelf, place, file, size, parts) VALUES (?, ?, ?, ?, ?)";
 
 Json::Object objectOf(std::string_view text) {
@@ -17,16 +19,20 @@ Json::Object objectOf(std::string_view text) {
   return object == nullptr ? Json::Object() : std::move(*object);
 }
 
-std::string textOf(const std::map<std::string, std::int64_t>& files) {
+std::string textOf(const RenderedFiles& files) {
   Json::Object object;
-  for (const auto& [name, size] : files) object.emplace(name, size);
+  for (const auto& [name, file] : files) object.emplace(name, Json::Array{file.size, file.digest});
   return Json(std::move(object)).write();
 }
 
-std::map<std::string, std::int64_t> filesOf(std::string_view text) {
-  std::map<std::string, std::int64_t> files;
+RenderedFiles filesOf(std::string_view text) {
+  RenderedFiles files;
   for (const auto& [name, value] : objectOf(text)) {
-    if (const auto* size = value.as<std::int64_t>()) files.emplace(name, *size);
+    const auto* fields = value.as<Json::Array>();
+    if (fields == nullptr || fields->size() != 2) continue;
+    const auto* size = (*fields)[0].as<std::int64_t>();
+    const auto* digest = (*fields)[1].as<std::string>();
+    if (size != nullptr && digest != nullptr) files.emplace(name, RenderedFile{.size = *size, .digest = *digest});
   }
   return files;
 }
@@ -82,6 +88,7 @@ ChatRendering chatOf(const SQLiteRowView& row) {
                      .preview = std::string(row.text(6).value_or("")),
                      .lastTimestamp = row.number(7),
                      .absent = countsOf(row.text(8).value_or(""))};
+  chat.folder = row.text(9).value_or("");
   if (const auto manner = row.blob(2)) chat.manner.assign(manner->begin(), manner->end());
   return chat;
 }
@@ -97,9 +104,9 @@ void saveChats(const SQLiteDB& database, const Renderings& now, const Renderings
     if (known != before.chats.end() && known->second == chat) continue;
     const std::string files = textOf(chat.files);
     const std::string absent = textOf(chat.absent);
-    write.run({number, chat.changed, ByteView(chat.manner), std::string_view(files), chat.shelf, chat.messageCount,
-               std::string_view(chat.preview), chat.lastTimestamp ? Value(*chat.lastTimestamp) : Value(SQLiteNull{}),
-               std::string_view(absent)});
+    write.run({number, chat.changed, ByteView(chat.manner), std::string_view(chat.folder), std::string_view(files),
+               chat.shelf, chat.messageCount, std::string_view(chat.preview),
+               chat.lastTimestamp ? Value(*chat.lastTimestamp) : Value(SQLiteNull{}), std::string_view(absent)});
   }
 }
 
@@ -123,10 +130,14 @@ void saveShelves(const SQLiteDB& database, const Renderings& now, const Renderin
 
 }  // namespace
 
+RenderedFile RenderedFile::of(std::string_view content) {
+  return {.size = static_cast<std::int64_t>(content.size()), .digest = Base64::encode(sha256(bytesOf(content)))};
+}
+
 Renderings Renderings::load(const SQLiteDB& database) {
   Renderings renderings;
   database.forEachRow(
-      "SELECT chat, changed, manner, files, shelf, messages, preview, last, absent FROM rendering",
+      "SELECT chat, changed, manner, files, shelf, messages, preview, last, absent, folder FROM rendering",
       [&](const SQLiteRowView& row) { renderings.chats.insert_or_assign(row.integer(0).value_or(0), chatOf(row)); });
   database.forEachRow(
       "SELECT shelf, file, size, parts FROM block ORDER BY shelf, place", [&](const SQLiteRowView& row) {

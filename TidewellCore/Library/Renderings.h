@@ -4,18 +4,32 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "TidewellCore/MediaKind.h"
 #include "TidewellCore/Platform/Bytes.h"
 #include "TidewellCore/Platform/SQLiteDB.h"
 
+// A file as it was written.
+struct RenderedFile {
+  std::int64_t size = 0;  // bytes
+  std::string digest;     // SHA-256 of its content, in Base64
+
+  // What a file of that content is.
+  static RenderedFile of(std::string_view content);
+
+  bool operator==(const RenderedFile&) const = default;
+};
+using RenderedFiles = std::map<std::string, RenderedFile>;  // by their names
+
 // The pages that were made of a chat: what of, and what stands since.
 struct ChatRendering {
-  std::int64_t changed = 0;                   // KeptChat::changed of that time
-  Bytes manner;                               // a digest of all that shapes the pages beside the chat
-  std::map<std::string, std::int64_t> files;  // the lengths of the chat's own files in bytes, by their names
-  std::int64_t shelf = 0;                     // that has its messages among those of others
+  std::int64_t changed = 0;  // KeptChat::changed of that time
+  Bytes manner;              // a digest of all that shapes the pages beside the chat
+  std::string folder;        // in the content root; empty when the chat has none
+  RenderedFiles files;       // the chat's own: its data file, and those in its folder
+  std::int64_t shelf = 0;    // that has its messages among those of others
   std::int64_t messageCount = 0;
   std::string preview;                       // a line that tells of the last message
   std::optional<double> lastTimestamp;       // of the last dated message, in seconds since 1970

@@ -1,0 +1,292 @@
+#include "TidewellCore/Export/Verification.h"
+
+#include <fmt/format.h>
+
+#include <map>
+#include <set>
+
+#include "TidewellCore/Archive/ArchiveScripts.h"
+#include "TidewellCore/Archive/ChatArchiveWriter.h"
+#include "TidewellCore/Archive/MessageBlocks.h"
+#include "TidewellCore/Crypto/CryptoShim.h"
+#include "TidewellCore/Destination/DestinationLock.h"
+#include "TidewellCore/Destination/ExportDestination.h"
+#include "TidewellCore/Destination/ExportLayout.h"
+#include "TidewellCore/ErrorReport.h"
+#include "TidewellCore/Export/ProgressReporter.h"
+#include "TidewellCore/FolderNames.h"
+#include "TidewellCore/Library/Library.h"
+#include "TidewellCore/Library/Renderings.h"
+#include "TidewellCore/Platform/Base64.h"
+#include "TidewellCore/Platform/FileDescriptor.h"
+#include "TidewellCore/Platform/Files.h"
+#include "TidewellCore/Platform/PathText.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using Kind = VerifySummary::Kind;
+
+constexpr std::size_t pieceSize = 256 << 10;   // bytes
+constexpr std::int64_t largestList = 1 << 30;  // bytes
+
+constexpr const char* advice = "Export again: what the backup still has is brought back.";
+constexpr const char* adviceToReplace = "Delete it, or move it out of the export, and export again.";
+constexpr const char* adviceForLibrary =
+    "Move the file “{}” out of the export and export again: it is made anew from the pages and the backup.";
+
+// SHA-256 of a file in Base64.
+std::string digestOf(const fs::path& file, const CancellationCheck& isCancelled) {
+  FileDescriptor descriptor = FileDescriptor::openForReading(file);
+  SHA256 digest;
+  Bytes piece(pieceSize);
+  while (const std::size_t count = descriptor.read(piece)) {
+    throwIfCancelled(isCancelled);
+    digest.add(ByteView(piece).first(count));
+  }
+  return Base64::encode(digest.finish());
+}
+
+class Run {
+ public:
+  Run(const fs::path& contentRoot, Library& library, const RunControl& control)
+      : contentRoot_(contentRoot),
+        dataFolder_(ChatArchiveWriter::dataFolder(contentRoot)),
+        library_(library),
+        renderings_(Renderings::load(library.database())),
+        control_(control),
+        progress_(control.progress) {}
+
+  VerifySummary run() {
+    progress_.begin(ExportProgress::Phase::verifying, fileCount());
+    try {
+      lookAtMedia();
+    } catch (...) {
+      keepDigests();
+      throw;
+    }
+    keepDigests();
+    lookAtChats();
+    lookAtBlocks();
+    lookAtList();
+    progress_.begin(ExportProgress::Phase::finished);
+    return std::move(summary_);
+  }
+
+ private:
+  std::int64_t fileCount() const {
+    std::int64_t count = std::ssize(library_.media().media());
+    for (const auto& [number, chat] : renderings_.chats) count += std::ssize(chat.files);
+    for (const auto& [number, blocks] : renderings_.shelves) count += std::ssize(blocks);
+    return count;
+  }
+
+  void find(Kind kind, std::string place, std::string message) {
+    summary_.findings.push_back({.kind = kind, .place = std::move(place), .message = std::move(message)});
+  }
+
+  // `what` throws what the file system reports, which is one more finding.
+  template <typename Work>
+  void look(const std::string& place, Work what) {
+    throwIfCancelled(control_.isCancelled);
+    progress_.report(place, completed_);
+    try {
+      what();
+    } catch (const fs::filesystem_error& error) {
+      find(Kind::unreadable, place,
+           fmt::format("“{}” could not be read: {}", place, ErrorReport::of(error).errorDescription));
+    }
+    progress_.report(place, ++completed_);
+  }
+
+  // Whether a file of that length stands there; else it is found.
+  bool stands(const fs::path& file, const std::string& place, std::int64_t size) {
+    const std::optional<std::int64_t> found = Files::regularFileSize(file);
+    if (!found) {
+      find(Kind::missing, place, fmt::format("“{}” is missing. {}", place, advice));
+    } else if (*found != size) {
+      find(Kind::changed, place,
+           fmt::format("“{}” has {} bytes, and had {} when it was written. {}", place, *found, size, adviceToReplace));
+    }
+    return found == size;
+  }
+
+  void changed(const std::string& place) {
+    find(Kind::changed, place,
+         fmt::format("“{}” has other bytes than when it was written. {}", place, adviceToReplace));
+  }
+
+  void lookAtMedia() {
+    MediaLedger& ledger = library_.media();
+    for (std::int64_t number = 0; const KeptMedium& medium : ledger.media()) {
+      const std::int64_t own = number++;
+      if (!medium.place || !medium.isThere) continue;
+      ++summary_.mediaCount;
+      const std::string place = medium.place->relativePath();
+      look(place, [&] { lookAtMedium(own, medium, place); });
+    }
+  }
+
+  void lookAtMedium(std::int64_t number, const KeptMedium& medium, const std::string& place) {
+    const fs::path file = contentRoot_ / PathText::path(place);
+    if (!stands(file, place, medium.size)) return;
+    std::string digest = digestOf(file, control_.isCancelled);
+    if (medium.digest.empty()) {
+      library_.media().keepDigest(number, std::move(digest));
+      ++summary_.newDigestCount;
+    } else if (medium.digest != digest) {
+      changed(place);
+    }
+  }
+
+  void keepDigests() {
+    if (summary_.newDigestCount == 0) return;
+    SQLiteTransaction transaction(library_.database());
+    library_.media().save(library_.database());
+    transaction.commit();
+  }
+
+  void lookAtChats() {
+    const std::map<std::int64_t, std::int64_t> counts = messageCounts();
+    for (const KeptChat& chat : library_.chats()) {
+      ++summary_.chatCount;
+      const auto counted = counts.find(chat.id);
+      const std::int64_t count = counted == counts.end() ? 0 : counted->second;
+      summary_.messageCount += count;
+      const auto rendering = renderings_.chats.find(chat.id);
+      if (rendering == renderings_.chats.end() || rendering->second.changed != chat.changed) {
+        find(Kind::unfinished, chat.name, fmt::format("The pages of “{}” were not finished. Export again.", chat.name));
+        continue;
+      }
+      if (rendering->second.messageCount != count) contradict(chat, rendering->second.messageCount, count);
+      lookAtPages(chat, rendering->second);
+    }
+  }
+
+  void contradict(const KeptChat& chat, std::int64_t onPages, std::int64_t inLibrary) {
+    find(Kind::library, chat.name,
+         fmt::format("The pages of “{}” tell {} messages, and the library {}. {}", chat.name, onPages, inLibrary,
+                     fmt::format(adviceForLibrary, LibraryFile::fileName)));
+  }
+
+  std::map<std::int64_t, std::int64_t> messageCounts() const {
+    std::map<std::int64_t, std::int64_t> counts;
+    library_.database().forEachRow("SELECT chat, count(*) FROM message GROUP BY chat", [&](const SQLiteRowView& row) {
+      counts.emplace(row.integer(0).value_or(0), row.integer(1).value_or(0));
+    });
+    return counts;
+  }
+
+  void lookAtPages(const KeptChat& chat, const ChatRendering& rendering) {
+    const std::string data = ArchiveScripts::chatFileName(chat.page);
+    for (const auto& [name, file] : rendering.files) {
+      const fs::path folder = name == data ? dataFolder_ : contentRoot_ / PathText::path(rendering.folder);
+      lookAtFile(folder / PathText::path(name), file.size,
+                 [&](const fs::path& page) { return digestOf(page, control_.isCancelled) == file.digest; });
+    }
+  }
+
+  void lookAtBlocks() {
+    for (const auto& [number, blocks] : renderings_.shelves) {
+      for (const RenderedBlock& block : blocks) {
+        lookAtFile(dataFolder_ / PathText::path(block.file), block.size, [&](const fs::path& file) {
+          const auto content = Files::readIfThere(file, block.size);
+          return content && MessageBlocks::fileName(textOf(*content)) == block.file;
+        });
+        for (const RenderedBlock::Part& part : block.parts) linesByPage_[part.page] += part.count;
+      }
+    }
+    for (const KeptChat& chat : library_.chats()) {
+      const auto rendering = renderings_.chats.find(chat.id);
+      if (rendering == renderings_.chats.end()) continue;
+      const auto lines = linesByPage_.find(chat.page);
+      if ((lines == linesByPage_.end() ? 0 : lines->second) == rendering->second.messageCount) continue;
+      find(Kind::unfinished, chat.name,
+           fmt::format("The blocks of “{}” do not hold all of its messages. Export again.", chat.name));
+    }
+  }
+
+  // `isRight` is asked of a file that stands with its length.
+  template <typename IsRight>
+  void lookAtFile(const fs::path& file, std::int64_t size, IsRight isRight) {
+    const std::string place = PathText::text(file.lexically_relative(contentRoot_));
+    look(place, [&] {
+      if (stands(file, place, size) && !isRight(file)) changed(place);
+    });
+  }
+
+  // What the page opens with.
+  void lookAtList() {
+    const fs::path file = dataFolder_ / FolderNames::archiveChats;
+    const std::string place = PathText::text(file.lexically_relative(contentRoot_));
+    look(place, [&] {
+      const auto content = Files::readIfThere(file, largestList);
+      if (!content) {
+        find(Kind::missing, place, fmt::format("“{}” is missing. {}", place, advice));
+      } else if (!isRight(textOf(*content))) {
+        find(Kind::changed, place, fmt::format("“{}” does not list what the library has. Export again.", place));
+      }
+    });
+  }
+
+  bool isRight(std::string_view list) const {
+    std::map<std::string, std::int64_t> listed;
+    for (const ArchiveChatSummary& chat : ArchiveScripts::chats(list)) listed.emplace(chat.id, chat.messageCount);
+    std::map<std::string, std::int64_t> known;
+    for (const KeptChat& chat : library_.chats()) {
+      const auto rendering = renderings_.chats.find(chat.id);
+      if (rendering != renderings_.chats.end()) known.emplace(chat.page, rendering->second.messageCount);
+    }
+    std::set<std::string> listedBlocks;
+    for (const ArchiveBlock& block : ArchiveScripts::blocks(list).list) listedBlocks.insert(block.file);
+    std::set<std::string> knownBlocks;
+    for (const auto& [number, blocks] : renderings_.shelves) {
+      for (const RenderedBlock& block : blocks) knownBlocks.insert(block.file);
+    }
+    return listed == known && listedBlocks == knownBlocks;
+  }
+
+  const fs::path& contentRoot_;
+  const fs::path dataFolder_;
+  Library& library_;
+  const Renderings renderings_;
+  const RunControl& control_;
+  ProgressReporter progress_;
+  std::map<std::string, std::int64_t> linesByPage_;  // by page ID
+  VerifySummary summary_;
+  std::int64_t completed_ = 0;
+};
+
+// One that is damaged is all that can be said of an export.
+VerifySummary damaged() {
+  VerifySummary summary;
+  summary.findings.push_back(
+      {.kind = Kind::library,
+       .place = LibraryFile::fileName,
+       .message =
+           fmt::format("The library “{}” is damaged. Export again: it is set aside, and made anew from the pages "
+                       "and the backup.",
+                       LibraryFile::fileName)});
+  return summary;
+}
+
+}  // namespace
+
+VerifySummary Verification::run(const fs::path& folder, const RunControl& control) {
+  const fs::path destination = ExportDestination::meant(folder);
+  if (!Files::isFolder(destination)) throw TidewellError::ioFailure("There is no export in this folder.");
+  const DestinationLock lock(destination);
+  const fs::path contentRoot = ExportLayout::resolveContentRoot(destination);
+  try {
+    auto file = LibraryFile::openIfThere(contentRoot);
+    if (!file) {
+      throw TidewellError::ioFailure(
+          "This folder holds no export that can be verified. One from an earlier version can be after the next "
+          "export.");
+    }
+    Library library(std::move(*file));
+    return Run(contentRoot, library, control).run();
+  } catch (const SQLiteDamage&) {
+    return damaged();
+  }
+}
