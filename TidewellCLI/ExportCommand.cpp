@@ -11,6 +11,7 @@
 #include "TidewellCLI/Output.h"
 #include "TidewellCLI/PasswordSource.h"
 #include "TidewellCLI/ProgressDisplay.h"
+#include "TidewellCLI/SelectionOptions.h"
 #include "TidewellCore/Export/Exporter.h"
 #include "TidewellCore/Platform/MemoryGuard.h"
 #include "TidewellCore/Platform/PathText.h"
@@ -21,6 +22,7 @@ struct Options {
   std::string backup;
   std::string destination;
   ExportOptions wanted = ExportOptions::defaultOptions();
+  SelectionOptions part;
   PasswordSource password;
   std::optional<TimeZone> timeZone;
   std::optional<Locale> locale;
@@ -97,6 +99,7 @@ ExportSummary exportBackup(const Options& options) {
   return exporter.exportBackup({.backup = backup,
                                 .destination = absolutePath(options.destination),
                                 .options = options.wanted,
+                                .selection = options.part.selection,
                                 .password = passwordText(password),
                                 .unlockReport = [&](const BackupUnlockReport&) { wipe(password); },
                                 .isSamePerson = options.isSamePerson},
@@ -126,6 +129,7 @@ void addExportCommand(CLI::App& app, int& exitCode) {
   command->add_option_function<std::string>(
       "--kinds", [options](const std::string& list) { options->wanted.includedKinds = parseKinds(list); },
       "The kinds to copy, separated by commas: photos, videos, voiceNotes, stickers, documents");
+  options->part.addOptions(*command);
   CLI::Option* noTranscripts =
       command->add_flag("--no-transcripts", options->noTranscripts, "Write no transcripts and no archive page");
   command
@@ -136,7 +140,8 @@ void addExportCommand(CLI::App& app, int& exitCode) {
   options->password.addOptions(*command);
   command->add_option_function<std::string>(
       "--time-zone", [options](const std::string& id) { options->timeZone = parseTimeZone(id); },
-      "The time zone of dates in file names, as \"Europe/Lisbon\" (default: the earlier export's, else the system's)");
+      "The time zone of --since and --until (default: the system's) and of dates in file names, as \"Europe/Lisbon\" "
+      "(default: the earlier export's, else the system's)");
   command->add_option_function<std::string>(
       "--locale", [options](const std::string& id) { options->locale = parseLocale(id); },
       "The language and region of what is written, as \"pt_BR\" (default: the system's)");
@@ -145,6 +150,7 @@ void addExportCommand(CLI::App& app, int& exitCode) {
   command->add_flag("--no-progress", options->noProgress, "Show no progress");
   command->add_flag("--json", options->json, "Print one JSON object");
   command->callback([options, &exitCode] {
+    options->part.requireSense();
     options->wanted.exportTranscripts = !options->noTranscripts;
     exitCode = runReporting(options->json ? Format::json : Format::human, [&] { return run(*options); });
   });

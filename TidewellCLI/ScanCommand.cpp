@@ -7,6 +7,7 @@
 #include "TidewellCLI/JsonRecords.h"
 #include "TidewellCLI/Output.h"
 #include "TidewellCLI/PasswordSource.h"
+#include "TidewellCLI/SelectionOptions.h"
 #include "TidewellCore/Export/Exporter.h"
 #include "TidewellCore/Platform/MemoryGuard.h"
 
@@ -17,6 +18,7 @@ using HumanText::Alignment;
 struct Options {
   std::string backup;
   PasswordSource password;
+  SelectionOptions wanted;
   bool json = false;
 };
 
@@ -68,7 +70,11 @@ int run(const Options& options) {
     wipe(password);
     printDiagnostics(report);
   };
-  const ScanResult result = exporter.scan(backup, passwordText(password), unlocked, Interruption::check());
+  const ScanResult result = exporter.scan({.backup = backup,
+                                           .password = passwordText(password),
+                                           .selection = options.wanted.selection,
+                                           .unlockReport = unlocked},
+                                          Interruption::check());
   options.json ? printJson(JsonRecords::json(result)) : print(result);
   printWarnings(result.warnings);
   return result.warnings.empty() ? ExitCode::done : ExitCode::incomplete;
@@ -80,9 +86,11 @@ void addScanCommand(CLI::App& app, int& exitCode) {
   const auto options = std::make_shared<Options>();
   CLI::App* command = app.add_subcommand("scan", "Show the chats and media of a backup");
   Arguments::addPath(*command, "BACKUP", options->backup, "The backup's device folder")->required();
+  options->wanted.addOptions(*command);
   options->password.addOptions(*command);
   command->add_flag("--json", options->json, "Print one JSON object");
   command->callback([options, &exitCode] {
+    options->wanted.requireSense();
     exitCode = runReporting(options->json ? Format::json : Format::human, [&] { return run(*options); });
   });
 }

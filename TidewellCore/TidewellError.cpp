@@ -42,6 +42,12 @@ struct Description {
   std::string operator()(const TidewellError::ForeignArchive& c) const {
     return "These chats belong to " + c.owner + ". Choose another folder for this phone.";
   }
+  std::string operator()(const TidewellError::UnknownChat& c) const {
+    return "No chat of this backup is called “" + c.wanted + "”, or has that number.";
+  }
+  std::string operator()(const TidewellError::AmbiguousChat& c) const {
+    return "More than one chat of this backup is called “" + c.wanted + "”.";
+  }
   std::string operator()(const TidewellError::MissingManifestPlist&) const { return notABackupText; }
   std::string operator()(const TidewellError::MissingManifestDB&) const { return notABackupText; }
   std::string operator()(const TidewellError::EncryptedBackup&) const { return encryptedText; }
@@ -51,6 +57,11 @@ struct Description {
   }
   std::string operator()(const TidewellError::Cancelled&) const { return "The export was cancelled."; }
 };
+
+std::string list(std::string text, const std::vector<std::string>& lines) {
+  for (const std::string& line : lines) text += "\n" + line;
+  return text;
+}
 
 struct Suggestion {
   using Text = std::optional<std::string>;
@@ -76,6 +87,13 @@ struct Suggestion {
   }
   Text operator()(const TidewellError::IOFailure&) const { return std::nullopt; }
   Text operator()(const TidewellError::ForeignArchive&) const { return std::nullopt; }
+  Text operator()(const TidewellError::UnknownChat& c) const {
+    if (c.chats.empty()) return "It holds no chats.";
+    return list(c.areNearest ? "These are called much the same:" : "It holds these chats:", c.chats);
+  }
+  Text operator()(const TidewellError::AmbiguousChat& c) const {
+    return list("Name the one that you mean by its number or by what stands last in its line:", c.chats);
+  }
   Text operator()(const TidewellError::MissingManifestPlist&) const { return notABackupAdvice; }
   Text operator()(const TidewellError::MissingManifestDB&) const { return notABackupAdvice; }
   Text operator()(const TidewellError::EncryptedBackup&) const { return encryptedAdvice; }
@@ -87,11 +105,24 @@ struct Suggestion {
 };
 
 // In the order of the variant's alternatives.
-constexpr std::array<std::string_view, std::variant_size_v<TidewellError::Case>> caseNames{
-    "backupNotFound",     "notABackup",          "multipleDeviceBackups", "manifestDecryptFailed",
-    "databaseOpenFailed", "invalidDatabase",     "chatStorageUnreadable", "destinationNotWritable",
-    "ioFailure",          "foreignArchive",      "missingManifestPlist",  "missingManifestDB",
-    "encryptedBackup",    "needsBackupPassword", "wrongBackupPassword",   "cancelled"};
+constexpr std::array<std::string_view, std::variant_size_v<TidewellError::Case>> caseNames{"backupNotFound",
+                                                                                           "notABackup",
+                                                                                           "multipleDeviceBackups",
+                                                                                           "manifestDecryptFailed",
+                                                                                           "databaseOpenFailed",
+                                                                                           "invalidDatabase",
+                                                                                           "chatStorageUnreadable",
+                                                                                           "destinationNotWritable",
+                                                                                           "ioFailure",
+                                                                                           "foreignArchive",
+                                                                                           "unknownChat",
+                                                                                           "ambiguousChat",
+                                                                                           "missingManifestPlist",
+                                                                                           "missingManifestDB",
+                                                                                           "encryptedBackup",
+                                                                                           "needsBackupPassword",
+                                                                                           "wrongBackupPassword",
+                                                                                           "cancelled"};
 
 }  // namespace
 
@@ -124,6 +155,12 @@ TidewellError TidewellError::destinationNotWritable(std::string path) {
 TidewellError TidewellError::ioFailure(std::string message) { return TidewellError(IOFailure{std::move(message)}); }
 TidewellError TidewellError::foreignArchive(std::string owner) {
   return TidewellError(ForeignArchive{std::move(owner)});
+}
+TidewellError TidewellError::unknownChat(std::string wanted, std::vector<std::string> chats, bool areNearest) {
+  return TidewellError(UnknownChat{std::move(wanted), std::move(chats), areNearest});
+}
+TidewellError TidewellError::ambiguousChat(std::string wanted, std::vector<std::string> chats) {
+  return TidewellError(AmbiguousChat{std::move(wanted), std::move(chats)});
 }
 TidewellError TidewellError::missingManifestPlist() { return TidewellError(MissingManifestPlist{}); }
 TidewellError TidewellError::missingManifestDB() { return TidewellError(MissingManifestDB{}); }

@@ -55,6 +55,19 @@ class TidewellError : public std::exception {
     std::string owner;  // their number as it is shown
     bool operator==(const ForeignArchive&) const = default;
   };
+  // No chat is the one that was asked for.
+  struct UnknownChat {
+    std::string wanted;
+    std::vector<std::string> chats;  // that there are, a line for each
+    bool areNearest = false;         // those alone that are called much the same
+    bool operator==(const UnknownChat&) const = default;
+  };
+  // More chats than one may be meant.
+  struct AmbiguousChat {
+    std::string wanted;
+    std::vector<std::string> chats;  // that may be meant, a line for each
+    bool operator==(const AmbiguousChat&) const = default;
+  };
   struct MissingManifestPlist {
     bool operator==(const MissingManifestPlist&) const = default;
   };
@@ -75,8 +88,8 @@ class TidewellError : public std::exception {
   };
   using Case = std::variant<BackupNotFound, NotABackup, MultipleDeviceBackups, ManifestDecryptFailed,
                             DatabaseOpenFailed, InvalidDatabase, ChatStorageUnreadable, DestinationNotWritable,
-                            IOFailure, ForeignArchive, MissingManifestPlist, MissingManifestDB, EncryptedBackup,
-                            NeedsBackupPassword, WrongBackupPassword, Cancelled>;
+                            IOFailure, ForeignArchive, UnknownChat, AmbiguousChat, MissingManifestPlist,
+                            MissingManifestDB, EncryptedBackup, NeedsBackupPassword, WrongBackupPassword, Cancelled>;
 
   explicit TidewellError(Case value);
 
@@ -90,6 +103,8 @@ class TidewellError : public std::exception {
   static TidewellError destinationNotWritable(std::string path);
   static TidewellError ioFailure(std::string message);
   static TidewellError foreignArchive(std::string owner);
+  static TidewellError unknownChat(std::string wanted, std::vector<std::string> chats, bool areNearest);
+  static TidewellError ambiguousChat(std::string wanted, std::vector<std::string> chats);
   static TidewellError missingManifestPlist();
   static TidewellError missingManifestDB();
   static TidewellError encryptedBackup();

@@ -27,7 +27,7 @@ ScanResult scan(const BackupContents& contents, const std::string& locale = "en_
   writeBackup(contents, folder / "device");
   const auto before = treeSnapshot(folder / "device");
   const BackupSource source = BackupSource::load(OpenedBackup::open(folder / "device", "correct horse"), {});
-  ScanResult result = ScanSummary::summarize(source, Locale{locale});
+  ScanResult result = ScanSummary::summarize(source, {}, Locale{locale});
   EXPECT_EQ(treeSnapshot(folder / "device"), before) << "the backup was touched";
   return result;
 }

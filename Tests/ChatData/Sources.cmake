@@ -2,6 +2,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/CallHistoryReaderTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/CallsInChatsTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/CanonicalPeopleTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ChatFinderTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ChatStorageReaderTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ChatStorageSnapshotTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ContactsReaderTests.cpp
@@ -21,6 +22,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/OwnJIDTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ReceiptInfoTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ScanSummaryTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ScopeTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/SenderNameTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/SideDatabasesTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/SnapshotLoaderTests.cpp

@@ -50,6 +50,11 @@ TEST(Usage, EndsWithTwoForWhatItDoesNotUnderstand) {
       {"dedupe", ""},
       {"list", "--root", ""},
       {"scan", "backup", "--password-file", ""},
+      {"scan", "backup", "--chat"},
+      {"scan", "backup", "--chat", ""},
+      {"scan", "backup", "--since", "yesterday"},
+      {"scan", "backup", "--until", "2023-02-29"},
+      {"export", "backup", "destination", "--since", "2024-05-02", "--until", "2024-05-01"},
   };
   for (const auto& arguments : wrong) {
     const Finished finished = commandLine.run(arguments);

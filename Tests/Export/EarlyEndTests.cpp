@@ -172,7 +172,7 @@ TEST_P(EarlyEndTest, AScanMissesItsBackupAtEveryStageToo) {
   std::optional<std::string_view> password;
   if (scene.contents.encryption) password = scene.contents.encryption->keyBag.password;
   int checks = 0;
-  exporter.scan(scene.backup, password, {}, [&] { return ++checks < 0; });
+  exporter.scan({.backup = scene.backup, .password = password}, [&] { return ++checks < 0; });
   const int stages = checks;
   for (int stage = 1; stage <= stages; ++stage) {
     checks = 0;
@@ -180,7 +180,8 @@ TEST_P(EarlyEndTest, AScanMissesItsBackupAtEveryStageToo) {
       if (++checks == stage) takeBackup();
       return false;
     };
-    EXPECT_THAT([&] { exporter.scan(scene.backup, password, {}, take); }, failsWith(EarlyEnd::backupGoneWhileRead))
+    EXPECT_THAT([&] { exporter.scan({.backup = scene.backup, .password = password}, take); },
+                failsWith(EarlyEnd::backupGoneWhileRead))
         << stage << " of " << stages;
     bringBackup();
   }

@@ -129,7 +129,7 @@ TEST_P(EveryKindExport, IsAnArchiveThatIsWholeAndHoldsWhatAScanCounts) {
     shown[name] = messagesOf(scene_.content, name).size();
   }
   std::map<std::string, std::size_t> counted;
-  for (const ScanChat& chat : exporter().scan(scene_.backup, std::nullopt).chats) {
+  for (const ScanChat& chat : exporter().scan({.backup = scene_.backup}).chats) {
     counted[chat.name] = static_cast<std::size_t>(chat.messageCount);
   }
   EXPECT_EQ(shown, counted);

@@ -112,8 +112,13 @@ void Scene::write() {
 }
 
 ExportSummary Scene::run(const ExportOptions& options, const RunControl& control) const {
+  return runPart({}, options, control);
+}
+
+ExportSummary Scene::runPart(const Selection& selection, const ExportOptions& options,
+                             const RunControl& control) const {
   const Exporter exporter{.timeZone = TimeZone{"UTC"}, .locale = Locale{"en_US"}};
-  ExportJob job{.backup = backup, .destination = destination, .options = options};
+  ExportJob job{.backup = backup, .destination = destination, .options = options, .selection = selection};
   if (contents.encryption) job.password = contents.encryption->keyBag.password;
   return exporter.exportBackup(job, control);
 }

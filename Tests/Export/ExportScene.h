@@ -70,6 +70,9 @@ class Scene {
   // Replaces the backup by what `contents` holds now.
   void write();
   ExportSummary run(const ExportOptions& options = mediaAlone(), const RunControl& control = {}) const;
+  // An export of a part of the backup.
+  ExportSummary runPart(const Selection& selection, const ExportOptions& options = mediaAlone(),
+                        const RunControl& control = {}) const;
 
   Fixture::TemporaryDirectory folder;
   Fixture::BackupContents contents;

@@ -20,7 +20,7 @@ constexpr const char* password = "correct horse";
 struct ExporterKeyTest : testing::Test {
   std::optional<PasswordKey> scannedKey() const {
     std::optional<PasswordKey> key;
-    Exporter().scan(scene.backup, password, {}, {}, &key);
+    Exporter().scan({.backup = scene.backup, .password = password, .passwordKey = &key});
     return key;
   }
 
@@ -76,10 +76,10 @@ TEST_F(ExporterKeyTest, APlainBackupHasNoneAndNeedsNone) {
 
 TEST_F(ExporterKeyTest, AFailedScanHandsOutNone) {
   std::optional<PasswordKey> key;
-  EXPECT_ANY_THROW(Exporter().scan(scene.backup, "wrong", {}, {}, &key));
+  EXPECT_ANY_THROW(Exporter().scan({.backup = scene.backup, .password = "wrong", .passwordKey = &key}));
   int asked = 0;
-  EXPECT_ANY_THROW(Exporter().scan(
-      scene.backup, password, {}, [&] { return ++asked > 8; }, &key));
+  EXPECT_ANY_THROW(Exporter().scan({.backup = scene.backup, .password = password, .passwordKey = &key},
+                                   [&] { return ++asked > 8; }));
   EXPECT_GT(asked, 8) << "cancelled after the unlocking";
   EXPECT_FALSE(key);
 }

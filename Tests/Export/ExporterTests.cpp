@@ -151,10 +151,10 @@ TEST_P(ExporterTest, EveryScanAndExportSweepsWhatAKilledOneLeft) {
   scene.run();
   EXPECT_TRUE(temporary.isEmpty());
   leave();
-  Exporter().scan(scene.backup, "correct horse");
+  Exporter().scan({.backup = scene.backup, .password = "correct horse"});
   EXPECT_TRUE(temporary.isEmpty());
   leave();
-  EXPECT_ANY_THROW(Exporter().scan(scene.folder / "nowhere", std::nullopt));
+  EXPECT_ANY_THROW(Exporter().scan({.backup = scene.folder / "nowhere"}));
   EXPECT_TRUE(temporary.isEmpty());
 }
 

@@ -16,9 +16,22 @@ class LibraryScene {
   void take(const ChatStorageSnapshot& snapshot, double backupDate = 1, std::vector<CanonicalJID> others = {}) {
     for (const ChatStorageSnapshot::Chat& chat : snapshot.chats()) others.push_back(chat.jid);
     std::ranges::sort(others);
+    takeScope(snapshot, {}, backupDate, std::move(others));
+  }
+  // As an export of that scope: chats without a message in it are not told.
+  void takePart(const ChatStorageSnapshot& snapshot, const Scope& scope, double backupDate) {
+    std::vector<CanonicalJID> chats;
+    for (const ChatStorageSnapshot::Chat& chat : snapshot.chats()) {
+      if (!scope.messages(snapshot, chat.jid).empty()) chats.push_back(chat.jid);
+    }
+    takeScope(snapshot, scope, backupDate, std::move(chats));
+  }
+  void takeScope(const ChatStorageSnapshot& snapshot, const Scope& scope, double backupDate,
+                 std::vector<CanonicalJID> chats) {
     LibraryUpdate::take(library, {},
                         {.snapshot = snapshot,
-                         .chats = std::move(others),
+                         .scope = scope,
+                         .chats = std::move(chats),
                          .backup = {.backupDate = dateFromUnixTime(backupDate)},
                          .pageIDOf = ChatArchiveWriter::pageID},
                         {});

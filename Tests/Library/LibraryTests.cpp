@@ -7,6 +7,7 @@
 
 #include "Tests/Export/ExportScene.h"
 #include "Tests/Library/LibraryScene.h"
+#include "Tests/Library/SaidMessages.h"
 
 namespace {
 
@@ -14,31 +15,10 @@ using ExportTest::ana;
 using ExportTest::anaLID;
 using ExportTest::bea;
 using ExportTest::canonical;
-using ExportTest::JIDPairs;
-using ExportTest::tablesOf;
+using LibraryTest::snapshotOf;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
-
-struct Said {
-  std::int64_t chat = 1;
-  double at = 0;
-  std::string text;
-  std::string stanza;
-};
-
-// What a backup tells that has these chats and messages, those numbered from `first`.
-ChatStorageSnapshot snapshotOf(const JIDPairs& chats, const std::vector<Said>& messages, std::int64_t first = 1,
-                               const JIDPairs& lids = {}) {
-  ChatTables tables = tablesOf(chats, lids);
-  for (const Said& said : messages) {
-    MessageRecord record{.pk = first++, .chatPK = said.chat, .text = tables.texts.add(said.text)};
-    record.date = dateFromUnixTime(said.at);
-    if (!said.stanza.empty()) record.stanzaID = tables.texts.add(said.stanza);
-    tables.messages.push_back(record);
-  }
-  return ChatStorageSnapshot(std::move(tables));
-}
 
 TEST(Library, KeepsWhatANewerBackupLacks) {
   LibraryScene scene;
@@ -71,7 +51,7 @@ TEST(Library, TheOrderOfBackupsDoesNotMatter) {
     EXPECT_FALSE(scene.chat(ana)->isGone);
     std::vector<bool> gone;
     const KeptMessages kept = KeptChats::messages(scene.library.database(), scene.chat(ana)->id);
-    for (const KeptMessage& message : kept.list) gone.push_back(message.isGone());
+    for (const KeptMessage& message : kept.list) gone.push_back(message.isGone(scene.chat(ana)->toldAt));
     EXPECT_THAT(gone, ElementsAre(true, true, false, false));
   } while (std::ranges::next_permutation(order).found);
 }

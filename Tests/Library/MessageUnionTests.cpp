@@ -70,8 +70,8 @@ TEST_F(MessageUnionTest, AnotherMessageUnderATakenKeyGetsAFreeOne) {
   EXPECT_THAT(textsOf(all), ElementsAre("old phone", "new phone", "and more"));
   EXPECT_EQ(all[1].key, 3) << "the key 2 is wanted by another";
   EXPECT_EQ(all[2].key, 2);
-  EXPECT_TRUE(all[0].isGone());
-  EXPECT_FALSE(all[1].isGone());
+  EXPECT_TRUE(all[0].isGone(200));
+  EXPECT_FALSE(all[1].isGone(200));
 }
 
 TEST_F(MessageUnionTest, EqualWordsOfOneSecondStayAsManyAsTheyAre) {
@@ -92,7 +92,7 @@ TEST_F(MessageUnionTest, ADeletedMessageKeepsItsWordsInWhateverOrderItIsTold) {
     EXPECT_EQ(outcome[0].medium, 4);
     EXPECT_EQ(outcome[0].facts, "");
     EXPECT_TRUE(outcome[0].isDeletedLater);
-    EXPECT_FALSE(outcome[0].isGone());
+    EXPECT_FALSE(outcome[0].isGone(200));
   }
 }
 
@@ -141,17 +141,17 @@ TEST_F(MessageUnionTest, WhatANewerBackupLacksIsGoneAndComesBack) {
   const KeptMessage two{.key = 2, .time = 20, .stanzaID = "B", .text = "two"};
   auto kept = united({one, two}, {two}, true);
   EXPECT_THAT(textsOf(kept), ElementsAre("one", "two"));
-  EXPECT_TRUE(kept[0].isGone());
+  EXPECT_TRUE(kept[0].isGone(200));
   kept = united(kept, {one, two}, true);
-  EXPECT_FALSE(kept[0].isGone());
+  EXPECT_FALSE(kept[0].isGone(200));
 }
 
 TEST_F(MessageUnionTest, WhatOnlyAnOlderBackupHasIsGone) {
   const KeptMessage one{.key = 1, .time = 10, .stanzaID = "A", .text = "one"};
   const KeptMessage two{.key = 2, .time = 20, .stanzaID = "B", .text = "two"};
   const auto kept = united({two}, {one, two}, false);
-  EXPECT_TRUE(kept[0].isGone());
-  EXPECT_FALSE(kept[1].isGone());
+  EXPECT_TRUE(kept[0].isGone(100));
+  EXPECT_FALSE(kept[1].isGone(100));
 }
 
 TEST_F(MessageUnionTest, MessagesOfOneSecondKeepTheirOrderWhenOneIsGone) {

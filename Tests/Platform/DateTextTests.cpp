@@ -121,6 +121,29 @@ TEST(DateText, AFormatterCanBeMoved) {
   EXPECT_EQ(second.string(dateFromUnixTime(7)), "07");
 }
 
+TEST(DateText, ReadsDaysAndNothingElse) {
+  EXPECT_EQ(dayFromISO8601("2024-02-29"), Day(std::chrono::year(2024) / 2 / 29));
+  EXPECT_EQ(iso8601(Day(std::chrono::year(987) / 6 / 5)), "0987-06-05");
+  for (const char* text : {"", "2023-02-29", "2024-2-9", "24-02-09", "2024-02-09T00:00:00Z", "2024/02/09", "2024-13-01",
+                           "2024-00-01", " 2024-02-09", "2024-02-09 "}) {
+    EXPECT_EQ(dayFromISO8601(text), std::nullopt) << text;
+  }
+}
+
+TEST(DateText, ADayBeginsAtItsFirstMoment) {
+  const auto begins = [](const char* day, const char* zone) {
+    return iso8601(startOf(*dayFromISO8601(day), TimeZone{zone}));
+  };
+  EXPECT_EQ(begins("2024-05-01", "UTC"), "2024-05-01T00:00:00Z");
+  EXPECT_EQ(begins("2024-05-01", "America/Sao_Paulo"), "2024-05-01T03:00:00Z");
+  EXPECT_EQ(begins("2018-11-04", "America/Sao_Paulo"), "2018-11-04T03:00:00Z") << "clocks went from midnight to one";
+  EXPECT_EQ(begins("2018-02-18", "America/Sao_Paulo"), "2018-02-18T03:00:00Z") << "the hour before came twice";
+  EXPECT_EQ(begins("2023-11-05", "America/Havana"), "2023-11-05T04:00:00Z") << "the first hour came twice";
+  EXPECT_EQ(begins("2011-12-30", "Pacific/Apia"), begins("2011-12-31", "Pacific/Apia")) << "a day that never was";
+  EXPECT_EQ(begins("0001-01-01", "UTC"), "0001-01-01T00:00:00Z");
+  EXPECT_EQ(begins("1500-03-01", "UTC"), "1500-03-01T00:00:00Z");
+}
+
 TEST(TimeZone, KnowsTheZonesOfTheDatabase) {
   for (const char* identifier : {"UTC", "America/Sao_Paulo", "Asia/Kathmandu", "Europe/Lisbon", "GMT"}) {
     EXPECT_EQ(TimeZone::named(identifier), TimeZone{.identifier = identifier});

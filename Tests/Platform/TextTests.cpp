@@ -35,6 +35,16 @@ TEST(Text, TrimsWhiteSpaceAndLineBreaks) {
   EXPECT_EQ(Text::trimmed("\u200Bx\u200D"), "\u200Bx\u200D") << "joiners are no white space";
 }
 
+TEST(Text, NamesHaveTheirBaseLettersInCommon) {
+  EXPECT_EQ(Text::baseLetters(" São Paulo "), "sao paulo");
+  EXPECT_EQ(Text::baseLetters("SA\u0303O PAULO"), "sao paulo");
+  EXPECT_EQ(Text::baseLetters("Łukasz Đỗ"), "lukasz do");
+  EXPECT_EQ(Text::baseLetters("Straße"), "strasse");
+  EXPECT_EQ(Text::baseLetters("Ana\u200E ❤\uFE0F"), "ana ❤");
+  EXPECT_NE(Text::baseLetters("हिन्दी"), Text::baseLetters("हन्द")) << "vowels are no accents";
+  EXPECT_EQ(Text::baseLetters("\u200B"), "");
+}
+
 TEST(Text, LowersEveryScript) {
   EXPECT_EQ(Text::lowercased("ABCxyz 123"), "abcxyz 123");
   EXPECT_EQ(Text::lowercased("ÀÉÎ ΑΒΓ ЖЩ"), "àéî αβγ жщ");

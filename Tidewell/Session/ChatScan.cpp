@@ -43,7 +43,7 @@ struct ChatScan::Work {
   Reading read(const std::optional<SecretBytes>& password) const {
     Reading reading{.password = password};
     const auto text = password ? std::optional(textOf(*password)) : std::nullopt;
-    reading.result = Exporter().scan(backup, text, {}, isCancelled, &reading.key);
+    reading.result = Exporter().scan({.backup = backup, .password = text, .passwordKey = &reading.key}, isCancelled);
     return reading;
   }
 };

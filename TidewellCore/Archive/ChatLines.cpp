@@ -62,6 +62,7 @@ std::vector<ArchiveMessage> ChatLines::messages(const KeptChat& chat) const {
   messages.reserve(kept.list.size());
   for (const KeptMessage& message : kept.list) {
     messages.push_back(plain(message));
+    messages.back().isGone = message.isGone(chat.toldAt);
     if (message.page || (message.facts.empty() && !mayNamePeople(message))) continue;
     MessageDetails details = MessageFacts::read(message.facts);
     settleMedia(details, messages.back());
@@ -81,7 +82,6 @@ ArchiveMessage ChatLines::plain(const KeptMessage& message) const {
                                                            .text = copied(message.text)}
                                           : ArchiveFormat::message(*object);
   told.id = std::to_string(message.key);
-  told.isGone = message.isGone();
   told.isDeletedLater = message.isDeletedLater;
   if (!told.sender.empty()) told.senderJID = senderJIDOf(message);
   if (object != nullptr) told.timestamp = message.time;

@@ -277,6 +277,11 @@ const MessageRecord* ChatStorageSnapshot::mediaMessage(std::string_view relative
   return found == mediaByRelativePath_.end() ? nullptr : &tables_.messages[found->second];
 }
 
+std::optional<Date> ChatStorageSnapshot::mediaDate(std::string_view relativePath) const {
+  const MessageRecord* message = mediaMessage(relativePath);
+  return message == nullptr ? std::nullopt : message->date;
+}
+
 std::vector<std::string_view> ChatStorageSnapshot::mediaPaths() const {
   std::vector<std::string_view> paths;
   paths.reserve(mediaByRelativePath_.size());

@@ -67,6 +67,8 @@ class ChatStorageSnapshot {
 
   // The message that carries a media file of the backup; null when none does.
   const MessageRecord* mediaMessage(std::string_view relativePath) const;
+  // The date of that message; absent when there is none, or it has none.
+  std::optional<Date> mediaDate(std::string_view relativePath) const;
   bool hasMedia() const { return !mediaByRelativePath_.empty(); }
   // The paths of the files that messages carry, in no order, as `mediaMessage` knows them.
   std::vector<std::string_view> mediaPaths() const;

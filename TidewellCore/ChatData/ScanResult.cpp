@@ -26,15 +26,25 @@ std::string domainOf(const ManifestStore& manifest) {
   return manifest.files.empty() ? std::string() : manifest.files.front().domain;
 }
 
-std::map<CanonicalJID, ScanChat> countChats(const BackupSource& source) {
-  std::map<CanonicalJID, ScanChat> rows;
+// Hands over each medium in the scope, with its chat.
+template <typename Visitor>
+void forEachMedium(const BackupSource& source, const Scope& scope, Visitor visit) {
   for (const ManifestFile& file : source.media()) {
-    ScanChat& row = rows[source.snapshot.ownerJID(file.relativePath, FileNaming::chatJID(file.relativePath))];
+    const CanonicalJID chat = source.snapshot.ownerJID(file.relativePath, FileNaming::chatJID(file.relativePath));
+    if (scope.has(chat, source.snapshot.mediaDate(file.relativePath))) visit(file, chat);
+  }
+}
+
+std::map<CanonicalJID, ScanChat> countChats(const BackupSource& source, const Scope& scope) {
+  std::map<CanonicalJID, ScanChat> rows;
+  forEachMedium(source, scope, [&](const ManifestFile& file, const CanonicalJID& chat) {
+    ScanChat& row = rows[chat];
     ++row.mediaFileCount;
     row.mediaBytes = saturatingAdd(row.mediaBytes, source.opened.sourceSize(file));
-  }
+  });
   for (const ChatStorageSnapshot::Chat& chat : source.snapshot.chats()) {
-    if (chat.messageCount > 0) rows[chat.jid].messageCount = static_cast<std::int64_t>(chat.messageCount);
+    const std::size_t count = scope.messages(source.snapshot, chat.jid).size();
+    if (count > 0) rows[chat.jid].messageCount = static_cast<std::int64_t>(count);
   }
   return rows;
 }
@@ -50,26 +60,26 @@ std::int64_t ScanResult::count(const MediaKinds& kinds) const { return sum(*this
 
 std::int64_t ScanResult::bytes(const MediaKinds& kinds) const { return sum(*this, kinds).byteCount; }
 
-ScanResult ScanSummary::summarize(const BackupSource& source, const Locale& locale) {
+ScanResult ScanSummary::summarize(const BackupSource& source, const Scope& scope, const Locale& locale) {
   const ManifestStore& manifest = source.manifest;
-  ScanResult result{.mediaFileCount = static_cast<std::int64_t>(manifest.media.size()),
-                    .skippedThumbnailCount = static_cast<std::int64_t>(manifest.skippedThumbnails.size()),
+  ScanResult result{.skippedThumbnailCount = static_cast<std::int64_t>(manifest.skippedThumbnails.size()),
                     .hasChatStorage = manifest.chatStorage.has_value(),
                     .whatsAppDomain = domainOf(manifest),
-                    .chats = scanChats(source, locale),
+                    .chats = scanChats(source, scope, locale),
                     .warnings = source.warnings};
-  for (const ManifestFile& file : manifest.media) {
+  forEachMedium(source, scope, [&](const ManifestFile& file, const CanonicalJID&) {
     const std::int64_t size = source.opened.sourceSize(file);
+    ++result.mediaFileCount;
     result.statsByKind[MediaKind::classify(PathText::extension(file.relativePath))].add(size);
     result.totalBytes = saturatingAdd(result.totalBytes, size);
-  }
+  });
   result.chatCount = static_cast<std::int64_t>(result.chats.size());
   return result;
 }
 
-std::vector<ScanChat> ScanSummary::scanChats(const BackupSource& source, const Locale& locale) {
+std::vector<ScanChat> ScanSummary::scanChats(const BackupSource& source, const Scope& scope, const Locale& locale) {
   std::vector<ScanChat> chats;
-  auto rows = countChats(source);
+  auto rows = countChats(source, scope);
   for (auto& [jid, row] : rows) {
     row.jid = jid.text();
     row.name = source.snapshot.chatTitle(row.jid);

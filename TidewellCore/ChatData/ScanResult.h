@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "TidewellCore/ChatData/BackupSource.h"
+#include "TidewellCore/ChatData/Scope.h"
 #include "TidewellCore/MediaKind.h"
 
 struct MediaTypeStats {
@@ -50,10 +50,10 @@ struct ScanResult {
 
 namespace ScanSummary {
 
-// `locale` orders the names of the chats.
-ScanResult summarize(const BackupSource& source, const Locale& locale);
+// Of what is in the scope. `locale` orders the names of the chats.
+ScanResult summarize(const BackupSource& source, const Scope& scope, const Locale& locale);
 
-// One row for each chat that has messages, media or both.
-std::vector<ScanChat> scanChats(const BackupSource& source, const Locale& locale);
+// One row for each chat that has messages, media or both in the scope.
+std::vector<ScanChat> scanChats(const BackupSource& source, const Scope& scope, const Locale& locale);
 
 }  // namespace ScanSummary

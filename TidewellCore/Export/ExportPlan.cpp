@@ -23,6 +23,18 @@ FolderAllocator::PlannedNames namesByChat(const ExportPlan::Wish& wish, const Kn
   return names;
 }
 
+// The same for the chats of which this export takes nothing, in whose folders it puts nothing.
+FolderAllocator::PlannedNames namesOfOthers(const ExportPlan::Wish& wish, const FolderAllocator::PlannedNames& names,
+                                            NameForm form) {
+  FolderAllocator::PlannedNames others;
+  for (const CanonicalJID& jid : wish.jidsLeftOut) others[jid];
+  for (const ExportPlanner::Request& request : wish.leftOut) {
+    others[request.chatJID].push_back(PortableNames::inForm(request.desiredName, form));
+  }
+  std::erase_if(others, [&](const auto& chat) { return names.contains(chat.first); });
+  return others;
+}
+
 // The folder of every chat that has one, of this export or an earlier one.
 ChatFolders knownFolders(const std::vector<PlannedChat>& chats) {
   ChatFolders folders;
@@ -231,11 +243,15 @@ ExportPlan ExportPlan::make(const Wish& wish, const Found& found, const ChatStor
   const auto& [index, remembered, knownMedia] = found;
   KnownFiles known(knownMedia, index);
   const KnownCopies ofRequests = takeWanted(wish.requests, known);
-  const FolderAllocator::PlannedNames names = namesByChat(wish, ofRequests, index.nameForm);
+  const FolderAllocator::PlannedNames wanted = namesByChat(wish, ofRequests, index.nameForm);
+  // A chat gets the folder that it would have if nothing was left out, and no other chat's.
+  FolderAllocator::PlannedNames names = namesOfOthers(wish, wanted, index.nameForm);
+  names.insert(wanted.begin(), wanted.end());
   const FolderAssignment persisted = FolderAllocator::expandPersisted(remembered, keysOf(names), snapshot);
-  const ChatFolders folders = FolderAllocator::allocate(
+  ChatFolders folders = FolderAllocator::allocate(
       {.exportFileNames = names, .existing = index.mediaNameSets(), .persisted = persisted, .nameForm = index.nameForm},
       snapshot, isCancelled);
+  std::erase_if(folders, [&](const auto& chat) { return !wanted.contains(chat.first); });
   const auto leftovers = ExportPlanner::leftoverFoldersByOwner({.folderNames = folders,
                                                                 .pathJIDs = pathJIDsByChat(wish.requests),
                                                                 .persisted = persisted,

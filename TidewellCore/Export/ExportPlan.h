@@ -19,9 +19,10 @@ struct ExportPlan {
   // What is to be exported.
   struct Wish {
     std::vector<ExportPlanner::Request> requests;
-    std::vector<ExportPlanner::Request> leftOut;  // of the kinds that are not wanted
+    std::vector<ExportPlanner::Request> leftOut;  // of what is not wanted
     std::vector<ExportPlanner::Request> lost;     // which the backup no longer holds
     std::vector<CanonicalJID> jidsOfTranscripts;  // chats that get a folder even without media
+    std::vector<CanonicalJID> jidsLeftOut;        // chats with messages of which none is wanted
   };
   // What stands at the destination before.
   struct Found {

@@ -18,7 +18,7 @@ bool isShort(const std::optional<std::int64_t>& provenSize, const ManifestFile& 
 
 }  // namespace
 
-std::vector<ExportPlanner::Request> ExportRequests::build(const BackupSource& source, const Wish& wish,
+std::vector<ExportPlanner::Request> ExportRequests::build(const BackupSource& source, const Wish& wish, Part part,
                                                           const CancellationCheck& isCancelled) {
   const auto& [opened, manifest, snapshot, warnings] = source;
   std::vector<ExportPlanner::Request> requests;
@@ -26,14 +26,15 @@ std::vector<ExportPlanner::Request> ExportRequests::build(const BackupSource& so
   for (const ManifestFile& file : source.media()) {
     cancellation.step();
     const MediaKind kind = MediaKind::classify(PathText::extension(file.relativePath));
-    if (!wish.kinds.contains(kind)) continue;
-    const MessageRecord* message = snapshot.mediaMessage(file.relativePath);
-    const std::optional<Date> date = message == nullptr ? std::nullopt : message->date;
+    const CanonicalJID chat = snapshot.ownerJID(file.relativePath, FileNaming::chatJID(file.relativePath));
+    const std::optional<Date> date = snapshot.mediaDate(file.relativePath);
+    const bool isWanted = wish.kinds.contains(kind) && wish.scope.has(chat, date);
+    if (isWanted != (part == Part::wanted)) continue;
     const std::optional<std::int64_t> size = opened.provenSize(file);
     requests.push_back({.source = opened.location(file).value_or(std::filesystem::path()),
                         .relativePath = file.relativePath,
                         .desiredName = FileNaming::exportFileName(date, file.relativePath, wish.stamps),
-                        .chatJID = snapshot.ownerJID(file.relativePath, FileNaming::chatJID(file.relativePath)),
+                        .chatJID = chat,
                         .kind = kind,
                         .sourceSize = size.value_or(unknownSize),
                         .date = date,
@@ -73,7 +74,7 @@ std::vector<ExportPlanner::Request> ExportRequests::lost(
   std::vector<ExportPlanner::Request> lost;
   for (const std::string_view path : snapshot.mediaPaths()) {
     if (whole.contains(path)) continue;
-    const std::optional<Date> date = snapshot.mediaMessage(path)->date;
+    const std::optional<Date> date = snapshot.mediaDate(path);
     lost.push_back({.relativePath = std::string(path),
                     .desiredName = FileNaming::exportFileName(date, path, stamps),
                     .chatJID = snapshot.ownerJID(path, FileNaming::chatJID(path)),

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "TidewellCore/ChatData/BackupSource.h"
+#include "TidewellCore/ChatData/Scope.h"
 #include "TidewellCore/Export/ExportPlanner.h"
 #include "TidewellCore/MediaKind.h"
 
@@ -14,13 +14,15 @@ namespace ExportRequests {
 // What is wanted and how it is named.
 struct Wish {
   const MediaKinds& kinds;
+  const Scope& scope;
   const DateFormatter& stamps;
 };
+enum class Part { wanted, leftOut };
 
-// A request for every media file of the wanted kinds, in the file index's
-// order. A file without a message is undated, in the chat of its path. Throws
-// TidewellError::cancelled.
-std::vector<ExportPlanner::Request> build(const BackupSource& source, const Wish& wish,
+// A request for every media file that is of a wanted kind and in the scope, or for
+// every other one, in the file index's order. A file without a message is undated, in
+// the chat of its path. Throws TidewellError::cancelled.
+std::vector<ExportPlanner::Request> build(const BackupSource& source, const Wish& wish, Part part,
                                           const CancellationCheck& isCancelled = {});
 
 // A sentence about those, and those of the profile pictures, that may have lost

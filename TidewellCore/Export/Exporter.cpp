@@ -47,24 +47,29 @@ void requireWhatsApp(const ManifestStore& manifest) {
   throw TidewellError::chatStorageUnreadable("This backup holds no WhatsApp data.");
 }
 
-MediaKinds allBut(const MediaKinds& kinds) {
-  MediaKinds others(MediaKind::allCases.begin(), MediaKind::allCases.end());
-  std::erase_if(others, [&](MediaKind kind) { return kinds.contains(kind); });
-  return others;
-}
+// What is exported of a backup.
+struct BackupPart {
+  const BackupSource& source;
+  const Scope scope;
+};
 
-std::vector<CanonicalJID> chatsWithMessages(const ChatStorageSnapshot& snapshot) {
+// Those that have messages in the scope, or those that have messages and none there.
+std::vector<CanonicalJID> chatsWithMessages(const BackupPart& part, bool areInScope) {
   std::vector<CanonicalJID> jids;
-  for (const ChatStorageSnapshot::Chat& chat : snapshot.chats()) {
-    if (chat.messageCount > 0) jids.push_back(chat.jid);
+  for (const ChatStorageSnapshot::Chat& chat : part.source.snapshot.chats()) {
+    const bool isInScope = !part.scope.messages(part.source.snapshot, chat.jid).empty();
+    if (chat.messageCount > 0 && isInScope == areInScope) jids.push_back(chat.jid);
   }
   return jids;
 }
 
-// Every chat of the backup, and those that only files tell of, in the order of their JIDs.
-std::vector<CanonicalJID> chatsOf(const ChatStorageSnapshot& snapshot, const ChatFolders& folders) {
+// Every chat of the scope, and those that only files tell of, in the order of their JIDs. Of a chat that has nothing
+// within a stretch of time nothing is told.
+std::vector<CanonicalJID> chatsOf(const BackupPart& part, const ChatFolders& folders) {
   std::set<CanonicalJID> jids;
-  for (const ChatStorageSnapshot::Chat& chat : snapshot.chats()) jids.insert(chat.jid);
+  for (const ChatStorageSnapshot::Chat& chat : part.source.snapshot.chats()) {
+    if (part.scope.hasAllTime() && part.scope.has(chat.jid)) jids.insert(chat.jid);
+  }
   for (const auto& [jid, folder] : folders) jids.insert(jid);
   return {jids.begin(), jids.end()};
 }
@@ -83,16 +88,21 @@ struct Ground {
   const MediaLedger& ledger;
 };
 
-ExportPlan makePlan(const ExportJob& job, const BackupSource& source, const Ground& ground, const DateFormatter& stamps,
+ExportPlan makePlan(const ExportJob& job, const BackupPart& part, const Ground& ground, const DateFormatter& stamps,
                     const CancellationCheck& isCancelled) {
-  const MediaKinds others = allBut(job.options.includedKinds);
+  using Part = ExportRequests::Part;
+  const BackupSource& source = part.source;
+  const ExportRequests::Wish media{.kinds = job.options.includedKinds, .scope = part.scope, .stamps = stamps};
   ExportPlan::Wish wish;
-  wish.requests = ExportRequests::build(source, {.kinds = job.options.includedKinds, .stamps = stamps}, isCancelled);
+  wish.requests = ExportRequests::build(source, media, Part::wanted, isCancelled);
+  if (job.options.exportTranscripts || !part.scope.isEverything()) {
+    wish.leftOut = ExportRequests::build(source, media, Part::leftOut, isCancelled);
+    wish.jidsLeftOut = chatsWithMessages(part, false);
+  }
   if (job.options.exportTranscripts) {
-    wish.leftOut = ExportRequests::build(source, {.kinds = others, .stamps = stamps}, isCancelled);
     throwIfCancelled(isCancelled);
     wish.lost = ExportRequests::lost(source.snapshot, {&wish.requests, &wish.leftOut}, stamps);
-    wish.jidsOfTranscripts = chatsWithMessages(source.snapshot);
+    wish.jidsOfTranscripts = chatsWithMessages(part, true);
   }
   throwIfCancelled(isCancelled);
   const FolderAssignment remembered = FolderManifest::load(job.destination);
@@ -114,6 +124,7 @@ class Writing {
       : exporter_(exporter),
         job_(job),
         source_(source),
+        part_{.source = source, .scope = Scope::of(job.selection, source, exporter.timeZone)},
         control_(control),
         target_(job.destination, job.backup, [&](const fs::path& contentRoot) { requireOwner(contentRoot); }),
         naming_(NamingMemory::decide({.naming = {.timeZone = exporter.timeZone, .locale = exporter.locale},
@@ -122,7 +133,7 @@ class Writing {
                                      NamingMemory::load(target_.contentRoot()))),
         index_(target_.index(control.isCancelled)),
         library_(openLibrary()),
-        plan_(makePlan(job, source, {.index = index_, .ledger = library_.media()},
+        plan_(makePlan(job, part_, {.index = index_, .ledger = library_.media()},
                        FileNaming::stampFormatter(naming_.naming.timeZone, naming_.naming.locale),
                        control.isCancelled)) {}
 
@@ -246,7 +257,8 @@ class Writing {
   void takeIn() {
     LibraryUpdate::take(library_, earlierPages(),
                         {.snapshot = source_.snapshot,
-                         .chats = chatsOf(source_.snapshot, folders_),
+                         .scope = part_.scope,
+                         .chats = chatsOf(part_, folders_),
                          .backup = source_.opened.info(),
                          .timeZone = exporter_.timeZone,
                          .locale = exporter_.locale,
@@ -289,6 +301,7 @@ class Writing {
   const Exporter& exporter_;
   const ExportJob& job_;
   const BackupSource& source_;
+  const BackupPart part_;
   const RunControl& control_;
   const ExportTarget target_;
   const NamingMemory::Decision naming_;
@@ -305,18 +318,16 @@ class Writing {
 
 BackupInfo Exporter::inspect(const fs::path& backup) const { return BackupInspector::inspect(backup); }
 
-ScanResult Exporter::scan(const fs::path& backup, std::optional<std::string_view> password,
-                          const UnlockObserver& unlockReport, const CancellationCheck& isCancelled,
-                          std::optional<PasswordKey>* passwordKey) const {
-  return begin({.backup = backup}, [&] {
+ScanResult Exporter::scan(const ScanJob& job, const CancellationCheck& isCancelled) const {
+  return begin({.backup = job.backup}, [&] {
     std::optional<PasswordKey> used;
-    OpenedBackup opened = OpenedBackup::open(backup, password, {.isCancelled = isCancelled}, unlockReport,
-                                             {.used = passwordKey == nullptr ? nullptr : &used});
+    OpenedBackup opened = OpenedBackup::open(job.backup, job.password, {.isCancelled = isCancelled}, job.unlockReport,
+                                             {.used = job.passwordKey == nullptr ? nullptr : &used});
     throwIfCancelled(isCancelled);
     const BackupSource source = BackupSource::load(std::move(opened), isCancelled);
-    EarlyEnd::requireBackup({.backup = backup});
-    ScanResult result = ScanSummary::summarize(source, locale);
-    if (passwordKey != nullptr) *passwordKey = std::move(used);
+    EarlyEnd::requireBackup({.backup = job.backup});
+    ScanResult result = ScanSummary::summarize(source, Scope::of(job.selection, source, timeZone), locale);
+    if (job.passwordKey != nullptr) *job.passwordKey = std::move(used);
     return result;
   });
 }

@@ -14,11 +14,25 @@
 #include "TidewellCore/ExportProgress.h"
 #include "TidewellCore/TranscriptStyle.h"
 
+// What is to be looked at.
+struct ScanJob {
+  std::filesystem::path backup;
+  std::optional<std::string_view> password;  // the caller's; must outlive the unlock
+  Selection selection;                       // what is counted
+  // Called once for an encrypted backup, on failure too; the password is not looked at again, so that
+  // who keeps it can wipe it then.
+  UnlockObserver unlockReport;
+  // Unless null, gets the key that opened the backup when the scan succeeds, and nothing for a plain backup; an
+  // export that is given it does not wait for it again.
+  std::optional<PasswordKey>* passwordKey = nullptr;
+};
+
 // What is to be exported, and where to.
 struct ExportJob {
   std::filesystem::path backup;
   std::filesystem::path destination;
   ExportOptions options = ExportOptions::defaultOptions();
+  Selection selection;                       // what is taken this time; what the export has already stays
   std::optional<std::string_view> password;  // the caller's; must outlive the unlock
   const PasswordKey* passwordKey = nullptr;  // of an earlier scan; the caller's; must outlive the run
   UnlockObserver unlockReport;               // as of a scan
@@ -29,7 +43,8 @@ struct ExportJob {
 // caller's thread; every operation throws TidewellError, and what the file
 // system or a property list reports.
 struct Exporter {
-  TimeZone timeZone = TimeZone::current();  // of the dates in transcripts and, see below, in names
+  TimeZone timeZone =
+      TimeZone::current();  // of the dates in transcripts, of a selection's days and, see below, of the dates in names
   Locale locale = Locale::current();
   TranscriptStyle transcriptStyle = TranscriptStyle::matching(Locale::current());
   // Somebody chose them. Otherwise the names in a destination go on as NamingMemory has them.
@@ -38,13 +53,9 @@ struct Exporter {
 
   BackupInfo inspect(const std::filesystem::path& backup) const;
 
-  // `unlockReport` is called once for an encrypted backup, on failure too, and
-  // the password is not looked at again: who keeps it can wipe it then. On
-  // success `passwordKey`, unless null, gets the key that opened the backup, and
-  // nothing for a plain one; an export that is given it does not wait for it again.
-  ScanResult scan(const std::filesystem::path& backup, std::optional<std::string_view> password,
-                  const UnlockObserver& unlockReport = {}, const CancellationCheck& isCancelled = {},
-                  std::optional<PasswordKey>* passwordKey = nullptr) const;
+  // Throws TidewellError::unknownChat and ambiguousChat for a selection that does not fit the backup, as an
+  // export does before it changes anything.
+  ScanResult scan(const ScanJob& job, const CancellationCheck& isCancelled = {}) const;
 
   // A password key that does not fit the backup is passed over for the password.
   // An export's own folder "messages" as the destination means the export above it.

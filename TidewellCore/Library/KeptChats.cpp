@@ -82,6 +82,13 @@ std::vector<KeptChat> KeptChats::all(const SQLiteDB& database) {
   return chats;
 }
 
+double KeptChats::lastTold(const SQLiteDB& database, const KeptChat& chat) {
+  double last = chat.toldAt;
+  const SQLiteStatement find(database, "SELECT max(last_told) FROM message WHERE chat = ?");
+  find.forEachRow({chat.id}, [&](const SQLiteRowView& row) { last = std::max(last, row.number(0).value_or(last)); });
+  return last;
+}
+
 KeptMessages KeptChats::messages(const SQLiteDB& database, std::int64_t chat) {
   const SQLiteStatement select(
       database,

@@ -20,7 +20,7 @@ struct KeptChat {
   std::string partner;                // whom a chat of two is with, by name; empty where that is nobody known
   std::optional<std::string> avatar;  // from the content root
   bool isGone = false;                // the newest backup lacks it
-  double toldAt = 0;                  // the date of the newest backup that tells it, in seconds since 1970
+  double toldAt = 0;                  // the date of the newest backup that tells all of it, in seconds since 1970
   Bytes told;                         // the digest of what that backup tells of it; empty when it is not known
   std::int64_t changed = 0;           // the number of the export that changed it last
 
@@ -38,6 +38,9 @@ namespace KeptChats {
 
 // In the order in which they came into the library. Throws SQLiteDamage for a page ID that is no part of a file's name.
 std::vector<KeptChat> all(const SQLiteDB& database);
+
+// The date of the newest backup that tells a chat, or any message of it, in seconds since 1970.
+double lastTold(const SQLiteDB& database, const KeptChat& chat);
 
 // Undated ones first, then oldest first; those of one second in the phone's order.
 KeptMessages messages(const SQLiteDB& database, std::int64_t chat);

@@ -12,7 +12,7 @@ struct KeptMessage {
   std::int64_t placeInSecond = 0;  // among those of its chat that were sent within one second
   bool isFromMe = false;           // the owner wrote it
   // The date of the newest backup that tells it, in seconds since 1970; absent where that is the newest of those that
-  // tell its chat.
+  // tell its whole chat. A newer one may have told a part of the chat alone.
   std::optional<double> lastTold;
   bool isDeletedLater = false;           // a newer backup says that it was deleted
   std::optional<std::int64_t> sender;    // of KeptPeople; absent for the owner
@@ -22,8 +22,8 @@ struct KeptMessage {
   std::string_view facts;                // MessageFacts; empty where it is a text or a file and no more
   std::optional<std::string_view> page;  // as JSON, where only a page tells of it that an earlier program wrote
 
-  // The newest backup that tells its chat lacks it.
-  bool isGone() const { return lastTold.has_value(); }
+  // The newest backup that tells its whole chat, whose date is given, lacks it, and no newer one tells it.
+  bool isGone(double chatToldAt) const { return lastTold && *lastTold <= chatToldAt; }
 
   bool operator==(const KeptMessage&) const = default;
 };

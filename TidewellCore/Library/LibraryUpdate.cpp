@@ -31,6 +31,7 @@ std::int64_t nextExport(const Library& library) {
   return last + 1;
 }
 
+// Of those that were taken whole.
 double newestBackup(const SQLiteDB& database) {
   double newest = 0;
   database.forEachRow("SELECT max(backup_at) FROM export",
@@ -55,28 +56,32 @@ class Update {
   void takeEarlier(const LibraryUpdate::EarlierChat& earlier) {
     const std::vector<std::size_t> known = library_.chatsOf({earlier.chat.jid});
     const std::size_t place = known.empty() ? library_.add(earlier.chat) : known.front();
-    unite(place, earlier.messages.list, 0);
+    unite(place, {earlier.messages.list});
     if (known.empty()) touch(place);
   }
 
   void take(const LibraryUpdate::Source& source, const CancellationCheck& isCancelled) {
     backupDate_ = source.backup.backupDate ? unixTime(*source.backup.backupDate) : 0;
     const bool isNewest = backupDate_ >= newestBackup_;
-    if (ToldPeople::take(source.snapshot, library_.people(), isNewest)) touchAll();
+    if (ToldPeople::take(source.snapshot, source.scope, library_.people(), isNewest)) touchAll();
     takeOwner(source.snapshot);
     const ToldJIDs told = find(source);
     for (const auto& [number, jids] : told) {
       throwIfCancelled(isCancelled);
-      takeChat(source.snapshot, placeOf(number), jids);
+      takeChat(source, placeOf(number), jids);
     }
-    for (std::size_t place = 0; place < library_.chats().size(); ++place) {
+    for (std::size_t place = 0; isNewest && place < library_.chats().size(); ++place) {
       KeptChat& chat = library_.chat(place);
-      const bool isTold = told.contains(chat.id);
-      const bool isGone = isTold ? !isNewest && chat.isGone : isNewest || chat.isGone;
+      const bool isGone = !told.contains(chat.id) && (chat.isGone || lacks(source.scope, chat));
       if (chat.isGone == isGone) continue;
       chat.isGone = isGone;
       touch(place);
     }
+  }
+
+  // Whether a backup that does not tell a chat would, if it were still there. A part of a newer one may have told it.
+  bool lacks(const Scope& scope, const KeptChat& chat) const {
+    return scope.isEverything() && KeptChats::lastTold(library_.database(), chat) <= backupDate_;
   }
 
   void takeOwner(const ChatStorageSnapshot& snapshot) {
@@ -119,19 +124,29 @@ class Update {
                                     library_.chats().begin());
   }
 
-  void takeChat(const ChatStorageSnapshot& snapshot, std::size_t place, const std::vector<CanonicalJID>& jids) {
-    ToldChat told = ToldChat::of(snapshot, jids, library_.people(), library_.media());
+  void takeChat(const LibraryUpdate::Source& source, std::size_t place, const std::vector<CanonicalJID>& jids) {
+    ToldChat told = ToldChat::of(source.snapshot, source.scope, jids, library_.people(), library_.media());
     KeptChat& chat = library_.chat(place);
-    if (chat.told == told.digest) return;
-    unite(place, told.messages.list, backupDate_);
-    if (backupDate_ < chat.toldAt) return;
-    const std::string& jid = jids.front().text();
-    chat.told = std::move(told.digest);
-    chat.toldAt = backupDate_;
+    const bool isPart = !source.scope.hasAllTime();
+    if (!isPart && chat.told == told.digest) return;
+    const KeptChat before = chat;
+    const double lastTold = KeptChats::lastTold(library_.database(), chat);
+    const bool hasNews = unite(place, {told.messages.list, backupDate_, isPart});
+    const bool isNewest = backupDate_ >= lastTold;
+    if (isNewest) nameAfter(source.snapshot, jids.front().text(), chat);
+    // A digest stands for all that is known here, which is more than this once a part of a newer backup was told.
+    if (isPart && (hasNews || chat != before)) chat.told.clear();
+    if (!isPart && backupDate_ >= chat.toldAt) {
+      chat.told = isNewest ? std::move(told.digest) : Bytes();
+      chat.toldAt = backupDate_;
+    }
+    if (chat != before) touch(place);
+  }
+
+  static void nameAfter(const ChatStorageSnapshot& snapshot, const std::string& jid, KeptChat& chat) {
     chat.jid = jid;
     chat.name = snapshot.chatTitle(jid);
     chat.partner = snapshot.partnerName(jid);
-    touch(place);
   }
 
   // Chats that this backup knows for one become one.
@@ -158,22 +173,25 @@ class Update {
   void join(std::size_t place, std::size_t other) {
     const KeptChat joined = library_.chats()[place];
     const KeptMessages messages = KeptChats::messages(library_.database(), joined.id);
-    unite(other, messages.list, joined.toldAt);
+    unite(other, {messages.list, joined.toldAt});
     library_.joinInto(place, other);
-    library_.chat(other).told.clear();
+    KeptChat& both = library_.chat(other);
+    both.toldAt = std::max(both.toldAt, joined.toldAt);
+    both.told.clear();
     std::erase_if(saved_, [&](const KeptChat& chat) { return chat.id == joined.id; });
     touch(other);
   }
 
-  // `toldAt` is the date of the backup that tells the messages.
-  void unite(std::size_t place, const std::vector<KeptMessage>& told, double toldAt) {
+  // Tells whether there was anything new.
+  bool unite(std::size_t place, const MessageUnion::Side& told) {
     const std::int64_t chat = library_.chats()[place].id;
     const double keptAt = library_.chats()[place].toldAt;
     const KeptMessages kept = KeptChats::messages(library_.database(), chat);
     TextArena texts;
-    const std::vector<KeptMessage> changes = MessageUnion::changes({kept.list, keptAt}, {told, toldAt}, texts);
+    const std::vector<KeptMessage> changes = MessageUnion::changes({kept.list, keptAt}, told, texts);
     for (const KeptMessage& message : changes) write(chat, message);
     if (!changes.empty()) touch(place);
+    return !changes.empty();
   }
 
   void write(std::int64_t chat, const KeptMessage& message) {
@@ -188,8 +206,10 @@ class Update {
                                 "INSERT INTO export (id, at, device, device_name, backup_at, zone, locale)"
                                 " VALUES (?, ?, ?, ?, ?, ?, ?)");
     const std::chrono::duration<double> now = std::chrono::system_clock::now().time_since_epoch();
-    write.run({export_, now.count(), valueOf(source.backup.uniqueIdentifier), valueOf(source.backup.deviceName),
-               backupDate_, std::string_view(source.timeZone.identifier), std::string_view(source.locale.identifier)});
+    // A part says nothing of what it lacks, so no date is compared with its.
+    const Value date = source.scope.isEverything() ? Value(backupDate_) : Value(SQLiteNull{});
+    write.run({export_, now.count(), valueOf(source.backup.uniqueIdentifier), valueOf(source.backup.deviceName), date,
+               std::string_view(source.timeZone.identifier), std::string_view(source.locale.identifier)});
   }
 
   void touch(std::size_t place) {

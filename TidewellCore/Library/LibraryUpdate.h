@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "TidewellCore/Backup/BackupInfo.h"
-#include "TidewellCore/ChatData/ChatStorageSnapshot.h"
+#include "TidewellCore/ChatData/Scope.h"
 #include "TidewellCore/Library/Library.h"
 #include "TidewellCore/Library/Renderings.h"
 
@@ -24,7 +24,8 @@ using EarlierChats = std::function<void(const std::function<void(const EarlierCh
 
 struct Source {
   const ChatStorageSnapshot& snapshot;
-  std::vector<CanonicalJID> chats;  // of the export: those of the snapshot, and those that only files tell of
+  Scope scope;                      // of the export: nothing else is told
+  std::vector<CanonicalJID> chats;  // in the scope: those of the snapshot, and those that only files tell of
   const BackupInfo& backup;
   TimeZone timeZone;  // of the export
   Locale locale;

@@ -276,7 +276,9 @@ std::vector<KeptMessage> MessageUnion::changes(const Side& kept, const Side& tol
   std::vector<KeptMessage> changed;
   Finder finder(kept.messages);
   FreeKeys keys(kept.messages, told.messages);
-  const bool isNewest = told.toldAt >= kept.toldAt || kept.messages.empty();
+  // Whether the chat is as the told side says; what is not said at the date of its chat says when it was.
+  const bool isNewest = told.isPart ? told.toldAt == kept.toldAt : told.toldAt >= kept.toldAt || kept.messages.empty();
+  const double chatToldAt = isNewest ? told.toldAt : kept.toldAt;
   const std::vector<Place> places = finder.find(told.messages);
   for (std::size_t number = 0; number < told.messages.size(); ++number) {
     const KeptMessage& message = told.messages[number];
@@ -290,15 +292,16 @@ std::vector<KeptMessage> MessageUnion::changes(const Side& kept, const Side& tol
       continue;
     }
     const KeptMessage& known = kept.messages[*place];
-    const bool isNewer = toldAt >= known.lastTold.value_or(kept.toldAt);
-    outcome = isNewer || known.page ? merged(message, known, texts) : merged(known, message, texts);
+    const double knownAt = known.lastTold.value_or(kept.toldAt);
+    outcome = toldAt >= knownAt || known.page ? merged(message, known, texts) : merged(known, message, texts);
     outcome.key = known.key;
-    outcome.lastTold = isNewest ? message.lastTold : known.lastTold;
-    if (outcome.lastTold) outcome.lastTold = std::max(toldAt, known.lastTold.value_or(kept.toldAt));
+    const bool isInChat = !(isNewest ? message : known).lastTold;
+    const double lastTold = std::max(toldAt, knownAt);
+    outcome.lastTold = isInChat && lastTold <= chatToldAt ? std::nullopt : std::optional(lastTold);
     if (outcome != known) changed.push_back(outcome);
   }
-  for (std::uint32_t place = 0; isNewest && place < kept.messages.size(); ++place) {
-    if (finder.wasFound(place) || kept.messages[place].isGone()) continue;
+  for (std::uint32_t place = 0; isNewest && !told.isPart && place < kept.messages.size(); ++place) {
+    if (finder.wasFound(place) || kept.messages[place].lastTold) continue;
     changed.push_back(kept.messages[place]);
     changed.back().lastTold = kept.toldAt;
   }

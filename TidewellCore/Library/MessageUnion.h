@@ -15,15 +15,19 @@ namespace MessageUnion {
 // nothing that the older one says is lost. `texts` keeps what is put together of both.
 KeptMessage merged(const KeptMessage& newer, const KeptMessage& older, TextArena& texts);
 
-// The messages of a chat, and the date of the newest backup that told of it, in seconds since 1970.
+// The messages of a chat, and the date of the newest backup that told all of it, in seconds since 1970; of a
+// backup that tells a part of it alone its date.
 struct Side {
   std::span<const KeptMessage> messages;
   double toldAt = 0;
+  bool isPart = false;
 };
 
 // Those of both that differ from what is kept, with the keys under which they are to be kept. A message is
 // known by its stanza ID, else by its time, sender and content; one that nothing else tells apart is known by
-// its key. What the newer side lacks is gone. A told key that is taken gives way to a free one.
+// its key. What the newer side lacks is gone, but for what a part
+// lacks. The chat is told at the newer date afterwards, but where that is a part's. A told key that is taken gives way
+// to a free one.
 std::vector<KeptMessage> changes(const Side& kept, const Side& told, TextArena& texts);
 
 }  // namespace MessageUnion

@@ -142,11 +142,11 @@ Bytes digestOf(const std::vector<KeptMessage>& messages, std::string_view title,
 
 }  // namespace
 
-ToldChat ToldChat::of(const ChatStorageSnapshot& snapshot, const std::vector<CanonicalJID>& jids, KeptPeople& people,
-                      MediaLedger& ledger) {
+ToldChat ToldChat::of(const ChatStorageSnapshot& snapshot, const Scope& scope, const std::vector<CanonicalJID>& jids,
+                      KeptPeople& people, MediaLedger& ledger) {
   Telling telling(snapshot, people, ledger);
   for (const CanonicalJID& jid : jids) {
-    for (const MessageRecord& record : snapshot.messages(jid)) telling.add(record);
+    for (const MessageRecord& record : scope.messages(snapshot, jid)) telling.add(record);
   }
   ToldChat told{.messages = telling.finish()};
   const std::string& jid = jids.front().text();

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "TidewellCore/ChatData/ChatStorageSnapshot.h"
+#include "TidewellCore/ChatData/Scope.h"
 #include "TidewellCore/Library/KeptChats.h"
 #include "TidewellCore/Library/KeptPeople.h"
 #include "TidewellCore/Library/MediaLedger.h"
@@ -12,8 +12,8 @@ struct ToldChat {
   KeptMessages messages;  // in their order; their texts are the snapshot's or its own
   Bytes digest;           // of the messages and of what the chat is called
 
-  // Enters those who wrote into `people`, and the files into `ledger`. Two records of one message, under
-  // a person's two identities, are told once.
-  static ToldChat of(const ChatStorageSnapshot& snapshot, const std::vector<CanonicalJID>& jids, KeptPeople& people,
-                     MediaLedger& ledger);
+  // Those messages that are in the scope. Enters those who wrote into `people`, and the files into `ledger`. Two
+  // records of one message, under a person's two identities, are told once.
+  static ToldChat of(const ChatStorageSnapshot& snapshot, const Scope& scope, const std::vector<CanonicalJID>& jids,
+                     KeptPeople& people, MediaLedger& ledger);
 };

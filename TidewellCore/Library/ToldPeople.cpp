@@ -56,12 +56,14 @@ class Collector {
 
 }  // namespace
 
-bool ToldPeople::take(const ChatStorageSnapshot& snapshot, KeptPeople& people, bool isNewer) {
+bool ToldPeople::take(const ChatStorageSnapshot& snapshot, const Scope& scope, KeptPeople& people, bool isNewer) {
   std::set<std::string, std::less<>> jids;
   Collector collector(jids);
-  for (const MessageRecord& message : snapshot.messages()) {
-    if (const MessageDetails* details = snapshot.details(message)) collector.add(*details);
-    if (message.text) collector.addMentioned(*message.text);
+  for (const ChatStorageSnapshot::Chat& chat : snapshot.chats()) {
+    for (const MessageRecord& message : scope.messages(snapshot, chat.jid)) {
+      if (const MessageDetails* details = snapshot.details(message)) collector.add(*details);
+      if (message.text) collector.addMentioned(*message.text);
+    }
   }
   bool hasChanged = false;
   for (const std::string& jid : jids) {

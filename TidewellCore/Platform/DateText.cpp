@@ -1,6 +1,7 @@
 #include "TidewellCore/Platform/DateText.h"
 
 #include <fmt/format.h>
+#include <unicode/gregocal.h>
 #include <unicode/localebuilder.h>
 #include <unicode/locid.h>
 #include <unicode/smpdtfmt.h>
@@ -11,6 +12,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <limits>
 #include <stdexcept>
 
 namespace {
@@ -195,4 +197,32 @@ std::optional<Date> dateFromISO8601(std::string_view text) {
   if (!day.ok() || values[3] > 23 || values[4] > 59 || values[5] > 60) return std::nullopt;
   return Date(std::chrono::sys_days(day) + std::chrono::hours(values[3]) + std::chrono::minutes(values[4]) +
               std::chrono::seconds(values[5]));
+}
+
+std::optional<Day> dayFromISO8601(std::string_view text) {
+  const std::optional<Date> midnight = dateFromISO8601(std::string(text) + "T00:00:00Z");
+  if (!midnight) return std::nullopt;
+  return Day(std::chrono::floor<std::chrono::days>(*midnight));
+}
+
+std::string iso8601(Day day) {
+  return fmt::format("{:04}-{:02}-{:02}", static_cast<int>(day.year()), static_cast<unsigned>(day.month()),
+                     static_cast<unsigned>(day.day()));
+}
+
+Date startOf(Day day, const TimeZone& timeZone) {
+  UErrorCode status = U_ZERO_ERROR;
+  icu::GregorianCalendar calendar(icu::TimeZone::createTimeZone(icu::UnicodeString::fromUTF8(timeZone.identifier)),
+                                  status);
+  calendar.setGregorianChange(-std::numeric_limits<double>::max(), status);
+  calendar.clear();
+  // Clocks may be put forward at midnight, or back to it.
+  calendar.setSkippedWallTimeOption(UCAL_WALLTIME_NEXT_VALID);
+  calendar.setRepeatedWallTimeOption(UCAL_WALLTIME_FIRST);
+  calendar.set(UCAL_EXTENDED_YEAR, static_cast<int>(day.year()));
+  calendar.set(UCAL_MONTH, static_cast<int>(static_cast<unsigned>(day.month())) - 1);
+  calendar.set(UCAL_DAY_OF_MONTH, static_cast<int>(static_cast<unsigned>(day.day())));
+  const double milliseconds = calendar.getTime(status);
+  if (U_FAILURE(status)) throw std::runtime_error(u_errorName(status));
+  return dateFromUnixTime(milliseconds / U_MILLIS_PER_SECOND);
 }

@@ -16,6 +16,9 @@ Date dateFromUnixTime(double seconds);
 Date dateFromAppleTime(double seconds);
 double unixTime(Date date);
 
+// A day of the Gregorian calendar, in no time zone.
+using Day = std::chrono::year_month_day;
+
 // A time zone of the IANA database, by its identifier ("America/Sao_Paulo").
 struct TimeZone {
   std::string identifier = "UTC";
@@ -74,3 +77,9 @@ std::string dateRulesVersion();
 std::string iso8601(Date date);
 // Reads that form alone; absent for any other text.
 std::optional<Date> dateFromISO8601(std::string_view text);
+
+// "2024-05-01" alone; absent for any other text, and for a day that no month has.
+std::optional<Day> dayFromISO8601(std::string_view text);
+std::string iso8601(Day day);
+// When a day begins in a time zone: at midnight, or later where clocks are put forward over it.
+Date startOf(Day day, const TimeZone& timeZone);

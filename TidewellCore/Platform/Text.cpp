@@ -81,6 +81,17 @@ void forEachCharacterEnd(std::string_view text, Visitor visit) {
   }
 }
 
+// The block Combining Diacritical Marks.
+bool isAccent(char32_t scalar) { return scalar >= 0x300 && scalar <= 0x36F; }
+
+// Unicode takes strokes for parts of the letter.
+char32_t withoutStroke(char32_t scalar) {
+  constexpr std::u32string_view stroked = U"đħıłøŧ";
+  constexpr std::u32string_view plain = U"dhilot";
+  const std::size_t place = stroked.find(scalar);
+  return place == std::u32string_view::npos ? scalar : plain[place];
+}
+
 // The last offset up to `limit` at which a scalar ends.
 std::size_t scalarBoundary(std::string_view text, std::size_t limit) {
   const auto isInside = [&](std::size_t offset) { return (static_cast<unsigned char>(text[offset]) & 0xC0) == 0x80; };
@@ -131,6 +142,18 @@ std::string Text::lowercased(std::string_view text) {
 
 std::string Text::caseFolded(std::string_view text) {
   return isASCII(text) ? lowercased(text) : utf8(icu::UnicodeString::fromUTF8(piece(text)).foldCase());
+}
+
+std::string Text::baseLetters(std::string_view text) {
+  UErrorCode status = U_ZERO_ERROR;
+  const icu::Normalizer2* nfkd = icu::Normalizer2::getNFKDInstance(status);
+  check(status);
+  const icu::UnicodeString apart = nfkd->normalize(icu::UnicodeString::fromUTF8(piece(caseFolded(text))), status);
+  check(status);
+  std::u32string letters = scalars(utf8(apart));
+  std::erase_if(letters, [](char32_t scalar) { return isAccent(scalar) || isInvisible(scalar); });
+  std::ranges::transform(letters, letters.begin(), withoutStroke);
+  return trimmed(fromScalars(letters));
 }
 
 std::string Text::uppercasedASCII(std::string_view text) {

@@ -25,6 +25,10 @@ std::string lowercased(std::string_view text);
 // folding: "ß" and "SS" are "ss", and a final sigma is one like all.
 std::string caseFolded(std::string_view text);
 
+// What names have in common that differ in letter case and accents alone: "São" and "SAO" are "sao". Marks that make
+// letters of their own, as the vowels of Hindi, stay; blanks around and invisible characters do not.
+std::string baseLetters(std::string_view text);
+
 // The letters a to z in capitals, everything else as it is: how SQL compares identifiers.
 std::string uppercasedASCII(std::string_view text);
 
