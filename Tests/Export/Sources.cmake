@@ -30,7 +30,8 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/ProgressReporterTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/RenderingPlanTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/RenderingTests.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/SelectionExportTests.cpp)
+  ${CMAKE_CURRENT_LIST_DIR}/SelectionExportTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/VerificationTests.cpp)
 
 # Where the golden listings are, to be compared and, on request, written anew.
 set_source_files_properties(${CMAKE_CURRENT_LIST_DIR}/ArchiveDestinationTests.cpp ${CMAKE_CURRENT_LIST_DIR}/EveryKindExportTests.cpp

@@ -208,7 +208,10 @@ class Writing {
     MediaLedger& ledger = library_.media();
     for (std::size_t number = 0; number < results.size(); ++number) {
       const MediaResult& result = results[number];
-      if (!result.hasFailed()) ledger.settle(mediumOf(plan_.copies[number], result.place, sizeOf(number, result)));
+      if (!result.hasFailed()) {
+        ledger.settle(mediumOf(plan_.copies[number], result.place, sizeOf(number, result)),
+                      result.outcome == MediaResult::Outcome::copied);
+      }
     }
     for (const ExportPlanner::PlannedCopy& copy : plan_.earlier) {
       ledger.settle(mediumOf(copy, copy.dest, copy.sourceSize));

@@ -61,7 +61,7 @@ void MediaLedger::displace(std::size_t number) {
 }
 
 // A file of another size under the same path is another file, once one was exported.
-void MediaLedger::settle(KeptMedium medium) {
+void MediaLedger::settle(KeptMedium medium, bool isCopied) {
   auto number = static_cast<std::size_t>(enter(medium.path));
   if (isSettled_[number]) return;
   const KeptMedium& known = media_[number];
@@ -72,10 +72,7 @@ void MediaLedger::settle(KeptMedium medium) {
     touch(number);
   }
   isSettled_[number] = true;
-  // A file that came anew may have other bytes.
-  const bool isSame = media_[number].place == medium.place && media_[number].size == medium.size &&
-                      media_[number].isThere == medium.isThere;
-  if (isSame) medium.digest = media_[number].digest;
+  if (!isCopied && media_[number].size == medium.size) medium.digest = media_[number].digest;
   if (media_[number] == medium) return;
   // The path's text stays where it is, since it is what the entry is found by.
   KeptMedium& entry = media_[number];

@@ -43,7 +43,8 @@ class MediaLedger {
   // The number of the newest entry of a path, which is made when there is none.
   std::int64_t enter(std::string_view path);
   // What this export knows of a file; of two that have one path, the first counts.
-  void settle(KeptMedium medium);
+  // `isCopied` says that this export wrote it, so that its bytes may be others.
+  void settle(KeptMedium medium, bool isCopied = false);
   // Looks after every entry that was not settled, with `isThere` telling of a place and a size.
   void review(const std::function<bool(const ExportPlace& place, std::int64_t size)>& isThere);
   // Keeps what was found of a file at its place; `number` is one that there is.
