@@ -135,7 +135,7 @@ TEST_F(VerificationTest, FindsABlockOfAnotherArchive) {
 }
 
 TEST_F(VerificationTest, FindsARowThatTheLibraryLost) {
-  execute("DELETE FROM message WHERE chat = 1 AND key = 1");
+  execute("DELETE FROM message WHERE chat = (SELECT id FROM chat WHERE name = 'Ana') AND key = 1");
   const auto found = findings();
   ASSERT_EQ(found.size(), 1U);
   EXPECT_EQ(found[0].kind, Kind::library);

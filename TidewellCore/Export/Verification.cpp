@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 
 #include <map>
-#include <set>
+#include <utility>
 
 #include "TidewellCore/Archive/ArchiveScripts.h"
 #include "TidewellCore/Archive/ChatArchiveWriter.h"
@@ -179,8 +179,9 @@ class Run {
 
   void lookAtPages(const KeptChat& chat, const ChatRendering& rendering) {
     const std::string data = ArchiveScripts::chatFileName(chat.page);
-    for (const auto& [name, file] : rendering.files) {
+    for (const auto& [name, written] : rendering.files) {
       const fs::path folder = name == data ? dataFolder_ : contentRoot_ / PathText::path(rendering.folder);
+      const RenderedFile& file = written;
       lookAtFile(folder / PathText::path(name), file.size,
                  [&](const fs::path& page) { return digestOf(page, control_.isCancelled) == file.digest; });
     }
@@ -237,13 +238,28 @@ class Run {
       const auto rendering = renderings_.chats.find(chat.id);
       if (rendering != renderings_.chats.end()) known.emplace(chat.page, rendering->second.messageCount);
     }
-    std::set<std::string> listedBlocks;
-    for (const ArchiveBlock& block : ArchiveScripts::blocks(list).list) listedBlocks.insert(block.file);
-    std::set<std::string> knownBlocks;
-    for (const auto& [number, blocks] : renderings_.shelves) {
-      for (const RenderedBlock& block : blocks) knownBlocks.insert(block.file);
+    return listed == known && listedBlocks(list) == knownBlocks();
+  }
+
+  // What each block holds, by its file; parts of a chat begin at their first message.
+  using Blocks = std::map<std::string, std::map<std::pair<std::string, std::int64_t>, std::int64_t>>;
+
+  static Blocks listedBlocks(std::string_view list) {
+    Blocks blocks;
+    for (const ArchiveBlock& block : ArchiveScripts::blocks(list).list) {
+      for (const auto& [chat, first, count] : block.parts) blocks[block.file][{chat, first}] = count;
     }
-    return listed == known && listedBlocks == knownBlocks;
+    return blocks;
+  }
+
+  Blocks knownBlocks() const {
+    Blocks known;
+    for (const auto& [number, blocks] : renderings_.shelves) {
+      for (const RenderedBlock& block : blocks) {
+        for (const auto& [page, first, count] : block.parts) known[block.file][{page, first}] = count;
+      }
+    }
+    return known;
   }
 
   const fs::path& contentRoot_;
