@@ -90,6 +90,52 @@ TEST(Library, ChatsThatTurnOutToBeOneAreJoined) {
 }
 
 // It may lack the table that ties identities to numbers.
+// A later chat of a backup joins the chat of an earlier one to another.
+TEST(Library, AChatThatIsJoinedWhileABackupIsTakenInKeepsItsMessages) {
+  const std::string first = "4930000000001@s.whatsapp.net";
+  const std::string second = "4915000000001@s.whatsapp.net";  // before the first, in the order of JIDs
+  LibraryScene scene;
+  scene.take(snapshotOf({{first, "Old number"}}, {{1, 10, "one", "A"}}), 100);
+  scene.take(snapshotOf({{second, "New number"}}, {{1, 20, "two", "B"}}, 1, {{anaLID, second}}), 200);
+  scene.take(snapshotOf({{bea, "Bea"}}, {{1, 5, "bea", "C"}}), 300);
+  scene.take(snapshotOf({{first, "Old number"}, {second, "New number"}}, {{1, 10, "one", "A"}, {2, 20, "two", "B"}}, 1,
+                        {{anaLID, first}}),
+             400);
+  scene.reopen();
+  EXPECT_THAT(scene.texts(bea), ElementsAre("bea"));
+  EXPECT_EQ(scene.chat(bea)->name, "Bea");
+  EXPECT_THAT(scene.texts(first), ElementsAre("one", "two"));
+  EXPECT_EQ(scene.chat(first), scene.chat(second));
+}
+
+TEST(Library, SomebodyWhoIsNamedForTheFirstTimeChangesChats) {
+  LibraryScene scene;
+  scene.take(snapshotOf({{bea, "Bea"}}, {{1, 10, "hi @5511900001111", "A"}}), 100);
+  const std::int64_t before = scene.chat(bea)->changed;
+  scene.take(snapshotOf({{bea, "Bea"}, {ana, "Ana"}}, {{1, 10, "hi @5511900001111", "A"}, {2, 5, "ana", "B"}}), 200);
+  EXPECT_GT(scene.chat(bea)->changed, before);
+  EXPECT_THAT(scene.texts(bea), ElementsAre("hi @Ana"));
+}
+
+// Two phones had other files under one path.
+TEST(Library, APathOfTwoFilesHasTwoEntriesHoweverOftenTheyAreExported) {
+  LibraryScene scene;
+  MediaLedger& ledger = scene.library.media();
+  const auto medium = [](const std::string& name, std::int64_t size) {
+    return KeptMedium{
+        .path = "Message/Media/a/b.jpg", .place = ExportPlace{"Ana", name}, .size = size, .isThere = true};
+  };
+  for (int time = 0; time < 3; ++time) {
+    ledger = MediaLedger(scene.library.database());
+    ledger.settle(medium("b.jpg", 100));
+    ledger.save(scene.library.database());
+    ledger = MediaLedger(scene.library.database());
+    ledger.settle(medium("b-2.jpg", 200));
+    EXPECT_EQ(ledger.save(scene.library.database()), time == 0);
+    EXPECT_THAT(ledger.media(), SizeIs(2));
+  }
+}
+
 TEST(Library, ABackupThatKnowsLessOfPeopleSplitsNoChat) {
   LibraryScene scene;
   scene.take(snapshotOf({{anaLID, "Ana"}, {ana, "Ana"}}, {{1, 10, "by lid", "A"}, {2, 20, "by phone", "B"}}, 1,

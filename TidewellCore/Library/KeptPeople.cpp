@@ -48,8 +48,9 @@ std::int64_t KeptPeople::enter(Sender sender) {
 bool KeptPeople::tell(const std::string& jid, const Known& told, bool isNewer) {
   const auto [place, isNew] = people_.try_emplace(jid, told);
   if (!isNew) {
-    const bool isPoorer = !told.name && !told.isOwner;
-    if (place->second == told || isPoorer || !isNewer) return false;
+    const bool isNothing = !told.name && !told.isOwner;
+    const bool wasNothing = !place->second.name && !place->second.isOwner;
+    if (place->second == told || isNothing || (!isNewer && !wasNothing)) return false;
     place->second = told;
   }
   unsavedPeople_.push_back(jid);

@@ -109,13 +109,13 @@ class Update {
   using ToldJIDs = std::map<std::int64_t, std::vector<CanonicalJID>>;  // by the chat's number
 
   ToldJIDs find(const LibraryUpdate::Source& source) {
-    std::vector<std::pair<CanonicalJID, std::int64_t>> numbers;
-    for (const CanonicalJID& jid : source.chats) {
-      const std::size_t place = placeOf(source, jid);
-      numbers.emplace_back(jid, library_.chats()[place].id);
-    }
+    for (const CanonicalJID& jid : source.chats) enter(source, jid);
+    // Only now: a later JID may have joined the chat of an earlier one to another.
     ToldJIDs told;
-    for (const auto& [jid, number] : numbers) told[number].push_back(jid);
+    for (const CanonicalJID& jid : source.chats) {
+      const std::size_t place = library_.chatsOf({jid.text()}).front();
+      told[library_.chats()[place].id].push_back(jid);
+    }
     return told;
   }
 
@@ -150,10 +150,10 @@ class Update {
   }
 
   // Chats that this backup knows for one become one.
-  std::size_t placeOf(const LibraryUpdate::Source& source, const CanonicalJID& jid) {
+  void enter(const LibraryUpdate::Source& source, const CanonicalJID& jid) {
     const ChatStorageSnapshot& snapshot = source.snapshot;
     std::vector<std::string> jids = snapshot.aliasJIDs(jid.text());
-    if (jids.empty()) jids.push_back(jid.text());
+    if (std::ranges::find(jids, jid.text()) == jids.end()) jids.push_back(jid.text());
     std::vector<std::size_t> known = library_.chatsOf(jids);
     if (known.empty()) {
       known.push_back(library_.add({.jid = jid.text(),
@@ -167,7 +167,6 @@ class Update {
     for (const std::string& alias : jids) {
       if (library_.identify(known.front(), alias)) touch(known.front());
     }
-    return known.front();
   }
 
   void join(std::size_t place, std::size_t other) {
@@ -176,7 +175,14 @@ class Update {
     unite(other, {messages.list, joined.toldAt});
     library_.joinInto(place, other);
     KeptChat& both = library_.chat(other);
-    both.toldAt = std::max(both.toldAt, joined.toldAt);
+    if (joined.toldAt > both.toldAt) {
+      both.jid = joined.jid;
+      both.name = joined.name;
+      both.partner = joined.partner;
+      both.toldAt = joined.toldAt;
+    }
+    if (!both.avatar) both.avatar = joined.avatar;
+    both.isGone = both.isGone && joined.isGone;
     both.told.clear();
     std::erase_if(saved_, [&](const KeptChat& chat) { return chat.id == joined.id; });
     touch(other);
@@ -188,7 +194,11 @@ class Update {
     const double keptAt = library_.chats()[place].toldAt;
     const KeptMessages kept = KeptChats::messages(library_.database(), chat);
     TextArena texts;
-    const std::vector<KeptMessage> changes = MessageUnion::changes({kept.list, keptAt}, told, texts);
+    const std::vector<KeptMessage> changes =
+        MessageUnion::changes({kept.list, keptAt}, told, texts, [this](std::int64_t number) {
+          const KeptMedium* medium = library_.media().medium(number);
+          return medium != nullptr && medium->place;
+        });
     for (const KeptMessage& message : changes) write(chat, message);
     if (!changes.empty()) touch(place);
     return !changes.empty();

@@ -1,5 +1,7 @@
 #include "TidewellCore/Library/MediaLedger.h"
 
+#include <algorithm>
+
 #include "TidewellCore/Platform/PathText.h"
 
 namespace {
@@ -66,10 +68,15 @@ void MediaLedger::settle(KeptMedium medium, bool isCopied) {
   if (isSettled_[number]) return;
   const KeptMedium& known = media_[number];
   if (known.place && known.size != medium.size && known.isThere && known.place != medium.place) {
-    media_.push_back({.path = medium.path});
-    number = media_.size() - 1;
+    const auto same = std::ranges::find_if(media_, [&](const KeptMedium& other) {
+      return other.path == medium.path && other.place == medium.place && other.size == medium.size;
+    });
+    number = static_cast<std::size_t>(same - media_.begin());
+    if (same == media_.end()) {
+      media_.push_back({.path = medium.path});
+      touch(number);
+    }
     newest_.insert_or_assign(media_[number].path, number);
-    touch(number);
   }
   isSettled_[number] = true;
   if (!isCopied && media_[number].size == medium.size) medium.digest = media_[number].digest;

@@ -255,7 +255,8 @@ class FreeKeys {
 
 }  // namespace
 
-KeptMessage MessageUnion::merged(const KeptMessage& newer, const KeptMessage& older, TextArena& texts) {
+KeptMessage MessageUnion::merged(const KeptMessage& newer, const KeptMessage& older, TextArena& texts,
+                                 const HasFile& hasFile) {
   const MessageContent content = MessageFacts::read(newer.facts).content;
   const MessageContent before = older.facts == newer.facts ? content : MessageFacts::read(older.facts).content;
   const bool isPoorer = sayingOf(newer, content) < sayingOf(older, before);
@@ -264,7 +265,8 @@ KeptMessage MessageUnion::merged(const KeptMessage& newer, const KeptMessage& ol
     if (message.text.empty()) message.text = older.text;
     message.facts = mergedFacts(newer, older, texts);
   }
-  if (!message.medium) message.medium = older.medium;
+  const bool hasNoFile = !message.medium || (older.medium && !hasFile(*message.medium) && hasFile(*older.medium));
+  if (hasNoFile) message.medium = older.medium;
   message.isDeletedLater |= older.isDeletedLater || (isPoorer && std::holds_alternative<DeletedMessage>(content));
   message.placeInSecond = std::max(newer.placeInSecond, older.placeInSecond);
   if (message.stanzaID.empty()) message.stanzaID = older.stanzaID;
@@ -272,7 +274,8 @@ KeptMessage MessageUnion::merged(const KeptMessage& newer, const KeptMessage& ol
   return message;
 }
 
-std::vector<KeptMessage> MessageUnion::changes(const Side& kept, const Side& told, TextArena& texts) {
+std::vector<KeptMessage> MessageUnion::changes(const Side& kept, const Side& told, TextArena& texts,
+                                               const HasFile& hasFile) {
   std::vector<KeptMessage> changed;
   Finder finder(kept.messages);
   FreeKeys keys(kept.messages, told.messages);
@@ -293,7 +296,8 @@ std::vector<KeptMessage> MessageUnion::changes(const Side& kept, const Side& tol
     }
     const KeptMessage& known = kept.messages[*place];
     const double knownAt = known.lastTold.value_or(kept.toldAt);
-    outcome = toldAt >= knownAt || known.page ? merged(message, known, texts) : merged(known, message, texts);
+    outcome = toldAt >= knownAt || known.page ? merged(message, known, texts, hasFile)
+                                              : merged(known, message, texts, hasFile);
     outcome.key = known.key;
     const bool isInChat = !(isNewest ? message : known).lastTold;
     const double lastTold = std::max(toldAt, knownAt);

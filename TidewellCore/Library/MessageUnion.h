@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <span>
 #include <string>
 #include <vector>
@@ -11,9 +12,14 @@
 // backups are taken in does not matter.
 namespace MessageUnion {
 
+// Whether the export ever had the file of a medium, by the medium's number.
+using HasFile = std::function<bool(std::int64_t medium)>;
+inline bool everyFile(std::int64_t /*medium*/) { return true; }
+
 // Two records of one message: the words, reactions and marks are the newer one's, and
 // nothing that the older one says is lost. `texts` keeps what is put together of both.
-KeptMessage merged(const KeptMessage& newer, const KeptMessage& older, TextArena& texts);
+KeptMessage merged(const KeptMessage& newer, const KeptMessage& older, TextArena& texts,
+                   const HasFile& hasFile = everyFile);
 
 // The messages of a chat, and the date of the newest backup that told all of it, in seconds since 1970; of a
 // backup that tells a part of it alone its date.
@@ -28,6 +34,7 @@ struct Side {
 // its key. What the newer side lacks is gone, but for what a part
 // lacks. The chat is told at the newer date afterwards, but where that is a part's. A told key that is taken gives way
 // to a free one.
-std::vector<KeptMessage> changes(const Side& kept, const Side& told, TextArena& texts);
+std::vector<KeptMessage> changes(const Side& kept, const Side& told, TextArena& texts,
+                                 const HasFile& hasFile = everyFile);
 
 }  // namespace MessageUnion

@@ -69,7 +69,7 @@ bool ToldPeople::take(const ChatStorageSnapshot& snapshot, const Scope& scope, K
   for (const std::string& jid : jids) {
     const bool isOwner = snapshot.isOwner(jid);
     KeptPeople::Known known{.name = isOwner ? std::nullopt : snapshot.knownName(jid), .isOwner = isOwner};
-    if (!known.isOwner && !known.name) continue;
+    // Whom nothing names is told, too: pages change when somebody does.
     hasChanged |= people.tell(jid, known, isNewer);
   }
   return hasChanged;
