@@ -111,8 +111,7 @@ TEST(PartsOfBackups, TakingTheSamePartAgainChangesNoByte) {
 
 TEST(PartsOfBackups, PeopleOfWhatIsLeftOutAreNotKept) {
   LibraryScene scene;
-  scene.takePart(snapshotOf({{ana, "Ana"}, {bea, "Bea"}},
-                            {{1, 10, "nobody", "A"}, {2, 20, "ask @5511900001111", "B"}}),
+  scene.takePart(snapshotOf({{ana, "Ana"}, {bea, "Bea"}}, {{1, 10, "nobody", "A"}, {2, 20, "ask @5511900001111", "B"}}),
                  chat(ana), 100);
   EXPECT_EQ(scene.library.people().known(ana), nullptr);
   EXPECT_EQ(scene.chat(bea), nullptr);
@@ -155,8 +154,7 @@ ChatStorageSnapshot backup(int number) {
 
 TEST(PartsOfBackups, TheOrderOfBackupsAndTheirPartsDoesNotMatter) {
   const std::vector<std::function<void(LibraryScene&)>> exports{
-      [](LibraryScene& scene) { scene.take(backup(0), 100); },
-      [](LibraryScene& scene) { scene.take(backup(1), 101); },
+      [](LibraryScene& scene) { scene.take(backup(0), 100); }, [](LibraryScene& scene) { scene.take(backup(1), 101); },
       [](LibraryScene& scene) { scene.take(backup(2), 102); },
       [](LibraryScene& scene) { scene.takePart(backup(1), time(15, 28), 101); },
       [](LibraryScene& scene) { scene.takePart(backup(2), time(35, 99), 102); }};
@@ -173,8 +171,7 @@ TEST(PartsOfBackups, TheOrderOfBackupsAndTheirPartsDoesNotMatter) {
 // Without the newest backup as a whole.
 TEST(PartsOfBackups, TheOrderOfPartsAloneDoesNotMatter) {
   const std::vector<std::function<void(LibraryScene&)>> exports{
-      [](LibraryScene& scene) { scene.take(backup(0), 100); },
-      [](LibraryScene& scene) { scene.take(backup(1), 101); },
+      [](LibraryScene& scene) { scene.take(backup(0), 100); }, [](LibraryScene& scene) { scene.take(backup(1), 101); },
       [](LibraryScene& scene) { scene.takePart(backup(0), chat(bea), 100); },
       [](LibraryScene& scene) { scene.takePart(backup(2), time(15, 28), 102); },
       [](LibraryScene& scene) { scene.takePart(backup(2), time(35, 99), 102); }};

@@ -4,6 +4,7 @@
 #include <QObject>
 #include <QString>
 
+#include "Tidewell/Contents/ChatChoiceContent.h"
 #include "Tidewell/Services/L10n.h"
 #include "Tidewell/Session/ExportState.h"
 
@@ -62,6 +63,7 @@ struct OptionsStepContent {
   Q_PROPERTY(QStringList warnings MEMBER warnings)
   Q_PROPERTY(QList<MediaKindContent> kinds MEMBER kinds)
   Q_PROPERTY(bool exportTranscripts MEMBER exportTranscripts)
+  Q_PROPERTY(ChatChoiceContent chatChoice MEMBER chatChoice)
   Q_PROPERTY(DestinationContent destination MEMBER destination)
 
  public:
@@ -73,6 +75,7 @@ struct OptionsStepContent {
   QStringList warnings;  // what the scan may have missed
   QList<MediaKindContent> kinds;
   bool exportTranscripts = true;
+  ChatChoiceContent chatChoice;
   DestinationContent destination;
 
   static OptionsStepContent of(const ExportState& state, const L10n& texts);

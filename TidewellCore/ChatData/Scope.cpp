@@ -39,9 +39,7 @@ std::span<const MessageRecord> Scope::messages(const ChatStorageSnapshot& snapsh
   if (!has(chat)) return {};
   const std::span<const MessageRecord> all = snapshot.messages(chat);
   if (hasAllTime()) return all;
-  const auto isEarlier = [&](const MessageRecord& message) {
-    return !message.date || (from && *message.date < *from);
-  };
+  const auto isEarlier = [&](const MessageRecord& message) { return !message.date || (from && *message.date < *from); };
   const auto isTaken = [&](const MessageRecord& message) { return !before || *message.date < *before; };
   const auto first = std::ranges::partition_point(all, isEarlier);
   const auto end = std::partition_point(first, all.end(), isTaken);

@@ -100,6 +100,7 @@ TEST_F(Access, KeysReachEveryControlOfTheSecondStep) {
   chooseDestination();
   EXPECT_THAT(tabStops(), testing::UnorderedElementsAre("kindBox.photos", "kindBox.videos", "kindBox.voiceNotes",
                                                         "kindBox.stickers", "kindBox.documents", "transcriptsBox",
+                                                        "chooseChatsButton", "firstDayField", "lastDayField",
                                                         "chooseDestinationButton", "backButton", "startExportButton"));
 }
 
