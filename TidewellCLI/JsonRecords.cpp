@@ -21,12 +21,21 @@ Json json(const DiscoveredBackup& backup) {
   return object;
 }
 
+Json json(const std::map<MediaKind, MediaTypeStats>& statsByKind) {
+  Json::Object stats;
+  for (const auto& [kind, kindStats] : statsByKind) {
+    stats.emplace(kind.rawValue(), Json::Object{{"count", kindStats.count}, {"byteCount", kindStats.byteCount}});
+  }
+  return stats;
+}
+
 Json json(const ScanChat& chat) {
   return Json::Object{{"jid", chat.jid},
                       {"name", chat.name},
                       {"messageCount", chat.messageCount},
                       {"mediaFileCount", chat.mediaFileCount},
-                      {"mediaBytes", chat.mediaBytes}};
+                      {"mediaBytes", chat.mediaBytes},
+                      {"statsByKind", json(chat.statsByKind)}};
 }
 
 Json json(const DedupePair& pair) {
@@ -53,16 +62,12 @@ Json JsonRecords::json(const BackupLibrarySnapshot& snapshot) {
 }
 
 Json JsonRecords::json(const ScanResult& result) {
-  Json::Object stats;
-  for (const auto& [kind, kindStats] : result.statsByKind) {
-    stats.emplace(kind.rawValue(), Json::Object{{"count", kindStats.count}, {"byteCount", kindStats.byteCount}});
-  }
   Json::Array chats;
   for (const ScanChat& chat : result.chats) chats.push_back(::json(chat));
   return Json::Object{{"chatCount", result.chatCount},
                       {"mediaFileCount", result.mediaFileCount},
                       {"totalBytes", result.totalBytes},
-                      {"statsByKind", std::move(stats)},
+                      {"statsByKind", ::json(result.statsByKind)},
                       {"skippedThumbnailCount", result.skippedThumbnailCount},
                       {"hasChatStorage", result.hasChatStorage},
                       {"whatsAppDomain", result.whatsAppDomain},

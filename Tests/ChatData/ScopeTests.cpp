@@ -104,6 +104,7 @@ TEST_F(ScopeTest, AScanCountsWhatIsInIt) {
   EXPECT_EQ(ofAna.totalBytes, 23);
   ASSERT_EQ(ofAna.chats.size(), 1U);
   EXPECT_EQ(ofAna.chats[0].messageCount, 3);
+  EXPECT_EQ(ofAna.chats[0].stats({MediaKind::photos, MediaKind::documents}), (MediaTypeStats{1, 7}));
   const ScanResult ofDay = ScanSummary::summarize(source(), scope({.since = day("2023-03-08")}), Locale{});
   EXPECT_EQ(ofDay.mediaFileCount, 4) << "the document has no message";
   EXPECT_EQ(ofDay.count({MediaKind::documents}), 0);

@@ -10,15 +10,15 @@ QString mediaLine(const ScanResult& scan, const L10n& texts) {
 
 MediaKindContent kindContent(MediaKind kind, const ExportState& state, const L10n& texts) {
   const MediaKinds only{kind};
-  const std::int64_t count = state.scanResult ? state.scanResult->count(only) : 0;
+  const MediaTypeStats media = state.media(only);
   const QString title = texts.text(ContentText::text(kind.displayName()));
-  const QString size = texts.byteCount(state.scanResult ? state.scanResult->bytes(only) : 0);
+  const QString size = texts.byteCount(media.byteCount);
   return {.rawValue = ContentText::text(kind.rawValue()),
           .title = title,
-          .count = texts.number(count),
+          .count = texts.number(media.count),
           .size = size,
           .accessibleName =
-              texts.joined({title, ContentText::counted("1 file", "%lld files", count, texts), size}, u", "_qs),
+              texts.joined({title, ContentText::counted("1 file", "%lld files", media.count, texts), size}, u", "_qs),
           .included = state.includedKinds.contains(kind)};
 }
 
@@ -27,13 +27,19 @@ QString spaceStatus(std::optional<bool> hasEnoughSpace, const L10n& texts) {
   return *hasEnoughSpace ? texts.text(u"Enough"_qs) : texts.text(u"Not enough — choose another disk"_qs);
 }
 
+// How much the chosen days leave of it is not known before it is copied.
+QString needOf(const ExportState& state, const L10n& texts) {
+  const QString size = texts.byteCount(state.selectedBytes());
+  return state.chatChoice.hasDays() ? texts.format(u"Up to %@"_qs, {size}) : size;
+}
+
 }  // namespace
 
 DestinationContent DestinationContent::of(const ExportState& state, const L10n& texts) {
   const std::optional<bool> hasEnoughSpace = state.hasEnoughSpace();
   return {.isChosen = state.destinationURL.has_value(),
           .path = state.destinationURL ? texts.path(ContentText::path(*state.destinationURL)) : QString(),
-          .willCopy = texts.byteCount(state.selectedBytes()),
+          .willCopy = needOf(state, texts),
           .freeSpace = state.availableBytes ? texts.byteCount(*state.availableBytes) : QString(),
           .status = spaceStatus(hasEnoughSpace, texts),
           .isEnough = hasEnoughSpace.value_or(true)};
@@ -52,6 +58,7 @@ OptionsStepContent OptionsStepContent::of(const ExportState& state, const L10n& 
       .isEmpty = state.scanResult && scan.chatCount == 0 && scan.mediaFileCount == 0,
       .exportTranscripts = state.exportTranscripts,
       .exportMessageFiles = state.exportTranscripts && state.exportMessageFiles,
+      .chatChoice = ChatChoiceContent::of(state, texts),
       .destination = DestinationContent::of(state, texts)};
   for (const std::string& warning : scan.warnings) content.warnings.append(texts.text(ContentText::text(warning)));
   for (const MediaKind kind : MediaKind::allCases) content.kinds.append(kindContent(kind, state, texts));

@@ -4,6 +4,7 @@
 #include <QObject>
 #include <QString>
 
+#include "Tidewell/Contents/ChatChoiceContent.h"
 #include "Tidewell/Services/L10n.h"
 #include "Tidewell/Session/ExportState.h"
 
@@ -63,6 +64,7 @@ struct OptionsStepContent {
   Q_PROPERTY(QList<MediaKindContent> kinds MEMBER kinds)
   Q_PROPERTY(bool exportTranscripts MEMBER exportTranscripts)
   Q_PROPERTY(bool exportMessageFiles MEMBER exportMessageFiles)
+  Q_PROPERTY(ChatChoiceContent chatChoice MEMBER chatChoice)
   Q_PROPERTY(DestinationContent destination MEMBER destination)
 
  public:
@@ -75,6 +77,7 @@ struct OptionsStepContent {
   QList<MediaKindContent> kinds;
   bool exportTranscripts = true;
   bool exportMessageFiles = false;  // asked for only together with transcripts
+  ChatChoiceContent chatChoice;
   DestinationContent destination;
 
   static OptionsStepContent of(const ExportState& state, const L10n& texts);

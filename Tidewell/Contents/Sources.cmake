@@ -1,6 +1,8 @@
 target_sources(TidewellSession PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/BackupStepContent.cpp
   ${CMAKE_CURRENT_LIST_DIR}/BackupStepContent.h
+  ${CMAKE_CURRENT_LIST_DIR}/ChatChoiceContent.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ChatChoiceContent.h
   ${CMAKE_CURRENT_LIST_DIR}/DoneStepContent.cpp
   ${CMAKE_CURRENT_LIST_DIR}/DoneStepContent.h
   ${CMAKE_CURRENT_LIST_DIR}/FolderChooserContent.cpp

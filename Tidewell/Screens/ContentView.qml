@@ -235,6 +235,12 @@ FocusScope {
         onTargetedWanted: wanted => view.controller.setDropTargeted(wanted)
         onFolderDropped: url => view.controller.dropFolder(url)
     }
+    ChatChooser {
+        visible: content.isListShown
+        content: view.screens.optionsStep.chatChoice
+        chats: view.screens.chatRows
+        controller: view.controller
+    }
     UnlockProgressSheet {
         visible: view.content.isUnlocking
         isStopping: view.content.isCancellingUnlock

@@ -123,6 +123,13 @@ ScrollPage {
             onWanted: on => view.controller.setExportMessageFiles(on)
         }
     }
+    ChatChoiceCard {
+        Layout.fillWidth: true
+        content: view.content.chatChoice
+        onChooseChats: view.controller.showChats(true)
+        onFirstDayTyped: text => view.controller.setFirstDay(text)
+        onLastDayTyped: text => view.controller.setLastDay(text)
+    }
     DestinationBar {
         Layout.fillWidth: true
         content: view.content.destination

@@ -38,6 +38,18 @@ struct BackupStepContentType {
   QML_VALUE_TYPE(backupStepContent)
 };
 
+struct ChatRowContentType {
+  Q_GADGET
+  QML_FOREIGN(ChatRowContent)
+  QML_VALUE_TYPE(chatRowContent)
+};
+
+struct ChatChoiceContentType {
+  Q_GADGET
+  QML_FOREIGN(ChatChoiceContent)
+  QML_VALUE_TYPE(chatChoiceContent)
+};
+
 struct MediaKindContentType {
   Q_GADGET
   QML_FOREIGN(MediaKindContent)

@@ -11,6 +11,7 @@ void WizardScreens::show(const ExportState& state, Date now) {
   const BackupStepContent backupStep = BackupStepContent::of(state, texts_);
   backupRows_.show(backupStep.rows);
   replace(backupStep_, backupStep, &WizardScreens::backupStepChanged);
+  chatRows_.show(ChatRowContent::listOf(state, texts_));
   replace(optionsStep_, OptionsStepContent::of(state, texts_), &WizardScreens::optionsStepChanged);
   replace(progressStep_, ProgressStepContent::of(state, texts_, now), &WizardScreens::progressStepChanged);
   replace(doneStep_, DoneStepContent::of(state, texts_), &WizardScreens::doneStepChanged);

@@ -9,6 +9,7 @@
 #include "Tidewell/Contents/ProgressStepContent.h"
 #include "Tidewell/Contents/WindowContent.h"
 #include "Tidewell/Screens/BackupRows.h"
+#include "Tidewell/Screens/ChatRows.h"
 #include "Tidewell/Session/ExportViewModel.h"
 
 // What the screens show: the controller's state as texts. Each screen's content
@@ -21,6 +22,7 @@ class WizardScreens : public QObject {
   Q_PROPERTY(WindowContent window READ window NOTIFY windowChanged)
   Q_PROPERTY(BackupStepContent backupStep READ backupStep NOTIFY backupStepChanged)
   Q_PROPERTY(BackupRows* backupRows READ backupRows CONSTANT)
+  Q_PROPERTY(ChatRows* chatRows READ chatRows CONSTANT)
   Q_PROPERTY(OptionsStepContent optionsStep READ optionsStep NOTIFY optionsStepChanged)
   Q_PROPERTY(ProgressStepContent progressStep READ progressStep NOTIFY progressStepChanged)
   Q_PROPERTY(DoneStepContent doneStep READ doneStep NOTIFY doneStepChanged)
@@ -34,6 +36,8 @@ class WizardScreens : public QObject {
   const BackupStepContent& backupStep() const { return backupStep_; }
   // The rows of the backup step.
   BackupRows* backupRows() { return &backupRows_; }
+  // Those of the options step's list.
+  ChatRows* chatRows() { return &chatRows_; }
   const OptionsStepContent& optionsStep() const { return optionsStep_; }
   const ProgressStepContent& progressStep() const { return progressStep_; }
   const DoneStepContent& doneStep() const { return doneStep_; }
@@ -57,6 +61,7 @@ class WizardScreens : public QObject {
   WindowContent window_;
   BackupStepContent backupStep_;
   BackupRows backupRows_;
+  ChatRows chatRows_;
   OptionsStepContent optionsStep_;
   ProgressStepContent progressStep_;
   DoneStepContent doneStep_;

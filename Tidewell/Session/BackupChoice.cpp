@@ -52,6 +52,7 @@ void BackupChoice::clearForNewBackup(const fs::path& url) {
   if (const auto* scanning = std::get_if<Scanning>(&state.work)) scanning->run->cancel();
   session_.clearError();
   session_.set(&ExportState::scanResult, std::nullopt);
+  session_.set(&ExportState::chatChoice, {});
   session_.set(&ExportState::summary, std::nullopt);
   session_.set(&ExportState::progress, std::nullopt);
   session_.set(&ExportState::keptBytes, 0);

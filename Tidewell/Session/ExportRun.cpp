@@ -19,6 +19,7 @@ struct Work {
   fs::path backup;
   fs::path destination;
   ExportOptions options;
+  Selection selection;
   std::optional<SecretBytes> password;
   std::optional<PasswordKey> passwordKey;
   bool isSamePerson = false;
@@ -30,6 +31,7 @@ struct Work {
     const ExportJob job{.backup = backup,
                         .destination = destination,
                         .options = options,
+                        .selection = selection,
                         .password = text,
                         .passwordKey = passwordKey ? &*passwordKey : nullptr,
                         .isSamePerson = isSamePerson};
@@ -83,6 +85,7 @@ void ExportRun::run(const Then& failed, bool isSamePerson) {
            .options = {.includedKinds = state.includedKinds,
                        .exportTranscripts = state.exportTranscripts,
                        .formats = formatsOf(state)},
+           .selection = state.chatChoice.selection(*state.scanResult),
            .password = state.unlockedPassword,
            .passwordKey = state.passwordKey,
            .isSamePerson = isSamePerson,

@@ -59,24 +59,32 @@ std::optional<std::string_view> ExportState::continueHint() const {
   return backupInfo ? "Enter the backup password first" : "Choose a backup first";
 }
 
-std::int64_t ExportState::selectedCount() const { return scanResult ? scanResult->count(includedKinds) : 0; }
+MediaTypeStats ExportState::media(const MediaKinds& kinds) const {
+  return scanResult ? chatChoice.stats(*scanResult, kinds) : MediaTypeStats();
+}
 
-std::int64_t ExportState::selectedBytes() const { return scanResult ? scanResult->bytes(includedKinds) : 0; }
+// Of those that there are none is chosen.
+bool ExportState::hasNoChat() const {
+  return scanResult && !scanResult->chats.empty() && chatChoice.count(*scanResult) == 0;
+}
 
 std::optional<bool> ExportState::hasEnoughSpace() const {
   if (!availableBytes || !scanResult || !destinationURL) return std::nullopt;
-  return DiskSpace::fitsExport(std::max<std::int64_t>(selectedBytes() - keptBytes, 0), *availableBytes);
+  const bool fits = DiskSpace::fitsExport(std::max<std::int64_t>(selectedBytes() - keptBytes, 0), *availableBytes);
+  return fits || !chatChoice.hasDays() ? std::optional(fits) : std::nullopt;
 }
 
 bool ExportState::canExport() const {
-  return hasPasswordIfNeeded() && scanResult && destinationURL && !includedKinds.empty() && !isExporting() &&
-         !isScanning() && hasEnoughSpace().value_or(true);
+  return hasPasswordIfNeeded() && scanResult && destinationURL && !includedKinds.empty() && !hasNoChat() &&
+         !chatChoice.fault() && !isExporting() && !isScanning() && hasEnoughSpace().value_or(true);
 }
 
 std::optional<std::string_view> ExportState::startExportHint() const {
   if (step != WizardStep::options || canExport()) return std::nullopt;
   if (!destinationURL) return "Choose where to save first";
   if (includedKinds.empty()) return "Choose at least one type to export";
+  if (hasNoChat()) return "Choose at least one chat to export";
+  if (const auto fault = chatChoice.fault()) return fault;
   if (hasEnoughSpace() == false) return "Not enough free space — choose another folder";
   return std::nullopt;
 }

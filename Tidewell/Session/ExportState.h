@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "Tidewell/Session/ChatChoice.h"
 #include "Tidewell/Session/WizardStep.h"
 #include "Tidewell/Session/WizardWork.h"
 #include "TidewellCore/Backup/BackupLibrary.h"
@@ -41,6 +42,7 @@ struct ExportState {
   MediaKinds includedKinds{MediaKind::allCases.begin(), MediaKind::allCases.end()};
   bool exportTranscripts = true;
   bool exportMessageFiles = false;  // for other programs; only together with transcripts
+  ChatChoice chatChoice;
   std::optional<ExportProgress> progress;
   std::optional<ExportSummary> summary;
   std::optional<std::string> errorMessage;  // absent: no alert
@@ -83,11 +85,13 @@ struct ExportState {
   // Why not, in English; absent when it can.
   std::optional<std::string_view> continueHint() const;
 
-  // Of the kinds chosen; 0 before a scan.
-  std::int64_t selectedCount() const;
-  std::int64_t selectedBytes() const;
+  // The media of these kinds in the chosen chats, whatever their days; none before a scan.
+  MediaTypeStats media(const MediaKinds& kinds) const;
+  // Of the kinds chosen.
+  std::int64_t selectedCount() const { return media(includedKinds).count; }
+  std::int64_t selectedBytes() const { return media(includedKinds).byteCount; }
   // What a broken-off export has left need not be copied again. Absent while the space, the need or the destination
-  // is not known.
+  // is not known, and where chosen days may make the difference.
   std::optional<bool> hasEnoughSpace() const;
   bool canExport() const;
   // Why the export cannot start, in English; absent when it can, or for another reason.
@@ -102,4 +106,5 @@ struct ExportState {
 
  private:
   bool hasPasswordIfNeeded() const;
+  bool hasNoChat() const;
 };

@@ -215,6 +215,51 @@ void ExportViewModel::setExportTranscripts(bool wanted) { session_.set(&ExportSt
 
 void ExportViewModel::setExportMessageFiles(bool wanted) { session_.set(&ExportState::exportMessageFiles, wanted); }
 
+void ExportViewModel::changeChats(const std::function<void(ChatChoice& choice)>& change) {
+  ChatChoice choice = state().chatChoice;
+  change(choice);
+  session_.set(&ExportState::chatChoice, std::move(choice));
+}
+
+void ExportViewModel::setFirstDay(const QString& typed) {
+  changeChats([&](ChatChoice& choice) { choice.since = typed.toStdString(); });
+}
+
+void ExportViewModel::setLastDay(const QString& typed) {
+  changeChats([&](ChatChoice& choice) { choice.until = typed.toStdString(); });
+}
+
+void ExportViewModel::showChats(bool shown) {
+  changeChats([&](ChatChoice& choice) {
+    choice.isListShown = shown && state().step == WizardStep::options;
+    choice.search.clear();
+  });
+}
+
+void ExportViewModel::searchChats(const QString& typed) {
+  changeChats([&](ChatChoice& choice) { choice.search = typed.toStdString(); });
+}
+
+void ExportViewModel::setChatIncluded(const QString& jid, bool included) {
+  changeChats([&](ChatChoice& choice) {
+    if (included) {
+      choice.leftOut.erase(jid.toStdString());
+    } else {
+      choice.leftOut.insert(jid.toStdString());
+    }
+  });
+}
+
+void ExportViewModel::setFoundChatsIncluded(bool included) {
+  if (!state().scanResult) return;
+  changeChats([&](ChatChoice& choice) {
+    for (const ScanChat& chat : state().scanResult->chats) {
+      if (!choice.fitsSearch(chat)) continue;
+      included ? void(choice.leftOut.erase(chat.jid)) : void(choice.leftOut.insert(chat.jid));
+    }
+  });
+}
+
 void ExportViewModel::setDropTargeted(bool targeted) { session_.set(&ExportState::dropTargeted, targeted); }
 
 void ExportViewModel::setFocusBackupPassword(bool wanted) { session_.set(&ExportState::focusBackupPassword, wanted); }

@@ -82,6 +82,13 @@ class ExportViewModel : public QObject {
   Q_INVOKABLE void setKindIncluded(const QString& rawValue, bool included);
   Q_INVOKABLE void setExportTranscripts(bool wanted);
   Q_INVOKABLE void setExportMessageFiles(bool wanted);
+  Q_INVOKABLE void setFirstDay(const QString& typed);
+  Q_INVOKABLE void setLastDay(const QString& typed);
+  // The list of chats, what is looked for in it, and its boxes; by a chat's JID, or all that the search leaves.
+  Q_INVOKABLE void showChats(bool shown);
+  Q_INVOKABLE void searchChats(const QString& typed);
+  Q_INVOKABLE void setChatIncluded(const QString& jid, bool included);
+  Q_INVOKABLE void setFoundChatsIncluded(bool included);
   Q_INVOKABLE void setDropTargeted(bool targeted);
   Q_INVOKABLE void setFocusBackupPassword(bool wanted);
   Q_INVOKABLE void dismissError();
@@ -100,6 +107,7 @@ class ExportViewModel : public QObject {
   // The backup used last, when the list has it and none is chosen.
   void chooseRemembered(const std::function<void()>& then);
   void restoreBackup();
+  void changeChats(const std::function<void(ChatChoice& choice)>& change);
   void open(const Workspace::Open& opener, const std::filesystem::path& place);
 
   ExportSession session_;

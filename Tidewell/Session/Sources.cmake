@@ -2,6 +2,7 @@ target_sources(TidewellSession PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/BackgroundWork.cpp
   ${CMAKE_CURRENT_LIST_DIR}/BackupChoice.cpp
   ${CMAKE_CURRENT_LIST_DIR}/BackupPassword.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ChatChoice.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ChatScan.cpp
   ${CMAKE_CURRENT_LIST_DIR}/DestinationChoice.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportRun.cpp

@@ -10,9 +10,9 @@
 
 namespace {
 
-MediaTypeStats sum(const ScanResult& result, const MediaKinds& kinds) {
+MediaTypeStats sum(const std::map<MediaKind, MediaTypeStats>& statsByKind, const MediaKinds& kinds) {
   MediaTypeStats total;
-  for (const auto& [kind, stats] : result.statsByKind) {
+  for (const auto& [kind, stats] : statsByKind) {
     if (!kinds.contains(kind)) continue;
     total.count += stats.count;
     total.byteCount = saturatingAdd(total.byteCount, stats.byteCount);
@@ -25,6 +25,8 @@ std::string domainOf(const ManifestStore& manifest) {
   if (manifest.chatStorage) return manifest.chatStorage->domain;
   return manifest.files.empty() ? std::string() : manifest.files.front().domain;
 }
+
+MediaKind kindOf(const ManifestFile& file) { return MediaKind::classify(PathText::extension(file.relativePath)); }
 
 // Hands over each medium in the scope, with its chat.
 template <typename Visitor>
@@ -40,7 +42,9 @@ std::map<CanonicalJID, ScanChat> countChats(const BackupSource& source, const Sc
   forEachMedium(source, scope, [&](const ManifestFile& file, const CanonicalJID& chat) {
     ScanChat& row = rows[chat];
     ++row.mediaFileCount;
-    row.mediaBytes = saturatingAdd(row.mediaBytes, source.opened.sourceSize(file));
+    const std::int64_t size = source.opened.sourceSize(file);
+    row.mediaBytes = saturatingAdd(row.mediaBytes, size);
+    row.statsByKind[kindOf(file)].add(size);
   });
   for (const ChatStorageSnapshot::Chat& chat : source.snapshot.chats()) {
     const std::size_t count = scope.messages(source.snapshot, chat.jid).size();
@@ -56,9 +60,11 @@ void MediaTypeStats::add(std::int64_t bytes) {
   byteCount = saturatingAdd(byteCount, bytes);
 }
 
-std::int64_t ScanResult::count(const MediaKinds& kinds) const { return sum(*this, kinds).count; }
+MediaTypeStats ScanChat::stats(const MediaKinds& kinds) const { return sum(statsByKind, kinds); }
 
-std::int64_t ScanResult::bytes(const MediaKinds& kinds) const { return sum(*this, kinds).byteCount; }
+std::int64_t ScanResult::count(const MediaKinds& kinds) const { return sum(statsByKind, kinds).count; }
+
+std::int64_t ScanResult::bytes(const MediaKinds& kinds) const { return sum(statsByKind, kinds).byteCount; }
 
 ScanResult ScanSummary::summarize(const BackupSource& source, const Scope& scope, const Locale& locale) {
   const ManifestStore& manifest = source.manifest;
@@ -70,7 +76,7 @@ ScanResult ScanSummary::summarize(const BackupSource& source, const Scope& scope
   forEachMedium(source, scope, [&](const ManifestFile& file, const CanonicalJID&) {
     const std::int64_t size = source.opened.sourceSize(file);
     ++result.mediaFileCount;
-    result.statsByKind[MediaKind::classify(PathText::extension(file.relativePath))].add(size);
+    result.statsByKind[kindOf(file)].add(size);
     result.totalBytes = saturatingAdd(result.totalBytes, size);
   });
   result.chatCount = static_cast<std::int64_t>(result.chats.size());

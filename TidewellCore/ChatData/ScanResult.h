@@ -24,7 +24,10 @@ struct ScanChat {
   std::int64_t messageCount = 0;
   std::int64_t mediaFileCount = 0;
   std::int64_t mediaBytes = 0;
+  std::map<MediaKind, MediaTypeStats> statsByKind;
 
+  // Of the media of these kinds.
+  MediaTypeStats stats(const MediaKinds& kinds) const;
   const std::string& id() const { return jid; }
 
   bool operator==(const ScanChat&) const = default;

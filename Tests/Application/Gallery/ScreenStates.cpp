@@ -122,6 +122,39 @@ ExportState withDestination(const std::string& path, std::int64_t available) {
   return state;
 }
 
+ExportState choosingChats() {
+  ExportState state = withDestination("/Users/mara/Documents", 250'000'000'000);
+  const std::string longName =
+      "A group with a name that is longer than any line of a list can hold, " + repeated("whatever its width, ", 8);
+  for (const std::string& name :
+       {std::string("Ana Souza"), std::string("Família 👨‍👩‍👧"), longName, std::string("مريم")}) {
+    for (int copy = 1; copy <= 9; ++copy) {
+      const std::int64_t number = static_cast<std::int64_t>(state.scanResult->chats.size()) + 1;
+      state.scanResult->chats.push_back({.jid = std::to_string(number) + "@s.whatsapp.net",
+                                         .name = name + (copy == 1 ? "" : " " + std::to_string(copy)),
+                                         .messageCount = 20'011 / number,
+                                         .mediaFileCount = 1,
+                                         .mediaBytes = 9'300'000'000 / number,
+                                         .statsByKind = {{MediaKind::photos, {1, 9'300'000'000 / number}}}});
+    }
+  }
+  state.chatChoice.leftOut = {"2@s.whatsapp.net", "3@s.whatsapp.net", "7@s.whatsapp.net"};
+  return state;
+}
+
+ExportState listOfChats(const std::string& search) {
+  ExportState state = choosingChats();
+  state.chatChoice.isListShown = true;
+  state.chatChoice.search = search;
+  return state;
+}
+
+ExportState wrongDay() {
+  ExportState state = choosingChats();
+  state.chatChoice.since = "31.5.2024";
+  return state;
+}
+
 ExportState nothingFound() {
   ExportState state = withDestination("/Users/mara/Documents", 250'000'000'000);
   state.scanResult = ScanResult{};
@@ -303,6 +336,10 @@ std::vector<ScreenState> allScreenStates() {
       {"options-ready", withDestination("/Users/mara/Documents/Chats", 250'000'000'000)},
       {"options-no-space", withDestination("/Volumes/" + repeated("Stick/", 40), 4'000'000'000)},
       {"options-no-kinds", noKinds()},
+      {"options-some-chats", choosingChats()},
+      {"options-wrong-day", wrongDay()},
+      {"options-chats", listOfChats("")},
+      {"options-chats-none", listOfChats("Zacharias")},
       {"options-nothing-found", nothingFound()},
       {"options-warnings", damaged()},
       {"exporting-preparing", exporting({.phase = preparing, .total = 1})},

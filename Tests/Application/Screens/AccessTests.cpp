@@ -98,10 +98,11 @@ TEST_F(Access, KeysReachEveryControlOfTheSecondStep) {
   click("backupRow0");
   continueWithBackup();
   chooseDestination();
-  EXPECT_THAT(tabStops(), testing::UnorderedElementsAre("kindBox.photos", "kindBox.videos", "kindBox.voiceNotes",
-                                                        "kindBox.stickers", "kindBox.documents", "transcriptsBox",
-                                                        "messageFilesBox", "chooseDestinationButton", "backButton",
-                                                        "startExportButton"));
+  EXPECT_THAT(tabStops(),
+              testing::UnorderedElementsAre("kindBox.photos", "kindBox.videos", "kindBox.voiceNotes",
+                                            "kindBox.stickers", "kindBox.documents", "transcriptsBox",
+                                            "messageFilesBox", "chooseChatsButton", "firstDayField", "lastDayField",
+                                            "chooseDestinationButton", "backButton", "startExportButton"));
 }
 
 TEST_F(Access, KeysReachEveryControlOfTheLastStep) {

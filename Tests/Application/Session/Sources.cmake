@@ -2,6 +2,7 @@ target_sources(TidewellSessionTests PRIVATE
   ${PROJECT_SOURCE_DIR}/Tests/Export/ExportScene.cpp
   ${CMAKE_CURRENT_LIST_DIR}/BackgroundWorkTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/CancelExportTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ChatChoiceTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ChoosingTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/DestinationTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/DroppingTests.cpp

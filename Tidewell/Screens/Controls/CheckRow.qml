@@ -13,6 +13,8 @@ T.CheckBox {
     property string caption
     property string trailing
     property int sidePadding: 0
+    // Of the text; 0: as many as it needs.
+    property int mostLines: 0
     signal wanted(bool on)
 
     nextCheckState: () => checkState
@@ -80,6 +82,8 @@ T.CheckBox {
                 font.pixelSize: Theme.body
                 horizontalAlignment: Text.AlignLeft
                 wrapMode: Text.Wrap
+                elide: box.mostLines > 0 ? Text.ElideRight : Text.ElideNone
+                maximumLineCount: box.mostLines > 0 ? box.mostLines : 1000
             }
             Text {
                 Layout.fillWidth: true
