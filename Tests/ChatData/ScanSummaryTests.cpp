@@ -68,9 +68,12 @@ TEST(ScanSummary, CountsChatsFilesAndBytesByKind) {
                                                        {MediaKind::voiceNotes, {.count = 1, .byteCount = 3}},
                                                        {MediaKind::documents, {.count = 1, .byteCount = 4000}}};
     EXPECT_EQ(result.statsByKind, stats);
-    EXPECT_THAT(
-        result.chats,
-        ElementsAre(ScanChat{.jid = phone, .name = "Ana", .messageCount = 2, .mediaFileCount = 4, .mediaBytes = 4123}));
+    EXPECT_THAT(result.chats, ElementsAre(ScanChat{.jid = phone,
+                                                   .name = "Ana",
+                                                   .messageCount = 2,
+                                                   .mediaFileCount = 4,
+                                                   .mediaBytes = 4123,
+                                                   .statsByKind = stats}));
   }
 }
 
@@ -102,7 +105,11 @@ TEST(ScanSummary, MediaWithoutAMessageAndAChatFolderAreUnknown) {
   EXPECT_FALSE(result.hasChatStorage);
   // The first piece below Media is the chat's folder, whatever it is called.
   EXPECT_THAT(jidsOf(result), ElementsAre("1.jpg", "Unknown"));
-  EXPECT_EQ(result.chats[1], (ScanChat{.jid = "Unknown", .name = "Unknown", .mediaFileCount = 1, .mediaBytes = 6}));
+  EXPECT_EQ(result.chats[1], (ScanChat{.jid = "Unknown",
+                                       .name = "Unknown",
+                                       .mediaFileCount = 1,
+                                       .mediaBytes = 6,
+                                       .statsByKind = {{MediaKind::documents, {.count = 1, .byteCount = 6}}}}));
 }
 
 TEST(ScanSummary, ListsChatsWithMessagesWithMediaAndWithBoth) {
@@ -122,9 +129,12 @@ TEST(ScanSummary, BothRecordsOfOnePersonAreOneRow) {
                                   .contacts = {{.whatsAppID = phone, .lid = lid}},
                                   .mediaFiles = {media(std::string("Media/") + lid + "/1.jpg", 10),
                                                  media(std::string("Media/") + phone + "/2.jpg", 5)}});
-  EXPECT_THAT(
-      result.chats,
-      ElementsAre(ScanChat{.jid = phone, .name = "Ana", .messageCount = 3, .mediaFileCount = 2, .mediaBytes = 15}));
+  EXPECT_THAT(result.chats, ElementsAre(ScanChat{.jid = phone,
+                                                 .name = "Ana",
+                                                 .messageCount = 3,
+                                                 .mediaFileCount = 2,
+                                                 .mediaBytes = 15,
+                                                 .statsByKind = {{MediaKind::photos, {.count = 2, .byteCount = 15}}}}));
 }
 
 TEST(ScanSummary, NamesThatDifferInLetterCaseAloneAreOrderedByJid) {

@@ -108,13 +108,15 @@ TEST(Library, AChatThatIsJoinedWhileABackupIsTakenInKeepsItsMessages) {
   EXPECT_EQ(scene.chat(first), scene.chat(second));
 }
 
-TEST(Library, SomebodyWhoIsNamedForTheFirstTimeChangesChats) {
+// Pages that show their number change, whichever backup names them.
+TEST(Library, SomebodyWhoIsNamedForTheFirstTimeIsNews) {
   LibraryScene scene;
-  scene.take(snapshotOf({{bea, "Bea"}}, {{1, 10, "hi @5511900001111", "A"}}), 100);
-  const std::int64_t before = scene.chat(bea)->changed;
-  scene.take(snapshotOf({{bea, "Bea"}, {ana, "Ana"}}, {{1, 10, "hi @5511900001111", "A"}, {2, 5, "ana", "B"}}), 200);
-  EXPECT_GT(scene.chat(bea)->changed, before);
-  EXPECT_THAT(scene.texts(bea), ElementsAre("hi @Ana"));
+  KeptPeople& people = scene.library.people();
+  EXPECT_FALSE(people.tell(ana, {}, true));
+  EXPECT_TRUE(people.tell(ana, {.name = "Ana"}, false));
+  EXPECT_FALSE(people.tell(ana, {}, true));
+  EXPECT_FALSE(people.tell(ana, {.name = "Aninha"}, false));
+  EXPECT_EQ(people.known(ana)->name, "Ana");
 }
 
 // Two phones had other files under one path.
