@@ -11,7 +11,7 @@ ApplicationWindow {
 
     // As large as shows the whole of the options.
     width: 900
-    height: 60 * Theme.body
+    height: 64 * Theme.body
     minimumWidth: 600
     minimumHeight: 430
     title: Qt.application.displayName
