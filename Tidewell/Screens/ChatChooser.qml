@@ -20,12 +20,12 @@ ModalPanel {
     width: Math.min(600, parent.width - 2 * Theme.wide)
     padding: Theme.medium
     onEscaped: close()
-    onOpened: {
+    onAboutToShow: {
         searchField.clear();
         list.currentIndex = 0;
         list.positionViewAtBeginning();
-        searchField.forceActiveFocus(Qt.TabFocusReason);
     }
+    onOpened: searchField.forceActiveFocus(Qt.TabFocusReason)
 
     RowLayout {
         Layout.fillWidth: true
@@ -90,6 +90,8 @@ ModalPanel {
             anchors.fill: parent
             anchors.margins: Theme.hair
             model: chooser.chats
+            // Rows that are made ahead would outlive a search that leaves fewer.
+            cacheBuffer: 0
             note: chooser.content.foundNone ? L10n.text("No chat has this name or number.") : ""
             Keys.onReturnPressed: event => event.isAutoRepeat || chooser.close()
             Keys.onEnterPressed: event => event.isAutoRepeat || chooser.close()

@@ -51,7 +51,7 @@ TEST_F(ChatChooser, ChoosesByKeysAlone) {
   press(Qt::Key_Space);
   ASSERT_TRUE(until([&] { return focused() == "chatSearchField"; }, "the list"));
   type("be");
-  ASSERT_TRUE(until([&] { return !shows("Ana"); }, "what was found"));
+  ASSERT_TRUE(until([&] { return !isShown("chatRow1"); }, "what was found"));
   press(Qt::Key_Down);
   EXPECT_EQ(focused(), "chatRow0");
   press(Qt::Key_Space);
@@ -60,7 +60,7 @@ TEST_F(ChatChooser, ChoosesByKeysAlone) {
   tabTo("chatSearchField");
   press(Qt::Key_A, Qt::ControlModifier);
   press(Qt::Key_Delete);
-  ASSERT_TRUE(until([&] { return shows("Ana"); }, "all of them"));
+  ASSERT_TRUE(until([&] { return isShown("chatRow2"); }, "all of them"));
   press(Qt::Key_Down);
   press(Qt::Key_End);
   EXPECT_EQ(focused(), "chatRow2");
@@ -79,7 +79,7 @@ TEST_F(ChatChooser, TellsWhenNothingIsFoundAndGoesWithEscape) {
   ASSERT_TRUE(until([&] { return !isShown("chatSearchField"); }, "the list is gone"));
   EXPECT_EQ(state().step, WizardStep::options);
   showList();
-  expectShown("Ana");
+  EXPECT_TRUE(until([&] { return isShown("chatRow2"); }, "all of them"));
 }
 
 TEST_F(ChatChooser, TakesDays) {
