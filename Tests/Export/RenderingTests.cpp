@@ -153,6 +153,24 @@ TEST_F(RenderingTest, SoDoesOneThatAnExportWithoutTranscriptsMissed) {
   }
 }
 
+// Files for other programs are left alone by an export that does not ask for them, and so are the pages.
+TEST_F(RenderingTest, WantingFewerFormatsMakesNothingAnew) {
+  const Exporter exporter;
+  const auto save = [&](MessageFormats formats) {
+    return exporter.exportBackup({.backup = scene.backup,
+                                  .destination = scene.destination,
+                                  .options = {.includedKinds = ExportTest::mediaAlone().includedKinds,
+                                              .exportTranscripts = true,
+                                              .formats = std::move(formats)}});
+  };
+  EXPECT_EQ(save({MessageFormat::json}).transcriptCount, 9);
+  setMark(transcriptOf("Ana"));
+  EXPECT_EQ(save({}).transcriptCount, 6);
+  EXPECT_TRUE(hasMark(transcriptOf("Ana")));
+  EXPECT_EQ(save({MessageFormat::json, MessageFormat::csv}).transcriptCount, 12);
+  EXPECT_FALSE(hasMark(transcriptOf("Ana")));
+}
+
 TEST_F(RenderingTest, ARenamedContactMakesTheirPages) {
   scene.contents.whatsApp.chats[0].name = "Ana Maria";
   runAgain();

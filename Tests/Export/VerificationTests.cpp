@@ -178,6 +178,12 @@ TEST_F(VerificationTest, AFileThatTheBackupLostLongAgoIsNoFinding) {
   EXPECT_THAT(findings(), IsEmpty());
 }
 
+TEST(Verification, AnExportOfTheMediaAloneIsRightWithoutPages) {
+  const ExportTest::Scene scene;
+  scene.run();
+  EXPECT_THAT(Verification::run(scene.destination).findings, IsEmpty());
+}
+
 TEST_F(VerificationTest, CanBeCancelledAndKeepsWhatItFound) {
   int asked = 0;
   EXPECT_THROW(Verification::run(scene.destination, {.isCancelled = [&] { return ++asked > 6; }}), TidewellError);

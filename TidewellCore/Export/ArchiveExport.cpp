@@ -180,9 +180,7 @@ class Writing {
     rendering.folder = shown.folder;
     if (!shown.folder.empty()) writeTranscripts(shown, rendering.files);
     attempt(shown, FolderNames::archivePage, [&] { rendering.files[summary.dataFile] = pages.writeMessages(shown); });
-    const bool isWhole = rendering.files.size() == filesOf(shown).size();
-    enter(pages, chat, std::move(rendering));
-    return isWhole;
+    return enter(pages, chat, std::move(rendering));
   }
 
   bool makeLines(ChatArchiveWriter& pages, const RenderingPlan::Chat& chat) {
@@ -225,8 +223,8 @@ class Writing {
     }
   }
 
-  // Lists a chat whose pages stand, and counts what they came to.
-  void enter(ChatArchiveWriter& pages, const RenderingPlan::Chat& chat, ChatRendering rendering) {
+  // Lists a chat and counts what its pages came to. Tells whether all that are wanted stand.
+  bool enter(ChatArchiveWriter& pages, const RenderingPlan::Chat& chat, ChatRendering rendering) {
     const ArchiveChat& shown = chats_[chat.number];
     const std::string dataFile = ArchiveScripts::chatFileName(shown.id);
     pages.list({.id = shown.id,
@@ -243,10 +241,14 @@ class Writing {
     for (const auto& [kind, count] : rendering.absent) {
       if (setting_.kinds.contains(kind)) outcome_.unresolvedLinkCount += count;
     }
-    outcome_.transcriptCount += std::ssize(rendering.files) - (rendering.files.contains(dataFile) ? 1 : 0);
+    const std::vector<RenderingPlan::File> wanted = filesOf(shown);
+    const auto standing = std::ranges::count_if(
+        wanted, [&](const RenderingPlan::File& file) { return rendering.files.contains(file.name); });
+    outcome_.transcriptCount += standing - (rendering.files.contains(dataFile) ? 1 : 0);
     progress_.report(shown.folder, ++completed_);
-    const bool isWhole = rendering.files.size() == filesOf(shown).size();
+    const bool isWhole = standing == std::ssize(wanted);
     if (isWhole) outcome_.pages.renderings.chats.emplace(kept(chat.number).id, std::move(rendering));
+    return isWhole;
   }
 
   const ArchiveExport::Source& source_;

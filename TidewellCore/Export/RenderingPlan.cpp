@@ -24,7 +24,6 @@ bool stands(const fs::path& path, std::int64_t size) { return Files::regularFile
 
 bool isCurrent(const ChatRendering& rendering, const Subject& subject) {
   return rendering.changed == subject.kept->changed && rendering.manner == subject.manner &&
-         rendering.files.size() == subject.files.size() &&
          std::ranges::all_of(subject.files, [&](const RenderingPlan::File& file) {
            const auto known = rendering.files.find(file.name);
            return known != rendering.files.end() && stands(file.path, known->second.size);

@@ -17,9 +17,9 @@ struct RenderingPlan {
   };
   // A chat of the library, and what its pages depend on beside that.
   struct Subject {
-    const KeptChat* kept;  // must outlive the plan
-    Bytes manner;          // as ChatRendering::manner
-    std::vector<File> files;
+    const KeptChat* kept;     // must outlive the plan
+    Bytes manner;             // as ChatRendering::manner
+    std::vector<File> files;  // that are wanted; others that were made stay
   };
   struct Chat {
     std::size_t number = 0;   // among the subjects

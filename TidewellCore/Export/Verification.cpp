@@ -68,7 +68,7 @@ class Run {
     keepDigests();
     lookAtChats();
     lookAtBlocks();
-    lookAtList();
+    if (!library_.chats().empty()) lookAtList();  // an export of the media alone has no pages
     progress_.begin(ExportProgress::Phase::finished);
     return std::move(summary_);
   }
@@ -179,11 +179,11 @@ class Run {
 
   void lookAtPages(const KeptChat& chat, const ChatRendering& rendering) {
     const std::string data = ArchiveScripts::chatFileName(chat.page);
-    for (const auto& [name, written] : rendering.files) {
+    for (const auto& [name, file] : rendering.files) {
       const fs::path folder = name == data ? dataFolder_ : contentRoot_ / PathText::path(rendering.folder);
-      const RenderedFile& file = written;
-      lookAtFile(folder / PathText::path(name), file.size,
-                 [&](const fs::path& page) { return digestOf(page, control_.isCancelled) == file.digest; });
+      lookAtFile(folder / PathText::path(name), file.size, [this, &digest = file.digest](const fs::path& page) {
+        return digestOf(page, control_.isCancelled) == digest;
+      });
     }
   }
 
