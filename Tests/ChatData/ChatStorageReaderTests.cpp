@@ -55,7 +55,7 @@ TEST(ChatStorageReader, ReadsChatsMessagesMembersAndMedia) {
                                .mediaLocalPath = path};
   EXPECT_EQ(messagesOf(snapshot, 7).at(0), expected);
   EXPECT_EQ(snapshot.directory().groupMembers.at(3),
-            (GroupMemberRecord{.pk = 3, .jid = ana, .contactName = "Ana Souza", .firstName = "Ana"}));
+            (GroupMemberRecord{.pk = 3, .jid = ana, .contactName = "Ana Souza", .firstName = "Ana", .chatPK = 7}));
   EXPECT_EQ(*snapshot.mediaMessage("Message/" + local), expected);
 }
 

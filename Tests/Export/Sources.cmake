@@ -20,8 +20,10 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/ExporterNamingTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExporterTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/FormerFoldersTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/GrowingArchiveTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/KnownMediaTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MediaCopierTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/MovedFilesTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/NamedFailuresTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/OnTheDiskTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/PhaseClockTests.cpp

@@ -8,6 +8,7 @@ std::string LibraryRows::of(const std::filesystem::path& contentRoot) {
   constexpr std::string_view columnsOfTables[] = {
       "'owner', jid, 0 FROM owner",    "'export', id, device, device_name, backup_at, zone, locale FROM export",
       "'chat', * FROM chat",           "'identity', * FROM chat_jid",
+      "'title', * FROM title",         "'member', * FROM member",
       "'sender', * FROM sender",       "'person', * FROM person",
       "'medium', * FROM medium",       "'message', * FROM message",
       "'rendering', * FROM rendering", "'block', * FROM block",

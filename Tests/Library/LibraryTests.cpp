@@ -89,7 +89,6 @@ TEST(Library, ChatsThatTurnOutToBeOneAreJoined) {
   EXPECT_THAT(scene.texts(anaLID), SizeIs(3));
 }
 
-// It may lack the table that ties identities to numbers.
 // A later chat of a backup joins the chat of an earlier one to another.
 TEST(Library, AChatThatIsJoinedWhileABackupIsTakenInKeepsItsMessages) {
   const std::string first = "4930000000001@s.whatsapp.net";
@@ -138,6 +137,7 @@ TEST(Library, APathOfTwoFilesHasTwoEntriesHoweverOftenTheyAreExported) {
   }
 }
 
+// It may lack the table that ties identities to numbers.
 TEST(Library, ABackupThatKnowsLessOfPeopleSplitsNoChat) {
   LibraryScene scene;
   scene.take(snapshotOf({{anaLID, "Ana"}, {ana, "Ana"}}, {{1, 10, "by lid", "A"}, {2, 20, "by phone", "B"}}, 1,
@@ -149,6 +149,72 @@ TEST(Library, ABackupThatKnowsLessOfPeopleSplitsNoChat) {
   EXPECT_THAT(scene.library.chats(), SizeIs(1));
   EXPECT_THAT(scene.texts(ana), ElementsAre("by lid", "by phone", "new"));
   for (const ArchiveMessage& message : scene.messages(ana)) EXPECT_EQ(message.sender, "Ana");
+}
+
+TEST(Library, ABackupThatKnowsLessOfPeopleTellsNothingTwice) {
+  const ExportTest::JIDPairs chats{{anaLID, "Ana"}, {ana, "Ana"}};
+  const std::vector<LibraryTest::Said> said{
+      {1, 10, "once", "A"}, {1, 30, "last", "C"}, {2, 10, "once", "A"}, {2, 20, "other", "B"}};
+  LibraryScene scene;
+  scene.take(snapshotOf(chats, said, 1, {{anaLID, ana}}), 100);
+  scene.take(snapshotOf(chats, said), 200);
+  EXPECT_THAT(scene.texts(ana), ElementsAre("once", "other", "last"));
+}
+
+TEST(Library, WhatABackupToldAgainAnOlderOneDoesNotBringBack) {
+  LibraryScene scene;
+  const ExportTest::JIDPairs chats{{ana, "Ana"}, {bea, "Bea"}};
+  scene.take(snapshotOf(chats, {{1, 10, "one", "A"}}), 100);
+  scene.take(snapshotOf(chats, {{1, 10, "one", "A"}, {2, 20, "news", "B"}}), 200);
+  scene.take(snapshotOf(chats, {{1, 10, "one", "A"}, {1, 11, "deleted since", "C"}}), 150);
+  const std::vector<ArchiveMessage> messages = scene.messages(ana);
+  ASSERT_THAT(messages, SizeIs(2));
+  EXPECT_FALSE(messages[0].isGone);
+  EXPECT_TRUE(messages[1].isGone);
+}
+
+// A group as a backup lists it: its title, its members by their JIDs, and those who left it.
+ChatStorageSnapshot groupOf(const std::string& title, const std::vector<std::string>& members,
+                            const std::vector<std::string>& left = {}) {
+  ChatTables tables = ExportTest::tablesOf({{ExportTest::group, title}});
+  std::int64_t pk = 1;
+  const auto add = [&](const std::string& jid, bool isActive) {
+    tables.directory.groupMembers.emplace(pk,
+                                          GroupMemberRecord{.pk = pk, .jid = jid, .chatPK = 1, .isActive = isActive});
+    ++pk;
+  };
+  for (const std::string& jid : members) add(jid, true);
+  for (const std::string& jid : left) add(jid, false);
+  return ChatStorageSnapshot(std::move(tables));
+}
+
+std::vector<std::string> rowsOf(const LibraryScene& scene, const std::string& select) {
+  std::vector<std::string> rows;
+  scene.library.database().forEachRow(select, [&](const SQLiteRowView& row) {
+    rows.emplace_back(row.text(0).value_or("NULL"));
+    if (const auto number = row.number(1)) rows.back() += " " + std::to_string(static_cast<int>(*number));
+  });
+  return rows;
+}
+
+TEST(Library, KeepsWhatAChatWasCalledAndWhoWasInItInEveryOrder) {
+  const auto told = [](int number) {
+    if (number == 0) return groupOf("Trip", {ana, bea});
+    if (number == 1) return groupOf("Trip to the sea", {bea});
+    return groupOf("Reunion", {bea, ExportTest::anaLID}, {ana});
+  };
+  std::vector<int> order{0, 1, 2};
+  do {
+    LibraryScene scene;
+    for (const int number : order) scene.take(told(number), 100 + number);
+    const std::string when = testing::PrintToString(order);
+    EXPECT_EQ(scene.chat(ExportTest::group)->name, "Reunion") << when;
+    EXPECT_THAT(rowsOf(scene, "SELECT name, NULL FROM title"), ElementsAre("Reunion", "Trip", "Trip to the sea"))
+        << when;
+    EXPECT_THAT(rowsOf(scene, "SELECT jid, last_told FROM member ORDER BY jid"),
+                ElementsAre(ExportTest::anaLID, ana + " 100", bea))
+        << when;
+  } while (std::ranges::next_permutation(order).found);
 }
 
 TEST(Library, AChatKnownByItsFilesAloneIsAChat) {

@@ -20,7 +20,13 @@ struct MessageUnionTest : testing::Test {
 
   std::vector<KeptMessage> changes(const std::vector<KeptMessage>& kept, const std::vector<KeptMessage>& told,
                                    bool isNewer) {
-    return MessageUnion::changes({kept, 100}, {told, isNewer ? 200.0 : 50.0}, texts);
+    return changes({kept, 100}, {told, isNewer ? 200.0 : 50.0});
+  }
+  std::vector<KeptMessage> changes(const MessageUnion::Side& kept, const MessageUnion::Side& told) {
+    std::vector<KeptMessage> changed;
+    MessageUnion::changes(kept, told, texts, MessageUnion::everyFile,
+                          [&](const KeptMessage& message) { changed.push_back(message); });
+    return changed;
   }
 
   // What is kept once `told` was taken in.
@@ -264,6 +270,97 @@ TEST_F(MessageUnionTest, APagesWordsStayWhenAnotherPhoneSaysThatTheyWereDeleted)
   ASSERT_EQ(kept.size(), 1U);
   EXPECT_EQ(kept[0].text, "hi");
   EXPECT_TRUE(kept[0].isDeletedLater);
+}
+
+TEST_F(MessageUnionTest, APagesWordsAreASurerSignThanItsKey) {
+  const KeptMessage first{.key = 1, .time = 10, .text = "one", .page = R"({"id":"1","text":"one"})"};
+  const KeptMessage second{.key = 2, .time = 10, .placeInSecond = 1, .text = "two", .page = R"({"id":"2"})"};
+  const auto kept = united({first, second},
+                           {{.key = 2, .time = 10, .stanzaID = "A", .text = "one"},
+                            {.key = 1, .time = 10, .placeInSecond = 1, .stanzaID = "B", .text = "two"}},
+                           true);
+  EXPECT_THAT(textsOf(kept), ElementsAre("one", "two"));
+  EXPECT_EQ(kept[0].key, 1);
+  EXPECT_EQ(kept[0].stanzaID, "A");
+}
+
+TEST_F(MessageUnionTest, ACallKeepsItsLength) {
+  const auto call = [&](const CallRecord& record) {
+    return KeptMessage{.key = 1, .time = 10, .stanzaID = "A", .facts = facts({.content = record})};
+  };
+  const auto kept = united({call({.isVideo = true, .seconds = 60})}, {call({.isMissed = true})}, true);
+  EXPECT_EQ(MessageFacts::read(kept[0].facts).content,
+            MessageContent(CallRecord{.isVideo = true, .isMissed = true, .seconds = 60}));
+}
+
+TEST_F(MessageUnionTest, WhatIsKnownOfALinkStaysAsLongAsItsWordsDo) {
+  const LinkPreview link{.url = "https://example.org", .title = "Example", .summary = "A page."};
+  const KeptMessage before{.key = 1, .time = 10, .stanzaID = "A", .text = "look", .facts = facts({.content = link})};
+  KeptMessage after{.key = 1, .time = 10, .stanzaID = "A", .text = "look"};
+  EXPECT_EQ(united({before}, {after}, true)[0].facts, before.facts);
+  after.facts = facts({.content = LinkPreview{.url = link.url}});
+  EXPECT_EQ(united({before}, {after}, true)[0].facts, before.facts);
+  after.text = "look there";
+  EXPECT_EQ(united({before}, {after}, true)[0].facts, after.facts) << "the link may be another";
+}
+
+TEST_F(MessageUnionTest, AQuotesWordsStay) {
+  const Quote whole{.stanzaID = "Q", .sender = Person{.isOwner = true}, .words = "what?"};
+  const KeptMessage before{.key = 1, .time = 10, .stanzaID = "A", .text = "hi", .facts = facts({.quote = whole})};
+  KeptMessage after = before;
+  after.facts = facts({.quote = Quote{.stanzaID = "Q"}});
+  EXPECT_EQ(MessageFacts::read(united({before}, {after}, true)[0].facts).quote, whole);
+  after.facts = facts({.quote = Quote{.stanzaID = "R"}});
+  EXPECT_EQ(united({before}, {after}, true)[0].facts, after.facts) << "it answers another";
+}
+
+TEST_F(MessageUnionTest, ARowWithoutAStanzaWhoseFactsChangeIsToldOnce) {
+  const auto poll = [&](std::int64_t voters) {
+    PollOption tea{.words = "Tea"};
+    for (std::int64_t voter = 0; voter < voters; ++voter) tea.voters.push_back({.jid = std::to_string(voter)});
+    return facts({.content = Poll{.question = "What?", .options = {tea}}});
+  };
+  const KeptMessage asked{.key = 1, .time = 10, .sender = 3, .facts = poll(0)};
+  const KeptMessage answered{.key = 1, .time = 10, .sender = 3, .facts = poll(2)};
+  const auto kept = united({asked}, {answered}, true);
+  ASSERT_EQ(kept.size(), 1U);
+  EXPECT_EQ(kept[0].facts, poll(2));
+
+  const KeptMessage said{.key = 1, .time = 10, .sender = 3, .text = "ok"};
+  const KeptMessage liked{.key = 8, .time = 10, .sender = 3, .text = "ok", .facts = facts({.reactions = {{"👍"}}})};
+  EXPECT_EQ(united({said}, {liked}, true).size(), 1U) << "under another phone's key";
+  const KeptMessage anothers{.key = 8, .time = 10, .sender = 4, .text = "ok", .facts = liked.facts};
+  EXPECT_EQ(united({said}, {anothers}, true).size(), 2U);
+  const KeptMessage call{.key = 1, .time = 10, .sender = 3, .facts = facts({.content = CallRecord()})};
+  EXPECT_EQ(united({asked}, {call}, true).size(), 2U) << "another phone's row of that number";
+}
+
+TEST_F(MessageUnionTest, TheLastWordsOfADeletedMessageStayInEveryOrder) {
+  struct Told {
+    KeptMessage message;
+    double at;
+  };
+  const std::vector<Told> tellings{
+      {{.key = 1, .time = 10, .stanzaID = "A", .text = "first"}, 100},
+      {{.key = 1, .time = 10, .stanzaID = "A", .text = "edited"}, 200},
+      {{.key = 1, .time = 10, .stanzaID = "A", .facts = facts({.content = DeletedMessage()})}, 300}};
+  std::vector<int> order{0, 1, 2};
+  do {
+    std::vector<KeptMessage> kept;
+    double keptAt = 0;
+    for (const int number : order) {
+      const Told& told = tellings[static_cast<std::size_t>(number)];
+      const auto changed = changes({kept, keptAt}, {{&told.message, 1}, told.at});
+      if (!changed.empty()) kept = changed;
+      keptAt = std::max(keptAt, told.at);
+    }
+    const std::string when = testing::PrintToString(order);
+    ASSERT_EQ(kept.size(), 1U) << when;
+    EXPECT_EQ(kept[0].text, "edited") << when;
+    EXPECT_TRUE(kept[0].isDeletedLater) << when;
+    EXPECT_EQ(kept[0].saidAt, 200) << when;
+    EXPECT_FALSE(kept[0].lastTold) << when;
+  } while (std::ranges::next_permutation(order).found);
 }
 
 TEST_F(MessageUnionTest, TheLastKeyOfAllLeavesOthersFree) {

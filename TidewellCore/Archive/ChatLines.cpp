@@ -9,6 +9,7 @@
 #include "TidewellCore/ChatData/NameResolver.h"
 #include "TidewellCore/Library/MessageFacts.h"
 #include "TidewellCore/Platform/PathText.h"
+#include "TidewellCore/Platform/TextHash.h"
 
 namespace {
 
@@ -29,12 +30,18 @@ void settleMedia(MessageDetails& details, ArchiveMessage& message) {
   }
 }
 
-// Messages that others answer, by their stanza IDs; most are answered by nobody.
+// Messages that others answer, by their stanza IDs; most are answered by nobody, and are not filed.
 class Originals {
  public:
   explicit Originals(const std::vector<KeptMessage>& messages) {
     for (const KeptMessage& message : messages) {
-      if (!message.stanzaID.empty()) byStanza_[message.stanzaID].push_back(&message);
+      const std::optional<Quote> quote = mayAnswer(message) ? MessageFacts::read(message.facts).quote : std::nullopt;
+      if (quote && !quote->stanzaID.empty()) byStanza_[quote->stanzaID];
+    }
+    if (byStanza_.empty()) return;
+    for (const KeptMessage& message : messages) {
+      const auto answered = byStanza_.find(message.stanzaID);
+      if (answered != byStanza_.end()) answered->second.push_back(&message);
     }
   }
 
@@ -49,7 +56,11 @@ class Originals {
   }
 
  private:
-  std::unordered_map<std::string_view, std::vector<const KeptMessage*>> byStanza_;
+  static bool mayAnswer(const KeptMessage& message) {
+    return message.facts.find("\"quote\"") != std::string_view::npos;
+  }
+
+  std::unordered_map<std::string, std::vector<const KeptMessage*>, TextHash, std::equal_to<>> byStanza_;
 };
 
 }  // namespace

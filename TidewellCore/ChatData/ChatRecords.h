@@ -48,6 +48,8 @@ struct GroupMemberRecord {
   std::optional<std::string> jid;
   std::optional<std::string> contactName;
   std::optional<std::string> firstName;
+  std::optional<std::int64_t> chatPK;  // of the group
+  bool isActive = true;                // has not left it
 
   bool operator==(const GroupMemberRecord&) const = default;
 };

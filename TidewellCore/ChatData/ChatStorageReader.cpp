@@ -65,6 +65,8 @@ void loadGroupMembers(const SQLiteDB& database, ChatTables& tables) {
   const Column contactName = table.select({"ZCONTACTNAME", "ZNAME", "ZMEMBERNAME"});
   const Column firstName = table.select({"ZFIRSTNAME"});
   const Column jid = table.select({"ZMEMBERJID", "ZJID"});
+  const Column chat = table.select({"ZCHATSESSION"});
+  const Column isActive = table.select({"ZISACTIVE"});
   noteColumns({pk, jid}, tables);
   table.forEachRow([&](const SQLiteRowView& row) {
     const auto key = row.integer(pk.place);
@@ -73,7 +75,9 @@ void loadGroupMembers(const SQLiteDB& database, ChatTables& tables) {
                                                    GroupMemberRecord{.pk = *key,
                                                                      .jid = nameOf(row, jid),
                                                                      .contactName = plausible(nameOf(row, contactName)),
-                                                                     .firstName = plausible(nameOf(row, firstName))});
+                                                                     .firstName = plausible(nameOf(row, firstName)),
+                                                                     .chatPK = row.integer(chat.place),
+                                                                     .isActive = row.integer(isActive.place) != 0});
   });
 }
 

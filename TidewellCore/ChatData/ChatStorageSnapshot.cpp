@@ -133,11 +133,20 @@ void ChatStorageSnapshot::attachMedia(const Keys& keys, const Places& places) {
   }
 }
 
+std::vector<std::string> ChatStorageSnapshot::memberJIDs(const CanonicalJID& chat) const {
+  const auto found = membersByChat_.find(chat);
+  if (found == membersByChat_.end()) return {};
+  return {found->second.begin(), found->second.end()};
+}
+
 void ChatStorageSnapshot::fileMembers() {
   for (const auto& [pk, member] : directory().groupMembers) {
     if (!member.jid) continue;
-    const GroupMemberRecord*& filed = membersByJID_[canonicalChatJID(*member.jid).text()];
+    const std::string jid = canonicalChatJID(*member.jid).text();
+    const GroupMemberRecord*& filed = membersByJID_[jid];
     if (filed == nullptr || !DisplayNames::groupMemberDisplayName(*filed)) filed = &member;
+    const auto chat = member.chatPK && member.isActive ? tables_.chats.find(*member.chatPK) : tables_.chats.end();
+    if (chat != tables_.chats.end()) membersByChat_[canonicalChatJID(chat->second.jid)].insert(jid);
   }
 }
 

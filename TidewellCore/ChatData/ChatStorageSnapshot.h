@@ -60,6 +60,9 @@ class ChatStorageSnapshot {
   // Whom a chat of two is with; empty when that is nobody known, and of any other chat.
   std::string partnerName(std::string_view jid) const;
 
+  // Who is in a group: canonical JIDs, ascending. None for other chats, and where the tables do not say.
+  std::vector<std::string> memberJIDs(const CanonicalJID& chat) const;
+
   // What a message is beside its text and its file; null when that is all.
   const MessageDetails* details(const MessageRecord& message) const;
   // The message of the same chat that another answers; null when it is not there.
@@ -124,7 +127,8 @@ class ChatStorageSnapshot {
   std::vector<Chat> chats_;
   std::unordered_map<std::string_view, std::uint32_t> mediaByRelativePath_;  // places among the messages
   std::unordered_map<std::string, const GroupMemberRecord*> membersByJID_;   // canonical; those with a name first
-  std::set<std::string, std::less<>> ownJIDs_;                               // canonical
+  std::map<CanonicalJID, std::set<std::string>> membersByChat_;
+  std::set<std::string, std::less<>> ownJIDs_;  // canonical
   // The places of messages that are answered, by their stanza IDs; one ID may stand in several chats.
   std::vector<std::pair<std::string_view, std::uint32_t>> originals_;
 };

@@ -15,6 +15,7 @@
 #include "TidewellCore/Destination/FolderManifest.h"
 #include "TidewellCore/Destination/NamingMemory.h"
 #include "TidewellCore/Export/ArchiveExport.h"
+#include "TidewellCore/Export/BackupDigests.h"
 #include "TidewellCore/Export/EarlyEnd.h"
 #include "TidewellCore/Export/ExportPlan.h"
 #include "TidewellCore/Export/ExportRequests.h"
@@ -22,6 +23,7 @@
 #include "TidewellCore/Export/FailureLog.h"
 #include "TidewellCore/Export/FormerFolders.h"
 #include "TidewellCore/Export/MediaCopying.h"
+#include "TidewellCore/Export/MovedFiles.h"
 #include "TidewellCore/Export/ProgressReporter.h"
 #include "TidewellCore/FileNaming.h"
 #include "TidewellCore/Library/ArchiveOwner.h"
@@ -85,8 +87,16 @@ KnownMedia knownMedia(const MediaLedger& ledger) {
 
 struct Ground {
   const DestinationIndex& index;
-  const MediaLedger& ledger;
+  MediaLedger& ledger;
 };
+
+// What somebody moved within the export is not copied again.
+void followMovedFiles(const Ground& ground, const BackupSource& source, const CancellationCheck& isCancelled) {
+  BackupDigests digests(source, ground.index.destination);
+  MovedFiles::follow(
+      ground.ledger, ground.index,
+      [&](const KeptMedium& medium) { return digests.of(medium.path, medium.size, isCancelled); }, isCancelled);
+}
 
 ExportPlan makePlan(const ExportJob& job, const BackupPart& part, const Ground& ground, const DateFormatter& stamps,
                     const CancellationCheck& isCancelled) {
@@ -106,6 +116,7 @@ ExportPlan makePlan(const ExportJob& job, const BackupPart& part, const Ground& 
   }
   throwIfCancelled(isCancelled);
   const FolderAssignment remembered = FolderManifest::load(job.destination);
+  followMovedFiles(ground, source, isCancelled);
   const KnownMedia known = knownMedia(ground.ledger);
   ExportPlan plan = ExportPlan::make(wish, {.index = ground.index, .remembered = remembered, .known = known},
                                      source.snapshot, isCancelled);

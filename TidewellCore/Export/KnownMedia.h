@@ -3,10 +3,10 @@
 #include <cstdint>
 #include <functional>
 #include <string>
-#include <string_view>
 #include <unordered_map>
 
 #include "TidewellCore/ExportPlace.h"
+#include "TidewellCore/Platform/TextHash.h"
 
 // A file that an export made of a medium.
 struct KnownMedium {
@@ -14,13 +14,6 @@ struct KnownMedium {
   std::int64_t size = 0;  // bytes
 
   bool operator==(const KnownMedium&) const = default;
-};
-
-// Lets a map of texts be asked with a view.
-struct TextHash {
-  using is_transparent = void;
-
-  std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
 };
 
 // What earlier exports made of the phone's media, by the path in the backup. It was read from the

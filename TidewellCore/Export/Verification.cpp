@@ -8,17 +8,15 @@
 #include "TidewellCore/Archive/ArchiveScripts.h"
 #include "TidewellCore/Archive/ChatArchiveWriter.h"
 #include "TidewellCore/Archive/MessageBlocks.h"
-#include "TidewellCore/Crypto/CryptoShim.h"
 #include "TidewellCore/Destination/DestinationLock.h"
 #include "TidewellCore/Destination/ExportDestination.h"
 #include "TidewellCore/Destination/ExportLayout.h"
 #include "TidewellCore/ErrorReport.h"
+#include "TidewellCore/Export/FileDigest.h"
 #include "TidewellCore/Export/ProgressReporter.h"
 #include "TidewellCore/FolderNames.h"
 #include "TidewellCore/Library/Library.h"
 #include "TidewellCore/Library/Renderings.h"
-#include "TidewellCore/Platform/Base64.h"
-#include "TidewellCore/Platform/FileDescriptor.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
 
@@ -27,25 +25,12 @@ namespace {
 namespace fs = std::filesystem;
 using Kind = VerifySummary::Kind;
 
-constexpr std::size_t pieceSize = 256 << 10;   // bytes
 constexpr std::int64_t largestList = 1 << 30;  // bytes
 
 constexpr const char* advice = "Export again: what the backup still has is brought back.";
 constexpr const char* adviceToReplace = "Delete it, or move it out of the export, and export again.";
 constexpr const char* adviceForLibrary =
     "Move the file “{}” out of the export and export again: it is made anew from the pages and the backup.";
-
-// SHA-256 of a file in Base64.
-std::string digestOf(const fs::path& file, const CancellationCheck& isCancelled) {
-  FileDescriptor descriptor = FileDescriptor::openForReading(file);
-  SHA256 digest;
-  Bytes piece(pieceSize);
-  while (const std::size_t count = descriptor.read(piece)) {
-    throwIfCancelled(isCancelled);
-    digest.add(ByteView(piece).first(count));
-  }
-  return Base64::encode(digest.finish());
-}
 
 class Run {
  public:
@@ -130,7 +115,7 @@ class Run {
   void lookAtMedium(std::int64_t number, const KeptMedium& medium, const std::string& place) {
     const fs::path file = contentRoot_ / PathText::path(place);
     if (!stands(file, place, medium.size)) return;
-    std::string digest = digestOf(file, control_.isCancelled);
+    std::string digest = FileDigest::of(file, control_.isCancelled);
     if (medium.digest.empty()) {
       library_.media().keepDigest(number, std::move(digest));
       ++summary_.newDigestCount;
@@ -182,7 +167,7 @@ class Run {
     for (const auto& [name, file] : rendering.files) {
       const fs::path folder = name == data ? dataFolder_ : contentRoot_ / PathText::path(rendering.folder);
       lookAtFile(folder / PathText::path(name), file.size, [this, &digest = file.digest](const fs::path& page) {
-        return digestOf(page, control_.isCancelled) == digest;
+        return FileDigest::of(page, control_.isCancelled) == digest;
       });
     }
   }

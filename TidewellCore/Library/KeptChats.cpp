@@ -25,13 +25,14 @@ class Reader {
                               .placeInSecond = row.integer(2).value_or(0),
                               .isFromMe = row.integer(3) == 1,
                               .lastTold = row.number(4),
-                              .isDeletedLater = row.integer(5) == 1,
-                              .sender = row.integer(6),
-                              .stanzaID = text(row, 7),
-                              .text = text(row, 8),
-                              .medium = row.integer(9),
-                              .facts = text(row, 10)});
-    if (const auto page = row.text(11)) messages_.list.back().page = messages_.texts.add(*page);
+                              .saidAt = row.number(5),
+                              .isDeletedLater = row.integer(6) == 1,
+                              .sender = row.integer(7),
+                              .stanzaID = text(row, 8),
+                              .text = text(row, 9),
+                              .medium = row.integer(10),
+                              .facts = text(row, 11)});
+    if (const auto page = row.text(12)) messages_.list.back().page = messages_.texts.add(*page);
   }
 
  private:
@@ -92,8 +93,8 @@ double KeptChats::lastTold(const SQLiteDB& database, const KeptChat& chat) {
 KeptMessages KeptChats::messages(const SQLiteDB& database, std::int64_t chat) {
   const SQLiteStatement select(
       database,
-      "SELECT key, time, place, from_me, last_told, deleted_later, sender, stanza, text, medium,"
-      " facts, page FROM message WHERE chat = ?");
+      "SELECT key, time, place, from_me, last_told, said_at, deleted_later, sender, stanza, text,"
+      " medium, facts, page FROM message WHERE chat = ?");
   KeptMessages messages;
   select.forEachRow({chat}, Reader(messages));
   sort(messages.list);

@@ -14,6 +14,8 @@ struct KeptMessage {
   // The date of the newest backup that tells it, in seconds since 1970; absent where that is the newest of those that
   // tell its whole chat. A newer one may have told a part of the chat alone.
   std::optional<double> lastTold;
+  // The date of the backup whose words these are, where a newer one says less; absent where `lastTold` is that too.
+  std::optional<double> saidAt;
   bool isDeletedLater = false;           // a newer backup says that it was deleted
   std::optional<std::int64_t> sender;    // of KeptPeople; absent for the owner
   std::string_view stanzaID;             // by which others answer it; empty where there is none

@@ -25,12 +25,16 @@ constexpr std::array schema{
     " partner TEXT NOT NULL, avatar TEXT, gone INTEGER NOT NULL, told_at REAL NOT NULL, told BLOB, changed INTEGER NOT "
     "NULL)",
     "CREATE TABLE chat_jid (jid TEXT PRIMARY KEY NOT NULL, chat INTEGER NOT NULL) WITHOUT ROWID",
+    "CREATE TABLE title (chat INTEGER NOT NULL, name TEXT NOT NULL, PRIMARY KEY (chat, name)) WITHOUT ROWID",
+    "CREATE TABLE member (chat INTEGER NOT NULL, jid TEXT NOT NULL, last_told REAL, PRIMARY KEY (chat, jid))"
+    " WITHOUT ROWID",
     "CREATE TABLE sender (id INTEGER PRIMARY KEY, jid TEXT NOT NULL, name TEXT)",
     "CREATE TABLE person (jid TEXT PRIMARY KEY NOT NULL, name TEXT, owner INTEGER NOT NULL) WITHOUT ROWID",
     "CREATE TABLE medium (id INTEGER PRIMARY KEY, path TEXT NOT NULL, folder TEXT, name TEXT, size INTEGER,"
     " date REAL, kind TEXT NOT NULL, chat TEXT NOT NULL, there INTEGER NOT NULL, digest TEXT)",
     "CREATE TABLE message (chat INTEGER NOT NULL, key INTEGER NOT NULL, time REAL, place INTEGER NOT NULL,"
-    " from_me INTEGER NOT NULL, last_told REAL, deleted_later INTEGER NOT NULL, sender INTEGER, stanza TEXT,"
+    " from_me INTEGER NOT NULL, last_told REAL, said_at REAL, deleted_later INTEGER NOT NULL, sender INTEGER, stanza "
+    "TEXT,"
     " text TEXT, medium INTEGER, facts TEXT, page TEXT, PRIMARY KEY (chat, key)) WITHOUT ROWID",
     "CREATE TABLE rendering (chat INTEGER PRIMARY KEY, changed INTEGER NOT NULL, manner BLOB NOT NULL,"
     " folder TEXT NOT NULL, files TEXT NOT NULL, shelf INTEGER NOT NULL, messages INTEGER NOT NULL, preview TEXT NOT "

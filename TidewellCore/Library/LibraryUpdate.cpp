@@ -5,6 +5,7 @@
 #include <set>
 
 #include "TidewellCore/Library/ArchiveOwner.h"
+#include "TidewellCore/Library/ChatPast.h"
 #include "TidewellCore/Library/MessageUnion.h"
 #include "TidewellCore/Library/ToldChat.h"
 #include "TidewellCore/Library/ToldPeople.h"
@@ -45,10 +46,10 @@ class Update {
   explicit Update(Library& library)
       : library_(library),
         transaction_(library.database()),
-        writeMessage_(
-            library.database(),
-            "INSERT OR REPLACE INTO message (chat, key, time, place, from_me, last_told, deleted_later, sender,"
-            " stanza, text, medium, facts, page) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+        writeMessage_(library.database(),
+                      "INSERT OR REPLACE INTO message (chat, key, time, place, from_me, last_told, said_at, "
+                      "deleted_later, sender,"
+                      " stanza, text, medium, facts, page) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
         export_(nextExport(library)),
         newestBackup_(newestBackup(library.database())),
         saved_(library.chats()) {}
@@ -100,6 +101,7 @@ class Update {
     hasChanged_ |= library_.media().save(library_.database());
     hasChanged_ |= library_.people().save(library_.database());
     if (hasChanged_ && source != nullptr) writeExport(*source);
+    if (hasChanged_) noteToldAgain();
     saveChats();
     transaction_.commit();
   }
@@ -128,14 +130,22 @@ class Update {
     ToldChat told = ToldChat::of(source.snapshot, source.scope, jids, library_.people(), library_.media());
     KeptChat& chat = library_.chat(place);
     const bool isPart = !source.scope.hasAllTime();
-    if (!isPart && chat.told == told.digest) return;
+    if (!isPart && chat.told == told.digest) {
+      if (backupDate_ > chat.toldAt) toldAgain_.push_back(place);
+      return;
+    }
     const KeptChat before = chat;
     const double lastTold = KeptChats::lastTold(library_.database(), chat);
     const bool hasNews = unite(place, {told.messages.list, backupDate_, isPart});
     const bool isNewest = backupDate_ >= lastTold;
-    if (isNewest) nameAfter(source.snapshot, jids.front().text(), chat);
+    bool isPastNew = ChatPast::takeTitle(library_.database(), chat.id, told.title);
+    if (!isPart) {
+      isPastNew |= ChatPast::takeMembers(library_.database(), chat.id, {told.members, backupDate_, isNewest}, lastTold);
+    }
+    hasChanged_ |= isPastNew;
+    if (isNewest) nameAfter(jids.front().text(), told, chat);
     // A digest stands for all that is known here, which is more than this once a part of a newer backup was told.
-    if (isPart && (hasNews || chat != before)) chat.told.clear();
+    if (isPart && (hasNews || isPastNew || chat != before)) chat.told.clear();
     if (!isPart && backupDate_ >= chat.toldAt) {
       chat.told = isNewest ? std::move(told.digest) : Bytes();
       chat.toldAt = backupDate_;
@@ -143,10 +153,10 @@ class Update {
     if (chat != before) touch(place);
   }
 
-  static void nameAfter(const ChatStorageSnapshot& snapshot, const std::string& jid, KeptChat& chat) {
+  static void nameAfter(const std::string& jid, const ToldChat& told, KeptChat& chat) {
     chat.jid = jid;
-    chat.name = snapshot.chatTitle(jid);
-    chat.partner = snapshot.partnerName(jid);
+    chat.name = told.title;
+    chat.partner = told.partner;
   }
 
   // Chats that this backup knows for one become one.
@@ -173,6 +183,7 @@ class Update {
     const KeptChat joined = library_.chats()[place];
     const KeptMessages messages = KeptChats::messages(library_.database(), joined.id);
     unite(other, {messages.list, joined.toldAt});
+    ChatPast::join(library_.database(), joined.id, library_.chats()[other].id);
     library_.joinInto(place, other);
     KeptChat& both = library_.chat(other);
     if (joined.toldAt > both.toldAt) {
@@ -193,22 +204,25 @@ class Update {
     const std::int64_t chat = library_.chats()[place].id;
     const double keptAt = library_.chats()[place].toldAt;
     const KeptMessages kept = KeptChats::messages(library_.database(), chat);
+    const auto hasFile = [this](std::int64_t number) {
+      const KeptMedium* medium = library_.media().medium(number);
+      return medium != nullptr && medium->place;
+    };
     TextArena texts;
-    const std::vector<KeptMessage> changes =
-        MessageUnion::changes({kept.list, keptAt}, told, texts, [this](std::int64_t number) {
-          const KeptMedium* medium = library_.media().medium(number);
-          return medium != nullptr && medium->place;
-        });
-    for (const KeptMessage& message : changes) write(chat, message);
-    if (!changes.empty()) touch(place);
-    return !changes.empty();
+    bool hasNews = false;
+    MessageUnion::changes({kept.list, keptAt}, told, texts, hasFile, [&](const KeptMessage& message) {
+      write(chat, message);
+      hasNews = true;
+    });
+    if (hasNews) touch(place);
+    return hasNews;
   }
 
   void write(std::int64_t chat, const KeptMessage& message) {
     writeMessage_.run({chat, message.key, valueOf(message.time), message.placeInSecond, std::int64_t{message.isFromMe},
-                       valueOf(message.lastTold), std::int64_t{message.isDeletedLater}, valueOf(message.sender),
-                       valueOf(message.stanzaID), valueOf(message.text), valueOf(message.medium),
-                       valueOf(message.facts), valueOf(message.page)});
+                       valueOf(message.lastTold), valueOf(message.saidAt), std::int64_t{message.isDeletedLater},
+                       valueOf(message.sender), valueOf(message.stanzaID), valueOf(message.text),
+                       valueOf(message.medium), valueOf(message.facts), valueOf(message.page)});
   }
 
   void writeExport(const LibraryUpdate::Source& source) {
@@ -242,6 +256,11 @@ class Update {
     for (std::size_t place = 0; place < library_.chats().size(); ++place) touch(place);
   }
 
+  // A date alone is no news, and is written beside some.
+  void noteToldAgain() {
+    for (const std::size_t place : toldAgain_) library_.chat(place).toldAt = backupDate_;
+  }
+
   void saveChats() {
     const SQLiteStatement write(
         library_.database(),
@@ -265,7 +284,8 @@ class Update {
   const double newestBackup_;  // the date of the newest backup taken before, in seconds since 1970
   double backupDate_ = 0;
   bool hasChanged_ = false;
-  std::vector<KeptChat> saved_;  // the chats as the file has them
+  std::vector<std::size_t> toldAgain_;  // the places of chats of which this backup tells what an older one did
+  std::vector<KeptChat> saved_;         // the chats as the file has them
 };
 
 }  // namespace

@@ -30,7 +30,7 @@ MediaLedger::MediaLedger(const SQLiteDB& database) {
           throw SQLiteDamage(TidewellError::InvalidDatabase{"The media of the library are not numbered as they were."});
         }
         media_.push_back(mediumOf(row));
-        newest_.insert_or_assign(media_.back().path, media_.size() - 1);
+        index(media_.size() - 1);
       });
   isSettled_.resize(media_.size());
   isUnsaved_.resize(media_.size());
@@ -46,9 +46,35 @@ std::int64_t MediaLedger::enter(std::string_view path) {
   const auto found = newest_.find(path);
   if (found != newest_.end()) return static_cast<std::int64_t>(found->second);
   media_.push_back({.path = std::string(path), .kind = MediaKind::classify(PathText::extension(path))});
-  newest_.insert_or_assign(media_.back().path, media_.size() - 1);
+  index(media_.size() - 1);
   touch(media_.size() - 1);
   return static_cast<std::int64_t>(media_.size() - 1);
+}
+
+// The one that counts for its path from now on.
+void MediaLedger::index(std::size_t number) {
+  const auto [newest, isFirst] = newest_.try_emplace(media_[number].path, number);
+  if (isFirst || newest->second == number) return;
+  former_.emplace(newest->first, newest->second);
+  newest->second = number;
+}
+
+std::size_t MediaLedger::numberOf(const KeptMedium& medium) {
+  const auto [begin, end] = former_.equal_range(medium.path);
+  const auto same = std::find_if(begin, end, [&](const auto& entry) {
+    const KeptMedium& other = media_[entry.second];
+    return other.place == medium.place && other.size == medium.size;
+  });
+  std::size_t number = media_.size();
+  if (same == end) {
+    media_.push_back({.path = medium.path});
+    touch(number);
+  } else {
+    number = same->second;
+    former_.erase(same);
+  }
+  index(number);
+  return number;
 }
 
 void MediaLedger::touch(std::size_t number) {
@@ -68,15 +94,7 @@ void MediaLedger::settle(KeptMedium medium, bool isCopied) {
   if (isSettled_[number]) return;
   const KeptMedium& known = media_[number];
   if (known.place && known.size != medium.size && known.isThere && known.place != medium.place) {
-    const auto same = std::ranges::find_if(media_, [&](const KeptMedium& other) {
-      return other.path == medium.path && other.place == medium.place && other.size == medium.size;
-    });
-    number = static_cast<std::size_t>(same - media_.begin());
-    if (same == media_.end()) {
-      media_.push_back({.path = medium.path});
-      touch(number);
-    }
-    newest_.insert_or_assign(media_[number].path, number);
+    number = numberOf(medium);
   }
   isSettled_[number] = true;
   if (!isCopied && media_[number].size == medium.size) medium.digest = media_[number].digest;

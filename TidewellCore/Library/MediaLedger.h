@@ -59,11 +59,16 @@ class MediaLedger {
   bool save(const SQLiteDB& database);
 
  private:
+  void index(std::size_t number);
+  // The entry of a path for such a file, which is made when there is none.
+  std::size_t numberOf(const KeptMedium& medium);
   void touch(std::size_t number);
   void displace(std::size_t number);
 
   std::deque<KeptMedium> media_;                              // by their numbers; what is entered stays where it is
   std::unordered_map<std::string_view, std::size_t> newest_;  // by path; of texts in media_
+  // The former entries of paths that have several.
+  std::unordered_multimap<std::string_view, std::size_t> former_;
   std::vector<bool> isSettled_;
   std::vector<bool> isUnsaved_;
   std::size_t savedCount_ = 0;

@@ -2,8 +2,6 @@
 
 #include <functional>
 #include <span>
-#include <string>
-#include <vector>
 
 #include "TidewellCore/Library/KeptMessage.h"
 #include "TidewellCore/Platform/TextArena.h"
@@ -29,12 +27,10 @@ struct Side {
   bool isPart = false;
 };
 
-// Those of both that differ from what is kept, with the keys under which they are to be kept. A message is
-// known by its stanza ID, else by its time, sender and content; one that nothing else tells apart is known by
-// its key. What the newer side lacks is gone, but for what a part
-// lacks. The chat is told at the newer date afterwards, but where that is a part's. A told key that is taken gives way
-// to a free one.
-std::vector<KeptMessage> changes(const Side& kept, const Side& told, TextArena& texts,
-                                 const HasFile& hasFile = everyFile);
+// Hands over those of both that differ from what is kept, with the keys under which they are to be kept, as
+// MessageMatching finds them. What the newer side lacks is gone, but for what a part lacks. The chat is told at the
+// newer date afterwards, but where that is a part's. A told key that is taken gives way to a free one.
+void changes(const Side& kept, const Side& told, TextArena& texts, const HasFile& hasFile,
+             const std::function<void(const KeptMessage&)>& take);
 
 }  // namespace MessageUnion

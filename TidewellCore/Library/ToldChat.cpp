@@ -1,5 +1,6 @@
 #include "TidewellCore/Library/ToldChat.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <map>
@@ -123,11 +124,29 @@ class Digest {
   Bytes bytes_;
 };
 
-Bytes digestOf(const std::vector<KeptMessage>& messages, std::string_view title, std::string_view partner) {
+double secondOf(const MessageRecord& record) {
+  return record.date ? std::floor(unixTime(*record.date)) : -std::numeric_limits<double>::infinity();
+}
+
+// Those of all identities of a chat, undated ones first, then oldest first; those of one second by identities.
+std::vector<const MessageRecord*> recordsOf(const ChatStorageSnapshot& snapshot, const Scope& scope,
+                                            const std::vector<CanonicalJID>& jids) {
+  std::vector<const MessageRecord*> records;
+  for (const CanonicalJID& jid : jids) {
+    for (const MessageRecord& record : scope.messages(snapshot, jid)) records.push_back(&record);
+  }
+  const auto second = [](const MessageRecord* record) { return secondOf(*record); };
+  if (jids.size() > 1) std::ranges::stable_sort(records, {}, second);
+  return records;
+}
+
+Bytes digestOf(const ToldChat& told) {
   Digest digest;
-  digest.add(title);
-  digest.add(partner);
-  for (const KeptMessage& message : messages) {
+  digest.add(told.title);
+  digest.add(told.partner);
+  digest.add(std::ssize(told.members));
+  for (const std::string& jid : told.members) digest.add(jid);
+  for (const KeptMessage& message : told.messages.list) {
     digest.add(message.key);
     digest.add(message.time);
     digest.add(message.placeInSecond * 2 + (message.isFromMe ? 1 : 0));
@@ -145,11 +164,12 @@ Bytes digestOf(const std::vector<KeptMessage>& messages, std::string_view title,
 ToldChat ToldChat::of(const ChatStorageSnapshot& snapshot, const Scope& scope, const std::vector<CanonicalJID>& jids,
                       KeptPeople& people, MediaLedger& ledger) {
   Telling telling(snapshot, people, ledger);
-  for (const CanonicalJID& jid : jids) {
-    for (const MessageRecord& record : scope.messages(snapshot, jid)) telling.add(record);
-  }
-  ToldChat told{.messages = telling.finish()};
+  for (const MessageRecord* record : recordsOf(snapshot, scope, jids)) telling.add(*record);
   const std::string& jid = jids.front().text();
-  told.digest = digestOf(told.messages.list, snapshot.chatTitle(jid), snapshot.partnerName(jid));
+  ToldChat told{.messages = telling.finish(),
+                .title = snapshot.chatTitle(jid),
+                .partner = snapshot.partnerName(jid),
+                .members = snapshot.memberJIDs(jids.front())};
+  told.digest = digestOf(told);
   return told;
 }

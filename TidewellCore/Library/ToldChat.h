@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "TidewellCore/ChatData/Scope.h"
@@ -10,7 +11,10 @@
 // What a backup tells of one chat, under one JID or several, as the library would keep it.
 struct ToldChat {
   KeptMessages messages;  // in their order; their texts are the snapshot's or its own
-  Bytes digest;           // of the messages and of what the chat is called
+  std::string title;
+  std::string partner;               // as KeptChat::partner
+  std::vector<std::string> members;  // of a group, by their canonical JIDs, ascending
+  Bytes digest;                      // of all of that
 
   // Those messages that are in the scope. Enters those who wrote into `people`, and the files into `ledger`. Two
   // records of one message, under a person's two identities, are told once.
