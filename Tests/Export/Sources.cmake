@@ -21,6 +21,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/ExporterTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/FormerFoldersTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/KnownMediaTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/LibraryFoldersTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MediaCopierTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/NamedFailuresTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/OnTheDiskTests.cpp

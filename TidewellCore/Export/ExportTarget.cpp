@@ -83,12 +83,12 @@ void ExportTarget::requireSpace(std::int64_t bytes) const {
   throw TidewellError::ioFailure("Not enough free space — choose another folder");
 }
 
-void ExportTarget::flush(const ChatFolders& chatFolders) const try {
+void ExportTarget::flush(const std::vector<std::string>& chatFolders) const try {
   if (disk_.flush()) return;
   const fs::path viewer = contentRoot_ / FolderNames::viewer;
   std::vector<fs::path> folders{destination_, contentRoot_, viewer, viewer / FolderNames::viewerData,
                                 contentRoot_ / FolderNames::avatars};
-  for (const auto& [jid, folder] : chatFolders) folders.push_back(contentRoot_ / PathText::path(folder));
+  for (const std::string& folder : chatFolders) folders.push_back(contentRoot_ / PathText::path(folder));
   for (const fs::path& folder : folders) {
     if (Files::kindOf(folder) == Files::Kind::folder) Files::flush(folder);
   }

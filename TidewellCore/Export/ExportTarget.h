@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <string>
 #include <vector>
 
 #include "TidewellCore/Destination/DestinationIndex.h"
@@ -33,8 +34,8 @@ class ExportTarget {
 
   void requireSpace(std::int64_t bytes) const;
   // Returns when all that was written, the names in its folders included, is on
-  // the disk. `chatFolders` are in the content root.
-  void flush(const ChatFolders& chatFolders) const;
+  // the disk. `chatFolders` are in the content root; an empty name is none.
+  void flush(const std::vector<std::string>& chatFolders) const;
 
  private:
   void includeVolumes();

@@ -168,6 +168,10 @@ void Renderings::save(const SQLiteDB& database) const {
   saveShelves(database, *this, before);
 }
 
+void Renderings::doubt() {
+  for (auto& [number, chat] : chats) chat.manner.clear();
+}
+
 void Renderings::forget(const SQLiteDB& database) {
   for (const char* table : {"rendering", "block"}) {
     database.forEachRow(std::string("DELETE FROM ").append(table), [](const SQLiteRowView&) {});
