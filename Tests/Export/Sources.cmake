@@ -31,6 +31,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/ProgressReporterTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/RenderingPlanTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/RenderingTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/RerenderingTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/SelectionExportTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/VerificationTests.cpp)
 

@@ -24,6 +24,10 @@ class ExportTarget {
   // Nothing is exported into a backup, be it another than the one that is read.
   ExportTarget(const std::filesystem::path& destination, const std::filesystem::path& backup, const Check& check);
 
+  // One that holds an export, to be written to again: locks it and leaves it as it is, but for working files of
+  // runs that were ended.
+  static ExportTarget standing(const std::filesystem::path& destination);
+
   const std::filesystem::path& destination() const { return destination_; }
   const std::filesystem::path& contentRoot() const { return contentRoot_; }
   const DestinationLock& lock() const { return lock_; }
@@ -38,6 +42,8 @@ class ExportTarget {
   void flush(const std::vector<std::string>& chatFolders) const;
 
  private:
+  struct Standing {};
+  ExportTarget(const std::filesystem::path& destination, Standing);
   void includeVolumes();
 
   std::filesystem::path destination_;
