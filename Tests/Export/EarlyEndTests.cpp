@@ -193,7 +193,7 @@ TEST_P(EarlyEndTest, WhatCannotBeLookedAtIsNeitherABackupNorGone) {
   enum { known, unknown, taken };
   const int result = Fixture::asUnprivilegedUser([&] {
     try {
-      EarlyEnd::requireBackup({.backup = scene.backup, .destination = &scene.destination});
+      EarlyEnd::requireBackup({.backup = &scene.backup, .destination = &scene.destination});
     } catch (const TidewellError&) {
       return taken;
     }

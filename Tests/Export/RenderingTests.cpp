@@ -206,4 +206,28 @@ TEST_F(RenderingTest, AMemoryThatLeadsElsewhereIsPassedOver) {
   EXPECT_EQ(ExportTest::filesBelow(scene.destination), pages);
 }
 
+// A new shelf is the one after the last.
+TEST_F(RenderingTest, AMemoryOfNumbersThatNobodyGaveIsPassedOver) {
+  const auto pages = ExportTest::filesBelow(scene.destination);
+  for (const char* change :
+       {"UPDATE rendering SET shelf = 9223372036854775807", "UPDATE rendering SET shelf = -5",
+        "UPDATE block SET shelf = 9223372036854775807", "UPDATE rendering SET messages = 9223372036854775807",
+        "UPDATE rendering SET messages = -9223372036854775808",
+        "UPDATE rendering SET absent = '{\"photos\":9223372036854775807,\"videos\":9223372036854775807}'",
+        "UPDATE block SET parts = replace(parts, ',0,', ',9223372036854775807,')"}) {
+    {
+      const SQLiteDB library((scene.content / LibraryFile::fileName).string(), SQLiteDB::OpenMode::kept);
+      SQLiteTransaction transaction(library);
+      library.query(change, {}, [](const SQLiteRow&) {});
+      transaction.commit();
+    }
+    EXPECT_GE(run().unresolvedArchiveLinkCount, 0) << change;
+    EXPECT_EQ(ExportTest::filesBelow(scene.destination), pages) << change;
+    const Renderings kept = Renderings::load(LibraryFile::look(scene.content));
+    EXPECT_EQ(kept.chats.size(), 3U) << change;
+    for (const auto& [number, chat] : kept.chats) EXPECT_LT(chat.shelf, 10) << change;
+    for (const auto& [number, blocks] : kept.shelves) EXPECT_LT(number, 10) << change;
+  }
+}
+
 }  // namespace

@@ -22,6 +22,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/FormerFoldersTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/GrowingArchiveTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/KnownMediaTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/LibraryFoldersTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MediaCopierTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MovedFilesTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/NamedFailuresTests.cpp
@@ -32,6 +33,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/ProgressReporterTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/RenderingPlanTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/RenderingTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/RerenderingTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/SelectionExportTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/VerificationTests.cpp)
 

@@ -278,6 +278,42 @@ TEST(Library, APageIDThatLeadsElsewhereIsDamage) {
   EXPECT_THAT(scene.library.warnings(), SizeIs(1));
 }
 
+// Whatever somebody made of the file: nothing is added to such numbers, and nothing is lost of what stands aside.
+TEST(Library, OneThatContradictsItselfIsDamage) {
+  const std::vector<std::string> changes{
+      "UPDATE export SET id = 9223372036854775807",
+      "UPDATE export SET id = -3",
+      "UPDATE chat SET changed = 9223372036854775807",
+      "UPDATE chat SET changed = 'late'",
+      "INSERT INTO chat (id, jid, name, page, partner, gone, told_at, changed)"
+      " VALUES (9223372036854775807, 'x', '', 'x', '', 0, 0, 1)",
+      "DELETE FROM chat_jid",
+      "UPDATE chat_jid SET chat = 7",
+      "INSERT INTO chat_jid VALUES ('x', 7)",
+      "UPDATE message SET chat = 7",
+      "UPDATE message SET chat = 'mine' WHERE key = 2",
+      "UPDATE message SET chat = -1",
+      "DELETE FROM chat",
+      "INSERT INTO medium VALUES (0, 'p', 'f', 'n', -1, NULL, 'photos', 'x', 1, NULL)",
+  };
+  for (const std::string& change : changes) {
+    LibraryScene scene;
+    scene.take(snapshotOf({{ana, "Ana"}}, {{1, 10, "one", "A"}, {2, 11, "two", "B"}}));
+    scene.library.database().query(change, {}, [](const SQLiteRow&) {});
+    scene.reopen();
+    EXPECT_THAT(scene.library.warnings(), SizeIs(1)) << change;
+    EXPECT_TRUE(scene.library.isNew()) << change;
+  }
+}
+
+TEST(Library, ManyChatsAndMessagesContradictNothing) {
+  LibraryScene scene;
+  scene.take(snapshotOf({{ana, "Ana"}, {bea, "Bea"}}, {{1, 10, "one", "A"}, {2, 11, "two", "B"}}));
+  scene.reopen();
+  EXPECT_THAT(scene.library.warnings(), IsEmpty());
+  EXPECT_THAT(scene.library.chats(), SizeIs(2));
+}
+
 TEST(Library, ALaterVersionsIsLeftAlone) {
   LibraryScene scene;
   scene.library.database().query("PRAGMA user_version = 99", {}, [](const SQLiteRow&) {});

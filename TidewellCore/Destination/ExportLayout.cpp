@@ -135,7 +135,7 @@ struct Migration {
   }
 };
 
-void removePartials(const fs::path& folder) try {
+void removePartialsIn(const fs::path& folder) try {
   for (const Files::Entry& entry : Files::list(folder)) {
     const bool isPartial = OwnFiles::kindOf(entry.name) == OwnFiles::Kind::partial;
     if (isPartial) Files::removeTree(folder / PathText::path(entry.name));
@@ -151,15 +151,6 @@ void freeMemories(const fs::path& content) {
   }
 }
 
-void removeAllPartials(const fs::path& destination, const fs::path& content) {
-  removePartials(destination);
-  removePartials(content);
-  removePartials(content / FolderNames::viewer);
-  removePartials(content / FolderNames::viewer / FolderNames::viewerData);
-  removePartials(content / FolderNames::avatars);
-  for (const std::string& folder : FolderAllocator::existingChatFolders(content)) removePartials(content / folder);
-}
-
 }  // namespace
 
 fs::path ExportLayout::prepare(const fs::path& destination, const fs::path& untouched) {
@@ -168,7 +159,7 @@ fs::path ExportLayout::prepare(const fs::path& destination, const fs::path& unto
   makeContentRoot(destination);
   const fs::path content = destination / FolderNames::content;
   freeMemories(content);
-  removeAllPartials(destination, content);
+  removePartials(destination, content);
   std::vector<Files::Entry> entries = Files::list(destination);
   // A link is none of an export's making, and may lead elsewhere once it is moved.
   std::erase_if(entries, [&](const Files::Entry& entry) {
@@ -180,6 +171,17 @@ fs::path ExportLayout::prepare(const fs::path& destination, const fs::path& unto
                             .isOlderExport = hasSignOfOlderExport(entries)};
   migration.run(entries);
   return content;
+}
+
+void ExportLayout::removePartials(const fs::path& destination, const fs::path& contentRoot) {
+  removePartialsIn(destination);
+  removePartialsIn(contentRoot);
+  removePartialsIn(contentRoot / FolderNames::viewer);
+  removePartialsIn(contentRoot / FolderNames::viewer / FolderNames::viewerData);
+  removePartialsIn(contentRoot / FolderNames::avatars);
+  for (const std::string& folder : FolderAllocator::existingChatFolders(contentRoot)) {
+    removePartialsIn(contentRoot / folder);
+  }
 }
 
 fs::path ExportLayout::resolveContentRoot(const fs::path& destination) {

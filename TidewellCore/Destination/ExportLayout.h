@@ -13,6 +13,9 @@ namespace ExportLayout {
 // holds it, stays where it is. Throws what the file system reports.
 std::filesystem::path prepare(const std::filesystem::path& destination, const std::filesystem::path& untouched);
 
+// Removes what interrupted runs left of files that they were writing.
+void removePartials(const std::filesystem::path& destination, const std::filesystem::path& contentRoot);
+
 // The content root of a destination that may be an older export, or the content root itself.
 std::filesystem::path resolveContentRoot(const std::filesystem::path& destination);
 bool looksLikeContentRoot(const std::filesystem::path& folder);

@@ -5,12 +5,10 @@
 #include "TidewellCore/Archive/ArchiveScripts.h"
 #include "TidewellCore/Archive/ChatLines.h"
 #include "TidewellCore/Archive/MessageFiles.h"
-#include "TidewellCore/Archive/ProfilePictures.h"
 #include "TidewellCore/Archive/TranscriptWriter.h"
 #include "TidewellCore/ChatData/JID.h"
 #include "TidewellCore/Crypto/CryptoShim.h"
 #include "TidewellCore/Edition.h"
-#include "TidewellCore/Export/EarlyEnd.h"
 #include "TidewellCore/Export/RenderingPlan.h"
 #include "TidewellCore/FolderNames.h"
 #include "TidewellCore/MakeRoom.h"
@@ -21,26 +19,28 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// Where a chat's picture stands, from the content root.
+std::optional<std::string> pictureOf(const KeptChat& chat, const ArchiveExport::Source& source,
+                                     const fs::path& contentRoot) {
+  const auto copied = source.pictures.find(chat.page);
+  if (copied != source.pictures.end()) return copied->second;
+  const bool stands = chat.avatar && Files::isRegularFile(contentRoot / PathText::path(*chat.avatar));
+  return stands ? chat.avatar : std::nullopt;
+}
+
 // Every chat of the library as pages show it, without messages, in the library's order.
 std::vector<ArchiveChat> shownChats(const ArchiveExport::Source& source, const fs::path& contentRoot) {
   const std::vector<KeptChat>& kept = source.library.chats();
-  std::vector<std::string> folders(kept.size());
-  for (const PlannedChat& chat : source.chats) {
-    for (const std::size_t place : source.library.chatsOf({chat.jid.text()})) {
-      if (folders[place].empty() || chat.isInExport) folders[place] = chat.folder;
-    }
-  }
   std::vector<ArchiveChat> chats;
   for (std::size_t place = 0; place < kept.size(); ++place) {
     const KeptChat& chat = kept[place];
     chats.push_back({.id = chat.page,
                      .name = chat.name,
                      .jid = chat.jid,
-                     .folder = folders[place],
+                     .folder = source.folders[place],
                      .isGroup = JID::isGroup(chat.jid),
+                     .avatarRelativePath = pictureOf(chat, source, contentRoot),
                      .isGone = chat.isGone});
-    const bool hasPicture = chat.avatar && Files::isRegularFile(contentRoot / PathText::path(*chat.avatar));
-    if (hasPicture) chats.back().avatarRelativePath = chat.avatar;
   }
   return chats;
 }
@@ -70,7 +70,9 @@ class Writing {
 
   ArchiveExport::Outcome run() {
     progress_.begin(ExportProgress::Phase::writingTranscripts, static_cast<std::int64_t>(chats_.size()));
-    copyPictures();
+    for (const ArchiveChat& chat : chats_) {
+      if (chat.avatarRelativePath) outcome_.pages.pictures.emplace(chat.id, *chat.avatarRelativePath);
+    }
     ChatArchiveWriter archive(setting_.archive);
     for (const RenderingPlan::Shelf& shelf : plan().shelves) {
       if (shelf.isStale) {
@@ -87,27 +89,15 @@ class Writing {
   const ChatArchiveWriter::Setting& archive() const { return setting_.archive; }
   const KeptChat& kept(std::size_t number) const { return source_.library.chats()[number]; }
 
-  void copyPictures() {
-    const auto lost = [this](const std::exception& error, const ProfilePictures::Loss& loss) {
-      failures_.add(error,
-                    {.name = loss.name, .chat = loss.chat.name, .reason = CopyFailures::reasonOf(error, loss.source)});
-    };
-    ProfilePictures::attachAndCopy(chats_, source_.backup, archive().contentRoot, lost, isCancelled_);
-    // An archive without pictures would look whole.
-    EarlyEnd::requireBackup({.backup = source_.backup.opened.url(), .destination = &archive().destination});
-    for (const ArchiveChat& chat : chats_) {
-      if (chat.avatarRelativePath) outcome_.pages.pictures.emplace(chat.id, *chat.avatarRelativePath);
-    }
-  }
-
   RenderingPlan plan() const {
     const SQLiteDB& library = source_.library.database();
+    Renderings known = Renderings::load(library);
+    if (setting_.isAllStale) known.doubt();
     std::vector<RenderingPlan::Subject> subjects;
     for (std::size_t number = 0; number < chats_.size(); ++number) {
       subjects.push_back({.kept = &kept(number), .manner = mannerOf(chats_[number]), .files = filesOf(chats_[number])});
     }
-    return RenderingPlan::make(subjects, Renderings::load(library), library,
-                               ChatArchiveWriter::dataFolder(archive().contentRoot));
+    return RenderingPlan::make(subjects, known, library, ChatArchiveWriter::dataFolder(archive().contentRoot));
   }
 
   // All that a chat's pages depend on beside what KeptChat::changed stands for.

@@ -1,23 +1,21 @@
 #pragma once
 
-#include <vector>
-
 #include "TidewellCore/Archive/ChatArchiveWriter.h"
-#include "TidewellCore/ChatData/BackupSource.h"
 #include "TidewellCore/Export/FailureLog.h"
-#include "TidewellCore/Export/PlannedChat.h"
+#include "TidewellCore/Export/LibraryFolders.h"
+#include "TidewellCore/Export/PictureExport.h"
 #include "TidewellCore/Export/ProgressReporter.h"
 #include "TidewellCore/Library/LibraryUpdate.h"
 #include "TidewellCore/MessageFormat.h"
 
 // The part of an export that people read: the transcripts in the chats'
-// folders, the profile pictures and the Chat Archive.
+// folders and the Chat Archive. It is made from the library alone.
 namespace ArchiveExport {
 
 struct Source {
-  const BackupSource& backup;             // for the profile pictures
-  const std::vector<PlannedChat>& chats;  // for the chats' folders
-  const Library& library;                 // for all that is told
+  const Library& library;                   // for all that is told
+  const LibraryFolders::Folders& folders;   // of its chats
+  const PictureExport::Pictures& pictures;  // that were copied since the library was told of pictures
 };
 
 struct Setting {
@@ -25,6 +23,7 @@ struct Setting {
   Locale locale;            // of the dates in transcripts
   const MediaKinds& kinds;  // that the export was asked for
   const MessageFormats& formats;
+  bool isAllStale = false;  // every page is made, and written where the file has other bytes
 };
 
 struct Outcome {
@@ -36,7 +35,7 @@ struct Outcome {
 
 // Makes the pages of the chats that changed since the library was told of theirs, and of those whose files do not
 // stand as they were left. Holds one chat's messages in memory at a time. What cannot be written of one
-// chat, or is no longer in the backup, is recorded in `failures`; what concerns the whole
+// chat is recorded in `failures`; what concerns the whole
 // archive is thrown as the file system reports it. Throws TidewellError::cancelled.
 Outcome write(const Source& source, const Setting& setting, FailureLog& failures, const CancellationCheck& isCancelled,
               ProgressReporter& progress);

@@ -21,15 +21,23 @@ bool isInDestination(const std::exception& error, const EarlyEnd::Places& places
   return !relative.empty() && *relative.begin() != "..";
 }
 
+// Another folder helps who has the backup.
+const char* whenFull(const EarlyEnd::Places& places) {
+  return places.backup == nullptr ? EarlyEnd::fullExport : EarlyEnd::fullDestination;
+}
+const char* whenBroken(const EarlyEnd::Places& places) {
+  return places.backup == nullptr ? EarlyEnd::exportBroken : EarlyEnd::destinationBroken;
+}
+
 // Writes as an export does: a broken disk may still tell what it told before.
-void requireDestination(const fs::path& destination) {
-  const fs::path trial = destination / Files::partialName();
+void requireDestination(const EarlyEnd::Places& places) {
+  const fs::path trial = *places.destination / Files::partialName();
   try {
     Files::writeAtomically(trial, "x");
     Files::remove(trial);
   } catch (const fs::filesystem_error& error) {
     if (EarlyEnd::isFullDisk(error)) throw;
-    throw TidewellError::ioFailure(EarlyEnd::destinationBroken);
+    throw TidewellError::ioFailure(whenBroken(places));
   }
 }
 
@@ -62,7 +70,7 @@ bool EarlyEnd::isBackup(const fs::path& folder) {
 }
 
 void EarlyEnd::requireBackup(const Places& places) {
-  if (!isKnown([&] { return !isBackup(places.backup); })) return;
+  if (places.backup == nullptr || !isKnown([&] { return !isBackup(*places.backup); })) return;
   throw TidewellError::ioFailure(places.destination == nullptr ? backupGoneWhileRead : backupGone);
 }
 
@@ -81,18 +89,18 @@ bool EarlyEnd::isOfDisk(const std::exception& error) {
 void EarlyEnd::throwWhenDue(const std::exception& error, const Places& places) {
   if (TidewellError::isCancellation(error) || isFullDisk(error)) throw;
   requireBackup(places);
-  if (isInDestination(error, places) && mayBeOfDestination(error)) requireDestination(*places.destination);
+  if (isInDestination(error, places) && mayBeOfDestination(error)) requireDestination(places);
 }
 
 void EarlyEnd::rethrow(const std::exception& error, const Places& places, bool wasBackup) {
   if (TidewellError::isCancellation(error)) throw;
   if (isFullDisk(error)) {
-    throw TidewellError::ioFailure(isInDestination(error, places) ? fullDestination : fullTemporaryFolder);
+    throw TidewellError::ioFailure(isInDestination(error, places) ? whenFull(places) : fullTemporaryFolder);
   }
   if (isInDestination(error, places) && isTakenAway(*places.destination)) {
     throw TidewellError::destinationNotWritable(PathText::text(*places.destination));
   }
   if (wasBackup) requireBackup(places);
-  if (isInDestination(error, places) && isOfDisk(error)) throw TidewellError::ioFailure(destinationBroken);
+  if (isInDestination(error, places) && isOfDisk(error)) throw TidewellError::ioFailure(whenBroken(places));
   throw;
 }

@@ -17,12 +17,16 @@ inline constexpr const char* backupGone =
 inline constexpr const char* destinationBroken =
     "The disk of the destination folder takes nothing any more. Connect it again or choose another folder, then export "
     "again. What was copied so far is kept.";
+inline constexpr const char* fullExport = "The disk is full. Free some space, then try again.";
+inline constexpr const char* exportBroken =
+    "The disk of this folder takes nothing any more. Connect it again, then try again.";
 inline constexpr const char* backupGoneWhileRead =
     "The backup was moved or removed. Put it back or connect its disk again, then try again.";
 
-// What a run reads and writes. A scan has no destination. The paths must outlive the run.
+// What a run reads and writes. A scan has no destination, and what makes pages again no backup. The paths must
+// outlive the run.
 struct Places {
-  const std::filesystem::path& backup;
+  const std::filesystem::path* backup = nullptr;
   const std::filesystem::path* destination = nullptr;
 };
 
@@ -45,7 +49,7 @@ void throwWhenDue(const std::exception& error, const Places& places);
 // Runs `work` and has its failures tell what they come from.
 template <typename Work>
 auto explained(const Places& places, Work work) {
-  const bool wasBackup = isBackup(places.backup);
+  const bool wasBackup = places.backup != nullptr && isBackup(*places.backup);
   try {
     return work();
   } catch (const std::exception& error) {

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <string>
 #include <vector>
 
 #include "TidewellCore/Destination/DestinationIndex.h"
@@ -23,6 +24,10 @@ class ExportTarget {
   // Nothing is exported into a backup, be it another than the one that is read.
   ExportTarget(const std::filesystem::path& destination, const std::filesystem::path& backup, const Check& check);
 
+  // One that holds an export, to be written to again: locks it and leaves it as it is, but for working files of
+  // runs that were ended.
+  static ExportTarget standing(const std::filesystem::path& destination);
+
   const std::filesystem::path& destination() const { return destination_; }
   const std::filesystem::path& contentRoot() const { return contentRoot_; }
   const DestinationLock& lock() const { return lock_; }
@@ -33,10 +38,12 @@ class ExportTarget {
 
   void requireSpace(std::int64_t bytes) const;
   // Returns when all that was written, the names in its folders included, is on
-  // the disk. `chatFolders` are in the content root.
-  void flush(const ChatFolders& chatFolders) const;
+  // the disk. `chatFolders` are in the content root; an empty name is none.
+  void flush(const std::vector<std::string>& chatFolders) const;
 
  private:
+  struct Standing {};
+  ExportTarget(const std::filesystem::path& destination, Standing);
   void includeVolumes();
 
   std::filesystem::path destination_;

@@ -22,8 +22,10 @@
 #include "TidewellCore/Export/ExportTarget.h"
 #include "TidewellCore/Export/FailureLog.h"
 #include "TidewellCore/Export/FormerFolders.h"
+#include "TidewellCore/Export/LibraryFolders.h"
 #include "TidewellCore/Export/MediaCopying.h"
 #include "TidewellCore/Export/MovedFiles.h"
+#include "TidewellCore/Export/PictureExport.h"
 #include "TidewellCore/Export/ProgressReporter.h"
 #include "TidewellCore/FileNaming.h"
 #include "TidewellCore/Library/ArchiveOwner.h"
@@ -165,12 +167,14 @@ class Writing {
       takeIn();
       const LibraryUpdate::Pages pages = writeArchive(progress);
       remember();
-      target_.flush(folders_);  // what the library knows of pages is never ahead of them
+      target_.flush(folderNames());  // what the library knows of pages is never ahead of them
       LibraryUpdate::takePages(library_, pages);
     } else {
       LibraryUpdate::takeMedia(library_, source_.snapshot);
-      target_.flush(folders_);
+      target_.flush(folderNames());
     }
+    summary_.failures = failures_.failures();
+    summary_.failedCount = std::ssize(summary_.failures);
     return std::move(summary_);
   }
 
@@ -289,6 +293,12 @@ class Writing {
     };
   }
 
+  std::vector<std::string> folderNames() const {
+    std::vector<std::string> names;
+    for (const auto& [jid, folder] : folders_) names.push_back(folder);
+    return names;
+  }
+
   void warnOfLoss(const std::string& warning) {
     summary_.warnings.push_back(warning);
     summary_.mayBeIncomplete = true;
@@ -296,8 +306,11 @@ class Writing {
   }
 
   LibraryUpdate::Pages writeArchive(ProgressReporter& progress) {
+    const PictureExport::Pictures pictures = PictureExport::copy(
+        source_, library_, {target_.destination(), target_.contentRoot()}, failures_, control_.isCancelled);
+    const LibraryFolders::Folders folders = LibraryFolders::planned(library_, plan_.chats);
     ArchiveExport::Outcome outcome =
-        ArchiveExport::write({.backup = source_, .chats = plan_.chats, .library = library_},
+        ArchiveExport::write({.library = library_, .folders = folders, .pictures = pictures},
                              {.archive = {.destination = target_.destination(),
                                           .contentRoot = target_.contentRoot(),
                                           .style = exporter_.transcriptStyle,
@@ -325,7 +338,7 @@ class Writing {
   const ChatFolders folders_ = PlannedChats::folders(plan_.chats);
   ExportSummary summary_{.destination = job_.destination,
                          .chatFolderCount = static_cast<std::int64_t>(folders_.size())};
-  FailureLog failures_{{.backup = job_.backup, .destination = &job_.destination}, summary_};
+  FailureLog failures_{{.backup = &job_.backup, .destination = &job_.destination}};
 };
 
 }  // namespace
@@ -333,13 +346,13 @@ class Writing {
 BackupInfo Exporter::inspect(const fs::path& backup) const { return BackupInspector::inspect(backup); }
 
 ScanResult Exporter::scan(const ScanJob& job, const CancellationCheck& isCancelled) const {
-  return begin({.backup = job.backup}, [&] {
+  return begin({.backup = &job.backup}, [&] {
     std::optional<PasswordKey> used;
     OpenedBackup opened = OpenedBackup::open(job.backup, job.password, {.isCancelled = isCancelled}, job.unlockReport,
                                              {.used = job.passwordKey == nullptr ? nullptr : &used});
     throwIfCancelled(isCancelled);
     const BackupSource source = BackupSource::load(std::move(opened), isCancelled);
-    EarlyEnd::requireBackup({.backup = job.backup});
+    EarlyEnd::requireBackup({.backup = &job.backup});
     ScanResult result = ScanSummary::summarize(source, Scope::of(job.selection, source, timeZone), locale);
     if (job.passwordKey != nullptr) *job.passwordKey = std::move(used);
     return result;
@@ -349,7 +362,7 @@ ScanResult Exporter::scan(const ScanJob& job, const CancellationCheck& isCancell
 ExportSummary Exporter::exportBackup(const ExportJob& wish, const RunControl& control) const {
   ExportJob job = wish;
   job.destination = ExportDestination::meant(job.destination);
-  return begin({.backup = job.backup, .destination = &job.destination}, [&] { return runExport(job, control); });
+  return begin({.backup = &job.backup, .destination = &job.destination}, [&] { return runExport(job, control); });
 }
 
 ExportSummary Exporter::runExport(const ExportJob& job, const RunControl& control) const {
@@ -362,7 +375,7 @@ ExportSummary Exporter::runExport(const ExportJob& job, const RunControl& contro
   progress.begin(Phase::readingChats);
   const BackupSource source = BackupSource::load(std::move(opened), control.isCancelled, requireWhatsApp);
   // One that was taken away would only lack the names of its contacts.
-  EarlyEnd::requireBackup({.backup = job.backup, .destination = &job.destination});
+  EarlyEnd::requireBackup({.backup = &job.backup, .destination = &job.destination});
   ExportSummary summary = Writing(*this, job, source, control).run(progress);
   progress.begin(Phase::finished);
   return summary;

@@ -2,6 +2,5 @@
 
 void FailureLog::add(const std::exception& error, CopyFailure failure) {
   EarlyEnd::throwWhenDue(error, places_);
-  ++summary_.failedCount;
-  summary_.failures.push_back(std::move(failure));
+  failures_.push_back(std::move(failure));
 }

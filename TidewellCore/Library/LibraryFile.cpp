@@ -4,6 +4,7 @@
 
 #include <array>
 
+#include "TidewellCore/Library/LibraryCheck.h"
 #include "TidewellCore/MakeRoom.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
@@ -104,6 +105,7 @@ bool isUndone(const fs::path& file) {
 SQLiteDB soundDatabase(const fs::path& file) {
   SQLiteDB database = ourDatabase(file, SQLiteDB::OpenMode::kept);
   requireThat(isSound(database));
+  LibraryCheck::requireConsistent(database);
   return database;
 }
 

@@ -18,9 +18,9 @@ class LibraryFile {
   static constexpr const char* fileName = ".tidewell-archive.sqlite";  // in the content root
   static constexpr const char* journalName = ".tidewell-archive.sqlite-journal";
 
-  // Makes it where it is missing. Throws SQLiteDamage for one that is damaged or another
-  // program's, LaterLibrary for one that a later version of this program wrote, and what cannot be
-  // read or written.
+  // Makes it where it is missing. Throws SQLiteDamage for one that is damaged, contradicts itself
+  // (LibraryCheck) or is another program's, LaterLibrary for one that a later version of this program wrote, and what
+  // cannot be read or written.
   static LibraryFile open(const std::filesystem::path& contentRoot);
   // As `open`, but makes none: absent where nothing was kept yet.
   static std::optional<LibraryFile> openIfThere(const std::filesystem::path& contentRoot);

@@ -6,6 +6,7 @@
 
 #include "TidewellCore/Library/ArchiveOwner.h"
 #include "TidewellCore/Library/ChatPast.h"
+#include "TidewellCore/Library/KeptExports.h"
 #include "TidewellCore/Library/MessageUnion.h"
 #include "TidewellCore/Library/ToldChat.h"
 #include "TidewellCore/Library/ToldPeople.h"
@@ -100,8 +101,8 @@ class Update {
     touchChatsOf(library_.media().displaced());
     hasChanged_ |= library_.media().save(library_.database());
     hasChanged_ |= library_.people().save(library_.database());
-    if (hasChanged_ && source != nullptr) writeExport(*source);
     if (hasChanged_) noteToldAgain();
+    if (source != nullptr && (hasChanged_ || speaksAnew(*source))) writeExport(*source);
     saveChats();
     transaction_.commit();
   }
@@ -223,6 +224,12 @@ class Update {
                        valueOf(message.lastTold), valueOf(message.saidAt), std::int64_t{message.isDeletedLater},
                        valueOf(message.sender), valueOf(message.stanzaID), valueOf(message.text),
                        valueOf(message.medium), valueOf(message.facts), valueOf(message.page)});
+  }
+
+  // Pages in another zone or language than those before: whoever makes them again has to know.
+  bool speaksAnew(const LibraryUpdate::Source& source) const {
+    const auto last = KeptExports::lastSpeech(library_.database());
+    return last && *last != KeptExports::Speech{.timeZone = source.timeZone, .locale = source.locale};
   }
 
   void writeExport(const LibraryUpdate::Source& source) {

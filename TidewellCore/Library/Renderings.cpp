@@ -1,6 +1,9 @@
 #include "TidewellCore/Library/Renderings.h"
 
+#include <utility>
+
 #include "TidewellCore/Crypto/CryptoShim.h"
+#include "TidewellCore/Library/LibraryCheck.h"
 #include "TidewellCore/Platform/Base64.h"
 #include "TidewellCore/Platform/Json.h"
 
@@ -12,6 +15,10 @@ constexpr const char* insertChat =
     "INSERT OR REPLACE INTO rendering (chat, changed, manner, folder, files, shelf, messages, preview, last, absent)"
     " VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?)";
 constexpr const char* insertBlock = "INSERT INTO block (shelf, place, file, size, parts) VALUES (?, ?, ?, ?, ?)";
+
+// What is added to others; a larger one is somebody's change of the file.
+bool isCount(std::int64_t number) { return number >= 0 && number <= LibraryCheck::largestNumber; }
+bool isShelf(std::int64_t number) { return number > 0 && isCount(number); }
 
 Json::Object objectOf(std::string_view text) {
   auto json = Json::parse(text);
@@ -48,7 +55,7 @@ std::map<MediaKind, std::int64_t> countsOf(std::string_view text) {
   for (const auto& [name, value] : objectOf(text)) {
     const auto kind = MediaKind::fromRawValue(name);
     const auto* count = value.as<std::int64_t>();
-    if (kind && count != nullptr) counts.emplace(*kind, *count);
+    if (kind && count != nullptr && isCount(*count)) counts.emplace(*kind, *count);
   }
   return counts;
 }
@@ -66,6 +73,7 @@ std::optional<RenderedBlock::Part> partOf(const Json& json) {
   const auto* first = (*fields)[1].as<std::int64_t>();
   const auto* count = (*fields)[2].as<std::int64_t>();
   if (page == nullptr || first == nullptr || count == nullptr) return std::nullopt;
+  if (!isCount(*first) || !isCount(*count)) return std::nullopt;
   return RenderedBlock::Part{.page = *page, .firstMessage = *first, .count = *count};
 }
 
@@ -138,13 +146,19 @@ Renderings Renderings::load(const SQLiteDB& database) {
   Renderings renderings;
   database.forEachRow(
       "SELECT chat, changed, manner, files, shelf, messages, preview, last, absent, folder FROM rendering",
-      [&](const SQLiteRowView& row) { renderings.chats.insert_or_assign(row.integer(0).value_or(0), chatOf(row)); });
-  database.forEachRow(
-      "SELECT shelf, file, size, parts FROM block ORDER BY shelf, place", [&](const SQLiteRowView& row) {
-        renderings.shelves[row.integer(0).value_or(0)].push_back({.file = std::string(row.text(1).value_or("")),
-                                                                  .size = row.integer(2).value_or(0),
-                                                                  .parts = partsOf(row.text(3).value_or(""))});
+      [&](const SQLiteRowView& row) {
+        ChatRendering chat = chatOf(row);
+        if (!isShelf(chat.shelf) || !isCount(chat.messageCount)) return;
+        renderings.chats.insert_or_assign(row.integer(0).value_or(0), std::move(chat));
       });
+  database.forEachRow("SELECT shelf, file, size, parts FROM block ORDER BY shelf, place",
+                      [&](const SQLiteRowView& row) {
+                        const std::int64_t shelf = row.integer(0).value_or(0);
+                        if (!isShelf(shelf)) return;
+                        renderings.shelves[shelf].push_back({.file = std::string(row.text(1).value_or("")),
+                                                             .size = row.integer(2).value_or(0),
+                                                             .parts = partsOf(row.text(3).value_or(""))});
+                      });
   return renderings;
 }
 
@@ -152,6 +166,10 @@ void Renderings::save(const SQLiteDB& database) const {
   const Renderings before = load(database);
   saveChats(database, *this, before);
   saveShelves(database, *this, before);
+}
+
+void Renderings::doubt() {
+  for (auto& [number, chat] : chats) chat.manner.clear();
 }
 
 void Renderings::forget(const SQLiteDB& database) {

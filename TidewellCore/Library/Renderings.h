@@ -65,6 +65,8 @@ struct Renderings {
   static Renderings load(const SQLiteDB& database);
   // Writes what is new, in the caller's transaction.
   void save(const SQLiteDB& database) const;
+  // From now on no chat's pages are known to be right. Which shelves they stand on stays known.
+  void doubt();
   // Forgets all of them, in the caller's transaction.
   static void forget(const SQLiteDB& database);
 
