@@ -12,6 +12,7 @@
 #include "Tests/Export/ArchiveReading.h"
 #include "Tests/Export/ExportScene.h"
 #include "TidewellCore/Export/Verification.h"
+#include "TidewellCore/FolderNames.h"
 #include "TidewellCore/Library/LibraryFile.h"
 
 namespace {
@@ -190,6 +191,26 @@ TEST_F(GrowingArchiveTest, ItsNewestStateComesBackWhenAllIsExportedOnceMore) {
   const auto before = ExportTest::filesBelow(scene.destination);
   for (const int number : {1, 0, 2}) exportBackup(number);
   EXPECT_EQ(ExportTest::filesBelow(scene.destination), before);
+}
+
+TEST_F(GrowingArchiveTest, AnOlderBackupBringsNoOlderPicture) {
+  const auto exportWith = [this](const std::string& picture, std::int64_t backupTime) {
+    scene.contents = ExportTest::smallBackup();
+    scene.contents.backupTime = backupTime;
+    scene.contents.whatsApp.files = {
+        Fixture::profilePicture("5511900001111", backupTime / 1'000'000, ExportTest::picture(picture))};
+    fs::remove_all(scene.backup);
+    scene.write();
+    scene.run(ExportTest::everything);
+  };
+  exportWith("today", 1'730'000'000);
+  const auto before = ExportTest::filesBelow(scene.destination);
+  exportWith("as a child", 1'700'000'000);
+  EXPECT_EQ(ExportTest::filesBelow(scene.destination), before);
+  fs::remove_all(scene.content / FolderNames::avatars);
+  exportWith("as a child", 1'700'000'000);
+  const fs::path picture = scene.content / ExportTest::textIn(ExportTest::listedChat(scene.content, "Ana"), "avatar");
+  EXPECT_EQ(Fixture::readFile(picture), ExportTest::picture("as a child"));
 }
 
 // Berlin, Tokyo and Egypt.

@@ -7,6 +7,7 @@
 
 #include "Tests/Export/ExportScene.h"
 #include "Tests/Library/LibraryRows.h"
+#include "TidewellCore/Archive/MessageFiles.h"
 #include "TidewellCore/FolderNames.h"
 #include "TidewellCore/Library/LibraryFile.h"
 #include "TidewellCore/Library/Renderings.h"
@@ -153,8 +154,8 @@ TEST_F(RenderingTest, SoDoesOneThatAnExportWithoutTranscriptsMissed) {
   }
 }
 
-// Files for other programs are left alone by an export that does not ask for them, and so are the pages.
-TEST_F(RenderingTest, WantingFewerFormatsMakesNothingAnew) {
+// Files for other programs tell what the other pages do, also after an export that does not ask for them.
+TEST_F(RenderingTest, FilesForProgramsThatStandDoNotGrowOld) {
   const Exporter exporter;
   const auto save = [&](MessageFormats formats) {
     return exporter.exportBackup({.backup = scene.backup,
@@ -165,10 +166,16 @@ TEST_F(RenderingTest, WantingFewerFormatsMakesNothingAnew) {
   };
   EXPECT_EQ(save({MessageFormat::json}).transcriptCount, 9);
   setMark(transcriptOf("Ana"));
-  EXPECT_EQ(save({}).transcriptCount, 6);
-  EXPECT_TRUE(hasMark(transcriptOf("Ana")));
+  EXPECT_EQ(save({}).transcriptCount, 9);
+  EXPECT_TRUE(hasMark(transcriptOf("Ana"))) << "nothing is made anew";
   EXPECT_EQ(save({MessageFormat::json, MessageFormat::csv}).transcriptCount, 12);
   EXPECT_FALSE(hasMark(transcriptOf("Ana")));
+  scene.contents.whatsApp.messages.push_back({.chat = 3, .date = firstDate + 7200, .text = "good night"});
+  scene.write();
+  save({});
+  for (const MessageFormat format : {MessageFormat::json, MessageFormat::csv}) {
+    EXPECT_THAT(textOf(scene.content / "Bea" / MessageFiles::nameOf(format)), HasSubstr("good night"));
+  }
 }
 
 TEST_F(RenderingTest, ARenamedContactMakesTheirPages) {

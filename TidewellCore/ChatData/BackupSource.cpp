@@ -5,6 +5,11 @@
 
 #include "TidewellCore/ChatData/SnapshotLoader.h"
 
+void BackupSource::forget() {
+  manifest = {};
+  snapshot = ChatStorageSnapshot();
+}
+
 BackupSource BackupSource::load(OpenedBackup opened, const CancellationCheck& isCancelled,
                                 const std::function<void(const ManifestStore&)>& require) {
   ManifestStore manifest =

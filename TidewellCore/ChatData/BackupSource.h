@@ -18,6 +18,9 @@ struct BackupSource {
   const std::vector<ManifestFile>& media() const { return manifest.media; }
   const std::vector<ManifestFile>& pictures() const { return manifest.profilePictures; }
 
+  // Frees the memory of what was read, once it is needed no more; `opened` and `warnings` stay.
+  void forget();
+
   // Reads the file index, which stands decrypted on the disk no longer than
   // that, and the databases. Throws what `require` throws of an index that
   // will not do, and what SnapshotLoader reports.

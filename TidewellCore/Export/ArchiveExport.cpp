@@ -65,7 +65,9 @@ class Writing {
         failures_(failures),
         isCancelled_(isCancelled),
         progress_(progress),
+        known_(Renderings::load(source.library.database())),
         chats_(shownChats(source, setting.archive.contentRoot)),
+        formats_(wantedFormats()),
         lines_(source.library, setting.archive.style) {}
 
   ArchiveExport::Outcome run() {
@@ -89,9 +91,27 @@ class Writing {
   const ChatArchiveWriter::Setting& archive() const { return setting_.archive; }
   const KeptChat& kept(std::size_t number) const { return source_.library.chats()[number]; }
 
+  // Those that are asked for, and those that stand: they are not to grow old beside the other pages.
+  MessageFormats wantedFormats() const {
+    MessageFormats formats = setting_.formats;
+    for (const auto& [format, name] : rawValueTable(MessageFormat())) {
+      if (hasFiles(MessageFiles::nameOf(format))) formats.insert(format);
+    }
+    return formats;
+  }
+
+  // Whether any chat has a file of that name, or had one when its pages were written.
+  bool hasFiles(const char* name) const {
+    return std::ranges::any_of(known_.chats, [&](const auto& chat) { return chat.second.files.contains(name); }) ||
+           std::ranges::any_of(chats_, [&](const ArchiveChat& chat) {
+             return !chat.folder.empty() &&
+                    Files::isRegularFile(archive().contentRoot / PathText::path(chat.folder) / name);
+           });
+  }
+
   RenderingPlan plan() const {
     const SQLiteDB& library = source_.library.database();
-    Renderings known = Renderings::load(library);
+    Renderings known = known_;
     if (setting_.isAllStale) known.doubt();
     std::vector<RenderingPlan::Subject> subjects;
     for (std::size_t number = 0; number < chats_.size(); ++number) {
@@ -126,7 +146,7 @@ class Writing {
     for (const char* name : {FolderNames::textTranscript, FolderNames::htmlTranscript}) {
       files.push_back({name, folder / name});
     }
-    for (const MessageFormat format : setting_.formats) {
+    for (const MessageFormat format : formats_) {
       const char* name = MessageFiles::nameOf(format);
       files.push_back({name, folder / name});
     }
@@ -197,7 +217,7 @@ class Writing {
           [&] { return TranscriptWriter::renderText(chat, style, timeZone, setting_.locale); });
     write(FolderNames::htmlTranscript,
           [&] { return TranscriptWriter::renderHTML(chat, style, timeZone, setting_.locale); });
-    for (const MessageFormat format : setting_.formats) {
+    for (const MessageFormat format : formats_) {
       write(MessageFiles::nameOf(format), [&] { return MessageFiles::render(format, chat, style, timeZone); });
     }
   }
@@ -246,7 +266,9 @@ class Writing {
   FailureLog& failures_;
   const CancellationCheck& isCancelled_;
   ProgressReporter& progress_;
+  const Renderings known_;          // as they stood
   std::vector<ArchiveChat> chats_;  // by their places in the library
+  const MessageFormats formats_;
   const ChatLines lines_;
   const std::string dateRules_ = dateRulesVersion();
   ArchiveExport::Outcome outcome_;

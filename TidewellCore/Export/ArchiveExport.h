@@ -22,7 +22,7 @@ struct Setting {
   ChatArchiveWriter::Setting archive;
   Locale locale;            // of the dates in transcripts
   const MediaKinds& kinds;  // that the export was asked for
-  const MessageFormats& formats;
+  const MessageFormats& formats;  // that are asked for; those that stand are kept as well
   bool isAllStale = false;  // every page is made, and written where the file has other bytes
 };
 

@@ -133,7 +133,7 @@ ExportPlan makePlan(const ExportJob& job, const BackupPart& part, const Ground& 
 // The part of an export that writes.
 class Writing {
  public:
-  Writing(const Exporter& exporter, const ExportJob& job, const BackupSource& source, const RunControl& control)
+  Writing(const Exporter& exporter, const ExportJob& job, BackupSource& source, const RunControl& control)
       : exporter_(exporter),
         job_(job),
         source_(source),
@@ -165,7 +165,9 @@ class Writing {
     remember();
     if (job_.options.exportTranscripts) {
       takeIn();
-      const LibraryUpdate::Pages pages = writeArchive(progress);
+      const PictureExport::Pictures pictures = copyPictures();
+      source_.forget();  // pages are made from the library alone
+      const LibraryUpdate::Pages pages = writeArchive(pictures, progress);
       remember();
       target_.flush(folderNames());  // what the library knows of pages is never ahead of them
       LibraryUpdate::takePages(library_, pages);
@@ -305,9 +307,12 @@ class Writing {
     if (control_.warned) control_.warned(warning);
   }
 
-  LibraryUpdate::Pages writeArchive(ProgressReporter& progress) {
-    const PictureExport::Pictures pictures = PictureExport::copy(
-        source_, library_, {target_.destination(), target_.contentRoot()}, failures_, control_.isCancelled);
+  PictureExport::Pictures copyPictures() {
+    return PictureExport::copy(source_, library_, {target_.destination(), target_.contentRoot()}, failures_,
+                               control_.isCancelled);
+  }
+
+  LibraryUpdate::Pages writeArchive(const PictureExport::Pictures& pictures, ProgressReporter& progress) {
     const LibraryFolders::Folders folders = LibraryFolders::planned(library_, plan_.chats);
     ArchiveExport::Outcome outcome =
         ArchiveExport::write({.library = library_, .folders = folders, .pictures = pictures},
@@ -327,7 +332,7 @@ class Writing {
 
   const Exporter& exporter_;
   const ExportJob& job_;
-  const BackupSource& source_;
+  BackupSource& source_;
   const BackupPart part_;
   const RunControl& control_;
   const ExportTarget target_;
@@ -373,7 +378,7 @@ ExportSummary Exporter::runExport(const ExportJob& job, const RunControl& contro
   throwIfCancelled(control.isCancelled);
 
   progress.begin(Phase::readingChats);
-  const BackupSource source = BackupSource::load(std::move(opened), control.isCancelled, requireWhatsApp);
+  BackupSource source = BackupSource::load(std::move(opened), control.isCancelled, requireWhatsApp);
   // One that was taken away would only lack the names of its contacts.
   EarlyEnd::requireBackup({.backup = &job.backup, .destination = &job.destination});
   ExportSummary summary = Writing(*this, job, source, control).run(progress);

@@ -2,10 +2,8 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <utility>
 
-#include "TidewellCore/Archive/MessageFiles.h"
 #include "TidewellCore/Destination/ExportDestination.h"
 #include "TidewellCore/Destination/FolderManifest.h"
 #include "TidewellCore/Export/ArchiveExport.h"
@@ -14,7 +12,6 @@
 #include "TidewellCore/Export/ProgressReporter.h"
 #include "TidewellCore/Library/KeptExports.h"
 #include "TidewellCore/Platform/Files.h"
-#include "TidewellCore/Platform/PathText.h"
 
 namespace {
 
@@ -71,7 +68,6 @@ class Run {
  private:
   ArchiveExport::Outcome makePages(ProgressReporter& progress) {
     const auto [timeZone, locale] = speech();
-    const MessageFormats formats = wantedFormats();
     return ArchiveExport::write({.library = library_, .folders = folders_, .pictures = {}},
                                 {.archive = {.destination = target_.destination(),
                                              .contentRoot = target_.contentRoot(),
@@ -79,7 +75,7 @@ class Run {
                                              .timeZone = timeZone},
                                  .locale = locale,
                                  .kinds = {},
-                                 .formats = formats,
+                                 .formats = job_.formats,
                                  .isAllStale = true},
                                 failures_, control_.isCancelled, progress);
   }
@@ -90,22 +86,6 @@ class Run {
     if (!TimeZone::named(speech.timeZone.identifier)) speech.timeZone = TimeZone();
     if (!Locale::named(speech.locale.identifier)) speech.locale = Locale();
     return {.timeZone = job_.timeZone.value_or(speech.timeZone), .locale = job_.locale.value_or(speech.locale)};
-  }
-
-  MessageFormats wantedFormats() const {
-    MessageFormats formats = job_.formats;
-    for (const auto& [format, name] : rawValueTable(MessageFormat())) {
-      if (stands(MessageFiles::nameOf(format))) formats.insert(format);
-    }
-    return formats;
-  }
-
-  // Whether any chat has a file of that name for programs, or had one when its pages were written.
-  bool stands(const char* name) const {
-    return std::ranges::any_of(known_.chats, [&](const auto& chat) { return chat.second.files.contains(name); }) ||
-           std::ranges::any_of(folders_, [&](const std::string& folder) {
-             return !folder.empty() && Files::isRegularFile(target_.contentRoot() / PathText::path(folder) / name);
-           });
   }
 
   const RenderJob& job_;
