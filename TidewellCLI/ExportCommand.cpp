@@ -1,7 +1,6 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
-#include <ranges>
 
 #include "TidewellCLI/Arguments.h"
 #include "TidewellCLI/Commands.h"
@@ -9,6 +8,7 @@
 #include "TidewellCLI/Interruption.h"
 #include "TidewellCLI/JsonRecords.h"
 #include "TidewellCLI/Output.h"
+#include "TidewellCLI/PageOptions.h"
 #include "TidewellCLI/PasswordSource.h"
 #include "TidewellCLI/ProgressDisplay.h"
 #include "TidewellCLI/SelectionOptions.h"
@@ -24,8 +24,7 @@ struct Options {
   ExportOptions wanted = ExportOptions::defaultOptions();
   SelectionOptions part;
   PasswordSource password;
-  std::optional<TimeZone> timeZone;
-  std::optional<Locale> locale;
+  PageOptions pages;
   bool noTranscripts = false;
   bool isSamePerson = false;
   bool noProgress = false;
@@ -42,36 +41,6 @@ MediaKinds parseKinds(const std::string& list) {
   return kinds;
 }
 
-MessageFormats parseFormats(const std::string& list) {
-  MessageFormats formats;
-  for (const std::string& name : CLI::detail::split(list, ',')) {
-    const auto format = fromRawValue<MessageFormat>(name);
-    if (!format) throw CLI::ValidationError("--formats", "unknown format \"" + name + "\"");
-    formats.insert(*format);
-  }
-  return formats;
-}
-
-TimeZone parseTimeZone(const std::string& identifier) {
-  if (const auto timeZone = TimeZone::named(identifier)) return *timeZone;
-  throw CLI::ValidationError("--time-zone", "unknown time zone \"" + identifier + "\"");
-}
-
-Locale parseLocale(const std::string& identifier) {
-  if (const auto locale = Locale::named(identifier)) return *locale;
-  throw CLI::ValidationError("--locale", "unknown locale \"" + identifier + "\"");
-}
-
-void printFailures(const std::vector<CopyFailure>& failures) {
-  constexpr std::size_t shown = 10;
-  for (const CopyFailure& failure : failures | std::views::take(shown)) {
-    printLine(fmt::format("{} — {}: {}", HumanText::safe(failure.name), HumanText::safe(failure.chat),
-                          CopyFailures::words(failure.reason).sentence));
-  }
-  if (failures.size() <= shown) return;
-  printLine(fmt::format("{} more failed; --json lists all of them.", failures.size() - shown));
-}
-
 void print(const ExportSummary& summary) {
   printLine("Export finished");
   printLine("Saved to " + PathText::text(summary.destination));
@@ -86,12 +55,12 @@ void print(const ExportSummary& summary) {
 }
 
 ExportSummary exportBackup(const Options& options) {
-  const Locale locale = options.locale.value_or(Locale::current());
-  const Exporter exporter{.timeZone = options.timeZone.value_or(TimeZone::current()),
+  const Locale locale = options.pages.locale.value_or(Locale::current());
+  const Exporter exporter{.timeZone = options.pages.timeZone.value_or(TimeZone::current()),
                           .locale = locale,
                           .transcriptStyle = TranscriptStyle::matching(locale),
-                          .isTimeZoneChosen = options.timeZone.has_value(),
-                          .isLocaleChosen = options.locale.has_value()};
+                          .isTimeZoneChosen = options.pages.timeZone.has_value(),
+                          .isLocaleChosen = options.pages.locale.has_value()};
   const std::filesystem::path backup = absolutePath(options.backup);
   const MemoryGuard guard;
   SecretBytes password = options.password.read(exporter.inspect(backup).isEncrypted);
@@ -132,25 +101,21 @@ void addExportCommand(CLI::App& app, int& exitCode) {
   options->part.addOptions(*command);
   CLI::Option* noTranscripts =
       command->add_flag("--no-transcripts", options->noTranscripts, "Write no transcripts and no archive page");
-  command
-      ->add_option_function<std::string>(
-          "--formats", [options](const std::string& list) { options->wanted.formats = parseFormats(list); },
-          "Write each chat's messages for other programs, too, in formats separated by commas: json, csv")
-      ->excludes(noTranscripts);
+  options->pages.addFormats(*command)->excludes(noTranscripts);
   options->password.addOptions(*command);
-  command->add_option_function<std::string>(
-      "--time-zone", [options](const std::string& id) { options->timeZone = parseTimeZone(id); },
+  options->pages.addTimeZone(
+      *command,
       "The time zone of --since and --until (default: the system's) and of dates in file names, as \"Europe/Lisbon\" "
       "(default: the earlier export's, else the system's)");
-  command->add_option_function<std::string>(
-      "--locale", [options](const std::string& id) { options->locale = parseLocale(id); },
-      "The language and region of what is written, as \"pt_BR\" (default: the system's)");
+  options->pages.addLocale(*command,
+                           "The language and region of what is written, as \"pt_BR\" (default: the system's)");
   command->add_flag("--same-person", options->isSamePerson,
                     "The archive belongs to the same person under another number");
   command->add_flag("--no-progress", options->noProgress, "Show no progress");
   command->add_flag("--json", options->json, "Print one JSON object");
   command->callback([options, &exitCode] {
     options->part.requireSense();
+    options->wanted.formats = options->pages.formats;
     options->wanted.exportTranscripts = !options->noTranscripts;
     exitCode = runReporting(options->json ? Format::json : Format::human, [&] { return run(*options); });
   });

@@ -120,3 +120,14 @@ Json JsonRecords::json(const VerifySummary& summary) {
                       {"newDigestCount", summary.newDigestCount},
                       {"findings", std::move(findings)}};
 }
+
+Json JsonRecords::json(const RenderSummary& summary) {
+  Json::Array failures;
+  for (const CopyFailure& failure : summary.failures) failures.push_back(::json(failure));
+  return Json::Object{{"chatCount", summary.chatCount},
+                      {"transcriptCount", summary.transcriptCount},
+                      {"failedCount", summary.failedCount},
+                      {"destination", PathText::text(summary.destination)},
+                      {"archiveIndexURL", PathText::text(summary.archiveIndexURL)},
+                      {"failures", std::move(failures)}};
+}

@@ -4,6 +4,7 @@
 #include "TidewellCore/ChatData/ScanResult.h"
 #include "TidewellCore/CleanUp/DedupeSummary.h"
 #include "TidewellCore/Export/ExportSummary.h"
+#include "TidewellCore/Export/RenderSummary.h"
 #include "TidewellCore/Export/VerifySummary.h"
 #include "TidewellCore/Platform/Json.h"
 
@@ -16,5 +17,6 @@ Json json(const ScanResult& result);
 Json json(const ExportSummary& summary);
 Json json(const DedupeSummary& summary);
 Json json(const VerifySummary& summary);
+Json json(const RenderSummary& summary);
 
 }  // namespace JsonRecords

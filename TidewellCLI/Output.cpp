@@ -1,6 +1,7 @@
 #include "TidewellCLI/Output.h"
 
 #include <fcntl.h>
+#include <fmt/format.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -77,6 +78,16 @@ void printWarnings(const std::vector<std::string>& warnings) {
   if (warnings.size() <= shown) return;
   printErrorLine(HumanText::counted(static_cast<std::int64_t>(warnings.size() - shown), "more warning") +
                  "; --json lists all of them.");
+}
+
+void printFailures(const std::vector<CopyFailure>& failures) {
+  constexpr std::size_t shown = 10;
+  for (const CopyFailure& failure : failures | std::views::take(shown)) {
+    printLine(fmt::format("{} — {}: {}", HumanText::safe(failure.name), HumanText::safe(failure.chat),
+                          CopyFailures::words(failure.reason).sentence));
+  }
+  if (failures.size() <= shown) return;
+  printLine(fmt::format("{} more failed; --json lists all of them.", failures.size() - shown));
 }
 
 bool flushOutput() { return std::fflush(stdout) == 0 && std::ferror(stdout) == 0; }

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "TidewellCore/CopyFailure.h"
 #include "TidewellCore/Platform/Json.h"
 
 namespace ExitCode {
@@ -39,6 +40,8 @@ void printError(std::string_view text);
 void printErrorLine(std::string_view line);
 // On standard error: sentences for people, the first ten of them and how many more there are.
 void printWarnings(const std::vector<std::string>& warnings);
+// Of files and pages: the first ten of them and how many more there are.
+void printFailures(const std::vector<CopyFailure>& failures);
 // One object and a line break.
 void printJson(const Json& json);
 // False when something that was printed could not be written.

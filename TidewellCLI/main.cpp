@@ -19,6 +19,7 @@ int main(int argumentCount, char** arguments) {
   addExportCommand(app, exitCode);
   addDedupeCommand(app, exitCode);
   addVerifyCommand(app, exitCode);
+  addRenderCommand(app, exitCode);
   try {
     app.parse(argumentCount, arguments);
   } catch (const CLI::ParseError& error) {

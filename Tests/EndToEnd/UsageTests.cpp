@@ -19,7 +19,7 @@ TEST(Usage, TellsItsVersion) {
 TEST(Usage, HelpsWithEveryCommand) {
   const CommandLine commandLine;
   EXPECT_THAT(commandLine.run({"--help"}).output, HasSubstr("export"));
-  for (const std::string command : {"list", "scan", "export", "dedupe", "verify"}) {
+  for (const std::string command : {"list", "scan", "export", "dedupe", "verify", "render"}) {
     const Finished finished = commandLine.run({command, "--help"});
     EXPECT_EQ(finished.exitCode, 0) << command;
     EXPECT_THAT(finished.output, HasSubstr("--json")) << command;
@@ -49,6 +49,7 @@ TEST(Usage, EndsWithTwoForWhatItDoesNotUnderstand) {
       {"export", "backup", ""},
       {"dedupe", ""},
       {"verify", ""},
+      {"render", ""},
       {"list", "--root", ""},
       {"scan", "backup", "--password-file", ""},
       {"scan", "backup", "--chat"},

@@ -109,6 +109,23 @@ TEST_F(RenderingTest, AnotherZoneMakesAllPages) {
   EXPECT_FALSE(hasMark(transcriptOf("Bea")));
 }
 
+// Times in two zones may be equally long.
+TEST_F(RenderingTest, AChangeOfTheZoneThatWasBrokenOffLeavesNoPagesInTwo) {
+  const auto before = ExportTest::filesBelow(scene.destination);
+  bool isHalfDone = false;
+  const RunControl control{.progress =
+                               [&](const ExportProgress& progress) {
+                                 isHalfDone |= progress.phase == ExportProgress::Phase::writingTranscripts &&
+                                               progress.completed == 1;
+                               },
+                           .isCancelled = [&] { return isHalfDone; }};
+  const Exporter azores{.timeZone = TimeZone{"Atlantic/Azores"}};
+  EXPECT_ANY_THROW(azores.exportBackup({.backup = scene.backup, .destination = scene.destination}, control));
+  EXPECT_NE(ExportTest::filesBelow(scene.destination), before);
+  run();
+  EXPECT_EQ(ExportTest::filesBelow(scene.destination), before);
+}
+
 TEST_F(RenderingTest, AnotherLanguageMakesAllPages) {
   run({.transcriptStyle = TranscriptStyle::portuguese()});
   EXPECT_THAT(textOf(transcriptOf("Ana")), HasSubstr("Você"));

@@ -288,6 +288,14 @@ TEST_F(RerenderingTest, WritesIntoNoBackup) {
   EXPECT_EQ(Fixture::treeSnapshot(scene.backup), before);
 }
 
+TEST_F(RerenderingTest, KnowsTheExportByItsOwnFolderWhoseViewerIsGone) {
+  const auto before = filesBelow(scene.destination);
+  fs::remove_all(scene.content / FolderNames::viewer);
+  fs::remove(scene.destination / FolderNames::archivePage);
+  Rerendering::run({.destination = scene.content});
+  EXPECT_EQ(filesBelow(scene.destination), before);
+}
+
 TEST_F(RerenderingTest, MakesThePagesOfAContentRootThatStandsAlone) {
   fs::rename(scene.content, scene.folder / "Chats");
   fs::remove(scene.folder / "Chats" / "Ana" / FolderNames::htmlTranscript);

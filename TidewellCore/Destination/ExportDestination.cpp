@@ -5,6 +5,7 @@
 #include "TidewellCore/Destination/ExportLayout.h"
 #include "TidewellCore/Destination/NamingMemory.h"
 #include "TidewellCore/FolderNames.h"
+#include "TidewellCore/Library/LibraryFile.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/Platform/Text.h"
@@ -13,10 +14,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A mark alone does not tell: older exports had it in the destination itself, whatever that is called. They had
-// their page there too, and no memory of their names.
+// Where a library is, though somebody deleted the mark. A mark alone does not tell: older exports had it in the
+// destination itself, whatever that is called. They had their page there too, and no memory of their names.
 bool isContentRoot(const fs::path& folder) {
   if (Text::lowercased(PathText::text(folder.filename())) != FolderNames::content) return false;
+  if (Files::isRegularFile(folder / LibraryFile::fileName)) return true;
   if (!ExportLayout::isMarked(folder) || Files::isRegularFile(folder / FolderNames::archivePage)) return false;
   return Files::isRegularFile(folder.parent_path() / FolderNames::archivePage) ||
          Files::isRegularFile(folder / NamingMemory::fileName);

@@ -71,12 +71,13 @@ class Writing {
         lines_(source.library, setting.archive.style) {}
 
   ArchiveExport::Outcome run() {
-    progress_.begin(ExportProgress::Phase::writingTranscripts, static_cast<std::int64_t>(chats_.size()));
     for (const ArchiveChat& chat : chats_) {
       if (chat.avatarRelativePath) outcome_.pages.pictures.emplace(chat.id, *chat.avatarRelativePath);
     }
     ChatArchiveWriter archive(setting_.archive);
-    for (const RenderingPlan::Shelf& shelf : plan().shelves) {
+    const RenderingPlan pages = plan();
+    doubtOtherManners(pages);
+    for (const RenderingPlan::Shelf& shelf : pages.shelves) {
       if (shelf.isStale) {
         fill(archive, shelf);
       } else {
@@ -118,6 +119,23 @@ class Writing {
       subjects.push_back({.kept = &kept(number), .manner = mannerOf(chats_[number]), .files = filesOf(chats_[number])});
     }
     return RenderingPlan::make(subjects, known, library, ChatArchiveWriter::dataFolder(archive().contentRoot));
+  }
+
+  // Pages of another manner, such as another time zone, may have the lengths of those in whose place they come. Until
+  // all are made and told, it is not known which stand.
+  void doubtOtherManners(const RenderingPlan& pages) const {
+    std::vector<std::int64_t> doubtful;
+    for (const RenderingPlan::Shelf& shelf : pages.shelves) {
+      for (const RenderingPlan::Chat& chat : shelf.chats) {
+        const auto known = known_.chats.find(kept(chat.number).id);
+        if (known == known_.chats.end() || known->second.manner == chat.rendering.manner) continue;
+        doubtful.push_back(known->first);
+      }
+    }
+    if (doubtful.empty()) return;
+    SQLiteTransaction transaction(source_.library.database());
+    Renderings::doubt(source_.library.database(), doubtful);
+    transaction.commit();
   }
 
   // All that a chat's pages depend on beside what KeptChat::changed stands for.

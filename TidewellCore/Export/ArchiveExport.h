@@ -20,10 +20,10 @@ struct Source {
 
 struct Setting {
   ChatArchiveWriter::Setting archive;
-  Locale locale;            // of the dates in transcripts
-  const MediaKinds& kinds;  // that the export was asked for
+  Locale locale;                  // of the dates in transcripts
+  const MediaKinds& kinds;        // that the export was asked for
   const MessageFormats& formats;  // that are asked for; those that stand are kept as well
-  bool isAllStale = false;  // every page is made, and written where the file has other bytes
+  bool isAllStale = false;        // every page is made, and written where the file has other bytes
 };
 
 struct Outcome {
@@ -36,7 +36,8 @@ struct Outcome {
 // Makes the pages of the chats that changed since the library was told of theirs, and of those whose files do not
 // stand as they were left. Holds one chat's messages in memory at a time. What cannot be written of one
 // chat is recorded in `failures`; what concerns the whole
-// archive is thrown as the file system reports it. Throws TidewellError::cancelled.
+// archive is thrown as the file system reports it. `progress` is in a phase of one unit for each chat. Throws
+// TidewellError::cancelled.
 Outcome write(const Source& source, const Setting& setting, FailureLog& failures, const CancellationCheck& isCancelled,
               ProgressReporter& progress);
 

@@ -165,7 +165,7 @@ class Writing {
     remember();
     if (job_.options.exportTranscripts) {
       takeIn();
-      const PictureExport::Pictures pictures = copyPictures();
+      const PictureExport::Pictures pictures = copyPictures(progress);
       source_.forget();  // pages are made from the library alone
       const LibraryUpdate::Pages pages = writeArchive(pictures, progress);
       remember();
@@ -307,7 +307,8 @@ class Writing {
     if (control_.warned) control_.warned(warning);
   }
 
-  PictureExport::Pictures copyPictures() {
+  PictureExport::Pictures copyPictures(ProgressReporter& progress) {
+    progress.begin(Phase::writingTranscripts, std::ssize(library_.chats()));
     return PictureExport::copy(source_, library_, {target_.destination(), target_.contentRoot()}, failures_,
                                control_.isCancelled);
   }

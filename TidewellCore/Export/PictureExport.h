@@ -20,8 +20,8 @@ struct Place {
   const std::filesystem::path& contentRoot;
 };
 
-// A picture that a newer backup brought stays. What cannot be read or written is recorded in `failures`. Throws TidewellError::cancelled, and
-// TidewellError::ioFailure for a backup that was taken away.
+// A picture that a newer backup brought stays. What cannot be read or written is recorded in `failures`. Throws
+// TidewellError::cancelled, and TidewellError::ioFailure for a backup that was taken away.
 Pictures copy(const BackupSource& backup, const Library& library, const Place& place, FailureLog& failures,
               const CancellationCheck& isCancelled);
 

@@ -67,6 +67,7 @@ class Run {
 
  private:
   ArchiveExport::Outcome makePages(ProgressReporter& progress) {
+    progress.begin(ExportProgress::Phase::writingTranscripts, std::ssize(library_.chats()));
     const auto [timeZone, locale] = speech();
     return ArchiveExport::write({.library = library_, .folders = folders_, .pictures = {}},
                                 {.archive = {.destination = target_.destination(),

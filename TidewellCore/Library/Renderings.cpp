@@ -172,6 +172,11 @@ void Renderings::doubt() {
   for (auto& [number, chat] : chats) chat.manner.clear();
 }
 
+void Renderings::doubt(const SQLiteDB& database, const std::vector<std::int64_t>& chats) {
+  const SQLiteStatement write(database, "UPDATE rendering SET manner = x'' WHERE chat = ?");
+  for (const std::int64_t chat : chats) write.run({chat});
+}
+
 void Renderings::forget(const SQLiteDB& database) {
   for (const char* table : {"rendering", "block"}) {
     database.forEachRow(std::string("DELETE FROM ").append(table), [](const SQLiteRowView&) {});

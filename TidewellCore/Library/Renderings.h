@@ -67,6 +67,8 @@ struct Renderings {
   void save(const SQLiteDB& database) const;
   // From now on no chat's pages are known to be right. Which shelves they stand on stays known.
   void doubt();
+  // The same of some chats, in the database and in the caller's transaction.
+  static void doubt(const SQLiteDB& database, const std::vector<std::int64_t>& chats);
   // Forgets all of them, in the caller's transaction.
   static void forget(const SQLiteDB& database);
 
