@@ -118,5 +118,6 @@ Json JsonRecords::json(const VerifySummary& summary) {
                       {"chatCount", summary.chatCount},
                       {"messageCount", summary.messageCount},
                       {"newDigestCount", summary.newDigestCount},
-                      {"findings", std::move(findings)}};
+                      {"findings", std::move(findings)},
+                      {"warnings", Json::Array(summary.warnings.begin(), summary.warnings.end())}};
 }

@@ -42,6 +42,19 @@ std::vector<std::string_view> textsOf(const std::vector<KeptMessage>& messages) 
   return texts;
 }
 
+TEST_F(MessageUnionTest, CountsWhatIsNewAsItWouldBeAdded) {
+  const std::vector<KeptMessage> kept{{.key = 1, .time = 10, .stanzaID = "A", .text = "one"},
+                                      {.key = 2, .time = 20, .text = "two"}};
+  EXPECT_EQ(MessageUnion::countOfNew(kept, kept), 0);
+  EXPECT_EQ(MessageUnion::countOfNew({}, kept), 2);
+  EXPECT_EQ(MessageUnion::countOfNew(kept, {}), 0);
+  const std::vector<KeptMessage> told{{.key = 7, .time = 10, .stanzaID = "A", .text = "one, edited"},
+                                      {.key = 2, .time = 20, .text = "two"},
+                                      {.key = 3, .time = 20, .text = "two"}};
+  EXPECT_EQ(MessageUnion::countOfNew(kept, told), 1);
+  EXPECT_EQ(united(kept, told, true).size(), 3U);
+}
+
 TEST_F(MessageUnionTest, TheSameAgainChangesNothing) {
   const std::vector<KeptMessage> told{{.key = 1, .time = 10, .stanzaID = "A", .text = "one"},
                                       {.key = 2, .time = 20, .text = "two"},

@@ -311,3 +311,7 @@ std::vector<KeptMessage> MessageUnion::changes(const Side& kept, const Side& tol
   }
   return changed;
 }
+
+std::int64_t MessageUnion::countOfNew(std::span<const KeptMessage> kept, std::span<const KeptMessage> told) {
+  return std::ranges::count(Finder(kept).find(told), Place());
+}

@@ -37,4 +37,7 @@ struct Side {
 std::vector<KeptMessage> changes(const Side& kept, const Side& told, TextArena& texts,
                                  const HasFile& hasFile = everyFile);
 
+// How many of the told messages `changes` would add to what is kept.
+std::int64_t countOfNew(std::span<const KeptMessage> kept, std::span<const KeptMessage> told);
+
 }  // namespace MessageUnion
