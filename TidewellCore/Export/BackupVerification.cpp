@@ -34,11 +34,16 @@ std::string absence(std::int64_t count, std::string_view things, std::string_vie
 // What files of a kind are called within a sentence, in the plural.
 std::string_view wordOf(MediaKind kind) {
   switch (kind.value()) {
-    case MediaKind::photos: return "photos";
-    case MediaKind::videos: return "videos";
-    case MediaKind::voiceNotes: return "voice notes";
-    case MediaKind::stickers: return "stickers";
-    case MediaKind::documents: break;
+    case MediaKind::photos:
+      return "photos";
+    case MediaKind::videos:
+      return "videos";
+    case MediaKind::voiceNotes:
+      return "voice notes";
+    case MediaKind::stickers:
+      return "stickers";
+    case MediaKind::documents:
+      break;
   }
   return "documents";
 }
@@ -101,7 +106,9 @@ class Comparison {
 
   // One that stood there when the last export ended is looked at with the archive.
   bool stands(const KeptMedium& medium) const {
-    const auto size = [&] { return Files::regularFileSize(contentRoot_ / PathText::path(medium.place->relativePath())); };
+    const auto size = [&] {
+      return Files::regularFileSize(contentRoot_ / PathText::path(medium.place->relativePath()));
+    };
     return medium.isThere || size() == medium.size;
   }
 

@@ -23,10 +23,10 @@ using Step = std::function<void(const std::string& name)>;
 // How often `findings` calls its step, at most.
 std::int64_t stepCount(const BackupSource& backup);
 
-// One finding for the messages of a chat, and one for its media of a kind, in the order of the chats' JIDs; one for each
-// medium whose file in the archive has another size. What the ledger says is there is not looked for on the disk, since
-// the verification of the archive does. A medium that the backup has no file of is none. Throws what `step` and the
-// library's database do.
+// One finding for the messages of a chat, and one for its media of a kind, in the order of the chats' JIDs; one for
+// each medium whose file in the archive has another size. What the ledger says is there is not looked for on the disk,
+// since the verification of the archive does. A medium that the backup has no file of is none. Throws what `step` and
+// the library's database do.
 std::vector<VerifySummary::Finding> findings(const Ground& ground, const Step& step);
 
 }  // namespace BackupVerification
