@@ -118,7 +118,8 @@ Json JsonRecords::json(const VerifySummary& summary) {
                       {"chatCount", summary.chatCount},
                       {"messageCount", summary.messageCount},
                       {"newDigestCount", summary.newDigestCount},
-                      {"findings", std::move(findings)}};
+                      {"findings", std::move(findings)},
+                      {"warnings", Json::Array(summary.warnings.begin(), summary.warnings.end())}};
 }
 
 Json JsonRecords::json(const RenderSummary& summary) {

@@ -8,13 +8,18 @@
 #include "TidewellCLI/Interruption.h"
 #include "TidewellCLI/JsonRecords.h"
 #include "TidewellCLI/Output.h"
+#include "TidewellCLI/PasswordSource.h"
 #include "TidewellCLI/ProgressDisplay.h"
+#include "TidewellCore/Export/Exporter.h"
 #include "TidewellCore/Export/Verification.h"
+#include "TidewellCore/Platform/MemoryGuard.h"
 
 namespace {
 
 struct Options {
   std::string destination;
+  std::string backup;  // empty where none is compared
+  PasswordSource password;
   bool json = false;
 };
 
@@ -29,14 +34,34 @@ void print(const VerifySummary& summary) {
       summary.findings.empty() ? "nothing is wrong" : HumanText::counted(std::ssize(summary.findings), "problem")));
 }
 
+VerifySummary verify(VerifyJob job, ProgressDisplay& display) {
+  return Verification::run(job, {.progress = [&](const ExportProgress& progress) { display.show(progress); },
+                                 .isCancelled = Interruption::check()});
+}
+
+VerifySummary verifyWithBackup(const Options& options, VerifyJob job, ProgressDisplay& display) {
+  job.backup = absolutePath(options.backup);
+  const MemoryGuard guard;
+  SecretBytes password = options.password.read(Exporter().inspect(*job.backup).isEncrypted);
+  job.password = passwordText(password);
+  job.unlockReport = [&](const BackupUnlockReport&) { wipe(password); };
+  return verify(std::move(job), display);
+}
+
+int exitCodeOf(const VerifySummary& summary) {
+  if (!summary.findings.empty()) return ExitCode::wrong;
+  return summary.warnings.empty() ? ExitCode::done : ExitCode::incomplete;
+}
+
 int run(const Options& options) {
   ProgressDisplay display(!options.json);
-  const VerifySummary summary = Verification::run(
-      absolutePath(options.destination), {.progress = [&](const ExportProgress& progress) { display.show(progress); },
-                                          .isCancelled = Interruption::check()});
+  VerifyJob job{.destination = absolutePath(options.destination)};
+  const VerifySummary summary =
+      options.backup.empty() ? verify(std::move(job), display) : verifyWithBackup(options, std::move(job), display);
   display.clear();
   options.json ? printJson(JsonRecords::json(summary)) : print(summary);
-  return summary.findings.empty() ? ExitCode::done : ExitCode::wrong;
+  printWarnings(summary.warnings);
+  return exitCodeOf(summary);
 }
 
 }  // namespace
@@ -45,6 +70,9 @@ void addVerifyCommand(CLI::App& app, int& exitCode) {
   const auto options = std::make_shared<Options>();
   CLI::App* command = app.add_subcommand("verify", "Look whether an export is whole and as it was written");
   Arguments::addPath(*command, "DESTINATION", options->destination, "The folder that was exported to")->required();
+  Arguments::addPath(*command, "--backup", options->backup,
+                     "Also look whether all messages and media of this backup are in the export");
+  options->password.addOptions(*command);
   command->add_flag("--json", options->json, "Print one JSON object");
   command->callback([options, &exitCode] {
     exitCode = runReporting(options->json ? Format::json : Format::human, [&] { return run(*options); });

@@ -29,7 +29,7 @@ class VerificationTest : public testing::Test {
   VerificationTest() { run(); }
 
   void run() const { Exporter().exportBackup({.backup = scene.backup, .destination = scene.destination}); }
-  VerifySummary verify() const { return Verification::run(scene.destination); }
+  VerifySummary verify() const { return Verification::run({.destination = scene.destination}); }
   std::vector<VerifySummary::Finding> findings() const { return verify().findings; }
 
   // A file of the export, by the end of its name.
@@ -181,12 +181,13 @@ TEST_F(VerificationTest, AFileThatTheBackupLostLongAgoIsNoFinding) {
 TEST(Verification, AnExportOfTheMediaAloneIsRightWithoutPages) {
   const ExportTest::Scene scene;
   scene.run();
-  EXPECT_THAT(Verification::run(scene.destination).findings, IsEmpty());
+  EXPECT_THAT(Verification::run({.destination = scene.destination}).findings, IsEmpty());
 }
 
 TEST_F(VerificationTest, CanBeCancelledAndKeepsWhatItFound) {
   int asked = 0;
-  EXPECT_THROW(Verification::run(scene.destination, {.isCancelled = [&] { return ++asked > 6; }}), TidewellError);
+  EXPECT_THROW(Verification::run({.destination = scene.destination}, {.isCancelled = [&] { return ++asked > 6; }}),
+               TidewellError);
   const VerifySummary after = verify();
   EXPECT_GT(after.newDigestCount, 0);
   EXPECT_LT(after.newDigestCount, 5);
@@ -194,7 +195,8 @@ TEST_F(VerificationTest, CanBeCancelledAndKeepsWhatItFound) {
 
 TEST_F(VerificationTest, TellsHowFarItIs) {
   std::vector<ExportProgress> reports;
-  Verification::run(scene.destination, {.progress = [&](const ExportProgress& report) { reports.push_back(report); }});
+  Verification::run({.destination = scene.destination},
+                    {.progress = [&](const ExportProgress& report) { reports.push_back(report); }});
   EXPECT_EQ(reports.front().phase, ExportProgress::Phase::verifying);
   EXPECT_GT(reports.front().total, 5);
   EXPECT_EQ(reports.back().phase, ExportProgress::Phase::finished);
@@ -202,9 +204,9 @@ TEST_F(VerificationTest, TellsHowFarItIs) {
 
 TEST(Verification, OfAFolderWithoutAnExportIsRefused) {
   const Fixture::TemporaryDirectory folder;
-  EXPECT_THROW(Verification::run(folder.path()), TidewellError);
+  EXPECT_THROW(Verification::run({.destination = folder.path()}), TidewellError);
   EXPECT_TRUE(fs::is_empty(folder.path()));
-  EXPECT_THROW(Verification::run(folder / "nowhere"), TidewellError);
+  EXPECT_THROW(Verification::run({.destination = folder / "nowhere"}), TidewellError);
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 
 #include "TidewellCore/Library/KeptChats.h"
 #include "TidewellCore/Library/MessageFacts.h"
+#include "TidewellCore/Library/MessageMatching.h"
 
 namespace {
 
@@ -46,6 +47,19 @@ std::vector<std::string_view> textsOf(const std::vector<KeptMessage>& messages) 
   std::vector<std::string_view> texts;
   for (const KeptMessage& message : messages) texts.push_back(message.text);
   return texts;
+}
+
+TEST_F(MessageUnionTest, CountsWhatIsNewAsItWouldBeAdded) {
+  const std::vector<KeptMessage> kept{{.key = 1, .time = 10, .stanzaID = "A", .text = "one"},
+                                      {.key = 2, .time = 20, .text = "two"}};
+  EXPECT_EQ(MessageMatching(kept, kept).newCount(), 0);
+  EXPECT_EQ(MessageMatching({}, kept).newCount(), 2);
+  EXPECT_EQ(MessageMatching(kept, {}).newCount(), 0);
+  const std::vector<KeptMessage> told{{.key = 7, .time = 10, .stanzaID = "A", .text = "one, edited"},
+                                      {.key = 2, .time = 20, .text = "two"},
+                                      {.key = 3, .time = 20, .text = "two"}};
+  EXPECT_EQ(MessageMatching(kept, told).newCount(), 1);
+  EXPECT_EQ(united(kept, told, true).size(), 3U);
 }
 
 TEST_F(MessageUnionTest, TheSameAgainChangesNothing) {

@@ -35,10 +35,16 @@ struct DoneStepContent {
   Q_PROPERTY(QString moreFailures MEMBER moreFailures)
   Q_PROPERTY(QString failureList MEMBER failureList)
   Q_PROPERTY(QStringList warnings MEMBER warnings)
+  Q_PROPERTY(bool canVerify MEMBER canVerify)
+  Q_PROPERTY(bool isVerifying MEMBER isVerifying)
+  Q_PROPERTY(QString verdict MEMBER verdict)
+  Q_PROPERTY(QStringList findings MEMBER findings)
+  Q_PROPERTY(QString moreFindings MEMBER moreFindings)
+  Q_PROPERTY(QString findingList MEMBER findingList)
 
  public:
-  // Of the failures that are shown; a list of more helps nobody.
-  static constexpr qsizetype mostFailures = 1000;
+  // Of the failures or findings that are shown; a list of more helps nobody.
+  static constexpr qsizetype mostRows = 1000;
 
   QString destination;
   QString summary;
@@ -50,6 +56,12 @@ struct DoneStepContent {
   QString moreFailures;  // how many are not shown; empty when all are
   QString failureList;   // those that are shown, a line for each, to be copied
   QStringList warnings;
+  bool canVerify = false;
+  bool isVerifying = false;
+  QString verdict;       // what the verification says in a sentence; empty before
+  QStringList findings;  // sentences
+  QString moreFindings;  // how many are not shown; empty when all are
+  QString findingList;   // those that are shown, a line for each, to be copied
 
   static DoneStepContent of(const ExportState& state, const L10n& texts);
 

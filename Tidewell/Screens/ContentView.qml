@@ -96,6 +96,9 @@ FocusScope {
     Announcer {
         text: view.screens.progressStep.announcement
     }
+    Announcer {
+        text: view.screens.doneStep.verdict
+    }
 
     Component {
         id: backupPage
@@ -131,7 +134,10 @@ FocusScope {
         DoneStepView {
             focus: true
             content: view.screens.doneStep
+            progress: view.screens.progressStep
             onTryAgain: view.controller.tryAgain()
+            onVerify: view.controller.verify()
+            onCancelVerification: view.controller.cancelVerification()
         }
     }
 
@@ -205,6 +211,7 @@ FocusScope {
 
         StepFooter {
             defaultButton: openButton.visible ? openButton : showButton
+            onEscaped: view.controller.cancelVerification()
 
             PlainButton {
                 objectName: "exportAnotherButton"

@@ -7,7 +7,10 @@ ScrollPage {
     id: view
 
     required property doneStepContent content
+    required property progressStepContent progress
     signal tryAgain()
+    signal verify()
+    signal cancelVerification()
 
     centred: true
 
@@ -36,6 +39,53 @@ ScrollPage {
         font.weight: Font.Medium
         horizontalAlignment: Text.AlignHCenter
         wrapMode: Text.Wrap
+    }
+    ProgressCard {
+        Layout.fillWidth: true
+        Layout.topMargin: Theme.tight
+        padding: Theme.medium
+        visible: view.content.isVerifying
+        content: view.progress
+        onVisibleChanged: if (visible) view.reveal(this)
+
+        PlainButton {
+            objectName: "cancelVerificationButton"
+            Layout.alignment: Qt.AlignRight
+            text: L10n.text("Cancel")
+            onClicked: view.cancelVerification()
+        }
+    }
+    Card {
+        Layout.fillWidth: true
+        Layout.topMargin: Theme.tight
+        padding: Theme.medium
+        visible: view.content.verdict !== "" && view.content.findings.length === 0
+        onVisibleChanged: if (visible) view.reveal(this)
+
+        RowLayout {
+            spacing: Theme.snug
+            Layout.fillWidth: true
+
+            Symbol {
+                name: "checkmark.circle.fill"
+                tint: Theme.accent
+                size: 26
+            }
+            Words {
+                objectName: "verdict"
+                Layout.fillWidth: true
+                text: view.content.verdict
+                wrapMode: Text.Wrap
+            }
+        }
+    }
+    FindingList {
+        Layout.fillWidth: true
+        Layout.topMargin: Theme.tight
+        visible: view.content.findings.length > 0
+        content: view.content
+        onExportAgain: view.tryAgain()
+        onVisibleChanged: if (visible) view.reveal(this)
     }
     Words {
         objectName: "doneHint"
@@ -77,7 +127,6 @@ ScrollPage {
             Layout.fillWidth: true
 
             Symbol {
-                Layout.alignment: Qt.AlignTop
                 name: view.content.hasFailures ? "exclamationmark.triangle" : "tray"
                 tint: view.content.hasFailures ? Theme.warning : Theme.accent
                 size: 26
@@ -87,6 +136,12 @@ ScrollPage {
                 Layout.fillWidth: true
                 text: view.content.summary
                 wrapMode: Text.Wrap
+            }
+            PlainButton {
+                objectName: "verifyButton"
+                text: L10n.text("Verify")
+                enabled: view.content.canVerify
+                onClicked: view.verify()
             }
         }
         WarningList {

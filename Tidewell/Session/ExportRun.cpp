@@ -72,6 +72,7 @@ void ExportRun::run(const Then& failed, bool isSamePerson) {
   const Date now = session_.services().now();
   session_.clearError();
   session_.set(&ExportState::summary, std::nullopt);
+  session_.set(&ExportState::verification, std::nullopt);
   session_.set(&ExportState::work, Exporting{.run = run});
   session_.set(&ExportState::exportStartedAt, now);
   session_.set(&ExportState::phaseClock, PhaseClock());

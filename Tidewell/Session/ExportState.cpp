@@ -28,7 +28,9 @@ bool ExportState::isCancellingUnlock() const {
 bool ExportState::isRunning(const Run& run) const {
   const auto* scanning = std::get_if<Scanning>(&work);
   const auto* exporting = std::get_if<Exporting>(&work);
-  return (scanning != nullptr && scanning->run == run) || (exporting != nullptr && exporting->run == run);
+  const auto* verifying = std::get_if<Verifying>(&work);
+  return (scanning != nullptr && scanning->run == run) || (exporting != nullptr && exporting->run == run) ||
+         (verifying != nullptr && verifying->run == run);
 }
 
 std::optional<std::string_view> ExportState::currentPassword() const {
@@ -76,7 +78,12 @@ std::optional<bool> ExportState::hasEnoughSpace() const {
 
 bool ExportState::canExport() const {
   return hasPasswordIfNeeded() && scanResult && destinationURL && !includedKinds.empty() && !hasNoChat() &&
-         !chatChoice.fault() && !isExporting() && !isScanning() && hasEnoughSpace().value_or(true);
+         !chatChoice.fault() && !isExporting() && !isScanning() && !isVerifying() && hasEnoughSpace().value_or(true);
+}
+
+bool ExportState::exportsEverything() const {
+  return scanResult && exportTranscripts && includedKinds.size() == MediaKind::allCases.size() &&
+         chatChoice.selection(*scanResult) == Selection();
 }
 
 std::optional<std::string_view> ExportState::startExportHint() const {

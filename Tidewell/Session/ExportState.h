@@ -16,6 +16,7 @@
 #include "TidewellCore/Crypto/SecretBytes.h"
 #include "TidewellCore/Export/ExportSummary.h"
 #include "TidewellCore/Export/PhaseClock.h"
+#include "TidewellCore/Export/VerifySummary.h"
 #include "TidewellCore/ExportProgress.h"
 #include "TidewellCore/MediaKind.h"
 
@@ -45,14 +46,15 @@ struct ExportState {
   ChatChoice chatChoice;
   std::optional<ExportProgress> progress;
   std::optional<ExportSummary> summary;
-  std::optional<std::string> errorMessage;  // absent: no alert
+  std::optional<VerifySummary> verification;  // of what `summary` tells of
+  std::optional<std::string> errorMessage;    // absent: no alert
   std::optional<std::string> recoverySuggestion;
   bool isForeignArchive = false;                      // the last error: the destination has another owner's archive
   std::optional<std::int64_t> availableBytes;         // on the destination's volume
   std::int64_t keptBytes = 0;                         // what exports that broke off left in the destination
   bool dropTargeted = false;                          // a folder is being dragged over the window
   std::optional<Date> exportStartedAt;                // the running export, else the last one
-  PhaseClock phaseClock;                              // of the running export, else the last one
+  PhaseClock phaseClock;                              // of the running export or verification, else the last one
   StopQuestion stopQuestion = StopQuestion::none;     // only while an export runs
   std::optional<std::filesystem::path> unopenedPath;  // what the desktop could not open, until that was acknowledged
   SecretBytes backupPassword;                         // as typed, in UTF-8
@@ -72,6 +74,7 @@ struct ExportState {
   // While the alert about that shows.
   bool offersSamePerson() const { return errorMessage && isForeignArchive; }
   bool isExporting() const { return std::holds_alternative<Exporting>(work); }
+  bool isVerifying() const { return std::holds_alternative<Verifying>(work); }
   // Whether `run` is what the wizard is busy with.
   bool isRunning(const Run& run) const;
 
@@ -94,6 +97,9 @@ struct ExportState {
   // is not known, and where chosen days may make the difference.
   std::optional<bool> hasEnoughSpace() const;
   bool canExport() const;
+  // All that the chosen backup holds.
+  bool exportsEverything() const;
+  bool canVerify() const { return step == WizardStep::done && summary && std::holds_alternative<Idle>(work); }
   // Why the export cannot start, in English; absent when it can, or for another reason.
   std::optional<std::string_view> startExportHint() const;
   bool startExportHintOpensFolderPicker() const;

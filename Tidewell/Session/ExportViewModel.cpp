@@ -154,11 +154,17 @@ void ExportViewModel::stopExporting() {
   if (export_.stop() == StopQuestion::close) emit closeConfirmed();
 }
 
+void ExportViewModel::verify() { verify_.start(); }
+
+void ExportViewModel::cancelVerification() { verify_.cancel(); }
+
 void ExportViewModel::exportAnother() {
   if (state().step != WizardStep::done) return;
   const ExportSession::Batch batch(session_);
+  verify_.leave();
   session_.set(&ExportState::progress, std::nullopt);
   session_.set(&ExportState::summary, std::nullopt);
+  session_.set(&ExportState::verification, std::nullopt);
   session_.clearError();
   session_.set(&ExportState::step, WizardStep::backup);
 }

@@ -13,6 +13,7 @@
 #include "Tidewell/Session/ExportRun.h"
 #include "Tidewell/Session/ExportSession.h"
 #include "Tidewell/Session/LibraryRefresh.h"
+#include "Tidewell/Session/VerifyRun.h"
 
 // The wizard behind its screens: holds the one state that they show and performs
 // every action of the user by calling the core. Lives on the interface thread;
@@ -63,6 +64,9 @@ class ExportViewModel : public QObject {
   Q_INVOKABLE void tryAgain();
   // From the refusal of another owner's archive: exports nevertheless, since that is the same person.
   Q_INVOKABLE void exportAsSamePerson();
+  // From the summary: looks whether what was exported is whole.
+  Q_INVOKABLE void verify();
+  Q_INVOKABLE void cancelVerification();
   Q_INVOKABLE void exportAnother();
   Q_INVOKABLE void openArchive();
   Q_INVOKABLE void revealDestination();
@@ -116,4 +120,5 @@ class ExportViewModel : public QObject {
   ChatScan scan_{session_};
   DestinationChoice destination_{session_};
   ExportRun export_{session_};
+  VerifyRun verify_{session_};
 };

@@ -13,4 +13,5 @@ target_sources(TidewellSession PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/ExportViewModel.h
   ${CMAKE_CURRENT_LIST_DIR}/FolderBrowser.cpp
   ${CMAKE_CURRENT_LIST_DIR}/FolderBrowser.h
-  ${CMAKE_CURRENT_LIST_DIR}/LibraryRefresh.cpp)
+  ${CMAKE_CURRENT_LIST_DIR}/LibraryRefresh.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/VerifyRun.cpp)

@@ -5,7 +5,7 @@
 
 #include "Tidewell/Session/CancellationToken.h"
 
-// Ends a scan or an export. Whose answer is late is told by it, too: an answer
+// Ends a scan, an export or a verification. Whose answer is late is told by it, too: an answer
 // counts only while its run is the one that the wizard is busy with.
 using Run = std::shared_ptr<CancellationToken>;
 
@@ -33,5 +33,12 @@ struct Exporting {
   bool operator==(const Exporting&) const = default;
 };
 
+// Looks whether what was exported is whole.
+struct Verifying {
+  Run run;
+
+  bool operator==(const Verifying&) const = default;
+};
+
 // What the wizard is busy with: one thing at a time.
-using WizardWork = std::variant<Idle, Inspecting, Scanning, Exporting>;
+using WizardWork = std::variant<Idle, Inspecting, Scanning, Exporting, Verifying>;

@@ -16,6 +16,7 @@
 #include "TidewellCore/Destination/NamingMemory.h"
 #include "TidewellCore/Export/ArchiveExport.h"
 #include "TidewellCore/Export/BackupDigests.h"
+#include "TidewellCore/Export/BackupReading.h"
 #include "TidewellCore/Export/EarlyEnd.h"
 #include "TidewellCore/Export/ExportPlan.h"
 #include "TidewellCore/Export/ExportRequests.h"
@@ -44,11 +45,6 @@ template <typename Work>
 auto begin(const EarlyEnd::Places& places, Work work) {
   TemporaryFolder::sweep();
   return EarlyEnd::explained(places, work);
-}
-
-void requireWhatsApp(const ManifestStore& manifest) {
-  if (manifest.chatStorage || !manifest.media.empty()) return;
-  throw TidewellError::chatStorageUnreadable("This backup holds no WhatsApp data.");
 }
 
 // What is exported of a backup.
@@ -373,13 +369,11 @@ ExportSummary Exporter::exportBackup(const ExportJob& wish, const RunControl& co
 
 ExportSummary Exporter::runExport(const ExportJob& job, const RunControl& control) const {
   ProgressReporter progress(control.progress);
-  progress.begin(Phase::preparing);
-  OpenedBackup opened =
-      OpenedBackup::open(job.backup, job.password, control, job.unlockReport, {.kept = job.passwordKey});
-  throwIfCancelled(control.isCancelled);
-
-  progress.begin(Phase::readingChats);
-  BackupSource source = BackupSource::load(std::move(opened), control.isCancelled, requireWhatsApp);
+  BackupSource source = BackupReading::read({.backup = job.backup,
+                                             .password = job.password,
+                                             .passwordKey = job.passwordKey,
+                                             .unlockReport = job.unlockReport},
+                                            progress, control);
   // One that was taken away would only lack the names of its contacts.
   EarlyEnd::requireBackup({.backup = &job.backup, .destination = &job.destination});
   ExportSummary summary = Writing(*this, job, source, control).run(progress);

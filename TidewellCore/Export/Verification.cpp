@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <iterator>
 #include <map>
 #include <utility>
 
@@ -12,13 +14,18 @@
 #include "TidewellCore/Destination/ExportDestination.h"
 #include "TidewellCore/Destination/ExportLayout.h"
 #include "TidewellCore/ErrorReport.h"
+#include "TidewellCore/Export/BackupReading.h"
+#include "TidewellCore/Export/BackupVerification.h"
+#include "TidewellCore/Export/EarlyEnd.h"
 #include "TidewellCore/Export/FileDigest.h"
 #include "TidewellCore/Export/ProgressReporter.h"
 #include "TidewellCore/FolderNames.h"
+#include "TidewellCore/Library/ArchiveOwner.h"
 #include "TidewellCore/Library/Library.h"
 #include "TidewellCore/Library/Renderings.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
+#include "TidewellCore/Platform/TemporaryFolder.h"
 
 namespace {
 
@@ -34,16 +41,18 @@ constexpr const char* adviceForLibrary =
 
 class Run {
  public:
-  Run(const fs::path& contentRoot, Library& library, const RunControl& control)
+  // `backup` is null where the archive alone is looked at.
+  Run(const fs::path& contentRoot, Library& library, const BackupSource* backup, const RunControl& control)
       : contentRoot_(contentRoot),
         dataFolder_(ChatArchiveWriter::dataFolder(contentRoot)),
         library_(library),
+        backup_(backup),
         renderings_(Renderings::load(library.database())),
         control_(control),
         progress_(control.progress) {}
 
   VerifySummary run() {
-    progress_.begin(ExportProgress::Phase::verifying, fileCount());
+    progress_.begin(ExportProgress::Phase::verifying, stepCount());
     try {
       lookAtMedia();
     } catch (...) {
@@ -54,13 +63,15 @@ class Run {
     lookAtChats();
     lookAtBlocks();
     if (!library_.chats().empty()) lookAtList();  // an export of the media alone has no pages
+    if (backup_ != nullptr) lookAtBackup();
     progress_.begin(ExportProgress::Phase::finished);
     return std::move(summary_);
   }
 
  private:
-  std::int64_t fileCount() const {
+  std::int64_t stepCount() const {
     std::int64_t count = std::ssize(library_.media().media());
+    if (backup_ != nullptr) count += BackupVerification::stepCount(*backup_);
     for (const auto& [number, chat] : renderings_.chats) count += std::ssize(chat.files);
     for (const auto& [number, blocks] : renderings_.shelves) count += std::ssize(blocks);
     return count;
@@ -247,9 +258,23 @@ class Run {
     return known;
   }
 
+  void lookAtBackup() {
+    const auto step = [this](const std::string& name) {
+      throwIfCancelled(control_.isCancelled);
+      progress_.report(name, completed_++);
+    };
+    const BackupVerification::Ground ground{.backup = *backup_, .library = library_, .contentRoot = contentRoot_};
+    const EarlyEnd::Places places{.backup = &backup_->opened.url()};
+    auto found = EarlyEnd::explained(places, [&] { return BackupVerification::findings(ground, step); });
+    EarlyEnd::requireBackup(places);  // all of one that was taken away would be absent
+    std::ranges::move(found, std::back_inserter(summary_.findings));
+    summary_.warnings = backup_->warnings;
+  }
+
   const fs::path& contentRoot_;
   const fs::path dataFolder_;
   Library& library_;
+  const BackupSource* backup_;
   const Renderings renderings_;
   const RunControl& control_;
   ProgressReporter progress_;
@@ -271,22 +296,42 @@ VerifySummary damaged() {
   return summary;
 }
 
+Library openLibrary(const fs::path& contentRoot) {
+  auto file = LibraryFile::openIfThere(contentRoot);
+  if (file) return Library(std::move(*file));
+  throw TidewellError::ioFailure(
+      "This folder holds no export that can be verified. One from an earlier version can be after the next export.");
+}
+
+// Absent where none is wanted.
+std::optional<BackupSource> readBackup(const VerifyJob& job, const RunControl& control) {
+  if (!job.backup) return std::nullopt;
+  TemporaryFolder::sweep();
+  ProgressReporter progress(control.progress);
+  const BackupToRead backup{.backup = *job.backup,
+                            .password = job.password,
+                            .passwordKey = job.passwordKey,
+                            .unlockReport = job.unlockReport};
+  return EarlyEnd::explained({.backup = &*job.backup}, [&] { return BackupReading::read(backup, progress, control); });
+}
+
 }  // namespace
 
-VerifySummary Verification::run(const fs::path& folder, const RunControl& control) {
-  const fs::path destination = ExportDestination::meant(folder);
+VerifySummary Verification::run(const VerifyJob& job, const RunControl& control) {
+  const fs::path destination = ExportDestination::meant(job.destination);
   if (!Files::isFolder(destination)) throw TidewellError::ioFailure("There is no export in this folder.");
   const DestinationLock lock(destination);
   const fs::path contentRoot = ExportLayout::resolveContentRoot(destination);
+  std::optional<Library> library;
   try {
-    auto file = LibraryFile::openIfThere(contentRoot);
-    if (!file) {
-      throw TidewellError::ioFailure(
-          "This folder holds no export that can be verified. One from an earlier version can be after the next "
-          "export.");
-    }
-    Library library(std::move(*file));
-    return Run(contentRoot, library, control).run();
+    library.emplace(openLibrary(contentRoot));
+  } catch (const SQLiteDamage&) {
+    return damaged();
+  }
+  const std::optional<BackupSource> backup = readBackup(job, control);  // whose databases may be damaged, too
+  try {
+    if (backup) ArchiveOwner::requireSame(library->database(), backup->snapshot);
+    return Run(contentRoot, *library, backup ? &*backup : nullptr, control).run();
   } catch (const SQLiteDamage&) {
     return damaged();
   }

@@ -15,11 +15,12 @@ struct VerifySummary {
     changed,     // a file is not what was written
     unreadable,  // a file cannot be read
     unfinished,  // the pages of a chat do not show what the library knows
-    library      // the library contradicts the pages or itself
+    library,     // the library contradicts the pages or itself
+    notArchived  // what the backup holds is not in the archive
   };
   struct Finding {
     Kind kind = Kind::missing;
-    std::string place;    // of the file, from the content root; of a chat its name
+    std::string place;    // of the file, from the content root; of a chat, or what is absent of it, its name
     std::string message;  // a sentence for people, in English, that says what to do
 
     bool operator==(const Finding&) const = default;
@@ -30,15 +31,19 @@ struct VerifySummary {
   std::int64_t messageCount = 0;    // of the library
   std::int64_t newDigestCount = 0;  // of media that were read for the first time
   std::vector<Finding> findings;    // none when all is right
+  // Of a backup that could not be read whole, so that what it lacks was not looked for: sentences for people, in
+  // English.
+  std::vector<std::string> warnings;
 
   bool operator==(const VerifySummary&) const = default;
 };
 
-constexpr std::array<std::pair<VerifySummary::Kind, std::string_view>, 5> rawValueTable(VerifySummary::Kind) {
+constexpr std::array<std::pair<VerifySummary::Kind, std::string_view>, 6> rawValueTable(VerifySummary::Kind) {
   using enum VerifySummary::Kind;
   return {{{missing, "missing"},
            {changed, "changed"},
            {unreadable, "unreadable"},
            {unfinished, "unfinished"},
-           {library, "library"}}};
+           {library, "library"},
+           {notArchived, "notArchived"}}};
 }

@@ -191,9 +191,11 @@ class Search {
 }  // namespace
 
 MessageMatching::MessageMatching(std::span<const KeptMessage> kept, std::span<const KeptMessage> told) {
+  newCount_ = std::ssize(told);
   if (kept.empty()) return;
   Search search(kept, told);
   search.run();
   places_ = search.takePlaces();
   isFound_ = search.takeFound();
+  newCount_ = std::ranges::count(places_, Place());
 }

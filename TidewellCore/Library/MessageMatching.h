@@ -19,9 +19,12 @@ class MessageMatching {
 
   // Of a told message, by its place among them.
   Place placeOf(std::size_t told) const { return places_.empty() ? std::nullopt : places_[told]; }
+  // How many of the told ones are none of the kept.
+  std::int64_t newCount() const { return newCount_; }
   bool wasFound(std::uint32_t kept) const { return isFound_[kept]; }
 
  private:
   std::vector<Place> places_;  // none where nothing was kept
   std::vector<bool> isFound_;
+  std::int64_t newCount_ = 0;
 };

@@ -83,6 +83,42 @@ TEST(DoneStepContent, PassesOnWarnings) {
   EXPECT_EQ(contentOf({.warnings = {"Something to know."}}).warnings, QStringList{"Something to know."});
 }
 
+DoneStepContent contentOf(const VerifySummary& verification) {
+  ExportState state;
+  state.step = WizardStep::done;
+  state.summary = ExportSummary();
+  state.verification = verification;
+  return DoneStepContent::of(state, texts);
+}
+
+TEST(DoneStepContent, SaysThatNothingIsWrong) {
+  EXPECT_EQ(contentOf(ExportSummary()).verdict, "");
+  const DoneStepContent content = contentOf({.mediaCount = 20, .chatCount = 6, .messageCount = 1'850});
+  EXPECT_EQ(content.verdict, u"Nothing is wrong: 20 media files · 6 chats · 1,850 messages"_qs);
+  EXPECT_TRUE(content.findings.isEmpty());
+  EXPECT_EQ(content.findingList, "");
+  EXPECT_EQ(contentOf({.mediaCount = 1, .chatCount = 1, .messageCount = 1}).verdict,
+            u"Nothing is wrong: 1 media file · 1 chat · 1 message"_qs);
+}
+
+TEST(DoneStepContent, ListsWhatAVerificationFound) {
+  const DoneStepContent content =
+      contentOf({.mediaCount = 20,
+                 .findings = {{.message = "“a\n.jpg” is missing. Export again."}, {.message = "Another thing."}}});
+  EXPECT_EQ(content.verdict, "2 problems were found");
+  EXPECT_EQ(content.findings, QStringList({u"“a .jpg” is missing. Export again."_qs, "Another thing."}));
+  EXPECT_EQ(content.findingList, u"“a .jpg” is missing. Export again.\nAnother thing."_qs);
+  EXPECT_EQ(content.moreFindings, "");
+  VerifySummary many;
+  many.findings.assign(1'002, {.message = "Something is missing."});
+  EXPECT_EQ(contentOf(many).verdict, "1,002 problems were found");
+  EXPECT_EQ(contentOf(many).findings.size(), 1'000);
+  EXPECT_EQ(contentOf(many).moreFindings, "and 2 more");
+  EXPECT_TRUE(contentOf(many).findingList.endsWith("Something is missing.\nand 2 more"));
+  many.findings.resize(1);
+  EXPECT_EQ(contentOf(many).verdict, "1 problem was found");
+}
+
 TEST(DoneStepContent, NamesWhereTheExportWent) {
   ExportState state;
   state.destinationURL = "/chosen since";

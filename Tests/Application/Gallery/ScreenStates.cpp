@@ -234,6 +234,30 @@ ExportState doneWithoutArchive() {
   return state;
 }
 
+ExportState verificationAt(ExportProgress progress) {
+  ExportState state = done(0, 0);
+  state.work = Verifying();
+  state.phaseClock.take(progress, std::chrono::duration<double>(noon - 95));
+  state.progress = std::move(progress);
+  return state;
+}
+
+ExportState verified(int findings) {
+  ExportState state = done(0, 0);
+  state.verification = VerifySummary{.mediaCount = 18'345, .chatCount = 214, .messageCount = 391'207};
+  const std::array<std::string, 3> messages{
+      "“Ana Souza/2026-05-12_101500_IMG-20260512-WA0007.jpg” is missing. Export again: what the backup still has is "
+      "brought back.",
+      "3 messages of “Família 👨‍👩‍👧” are not in the archive. Export again.",
+      "“" + repeated("0123456789", 14) +
+          ".mp4” has other bytes than when it was written. Delete it, or move it out of "
+          "the export, and export again."};
+  for (int i = 0; i < findings; ++i) {
+    state.verification->findings.push_back({.message = messages[static_cast<std::size_t>(i) % messages.size()]});
+  }
+  return state;
+}
+
 ExportState askingToStop() {
   ExportState state = exporting({.phase = ExportProgress::Phase::copyingMedia, .completed = 7'211, .total = 18'345});
   state.stopQuestion = StopQuestion::close;
@@ -356,5 +380,13 @@ std::vector<ScreenState> allScreenStates() {
       {"done-warning", doneWithWarning()},
       {"done-unopened", unopened()},
       {"done-no-archive", doneWithoutArchive()},
+      {"verifying", verificationAt({.phase = ExportProgress::Phase::verifying,
+                                    .currentFileName = "Ana Souza/IMG_20260512_" + repeated("0123456789", 12) + ".jpg",
+                                    .completed = 7'211,
+                                    .total = 18'345})},
+      {"verifying-unlocking", verificationAt({.phase = ExportProgress::Phase::unlocking})},
+      {"verified", verified(0)},
+      {"verified-wrong", verified(2)},
+      {"verified-very-wrong", verified(2'345)},
   };
 }

@@ -103,6 +103,34 @@ TEST_F(Ending, WithFailuresIsNoPlainSuccess) {
   expectGone("What could not be copied");
 }
 
+TEST_F(Ending, CanBeVerified) {
+  open();
+  exportAll();
+  EXPECT_FALSE(isShown("verdict"));
+  click("verifyButton");
+  ASSERT_TRUE(until([&] { return isShown("verdict"); }, "the verification is done"));
+  expectShown("Nothing is wrong: 5 media files · 3 chats · 4 messages");
+  EXPECT_FALSE(isShown("cancelVerificationButton"));
+  EXPECT_TRUE(item("verifyButton").isEnabled());
+}
+
+TEST_F(Ending, LeadsToAnotherExportWhereSomethingIsWrong) {
+  open();
+  exportAll();
+  for (const auto& entry : fs::recursive_directory_iterator(destination)) {
+    if (entry.path().extension() == ".opus") fs::remove(entry.path());
+  }
+  tabTo("verifyButton");
+  press(Qt::Key_Space);
+  ASSERT_TRUE(until([&] { return isShown("findingList"); }, "the verification is done"));
+  expectShown("1 problem was found");
+  click("copyFindingsButton");
+  EXPECT_TRUE(QGuiApplication::clipboard()->text().contains(".opus” is missing. Export again"));
+  click("exportAgainButton");
+  ASSERT_TRUE(until([&] { return state().summary && state().summary->copiedCount == 1; }, "it is copied again"));
+  EXPECT_FALSE(isShown("findingList"));
+}
+
 TEST_F(Ending, WithoutAnArchiveProposesNone) {
   open();
   click("backupRow0");

@@ -20,4 +20,5 @@ target_sources(TidewellSessionTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/ResponsivenessTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ScanTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/StopQuestionTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/VerifyTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/WizardScene.cpp)

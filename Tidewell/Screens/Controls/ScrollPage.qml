@@ -13,6 +13,11 @@ FocusScope {
     property bool centred: false
     readonly property Item focusItem: Window.activeFocusItem
 
+    // When the page has been laid out.
+    function reveal(item) {
+        Qt.callLater(() => scroller.reveal(item));
+    }
+
     onFocusItemChanged: if (scroller.isReachedByKeys(focusItem)) scroller.reveal(focusItem)
     Keys.onUpPressed: scroller.by(-48)
     Keys.onDownPressed: scroller.by(48)
