@@ -36,6 +36,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/RenderingTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/RerenderingTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/SelectionExportTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/SentDigestTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/VerificationTests.cpp)
 
 # Where the golden listings are, to be compared and, on request, written anew.

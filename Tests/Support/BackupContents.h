@@ -185,6 +185,8 @@ struct MediaFile {
   SQLValue duration;
   SQLValue thumbnailPath;
   SQLValue mimeType;
+  // ZVCARDNAME: WhatsApp's own digest.
+  SQLValue digest;
   SQLValue metadata;
   StorageOptions storage;
 };

@@ -55,6 +55,7 @@ std::vector<MediaItem> allMediaItems(const WhatsAppContents& app) {
                      .duration = file.duration,
                      .thumbnailPath = file.thumbnailPath,
                      .vCard = file.mimeType,
+                     .vCardName = file.digest,
                      .metadata = file.metadata});
   }
   items.insert(items.end(), app.mediaItems.begin(), app.mediaItems.end());

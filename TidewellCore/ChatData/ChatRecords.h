@@ -38,7 +38,8 @@ struct MessageRecord {
 // A file that a message carries.
 struct MediaItemRecord {
   std::optional<std::int64_t> messagePK;
-  std::string_view localPath;  // in the backup, beginning with "Message/"
+  std::string_view localPath;   // in the backup, beginning with "Message/"
+  std::string_view sentDigest;  // SHA-256 in Base64, of the file or of what it was before; empty where there is none
 
   bool operator==(const MediaItemRecord&) const = default;
 };

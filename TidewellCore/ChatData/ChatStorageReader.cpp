@@ -9,6 +9,7 @@
 #include "TidewellCore/ChatData/MessageTable.h"
 #include "TidewellCore/ChatData/NameResolver.h"
 #include "TidewellCore/ChatData/TableReader.h"
+#include "TidewellCore/Platform/Base64.h"
 #include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/TidewellError.h"
 
@@ -115,12 +116,23 @@ bool isHiddenItemOf(const ChatTables& tables, std::optional<std::int64_t> key, s
   return named != tables.unfoundItems.end() && message.value_or(named->second) == named->second;
 }
 
+// WhatsApp's own digest of a file, where other items have a name or an address: SHA-256 in Base64, and nothing else.
+std::string_view sentDigest(std::optional<std::string_view> stored, TextArena& texts) {
+  constexpr std::size_t digestSize = 32;   // bytes
+  constexpr std::size_t encodedSize = 44;  // of so many bytes
+  if (!stored || stored->size() != encodedSize) return {};
+  const std::optional<Bytes> digest = Base64::decode(*stored);
+  const bool isDigest = digest && digest->size() == digestSize && Base64::encode(*digest) == *stored;
+  return isDigest ? texts.add(*stored) : std::string_view();
+}
+
 // To be read after the messages.
 void loadMedia(const SQLiteDB& database, ChatTables& tables) {
   TableReader table(database, "ZWAMEDIAITEM");
   const Column pk = table.select({"Z_PK"});
   const Column message = table.select({"ZMESSAGE"});
   const Column path = table.select({"ZMEDIALOCALPATH", "ZLOCALPATH"});
+  const Column digest = table.select({"ZVCARDNAME"});
   noteColumns({message, path}, tables);
   if (!areThere({message, path})) return;
   std::int64_t items = 0;
@@ -130,7 +142,9 @@ void loadMedia(const SQLiteDB& database, ChatTables& tables) {
     if (isHiddenItemOf(tables, row.integer(pk.place), owner)) tables.unread.isPartial = true;
     const auto localPath = row.text(path.place);
     if (!localPath || !MediaPaths::isOfFile(*localPath)) return;
-    tables.media.push_back({.messagePK = owner, .localPath = tables.texts.add(MediaPaths::inBackup(*localPath))});
+    tables.media.push_back({.messagePK = owner,
+                            .localPath = tables.texts.add(MediaPaths::inBackup(*localPath)),
+                            .sentDigest = sentDigest(row.text(digest.place), tables.texts)});
   });
   if (tables.media.empty()) tables.unread.namelessItems = items;
 }

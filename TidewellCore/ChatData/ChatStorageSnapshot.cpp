@@ -130,6 +130,7 @@ void ChatStorageSnapshot::attachMedia(const Keys& keys, const Places& places) {
     const std::uint32_t place = places[static_cast<std::size_t>(found - keys.begin())];
     tables_.messages[place].mediaLocalPath = item.localPath;
     mediaByRelativePath_.insert_or_assign(item.localPath, place);
+    if (!item.sentDigest.empty()) sentDigests_.insert_or_assign(item.localPath, item.sentDigest);
   }
 }
 
@@ -284,6 +285,11 @@ const MessageRecord* ChatStorageSnapshot::mediaMessage(std::string_view relative
     found = mediaByRelativePath_.find(std::string(containerPrefix).append(relativePath));
   }
   return found == mediaByRelativePath_.end() ? nullptr : &tables_.messages[found->second];
+}
+
+std::string_view ChatStorageSnapshot::sentDigest(std::string_view relativePath) const {
+  const auto found = sentDigests_.find(relativePath);
+  return found == sentDigests_.end() ? std::string_view() : found->second;
 }
 
 std::optional<Date> ChatStorageSnapshot::mediaDate(std::string_view relativePath) const {

@@ -72,6 +72,9 @@ class ChatStorageSnapshot {
   const MessageRecord* mediaMessage(std::string_view relativePath) const;
   // The date of that message; absent when there is none, or it has none.
   std::optional<Date> mediaDate(std::string_view relativePath) const;
+  // WhatsApp's own digest of a media file, SHA-256 in Base64: of the file, or of what was sent before the phone changed
+  // it. Empty where it is not known.
+  std::string_view sentDigest(std::string_view relativePath) const;
   bool hasMedia() const { return !mediaByRelativePath_.empty(); }
   // The paths of the files that messages carry, in no order, as `mediaMessage` knows them.
   std::vector<std::string_view> mediaPaths() const;
@@ -126,6 +129,7 @@ class ChatStorageSnapshot {
   std::map<std::string, std::int64_t, std::less<>> recordsByCanonicalJID_;  // the first of each
   std::vector<Chat> chats_;
   std::unordered_map<std::string_view, std::uint32_t> mediaByRelativePath_;  // places among the messages
+  std::unordered_map<std::string_view, std::string_view> sentDigests_;       // by the same paths
   std::unordered_map<std::string, const GroupMemberRecord*> membersByJID_;   // canonical; those with a name first
   std::map<CanonicalJID, std::set<std::string>> membersByChat_;
   std::set<std::string, std::less<>> ownJIDs_;  // canonical

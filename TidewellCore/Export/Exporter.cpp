@@ -15,7 +15,7 @@
 #include "TidewellCore/Destination/FolderManifest.h"
 #include "TidewellCore/Destination/NamingMemory.h"
 #include "TidewellCore/Export/ArchiveExport.h"
-#include "TidewellCore/Export/BackupDigests.h"
+#include "TidewellCore/Export/BackupMedia.h"
 #include "TidewellCore/Export/BackupReading.h"
 #include "TidewellCore/Export/EarlyEnd.h"
 #include "TidewellCore/Export/ExportPlan.h"
@@ -90,10 +90,10 @@ struct Ground {
 
 // What somebody moved within the export is not copied again.
 void followMovedFiles(const Ground& ground, const BackupSource& source, const CancellationCheck& isCancelled) {
-  BackupDigests digests(source, ground.index.destination);
+  BackupMedia media(source);
   MovedFiles::follow(
       ground.ledger, ground.index,
-      [&](const KeptMedium& medium) { return digests.of(medium.path, medium.size, isCancelled); }, isCancelled);
+      [&](const KeptMedium& medium) { return media.digest(medium.path, medium.size, isCancelled); }, isCancelled);
 }
 
 ExportPlan makePlan(const ExportJob& job, const BackupPart& part, const Ground& ground, const DateFormatter& stamps,
@@ -251,14 +251,15 @@ class Writing {
     });
   }
 
-  static KeptMedium mediumOf(const ExportPlanner::PlannedCopy& copy, const ExportPlace& place, std::int64_t size) {
+  KeptMedium mediumOf(const ExportPlanner::PlannedCopy& copy, const ExportPlace& place, std::int64_t size) const {
     return {.path = copy.relativePath,
             .place = place,
             .size = size,
             .date = copy.date,
             .kind = copy.kind,
             .chatJID = copy.chatJID.text(),
-            .isThere = true};
+            .isThere = true,
+            .sentDigest = std::string(source_.snapshot.sentDigest(copy.relativePath))};
   }
 
   // Of the file that stands at the place now, in bytes.

@@ -56,10 +56,15 @@ class Search {
   const Stray* strayOf(const KeptMedium& medium) {
     const auto ofSize = strays_.find(medium.size);
     if (ofSize == strays_.end()) return nullptr;
-    const std::string wanted = medium.digest.empty() ? digestOfMedium_(medium).value_or("") : medium.digest;
-    if (wanted.empty()) return nullptr;
-    for (Stray& stray : ofSize->second) {
-      if (digestOf(stray) == wanted) return &stray;
+    if (const Stray* stray = find(ofSize->second, medium.digest)) return stray;
+    if (const Stray* stray = find(ofSize->second, medium.sentDigest)) return stray;
+    return medium.digest.empty() ? find(ofSize->second, digestOfMedium_(medium).value_or("")) : nullptr;
+  }
+
+  // Null also where the digest is not known.
+  const Stray* find(std::vector<Stray>& strays, const std::string& digest) {
+    for (Stray& stray : strays) {
+      if (!digest.empty() && digestOf(stray) == digest) return &stray;
     }
     return nullptr;
   }

@@ -14,6 +14,7 @@
 #include "TidewellCore/Destination/ExportDestination.h"
 #include "TidewellCore/Destination/ExportLayout.h"
 #include "TidewellCore/ErrorReport.h"
+#include "TidewellCore/Export/BackupMedia.h"
 #include "TidewellCore/Export/BackupReading.h"
 #include "TidewellCore/Export/BackupVerification.h"
 #include "TidewellCore/Export/EarlyEnd.h"
@@ -47,6 +48,7 @@ class Run {
         dataFolder_(ChatArchiveWriter::dataFolder(contentRoot)),
         library_(library),
         backup_(backup),
+        backupMedia_(backup == nullptr ? std::optional<BackupMedia>() : std::optional<BackupMedia>(*backup)),
         renderings_(Renderings::load(library.database())),
         control_(control),
         progress_(control.progress) {}
@@ -127,12 +129,22 @@ class Run {
     const fs::path file = contentRoot_ / PathText::path(place);
     if (!stands(file, place, medium.size)) return;
     std::string digest = FileDigest::of(file, control_.isCancelled);
-    if (medium.digest.empty()) {
-      library_.media().keepDigest(number, std::move(digest));
-      ++summary_.newDigestCount;
-    } else if (medium.digest != digest) {
-      changed(place);
+    const bool isAsSent = digest == medium.sentDigest;
+    if (!medium.digest.empty() && medium.digest != digest && !isAsSent) return changed(place);
+    if (!isAsSent && !medium.sentDigest.empty() && isOtherwiseInBackup(medium, digest)) {
+      return find(Kind::changed, place,
+                  fmt::format("“{}” has other bytes than in the backup. {}", place, adviceToReplace));
     }
+    if (medium.digest == digest) return;
+    library_.media().keepDigest(number, std::move(digest));
+    ++summary_.newDigestCount;
+  }
+
+  // A file that is not what WhatsApp sent may have been changed by the phone since: the backup has it so, too.
+  bool isOtherwiseInBackup(const KeptMedium& medium, const std::string& digest) {
+    if (!backupMedia_) return false;
+    const auto there = backupMedia_->digest(medium.path, medium.size, control_.isCancelled);
+    return there && *there != digest;
   }
 
   void keepDigests() {
@@ -275,6 +287,7 @@ class Run {
   const fs::path dataFolder_;
   Library& library_;
   const BackupSource* backup_;
+  std::optional<BackupMedia> backupMedia_;
   const Renderings renderings_;
   const RunControl& control_;
   ProgressReporter progress_;

@@ -23,11 +23,14 @@ struct VerifyJob {
 // names all chats and blocks; with a backup, whether all of its media and messages are there.
 namespace Verification {
 
-// The bytes of a medium are compared with what the first verification of it found; this is kept in the library, and
-// nothing else is changed. Throws TidewellError::ioFailure when there is no export with a library or another run works
-// on it, TidewellError::cancelled, and what the database reports; what was found of media until then is kept. Of a
-// backup it throws what an export of it does before it writes, TidewellError::foreignArchive among it. A damaged
-// library is the only finding where there is one, and the backup is not asked then.
+// The bytes of a medium are right when their digest is WhatsApp's own. Else they are compared with what the first
+// verification of it found; this is kept in the library, and nothing else is changed. A file that differs from
+// WhatsApp's digest the first time is not called damaged for that, since the digest may be of what was sent before the
+// phone edited or transcoded it; with a backup that has a file of its size, it has to have that one's bytes. Throws
+// TidewellError::ioFailure when there is no export with a library or another run works on it, TidewellError::cancelled,
+// and what the database reports; what was found of media until then is kept. Of a backup it throws what an export of it
+// does before it writes, TidewellError::foreignArchive among it. A damaged library is the only finding where there is
+// one, and the backup is not asked then.
 VerifySummary run(const VerifyJob& job, const RunControl& control = {});
 
 }  // namespace Verification

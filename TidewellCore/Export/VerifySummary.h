@@ -29,7 +29,7 @@ struct VerifySummary {
   std::int64_t mediaCount = 0;
   std::int64_t chatCount = 0;
   std::int64_t messageCount = 0;    // of the library
-  std::int64_t newDigestCount = 0;  // of media that were read for the first time
+  std::int64_t newDigestCount = 0;  // of media whose digest was kept: those read for the first time, mostly
   std::vector<Finding> findings;    // none when all is right
   // Of a backup that could not be read whole, so that what it lacks was not looked for: sentences for people, in
   // English.

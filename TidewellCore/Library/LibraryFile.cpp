@@ -2,7 +2,10 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
+#include <string_view>
+#include <vector>
 
 #include "TidewellCore/Library/LibraryCheck.h"
 #include "TidewellCore/MakeRoom.h"
@@ -15,9 +18,12 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::int64_t applicationID = 0x54574C42;  // "TWLB"; in the header of the file (sqlite.org/fileformat2)
-constexpr std::int64_t schemaVersion = 1;
+constexpr std::int64_t schemaVersion = 2;
 
-constexpr std::array schema{
+using Statements = std::vector<std::string_view>;
+
+// The tables that stand as version 1 made them.
+constexpr std::array ofAllVersions{
     "CREATE TABLE owner (jid TEXT PRIMARY KEY NOT NULL) WITHOUT ROWID",
     "CREATE TABLE export (id INTEGER PRIMARY KEY, at REAL NOT NULL, device TEXT, device_name TEXT, backup_at REAL,"
     " zone TEXT NOT NULL, locale TEXT NOT NULL)",
@@ -26,17 +32,35 @@ constexpr std::array schema{
     " partner TEXT NOT NULL, avatar TEXT, gone INTEGER NOT NULL, told_at REAL NOT NULL, told BLOB, changed INTEGER NOT "
     "NULL)",
     "CREATE TABLE chat_jid (jid TEXT PRIMARY KEY NOT NULL, chat INTEGER NOT NULL) WITHOUT ROWID",
+    "CREATE TABLE sender (id INTEGER PRIMARY KEY, jid TEXT NOT NULL, name TEXT)",
+    "CREATE TABLE person (jid TEXT PRIMARY KEY NOT NULL, name TEXT, owner INTEGER NOT NULL) WITHOUT ROWID",
+};
+
+// Those that version 1 had otherwise.
+constexpr std::array ofVersion1{
+    "CREATE TABLE medium (id INTEGER PRIMARY KEY, path TEXT NOT NULL, folder TEXT, name TEXT, size INTEGER,"
+    " date REAL, kind TEXT NOT NULL, chat TEXT NOT NULL, there INTEGER NOT NULL)",
+    "CREATE TABLE message (chat INTEGER NOT NULL, key INTEGER NOT NULL, time REAL, place INTEGER NOT NULL,"
+    " from_me INTEGER NOT NULL, last_told REAL, deleted_later INTEGER NOT NULL, sender INTEGER, stanza TEXT,"
+    " text TEXT, medium INTEGER, facts TEXT, page TEXT, PRIMARY KEY (chat, key)) WITHOUT ROWID",
+};
+// The same as this version makes them, in the words that SQLite keeps when it adds columns.
+constexpr std::array changedSince{
+    "CREATE TABLE medium (id INTEGER PRIMARY KEY, path TEXT NOT NULL, folder TEXT, name TEXT, size INTEGER,"
+    " date REAL, kind TEXT NOT NULL, chat TEXT NOT NULL, there INTEGER NOT NULL, digest TEXT, sent_digest TEXT)",
+    "CREATE TABLE message (chat INTEGER NOT NULL, key INTEGER NOT NULL, time REAL, place INTEGER NOT NULL,"
+    " from_me INTEGER NOT NULL, last_told REAL, deleted_later INTEGER NOT NULL, sender INTEGER, stanza TEXT,"
+    " text TEXT, medium INTEGER, facts TEXT, page TEXT, said_at REAL, PRIMARY KEY (chat, key)) WITHOUT ROWID",
+};
+constexpr std::array changesSince{
+    "ALTER TABLE medium ADD COLUMN digest TEXT",
+    "ALTER TABLE medium ADD COLUMN sent_digest TEXT",
+    "ALTER TABLE message ADD COLUMN said_at REAL",
+};
+constexpr std::array addedSince{
     "CREATE TABLE title (chat INTEGER NOT NULL, name TEXT NOT NULL, PRIMARY KEY (chat, name)) WITHOUT ROWID",
     "CREATE TABLE member (chat INTEGER NOT NULL, jid TEXT NOT NULL, last_told REAL, PRIMARY KEY (chat, jid))"
     " WITHOUT ROWID",
-    "CREATE TABLE sender (id INTEGER PRIMARY KEY, jid TEXT NOT NULL, name TEXT)",
-    "CREATE TABLE person (jid TEXT PRIMARY KEY NOT NULL, name TEXT, owner INTEGER NOT NULL) WITHOUT ROWID",
-    "CREATE TABLE medium (id INTEGER PRIMARY KEY, path TEXT NOT NULL, folder TEXT, name TEXT, size INTEGER,"
-    " date REAL, kind TEXT NOT NULL, chat TEXT NOT NULL, there INTEGER NOT NULL, digest TEXT)",
-    "CREATE TABLE message (chat INTEGER NOT NULL, key INTEGER NOT NULL, time REAL, place INTEGER NOT NULL,"
-    " from_me INTEGER NOT NULL, last_told REAL, said_at REAL, deleted_later INTEGER NOT NULL, sender INTEGER, stanza "
-    "TEXT,"
-    " text TEXT, medium INTEGER, facts TEXT, page TEXT, PRIMARY KEY (chat, key)) WITHOUT ROWID",
     "CREATE TABLE rendering (chat INTEGER PRIMARY KEY, changed INTEGER NOT NULL, manner BLOB NOT NULL,"
     " folder TEXT NOT NULL, files TEXT NOT NULL, shelf INTEGER NOT NULL, messages INTEGER NOT NULL, preview TEXT NOT "
     "NULL, last REAL,"
@@ -45,31 +69,46 @@ constexpr std::array schema{
     " parts TEXT NOT NULL, PRIMARY KEY (shelf, place)) WITHOUT ROWID",
 };
 
+Statements tablesOf(std::int64_t version) {
+  Statements tables(ofAllVersions.begin(), ofAllVersions.end());
+  const auto add = [&](const auto& statements) { tables.insert(tables.end(), statements.begin(), statements.end()); };
+  if (version == 1) {
+    add(ofVersion1);
+  } else {
+    add(changedSince);
+    add(addedSince);
+  }
+  return tables;
+}
+
 std::int64_t numberOf(const SQLiteDB& database, const std::string& pragma) {
   std::int64_t number = 0;
   database.forEachRow(pragma, [&](const SQLiteRowView& row) { number = row.integer(0).value_or(0); });
   return number;
 }
 
-void execute(const SQLiteDB& database, const std::string& sql) {
-  database.forEachRow(sql, [](const SQLiteRowView&) {});
+void execute(const SQLiteDB& database, std::string_view sql) {
+  database.forEachRow(std::string(sql), [](const SQLiteRowView&) {});
 }
 
 void makeTables(const SQLiteDB& database) {
   SQLiteTransaction transaction(database);
-  for (const char* statement : schema) execute(database, statement);
+  for (const std::string_view statement : tablesOf(schemaVersion)) execute(database, statement);
   execute(database, fmt::format("PRAGMA application_id = {}", applicationID));
   execute(database, fmt::format("PRAGMA user_version = {}", schemaVersion));
   transaction.commit();
 }
 
-// Whether every table stands as this program makes it; SQLite keeps the words in which it was made.
+std::int64_t versionOf(const SQLiteDB& database) { return numberOf(database, "PRAGMA user_version"); }
+
+// Whether every table stands as its version makes it; SQLite keeps the words in which it was made.
 bool hasTables(const SQLiteDB& database) {
+  const Statements tables = tablesOf(versionOf(database));
   std::size_t found = 0;
   database.forEachRow("SELECT sql FROM sqlite_master WHERE sql IS NOT NULL", [&](const SQLiteRowView& row) {
-    for (const char* statement : schema) found += row.text(0) == statement ? 1U : 0U;
+    found += std::ranges::find(tables, row.text(0).value_or("")) == tables.end() ? 0U : 1U;
   });
-  return found == schema.size();
+  return found == tables.size();
 }
 
 bool isSound(const SQLiteDB& database) {
@@ -80,7 +119,7 @@ bool isSound(const SQLiteDB& database) {
 
 void requireNotLater(const SQLiteDB& database) {
   if (numberOf(database, "PRAGMA application_id") != applicationID) return;
-  if (numberOf(database, "PRAGMA user_version") <= schemaVersion) return;
+  if (versionOf(database) <= schemaVersion) return;
   throw LaterLibrary(TidewellError::IOFailure{
       "A newer version of this program wrote this export’s library. Use that version, or choose another folder."});
 }
@@ -102,10 +141,20 @@ bool isUndone(const fs::path& file) {
   return numberOf(database, "PRAGMA page_count") == 0;
 }
 
+void bringUpToDate(const SQLiteDB& database) {
+  if (versionOf(database) == schemaVersion) return;
+  SQLiteTransaction transaction(database);
+  for (const char* change : changesSince) execute(database, change);
+  for (const char* table : addedSince) execute(database, table);
+  execute(database, fmt::format("PRAGMA user_version = {}", schemaVersion));
+  transaction.commit();
+}
+
 SQLiteDB soundDatabase(const fs::path& file) {
   SQLiteDB database = ourDatabase(file, SQLiteDB::OpenMode::kept);
   requireThat(isSound(database));
   LibraryCheck::requireConsistent(database);
+  bringUpToDate(database);
   return database;
 }
 

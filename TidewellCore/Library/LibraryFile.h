@@ -18,15 +18,15 @@ class LibraryFile {
   static constexpr const char* fileName = ".tidewell-archive.sqlite";  // in the content root
   static constexpr const char* journalName = ".tidewell-archive.sqlite-journal";
 
-  // Makes it where it is missing. Throws SQLiteDamage for one that is damaged, contradicts itself
-  // (LibraryCheck) or is another program's, LaterLibrary for one that a later version of this program wrote, and what
-  // cannot be read or written.
+  // Makes it where it is missing, and one of an earlier version this version's. Throws SQLiteDamage for one that is
+  // damaged, contradicts itself (LibraryCheck) or is another program's, LaterLibrary for one that a later version of
+  // this program wrote, and what cannot be read or written.
   static LibraryFile open(const std::filesystem::path& contentRoot);
   // As `open`, but makes none: absent where nothing was kept yet.
   static std::optional<LibraryFile> openIfThere(const std::filesystem::path& contentRoot);
-  // Opens it to be read alone and changes nothing, not looking for damage. Throws TidewellError where there
-  // is none, for one that is not ours or a later version's, and for one beside which a journal stands; and what
-  // the file system reports.
+  // Opens it, of whatever earlier version, to be read alone and changes nothing, not looking for damage. Throws
+  // TidewellError where there is none, for one that is not ours or a later version's, and for one beside which a
+  // journal stands; and what the file system reports.
   static SQLiteDB look(const std::filesystem::path& contentRoot);
   // Gives one that will not do another name, with its journal. Returns a sentence for people, in English.
   static std::string setAside(const std::filesystem::path& contentRoot);

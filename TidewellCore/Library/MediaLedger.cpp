@@ -8,6 +8,11 @@ namespace {
 
 using Value = SQLiteStatement::Value;
 
+// NULL for a digest that is not known.
+Value valueOf(const std::string& digest) {
+  return digest.empty() ? Value(SQLiteNull{}) : Value(std::string_view(digest));
+}
+
 KeptMedium mediumOf(const SQLiteRowView& row) {
   KeptMedium medium{.path = std::string(row.text(1).value_or("")), .size = row.integer(4).value_or(0)};
   if (row.text(2)) medium.place = ExportPlace{std::string(*row.text(2)), std::string(row.text(3).value_or(""))};
@@ -16,6 +21,7 @@ KeptMedium mediumOf(const SQLiteRowView& row) {
   medium.chatJID = row.text(7).value_or("");
   medium.isThere = medium.place && row.integer(8) == 1;
   medium.digest = row.text(9).value_or("");
+  medium.sentDigest = row.text(10).value_or("");
   return medium;
 }
 
@@ -23,7 +29,7 @@ KeptMedium mediumOf(const SQLiteRowView& row) {
 
 MediaLedger::MediaLedger(const SQLiteDB& database) {
   database.forEachRow(
-      "SELECT id, path, folder, name, size, date, kind, chat, there, digest FROM medium ORDER BY id",
+      "SELECT id, path, folder, name, size, date, kind, chat, there, digest, sent_digest FROM medium ORDER BY id",
       [this](const SQLiteRowView& row) {
         // Numbers are given without gaps; one that stands elsewhere is somebody's change of the file.
         if (row.integer(0) != static_cast<std::int64_t>(media_.size())) {
@@ -97,7 +103,10 @@ void MediaLedger::settle(KeptMedium medium, bool isCopied) {
     number = numberOf(medium);
   }
   isSettled_[number] = true;
-  if (!isCopied && media_[number].size == medium.size) medium.digest = media_[number].digest;
+  if (media_[number].size == medium.size) {
+    if (!isCopied) medium.digest = media_[number].digest;
+    if (medium.sentDigest.empty()) medium.sentDigest = media_[number].sentDigest;
+  }
   if (media_[number] == medium) return;
   // The path's text stays where it is, since it is what the entry is found by.
   KeptMedium& entry = media_[number];
@@ -109,6 +118,7 @@ void MediaLedger::settle(KeptMedium medium, bool isCopied) {
   entry.chatJID = std::move(medium.chatJID);
   entry.isThere = medium.isThere;
   entry.digest = std::move(medium.digest);
+  entry.sentDigest = std::move(medium.sentDigest);
   isElsewhere ? displace(number) : touch(number);
 }
 
@@ -145,8 +155,8 @@ bool MediaLedger::save(const SQLiteDB& database) {
   bool isNews = false;
   const SQLiteStatement write(
       database,
-      "INSERT OR REPLACE INTO medium (id, path, folder, name, size, date, kind, chat, there, digest)"
-      " VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
+      "INSERT OR REPLACE INTO medium (id, path, folder, name, size, date, kind, chat, there, digest, sent_digest)"
+      " VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
   for (std::size_t number = 0; number < media_.size(); ++number) {
     if (!isUnsaved_[number]) continue;
     const KeptMedium& medium = media_[number];
@@ -155,8 +165,8 @@ bool MediaLedger::save(const SQLiteDB& database) {
                place ? Value(std::string_view(place->folder)) : Value(SQLiteNull{}),
                place ? Value(std::string_view(place->name)) : Value(SQLiteNull{}), medium.size,
                medium.date ? Value(unixTime(*medium.date)) : Value(SQLiteNull{}), medium.kind.rawValue(),
-               std::string_view(medium.chatJID), std::int64_t{medium.isThere},
-               medium.digest.empty() ? Value(SQLiteNull{}) : Value(std::string_view(medium.digest))});
+               std::string_view(medium.chatJID), std::int64_t{medium.isThere}, valueOf(medium.digest),
+               valueOf(medium.sentDigest)});
     isUnsaved_[number] = false;
     isNews = true;
   }

@@ -22,9 +22,10 @@ struct KeptMedium {
   std::int64_t size = 0;             // bytes of the file at its place
   std::optional<Date> date;          // of its message
   MediaKind kind = MediaKind::documents;
-  std::string chatJID;   // that it was filed under
-  bool isThere = false;  // it stood at its place when the last export ended
-  std::string digest;    // SHA-256 of the file at its place, in Base64; empty as long as nobody asked
+  std::string chatJID;     // that it was filed under
+  bool isThere = false;    // it stood at its place when the last export ended
+  std::string digest;      // SHA-256 of the file at its place, in Base64; empty as long as nobody asked
+  std::string sentDigest;  // the same as WhatsApp has it, of the file or of what was sent; empty where it is not known
 
   bool operator==(const KeptMedium&) const = default;
 };

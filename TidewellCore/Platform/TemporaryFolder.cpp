@@ -129,7 +129,7 @@ fs::path parentOfAll() {
 }  // namespace
 
 bool TemporaryFolder::isName(std::string_view name) {
-  return std::ranges::any_of(std::array{manifestPrefix, databasesPrefix}, [&](std::string_view prefix) {
+  return std::ranges::any_of(std::array{manifestPrefix, databasesPrefix, mediaPrefix}, [&](std::string_view prefix) {
     return name.starts_with(prefix) && isUUID(name.substr(prefix.size()));
   });
 }

@@ -13,6 +13,7 @@ class TemporaryFolder {
   // What working folders are for; a sweep knows them by these.
   static constexpr std::string_view manifestPrefix = "Tidewell-manifest-";
   static constexpr std::string_view databasesPrefix = "Tidewell-databases-";
+  static constexpr std::string_view mediaPrefix = "Tidewell-media-";
 
   // Whether a name is one of a working folder.
   static bool isName(std::string_view name);
