@@ -155,7 +155,7 @@ struct GrowingArchiveTest : testing::Test {
     EXPECT_THAT(texts(all[0]), ElementsAre("photo", "see you")) << when;
     EXPECT_THAT(texts(all[2]), ElementsAre("from bea")) << when;
     EXPECT_THAT(photos(), ElementsAre("photo of the group", "photo one", "photo two")) << when;
-    EXPECT_THAT(Verification::run(scene.destination).findings, IsEmpty()) << when;
+    EXPECT_THAT(Verification::run({.destination = scene.destination}).findings, IsEmpty()) << when;
     ExportTest::expectWholeArchive(scene.destination);
   }
 

@@ -51,17 +51,17 @@ TEST_P(MovedFilesTest, AreNotCopiedAgain) {
   EXPECT_FALSE(fs::exists(former));
   EXPECT_EQ(textOf(scene.content / "The best" / "On the beach.jpg"), bytes);
   EXPECT_THAT(textOf(scene.content / chat / FolderNames::htmlTranscript), HasSubstr("../The best/On the beach.jpg"));
-  EXPECT_THAT(Verification::run(scene.destination).findings, IsEmpty());
+  EXPECT_THAT(Verification::run({.destination = scene.destination}).findings, IsEmpty());
   const auto before = filesBelow(scene.folder.path());
   EXPECT_EQ(run().copiedCount, 0);
   EXPECT_EQ(filesBelow(scene.folder.path()), before);
 }
 
 TEST_P(MovedFilesTest, AreKnownByTheDigestThatAVerificationKept) {
-  Verification::run(scene.destination);
+  Verification::run({.destination = scene.destination});
   move(".jpg", "On the beach.jpg");
   EXPECT_EQ(run().copiedCount, 0);
-  EXPECT_THAT(Verification::run(scene.destination).findings, IsEmpty());
+  EXPECT_THAT(Verification::run({.destination = scene.destination}).findings, IsEmpty());
 }
 
 TEST_P(MovedFilesTest, AFileOfTheSameSizeIsNotTheMedium) {

@@ -294,7 +294,8 @@ TEST(Library, OneThatContradictsItselfIsDamage) {
       "UPDATE message SET chat = 'mine' WHERE key = 2",
       "UPDATE message SET chat = -1",
       "DELETE FROM chat",
-      "INSERT INTO medium VALUES (0, 'p', 'f', 'n', -1, NULL, 'photos', 'x', 1, NULL)",
+      "INSERT INTO medium (id, path, folder, name, size, date, kind, chat, there, digest) VALUES (0, 'p', 'f', 'n', "
+      "-1, NULL, 'photos', 'x', 1, NULL)",
   };
   for (const std::string& change : changes) {
     LibraryScene scene;
