@@ -1,7 +1,5 @@
 #include "TidewellCore/Export/Rerendering.h"
 
-#include <fmt/format.h>
-
 #include <utility>
 
 #include "TidewellCore/Destination/ExportDestination.h"
@@ -28,13 +26,6 @@ Library openLibrary(const fs::path& contentRoot) {
     throw TidewellError::ioFailure("This export’s library knows no chats yet. Export again, with transcripts.");
   }
   return library;
-}
-
-[[noreturn]] void failAsDamaged() {
-  throw TidewellError::ioFailure(
-      fmt::format("The library “{}” is damaged. Export again: it is set aside, and made anew from the pages and the "
-                  "backup.",
-                  LibraryFile::fileName));
 }
 
 class Run {
@@ -110,7 +101,7 @@ RenderSummary Rerendering::run(const RenderJob& job, const RunControl& control) 
     try {
       return Run(job, destination, control).run(progress);
     } catch (const SQLiteDamage&) {
-      failAsDamaged();
+      throw TidewellError::ioFailure(LibraryFile::adviceForDamaged());
     }
   });
   progress.begin(ExportProgress::Phase::finished);

@@ -300,12 +300,7 @@ class Run {
 VerifySummary damaged() {
   VerifySummary summary;
   summary.findings.push_back(
-      {.kind = Kind::library,
-       .place = LibraryFile::fileName,
-       .message =
-           fmt::format("The library “{}” is damaged. Export again: it is set aside, and made anew from the pages "
-                       "and the backup.",
-                       LibraryFile::fileName)});
+      {.kind = Kind::library, .place = LibraryFile::fileName, .message = LibraryFile::adviceForDamaged()});
   return summary;
 }
 

@@ -184,6 +184,12 @@ SQLiteDB LibraryFile::look(const fs::path& contentRoot) {
   return ourDatabase(contentRoot / fileName, SQLiteDB::OpenMode::keptReadOnly);
 }
 
+std::string LibraryFile::adviceForDamaged() {
+  return fmt::format(
+      "The library “{}” is damaged. Export again: it is set aside, and made anew from the pages and the backup.",
+      fileName);
+}
+
 std::string LibraryFile::setAside(const fs::path& contentRoot) {
   MakeRoom::at(contentRoot / fileName);
   MakeRoom::at(contentRoot / journalName);

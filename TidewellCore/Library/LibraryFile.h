@@ -28,6 +28,8 @@ class LibraryFile {
   // TidewellError where there is none, for one that is not ours or a later version's, and for one beside which a
   // journal stands; and what the file system reports.
   static SQLiteDB look(const std::filesystem::path& contentRoot);
+  // What to do about one that will not do: a sentence for people, in English.
+  static std::string adviceForDamaged();
   // Gives one that will not do another name, with its journal. Returns a sentence for people, in English.
   static std::string setAside(const std::filesystem::path& contentRoot);
 
