@@ -108,8 +108,8 @@ TEST_F(Access, KeysReachEveryControlOfTheSecondStep) {
 TEST_F(Access, KeysReachEveryControlOfTheLastStep) {
   open();
   exportAll();
-  EXPECT_THAT(tabStops(),
-              testing::UnorderedElementsAre("exportAnotherButton", "showInFinderButton", "openArchiveButton"));
+  EXPECT_THAT(tabStops(), testing::UnorderedElementsAre("verifyButton", "exportAnotherButton", "showInFinderButton",
+                                                        "openArchiveButton"));
 }
 
 TEST_F(Access, AnAlertKeepsTheKeysUntilItIsAnswered) {
