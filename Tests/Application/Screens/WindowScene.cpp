@@ -16,7 +16,7 @@ namespace WindowTest {
 
 namespace {
 
-constexpr int patience = 10'000;  // milliseconds
+constexpr int patience = 30'000;  // milliseconds
 constexpr int longPatience = 120'000;
 
 bool holdsWithin(int milliseconds, const std::function<bool()>& condition, const std::string& what) {
