@@ -65,6 +65,11 @@ TEST(Text, CountsUserPerceivedCharacters) {
   EXPECT_EQ(Text::firstCharacters("e\u0301e\u0301e\u0301", 2), "e\u0301e\u0301");
   EXPECT_EQ(Text::firstCharacters("👨‍👩‍👧x", 1), "👨‍👩‍👧");
   EXPECT_EQ(Text::firstCharacters("🇧🇷🇵🇹", 1), "🇧🇷");
+  EXPECT_EQ(Text::firstCharacters("abe\u0301f", 3), "abe\u0301") << "what comes first may take more than one letter";
+  EXPECT_EQ(Text::firstCharacters("abe\u0301f", 4), "abe\u0301f");
+  EXPECT_EQ(Text::firstCharacters("ab", 1), "a");
+  EXPECT_EQ(Text::firstCharacters("a\r\nb", 2), "a\r\n") << "one character that is two letters";
+  EXPECT_EQ(Text::firstCharacters("a\n\rb", 3), "a\n\r");
 }
 
 TEST(Text, CutsToBytesBetweenCharacters) {

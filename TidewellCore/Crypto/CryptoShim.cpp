@@ -193,7 +193,11 @@ int tw_aes256_cbc_crypt(const std::uint8_t* key, std::size_t keyLength, const st
   return success;
 }
 
-std::array<std::uint8_t, 20> sha1(ByteView bytes) { return digestOf<20>(EVP_sha1(), bytes); }
+std::array<std::uint8_t, 20> sha1(ByteView bytes) {
+  // Looking the algorithm up costs more than hashing a path; it is never given back.
+  static const EVP_MD* const kind = EVP_MD_fetch(nullptr, "SHA1", nullptr);
+  return digestOf<20>(kind == nullptr ? EVP_sha1() : kind, bytes);
+}
 std::array<std::uint8_t, 32> sha256(ByteView bytes) { return digestOf<32>(EVP_sha256(), bytes); }
 
 struct SHA256::Context {

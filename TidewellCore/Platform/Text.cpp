@@ -67,6 +67,15 @@ std::size_t decode(std::string_view text, std::size_t offset, char32_t& scalar) 
 // The byte offsets at which user-perceived characters end, one after another, until `visit` says stop.
 template <typename Visitor>
 void forEachCharacterEnd(std::string_view text, Visitor visit) {
+  // Between two ASCII characters, of which the first is no carriage return, there is always a boundary (UAX #29), and
+  // most texts are nothing else: an iterator costs more to make than they do to read.
+  const auto isASCIIAt = [&](std::size_t i) { return i == text.size() || static_cast<unsigned char>(text[i]) < 0x80; };
+  std::size_t start = 0;
+  while (start < text.size() && isASCIIAt(start) && text[start] != '\r' && isASCIIAt(start + 1)) {
+    if (!visit(++start)) return;
+  }
+  if (start == text.size()) return;
+  text.remove_prefix(start);
   UErrorCode status = U_ZERO_ERROR;
   std::unique_ptr<icu::BreakIterator> characters(
       icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
@@ -77,7 +86,7 @@ void forEachCharacterEnd(std::string_view text, Visitor visit) {
   characters->setText(&source, status);
   check(status);
   for (auto end = characters->next(); end != icu::BreakIterator::DONE; end = characters->next()) {
-    if (!visit(static_cast<std::size_t>(end))) return;
+    if (!visit(start + static_cast<std::size_t>(end))) return;
   }
 }
 
