@@ -20,7 +20,8 @@
 namespace {
 
 // The consumer app and the business app.
-constexpr std::array<const char*, 2> domainPatterns{"%whatsapp.WhatsApp.shared", "%whatsapp.WhatsAppSMB.shared"};
+constexpr const char* wantedDomains =
+    "(domain LIKE '%whatsapp.WhatsApp.shared' OR domain LIKE '%whatsapp.WhatsAppSMB.shared')";
 constexpr std::array tables{DatabaseTable{.name = "Files"}};
 constexpr std::array<const char*, 4> requiredColumns{"FILEID", "DOMAIN", "RELATIVEPATH", "FLAGS"};
 
@@ -48,17 +49,16 @@ std::string interestingPaths() {
       "(relativePath IN ({}) OR relativePath LIKE 'Message/Media/%' OR relativePath LIKE 'Media/Profile/%')", names);
 }
 
-constexpr const char* wantedDomains = "(domain LIKE ?1 OR domain LIKE ?2)";
+// The columns of the selection.
+enum Column : int { rowKey, fileID, domain, relativePath, flags, isOfApp, isInteresting, record };
 
 // WhatsApp's rows, and those that damage to one column keeps from being taken
-// for them. A column that is not renamed keeps the letter case of the table's own
-// declaration. All rows are looked at, and faster so than by way of an index,
-// which may be damaged itself.
+// for them. All rows are looked at, and faster so than by way of an index, which
+// may be damaged itself.
 std::string selection(bool hasRecords) {
   return fmt::format(
-      "SELECT rowid AS key, fileID AS fileID, domain AS domain, relativePath AS relativePath, flags AS flags{0}, "
-      "{1} AS isOfApp, {2} AS isInteresting\nFROM Files NOT INDEXED\nWHERE {1} OR {2}",
-      hasRecords ? ", file AS file" : "", wantedDomains, interestingPaths());
+      "SELECT rowid, fileID, domain, relativePath, flags, {0}, {1}{2}\nFROM Files NOT INDEXED\nWHERE {0} OR {1}",
+      wantedDomains, interestingPaths(), hasRecords ? ", file" : "");
 }
 
 // Returns whether the index keeps a record of each file.
@@ -72,21 +72,18 @@ bool checkSchema(const SQLiteDB& database) {
   return columns.contains("FILE");
 }
 
-ManifestFile readNames(const SQLiteRow& row) {
-  return {.fileID = row.textValue("fileID").value_or(""),
-          .domain = row.textValue("domain").value_or(""),
-          .relativePath = row.textValue("relativePath").value_or(""),
-          .flags = row.intValue("flags").value_or(0)};
+ManifestFile readNames(const SQLiteRowView& row) {
+  return {.fileID = std::string(row.text(fileID).value_or("")),
+          .domain = std::string(row.text(domain).value_or("")),
+          .relativePath = std::string(row.text(relativePath).value_or("")),
+          .flags = row.integer(flags).value_or(0)};
 }
 
-void readRecord(const SQLiteRow& row, ManifestFile& file) {
-  const SQLiteValue* record = row.value("file");
-  if (const auto* blob = record == nullptr ? nullptr : std::get_if<Bytes>(record)) {
-    MBFileArchive::Metadata metadata = MBFileArchive::metadata(*blob);
-    file.encryptionKey = std::move(metadata.encryptionKey);
-    file.plaintextSize = metadata.size;
-    file.isUnprotected = metadata.protectionClass == unprotected;
-  }
+void readRecord(ByteView bytes, ManifestFile& file) {
+  MBFileArchive::Metadata metadata = MBFileArchive::metadata(bytes);
+  file.encryptionKey = std::move(metadata.encryptionKey);
+  file.plaintextSize = metadata.size;
+  file.isUnprotected = metadata.protectionClass == unprotected;
 }
 
 bool isFolderOrLink(const ManifestFile& file) { return file.flags == folder || file.flags == link; }
@@ -118,25 +115,25 @@ struct Listing {
   std::int64_t damagedNames() const { return damaged < sound ? damaged : 0; }
 };
 
-void take(const SQLiteRow& row, Listing& listing) {
-  const bool isOfApp = row.intValue("isOfApp") == 1;
-  if (isOfApp) listing.ofApp.add(row.intValue("key").value_or(0));
+void take(const SQLiteRowView& row, bool hasRecords, Listing& listing) {
+  const bool isTheApps = row.integer(isOfApp) == 1;
+  if (isTheApps) listing.ofApp.add(row.integer(rowKey).value_or(0));
   ManifestFile file = readNames(row);
   if (isFolderOrLink(file)) return;
   ++(isSound(file) ? listing.sound : listing.damaged);
-  if (!isOfApp || row.intValue("isInteresting") != 1 || file.flags != regularFile) return;
-  readRecord(row, file);
+  if (!isTheApps || row.integer(isInteresting) != 1 || file.flags != regularFile) return;
+  if (const auto bytes = hasRecords ? row.blob(record) : std::nullopt) readRecord(*bytes, file);
   listing.files.push_back(std::move(file));
 }
 
 Listing readFiles(const SQLiteDB& database, const CancellationCheck& isCancelled) {
   Listing listing;
   CancellationPoint cancellation(isCancelled);
-  database.query(selection(checkSchema(database)), {domainPatterns.begin(), domainPatterns.end()},
-                 [&](const SQLiteRow& row) {
-                   cancellation.step();
-                   take(row, listing);
-                 });
+  const bool hasRecords = checkSchema(database);
+  database.forEachRow(selection(hasRecords), [&](const SQLiteRowView& row) {
+    cancellation.step();
+    take(row, hasRecords, listing);
+  });
   return listing;
 }
 
@@ -146,9 +143,8 @@ bool areAllListed(const SQLiteDB& database, const Listing& listing) {
   const std::string index = DatabaseCheck::indexOf(database, {.name = "Files", .reference = "domain"});
   if (index.empty()) return true;
   Tally known;
-  database.query(fmt::format("SELECT rowid AS key FROM Files INDEXED BY {} WHERE {}", index, wantedDomains),
-                 {domainPatterns.begin(), domainPatterns.end()},
-                 [&](const SQLiteRow& row) { known.add(row.intValue("key").value_or(0)); });
+  database.forEachRow(fmt::format("SELECT rowid FROM Files INDEXED BY {} WHERE {}", index, wantedDomains),
+                      [&](const SQLiteRowView& row) { known.add(row.integer(0).value_or(0)); });
   return known == listing.ofApp;
 }
 
