@@ -6,7 +6,6 @@
 #include "TidewellCore/ChatData/StoredJID.h"
 #include "TidewellCore/Platform/BigEndian.h"
 #include "TidewellCore/Platform/KeyedArchive.h"
-#include "TidewellCore/Platform/PlistSupport.h"
 #include "TidewellCore/Platform/ProtobufReader.h"
 
 namespace {
@@ -128,12 +127,12 @@ MessageMetadata fromProtobuf(ByteView bytes, OwnJIDs ownJIDs) {
 // What older versions wrote: an archived WAMediaItemMetadata, of which the reply alone is known.
 MessageMetadata fromKeyedArchive(ByteView bytes, OwnJIDs ownJIDs) {
   if (bytes.size() > ProtobufLimits::bytes) throw ProtobufError("An archive is too long.");
-  const KeyedArchive archive(parsePropertyList(bytes));
-  Quote quote{.stanzaID = PlistSupport::string(archive.object("stanzaID")).value_or("")};
-  const auto sender = PlistSupport::string(archive.object("senderJID"));
-  if (sender) quote.sender = StoredJID::person(*sender, ownJIDs);
-  const Bytes* copy = KeyedArchive::bytes(archive.object("quotedMessageData"));
-  if (copy != nullptr) QuotedMessage::read(ProtobufReader(*copy), quote);
+  const KeyedArchive archive(bytes);
+  Quote quote{.stanzaID = KeyedArchive::text(archive.object("stanzaID")).value_or("")};
+  const auto sender = KeyedArchive::text(archive.object("senderJID"));
+  if (sender && !sender->empty()) quote.sender = StoredJID::person(*sender, ownJIDs);
+  const auto copy = KeyedArchive::bytes(archive.object("quotedMessageData"));
+  if (copy) QuotedMessage::read(ProtobufReader(*copy), quote);
   MessageMetadata metadata;
   if (saysSomething(quote)) metadata.quote = std::move(quote);
   return metadata;

@@ -1,7 +1,7 @@
 #include "TidewellCore/Crypto/MBFileArchive.h"
 
-#include <cmath>
 #include <limits>
+#include <utility>
 
 #include "TidewellCore/Platform/KeyedArchive.h"
 
@@ -12,26 +12,17 @@ constexpr std::size_t shortestKey = 8;
 constexpr std::size_t persistentKeySize = 44;
 constexpr std::uint8_t highestProtectionClass = 12;
 
-std::optional<std::int64_t> number(const PropertyList* value) {
-  if (value == nullptr) return std::nullopt;
-  if (const auto* integer = value->as<std::int64_t>()) return *integer;
-  const auto* real = value->as<double>();
-  if (real != nullptr && std::abs(*real) < 9.2e18) return static_cast<std::int64_t>(*real);
-  return std::nullopt;
-}
-
-const PropertyList* either(const PropertyListDictionary& object, const char* key, const char* otherKey) {
-  const PropertyList* value = entry(object, key);
-  return value != nullptr ? value : entry(object, otherKey);
+std::optional<std::int64_t> number(const KeyedArchive& archive, const char* key, const char* otherKey) {
+  const auto value = archive.value(key);
+  return KeyedArchive::number(value ? value : archive.value(otherKey));
 }
 
 MBFileArchive::Metadata archivedMetadata(ByteView record) {
-  const KeyedArchive archive(parsePropertyList(record));
-  if (archive.root() == nullptr) return {};
-  MBFileArchive::Metadata metadata{.size = number(either(*archive.root(), "Size", "size"))};
-  const Bytes* key = KeyedArchive::bytes(archive.object("EncryptionKey"));
-  if (key != nullptr && key->size() >= shortestKey) metadata.encryptionKey = *key;
-  const auto protectionClass = number(either(*archive.root(), "ProtectionClass", "protectionClass"));
+  const KeyedArchive archive(record);
+  MBFileArchive::Metadata metadata{.size = number(archive, "Size", "size")};
+  auto key = KeyedArchive::bytes(archive.object("EncryptionKey"));
+  if (key && key->size() >= shortestKey) metadata.encryptionKey = std::move(key);
+  const auto protectionClass = number(archive, "ProtectionClass", "protectionClass");
   if (protectionClass && *protectionClass >= 0 && *protectionClass <= std::numeric_limits<std::uint32_t>::max()) {
     metadata.protectionClass = static_cast<std::uint32_t>(*protectionClass);
   }

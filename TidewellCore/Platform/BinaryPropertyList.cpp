@@ -10,44 +10,14 @@
 
 namespace {
 
+using Object = BinaryPropertyListObject;
+
 constexpr std::size_t headerSize = 8;
 constexpr std::size_t trailerSize = 32;
-
-// The high half of an object's first byte.
-enum Marker : std::uint8_t {
-  singleton = 0x0,
-  integer = 0x1,
-  real = 0x2,
-  date = 0x3,
-  data = 0x4,
-  asciiString = 0x5,
-  utf16String = 0x6,
-  uid = 0x8,
-  array = 0xA,
-  set = 0xC,
-  dictionary = 0xD
-};
 
 [[noreturn]] void fail(const char* reason) {
   throw PropertyListError(std::string("The property list is damaged: ") + reason + ".");
 }
-
-// The last 32 bytes of the file.
-struct Trailer {
-  std::size_t offsetSize = 0;
-  std::size_t referenceSize = 0;
-  std::uint64_t objectCount = 0;
-  std::uint64_t rootIndex = 0;
-  std::uint64_t tableOffset = 0;
-};
-
-// An object as it lies in the file: its marker, its payload and, for containers, its references.
-struct RawObject {
-  std::uint8_t marker = 0;
-  std::uint8_t detail = 0;
-  ByteView payload;
-  std::vector<std::size_t> references;
-};
 
 std::string asciiText(ByteView bytes) { return Text::repaired(textOf(bytes)); }
 
@@ -99,167 +69,39 @@ PropertyListValue singletonValue(std::uint8_t detail) {
   fail("an object has an unknown type");
 }
 
-PropertyListValue leafValue(const RawObject& object) {
-  switch (object.marker) {
-    case singleton:
-      return singletonValue(object.detail);
-    case integer:
-      return integerValue(object.payload);
-    case real:
-      return {realNumber(object.payload)};
-    case date:
-      return dateValue(object.payload);
-    case data:
-      return {Bytes(object.payload.begin(), object.payload.end())};
-    case asciiString:
-      return {asciiText(object.payload)};
-    case utf16String:
-      return {utf16Text(object.payload)};
-    case uid:
-      return {PropertyListUID{readBigEndian(object.payload)}};
-    default:
-      fail("an object has an unknown type");
-  }
-}
-
+// Objects of a true file never overlap, so all of them together fit into it; the
+// budget keeps a hostile file from being read many times over.
 class Reader {
  public:
-  explicit Reader(ByteView file) : file_(file), trailer_(readTrailer()) {
-    objects_.resize(static_cast<std::size_t>(trailer_.objectCount));
-    states_.resize(objects_.size(), State::unread);
-    heights_.resize(objects_.size());
-  }
+  explicit Reader(ByteView file)
+      : file_(file),
+        objects_(file_.objectCount()),
+        states_(file_.objectCount(), State::unread),
+        heights_(file_.objectCount()) {}
 
   // Builds the root's objects without recursion: a container waits on the
   // stack until all that it refers to is built.
   PropertyList root() {
-    const auto rootIndex = static_cast<std::size_t>(trailer_.rootIndex);
-    enter(rootIndex);
+    enter(file_.root());
     while (!open_.empty()) {
       Open& top = open_.back();
-      if (top.next < top.object.references.size()) {
-        visit(top.object.references[top.next++]);
+      if (top.next < top.object.references) {
+        visit(file_.reference(top.object, top.next++));
       } else {
         finish(top);
         open_.pop_back();
       }
     }
-    return objects_[rootIndex];
+    return objects_[file_.root()];
   }
 
  private:
   enum class State : std::uint8_t { unread, open, built };
   struct Open {
     std::size_t index = 0;
-    RawObject object;
+    Object object;
     std::size_t next = 0;
   };
-
-  ByteView bytes(std::size_t offset, std::size_t count) const {
-    if (offset > file_.size() || count > file_.size() - offset) fail("an object lies outside the file");
-    return file_.subspan(offset, count);
-  }
-
-  Trailer readTrailer() const {
-    if (file_.size() < headerSize + trailerSize) fail("it is too short");
-    if (!textOf(file_).starts_with("bplist0")) fail("its version is unknown");
-    const ByteView raw = file_.last(trailerSize);
-    const Trailer trailer{.offsetSize = raw[6],
-                          .referenceSize = raw[7],
-                          .objectCount = readBigEndian(raw.subspan(8, 8)),
-                          .rootIndex = readBigEndian(raw.subspan(16, 8)),
-                          .tableOffset = readBigEndian(raw.subspan(24, 8))};
-    if (trailer.offsetSize < 1 || trailer.offsetSize > 8) fail("its offsets have an unknown size");
-    if (trailer.referenceSize < 1 || trailer.referenceSize > 8) fail("its references have an unknown size");
-    const std::size_t available = file_.size() - trailerSize;
-    if (trailer.tableOffset < headerSize || trailer.tableOffset > available) fail("its offset table is missing");
-    const std::uint64_t entries = (available - trailer.tableOffset) / trailer.offsetSize;
-    if (trailer.objectCount > entries || trailer.objectCount > PropertyListLimits::objects) {
-      fail("it claims more objects than it holds");
-    }
-    if (trailer.rootIndex >= trailer.objectCount) fail("it has no root object");
-    return trailer;
-  }
-
-  // Objects of a true file never overlap, so all of them together fit into it.
-  // The budget keeps a hostile file from being read many times over.
-  ByteView charge(ByteView read) {
-    charged_ += read.size();
-    if (charged_ > file_.size()) fail("its objects overlap");
-    return read;
-  }
-
-  std::size_t objectOffset(std::size_t index) const {
-    const std::size_t entryOffset = static_cast<std::size_t>(trailer_.tableOffset) + index * trailer_.offsetSize;
-    return static_cast<std::size_t>(readBigEndian(bytes(entryOffset, trailer_.offsetSize)));
-  }
-
-  RawObject readObject(std::size_t index) {
-    std::size_t offset = objectOffset(index);
-    const std::uint8_t first = charge(bytes(offset++, 1))[0];
-    RawObject object{.marker = static_cast<std::uint8_t>(first >> 4), .detail = static_cast<std::uint8_t>(first & 0xF)};
-    switch (object.marker) {
-      case singleton:
-        break;
-      case integer:
-      case real:
-      case date:
-        if (object.detail > 4) fail("a number has an unknown size");
-        object.payload = charge(bytes(offset, std::size_t{1} << object.detail));
-        break;
-      case uid:
-        if (object.detail > 7) fail("a reference has an unknown size");
-        object.payload = charge(bytes(offset, object.detail + std::size_t{1}));
-        break;
-      default:
-        readCounted(object, offset);
-    }
-    return object;
-  }
-
-  // Objects that say how many items they hold: in the low half of the first
-  // byte or, where it is 0xF, in an integer object that follows.
-  void readCounted(RawObject& object, std::size_t offset) {
-    std::uint64_t count = object.detail;
-    if (count == 0xF) {
-      const std::uint8_t sizeMarker = charge(bytes(offset++, 1))[0];
-      if (sizeMarker >> 4 != integer || (sizeMarker & 0xF) > 3) fail("a count is not a number");
-      const std::size_t width = std::size_t{1} << (sizeMarker & 0xF);
-      count = readBigEndian(charge(bytes(offset, width)));
-      offset += width;
-    }
-    if (count > file_.size()) fail("an object lies outside the file");
-    const auto items = static_cast<std::size_t>(count);
-    switch (object.marker) {
-      case data:
-      case asciiString:
-        object.payload = charge(bytes(offset, items));
-        break;
-      case utf16String:
-        object.payload = charge(bytes(offset, items * 2));
-        break;
-      case array:
-      case set:
-        object.references = readReferences(offset, items);
-        break;
-      case dictionary:
-        object.references = readReferences(offset, items * 2);
-        break;
-      default:
-        fail("an object has an unknown type");
-    }
-  }
-
-  std::vector<std::size_t> readReferences(std::size_t offset, std::size_t count) {
-    const ByteView raw = charge(bytes(offset, count * trailer_.referenceSize));
-    std::vector<std::size_t> references(count);
-    for (std::size_t i = 0; i < count; ++i) {
-      const std::uint64_t index = readBigEndian(raw.subspan(i * trailer_.referenceSize, trailer_.referenceSize));
-      if (index >= trailer_.objectCount) fail("a reference leads nowhere");
-      references[i] = static_cast<std::size_t>(index);
-    }
-    return references;
-  }
 
   void visit(std::size_t index) {
     if (states_[index] == State::open) fail("it refers to itself");
@@ -269,14 +111,18 @@ class Reader {
   void enter(std::size_t index) {
     if (open_.size() >= PropertyListLimits::depth) fail("it is nested too deeply");
     states_[index] = State::open;
-    open_.push_back({.index = index, .object = readObject(index)});
+    open_.push_back({.index = index, .object = file_.object(index)});
+    charged_ += open_.back().object.size;
+    if (charged_ > file_.size()) fail("its objects overlap");
   }
 
   // Sharing builds a deep tree out of shallow pieces, and what is built is
   // destroyed level by level: its own depth counts, not that of the stack alone.
   void measure(const Open& done) {
     std::size_t below = 0;
-    for (const std::size_t index : done.object.references) below = std::max<std::size_t>(below, heights_[index]);
+    for (std::size_t i = 0; i < done.object.references; ++i) {
+      below = std::max<std::size_t>(below, heights_[file_.reference(done.object, i)]);
+    }
     if (below >= PropertyListLimits::depth) fail("it is nested too deeply");
     heights_[done.index] = static_cast<std::uint16_t>(below + 1);
   }
@@ -287,29 +133,27 @@ class Reader {
     states_[done.index] = State::built;
   }
 
-  PropertyListValue containerOrLeaf(const RawObject& object) const {
-    if (object.marker == dictionary) return dictionaryValue(object.references);
-    if (object.marker != array && object.marker != set) return leafValue(object);
+  PropertyListValue containerOrLeaf(const Object& object) const {
+    if (object.marker == Object::dictionary) return dictionaryValue(object);
+    if (!BinaryPropertyListFile::isContainer(object)) return BinaryPropertyListFile::leaf(object);
     PropertyListArray items;
-    items.reserve(object.references.size());
-    for (const std::size_t index : object.references) items.push_back(objects_[index]);
+    items.reserve(object.references);
+    for (std::size_t i = 0; i < object.references; ++i) items.push_back(objects_[file_.reference(object, i)]);
     return {std::move(items)};
   }
 
-  // The references are all keys first, then all values.
-  PropertyListValue dictionaryValue(const std::vector<std::size_t>& references) const {
-    const std::size_t count = references.size() / 2;
+  PropertyListValue dictionaryValue(const Object& object) const {
+    const std::size_t count = object.references / 2;
     PropertyListDictionary result;
     for (std::size_t i = 0; i < count; ++i) {
-      const auto* key = objects_[references[i]].as<std::string>();
+      const auto* key = objects_[file_.reference(object, i)].as<std::string>();
       if (key == nullptr) fail("a key is not text");
-      result.insert_or_assign(*key, objects_[references[count + i]]);
+      result.insert_or_assign(*key, objects_[file_.reference(object, count + i)]);
     }
     return {std::move(result)};
   }
 
-  ByteView file_;
-  Trailer trailer_;
+  BinaryPropertyListFile file_;
   std::size_t charged_ = 0;
   std::vector<PropertyList> objects_;
   std::vector<State> states_;
@@ -318,5 +162,135 @@ class Reader {
 };
 
 }  // namespace
+
+BinaryPropertyListFile::BinaryPropertyListFile(ByteView file) : file_(file) {
+  if (file.size() < headerSize + trailerSize) fail("it is too short");
+  if (!textOf(file).starts_with("bplist0")) fail("its version is unknown");
+  const ByteView trailer = file.last(trailerSize);
+  offsetSize_ = trailer[6];
+  referenceSize_ = trailer[7];
+  const std::uint64_t objectCount = readBigEndian(trailer.subspan(8, 8));
+  const std::uint64_t root = readBigEndian(trailer.subspan(16, 8));
+  const std::uint64_t tableOffset = readBigEndian(trailer.subspan(24, 8));
+  if (offsetSize_ < 1 || offsetSize_ > 8) fail("its offsets have an unknown size");
+  if (referenceSize_ < 1 || referenceSize_ > 8) fail("its references have an unknown size");
+  const std::size_t available = file.size() - trailerSize;
+  if (tableOffset < headerSize || tableOffset > available) fail("its offset table is missing");
+  const std::uint64_t entries = (available - tableOffset) / offsetSize_;
+  if (objectCount > entries || objectCount > PropertyListLimits::objects) fail("it claims more objects than it holds");
+  if (root >= objectCount) fail("it has no root object");
+  objectCount_ = static_cast<std::size_t>(objectCount);
+  root_ = static_cast<std::size_t>(root);
+  tableOffset_ = static_cast<std::size_t>(tableOffset);
+}
+
+ByteView BinaryPropertyListFile::bytes(std::size_t offset, std::size_t count) const {
+  if (offset > file_.size() || count > file_.size() - offset) fail("an object lies outside the file");
+  return file_.subspan(offset, count);
+}
+
+std::size_t BinaryPropertyListFile::objectOffset(std::size_t index) const {
+  return static_cast<std::size_t>(readBigEndian(bytes(tableOffset_ + index * offsetSize_, offsetSize_)));
+}
+
+// How many items the object holds: in the low half of its first byte or, where
+// it is 0xF, in an integer object that follows.
+std::uint64_t BinaryPropertyListFile::readCount(Object& object, std::size_t offset) const {
+  if (object.detail != 0xF) return object.detail;
+  const std::uint8_t sizeMarker = bytes(offset, 1)[0];
+  if (sizeMarker >> 4 != Object::integer || (sizeMarker & 0xF) > 3) fail("a count is not a number");
+  const std::size_t width = std::size_t{1} << (sizeMarker & 0xF);
+  object.size += 1 + width;
+  return readBigEndian(bytes(offset + 1, width));
+}
+
+BinaryPropertyListObject BinaryPropertyListFile::object(std::size_t index) const {
+  const std::size_t offset = objectOffset(index);
+  const std::uint8_t first = bytes(offset, 1)[0];
+  Object object{.marker = static_cast<std::uint8_t>(first >> 4),
+                .detail = static_cast<std::uint8_t>(first & 0xF),
+                .payload = {},
+                .size = 1};
+  std::size_t payloadSize = 0;
+  switch (object.marker) {
+    case Object::singleton:
+      break;
+    case Object::integer:
+    case Object::real:
+    case Object::date:
+      if (object.detail > 4) fail("a number has an unknown size");
+      payloadSize = std::size_t{1} << object.detail;
+      break;
+    case Object::uid:
+      if (object.detail > 7) fail("a reference has an unknown size");
+      payloadSize = object.detail + std::size_t{1};
+      break;
+    case Object::data:
+    case Object::asciiString:
+    case Object::utf16String:
+    case Object::array:
+    case Object::set:
+    case Object::dictionary: {
+      const std::uint64_t count = readCount(object, offset + 1);
+      if (count > file_.size()) fail("an object lies outside the file");
+      const auto items = static_cast<std::size_t>(count);
+      if (isContainer(object)) object.references = object.marker == Object::dictionary ? items * 2 : items;
+      const std::size_t ofText = object.marker == Object::utf16String ? items * 2 : items;
+      payloadSize = isContainer(object) ? object.references * referenceSize_ : ofText;
+      break;
+    }
+    default:
+      fail("an object has an unknown type");
+  }
+  object.payload = bytes(offset + object.size, payloadSize);
+  object.size += payloadSize;
+  return object;
+}
+
+std::size_t BinaryPropertyListFile::reference(const Object& container, std::size_t place) const {
+  const std::uint64_t index = readBigEndian(container.payload.subspan(place * referenceSize_, referenceSize_));
+  if (index >= objectCount_) fail("a reference leads nowhere");
+  return static_cast<std::size_t>(index);
+}
+
+std::optional<std::size_t> BinaryPropertyListFile::entry(const Object& dictionary, std::string_view key) const {
+  if (dictionary.marker != Object::dictionary) return std::nullopt;
+  const std::size_t count = dictionary.references / 2;
+  for (std::size_t i = count; i-- > 0;) {
+    const Object name = object(reference(dictionary, i));
+    const bool isKey = name.marker == Object::asciiString
+                           ? textOf(name.payload) == key
+                           : name.marker == Object::utf16String && utf16Text(name.payload) == key;
+    if (isKey) return reference(dictionary, count + i);
+  }
+  return std::nullopt;
+}
+
+bool BinaryPropertyListFile::isContainer(const Object& object) {
+  return object.marker == Object::array || object.marker == Object::set || object.marker == Object::dictionary;
+}
+
+PropertyListValue BinaryPropertyListFile::leaf(const Object& object) {
+  switch (object.marker) {
+    case Object::singleton:
+      return singletonValue(object.detail);
+    case Object::integer:
+      return integerValue(object.payload);
+    case Object::real:
+      return {realNumber(object.payload)};
+    case Object::date:
+      return dateValue(object.payload);
+    case Object::data:
+      return {Bytes(object.payload.begin(), object.payload.end())};
+    case Object::asciiString:
+      return {asciiText(object.payload)};
+    case Object::utf16String:
+      return {utf16Text(object.payload)};
+    case Object::uid:
+      return {PropertyListUID{readBigEndian(object.payload)}};
+    default:
+      fail("an object has an unknown type");
+  }
+}
 
 PropertyList parseBinaryPropertyList(ByteView data) { return Reader(data).root(); }

@@ -25,6 +25,7 @@ class PropertyList {
   // The value when it is of type `T` (one of PropertyListValue's alternatives), else null.
   template <typename T>
   const T* as() const;
+  const PropertyListValue& value() const { return *value_; }
 
  private:
   std::shared_ptr<const PropertyListValue> value_;
