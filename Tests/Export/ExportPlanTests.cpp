@@ -1,4 +1,5 @@
 #include "TidewellCore/Export/ExportPlan.h"
+#include "TidewellCore/Platform/PathText.h"
 
 #include <gtest/gtest.h>
 
@@ -19,10 +20,11 @@ using ExportTest::canonical;
 Request request(const std::string& name, const std::string& jid, const std::string& pathJID) {
   return {.source = "/backup/" + name,
           .relativePath = "Message/Media/" + pathJID + "/a/b/" + name,
-          .desiredName = name,
           .chatJID = canonical(jid),
           .sourceSize = 10};
 }
+
+std::string originalName(const Request& request) { return std::string(PathText::lastComponent(request.relativePath)); }
 
 Fate movedFrom(const std::string& folder, const std::string& name) {
   return ExportPlanner::Moved{.from = {.folder = folder, .name = name}};
@@ -48,7 +50,7 @@ TEST(ExportPlan, WhatItMovesAwayIsNoEarlierCopyAnyMore) {
   DestinationIndex index;
   index.addFile("Old", "a.jpg", 10);
   const FolderAssignment remembered{{bea, "Old"}};
-  ExportPlan::Wish wish{.leftOut = {request("a.jpg", bea, bea)}};
+  ExportPlan::Wish wish{.leftOut = {request("a.jpg", bea, bea)}, .naming = originalName};
   const ExportPlan before = ExportPlan::make(wish, {.index = index, .remembered = remembered, .known = {}}, snapshot);
   ASSERT_EQ(before.earlier.size(), 1U);
   EXPECT_EQ(before.earlier[0].dest, (ExportPlace{.folder = "Old", .name = "a.jpg"}));
@@ -70,7 +72,8 @@ TEST(ExportPlan, WarnsOfAChatsFolderThatCannotBeRead) {
   index.unreadableFolders = {"Ana", "Somebody's own"};
   const FolderAssignment remembered{{ana, "Ana"}, {bea, "Bea"}};
   const ExportPlan::Wish wish{.lost = {request("a.jpg", ana, ana)},
-                              .jidsOfTranscripts = {canonical(ana), canonical(bea)}};
+                              .jidsOfTranscripts = {canonical(ana), canonical(bea)},
+                              .naming = originalName};
   const ExportPlan plan = ExportPlan::make(wish, {.index = index, .remembered = remembered, .known = {}}, snapshot);
   ASSERT_EQ(plan.warnings.size(), 1U);
   EXPECT_NE(plan.warnings[0].find("“Ana”"), std::string::npos);

@@ -1,4 +1,5 @@
 #include "TidewellCore/Export/ExportPlanner.h"
+#include "TidewellCore/Platform/PathText.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -26,7 +27,6 @@ using ExportTest::foldersOf;
 Request request(const std::string& name, std::int64_t size, const std::string& jid = ana) {
   return {.source = "/backup/" + name,
           .relativePath = "Message/Media/" + jid + "/a/b/" + name,
-          .desiredName = name,
           .chatJID = canonical(jid),
           .kind = MediaKind::photos,
           .sourceSize = size,
@@ -45,13 +45,16 @@ std::vector<PlannedCopy> planned(const std::vector<Request>& requests, const Cha
                                  const LeftoverFolders& leftovers, const DestinationIndex& index,
                                  const CancellationCheck& isCancelled = {}) {
   const KnownMedia nothing;
-  return ExportPlanner::plan({.requests = requests, .known = std::vector<std::optional<KnownMedium>>(requests.size())},
-                             {.folders = folders,
-                              .leftovers = leftovers,
-                              .remembered = {},
-                              .index = index,
-                              .knownFiles = KnownFiles(nothing, index)},
-                             isCancelled);
+  std::vector<std::string> names;
+  for (const Request& request : requests) names.emplace_back(PathText::lastComponent(request.relativePath));
+  return ExportPlanner::plan(
+      {.requests = requests, .known = std::vector<std::optional<KnownMedium>>(requests.size()), .names = names},
+      {.folders = folders,
+       .leftovers = leftovers,
+       .remembered = {},
+       .index = index,
+       .knownFiles = KnownFiles(nothing, index)},
+      isCancelled);
 }
 
 Fate movedFrom(const std::string& folder, const std::string& name) {

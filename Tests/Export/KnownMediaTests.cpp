@@ -8,6 +8,7 @@
 #include "Tests/Export/ExportScene.h"
 #include "TidewellCore/Export/ExportPlan.h"
 #include "TidewellCore/FolderNames.h"
+#include "TidewellCore/Platform/PathText.h"
 
 namespace {
 
@@ -31,18 +32,12 @@ std::string pathOf(const std::string& original, const std::string& jid = ana) {
 Request request(const std::string& original, const std::string& jid = ana) {
   return {.source = "/backup/" + original,
           .relativePath = pathOf(original, jid),
-          .desiredName = "2023-01-02_000000_" + original,
           .chatJID = ExportTest::canonical(jid),
           .sourceSize = 10};
 }
 
 Request ofSize(std::int64_t size, Request request) {
   request.sourceSize = size;
-  return request;
-}
-
-Request named(const std::string& name, Request request) {
-  request.desiredName = name;
   return request;
 }
 
@@ -63,7 +58,17 @@ class KnownMediaTest : public testing::Test {
   void remember(const std::string& path, const std::string& folder, const std::string& name, std::int64_t size = 10) {
     known.insert_or_assign(path, KnownMedium{.place = {.folder = folder, .name = name}, .size = size});
   }
-  ExportPlan plan() const {
+  // A request of which an export would make another name today.
+  Request named(const std::string& name, Request request) {
+    otherNames.insert_or_assign(request.relativePath, name);
+    return request;
+  }
+  ExportPlan plan() {
+    wish.naming = [this](const Request& request) {
+      const auto other = otherNames.find(request.relativePath);
+      if (other != otherNames.end()) return other->second;
+      return "2023-01-02_000000_" + std::string(PathText::lastComponent(request.relativePath));
+    };
     return ExportPlan::make(wish, {.index = index, .remembered = remembered, .known = known},
                             ExportTest::snapshotOf({{ana, "Ana"}, {bea, "Bea"}}, {{anaLID, ana}}));
   }
@@ -77,6 +82,7 @@ class KnownMediaTest : public testing::Test {
   FolderAssignment remembered{{ana, "Ana"}, {bea, "Bea"}};
   KnownMedia known;
   ExportPlan::Wish wish;
+  std::map<std::string, std::string> otherNames;  // by path on the phone
 };
 
 TEST_F(KnownMediaTest, IsThereUnderAnotherName) {
@@ -131,11 +137,11 @@ TEST_F(KnownMediaTest, MovesOutOfTheChatsFormerFolderUnderItsName) {
   EXPECT_EQ(copy.dest, (ExportPlace{.folder = "Ana", .name = "2023-01-01_210000_x.jpg"}));
 }
 
-TEST_F(KnownMediaTest, MovesUnderTodaysNameWhereItsOwnIsTaken) {
+TEST_F(KnownMediaTest, MovesUnderAVariantOfItsNameWhereThatIsTaken) {
   know(pathOf("x.jpg"), "Old", "2023-01-01_210000_x.jpg");
   index.addFile("Ana", "2023-01-01_210000_X.JPG", 3);
   remembered.emplace(anaLID, "Old");
-  EXPECT_EQ(copyOf(request("x.jpg")).dest, (ExportPlace{.folder = "Ana", .name = "2023-01-02_000000_x.jpg"}));
+  EXPECT_EQ(copyOf(request("x.jpg")).dest, (ExportPlace{.folder = "Ana", .name = "2023-01-01_210000_x-2.jpg"}));
 }
 
 TEST_F(KnownMediaTest, MovesOutOfAFolderThatIsRememberedForItsChatAndAnothersNow) {
@@ -248,7 +254,7 @@ TEST_F(KnownMediaTest, WhatIsLinkedIsNotTakenByOneThatIsCalledSoToday) {
   wish.requests = {request("a.jpg"), request("b.jpg"), request("wanted.jpg")};
   wish.leftOut = {request("c.jpg"), request("out.jpg")};
   wish.lost = {ofSize(-1, request("c2.jpg")), ofSize(-1, request("lost.jpg"))};
-  wish.lost[0].desiredName = "2023-01-02_000000_b.jpg";
+  otherNames.insert_or_assign(wish.lost[0].relativePath, "2023-01-02_000000_b.jpg");
   const ExportPlan made = plan();
   EXPECT_THAT(placesOf(made.copies), ElementsAre("Ana/2023-01-02_000000_a-2.jpg", "Ana/2023-01-02_000000_b-2.jpg",
                                                  "Ana/2023-01-02_000000_c.jpg"));

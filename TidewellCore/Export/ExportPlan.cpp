@@ -11,14 +11,25 @@ namespace {
 
 using KnownCopies = std::vector<std::optional<KnownMedium>>;
 
+// Of those that are not known.
+std::vector<std::string> namesOf(const std::vector<ExportPlanner::Request>& requests, const KnownCopies& known,
+                                 const ExportPlanner::Naming& naming) {
+  std::vector<std::string> names(requests.size());
+  for (std::size_t i = 0; i < requests.size(); ++i) {
+    if (!known[i]) names[i] = naming(requests[i]);
+  }
+  return names;
+}
+
 // Of what is known the name that it has, which need not be the one that it would get today.
-FolderAllocator::PlannedNames namesByChat(const ExportPlan::Wish& wish, const KnownCopies& known, NameForm form) {
+FolderAllocator::PlannedNames namesByChat(const ExportPlan::Wish& wish, const ExportPlanner::Task& wanted,
+                                          NameForm form) {
   FolderAllocator::PlannedNames names;
   for (const CanonicalJID& jid : wish.jidsOfTranscripts) names[jid];
-  for (std::size_t i = 0; i < wish.requests.size(); ++i) {
-    const ExportPlanner::Request& request = wish.requests[i];
-    names[request.chatJID].push_back(known[i] ? known[i]->place.name
-                                              : PortableNames::inForm(request.desiredName, form));
+  for (std::size_t i = 0; i < wanted.requests.size(); ++i) {
+    const auto& known = wanted.known[i];
+    names[wanted.requests[i].chatJID].push_back(known ? known->place.name
+                                                      : PortableNames::inForm(wanted.names[i], form));
   }
   return names;
 }
@@ -27,11 +38,13 @@ FolderAllocator::PlannedNames namesByChat(const ExportPlan::Wish& wish, const Kn
 FolderAllocator::PlannedNames namesOfOthers(const ExportPlan::Wish& wish, const FolderAllocator::PlannedNames& names,
                                             NameForm form) {
   FolderAllocator::PlannedNames others;
-  for (const CanonicalJID& jid : wish.jidsLeftOut) others[jid];
-  for (const ExportPlanner::Request& request : wish.leftOut) {
-    others[request.chatJID].push_back(PortableNames::inForm(request.desiredName, form));
+  for (const CanonicalJID& jid : wish.jidsLeftOut) {
+    if (!names.contains(jid)) others[jid];
   }
-  std::erase_if(others, [&](const auto& chat) { return names.contains(chat.first); });
+  for (const ExportPlanner::Request& request : wish.leftOut) {
+    if (names.contains(request.chatJID)) continue;
+    others[request.chatJID].push_back(PortableNames::inForm(wish.naming(request), form));
+  }
   return others;
 }
 
@@ -161,7 +174,7 @@ void addCopiesOfLostFiles(ExportPlan& plan, const ExportPlanner::Task& lost, con
     std::optional<KnownMedium> copy = lost.known[i];
     // The plan has it already where the file is in the backup and cannot be restored.
     if (!copy && ground.knownFiles.hasTaken(request.relativePath)) continue;
-    if (!copy) copy = takeByName(search->second, request.desiredName, ground.index, taken);
+    if (!copy) copy = takeByName(search->second, lost.names[i], ground.index, taken);
     if (!copy) continue;
     plan.earlier.push_back({.dest = copy->place,
                             .date = request.date,
@@ -243,7 +256,9 @@ ExportPlan ExportPlan::make(const Wish& wish, const Found& found, const ChatStor
   const auto& [index, remembered, knownMedia] = found;
   KnownFiles known(knownMedia, index);
   const KnownCopies ofRequests = takeWanted(wish.requests, known);
-  const FolderAllocator::PlannedNames wanted = namesByChat(wish, ofRequests, index.nameForm);
+  const std::vector<std::string> desired = namesOf(wish.requests, ofRequests, wish.naming);
+  const ExportPlanner::Task requests{.requests = wish.requests, .known = ofRequests, .names = desired};
+  const FolderAllocator::PlannedNames wanted = namesByChat(wish, requests, index.nameForm);
   // A chat gets the folder that it would have if nothing was left out, and no other chat's.
   FolderAllocator::PlannedNames names = namesOfOthers(wish, wanted, index.nameForm);
   names.insert(wanted.begin(), wanted.end());
@@ -266,11 +281,14 @@ ExportPlan ExportPlan::make(const Wish& wish, const Found& found, const ChatStor
   const ExportPlanner::LeftoverFolders formerly = rememberedFolders(plan.chats, index);
   const ExportPlanner::Ground ground{
       .folders = allFolders, .leftovers = leftovers, .remembered = formerly, .index = index, .knownFiles = known};
-  plan.earlier = carriedOutBefore({.requests = leftOut, .known = ofLeftOut}, ground, isCancelled);
-  plan.copies = ExportPlanner::plan({.requests = wish.requests, .known = ofRequests}, ground, isCancelled);
+  const std::vector<std::string> leftOutNames = namesOf(leftOut, ofLeftOut, wish.naming);
+  plan.earlier =
+      carriedOutBefore({.requests = leftOut, .known = ofLeftOut, .names = leftOutNames}, ground, isCancelled);
+  plan.copies = ExportPlanner::plan(requests, ground, isCancelled);
   leaveOutMoved(plan.earlier, plan.copies);
   throwIfCancelled(isCancelled);
-  addCopiesOfLostFiles(plan, {.requests = wish.lost, .known = ofLost}, ground);
+  const std::vector<std::string> lostNames = namesOf(wish.lost, ofLost, wish.naming);
+  addCopiesOfLostFiles(plan, {.requests = wish.lost, .known = ofLost, .names = lostNames}, ground);
   warnOfUnreadableFolders(plan, index);
   return plan;
 }

@@ -23,6 +23,7 @@ struct ExportPlan {
     std::vector<ExportPlanner::Request> lost;     // which the backup no longer holds
     std::vector<CanonicalJID> jidsOfTranscripts;  // chats that get a folder even without media
     std::vector<CanonicalJID> jidsLeftOut;        // chats with messages of which none is wanted
+    ExportPlanner::Naming naming;                 // asked of what is not known: a name is costly to make
   };
   // What stands at the destination before.
   struct Found {

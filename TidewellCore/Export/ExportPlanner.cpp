@@ -33,30 +33,30 @@ class Planner {
   explicit Planner(const Ground& ground) : ground_(ground) {}
 
   // The name of the copy that is there already under the very name that an export gives it today.
-  std::optional<std::string> presentItself(const Request& request) {
+  std::optional<std::string> presentItself(const Request& request, const std::string& desired) {
     FolderState& state = stateOf(ground_.folders.at(request.chatJID));
-    auto name = state.earlier.takeItself(nameOf(request), request.sourceSize);
+    auto name = state.earlier.takeItself(inForm(desired), request.sourceSize);
     if (name) state.used.take(*name);
     return name;
   }
 
   // The same, or that of a variant. To be asked when every request knows what is there
   // itself: a file may be called what another's variant would be.
-  std::optional<std::string> present(const Request& request) {
+  std::optional<std::string> present(const Request& request, const std::string& desired) {
     FolderState& state = stateOf(ground_.folders.at(request.chatJID));
-    auto name = state.earlier.take(nameOf(request), request.sourceSize);
+    auto name = state.earlier.take(inForm(desired), request.sourceSize);
     if (name) state.used.take(*name);
     return name;
   }
 
   // To be asked when every request knows what is `present`, so that none takes another's.
-  PlannedCopy plan(const Request& request, std::optional<std::string> present) {
+  PlannedCopy plan(const Request& request, const std::string& desired, std::optional<std::string> present) {
     const std::string& folder = ground_.folders.at(request.chatJID);
     FolderState& state = stateOf(folder);
     PlannedCopy copy = copyOf(request);
-    copy.desiredName = nameOf(request);
-    if (!present) present = takeInOtherForm(state, request);
-    copy.fate = present ? ExportPlanner::Present() : fateOfAbsent(request);
+    copy.desiredName = inForm(desired);
+    if (!present) present = takeInOtherForm(state, request, desired);
+    copy.fate = present ? ExportPlanner::Present() : fateOfAbsent(request, desired);
     copy.dest = {.folder = folder, .name = present ? std::move(*present) : state.used.uniquify(copy.desiredName)};
     return copy;
   }
@@ -64,7 +64,7 @@ class Planner {
   // The same of one that is known. The first that it is known to be moves a file; the others find it where it was.
   PlannedCopy planKnown(const Request& request, const KnownMedium& known) {
     PlannedCopy copy = copyOf(request);
-    copy.desiredName = nameOf(request);
+    copy.desiredName = known.place.name;
     copy.sourceSize = known.size;
     copy.dest = known.place;
     copy.fate = ExportPlanner::Present();
@@ -79,16 +79,17 @@ class Planner {
   }
 
  private:
-  std::string nameOf(const Request& request) const {
-    return PortableNames::inForm(request.desiredName, ground_.index.nameForm);
+  std::string inForm(const std::string& desired) const {
+    return PortableNames::inForm(desired, ground_.index.nameForm);
   }
 
   // What was copied when the export stood on a drive of another kind.
-  std::optional<std::string> takeInOtherForm(FolderState& state, const Request& request) const {
-    const std::string portable = PortableNames::portable(request.desiredName);
-    if (portable == request.desiredName) return std::nullopt;
+  std::optional<std::string> takeInOtherForm(FolderState& state, const Request& request,
+                                             const std::string& desired) const {
+    const std::string portable = PortableNames::portable(desired);
+    if (portable == desired) return std::nullopt;
     const bool isPortable = ground_.index.nameForm == NameForm::portable;
-    return state.earlier.take(isPortable ? request.desiredName : portable, request.sourceSize);
+    return state.earlier.take(isPortable ? desired : portable, request.sourceSize);
   }
 
   FolderState& stateOf(const std::string& folder) {
@@ -116,20 +117,20 @@ class Planner {
             .encryptionKey = request.encryptionKey};
   }
 
-  ExportPlanner::Fate fateOfAbsent(const Request& request) {
-    if (auto from = takeLeftover(request)) return ExportPlanner::Moved{.from = std::move(*from)};
+  ExportPlanner::Fate fateOfAbsent(const Request& request, const std::string& desired) {
+    if (auto from = takeLeftover(request, desired)) return ExportPlanner::Moved{.from = std::move(*from)};
     if (request.sourceSize < 0) return ExportPlanner::Lost();
     return ExportPlanner::Restored();
   }
 
   // Takes the file of a former folder, when one holds it.
-  std::optional<ExportPlace> takeLeftover(const Request& request) {
+  std::optional<ExportPlace> takeLeftover(const Request& request, const std::string& desired) {
     const auto former = ground_.leftovers.find(request.chatJID);
     if (former == ground_.leftovers.end()) return std::nullopt;
     for (const std::string& folder : former->second) {
       FolderState& state = stateOf(folder);
-      auto name = state.earlier.take(nameOf(request), request.sourceSize);
-      if (!name) name = takeInOtherForm(state, request);
+      auto name = state.earlier.take(inForm(desired), request.sourceSize);
+      if (!name) name = takeInOtherForm(state, request, desired);
       if (name) return ground_.index.place(folder, *name);
     }
     return std::nullopt;
@@ -160,24 +161,24 @@ std::vector<std::string> formerNames(const CanonicalJID& jid, const ExportPlanne
 
 std::vector<PlannedCopy> ExportPlanner::plan(const Task& task, const Ground& ground,
                                              const CancellationCheck& isCancelled) {
-  const auto& [requests, known] = task;
+  const auto& [requests, known, names] = task;
   CancellationPoint cancellation(isCancelled);
   Planner planner(ground);
   std::vector<std::optional<std::string>> present(requests.size());
   for (std::size_t place = 0; place < requests.size(); ++place) {
     cancellation.step();
-    if (!known[place]) present[place] = planner.presentItself(requests[place]);
+    if (!known[place]) present[place] = planner.presentItself(requests[place], names[place]);
   }
   for (std::size_t place = 0; place < requests.size(); ++place) {
     cancellation.step();
-    if (!known[place] && !present[place]) present[place] = planner.present(requests[place]);
+    if (!known[place] && !present[place]) present[place] = planner.present(requests[place], names[place]);
   }
   std::vector<PlannedCopy> copies;
   copies.reserve(requests.size());
   for (std::size_t place = 0; place < requests.size(); ++place) {
     cancellation.step();
     copies.push_back(known[place] ? planner.planKnown(requests[place], *known[place])
-                                  : planner.plan(requests[place], std::move(present[place])));
+                                  : planner.plan(requests[place], names[place], std::move(present[place])));
   }
   return copies;
 }

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <optional>
 #include <set>
@@ -24,7 +25,6 @@ namespace ExportPlanner {
 struct Request {
   std::filesystem::path source;  // in the backup; empty when it cannot be stored anywhere
   std::string relativePath;      // "Message/Media/…"
-  std::string desiredName;       // in its plain form
   CanonicalJID chatJID;
   MediaKind kind = MediaKind::documents;
   std::int64_t sourceSize = 0;  // bytes of plaintext; negative when the stored file is missing or cut short
@@ -34,6 +34,9 @@ struct Request {
 
   bool operator==(const Request&) const = default;
 };
+
+// The name, in its plain form, that an export gives the file of a request today.
+using Naming = std::function<std::string(const Request&)>;
 
 // Copied out of the backup.
 struct Restored {
@@ -61,7 +64,7 @@ struct PlannedCopy {
   ExportPlace dest;              // named as desired, as a variant of that, or as an earlier export named it
   std::optional<Date> date;
   std::string relativePath;
-  std::string desiredName;  // in the form that the destination takes
+  std::string desiredName;  // in the form that the destination takes; what it is called already when it is known
   CanonicalJID chatJID;
   MediaKind kind = MediaKind::documents;
   std::int64_t sourceSize = 0;
@@ -76,10 +79,11 @@ struct PlannedCopy {
 // Folders that were a chat's in an earlier export and are not now, by the chat's JID.
 using LeftoverFolders = std::map<CanonicalJID, std::vector<std::string>>;
 
-// Requests, and for each of them, in their order, the file that was taken for it as known.
+// Requests, and for each of them, in their order, the file that was taken for it as known, and its name where none was.
 struct Task {
   const std::vector<Request>& requests;
   const std::vector<std::optional<KnownMedium>>& known;
+  const std::vector<std::string>& names;
 };
 
 // What stands at the destination, and whose it is.

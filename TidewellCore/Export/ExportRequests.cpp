@@ -33,7 +33,6 @@ std::vector<ExportPlanner::Request> ExportRequests::build(const BackupSource& so
     const std::optional<std::int64_t> size = opened.provenSize(file);
     requests.push_back({.source = opened.location(file).value_or(std::filesystem::path()),
                         .relativePath = file.relativePath,
-                        .desiredName = FileNaming::exportFileName(date, file.relativePath, wish.stamps),
                         .chatJID = chat,
                         .kind = kind,
                         .sourceSize = size.value_or(unknownSize),
@@ -45,11 +44,12 @@ std::vector<ExportPlanner::Request> ExportRequests::build(const BackupSource& so
 }
 
 std::optional<std::string> ExportRequests::warningOfShortFiles(const std::vector<ExportPlanner::Request>& requests,
+                                                               const ExportPlanner::Naming& naming,
                                                                std::span<const ManifestFile> pictures,
                                                                const OpenedBackup& opened) {
   std::vector<std::string> names;
   for (const ExportPlanner::Request& request : requests) {
-    if (request.isShorterThanRecorded) names.push_back(request.desiredName);
+    if (request.isShorterThanRecorded) names.push_back(naming(request));
   }
   for (const ManifestFile& picture : pictures) {
     if (isShort(opened.provenSize(picture), picture)) names.emplace_back(PathText::lastComponent(picture.relativePath));
@@ -63,8 +63,7 @@ std::optional<std::string> ExportRequests::warningOfShortFiles(const std::vector
 }
 
 std::vector<ExportPlanner::Request> ExportRequests::lost(
-    const ChatStorageSnapshot& snapshot, const std::vector<const std::vector<ExportPlanner::Request>*>& found,
-    const DateFormatter& stamps) {
+    const ChatStorageSnapshot& snapshot, const std::vector<const std::vector<ExportPlanner::Request>*>& found) {
   std::unordered_set<std::string_view> whole;
   for (const auto* requests : found) {
     for (const ExportPlanner::Request& request : *requests) {
@@ -76,7 +75,6 @@ std::vector<ExportPlanner::Request> ExportRequests::lost(
     if (whole.contains(path)) continue;
     const std::optional<Date> date = snapshot.mediaDate(path);
     lost.push_back({.relativePath = std::string(path),
-                    .desiredName = FileNaming::exportFileName(date, path, stamps),
                     .chatJID = snapshot.ownerJID(path, FileNaming::chatJID(path)),
                     .kind = MediaKind::classify(PathText::extension(path)),
                     .sourceSize = unknownSize,

@@ -11,11 +11,10 @@
 
 namespace ExportRequests {
 
-// What is wanted and how it is named.
+// What is wanted.
 struct Wish {
   const MediaKinds& kinds;
   const Scope& scope;
-  const DateFormatter& stamps;
 };
 enum class Part { wanted, leftOut };
 
@@ -28,12 +27,12 @@ std::vector<ExportPlanner::Request> build(const BackupSource& source, const Wish
 // A sentence about those, and those of the profile pictures, that may have lost
 // their ends; absent when there are none.
 std::optional<std::string> warningOfShortFiles(const std::vector<ExportPlanner::Request>& requests,
+                                               const ExportPlanner::Naming& naming,
                                                std::span<const ManifestFile> pictures, const OpenedBackup& opened);
 
 // A request, which nothing can carry out, for every medium that a message names
 // and whose file is in none of `found` whole; in the order of their paths.
 std::vector<ExportPlanner::Request> lost(const ChatStorageSnapshot& snapshot,
-                                         const std::vector<const std::vector<ExportPlanner::Request>*>& found,
-                                         const DateFormatter& stamps);
+                                         const std::vector<const std::vector<ExportPlanner::Request>*>& found);
 
 }  // namespace ExportRequests

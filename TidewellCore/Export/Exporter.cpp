@@ -100,8 +100,11 @@ ExportPlan makePlan(const ExportJob& job, const BackupPart& part, const Ground& 
                     const CancellationCheck& isCancelled) {
   using Part = ExportRequests::Part;
   const BackupSource& source = part.source;
-  const ExportRequests::Wish media{.kinds = job.options.includedKinds, .scope = part.scope, .stamps = stamps};
+  const ExportRequests::Wish media{.kinds = job.options.includedKinds, .scope = part.scope};
   ExportPlan::Wish wish;
+  wish.naming = [&](const ExportPlanner::Request& request) {
+    return FileNaming::exportFileName(request.date, request.relativePath, stamps);
+  };
   wish.requests = ExportRequests::build(source, media, Part::wanted, isCancelled);
   if (job.options.exportTranscripts || !part.scope.isEverything()) {
     wish.leftOut = ExportRequests::build(source, media, Part::leftOut, isCancelled);
@@ -109,7 +112,7 @@ ExportPlan makePlan(const ExportJob& job, const BackupPart& part, const Ground& 
   }
   if (job.options.exportTranscripts) {
     throwIfCancelled(isCancelled);
-    wish.lost = ExportRequests::lost(source.snapshot, {&wish.requests, &wish.leftOut}, stamps);
+    wish.lost = ExportRequests::lost(source.snapshot, {&wish.requests, &wish.leftOut});
     wish.jidsOfTranscripts = chatsWithMessages(part, true);
   }
   throwIfCancelled(isCancelled);
@@ -120,7 +123,7 @@ ExportPlan makePlan(const ExportJob& job, const BackupPart& part, const Ground& 
                                      source.snapshot, isCancelled);
   std::span<const ManifestFile> pictures;
   if (job.options.exportTranscripts) pictures = source.pictures();
-  if (auto warning = ExportRequests::warningOfShortFiles(wish.requests, pictures, source.opened)) {
+  if (auto warning = ExportRequests::warningOfShortFiles(wish.requests, wish.naming, pictures, source.opened)) {
     plan.warnings.push_back(std::move(*warning));
   }
   return plan;

@@ -21,8 +21,11 @@ void check(UErrorCode status) {
   if (U_FAILURE(status)) throw std::runtime_error(u_errorName(status));
 }
 
+// Without a way out of the loop, so that many letters are looked at in one step.
 bool isASCII(std::string_view text) {
-  return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+  unsigned char all = 0;
+  for (const char c : text) all |= static_cast<unsigned char>(c);
+  return all < 0x80;
 }
 
 icu::StringPiece piece(std::string_view text) { return {text.data(), static_cast<std::int32_t>(text.size())}; }
@@ -143,9 +146,7 @@ std::string_view Text::trimmedPart(std::string_view text) {
 std::string Text::lowercased(std::string_view text) {
   if (!isASCII(text)) return utf8(icu::UnicodeString::fromUTF8(piece(text)).toLower(icu::Locale::getRoot()));
   std::string result(text);
-  for (char& c : result) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
+  for (char& c : result) c = static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
   return result;
 }
 
