@@ -18,10 +18,10 @@ bool isShort(const std::optional<std::int64_t>& provenSize, const ManifestFile& 
 
 }  // namespace
 
-std::vector<ExportPlanner::Request> ExportRequests::build(const BackupSource& source, const Wish& wish, Part part,
-                                                          const CancellationCheck& isCancelled) {
+ExportRequests::Requests ExportRequests::build(const BackupSource& source, const Wish& wish, bool isLeftOutAskedFor,
+                                               const CancellationCheck& isCancelled) {
   const auto& [opened, manifest, snapshot, warnings] = source;
-  std::vector<ExportPlanner::Request> requests;
+  Requests requests;
   CancellationPoint cancellation(isCancelled);
   for (const ManifestFile& file : source.media()) {
     cancellation.step();
@@ -29,16 +29,17 @@ std::vector<ExportPlanner::Request> ExportRequests::build(const BackupSource& so
     const CanonicalJID chat = snapshot.ownerJID(file.relativePath, FileNaming::chatJID(file.relativePath));
     const std::optional<Date> date = snapshot.mediaDate(file.relativePath);
     const bool isWanted = wish.kinds.contains(kind) && wish.scope.has(chat, date);
-    if (isWanted != (part == Part::wanted)) continue;
+    if (!isWanted && !isLeftOutAskedFor) continue;
     const std::optional<std::int64_t> size = opened.provenSize(file);
-    requests.push_back({.source = opened.location(file).value_or(std::filesystem::path()),
-                        .relativePath = file.relativePath,
-                        .chatJID = chat,
-                        .kind = kind,
-                        .sourceSize = size.value_or(unknownSize),
-                        .date = date,
-                        .encryptionKey = opened.keyOf(file),
-                        .isShorterThanRecorded = isShort(size, file)});
+    auto& list = isWanted ? requests.wanted : requests.leftOut;
+    list.push_back({.source = opened.location(file).value_or(std::filesystem::path()),
+                    .relativePath = file.relativePath,
+                    .chatJID = chat,
+                    .kind = kind,
+                    .sourceSize = size.value_or(unknownSize),
+                    .date = date,
+                    .encryptionKey = opened.keyOf(file),
+                    .isShorterThanRecorded = isShort(size, file)});
   }
   return requests;
 }

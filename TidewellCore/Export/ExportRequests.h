@@ -16,13 +16,16 @@ struct Wish {
   const MediaKinds& kinds;
   const Scope& scope;
 };
-enum class Part { wanted, leftOut };
 
-// A request for every media file that is of a wanted kind and in the scope, or for
-// every other one, in the file index's order. A file without a message is undated, in
-// the chat of its path. Throws TidewellError::cancelled.
-std::vector<ExportPlanner::Request> build(const BackupSource& source, const Wish& wish, Part part,
-                                          const CancellationCheck& isCancelled = {});
+struct Requests {
+  std::vector<ExportPlanner::Request> wanted;
+  std::vector<ExportPlanner::Request> leftOut;  // every other file
+};
+// A request for every media file that is of a wanted kind and in the scope, and for
+// every other one when those are asked for, in the file index's order. A file without a
+// message is undated, in the chat of its path. Throws TidewellError::cancelled.
+Requests build(const BackupSource& source, const Wish& wish, bool isLeftOutAskedFor,
+               const CancellationCheck& isCancelled = {});
 
 // A sentence about those, and those of the profile pictures, that may have lost
 // their ends; absent when there are none.

@@ -98,18 +98,17 @@ void followMovedFiles(const Ground& ground, const BackupSource& source, const Ca
 
 ExportPlan makePlan(const ExportJob& job, const BackupPart& part, const Ground& ground, const DateFormatter& stamps,
                     const CancellationCheck& isCancelled) {
-  using Part = ExportRequests::Part;
   const BackupSource& source = part.source;
   const ExportRequests::Wish media{.kinds = job.options.includedKinds, .scope = part.scope};
   ExportPlan::Wish wish;
   wish.naming = [&](const ExportPlanner::Request& request) {
     return FileNaming::exportFileName(request.date, request.relativePath, stamps);
   };
-  wish.requests = ExportRequests::build(source, media, Part::wanted, isCancelled);
-  if (job.options.exportTranscripts || !part.scope.isEverything()) {
-    wish.leftOut = ExportRequests::build(source, media, Part::leftOut, isCancelled);
-    wish.jidsLeftOut = chatsWithMessages(part, false);
-  }
+  const bool isLeftOutLinked = job.options.exportTranscripts || !part.scope.isEverything();
+  auto [wanted, leftOut] = ExportRequests::build(source, media, isLeftOutLinked, isCancelled);
+  wish.requests = std::move(wanted);
+  wish.leftOut = std::move(leftOut);
+  if (isLeftOutLinked) wish.jidsLeftOut = chatsWithMessages(part, false);
   if (job.options.exportTranscripts) {
     throwIfCancelled(isCancelled);
     wish.lost = ExportRequests::lost(source.snapshot, {&wish.requests, &wish.leftOut});

@@ -53,7 +53,7 @@ class Copying {
     std::int64_t completed = 0;
     for (const PlannedCopy& copy : plan_.copies) {
       throwIfCancelled(isCancelled_);
-      target_.lock.requireInPlace();
+      if (!copy.alreadyPresent()) target_.lock.requireInPlace();
       progress.report(copy.dest.name, completed);
       results_.push_back({.place = copy.dest});
       attempt(copy);
