@@ -41,7 +41,7 @@ DestinationIndex indexWith(const std::string& folder, const std::vector<std::pai
 }
 
 // Where nothing is known of what earlier exports made.
-std::vector<PlannedCopy> planned(const std::vector<Request>& requests, const ChatFolders& folders,
+std::vector<PlannedCopy> planned(std::vector<Request> requests, const ChatFolders& folders,
                                  const LeftoverFolders& leftovers, const DestinationIndex& index,
                                  const CancellationCheck& isCancelled = {}) {
   const KnownMedia nothing;

@@ -251,7 +251,7 @@ void warnOfUnreadableFolders(ExportPlan& plan, const DestinationIndex& index) {
 
 }  // namespace
 
-ExportPlan ExportPlan::make(const Wish& wish, const Found& found, const ChatStorageSnapshot& snapshot,
+ExportPlan ExportPlan::make(Wish wish, const Found& found, const ChatStorageSnapshot& snapshot,
                             const CancellationCheck& isCancelled) {
   const auto& [index, remembered, knownMedia] = found;
   KnownFiles known(knownMedia, index);
@@ -275,7 +275,7 @@ ExportPlan ExportPlan::make(const Wish& wish, const Found& found, const ChatStor
   ExportPlan plan{.chats = PlannedChats::of(folders, remembered, snapshot)};
   addFormerFolders(leftovers, snapshot, plan.chats);
   const ChatFolders allFolders = knownFolders(plan.chats);
-  const std::vector<ExportPlanner::Request> leftOut = ofChatsIn(allFolders, wish.leftOut);
+  std::vector<ExportPlanner::Request> leftOut = ofChatsIn(allFolders, std::move(wish.leftOut));
   const KnownCopies ofLeftOut = takeLinked(leftOut, known);
   const KnownCopies ofLost = takeLinked(wish.lost, known);
   const ExportPlanner::LeftoverFolders formerly = rememberedFolders(plan.chats, index);

@@ -32,7 +32,7 @@ struct ExportPlan {
     const KnownMedia& known;  // empty when nothing is known
   };
   // Throws TidewellError::cancelled.
-  static ExportPlan make(const Wish& wish, const Found& found, const ChatStorageSnapshot& snapshot,
+  static ExportPlan make(Wish wish, const Found& found, const ChatStorageSnapshot& snapshot,
                          const CancellationCheck& isCancelled = {});
 
   // The bytes that the copies still take on the destination's volume.

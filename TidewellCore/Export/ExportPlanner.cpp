@@ -50,27 +50,28 @@ class Planner {
   }
 
   // To be asked when every request knows what is `present`, so that none takes another's.
-  PlannedCopy plan(const Request& request, const std::string& desired, std::optional<std::string> present) {
+  PlannedCopy plan(Request& request, const std::string& desired, std::optional<std::string> present) {
     const std::string& folder = ground_.folders.at(request.chatJID);
     FolderState& state = stateOf(folder);
+    if (!present) present = takeInOtherForm(state, request, desired);
+    ExportPlanner::Fate fate = present ? ExportPlanner::Present() : fateOfAbsent(request, desired);
     PlannedCopy copy = copyOf(request);
     copy.desiredName = inForm(desired);
-    if (!present) present = takeInOtherForm(state, request, desired);
-    copy.fate = present ? ExportPlanner::Present() : fateOfAbsent(request, desired);
+    copy.fate = std::move(fate);
     copy.dest = {.folder = folder, .name = present ? std::move(*present) : state.used.uniquify(copy.desiredName)};
     return copy;
   }
 
   // The same of one that is known. The first that it is known to be moves a file; the others find it where it was.
-  PlannedCopy planKnown(const Request& request, const KnownMedium& known) {
+  PlannedCopy planKnown(Request& request, const KnownMedium& known) {
     PlannedCopy copy = copyOf(request);
     copy.desiredName = known.place.name;
     copy.sourceSize = known.size;
     copy.dest = known.place;
     copy.fate = ExportPlanner::Present();
-    const std::string& folder = ground_.folders.at(request.chatJID);
+    const std::string& folder = ground_.folders.at(copy.chatJID);
     if (!planned_.insert(known.place).second) return copy;
-    if (folder == known.place.folder || !isFormer(known.place.folder, request.chatJID)) return copy;
+    if (folder == known.place.folder || !isFormer(known.place.folder, copy.chatJID)) return copy;
     UsedNames& used = stateOf(folder).used;
     copy.dest.folder = folder;
     if (!used.take(copy.dest.name)) copy.dest.name = used.uniquify(copy.desiredName);
@@ -107,14 +108,15 @@ class Planner {
     });
   }
 
-  static PlannedCopy copyOf(const Request& request) {
-    return {.source = request.source,
+  // Leaves nothing in the request.
+  static PlannedCopy copyOf(Request& request) {
+    return {.source = std::move(request.source),
             .date = request.date,
-            .relativePath = request.relativePath,
-            .chatJID = request.chatJID,
+            .relativePath = std::move(request.relativePath),
+            .chatJID = std::move(request.chatJID),
             .kind = request.kind,
             .sourceSize = request.sourceSize,
-            .encryptionKey = request.encryptionKey};
+            .encryptionKey = std::move(request.encryptionKey)};
   }
 
   ExportPlanner::Fate fateOfAbsent(const Request& request, const std::string& desired) {

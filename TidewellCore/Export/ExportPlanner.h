@@ -79,9 +79,10 @@ struct PlannedCopy {
 // Folders that were a chat's in an earlier export and are not now, by the chat's JID.
 using LeftoverFolders = std::map<CanonicalJID, std::vector<std::string>>;
 
-// Requests, and for each of them, in their order, the file that was taken for it as known, and its name where none was.
+// Requests, which the plan empties, and for each of them, in their order, the file that was taken for it as known, and
+// its name where none was.
 struct Task {
-  const std::vector<Request>& requests;
+  std::vector<Request>& requests;
   const std::vector<std::optional<KnownMedium>>& known;
   const std::vector<std::string>& names;
 };

@@ -77,6 +77,7 @@ std::vector<CanonicalJID> chatsOf(const BackupPart& part, const ChatFolders& fol
 // What earlier exports made of the phone's media; of two files of one path the later counts.
 KnownMedia knownMedia(const MediaLedger& ledger) {
   KnownMedia known;
+  known.reserve(ledger.media().size());
   for (const KeptMedium& medium : ledger.media()) {
     if (medium.place) known.insert_or_assign(medium.path, KnownMedium{.place = *medium.place, .size = medium.size});
   }
@@ -118,13 +119,12 @@ ExportPlan makePlan(const ExportJob& job, const BackupPart& part, const Ground& 
   const FolderAssignment remembered = FolderManifest::load(job.destination);
   followMovedFiles(ground, source, isCancelled);
   const KnownMedia known = knownMedia(ground.ledger);
-  ExportPlan plan = ExportPlan::make(wish, {.index = ground.index, .remembered = remembered, .known = known},
-                                     source.snapshot, isCancelled);
   std::span<const ManifestFile> pictures;
   if (job.options.exportTranscripts) pictures = source.pictures();
-  if (auto warning = ExportRequests::warningOfShortFiles(wish.requests, wish.naming, pictures, source.opened)) {
-    plan.warnings.push_back(std::move(*warning));
-  }
+  auto warning = ExportRequests::warningOfShortFiles(wish.requests, wish.naming, pictures, source.opened);
+  ExportPlan plan = ExportPlan::make(std::move(wish), {.index = ground.index, .remembered = remembered, .known = known},
+                                     source.snapshot, isCancelled);
+  if (warning) plan.warnings.push_back(std::move(*warning));
   return plan;
 }
 
