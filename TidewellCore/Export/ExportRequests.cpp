@@ -6,11 +6,22 @@
 #include <unordered_set>
 
 #include "TidewellCore/FileNaming.h"
+#include "TidewellCore/Platform/InParallel.h"
 #include "TidewellCore/Platform/PathText.h"
 
 namespace {
 
 constexpr std::int64_t unknownSize = -1;
+
+using Sizes = std::vector<std::optional<std::int64_t>>;
+
+// What the stored files prove to hold, which costs a look at each.
+Sizes provenSizes(const BackupSource& source, const CancellationCheck& isCancelled) {
+  Sizes sizes(source.media().size());
+  InParallel::forEach(
+      sizes.size(), [&](std::size_t i) { sizes[i] = source.opened.provenSize(source.media()[i]); }, isCancelled);
+  return sizes;
+}
 
 bool isShort(const std::optional<std::int64_t>& provenSize, const ManifestFile& file) {
   return provenSize && *provenSize < file.plaintextSize.value_or(0);
@@ -22,24 +33,25 @@ ExportRequests::Requests ExportRequests::build(const BackupSource& source, const
                                                const CancellationCheck& isCancelled) {
   const auto& [opened, manifest, snapshot, warnings] = source;
   Requests requests;
+  const Sizes sizes = provenSizes(source, isCancelled);
   CancellationPoint cancellation(isCancelled);
-  for (const ManifestFile& file : source.media()) {
+  for (std::size_t i = 0; i < sizes.size(); ++i) {
+    const ManifestFile& file = source.media()[i];
     cancellation.step();
     const MediaKind kind = MediaKind::classify(PathText::extension(file.relativePath));
     const CanonicalJID chat = snapshot.ownerJID(file.relativePath, FileNaming::chatJID(file.relativePath));
     const std::optional<Date> date = snapshot.mediaDate(file.relativePath);
     const bool isWanted = wish.kinds.contains(kind) && wish.scope.has(chat, date);
     if (!isWanted && !isLeftOutAskedFor) continue;
-    const std::optional<std::int64_t> size = opened.provenSize(file);
     auto& list = isWanted ? requests.wanted : requests.leftOut;
-    list.push_back({.source = opened.location(file).value_or(std::filesystem::path()),
+    list.push_back({.source = PathText::text(opened.location(file).value_or(std::filesystem::path())),
                     .relativePath = file.relativePath,
                     .chatJID = chat,
                     .kind = kind,
-                    .sourceSize = size.value_or(unknownSize),
+                    .sourceSize = sizes[i].value_or(unknownSize),
                     .date = date,
                     .encryptionKey = opened.keyOf(file),
-                    .isShorterThanRecorded = isShort(size, file)});
+                    .isShorterThanRecorded = isShort(sizes[i], file)});
   }
   return requests;
 }

@@ -1,0 +1,56 @@
+#include "TidewellCore/Platform/InParallel.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+#include "TidewellCore/TidewellError.h"
+
+namespace {
+
+constexpr std::size_t many = 20'000;
+
+TEST(InParallel, DoesEachStepOnce) {
+  for (const std::size_t count : {std::size_t{0}, std::size_t{1}, std::size_t{63}, std::size_t{65}, many}) {
+    std::vector<int> steps(count);
+    InParallel::forEach(count, [&](std::size_t i) { ++steps[i]; });
+    EXPECT_EQ(steps, std::vector<int>(count, 1)) << count;
+  }
+}
+
+TEST(InParallel, LittleIsDoneByTheCallerAlone) {
+  const std::thread::id caller = std::this_thread::get_id();
+  InParallel::forEach(500, [&](std::size_t) { EXPECT_EQ(std::this_thread::get_id(), caller); });
+}
+
+TEST(InParallel, PassesOnWhatAStepThrows) {
+  for (const std::size_t culprit : {std::size_t{0}, many - 1}) {
+    EXPECT_THROW(InParallel::forEach(many,
+                                     [&](std::size_t i) {
+                                       if (i == culprit) throw std::out_of_range("a step");
+                                     }),
+                 std::out_of_range);
+  }
+}
+
+TEST(InParallel, IsCancelledFromTheCallingThread) {
+  const std::thread::id caller = std::this_thread::get_id();
+  std::atomic<std::size_t> done = 0;
+  const auto isCancelled = [&] {
+    EXPECT_EQ(std::this_thread::get_id(), caller);
+    return done > 0;
+  };
+  try {
+    InParallel::forEach(
+        1'000'000, [&](std::size_t) { ++done; }, isCancelled);
+    FAIL() << "it went on";
+  } catch (const TidewellError& error) {
+    EXPECT_TRUE(TidewellError::isCancellation(error));
+  }
+  EXPECT_LT(done, 1'000'000U);
+}
+
+}  // namespace
