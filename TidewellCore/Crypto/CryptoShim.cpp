@@ -194,7 +194,7 @@ int tw_aes256_cbc_crypt(const std::uint8_t* key, std::size_t keyLength, const st
 }
 
 std::array<std::uint8_t, 20> sha1(ByteView bytes) {
-  // Looking the algorithm up costs more than hashing a path; it is never given back.
+  // Looking the algorithm up costs more than hashing a path does; it is never given back.
   static const EVP_MD* const kind = EVP_MD_fetch(nullptr, "SHA1", nullptr);
   return digestOf<20>(kind == nullptr ? EVP_sha1() : kind, bytes);
 }

@@ -23,8 +23,8 @@ namespace ExportPlanner {
 
 // A media file that the export wants.
 struct Request {
-  std::filesystem::path source;  // in the backup; empty when it cannot be stored anywhere
-  std::string relativePath;      // "Message/Media/…"
+  std::string source;        // its path in the backup, as text for a tenth of the memory; empty when it has none
+  std::string relativePath;  // "Message/Media/…"
   CanonicalJID chatJID;
   MediaKind kind = MediaKind::documents;
   std::int64_t sourceSize = 0;  // bytes of plaintext; negative when the stored file is missing or cut short
@@ -60,8 +60,8 @@ using Fate = std::variant<Restored, Moved, Present, Lost>;
 
 // What becomes of a request.
 struct PlannedCopy {
-  std::filesystem::path source;  // as in the request
-  ExportPlace dest;              // named as desired, as a variant of that, or as an earlier export named it
+  std::string source;  // as in the request
+  ExportPlace dest;    // named as desired, as a variant of that, or as an earlier export named it
   std::optional<Date> date;
   std::string relativePath;
   std::string desiredName;  // in the form that the destination takes; what it is called already when it is known

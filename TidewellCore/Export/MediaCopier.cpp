@@ -6,6 +6,7 @@
 #include "TidewellCore/Platform/FileDescriptor.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PartialFile.h"
+#include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/TidewellError.h"
 
 namespace {
@@ -43,7 +44,7 @@ std::vector<SettledCopy> MediaCopier::settleInHaste() { return batches_.settleIn
 FailureReason MediaCopier::reasonOf(const std::exception& error, const PlannedCopy& copy) const {
   // A former copy that is moved is no file of the backup.
   const bool isMoved = std::holds_alternative<ExportPlanner::Moved>(copy.fate);
-  const FailureReason reason = CopyFailures::reasonOf(error, isMoved ? fs::path() : copy.source);
+  const FailureReason reason = CopyFailures::reasonOf(error, isMoved ? fs::path() : PathText::path(copy.source));
   return reason == FailureReason::undecryptable && !opened_.isOpenedBy(copy.encryptionKey) ? FailureReason::keyMissing
                                                                                            : reason;
 }
@@ -51,7 +52,8 @@ FailureReason MediaCopier::reasonOf(const std::exception& error, const PlannedCo
 std::optional<SettledCopy> MediaCopier::carryOut(const PlannedCopy& copy, const ExportPlanner::Restored&) {
   makeFolder(copy.dest);
   PartialFile partial(copy.dest.in(index_.destination));
-  const StoredFile stored{.location = copy.source, .encryptionKey = copy.encryptionKey, .size = copy.sourceSize};
+  const StoredFile stored{
+      .location = PathText::path(copy.source), .encryptionKey = copy.encryptionKey, .size = copy.sourceSize};
   if (opened_.writePlaintext(stored, partial.path(), isCancelled_) != copy.sourceSize) {
     throw CopyError(FailureReason::cutShort);
   }
@@ -74,7 +76,7 @@ std::optional<SettledCopy> MediaCopier::carryOut(const PlannedCopy& copy, const 
 
 std::optional<SettledCopy> MediaCopier::carryOut(const PlannedCopy& copy, const ExportPlanner::Lost&) const {
   if (copy.source.empty()) throw CopyError(FailureReason::missing);
-  FileDescriptor::openForReading(copy.source);
+  FileDescriptor::openForReading(PathText::path(copy.source));
   throw CopyError(opened_.isOpenedBy(copy.encryptionKey) ? FailureReason::cutShort : FailureReason::keyMissing);
 }
 

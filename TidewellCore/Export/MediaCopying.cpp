@@ -7,6 +7,7 @@
 #include "TidewellCore/Export/FormerFolders.h"
 #include "TidewellCore/Export/MediaCopier.h"
 #include "TidewellCore/Platform/FileDescriptor.h"
+#include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/TidewellError.h"
 
 namespace {
@@ -16,7 +17,7 @@ using ExportPlanner::PlannedCopy;
 
 bool isReadable(const PlannedCopy& copy) try {
   Bytes firstByte(1);
-  FileDescriptor::openForReading(copy.source).read(firstByte);
+  FileDescriptor::openForReading(PathText::path(copy.source)).read(firstByte);
   return true;
 } catch (const fs::filesystem_error&) {
   return false;
