@@ -29,7 +29,7 @@ struct ExportPlan {
   struct Found {
     const DestinationIndex& index;
     const FolderAssignment& remembered;
-    const KnownMedia& known;  // empty when nothing is known
+    const KnownMedia& known;
   };
   // Throws TidewellError::cancelled.
   static ExportPlan make(Wish wish, const Found& found, const ChatStorageSnapshot& snapshot,

@@ -74,16 +74,6 @@ std::vector<CanonicalJID> chatsOf(const BackupPart& part, const ChatFolders& fol
   return {jids.begin(), jids.end()};
 }
 
-// What earlier exports made of the phone's media; of two files of one path the later counts.
-KnownMedia knownMedia(const MediaLedger& ledger) {
-  KnownMedia known;
-  known.reserve(ledger.media().size());
-  for (const KeptMedium& medium : ledger.media()) {
-    if (medium.place) known.insert_or_assign(medium.path, KnownMedium{.place = *medium.place, .size = medium.size});
-  }
-  return known;
-}
-
 struct Ground {
   const DestinationIndex& index;
   MediaLedger& ledger;
@@ -118,7 +108,7 @@ ExportPlan makePlan(const ExportJob& job, const BackupPart& part, const Ground& 
   throwIfCancelled(isCancelled);
   const FolderAssignment remembered = FolderManifest::load(job.destination);
   followMovedFiles(ground, source, isCancelled);
-  const KnownMedia known = knownMedia(ground.ledger);
+  const KnownMedia known = [&](std::string_view path) { return ground.ledger.newest(path); };
   std::span<const ManifestFile> pictures;
   if (job.options.exportTranscripts) pictures = source.pictures();
   auto warning = ExportRequests::warningOfShortFiles(wish.requests, wish.naming, pictures, source.opened);

@@ -28,11 +28,11 @@ class KnownFiles {
   bool hasTaken(std::string_view path) const { return takers_.contains(path); }
 
  private:
-  // Null when nothing stands there that may be the medium.
-  const DestinationIndex::FileEntry* fileOf(const KnownMedium& medium) const;
+  // Null when nothing stands at its place that may be the medium.
+  const DestinationIndex::FileEntry* fileOf(const KeptMedium& medium) const;
 
   const KnownMedia& media_;
   const DestinationIndex& index_;
   std::unordered_set<const DestinationIndex::FileEntry*> files_;  // that are taken
-  std::unordered_set<std::string_view> takers_;                   // paths, as `media_` has them
+  std::unordered_set<std::string_view> takers_;                   // paths, of the media that are known
 };

@@ -2,11 +2,10 @@
 
 #include <cstdint>
 #include <functional>
-#include <string>
-#include <unordered_map>
+#include <string_view>
 
 #include "TidewellCore/ExportPlace.h"
-#include "TidewellCore/Platform/TextHash.h"
+#include "TidewellCore/Library/MediaLedger.h"
 
 // A file that an export made of a medium.
 struct KnownMedium {
@@ -16,6 +15,6 @@ struct KnownMedium {
   bool operator==(const KnownMedium&) const = default;
 };
 
-// What earlier exports made of the phone's media, by the path in the backup. It was read from the
-// destination: what it says counts as far as it stands there.
-using KnownMedia = std::unordered_map<std::string, KnownMedium, TextHash, std::equal_to<>>;
+// What earlier exports made of the phone's medium with a path in the backup, null when nothing: good until the ledger
+// that it is from changes. It was read from the destination: what it says counts as far as it stands there.
+using KnownMedia = std::function<const KeptMedium*(std::string_view path)>;

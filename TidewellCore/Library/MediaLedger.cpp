@@ -48,6 +48,11 @@ const KeptMedium* MediaLedger::medium(std::int64_t number) const {
   return isThere ? &media_[static_cast<std::size_t>(number)] : nullptr;
 }
 
+const KeptMedium* MediaLedger::newest(std::string_view path) const {
+  const auto found = newest_.find(path);
+  return found == newest_.end() ? nullptr : &media_[found->second];
+}
+
 std::int64_t MediaLedger::enter(std::string_view path) {
   const auto found = newest_.find(path);
   if (found != newest_.end()) return static_cast<std::int64_t>(found->second);

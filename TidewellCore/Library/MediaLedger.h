@@ -41,6 +41,8 @@ class MediaLedger {
   const KeptMedium* medium(std::int64_t number) const;
   const std::deque<KeptMedium>& media() const { return media_; }
 
+  // The newest entry of a path; null where there is none. Good until one is entered or changed.
+  const KeptMedium* newest(std::string_view path) const;
   // The number of the newest entry of a path, which is made when there is none.
   std::int64_t enter(std::string_view path);
   // What this export knows of a file; of two that have one path, the first counts.
