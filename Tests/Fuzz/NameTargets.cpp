@@ -82,7 +82,7 @@ void NameTargets::folderAllocation(ByteView input) {
     planned.try_emplace(ChatStorageSnapshot().canonicalChatJID(chat.jid),
                         std::vector<std::string>{"2023-03-08_202640_a.jpg"});
     if (FileNaming::isSafeComponent(fields[2])) persisted.emplace(chat.jid, fields[2]);
-    if (FileNaming::isSafeComponent(fields[3])) existing.emplace(fields[3], std::set<std::string>{});
+    if (FileNaming::isSafeComponent(fields[3])) existing.emplace(fields[3], std::vector<std::string_view>{});
   }
   const ChatStorageSnapshot snapshot(std::move(tables));
   for (const NameForm form : {NameForm::plain, NameForm::portable}) {

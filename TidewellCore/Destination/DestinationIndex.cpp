@@ -57,7 +57,11 @@ std::set<std::string> DestinationIndex::existingNameKeys(std::string_view folder
 
 FolderAllocator::FolderContents DestinationIndex::mediaNameSets() const {
   FolderAllocator::FolderContents sets;
-  for (const auto& [folder, files] : filesByFolder) sets.emplace(folder, existingNameKeys(folder));
+  for (const auto& [folder, files] : filesByFolder) {
+    std::vector<std::string_view>& keys = sets[folder];
+    keys.reserve(files.size());
+    for (const auto& [key, entry] : files) keys.emplace_back(key);
+  }
   return sets;
 }
 

@@ -4,6 +4,7 @@
 #include <array>
 #include <optional>
 #include <unordered_map>
+#include <utility>
 
 #include "TidewellCore/ChatData/JID.h"
 #include "TidewellCore/ChatData/NameResolver.h"
@@ -41,7 +42,6 @@ class Assigner {
     for (const std::string_view name : FolderNames::reserved) used_.insert(std::string(name));
     for (const auto& [folder, contents] : choice.existing) {
       existingByKey_[FileNaming::normalizedKey(folder)].push_back(folders_.size());
-      for (const std::string& file : contents) foldersByFileKey_[file].push_back(folders_.size());
       folders_.push_back(&folder);
     }
     counts_.resize(folders_.size());
@@ -106,7 +106,8 @@ class Assigner {
 
   void takeByContent(const CanonicalJID& jid) {
     const auto planned = choice_.exportFileNames.find(jid);
-    if (planned == choice_.exportFileNames.end() || foldersByFileKey_.empty()) return;
+    if (planned == choice_.exportFileNames.end() || planned->second.empty()) return;
+    readContents();
     std::vector<std::size_t> found;
     for (const std::string& name : planned->second) {
       cancellation_.step();
@@ -118,6 +119,16 @@ class Assigner {
     }
     if (const std::string* best = bestOf(found, jid)) give(jid, *best);
     for (const std::size_t folder : found) counts_[folder] = 0;
+  }
+
+  // Asked for by few exports but the first: where chats have their folders, nobody looks into them.
+  void readContents() {
+    if (std::exchange(areContentsRead_, true)) return;
+    std::size_t folder = 0;
+    for (const auto& [name, contents] : choice_.existing) {
+      for (const std::string_view file : contents) foldersByFileKey_[file].push_back(folder);
+      ++folder;
+    }
   }
 
   // Of those with the highest count the first by name; null when the chat may have none of them.
@@ -170,7 +181,8 @@ class Assigner {
   std::vector<const std::string*> folders_;         // those on disk, in ascending order
   std::vector<bool> isGiven_;                       // by position: nobody else's any more
   std::vector<int> counts_;                         // by position: what the chat that is looked at has there
-  std::unordered_map<std::string, std::vector<std::size_t>> foldersByFileKey_;  // as positions
+  std::unordered_map<std::string_view, std::vector<std::size_t>> foldersByFileKey_;  // as positions
+  bool areContentsRead_ = false;
 };
 
 // The keys of folders that are remembered for chats without files in this backup, and under other JIDs of those with.
@@ -190,18 +202,19 @@ ChatFolders FolderAllocator::assign(const Choice& choice, const CancellationChec
   return Assigner(choice, isCancelled).run();
 }
 
-ChatFolders FolderAllocator::allocate(const Wish& wish, const ChatStorageSnapshot& snapshot,
+ChatFolders FolderAllocator::allocate(Wish wish, const ChatStorageSnapshot& snapshot,
                                       const CancellationCheck& isCancelled) {
-  Choice choice{.persisted = wish.persisted,
-                .existing = wish.existing,
-                .exportFileNames = wish.exportFileNames,
+  std::set<std::string> kept = keysToKeep(wish, snapshot);
+  Choice choice{.persisted = std::move(wish.persisted),
+                .existing = std::move(wish.existing),
+                .exportFileNames = std::move(wish.exportFileNames),
                 .desiredName = [&](const CanonicalJID& jid) { return snapshot.chatTitle(jid.text()); },
                 .historicalNames = [&](const CanonicalJID& jid) { return historicalNames(jid.text(), snapshot); },
                 .canAdopt = [](const std::string& folder,
                                const CanonicalJID& jid) { return isAdoptableFolder(folder, jid.text()); },
-                .kept = keysToKeep(wish, snapshot),
+                .kept = std::move(kept),
                 .nameForm = wish.nameForm};
-  for (const auto& [jid, names] : wish.exportFileNames) choice.jids.push_back(jid);
+  for (const auto& [jid, names] : choice.exportFileNames) choice.jids.push_back(jid);
   return assign(choice, isCancelled);
 }
 

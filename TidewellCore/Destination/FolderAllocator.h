@@ -19,8 +19,9 @@ using ChatFolders = std::map<CanonicalJID, std::string>;
 // Gives every chat a folder of its own, the same at every export.
 namespace FolderAllocator {
 
-// The keys of the file names that each folder on disk holds, by the folder's name.
-using FolderContents = std::map<std::string, std::set<std::string>>;
+// The keys of the file names that each folder on disk holds, each once, by the folder's name. Good as long as whoever
+// looked at the folders.
+using FolderContents = std::map<std::string, std::vector<std::string_view>>;
 // The names that an export gives the files of each chat, by JID.
 using PlannedNames = std::map<CanonicalJID, std::vector<std::string>>;
 
@@ -46,12 +47,12 @@ ChatFolders assign(const Choice& choice, const CancellationCheck& isCancelled = 
 // `assign` with the names that a backup's chats have and had. A folder
 // remembered for a chat that this backup lacks stays that chat's.
 struct Wish {
-  const PlannedNames& exportFileNames;
-  const FolderContents& existing;
-  const FolderAssignment& persisted;
+  PlannedNames exportFileNames;
+  FolderContents existing;
+  FolderAssignment persisted;
   NameForm nameForm = NameForm::plain;
 };
-ChatFolders allocate(const Wish& wish, const ChatStorageSnapshot& snapshot, const CancellationCheck& isCancelled = {});
+ChatFolders allocate(Wish wish, const ChatStorageSnapshot& snapshot, const CancellationCheck& isCancelled = {});
 
 // The folders of a content root that may be chats', in ascending order; none when it is missing.
 std::vector<std::string> existingChatFolders(const std::filesystem::path& contentRoot);

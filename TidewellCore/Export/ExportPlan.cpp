@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <unordered_set>
 
 #include "TidewellCore/FileNaming.h"
 #include "TidewellCore/Platform/SaturatingAdd.h"
@@ -107,16 +108,21 @@ ExportPlace keyOf(const ExportPlace& place) {
   return {.folder = FileNaming::normalizedKey(place.folder), .name = FileNaming::normalizedKey(place.name)};
 }
 
-// The keys of the places in the export that the plan needs for something.
-std::set<ExportPlace> placesOf(const ExportPlan& plan) {
-  std::set<ExportPlace> places;
+// The files at the destination that the plan needs for something.
+using NeededFiles = std::unordered_set<const DestinationIndex::FileEntry*>;
+
+NeededFiles neededFiles(const ExportPlan& plan, const DestinationIndex& index) {
+  NeededFiles files;
+  const auto add = [&](const ExportPlace& place) {
+    if (const DestinationIndex::FileEntry* file = index.file(place.folder, place.name)) files.insert(file);
+  };
   for (const auto* copies : {&plan.copies, &plan.earlier}) {
     for (const ExportPlanner::PlannedCopy& copy : *copies) {
-      places.insert(keyOf(copy.dest));
-      if (const auto* moved = std::get_if<ExportPlanner::Moved>(&copy.fate)) places.insert(keyOf(moved->from));
+      add(copy.dest);
+      if (const auto* moved = std::get_if<ExportPlanner::Moved>(&copy.fate)) add(moved->from);
     }
   }
-  return places;
+  return files;
 }
 
 // What the plan moves away stands there no more.
@@ -150,11 +156,11 @@ std::map<CanonicalJID, std::vector<std::string>> foldersToSearch(const std::vect
 
 // Takes the first of a lost file's name that is not taken.
 std::optional<KnownMedium> takeByName(const std::vector<std::string>& folders, std::string_view name,
-                                      const DestinationIndex& index, std::set<ExportPlace>& taken) {
+                                      const DestinationIndex& index, NeededFiles& taken) {
   for (const std::string& folder : folders) {
     const auto place = copyOfLostFile(index, folder, name);
-    if (!place || !taken.insert(keyOf(*place)).second) continue;
-    return KnownMedium{.place = *place, .size = index.file(place->folder, place->name)->size};
+    const DestinationIndex::FileEntry* file = place ? index.file(place->folder, place->name) : nullptr;
+    if (file != nullptr && taken.insert(file).second) return KnownMedium{.place = *place, .size = file->size};
   }
   return std::nullopt;
 }
@@ -163,9 +169,9 @@ std::optional<KnownMedium> takeByName(const std::vector<std::string>& folders, s
 // the one of the very name that an export gives it, unless that is another's.
 void addCopiesOfLostFiles(ExportPlan& plan, const ExportPlanner::Task& lost, const ExportPlanner::Ground& ground) {
   const auto folders = foldersToSearch(plan.chats);
-  std::set<ExportPlace> taken = placesOf(plan);
+  NeededFiles taken = neededFiles(plan, ground.index);
   for (const auto& known : lost.known) {
-    if (known) taken.insert(keyOf(known->place));
+    if (known) taken.insert(ground.index.file(known->place.folder, known->place.name));
   }
   for (std::size_t i = 0; i < lost.requests.size(); ++i) {
     const ExportPlanner::Request& request = lost.requests[i];
@@ -258,15 +264,17 @@ ExportPlan ExportPlan::make(Wish wish, const Found& found, const ChatStorageSnap
   const KnownCopies ofRequests = takeWanted(wish.requests, known);
   const std::vector<std::string> desired = namesOf(wish.requests, ofRequests, wish.naming);
   const ExportPlanner::Task requests{.requests = wish.requests, .known = ofRequests, .names = desired};
-  const FolderAllocator::PlannedNames wanted = namesByChat(wish, requests, index.nameForm);
+  FolderAllocator::PlannedNames names = namesByChat(wish, requests, index.nameForm);
+  const std::vector<CanonicalJID> wanted = keysOf(names);
   // A chat gets the folder that it would have if nothing was left out, and no other chat's.
-  FolderAllocator::PlannedNames names = namesOfOthers(wish, wanted, index.nameForm);
-  names.insert(wanted.begin(), wanted.end());
+  names.merge(namesOfOthers(wish, names, index.nameForm));
   const FolderAssignment persisted = FolderAllocator::expandPersisted(remembered, keysOf(names), snapshot);
-  ChatFolders folders = FolderAllocator::allocate(
-      {.exportFileNames = names, .existing = index.mediaNameSets(), .persisted = persisted, .nameForm = index.nameForm},
-      snapshot, isCancelled);
-  std::erase_if(folders, [&](const auto& chat) { return !wanted.contains(chat.first); });
+  ChatFolders folders = FolderAllocator::allocate({.exportFileNames = std::move(names),
+                                                   .existing = index.mediaNameSets(),
+                                                   .persisted = persisted,
+                                                   .nameForm = index.nameForm},
+                                                  snapshot, isCancelled);
+  std::erase_if(folders, [&](const auto& chat) { return !std::ranges::binary_search(wanted, chat.first); });
   const auto leftovers = ExportPlanner::leftoverFoldersByOwner({.folderNames = folders,
                                                                 .pathJIDs = pathJIDsByChat(wish.requests),
                                                                 .persisted = persisted,
