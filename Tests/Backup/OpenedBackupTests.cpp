@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <algorithm>
+
 #include "Tests/Backup/OpenedBackupScene.h"
 #include "Tests/Support/DatabaseWriter.h"
 #include "Tests/Support/Unprivileged.h"
@@ -114,6 +116,33 @@ TEST_F(OpenedBackupTest, ADamagedJournalOfTheIndexIsAWarning) {
   const ManifestStore store = index(open(std::nullopt));
   EXPECT_THAT(store.media, SizeIs(testing::Lt(301U)));
   EXPECT_THAT(store.warnings, testing::ElementsAre(StartsWith("The newest files may be missing: the journal")));
+}
+
+// Of more files than one thread is given.
+TEST_F(OpenedBackupTest, TheSizesOfManyFilesAreThoseOfEach) {
+  const auto damaged = [](std::size_t number) {
+    if (number % 100 == 1) return Fixture::StorageOptions{.missing = true};
+    if (number % 100 == 2) return Fixture::StorageOptions{.truncatedTo = 16};
+    if (number % 100 == 3) return Fixture::StorageOptions{.recordedSize = 7};
+    return Fixture::StorageOptions{};
+  };
+  for (BackupContents contents : {plainContents(), encryptedContents()}) {
+    for (std::size_t i = 0; i < 1500; ++i) {
+      contents.whatsApp.files.push_back(
+          {"", "Message/Media/b/" + std::to_string(i) + ".jpg", Bytes(i % 90, 0x42), damaged(i)});
+    }
+    write(contents);
+    const OpenedBackup opened = open(contents.encryption ? std::optional<std::string>(password) : std::nullopt);
+    const std::vector<ManifestFile> media = index(opened).media;
+    ASSERT_GT(media.size(), 1500U);
+    const auto sizes = opened.provenSizes(media);
+    ASSERT_EQ(sizes.size(), media.size());
+    for (std::size_t i = 0; i < media.size(); ++i) {
+      EXPECT_EQ(sizes[i], opened.provenSize(media[i])) << media[i].relativePath;
+    }
+    EXPECT_GE(std::ranges::count(sizes, false, &std::optional<std::int64_t>::has_value), 15);
+    EXPECT_THROW(opened.provenSizes(media, [] { return true; }), TidewellError);
+  }
 }
 
 TEST_F(OpenedBackupTest, CopyingAnIndexAndItsJournalCanBeCancelled) {

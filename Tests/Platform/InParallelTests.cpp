@@ -16,23 +16,24 @@ constexpr std::size_t many = 20'000;
 TEST(InParallel, DoesEachStepOnce) {
   for (const std::size_t count : {std::size_t{0}, std::size_t{1}, std::size_t{63}, std::size_t{65}, many}) {
     std::vector<int> steps(count);
-    InParallel::forEach(count, [&](std::size_t i) { ++steps[i]; });
+    InParallel::forEachBlock(count, [&](std::size_t begin, std::size_t end) {
+      for (std::size_t i = begin; i < end; ++i) ++steps[i];
+    });
     EXPECT_EQ(steps, std::vector<int>(count, 1)) << count;
   }
 }
 
 TEST(InParallel, LittleIsDoneByTheCallerAlone) {
   const std::thread::id caller = std::this_thread::get_id();
-  InParallel::forEach(500, [&](std::size_t) { EXPECT_EQ(std::this_thread::get_id(), caller); });
+  InParallel::forEachBlock(500, [&](std::size_t, std::size_t) { EXPECT_EQ(std::this_thread::get_id(), caller); });
 }
 
 TEST(InParallel, PassesOnWhatAStepThrows) {
   for (const std::size_t culprit : {std::size_t{0}, many - 1}) {
-    EXPECT_THROW(InParallel::forEach(many,
-                                     [&](std::size_t i) {
-                                       if (i == culprit) throw std::out_of_range("a step");
-                                     }),
-                 std::out_of_range);
+    const auto work = [&](std::size_t begin, std::size_t end) {
+      if (begin <= culprit && culprit < end) throw std::out_of_range("a step");
+    };
+    EXPECT_THROW(InParallel::forEachBlock(many, work), std::out_of_range);
   }
 }
 
@@ -44,8 +45,8 @@ TEST(InParallel, IsCancelledFromTheCallingThread) {
     return done > 0;
   };
   try {
-    InParallel::forEach(
-        1'000'000, [&](std::size_t) { ++done; }, isCancelled);
+    InParallel::forEachBlock(
+        1'000'000, [&](std::size_t begin, std::size_t end) { done += end - begin; }, isCancelled);
     FAIL() << "it went on";
   } catch (const TidewellError& error) {
     EXPECT_TRUE(TidewellError::isCancellation(error));

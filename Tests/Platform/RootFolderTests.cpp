@@ -40,6 +40,23 @@ TEST_F(RootFolderTest, WithoutARootFolderLinksAreFollowed) {
   EXPECT_TRUE(Files::isFolder(root / "link"));
 }
 
+// Asked one after another, so that each finds what the one before it left open.
+TEST_F(RootFolderTest, LengthsOfManyFilesAreThoseOfEach) {
+  Fixture::writeFile(root / "sub" / "a", "12");
+  Fixture::writeFile(root / "sub" / "b", "123");
+  Fixture::writeFile(root / "sub" / "inner" / "a", "1234");
+  Fixture::writeFile(root / "a", "1");
+  for (const bool isHeld : {false, true}) {
+    std::optional<RootFolder> held;
+    if (isHeld) held.emplace(root);
+    Files::Lengths lengths;
+    for (const char* path : {"sub/a", "sub/b", "sub/gone", "sub/key", "sub/inner", "sub/inner/a", "sub/inner/..", "a",
+                             "gone/a", "gone/b", "link/key", "link/gone", "sub/../a", "sub/.", "sub/", "sub/a"}) {
+      EXPECT_EQ(lengths.of(root / path), Files::regularFileSize(root / path)) << path;
+    }
+  }
+}
+
 TEST_F(RootFolderTest, NothingIsReadThroughALinkBelowIt) {
   const RootFolder held(root);
   EXPECT_THROW(Files::read(root / "link" / "key", 100), fs::filesystem_error);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <numeric>
 
 #include "TidewellCore/Backup/BackupInspector.h"
 #include "TidewellCore/Backup/DatabaseCheck.h"
@@ -9,6 +10,7 @@
 #include "TidewellCore/Crypto/BackupCrypto.h"
 #include "TidewellCore/Platform/FileDescriptor.h"
 #include "TidewellCore/Platform/Files.h"
+#include "TidewellCore/Platform/InParallel.h"
 #include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/Platform/SQLiteDB.h"
 #include "TidewellCore/Platform/SQLiteHeader.h"
@@ -172,14 +174,36 @@ std::int64_t OpenedBackup::sourceSize(const ManifestFile& file) const {
 
 std::optional<std::int64_t> OpenedBackup::provenSize(const ManifestFile& file) const {
   const auto stored = location(file);
-  const auto storedSize = stored ? Files::regularFileSize(*stored) : std::nullopt;
+  return stored ? provenSize(file, *stored, Files::regularFileSize(*stored)) : std::nullopt;
+}
+
+std::vector<std::optional<std::int64_t>> OpenedBackup::provenSizes(std::span<const ManifestFile> files,
+                                                                   const CancellationCheck& isCancelled) const {
+  std::vector<std::uint32_t> order(files.size());
+  std::iota(order.begin(), order.end(), 0U);
+  // Identifiers begin with the names of their folders.
+  std::ranges::sort(order, {}, [&](std::uint32_t number) { return std::string_view(files[number].fileID); });
+  std::vector<std::optional<std::int64_t>> sizes(files.size());
+  const auto measure = [&](std::size_t begin, std::size_t end) {
+    Files::Lengths lengths;
+    for (const std::uint32_t number : std::span(order).subspan(begin, end - begin)) {
+      const auto stored = location(files[number]);
+      if (stored) sizes[number] = provenSize(files[number], *stored, lengths.of(*stored));
+    }
+  };
+  InParallel::forEachBlock(files.size(), measure, isCancelled);
+  return sizes;
+}
+
+std::optional<std::int64_t> OpenedBackup::provenSize(const ManifestFile& file, const fs::path& stored,
+                                                     std::optional<std::int64_t> storedSize) const {
   if (storedSize == 0) return file.plaintextSize.value_or(0) == 0 ? storedSize : std::nullopt;
   const auto wrappedKey = keyOf(file);
   if (!storedSize || !wrappedKey) return storedSize;
   if (isPaddedTo(*storedSize, file.plaintextSize)) return file.plaintextSize;
   try {
     const SecretBytes key = unlocker_->keyBag.unwrapPersistentKey(*wrappedKey);
-    if (const auto size = BackupCrypto::paddedFileSize(*stored, key)) return size;
+    if (const auto size = BackupCrypto::paddedFileSize(stored, key)) return size;
   } catch (const std::exception&) {
     return std::nullopt;  // a key that does not open, or a file that does not read
   }

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -67,6 +68,10 @@ class OpenedBackup {
   // The size of the plaintext as the stored file bears it out, whatever was
   // recorded; absent when the stored file is missing or was cut short, or when no key opens it.
   std::optional<std::int64_t> provenSize(const ManifestFile& file) const;
+  // The same of many, in their order, looked at folder by folder and on several threads. Throws
+  // TidewellError::cancelled.
+  std::vector<std::optional<std::int64_t>> provenSizes(std::span<const ManifestFile> files,
+                                                       const CancellationCheck& isCancelled = {}) const;
 
   // The first bytes of the plaintext, at most `count`, fewer when the file is
   // shorter. Throws what reading and decrypting report.
@@ -88,6 +93,9 @@ class OpenedBackup {
   void decryptManifest(const RunControl& control, BackupUnlockReport& report);
   void copyManifest(const CancellationCheck& isCancelled);
   bool isStoredPadded(const ManifestFile& file) const;
+  // Of one that is stored there with that length; absent for one that is not.
+  std::optional<std::int64_t> provenSize(const ManifestFile& file, const std::filesystem::path& stored,
+                                         std::optional<std::int64_t> storedSize) const;
 
   RootFolder root_;                   // no link below the backup is followed
   std::optional<MemoryGuard> guard_;  // while there are keys; goes after them

@@ -6,22 +6,11 @@
 #include <unordered_set>
 
 #include "TidewellCore/FileNaming.h"
-#include "TidewellCore/Platform/InParallel.h"
 #include "TidewellCore/Platform/PathText.h"
 
 namespace {
 
 constexpr std::int64_t unknownSize = -1;
-
-using Sizes = std::vector<std::optional<std::int64_t>>;
-
-// What the stored files prove to hold, which costs a look at each.
-Sizes provenSizes(const BackupSource& source, const CancellationCheck& isCancelled) {
-  Sizes sizes(source.media().size());
-  InParallel::forEach(
-      sizes.size(), [&](std::size_t i) { sizes[i] = source.opened.provenSize(source.media()[i]); }, isCancelled);
-  return sizes;
-}
 
 bool isShort(const std::optional<std::int64_t>& provenSize, const ManifestFile& file) {
   return provenSize && *provenSize < file.plaintextSize.value_or(0);
@@ -33,7 +22,7 @@ ExportRequests::Requests ExportRequests::build(const BackupSource& source, const
                                                const CancellationCheck& isCancelled) {
   const auto& [opened, manifest, snapshot, warnings] = source;
   Requests requests;
-  const Sizes sizes = provenSizes(source, isCancelled);
+  const auto sizes = opened.provenSizes(source.media(), isCancelled);
   CancellationPoint cancellation(isCancelled);
   for (std::size_t i = 0; i < sizes.size(); ++i) {
     const ManifestFile& file = source.media()[i];

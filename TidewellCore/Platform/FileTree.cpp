@@ -155,6 +155,23 @@ std::optional<std::int64_t> Files::regularFileSize(const fs::path& path) {
   return status.st_size;
 }
 
+std::optional<std::int64_t> Files::Lengths::of(const fs::path& path) {
+  const std::string& text = path.native();
+  const std::size_t slash = text.rfind('/');
+  const std::string_view name = std::string_view(text).substr(slash == std::string::npos ? 0 : slash + 1);
+  if (slash == std::string::npos || name.empty() || name == "." || name == "..") return regularFileSize(path);
+  if (!place_ || std::string_view(text).substr(0, slash) != folder_) {
+    place_.emplace(path);
+    folder_ = text.substr(0, slash);
+  }
+  if (!place_->isBelowRoot()) return regularFileSize(path);
+  struct stat status {};
+  const int result = place_->withNeighbour(name.data(), [&](int folder, const char* neighbour) {
+    return ::fstatat(folder, neighbour, &status, AT_SYMLINK_NOFOLLOW);
+  });
+  return result == 0 && S_ISREG(status.st_mode) ? std::optional<std::int64_t>(status.st_size) : std::nullopt;
+}
+
 bool Files::isFolder(const fs::path& path) {
   struct stat status {};
   return look(path, Links::followed, status) == 0 && S_ISDIR(status.st_mode);

@@ -14,9 +14,11 @@ namespace {
 constexpr std::size_t block = 64;
 constexpr std::size_t fewestOfThread = 512;
 
+using Work = std::function<void(std::size_t begin, std::size_t end)>;
+
 class Run {
  public:
-  Run(std::size_t count, const std::function<void(std::size_t)>& work) : count_(count), work_(work) {}
+  Run(std::size_t count, const Work& work) : count_(count), work_(work) {}
 
   // On each of the threads, until nothing is left.
   void takeBlocks(const CancellationCheck& isCancelled = {}) try {
@@ -24,7 +26,7 @@ class Run {
       throwIfCancelled(isCancelled);
       const std::size_t begin = next_.fetch_add(block);
       if (begin >= count_) return;
-      for (std::size_t i = begin; i < std::min(begin + block, count_); ++i) work_(i);
+      work_(begin, std::min(begin + block, count_));
     }
   } catch (...) {
     const std::lock_guard lock(mutex_);
@@ -39,7 +41,7 @@ class Run {
 
  private:
   const std::size_t count_;
-  const std::function<void(std::size_t)>& work_;
+  const Work& work_;
   std::atomic<std::size_t> next_ = 0;
   std::atomic<bool> isEnding_ = false;
   std::mutex mutex_;
@@ -48,8 +50,7 @@ class Run {
 
 }  // namespace
 
-void InParallel::forEach(std::size_t count, const std::function<void(std::size_t)>& work,
-                         const CancellationCheck& isCancelled) {
+void InParallel::forEachBlock(std::size_t count, const Work& work, const CancellationCheck& isCancelled) {
   Run run(count, work);
   {
     std::vector<std::jthread> others;

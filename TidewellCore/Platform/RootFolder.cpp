@@ -37,8 +37,13 @@ std::optional<std::string_view> below(std::string_view root, std::string_view pa
   return path;
 }
 
-bool leadsUp(const std::string& path) {
-  return std::ranges::any_of(fs::path(path), [](const fs::path& part) { return part == ".."; });
+bool leadsUp(std::string_view path) {
+  while (!path.empty()) {
+    const std::string_view part = path.substr(0, path.find('/'));
+    if (part == "..") return true;
+    path.remove_prefix(std::min(part.size() + 1, path.size()));
+  }
+  return false;
 }
 
 // Why a folder was not opened. The system calls a link no folder, but it is not absent.

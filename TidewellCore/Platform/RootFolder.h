@@ -41,6 +41,11 @@ class Place {
   int with(Call call) const {
     return isOpen() ? call(folder_, name_.c_str()) : -1;
   }
+  // The same for another name in the path's folder: no path, and neither "." nor "..".
+  template <typename Call>
+  int withNeighbour(const char* name, Call call) const {
+    return isOpen() ? call(folder_, name) : -1;
+  }
   bool isBelowRoot() const { return root_ != nullptr; }
 
  private:
