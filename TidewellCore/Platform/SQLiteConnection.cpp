@@ -32,3 +32,9 @@ void SQLiteConnection::fail() const {
   }
   throw TidewellError::invalidDatabase(message);
 }
+
+SQLiteLock::SQLiteLock(const SQLiteConnection& connection) : mutex_(sqlite3_db_mutex(connection.handle)) {
+  sqlite3_mutex_enter(mutex_);
+}
+
+SQLiteLock::~SQLiteLock() { sqlite3_mutex_leave(mutex_); }

@@ -216,6 +216,30 @@ std::optional<double> realOf(std::string_view text) {
 
 sqlite3_stmt* statementOf(void* statement) { return static_cast<sqlite3_stmt*>(statement); }
 
+// Of a row that is looked at under the connection's lock.
+sqlite3_value* valueAt(void* statement, int column) { return sqlite3_column_value(statementOf(statement), column); }
+
+SQLiteRowView::Type typeOf(sqlite3_value* value) {
+  switch (sqlite3_value_type(value)) {
+    case SQLITE_INTEGER:
+      return SQLiteRowView::Type::integer;
+    case SQLITE_FLOAT:
+      return SQLiteRowView::Type::real;
+    case SQLITE_TEXT:
+      return SQLiteRowView::Type::text;
+    case SQLITE_BLOB:
+      return SQLiteRowView::Type::blob;
+    default:
+      return SQLiteRowView::Type::null;
+  }
+}
+
+std::string_view storedText(sqlite3_value* value) {
+  const auto* data = reinterpret_cast<const char*>(sqlite3_value_text(value));
+  if (data == nullptr) throw std::bad_alloc();
+  return {data, static_cast<std::size_t>(sqlite3_value_bytes(value))};
+}
+
 // {fmt} writes the shortest digits that read back the same; "1e+30" and "3" gain their fraction.
 std::string textOfReal(double number) {
   std::string text = fmt::format("{}", number);
@@ -262,45 +286,38 @@ std::optional<std::string> SQLiteRow::textValue(std::string_view name) const {
 }
 
 SQLiteRowView::Type SQLiteRowView::type(int column) const {
-  if (column < 0) return Type::null;
-  switch (sqlite3_column_type(statementOf(statement_), column)) {
-    case SQLITE_INTEGER:
-      return Type::integer;
-    case SQLITE_FLOAT:
-      return Type::real;
-    case SQLITE_TEXT:
-      return Type::text;
-    case SQLITE_BLOB:
-      return Type::blob;
-    default:
-      return Type::null;
-  }
+  return column < 0 ? Type::null : typeOf(valueAt(statement_, column));
 }
 
 std::optional<std::int64_t> SQLiteRowView::integer(int column) const {
-  const Type stored = type(column);
-  if (stored == Type::integer) return sqlite3_column_int64(statementOf(statement_), column);
-  if (stored == Type::text) return integerOf(storedText(statementOf(statement_), column));
+  if (column < 0) return std::nullopt;
+  sqlite3_value* value = valueAt(statement_, column);
+  const Type stored = typeOf(value);
+  if (stored == Type::integer) return sqlite3_value_int64(value);
+  if (stored == Type::text) return integerOf(storedText(value));
   return std::nullopt;
 }
 
 std::optional<double> SQLiteRowView::number(int column) const {
-  const Type stored = type(column);
-  if (stored == Type::integer) return static_cast<double>(sqlite3_column_int64(statementOf(statement_), column));
-  if (stored == Type::real) return sqlite3_column_double(statementOf(statement_), column);
-  if (stored == Type::text) return realOf(storedText(statementOf(statement_), column));
+  if (column < 0) return std::nullopt;
+  sqlite3_value* value = valueAt(statement_, column);
+  const Type stored = typeOf(value);
+  if (stored == Type::integer) return static_cast<double>(sqlite3_value_int64(value));
+  if (stored == Type::real) return sqlite3_value_double(value);
+  if (stored == Type::text) return realOf(storedText(value));
   return std::nullopt;
 }
 
 std::optional<std::string_view> SQLiteRowView::text(int column) const {
-  sqlite3_stmt* statement = statementOf(statement_);
-  switch (type(column)) {
+  if (column < 0) return std::nullopt;
+  sqlite3_value* value = valueAt(statement_, column);
+  switch (typeOf(value)) {
     case Type::integer:
-      return kept(column, fmt::format("{}", sqlite3_column_int64(statement, column)));
+      return kept(column, fmt::format("{}", sqlite3_value_int64(value)));
     case Type::real:
-      return kept(column, textOfReal(sqlite3_column_double(statement, column)));
+      return kept(column, textOfReal(sqlite3_value_double(value)));
     case Type::text: {
-      const std::string_view stored = storedText(statement, column);
+      const std::string_view stored = storedText(value);
       return Text::isValid(stored) ? stored : kept(column, Text::repaired(stored));
     }
     case Type::blob:
@@ -311,9 +328,11 @@ std::optional<std::string_view> SQLiteRowView::text(int column) const {
 }
 
 std::optional<ByteView> SQLiteRowView::blob(int column) const {
-  if (type(column) != Type::blob) return std::nullopt;
-  const auto* data = static_cast<const std::uint8_t*>(sqlite3_column_blob(statementOf(statement_), column));
-  const auto size = static_cast<std::size_t>(sqlite3_column_bytes(statementOf(statement_), column));
+  if (column < 0) return std::nullopt;
+  sqlite3_value* value = valueAt(statement_, column);
+  if (typeOf(value) != Type::blob) return std::nullopt;
+  const auto* data = static_cast<const std::uint8_t*>(sqlite3_value_blob(value));
+  const auto size = static_cast<std::size_t>(sqlite3_value_bytes(value));
   return data == nullptr ? ByteView() : ByteView(data, size);
 }
 
@@ -370,6 +389,7 @@ void SQLiteDB::query(const std::string& sql, const std::vector<Bind>& binds, con
 void SQLiteDB::forEachRow(const std::string& sql, const RowViewHandler& row) const {
   if (!connection_) throw TidewellError::invalidDatabase("SQLite error");
   Statement statement(*connection_, sql);
+  const SQLiteLock lock(*connection_);
   const SQLiteRowView current(statement.get());
   while (statement.step()) row(current);
 }

@@ -63,6 +63,7 @@ void SQLiteStatement::forEachRow(std::initializer_list<Value> values, const SQLi
   for (const Value& value : values) {
     if (std::visit(Binder{statement, ++index}, value) != SQLITE_OK) connection_->fail();
   }
+  const SQLiteLock lock(*connection_);
   const SQLiteRowView current(statement);
   int result = sqlite3_step(statement);
   for (; result == SQLITE_ROW; result = sqlite3_step(statement)) row(current);
