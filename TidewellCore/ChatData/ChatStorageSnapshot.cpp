@@ -120,6 +120,7 @@ ChatStorageSnapshot::Places ChatStorageSnapshot::arrange() {
 
 // A file that another item names already is the later item's.
 void ChatStorageSnapshot::attachMedia(const Keys& keys, const Places& places) {
+  mediaByRelativePath_.reserve(tables_.media.size());
   for (const MediaItemRecord& item : tables_.media) {
     const auto found = item.messagePK ? std::ranges::lower_bound(keys, *item.messagePK) : keys.end();
     if (found == keys.end() || *found != *item.messagePK) {

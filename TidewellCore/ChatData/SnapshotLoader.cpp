@@ -57,6 +57,7 @@ constexpr const char* noChats =
 // The media of the app whose chats are read; good while the index lives.
 MediaPaths::Lookup filesOf(const ManifestStore& manifest) {
   std::unordered_set<std::string_view> paths;
+  paths.reserve(manifest.media.size());
   for (const ManifestFile& file : manifest.media) {
     if (file.domain == manifest.chatStorage->domain) paths.insert(file.relativePath);
   }

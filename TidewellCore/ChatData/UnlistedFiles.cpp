@@ -19,6 +19,7 @@ using Paths = std::unordered_set<std::string_view>;
 
 Paths listed(const ManifestStore& manifest) {
   Paths paths;
+  paths.reserve(manifest.files.size());
   for (const ManifestFile& file : manifest.files) {
     if (file.domain == manifest.chatStorage->domain) paths.insert(file.relativePath);
   }

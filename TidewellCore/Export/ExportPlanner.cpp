@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <unordered_set>
 
 #include "TidewellCore/Destination/EarlierCopies.h"
 #include "TidewellCore/FileNaming.h"
@@ -26,6 +27,13 @@ struct FolderState {
 
   EarlierCopies earlier;
   UsedNames used;  // names of files with content on disk, and names given out
+};
+
+struct PlaceHash {
+  std::size_t operator()(const ExportPlace& place) const {
+    const std::hash<std::string> hash;
+    return hash(place.folder) * 31 + hash(place.name);
+  }
 };
 
 class Planner {
@@ -140,7 +148,7 @@ class Planner {
 
   const Ground& ground_;
   std::map<std::string, FolderState> states_;
-  std::set<ExportPlace> planned_;  // of files that are known
+  std::unordered_set<ExportPlace, PlaceHash> planned_;  // of files that are known
 };
 
 // Every name that ties a folder to a chat: what was remembered for any of its

@@ -67,6 +67,7 @@ std::optional<std::string> ExportRequests::warningOfShortFiles(const std::vector
 std::vector<ExportPlanner::Request> ExportRequests::lost(
     const ChatStorageSnapshot& snapshot, const std::vector<const std::vector<ExportPlanner::Request>*>& found) {
   std::unordered_set<std::string_view> whole;
+  whole.reserve(found.empty() ? 0 : found.front()->size());
   for (const auto* requests : found) {
     for (const ExportPlanner::Request& request : *requests) {
       if (request.sourceSize >= 0) whole.insert(request.relativePath);
