@@ -97,15 +97,45 @@ ExportState failed(const std::string& message, const std::string& suggestion) {
   return state;
 }
 
+std::string nameOfChat(std::int64_t number) {
+  static const std::array<std::string, 4> names{
+      "Ana Souza", "Família 👨‍👩‍👧",
+      "A group with a name that is longer than any line of a list can hold, " + repeated("whatever its width, ", 8),
+      "مريم"};
+  const std::string& name = names[static_cast<std::size_t>(number - 1) / 9 % names.size()];
+  const std::int64_t copy = (number - 1) % 9 + 1;
+  return name + (copy == 1 ? "" : " " + std::to_string(copy));
+}
+
+// The media of all chats shared out among them, the first having the most.
+void addChats(ScanResult& result) {
+  for (std::int64_t number = 1; number <= result.chatCount; ++number) {
+    const auto share = [&](std::int64_t whole) {
+      return whole * 2 * (result.chatCount - number + 1) / (result.chatCount * (result.chatCount + 1));
+    };
+    ScanChat chat{
+        .jid = std::to_string(number) + "@s.whatsapp.net", .name = nameOfChat(number), .messageCount = 20'011 / number};
+    for (const auto& [kind, stats] : result.statsByKind) {
+      const MediaTypeStats own{.count = share(stats.count), .byteCount = share(stats.byteCount)};
+      chat.statsByKind.emplace(kind, own);
+      chat.mediaFileCount += own.count;
+      chat.mediaBytes += own.byteCount;
+    }
+    result.chats.push_back(std::move(chat));
+  }
+}
+
 ScanResult scan() {
-  return {.chatCount = 214,
-          .mediaFileCount = 18'345,
-          .totalBytes = 31'400'000'000,
-          .statsByKind = {{MediaKind::photos, {.count = 12'204, .byteCount = 8'900'000'000}},
-                          {MediaKind::videos, {.count = 1'893, .byteCount = 20'100'000'000}},
-                          {MediaKind::voiceNotes, {.count = 3'020, .byteCount = 640'000'000}},
-                          {MediaKind::stickers, {.count = 914, .byteCount = 58'000'000}},
-                          {MediaKind::documents, {.count = 314, .byteCount = 1'702'000'000}}}};
+  ScanResult result{.chatCount = 214,
+                    .mediaFileCount = 18'345,
+                    .totalBytes = 31'400'000'000,
+                    .statsByKind = {{MediaKind::photos, {.count = 12'204, .byteCount = 8'900'000'000}},
+                                    {MediaKind::videos, {.count = 1'893, .byteCount = 20'100'000'000}},
+                                    {MediaKind::voiceNotes, {.count = 3'020, .byteCount = 640'000'000}},
+                                    {MediaKind::stickers, {.count = 914, .byteCount = 58'000'000}},
+                                    {MediaKind::documents, {.count = 314, .byteCount = 1'702'000'000}}}};
+  addChats(result);
+  return result;
 }
 
 ExportState options() {
@@ -124,20 +154,6 @@ ExportState withDestination(const std::string& path, std::int64_t available) {
 
 ExportState choosingChats() {
   ExportState state = withDestination("/Users/mara/Documents", 250'000'000'000);
-  const std::string longName =
-      "A group with a name that is longer than any line of a list can hold, " + repeated("whatever its width, ", 8);
-  for (const std::string& name :
-       {std::string("Ana Souza"), std::string("Família 👨‍👩‍👧"), longName, std::string("مريم")}) {
-    for (int copy = 1; copy <= 9; ++copy) {
-      const std::int64_t number = static_cast<std::int64_t>(state.scanResult->chats.size()) + 1;
-      state.scanResult->chats.push_back({.jid = std::to_string(number) + "@s.whatsapp.net",
-                                         .name = name + (copy == 1 ? "" : " " + std::to_string(copy)),
-                                         .messageCount = 20'011 / number,
-                                         .mediaFileCount = 1,
-                                         .mediaBytes = 9'300'000'000 / number,
-                                         .statsByKind = {{MediaKind::photos, {1, 9'300'000'000 / number}}}});
-    }
-  }
   state.chatChoice.leftOut = {"2@s.whatsapp.net", "3@s.whatsapp.net", "7@s.whatsapp.net"};
   return state;
 }
