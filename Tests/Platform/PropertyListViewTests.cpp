@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -69,6 +70,32 @@ TEST(PropertyListView, DamageElsewhereGoesUnnoticed) {
   const PropertyListView view(file, file.root());
   EXPECT_EQ(std::get<std::string>(view.entry("text")->leaf().content), "Ana");
   EXPECT_THROW(view.entry("list")->element(1)->entry("inner"), PropertyListError);
+}
+
+// All of its keys are one text that is nobody's key.
+TEST(PropertyListView, ADictionaryOfLongKeysIsLookedThroughAtOnce) {
+  constexpr std::size_t entries = 0x20000;
+  constexpr std::size_t letters = 0x20000;
+  const ByteView header = bytesOf("bplist00");
+  Bytes binary(header.begin(), header.end());
+  const auto add = [&](std::initializer_list<std::uint8_t> bytes) { binary.insert(binary.end(), bytes); };
+  add({0xDF, 0x12, 0x00, 0x02, 0x00, 0x00});
+  binary.insert(binary.end(), entries * 2, 1);
+  const std::size_t text = binary.size();
+  add({0x6F, 0x12, 0x00, 0x02, 0x00, 0x00});
+  binary.insert(binary.end(), letters * 2, 0x42);
+  const std::size_t table = binary.size();
+  for (const std::size_t number : {std::size_t{8}, text}) {
+    for (int shift = 24; shift >= 0; shift -= 8) binary.push_back(static_cast<std::uint8_t>(number >> shift));
+  }
+  add({0, 0, 0, 0, 0, 0, 4, 1});
+  for (const std::size_t number : {std::size_t{2}, std::size_t{0}, table}) {
+    for (int shift = 56; shift >= 0; shift -= 8) binary.push_back(static_cast<std::uint8_t>(number >> shift));
+  }
+  const BinaryPropertyListFile file(binary);
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_FALSE(PropertyListView(file, file.root()).entry("Size"));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
 }
 
 }  // namespace

@@ -258,9 +258,10 @@ std::optional<std::size_t> BinaryPropertyListFile::entry(const Object& dictionar
   const std::size_t count = dictionary.references / 2;
   for (std::size_t i = count; i-- > 0;) {
     const Object name = object(reference(dictionary, i));
-    const bool isKey = name.marker == Object::asciiString
-                           ? textOf(name.payload) == key
-                           : name.marker == Object::utf16String && utf16Text(name.payload) == key;
+    // No text takes more than twice its UTF-8 in UTF-16; many references may lead to one that is long.
+    const bool mayBeKey = name.marker == Object::utf16String && name.payload.size() <= key.size() * 2;
+    const bool isKey =
+        name.marker == Object::asciiString ? textOf(name.payload) == key : mayBeKey && utf16Text(name.payload) == key;
     if (isKey) return reference(dictionary, count + i);
   }
   return std::nullopt;
