@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <stdexcept>
 #include <thread>
 #include <vector>
@@ -45,8 +46,12 @@ TEST(InParallel, IsCancelledFromTheCallingThread) {
     return done > 0;
   };
   try {
-    InParallel::forEachBlock(
-        1'000'000, [&](std::size_t begin, std::size_t end) { done += end - begin; }, isCancelled);
+    const auto work = [&](std::size_t begin, std::size_t end) {
+      // The others do not come to the end while the caller waits for its turn.
+      if (std::this_thread::get_id() != caller) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+      done += end - begin;
+    };
+    InParallel::forEachBlock(1'000'000, work, isCancelled);
     FAIL() << "it went on";
   } catch (const TidewellError& error) {
     EXPECT_TRUE(TidewellError::isCancellation(error));
