@@ -39,6 +39,7 @@ class Copying {
     progress.begin(ExportProgress::Phase::copyingMedia, static_cast<std::int64_t>(plan_.copies.size()));
     try {
       copyAll(progress);
+      target_.lock.requireInPlace();
       take(copier_.settle());
       throwIfCancelled(isCancelled_);
     } catch (const std::exception& error) {

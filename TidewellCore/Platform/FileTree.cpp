@@ -169,6 +169,8 @@ std::optional<std::int64_t> Files::Lengths::of(const fs::path& path) {
   const int result = place_->withNeighbour(name.data(), [&](int folder, const char* neighbour) {
     return ::fstatat(folder, neighbour, &status, AT_SYMLINK_NOFOLLOW);
   });
+  // What failed for a moment is tried anew for the next file.
+  if (result != 0 && errno != ENOENT && errno != ENOTDIR && errno != ELOOP) place_.reset();
   return result == 0 && S_ISREG(status.st_mode) ? std::optional<std::int64_t>(status.st_size) : std::nullopt;
 }
 
