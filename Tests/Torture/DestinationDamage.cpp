@@ -57,6 +57,7 @@ std::string renameFolder(const Scene& scene, Judge& judge, SeededRandom& random)
   const fs::path name = newName(folder, scene, random);
   if (fs::exists(fs::symlink_status(name))) return "a name that is taken";
   fs::rename(folder, name);
+  judge.addRenamed(folder.filename().string(), name.filename().string());
   // What was emptied in it still is.
   for (const SeenFile& file : Destination::look(scene.destination)) {
     if (file.size == 0) judge.addEmptied(file.path);

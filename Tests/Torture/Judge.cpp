@@ -141,6 +141,19 @@ void Judge::requireWhole(const Phone& phone) const {
   requireOnce(phone);
 }
 
+std::set<std::string> Judge::allNamesOf(const std::string& folder) const {
+  std::set<std::string> names;
+  std::vector<std::string> waiting{folder};
+  while (!waiting.empty()) {
+    const std::string name = waiting.back();
+    waiting.pop_back();
+    if (!names.insert(name).second) continue;
+    const auto [first, last] = renamed_.equal_range(name);
+    for (auto later = first; later != last; ++later) waiting.push_back(later->second);
+  }
+  return names;
+}
+
 void Judge::requireOnce(const Phone& phone) const {
   std::map<std::string, std::string> folders = Destination::folders(destination_);
   std::map<std::pair<std::string, std::string>, int> copies;
@@ -149,7 +162,9 @@ void Judge::requireOnce(const Phone& phone) const {
   }
   for (const Medium& medium : phone.media()) {
     if (isUncertain(medium)) continue;
-    const int count = copies[{"messages/" + folders[medium.jid], medium.sha1}];
+    int count = 0;
+    for (const std::string& folder : allNamesOf(folders[medium.jid]))
+      count += copies[{"messages/" + folder, medium.sha1}];
     if (count == 1 || (count > 1 && mayRepeat_)) continue;
     throw Difference(medium.mark + " of " + medium.jid + " is " + std::to_string(count) +
                      " times in its chat's folder \"" + folders[medium.jid] + "\"");

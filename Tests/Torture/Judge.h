@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <map>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -34,6 +35,8 @@ class Judge {
   // What was done on purpose.
   void addForeign(const std::string& sha1) { foreign_.insert(sha1); }
   void addEmptied(const std::string& path) { emptied_.insert(path); }
+  // A folder of the content root has another name: the files that are known there stay in it.
+  void addRenamed(const std::string& from, const std::string& to) { renamed_.emplace(from, to); }
   void allowRepeats() { mayRepeat_ = true; }
   // The media of this mark may be anything, or absent.
   void setUncertain(const std::string& mark) { uncertain_ = mark; }
@@ -45,6 +48,7 @@ class Judge {
   std::vector<Text> missingTexts(const Phone& phone) const;
   void judgeFailures(const Json::Object& summary, const Phone& phone) const;
   void requireOnce(const Phone& phone) const;
+  std::set<std::string> allNamesOf(const std::string& folder) const;
 
   std::filesystem::path destination_;
   std::set<std::string> media_;    // SHA-1 of all that the phone holds or held
@@ -52,6 +56,7 @@ class Judge {
   std::set<std::string> present_;  // SHA-1, when the step began
   std::set<std::string> pages_;    // SHA-1 of all pages and transcripts that stood there when a step began
   std::set<std::string> emptied_;  // paths
+  std::multimap<std::string, std::string> renamed_;  // folders
   std::string uncertain_;
   bool mayRepeat_ = false;
 };
