@@ -270,6 +270,18 @@ TEST(Library, ABeginningThatWasBrokenOffIsUndone) {
   EXPECT_THAT(library.warnings(), IsEmpty());
 }
 
+TEST(Library, SaysWhatTheDriveSaysWhenItCannotBeOpened) {
+  const Fixture::TemporaryDirectory folder;
+  for (const auto mode : {SQLiteDB::OpenMode::kept, SQLiteDB::OpenMode::keptReadOnly}) {
+    try {
+      const SQLiteDB database((folder / "gone" / LibraryFile::fileName).string(), mode);
+      FAIL() << "it was opened";
+    } catch (const std::filesystem::filesystem_error& error) {
+      EXPECT_EQ(error.code(), std::errc::no_such_file_or_directory);
+    }
+  }
+}
+
 TEST(Library, APageIDThatLeadsElsewhereIsDamage) {
   LibraryScene scene;
   scene.take(snapshotOf({{ana, "Ana"}}, {{1, 10, "one", "A"}}));

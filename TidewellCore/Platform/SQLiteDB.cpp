@@ -348,8 +348,9 @@ SQLiteDB::SQLiteDB(const std::string& path, OpenMode openMode, const std::option
   sqlite3*& handle = connection_->handle;
   if (openMode == OpenMode::writableCopy || openMode == OpenMode::kept) hideSuperJournal(path);
   const int result = sqlite3_open_v2(withoutLinksAbove(path).c_str(), &handle, mode.flags, mode.fileSystem);
-  if (openMode == OpenMode::kept) connection_->path = path;
+  if (openMode == OpenMode::kept || openMode == OpenMode::keptReadOnly) connection_->path = path;
   if (result != SQLITE_OK) {
+    if (!connection_->path.empty()) connection_->fail();
     const std::string message =
         handle != nullptr ? sqlite3_errmsg(handle) : fmt::format("SQLite open failed ({})", result);
     throw TidewellError::databaseOpenFailed(stage.value_or(mode.stage), path, message);

@@ -98,7 +98,8 @@ class SQLiteDB {
   using RowHandler = std::function<void(const SQLiteRow&)>;
   using RowViewHandler = std::function<void(const SQLiteRowView&)>;
 
-  // Throws TidewellError::databaseOpenFailed with `stage`, or with the mode's own stage text.
+  // Throws TidewellError::databaseOpenFailed with `stage`, or with the mode's own stage text; of a file that is kept,
+  // what the file system says.
   SQLiteDB(const std::string& path, OpenMode mode, const std::optional<std::string>& stage = std::nullopt);
   ~SQLiteDB();
   SQLiteDB(SQLiteDB&&) noexcept;
