@@ -171,7 +171,8 @@ void addCopiesOfLostFiles(ExportPlan& plan, const ExportPlanner::Task& lost, con
   const auto folders = foldersToSearch(plan.chats);
   NeededFiles taken = neededFiles(plan, ground.index);
   for (const auto& known : lost.known) {
-    if (known) taken.insert(ground.index.file(known->place.folder, known->place.name));
+    if (!known) continue;
+    if (const auto* file = ground.index.file(known->place.folder, known->place.name)) taken.insert(file);
   }
   for (std::size_t i = 0; i < lost.requests.size(); ++i) {
     const ExportPlanner::Request& request = lost.requests[i];

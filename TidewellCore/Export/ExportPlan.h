@@ -23,7 +23,9 @@ struct ExportPlan {
     std::vector<ExportPlanner::Request> lost;     // which the backup no longer holds
     std::vector<CanonicalJID> jidsOfTranscripts;  // chats that get a folder even without media
     std::vector<CanonicalJID> jidsLeftOut;        // chats with messages of which none is wanted
-    ExportPlanner::Naming naming;                 // asked of what is not known: a name is costly to make
+    // Asked about what is not known, and about what is left out of chats that nothing is taken of: a name is costly
+    // to make.
+    ExportPlanner::Naming naming;
   };
   // What stands at the destination before.
   struct Found {

@@ -8,7 +8,8 @@
 #include "TidewellCore/Platform/PropertyList.h"
 
 // Version 00 of the binary property-list format, as documented in the comments of Apple's open-source
-// CFBinaryPList.c. Every offset and count is checked against the data; all throw PropertyListError.
+// CFBinaryPList.c. Every offset, count and reference that the data give is checked against them; all throw
+// PropertyListError.
 
 // One object where it lies in the file.
 struct BinaryPropertyListObject {
@@ -42,6 +43,7 @@ class BinaryPropertyListFile {
   std::size_t size() const { return file_.size(); }
   std::size_t objectCount() const { return objectCount_; }
   std::size_t root() const { return root_; }
+  // Of an index below `objectCount`, as `root`, `reference` and `entry` give them.
   BinaryPropertyListObject object(std::size_t index) const;
   // The object that a container refers to in a place below `references`.
   std::size_t reference(const BinaryPropertyListObject& container, std::size_t place) const;
