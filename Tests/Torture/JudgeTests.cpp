@@ -83,6 +83,18 @@ TEST_F(JudgeTest, FindsAMediumThatIsThereTwice) {
   EXPECT_THROW(judge.requireWhole(phone), Difference);
 }
 
+TEST_F(JudgeTest, LooksForMediaWhereTheirFolderWent) {
+  const fs::path folder = medium().parent_path();
+  const fs::path moved = folder.parent_path() / "Moved";
+  fs::rename(folder, moved);
+  fs::create_directory(folder);
+  for (const char* transcript : {"_transcript.html", "_transcript.txt"})
+    fs::rename(moved / transcript, folder / transcript);
+  EXPECT_THROW(judge.requireWhole(phone), Difference);
+  judge.addRenamed(folder.filename().string(), "Moved");
+  EXPECT_NO_THROW(judge.requireWhole(phone));
+}
+
 TEST_F(JudgeTest, FindsATextThatIsMissing) {
   for (const auto& file : look(destination)) {
     if (file.path.ends_with("_transcript.txt")) fs::resize_file(destination / file.path, 0);
