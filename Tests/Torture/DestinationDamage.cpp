@@ -119,6 +119,7 @@ std::string plantLink(const Scene& scene, Judge& judge, SeededRandom& random) {
   const bool isFolder = fs::is_directory(place);
   fs::rename(place, aside);
   if (!isFolder) fs::remove(aside);
+  judge.addRenamed(place.filename().string(), aside.filename().string());
   for (const SeenFile& file : Destination::look(scene.destination)) {
     if (file.size == 0) judge.addEmptied(file.path);
     if (!Destination::isPage(file.path)) judge.addForeign(file.sha1);
