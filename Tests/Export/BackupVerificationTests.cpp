@@ -10,6 +10,8 @@
 
 #include "Tests/Export/ExportScene.h"
 #include "Tests/Support/Failures.h"
+#include "Tests/Support/MessageBlobs.h"
+#include "Tests/Support/SampleFiles.h"
 #include "TidewellCore/Export/Verification.h"
 #include "TidewellCore/Library/LibraryFile.h"
 
@@ -92,6 +94,46 @@ TEST_P(BackupVerificationTest, TellsMessagesOfEachChatThatCameSince) {
                                                "1 message of “Bea” is not in the archive. Export again."));
   run();
   EXPECT_THAT(absences(), IsEmpty());
+}
+
+TEST_P(BackupVerificationTest, TellsMessagesThatSayMoreSince) {
+  run();
+  app().messages[0].text = "other words";
+  app().messages[1].receiptInfo = Fixture::receiptInfo({{.jid = ana, .emoji = "👍"}});
+  scene.write();
+  EXPECT_THAT(absences(), ElementsAre("2 messages of “Ana” say more in the backup than in the archive. Export again."));
+  run();
+  EXPECT_THAT(absences(), IsEmpty());
+}
+
+TEST_P(BackupVerificationTest, TellsMessagesThatTheNewerBackupSaysLessOf) {
+  say(1, 7200, "said");
+  const Fixture::WhatsAppContents before = app();
+  app().messages.back().text = {};
+  app().messages.back().type = Fixture::deletedType;
+  scene.write();
+  run();
+  EXPECT_THAT(absences(), IsEmpty());
+  app() = before;
+  scene.contents.backupTime -= 1000;
+  scene.write();
+  EXPECT_THAT(absences(), ElementsAre("1 message of “Ana” says more in the backup than in the archive. Export again."));
+  run();
+  EXPECT_THAT(absences(), IsEmpty());
+}
+
+// The backup is the one that the library had it from, and says nothing new.
+TEST_P(BackupVerificationTest, TellsWhatSomebodyTookFromTheLibraryAndTheNextExportBringsItBack) {
+  say(1, 7200, "said");
+  scene.write();
+  run();
+  for (const char* damage : {"UPDATE message SET text = NULL", "UPDATE message SET text = 'other words'"}) {
+    SQLiteDB((scene.content / LibraryFile::fileName).string(), SQLiteDB::OpenMode::kept)
+        .forEachRow(damage, [](const SQLiteRowView&) {});
+    EXPECT_THAT(absences(), testing::Contains(testing::HasSubstr("more in the backup than in the archive"))) << damage;
+    run();
+    EXPECT_THAT(absences(), IsEmpty()) << damage;
+  }
 }
 
 TEST_P(BackupVerificationTest, TellsAChatThatCameSince) {

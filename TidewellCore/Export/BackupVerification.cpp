@@ -9,6 +9,7 @@
 
 #include "TidewellCore/FileNaming.h"
 #include "TidewellCore/Library/MessageMatching.h"
+#include "TidewellCore/Library/MessageUnion.h"
 #include "TidewellCore/Library/ToldChat.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
@@ -31,6 +32,11 @@ std::string absence(std::int64_t count, std::string_view things, std::string_vie
   return fmt::format("1 {} of “{}” is not in the archive.", things.substr(0, things.size() - 1), chat);
 }
 
+std::string poverty(std::int64_t count, std::string_view chat) {
+  if (count > 1) return fmt::format("{} messages of “{}” say more in the backup than in the archive.", count, chat);
+  return fmt::format("1 message of “{}” says more in the backup than in the archive.", chat);
+}
+
 // What files of a kind are called within a sentence, in the plural.
 std::string_view wordOf(MediaKind kind) {
   switch (kind.value()) {
@@ -48,6 +54,8 @@ std::string_view wordOf(MediaKind kind) {
   return "documents";
 }
 
+double dateOf(const BackupInfo& backup) { return backup.backupDate ? unixTime(*backup.backupDate) : 0; }
+
 class Comparison {
  public:
   Comparison(const Ground& ground, const Step& step)
@@ -55,6 +63,7 @@ class Comparison {
         library_(ground.library),
         contentRoot_(ground.contentRoot),
         step_(step),
+        backupDate_(dateOf(ground.backup.opened.info())),
         people_(library_.database()),
         ledger_(library_.database()) {
     for (const KeptMedium& medium : ledger_.media()) {
@@ -62,14 +71,14 @@ class Comparison {
     }
   }
 
-  std::vector<Finding> run() {
+  BackupVerification::Outcome run() {
     for (const ManifestFile& file : backup_.media()) {
       step_(std::string(PathText::lastComponent(file.relativePath)));
       lookAt(file);
     }
     tellAbsentMedia();
     lookAtChats();
-    return std::move(findings_);
+    return {.findings = std::move(findings_), .forgetfulChats = std::move(forgetfulChats_)};
   }
 
  private:
@@ -150,13 +159,59 @@ class Comparison {
     step_(name);
     const ToldChat told = ToldChat::of(backup_.snapshot, Scope{}, jids, people_, ledger_);
     const std::vector<std::size_t> places = allPlacesOf(jids);
-    // An export would look no further either.
-    if (places.size() == 1 && library_.chats()[places.front()].told == told.digest) return;
+    const Difference difference = places.size() == 1 ? differenceOf(places.front(), told.messages)
+                                                     : Difference{.absent = newMessages(places, told.messages)};
+    if (difference.absent > 0) {
+      find(name, fmt::format("{} {}", absence(difference.absent, "messages", name), adviceToExport));
+    }
+    if (difference.poorer > 0) find(name, fmt::format("{} {}", poverty(difference.poorer, name), adviceToExport));
+    const bool isWhole = difference.absent == 0 && difference.poorer == 0;
+    for (const std::size_t place : places) {
+      if (!isWhole && library_.chats()[place].told == told.digest) forgetfulChats_.push_back(place);
+    }
+  }
+
+  // How many messages an export would add to a chat, and to how many it would add something.
+  struct Difference {
+    std::int64_t absent = 0;
+    std::int64_t poorer = 0;
+  };
+
+  Difference differenceOf(std::size_t place, const KeptMessages& told) const {
+    const KeptChat& chat = library_.chats()[place];
+    const KeptMessages kept = KeptChats::messages(library_.database(), chat.id);
+    std::unordered_map<std::int64_t, const KeptMessage*> byKey;
+    for (const KeptMessage& message : kept.list) byKey.emplace(message.key, &message);
+    const auto hasFile = [this](std::int64_t number) {
+      const KeptMedium* medium = ledger_.medium(number);
+      return medium != nullptr && medium->place;
+    };
+    TextArena texts;
+    Difference difference;
+    MessageUnion::changes({kept.list, chat.toldAt}, {told.list, backupDate_}, texts, hasFile,
+                          [&](const KeptMessage& message) {
+                            const auto known = byKey.find(message.key);
+                            if (known == byKey.end()) {
+                              ++difference.absent;
+                            } else if (saysMore(message, *known->second)) {
+                              ++difference.poorer;
+                            }
+                          });
+    return difference;
+  }
+
+  // More than from when it is. A medium under another number is one that the ledger lacks, and found as such.
+  static bool saysMore(const KeptMessage& message, const KeptMessage& kept) {
+    return message.text != kept.text || message.facts != kept.facts || (message.medium && !kept.medium) ||
+           (message.sender && !kept.sender) || message.isDeletedLater != kept.isDeletedLater;
+  }
+
+  // Of chats that an export would make one.
+  std::int64_t newMessages(const std::vector<std::size_t>& places, const KeptMessages& told) const {
     const std::vector<KeptMessages> kept = messagesOf(places);
     std::vector<KeptMessage> all;
     for (const KeptMessages& messages : kept) all.insert(all.end(), messages.list.begin(), messages.list.end());
-    const std::int64_t count = MessageMatching(all, told.messages.list).newCount();
-    if (count > 0) find(name, fmt::format("{} {}", absence(count, "messages", name), adviceToExport));
+    return MessageMatching(all, told.list).newCount();
   }
 
   std::vector<std::size_t> allPlacesOf(const std::vector<CanonicalJID>& jids) const {
@@ -181,11 +236,13 @@ class Comparison {
   const Library& library_;
   const std::filesystem::path& contentRoot_;
   const Step& step_;
-  KeptPeople people_;   // the library's, to which what the backup tells is added in memory
-  MediaLedger ledger_;  // likewise
+  const double backupDate_;  // in seconds since 1970; 0 when it is not known
+  KeptPeople people_;        // the library's, to which what the backup tells is added in memory
+  MediaLedger ledger_;       // likewise
   std::unordered_map<std::string_view, std::vector<const KeptMedium*>> mediaByPath_;  // those that have a place
   std::map<std::pair<CanonicalJID, MediaKind>, Absent> absentMedia_;
   std::vector<Finding> findings_;
+  std::vector<std::size_t> forgetfulChats_;
 };
 
 }  // namespace
@@ -194,6 +251,6 @@ std::int64_t BackupVerification::stepCount(const BackupSource& backup) {
   return std::ssize(backup.media()) + std::ssize(backup.snapshot.chats());
 }
 
-std::vector<Finding> BackupVerification::findings(const Ground& ground, const Step& step) {
+BackupVerification::Outcome BackupVerification::compare(const Ground& ground, const Step& step) {
   return Comparison(ground, step).run();
 }

@@ -154,6 +154,14 @@ class Run {
     transaction.commit();
   }
 
+  // So that the next export brings what they lack.
+  void forgetDigests(const std::vector<std::size_t>& chats) {
+    if (chats.empty()) return;
+    SQLiteTransaction transaction(library_.database());
+    for (const std::size_t place : chats) KeptChats::forgetDigest(library_.database(), library_.chats()[place].id);
+    transaction.commit();
+  }
+
   void lookAtChats() {
     const std::map<std::int64_t, std::int64_t> counts = messageCounts();
     for (const KeptChat& chat : library_.chats()) {
@@ -277,9 +285,10 @@ class Run {
     };
     const BackupVerification::Ground ground{.backup = *backup_, .library = library_, .contentRoot = contentRoot_};
     const EarlyEnd::Places places{.backup = &backup_->opened.url()};
-    auto found = EarlyEnd::explained(places, [&] { return BackupVerification::findings(ground, step); });
+    auto outcome = EarlyEnd::explained(places, [&] { return BackupVerification::compare(ground, step); });
     EarlyEnd::requireBackup(places);  // all of one that was taken away would be absent
-    std::ranges::move(found, std::back_inserter(summary_.findings));
+    std::ranges::move(outcome.findings, std::back_inserter(summary_.findings));
+    forgetDigests(outcome.forgetfulChats);
     summary_.warnings = backup_->warnings;
   }
 

@@ -90,6 +90,10 @@ double KeptChats::lastTold(const SQLiteDB& database, const KeptChat& chat) {
   return last;
 }
 
+void KeptChats::forgetDigest(const SQLiteDB& database, std::int64_t chat) {
+  SQLiteStatement(database, "UPDATE chat SET told = NULL WHERE id = ?").run({chat});
+}
+
 KeptMessages KeptChats::messages(const SQLiteDB& database, std::int64_t chat) {
   const SQLiteStatement select(
       database,

@@ -45,6 +45,9 @@ double lastTold(const SQLiteDB& database, const KeptChat& chat);
 // Undated ones first, then oldest first; those of one second in the phone's order.
 KeptMessages messages(const SQLiteDB& database, std::int64_t chat);
 
+// The next backup that tells a chat is compared with all of it, whatever it tells.
+void forgetDigest(const SQLiteDB& database, std::int64_t chat);
+
 // Brings messages into that order.
 void sort(std::vector<KeptMessage>& messages);
 
