@@ -78,6 +78,14 @@ auto failsAs(const std::string& words) {
   return testing::Throws<TidewellError>(testing::Property(&TidewellError::errorDescription, HasSubstr(words)));
 }
 
+TEST_F(RerenderingTest, LeavesThePagesOfALibraryThatLostMessages) {
+  SQLiteDB((scene.content / LibraryFile::fileName).string(), SQLiteDB::OpenMode::kept)
+      .forEachRow("DELETE FROM message", [](const SQLiteRowView&) {});
+  const auto before = tree();
+  EXPECT_THROW(render(), TidewellError);
+  EXPECT_EQ(tree(), before);
+}
+
 TEST_F(RerenderingTest, ChangesNoByteAndNoDateWhereAllIsRight) {
   const auto before = tree();
   const RenderSummary summary = render();

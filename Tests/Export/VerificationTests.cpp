@@ -28,7 +28,9 @@ class VerificationTest : public testing::Test {
  protected:
   VerificationTest() { run(); }
 
-  void run() const { Exporter().exportBackup({.backup = scene.backup, .destination = scene.destination}); }
+  ExportSummary run() const {
+    return Exporter().exportBackup({.backup = scene.backup, .destination = scene.destination});
+  }
   VerifySummary verify() const { return Verification::run({.destination = scene.destination}); }
   std::vector<VerifySummary::Finding> findings() const { return verify().findings; }
 
@@ -139,9 +141,23 @@ TEST_F(VerificationTest, FindsARowThatTheLibraryLost) {
   const auto found = findings();
   ASSERT_EQ(found.size(), 1U);
   EXPECT_EQ(found[0].kind, Kind::library);
-  EXPECT_THAT(found[0].message, HasSubstr("tell 2 messages, and the library 1."));
-  fs::remove(scene.content / LibraryFile::fileName);
+  EXPECT_THAT(found[0].message, HasSubstr("tell 2 messages, and the library 1. The library"));
+  EXPECT_THAT(run().warnings, ElementsAre(HasSubstr("has been set aside")));
+  EXPECT_THAT(findings(), IsEmpty());
+}
+
+// The pages are the way back, so none is made of what is left.
+TEST_F(VerificationTest, PagesGiveBackARowThatTheLibraryAloneHadAndLost) {
+  scene.contents.whatsApp.messages.push_back({.chat = 1, .date = ExportTest::firstDate + 60, .text = "once said"});
+  scene.write();
   run();
+  scene.contents.whatsApp.messages.back().text = "later said";
+  scene.contents.whatsApp.messages.back().pk = 99;
+  scene.write();
+  execute("DELETE FROM message WHERE text = 'once said'");
+  EXPECT_THAT(run().warnings, ElementsAre(HasSubstr("has been set aside")));
+  EXPECT_THAT(ExportTest::textOf(scene.content / "Ana/_transcript.txt"),
+              testing::AllOf(HasSubstr("once said"), HasSubstr("later said")));
   EXPECT_THAT(findings(), IsEmpty());
 }
 

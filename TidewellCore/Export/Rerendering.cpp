@@ -9,6 +9,7 @@
 #include "TidewellCore/Export/ExportTarget.h"
 #include "TidewellCore/Export/ProgressReporter.h"
 #include "TidewellCore/Library/KeptExports.h"
+#include "TidewellCore/Library/LibraryCheck.h"
 #include "TidewellCore/Platform/Files.h"
 
 namespace {
@@ -21,6 +22,7 @@ Library openLibrary(const fs::path& contentRoot) {
     throw TidewellError::ioFailure(
         "This folder holds no library to make pages from. Export again: the next export makes one.");
   }
+  LibraryCheck::requireMessagesOfPages(file->database());
   Library library(std::move(*file));
   if (library.isNew()) {
     throw TidewellError::ioFailure("This export’s library knows no chats yet. Export again, with transcripts.");

@@ -182,7 +182,8 @@ class Run {
   void contradict(const KeptChat& chat, std::int64_t onPages, std::int64_t inLibrary) {
     find(Kind::library, chat.name,
          fmt::format("The pages of “{}” tell {} messages, and the library {}. {}", chat.name, onPages, inLibrary,
-                     fmt::format(adviceForLibrary, LibraryFile::fileName)));
+                     onPages > inLibrary ? LibraryFile::adviceForDamaged()
+                                         : fmt::format(adviceForLibrary, LibraryFile::fileName)));
   }
 
   std::map<std::int64_t, std::int64_t> messageCounts() const {

@@ -3,10 +3,14 @@
 #include <algorithm>
 #include <set>
 
+#include "TidewellCore/Library/LibraryCheck.h"
+
 Library Library::open(const std::filesystem::path& contentRoot) {
   std::string warning;
   try {
-    return Library(LibraryFile::open(contentRoot));
+    LibraryFile file = LibraryFile::open(contentRoot);
+    LibraryCheck::requireMessagesOfPages(file.database());
+    return Library(std::move(file));
   } catch (const SQLiteDamage&) {
     warning = LibraryFile::setAside(contentRoot);
   }

@@ -22,13 +22,22 @@ constexpr std::array contradictions{
     "SELECT 1 FROM medium WHERE size IS NOT NULL AND (typeof(size) <> 'integer' OR size < 0)",
 };
 
+// {0} as before: a count that cannot be right is of no rendering.
+constexpr const char* lostMessages =
+    "SELECT 1 FROM rendering JOIN chat ON chat.id = rendering.chat WHERE rendering.messages BETWEEN 1 AND {0}"
+    " AND rendering.messages > (SELECT count(*) FROM message WHERE message.chat = rendering.chat)";
+
+void requireNone(const SQLiteDB& database, const char* contradiction) {
+  const std::string sql = fmt::format(fmt::runtime(contradiction), LibraryCheck::largestNumber) + " LIMIT 1";
+  database.forEachRow(sql, [](const SQLiteRowView&) {
+    throw SQLiteDamage(TidewellError::InvalidDatabase{"The library contradicts itself."});
+  });
+}
+
 }  // namespace
 
 void LibraryCheck::requireConsistent(const SQLiteDB& database) {
-  for (const char* contradiction : contradictions) {
-    const std::string sql = fmt::format(fmt::runtime(contradiction), largestNumber) + " LIMIT 1";
-    database.forEachRow(sql, [](const SQLiteRowView&) {
-      throw SQLiteDamage(TidewellError::InvalidDatabase{"The library contradicts itself."});
-    });
-  }
+  for (const char* contradiction : contradictions) requireNone(database, contradiction);
 }
+
+void LibraryCheck::requireMessagesOfPages(const SQLiteDB& database) { requireNone(database, lostMessages); }

@@ -15,4 +15,8 @@ inline constexpr std::int64_t largestNumber = std::int64_t{1} << 40;
 // its own JID, identities and messages of no chat. `database` has the library's tables.
 void requireConsistent(const SQLiteDB& database);
 
+// Throws SQLiteDamage where a chat's pages were made of more messages than there are: none is ever taken out, and
+// pages that are made again would lose them.
+void requireMessagesOfPages(const SQLiteDB& database);
+
 }  // namespace LibraryCheck
