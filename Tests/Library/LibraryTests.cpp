@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 
 #include <fstream>
 
@@ -233,6 +234,49 @@ TEST(Library, ADamagedOneIsSetAsideAndToldOf) {
   EXPECT_THAT(scene.library.chats(), IsEmpty());
   scene.reopen();
   EXPECT_THAT(scene.library.warnings(), IsEmpty()) << "the new one is sound";
+}
+
+TEST(Library, OneOfAVersionThatNobodyWroteIsDamage) {
+  for (const char* version : {"PRAGMA user_version = 0", "PRAGMA user_version = -1"}) {
+    LibraryScene scene;
+    scene.take(snapshotOf({{ana, "Ana"}}, {{1, 10, "one", "A"}}));
+    scene.library.database().query(version, {}, [](const SQLiteRow&) {});
+    scene.reopen();
+    EXPECT_THAT(scene.library.warnings(), SizeIs(1)) << version;
+  }
+}
+
+TEST(Library, OneThatAnotherToolLeftWithAWriteAheadLogIsReadWithIt) {
+  LibraryScene scene;
+  scene.take(snapshotOf({{ana, "Ana"}}, {{1, 10, "one", "A"}}));
+  const Fixture::TemporaryDirectory other;
+  const std::filesystem::path log = LibraryFile::fileName + std::string("-wal");
+  std::filesystem::copy_file(scene.folder / LibraryFile::fileName, other / LibraryFile::fileName);
+  sqlite3* database = nullptr;
+  ASSERT_EQ(sqlite3_open((other / LibraryFile::fileName).c_str(), &database), SQLITE_OK);
+  sqlite3_exec(database, "PRAGMA journal_mode = WAL; UPDATE chat SET name = 'Ana Maria'", nullptr, nullptr, nullptr);
+  for (const auto& name : {std::filesystem::path(LibraryFile::fileName), log}) {
+    std::filesystem::copy_file(other / name, scene.folder / name, std::filesystem::copy_options::overwrite_existing);
+  }
+  sqlite3_close(database);
+  scene.reopen();
+  EXPECT_THAT(scene.library.warnings(), IsEmpty());
+  ASSERT_THAT(scene.library.chats(), SizeIs(1));
+  EXPECT_EQ(scene.library.chats()[0].name, "Ana Maria");
+  EXPECT_FALSE(std::filesystem::exists(scene.folder / log));
+}
+
+TEST(Library, SomethingElseUnderTheNameOfALogMakesRoom) {
+  LibraryScene scene;
+  scene.take(snapshotOf({{ana, "Ana"}}, {{1, 10, "one", "A"}}));
+  const std::string log = LibraryFile::fileName + std::string("-wal");
+  std::filesystem::create_directory(scene.folder / log);
+  scene.reopen();
+  EXPECT_THAT(scene.library.chats(), SizeIs(1));
+  EXPECT_FALSE(std::filesystem::exists(scene.folder / log)) << "it has another name";
+  std::ofstream(scene.folder / log) << "no log";
+  scene.reopen();
+  EXPECT_THAT(scene.library.chats(), SizeIs(1));
 }
 
 TEST(Library, OneOfNoBytesIsANewOne) {

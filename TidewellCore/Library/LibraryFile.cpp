@@ -11,6 +11,7 @@
 #include "TidewellCore/MakeRoom.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
+#include "TidewellCore/Platform/SQLiteHeader.h"
 #include "TidewellCore/TidewellError.h"
 
 namespace {
@@ -131,8 +132,26 @@ void requireThat(bool isSo) {
 SQLiteDB ourDatabase(const fs::path& file, SQLiteDB::OpenMode mode) {
   SQLiteDB database(PathText::text(file), mode);
   requireNotLater(database);
-  requireThat(numberOf(database, "PRAGMA application_id") == applicationID && hasTables(database));
+  requireThat(numberOf(database, "PRAGMA application_id") == applicationID && versionOf(database) >= 1);
+  requireThat(hasTables(database));
   return database;
+}
+
+bool isInWALMode(const fs::path& file) {
+  const auto header = SQLiteHeader::read(file);
+  return header && header->isWAL;
+}
+
+// Another tool may have left it with a write-ahead log, which SQLite finds by its name. Alone with the file, as we are,
+// it reads such a log without memory that is shared, and brings the file up to it.
+void leaveWALMode(const fs::path& file) {
+  const fs::path log = file.native() + "-wal";
+  const Files::Kind kind = Files::kindOf(log);
+  if (kind != Files::Kind::nothing && kind != Files::Kind::file) MakeRoom::at(log);
+  if (kind != Files::Kind::file && !isInWALMode(file)) return;
+  const SQLiteDB database(PathText::text(file), SQLiteDB::OpenMode::kept);
+  execute(database, "PRAGMA locking_mode = EXCLUSIVE");
+  execute(database, "PRAGMA journal_mode = DELETE");
 }
 
 // What a run that was killed had begun is undone when it is opened; of a new one nothing is left then.
@@ -173,7 +192,9 @@ std::optional<LibraryFile> LibraryFile::openIfThere(const fs::path& contentRoot)
   const Files::Kind kind = Files::kindOf(file);
   if (kind == Files::Kind::nothing) return std::nullopt;
   if (kind != Files::Kind::file) throw SQLiteDamage(TidewellError::InvalidDatabase{"It is no file."});
-  if (Files::regularFileSize(file) == 0 || isUndone(file)) return std::nullopt;
+  if (Files::regularFileSize(file) == 0) return std::nullopt;
+  leaveWALMode(file);
+  if (isUndone(file)) return std::nullopt;
   return LibraryFile(soundDatabase(file));
 }
 
