@@ -65,8 +65,28 @@ TEST(Library, TakingTheSameAgainChangesNoByte) {
   scene.reopen();
   scene.take(told(), 100);
   EXPECT_EQ(ExportTest::textOf(scene.folder / LibraryFile::fileName), before);
+  scene.reopen();
+  const std::int64_t changed = scene.chat(ana)->changed;
   scene.take(told(), 200);
-  EXPECT_EQ(ExportTest::textOf(scene.folder / LibraryFile::fileName), before) << "a newer backup of the same";
+  EXPECT_EQ(scene.chat(ana)->changed, changed) << "a newer backup of the same is no news to the pages";
+}
+
+// What the oldest backup said counts again, whenever the one between is taken.
+TEST(Library, TheNewestBackupCountsWhereItSaysWhatTheOldestDid) {
+  const auto same = [] { return snapshotOf({{ana, "Ana"}}, {{1, 10, "one", "A"}}); };
+  const auto between = [] {
+    return snapshotOf({{ana, "Old name"}, {bea, "Bea"}}, {{1, 10, "one", "A"}, {2, 20, "hi", "B"}});
+  };
+  std::vector<int> order{1, 2, 3};
+  do {
+    LibraryScene scene;
+    for (const int backup : order) {
+      scene.take(backup == 2 ? between() : same(), backup * 100.0);
+      scene.reopen();
+    }
+    EXPECT_EQ(scene.chat(ana)->name, "Ana") << order[0] << order[1] << order[2];
+    EXPECT_TRUE(scene.chat(bea)->isGone) << order[0] << order[1] << order[2];
+  } while (std::ranges::next_permutation(order).found);
 }
 
 TEST(Library, TwoRecordsOfOneMessageAreOne) {

@@ -101,8 +101,8 @@ class Update {
     touchChatsOf(library_.media().displaced());
     hasChanged_ |= library_.media().save(library_.database());
     hasChanged_ |= library_.people().save(library_.database());
-    if (hasChanged_) noteToldAgain();
-    if (source != nullptr && (hasChanged_ || speaksAnew(*source))) writeExport(*source);
+    noteToldAgain();
+    if (source != nullptr && (hasChanged_ || isNewest(*source) || speaksAnew(*source))) writeExport(*source);
     saveChats();
     transaction_.commit();
   }
@@ -226,6 +226,11 @@ class Update {
                        valueOf(message.medium), valueOf(message.facts), valueOf(message.page)});
   }
 
+  // An older backup that is taken later has to know.
+  bool isNewest(const LibraryUpdate::Source& source) const {
+    return source.scope.isEverything() && backupDate_ > newestBackup_;
+  }
+
   // Pages in another zone or language than those before: whoever makes them again has to know.
   bool speaksAnew(const LibraryUpdate::Source& source) const {
     const auto last = KeptExports::lastSpeech(library_.database());
@@ -263,7 +268,7 @@ class Update {
     for (std::size_t place = 0; place < library_.chats().size(); ++place) touch(place);
   }
 
-  // A date alone is no news, and is written beside some.
+  // A date alone is no news to the pages.
   void noteToldAgain() {
     for (const std::size_t place : toldAgain_) library_.chat(place).toldAt = backupDate_;
   }
