@@ -72,6 +72,12 @@ TEST_F(MessageUnionTest, TheSameAgainChangesNothing) {
   EXPECT_THAT(changes(kept, told, false), IsEmpty());
 }
 
+TEST_F(MessageUnionTest, WhatAnOlderBackupTellsOfAChatThatTheNewerHasEmptyIsGone) {
+  const auto kept = united({}, {{.key = 1, .time = 10, .text = "one"}}, false);
+  ASSERT_EQ(kept.size(), 1U);
+  EXPECT_TRUE(kept[0].isGone(100));
+}
+
 TEST_F(MessageUnionTest, AMessageIsKnownByItsStanzaUnderAnyKey) {
   const std::vector<KeptMessage> kept{{.key = 7, .time = 10, .stanzaID = "A", .text = "before"}};
   const std::vector<KeptMessage> told{{.key = 1, .time = 10, .stanzaID = "A", .text = "edited"}};

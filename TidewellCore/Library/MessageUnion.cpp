@@ -138,7 +138,7 @@ void MessageUnion::changes(const Side& kept, const Side& told, TextArena& texts,
   const MessageMatching matching(kept.messages, told.messages);
   FreeKeys keys(kept.messages, told.messages);
   // Whether the chat is as the told side says; what is not said at the date of its chat says when it was.
-  const bool isNewest = told.isPart ? told.toldAt == kept.toldAt : told.toldAt >= kept.toldAt || kept.messages.empty();
+  const bool isNewest = told.isPart ? told.toldAt == kept.toldAt : told.toldAt >= kept.toldAt;
   const double chatToldAt = isNewest ? told.toldAt : kept.toldAt;
   for (std::size_t number = 0; number < told.messages.size(); ++number) {
     KeptMessage message = told.messages[number];
