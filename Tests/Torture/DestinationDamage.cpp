@@ -72,6 +72,7 @@ std::string copyFolder(const Scene& scene, Judge& judge, SeededRandom& random) {
   const fs::path name = newName(folder, scene, random);
   if (fs::exists(fs::symlink_status(name))) return "a name that is taken";
   fs::copy(folder, name, fs::copy_options::recursive | fs::copy_options::skip_symlinks);
+  judge.addCopied(folder.filename().string(), name.filename().string());
   for (const SeenFile& file : Destination::look(scene.destination)) {
     if (file.size == 0) judge.addEmptied(file.path);
   }

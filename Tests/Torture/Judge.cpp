@@ -148,7 +148,7 @@ std::set<std::string> Judge::allNamesOf(const std::string& folder) const {
     const std::string name = waiting.back();
     waiting.pop_back();
     if (!names.insert(name).second) continue;
-    const auto [first, last] = renamed_.equal_range(name);
+    const auto [first, last] = otherNames_.equal_range(name);
     for (auto later = first; later != last; ++later) waiting.push_back(later->second);
   }
   return names;
@@ -162,11 +162,12 @@ void Judge::requireOnce(const Phone& phone) const {
   }
   for (const Medium& medium : phone.media()) {
     if (isUncertain(medium)) continue;
+    const std::set<std::string> names = allNamesOf(folders[medium.jid]);
     int count = 0;
-    for (const std::string& folder : allNamesOf(folders[medium.jid]))
-      count += copies[{"messages/" + folder, medium.sha1}];
+    for (const std::string& folder : names) count += copies[{"messages/" + folder, medium.sha1}];
+    const bool isCopied = std::ranges::any_of(names, [&](const auto& folder) { return copied_.contains(folder); });
     // One of no bytes is known by nothing but its place.
-    const bool mayRepeat = mayRepeat_ || medium.mark.starts_with("empty");
+    const bool mayRepeat = mayRepeat_ || isCopied || medium.mark.starts_with("empty");
     if (count == 1 || (count > 1 && mayRepeat)) continue;
     throw Difference(medium.mark + " of " + medium.jid + " is " + std::to_string(count) +
                      " times in its chat's folder \"" + folders[medium.jid] + "\"");

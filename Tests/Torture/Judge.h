@@ -35,8 +35,13 @@ class Judge {
   // What was done on purpose.
   void addForeign(const std::string& sha1) { foreign_.insert(sha1); }
   void addEmptied(const std::string& path) { emptied_.insert(path); }
-  // A folder of the content root has another name: the files that are known there stay in it.
-  void addRenamed(const std::string& from, const std::string& to) { renamed_.emplace(from, to); }
+  // A folder of the content root has another name: files that are found there stay there.
+  void addRenamed(const std::string& from, const std::string& to) { otherNames_.emplace(from, to); }
+  // The same of a copy, where they are found once the first is gone.
+  void addCopied(const std::string& from, const std::string& to) {
+    otherNames_.emplace(from, to);
+    copied_.insert({from, to});
+  }
   void allowRepeats() { mayRepeat_ = true; }
   // The media of this mark may be anything, or absent.
   void setUncertain(const std::string& mark) { uncertain_ = mark; }
@@ -56,7 +61,8 @@ class Judge {
   std::set<std::string> present_;  // SHA-1, when the step began
   std::set<std::string> pages_;    // SHA-1 of all pages and transcripts that stood there when a step began
   std::set<std::string> emptied_;  // paths
-  std::multimap<std::string, std::string> renamed_;  // folders
+  std::multimap<std::string, std::string> otherNames_;  // of folders
+  std::set<std::string> copied_;                        // folders
   std::string uncertain_;
   bool mayRepeat_ = false;
 };
