@@ -11,6 +11,7 @@
 
 #include "Tests/Export/ArchiveReading.h"
 #include "Tests/Export/ExportScene.h"
+#include "TidewellCore/Destination/FolderManifest.h"
 #include "TidewellCore/Export/Verification.h"
 #include "TidewellCore/FolderNames.h"
 #include "TidewellCore/Library/LibraryFile.h"
@@ -161,6 +162,24 @@ struct GrowingArchiveTest : testing::Test {
 
   ExportTest::Scene scene;
 };
+
+// The later backup has the chat under an anonymous identity, and does not say whose that is.
+TEST_F(GrowingArchiveTest, HasOneFolderForAChatThatABackupKnowsLessOf) {
+  Fixture::BackupContents& contents = scene.contents;
+  contents.whatsApp.lidPairs = {{.lid = ExportTest::anaLID, .phoneNumber = ana}};
+  scene.write();
+  scene.run(ExportOptions::defaultOptions());
+  contents.whatsApp.lidPairs.reset();
+  contents.whatsApp.chats[0].jid = ExportTest::anaLID;
+  contents.backupTime += 1000;
+  scene.write();
+  scene.run(ExportOptions::defaultOptions());
+  EXPECT_THAT(FolderManifest::load(scene.destination),
+              testing::AllOf(testing::Contains(testing::Pair(ana, "Ana")),
+                             testing::Contains(testing::Pair(ExportTest::anaLID, "Ana"))));
+  EXPECT_FALSE(fs::exists(scene.content / "Ana-2"));
+  EXPECT_EQ(names().size(), 3U);
+}
 
 TEST_F(GrowingArchiveTest, HasEverythingOnceInEveryOrder) {
   std::vector<int> order{0, 1, 2};

@@ -45,6 +45,14 @@ TEST_F(LibraryFoldersTest, BeforeItThatOfItsPages) {
   EXPECT_THAT(remembered({{ana, "Ana"}}, known), ElementsAre("Ana", "")) << "one that is not remembered is none";
 }
 
+TEST_F(LibraryFoldersTest, ABackupThatKnowsAChatUnderAnotherIdentityAloneFindsItsFolder) {
+  const ChatStorageSnapshot snapshot = snapshotOf({{anaLID, "Ana"}, {"new@s.whatsapp.net", "New"}}, {});
+  EXPECT_EQ(LibraryFolders::withKnownChats(scene.library, snapshot, {{ana, "Ana"}, {bea, "B"}}),
+            (FolderAssignment{{ana, "Ana"}, {anaLID, "Ana"}, {bea, "B"}}));
+  EXPECT_EQ(LibraryFolders::withKnownChats(scene.library, snapshot, {{ana, "Ana"}, {anaLID, "Other"}}),
+            (FolderAssignment{{ana, "Ana"}, {anaLID, "Other"}}));
+}
+
 TEST_F(LibraryFoldersTest, OfThoseThatAreRememberedTheExportsCount) {
   const std::vector<PlannedChat> chats{{.jid = canonical(anaLID), .isInExport = true, .folder = "Now"},
                                        {.jid = canonical(ana), .folder = "Before"},

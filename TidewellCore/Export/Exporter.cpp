@@ -76,14 +76,14 @@ std::vector<CanonicalJID> chatsOf(const BackupPart& part, const ChatFolders& fol
 
 struct Ground {
   const DestinationIndex& index;
-  MediaLedger& ledger;
+  Library& library;
 };
 
 // What somebody moved within the export is not copied again.
 void followMovedFiles(const Ground& ground, const BackupSource& source, const CancellationCheck& isCancelled) {
   BackupMedia media(source);
   MovedFiles::follow(
-      ground.ledger, ground.index,
+      ground.library.media(), ground.index,
       [&](const KeptMedium& medium) { return media.digest(medium.path, medium.size, isCancelled); }, isCancelled);
 }
 
@@ -106,9 +106,10 @@ ExportPlan makePlan(const ExportJob& job, const BackupPart& part, const Ground& 
     wish.jidsOfTranscripts = chatsWithMessages(part, true);
   }
   throwIfCancelled(isCancelled);
-  const FolderAssignment remembered = FolderManifest::load(job.destination);
+  const FolderAssignment remembered =
+      LibraryFolders::withKnownChats(ground.library, source.snapshot, FolderManifest::load(job.destination));
   followMovedFiles(ground, source, isCancelled);
-  const KnownMedia known = [&](std::string_view path) { return ground.ledger.newest(path); };
+  const KnownMedia known = [&](std::string_view path) { return ground.library.media().newest(path); };
   std::span<const ManifestFile> pictures;
   if (job.options.exportTranscripts) pictures = source.pictures();
   auto warning = ExportRequests::warningOfShortFiles(wish.requests, wish.naming, pictures, source.opened);
@@ -134,7 +135,7 @@ class Writing {
                                      NamingMemory::load(target_.contentRoot()))),
         index_(target_.index(control.isCancelled)),
         library_(openLibrary()),
-        plan_(makePlan(job, part_, {.index = index_, .ledger = library_.media()},
+        plan_(makePlan(job, part_, {.index = index_, .library = library_},
                        FileNaming::stampFormatter(naming_.naming.timeZone, naming_.naming.locale),
                        control.isCancelled)) {}
 

@@ -36,3 +36,14 @@ LibraryFolders::Folders LibraryFolders::remembered(const Library& library, const
   }
   return folders;
 }
+
+FolderAssignment LibraryFolders::withKnownChats(const Library& library, const ChatStorageSnapshot& snapshot,
+                                                FolderAssignment remembered) {
+  const Folders folders = LibraryFolders::remembered(library, remembered, {});
+  for (const ChatStorageSnapshot::Chat& chat : snapshot.chats()) {
+    for (const std::size_t place : library.chatsOf({chat.jid.text()})) {
+      if (!folders[place].empty()) remembered.emplace(chat.jid.text(), folders[place]);
+    }
+  }
+  return remembered;
+}

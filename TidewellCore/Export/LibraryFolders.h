@@ -19,4 +19,9 @@ Folders planned(const Library& library, const std::vector<PlannedChat>& chats);
 // comes first, then that of the JID by which the chat is known now.
 Folders remembered(const Library& library, const FolderAssignment& remembered, const Renderings& known);
 
+// `remembered`, and for chats of a backup that it does not have the folder of the chat that the library knows to be the
+// same: a backup may know less of who is who than an earlier one.
+FolderAssignment withKnownChats(const Library& library, const ChatStorageSnapshot& snapshot,
+                                FolderAssignment remembered);
+
 }  // namespace LibraryFolders
