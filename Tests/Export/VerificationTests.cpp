@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Tests/Export/ExportScene.h"
+#include "Tests/Support/SmallVolume.h"
 #include "TidewellCore/Archive/ChatArchiveWriter.h"
 #include "TidewellCore/FolderNames.h"
 #include "TidewellCore/Library/LibraryFile.h"
@@ -88,6 +89,28 @@ TEST_F(VerificationTest, ChangesNothingButDigests) {
   EXPECT_EQ(textOf(scene.content / LibraryFile::fileName), library);
   run();
   EXPECT_EQ(textOf(scene.content / LibraryFile::fileName), library);
+}
+
+TEST_F(VerificationTest, KeepsNoDigestOnADriveThatCanOnlyBeRead) {
+  const fs::path place = scene.folder / "drive";
+  const Fixture::SmallVolume drive(place, 10'000'000);
+  if (!drive.isMounted()) GTEST_SKIP() << "This user may not mount a volume.";
+  fs::copy(scene.destination, place / "out", fs::copy_options::recursive);
+  ASSERT_TRUE(drive.protect());
+  const VerifySummary summary = Verification::run({.destination = place / "out"});
+  EXPECT_THAT(summary.findings, IsEmpty());
+  EXPECT_EQ(summary.mediaCount, 5);
+  EXPECT_EQ(summary.newDigestCount, 0);
+}
+
+// A full disk can end it there.
+TEST_F(VerificationTest, FindsAnExportThatNeverToldItsLibraryAnything) {
+  fs::remove(scene.content / LibraryFile::fileName);
+  LibraryFile::open(scene.content);
+  const auto found = findings();
+  ASSERT_EQ(found.size(), 1U);
+  EXPECT_EQ(found[0].kind, Kind::unfinished);
+  EXPECT_EQ(found[0].message, "This export was not finished. Export again.");
 }
 
 TEST_F(VerificationTest, FindsAFlippedBitInAPhoto) {

@@ -25,6 +25,8 @@ class SmallVolume {
 
   // False when this user may not mount volumes.
   bool isMounted() const { return isMounted_; }
+  // From now on nothing can be written to it. False when that failed.
+  bool protect() const { return ::mount("tmpfs", place_.c_str(), "tmpfs", MS_REMOUNT | MS_RDONLY, nullptr) == 0; }
 
  private:
   std::filesystem::path place_;

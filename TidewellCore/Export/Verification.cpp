@@ -65,6 +65,7 @@ class Run {
     lookAtChats();
     lookAtBlocks();
     if (!library_.chats().empty()) lookAtList();  // an export of the media alone has no pages
+    if (knowsNothing()) find(Kind::unfinished, LibraryFile::fileName, "This export was not finished. Export again.");
     if (backup_ != nullptr) lookAtBackup();
     progress_.begin(ExportProgress::Phase::finished);
     return std::move(summary_);
@@ -149,18 +150,34 @@ class Run {
 
   void keepDigests() {
     if (summary_.newDigestCount == 0) return;
-    SQLiteTransaction transaction(library_.database());
-    library_.media().save(library_.database());
-    transaction.commit();
+    const bool isKept = kept([this] { library_.media().save(library_.database()); });
+    if (!isKept) summary_.newDigestCount = 0;
+  }
+
+  // Whether the drive takes anything: what is verified may well stand on one that can only be read.
+  template <typename Write>
+  bool kept(Write write) {
+    try {
+      SQLiteTransaction transaction(library_.database());
+      write();
+      transaction.commit();
+      return true;
+    } catch (const fs::filesystem_error& error) {
+      if (error.code() != std::errc::read_only_file_system) throw;
+      return false;
+    }
   }
 
   // So that the next export brings what they lack.
   void forgetDigests(const std::vector<std::size_t>& chats) {
     if (chats.empty()) return;
-    SQLiteTransaction transaction(library_.database());
-    for (const std::size_t place : chats) KeptChats::forgetDigest(library_.database(), library_.chats()[place].id);
-    transaction.commit();
+    kept([&] {
+      for (const std::size_t place : chats) KeptChats::forgetDigest(library_.database(), library_.chats()[place].id);
+    });
   }
+
+  // As it is where an export ended before it told its library anything.
+  bool knowsNothing() const { return library_.isNew() && library_.chats().empty() && library_.media().media().empty(); }
 
   void lookAtChats() {
     const std::map<std::int64_t, std::int64_t> counts = messageCounts();
