@@ -38,4 +38,12 @@ TEST(MakeRoom, AFolderThatIsNotThereForAMomentKeepsItsName) {
   EXPECT_FALSE(fs::exists(folder / "Ana-2"));
 }
 
+TEST(MakeRoom, AFolderInAFilesPlaceGetsAnotherName) {
+  const TemporaryDirectory folder;
+  fs::create_directories(folder / "app.js" / "inside");
+  EXPECT_TRUE(MakeRoom::write(folder / "app.js", "content"));
+  EXPECT_TRUE(fs::is_regular_file(folder / "app.js"));
+  EXPECT_TRUE(fs::is_directory(folder / "app-2.js" / "inside"));
+}
+
 }  // namespace

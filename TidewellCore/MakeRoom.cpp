@@ -24,3 +24,13 @@ void MakeRoom::forFolder(const fs::path& path) {
   if (kind != Files::Kind::nothing) at(path);
   Files::makeFolder(path);
 }
+
+bool MakeRoom::write(const fs::path& path, std::string_view content) {
+  try {
+    return Files::writeWhenDifferent(path, content);
+  } catch (const fs::filesystem_error&) {
+    if (Files::kindOf(path) != Files::Kind::folder) throw;
+  }
+  at(path);
+  return Files::writeWhenDifferent(path, content);
+}

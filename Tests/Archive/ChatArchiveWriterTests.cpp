@@ -259,6 +259,15 @@ TEST_F(ChatArchiveWriterTest, SetsAForeignFolderOrLinkAside) {
   EXPECT_TRUE(fs::is_symlink(folder / "index-3.html"));
 }
 
+TEST_F(ChatArchiveWriterTest, SetsFoldersInThePlacesOfTheViewersFilesAside) {
+  const fs::path viewer = folder / "messages/_viewer";
+  for (const char* name : {"app.js", "app.css", "data/chats.js"}) fs::create_directories(viewer / name / "inside");
+  write({});
+  for (const char* name : {"app.js", "app.css", "data/chats.js"})
+    EXPECT_TRUE(fs::is_regular_file(viewer / name)) << name;
+  EXPECT_TRUE(fs::is_directory(viewer / "app-2.js/inside"));
+}
+
 TEST_F(ChatArchiveWriterTest, ReplacesAPageOfAnEarlierVersion) {
   Fixture::writeFile(folder / "index.html", "<script>window.ARCHIVE_BASE = \"\";</script>");
   write({});

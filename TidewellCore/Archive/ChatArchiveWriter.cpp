@@ -83,16 +83,16 @@ fs::path ChatArchiveWriter::finish() {
   const std::string base = isFlat ? "" : PathText::text(setting_.contentRoot.filename()) + "/";
   const fs::path page = setting_.destination / FolderNames::archivePage;
   if (!isOurs(page)) MakeRoom::at(page);
-  Files::writeWhenDifferent(page, ChatArchiveAssets::indexHTML(ChatArchiveStrings::forStyle(setting_.style),
-                                                               base + FolderNames::viewer + "/"));
+  MakeRoom::write(page, ChatArchiveAssets::indexHTML(ChatArchiveStrings::forStyle(setting_.style),
+                                                     base + FolderNames::viewer + "/"));
   blocks_.removeOthers();
   return page;
 }
 
 void ChatArchiveWriter::writeViewer() const {
   const fs::path viewer = setting_.contentRoot / FolderNames::viewer;
-  Files::writeWhenDifferent(viewer / FolderNames::viewerStyleSheet, ChatArchiveAssets::styleSheet());
-  Files::writeWhenDifferent(viewer / FolderNames::viewerScript, ChatArchiveAssets::script());
+  MakeRoom::write(viewer / FolderNames::viewerStyleSheet, ChatArchiveAssets::styleSheet());
+  MakeRoom::write(viewer / FolderNames::viewerScript, ChatArchiveAssets::script());
 }
 
 void ChatArchiveWriter::writeChatList() {
@@ -101,8 +101,8 @@ void ChatArchiveWriter::writeChatList() {
                                            .strings = ExportTexts::section(strings.language, "page"),
                                            .timeZone = setting_.timeZone.identifier,
                                            .blocks = blocks_.finish()};
-  Files::writeWhenDifferent(dataFolder() / FolderNames::archiveChats,
-                            ArchiveScripts::list(archive, sortedByActivity(chats_, setting_.style)));
+  MakeRoom::write(dataFolder() / FolderNames::archiveChats,
+                  ArchiveScripts::list(archive, sortedByActivity(chats_, setting_.style)));
 }
 
 fs::path ChatArchiveWriter::write(Setting setting, const std::vector<ArchiveChat>& chats) {
