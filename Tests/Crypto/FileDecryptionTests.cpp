@@ -25,10 +25,13 @@ class FileDecryptionTest : public testing::Test {
     store(Fixture::aesCbcEncrypt(key_, plain, padding));
   }
   Bytes decrypted(std::optional<std::int64_t> expectedSize = {}) const {
-    const std::int64_t written = BackupCrypto::decryptFile(source_, target_, key_, expectedSize);
+    const auto written = BackupCrypto::decryptFile(source_, target_, key_, expectedSize);
     const Bytes content = Fixture::readFile(target_);
-    EXPECT_EQ(written, static_cast<std::int64_t>(content.size()));
+    EXPECT_EQ(written.byteCount, static_cast<std::int64_t>(content.size()));
     return content;
+  }
+  bool isBorneOut(std::optional<std::int64_t> expectedSize = {}) const {
+    return BackupCrypto::decryptFile(source_, target_, key_, expectedSize).isBorneOut;
   }
   Bytes random(std::size_t size) const { return Fixture::SeededRandom(size).bytes(size); }
   static Bytes first(const Bytes& bytes, std::size_t count) {
@@ -40,6 +43,20 @@ class FileDecryptionTest : public testing::Test {
   const std::filesystem::path target_ = folder_ / "plain";
   const Bytes key_ = Fixture::SeededRandom(11).bytes(32);
 };
+
+TEST_F(FileDecryptionTest, ThePaddingBearsALengthOut) {
+  for (const std::size_t size : {std::size_t{1}, std::size_t{16}, std::size_t{20}, chunkSize, chunkSize + 5}) {
+    storeEncrypted(random(size));
+    EXPECT_TRUE(isBorneOut()) << size;
+    EXPECT_TRUE(isBorneOut(static_cast<std::int64_t>(size))) << size;
+    EXPECT_FALSE(isBorneOut(static_cast<std::int64_t>(size) - 1)) << size;
+  }
+  storeEncrypted(random(32), Padding::none);
+  EXPECT_TRUE(isBorneOut(32));
+  EXPECT_FALSE(isBorneOut(31));
+  store(Bytes(32));
+  EXPECT_FALSE(isBorneOut(20)) << "what a failing disk leaves";
+}
 
 TEST_F(FileDecryptionTest, DecryptsFilesOfEverySizeAroundTheBordersOfAChunk) {
   for (const std::size_t size :

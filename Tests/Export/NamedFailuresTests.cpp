@@ -94,6 +94,19 @@ TEST_P(NamedFailuresTest, AProfilePictureWhoseKeyIsLostIsNamed) {
   }
 }
 
+// A failing disk leaves zeroes; their length is right.
+TEST_P(NamedFailuresTest, AFileWhoseEndDoesNotDecryptIsCopiedAndTold) {
+  if (!GetParam()) GTEST_SKIP() << "A plain backup has nothing to tell it by.";
+  const Fixture::WhatsAppContents& app = scene.contents.whatsApp;
+  const fs::path stored =
+      Fixture::storedPath(scene.backup, Fixture::fileIDOf(app.domain, "Message/" + app.mediaFiles[0].localPath));
+  Fixture::writeFile(stored, Fixture::Bytes(fs::file_size(stored)));
+  const ExportSummary summary = scene.run(everything);
+  EXPECT_EQ(summary.copiedCount, 5);
+  EXPECT_THAT(summary.warnings, ElementsAre(testing::HasSubstr("aa1.jpg” is damaged in the backup, or locked with")));
+  EXPECT_TRUE(summary.mayBeIncomplete);
+}
+
 TEST_P(NamedFailuresTest, AProfilePictureThatCannotBeWrittenIsNamed) {
   addPicture({});
   fs::create_directories(scene.content / "_viewer");

@@ -237,15 +237,17 @@ void OpenedBackup::materialize(const ManifestFile& file, const fs::path& destina
                  isCancelled, FileAccess::ownerOnly);
 }
 
-std::int64_t OpenedBackup::writePlaintext(const StoredFile& file, const fs::path& destination,
-                                          const CancellationCheck& isCancelled, FileAccess access) const {
-  if (!file.encryptionKey || !unlocker_) return Files::copy(file.location, destination, isCancelled, access);
+WrittenPlaintext OpenedBackup::writePlaintext(const StoredFile& file, const fs::path& destination,
+                                              const CancellationCheck& isCancelled, FileAccess access) const {
+  if (!file.encryptionKey || !unlocker_) return {Files::copy(file.location, destination, isCancelled, access)};
   if (file.size.value_or(0) == 0 && Files::regularFileSize(file.location) == 0) {
     FileDescriptor::create(destination, access).close();  // nothing is encrypted, so no key is needed
-    return 0;
+    return {};
   }
   const SecretBytes key = unlocker_->keyBag.unwrapPersistentKey(*file.encryptionKey);
-  return BackupCrypto::decryptFile(file.location, destination, key, file.size, isCancelled, access);
+  const auto [byteCount, isBorneOut] =
+      BackupCrypto::decryptFile(file.location, destination, key, file.size, isCancelled, access);
+  return {.byteCount = byteCount, .isDoubtful = !isBorneOut};
 }
 
 void TemporaryBackupDatabase::copyDatabaseFile(const fs::path& backup, const ManifestFile& file,

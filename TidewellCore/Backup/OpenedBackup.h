@@ -24,6 +24,11 @@ struct StoredFile {
   std::optional<std::int64_t> size;    // of the plaintext; absent when only its padding tells
 };
 
+struct WrittenPlaintext {
+  std::int64_t byteCount = 0;
+  bool isDoubtful = false;  // it was encrypted, and its end is not as that of a whole file
+};
+
 // A backup that can be read, with the keys of an encrypted one and the working
 // folder it needs; the folder goes with its owner. Never writes into the backup.
 class OpenedBackup {
@@ -81,10 +86,11 @@ class OpenedBackup {
   // TidewellError::chatStorageUnreadable when it is not stored, and what decrypting or copying reports.
   void materialize(const ManifestFile& file, const std::filesystem::path& destination,
                    const CancellationCheck& isCancelled = {}) const;
-  // Writes the plaintext of a file whose place is known; returns the bytes
-  // written. What was written before a failure is left for the caller to remove.
-  std::int64_t writePlaintext(const StoredFile& file, const std::filesystem::path& destination,
-                              const CancellationCheck& isCancelled = {}, FileAccess access = FileAccess::byUmask) const;
+  // Writes the plaintext of a file whose place is known. What was written before a failure is left for the caller to
+  // remove.
+  WrittenPlaintext writePlaintext(const StoredFile& file, const std::filesystem::path& destination,
+                                  const CancellationCheck& isCancelled = {},
+                                  FileAccess access = FileAccess::byUmask) const;
 
  private:
   explicit OpenedBackup(RootFolder root, BackupInfo info) : root_(std::move(root)), info_(std::move(info)) {}

@@ -128,9 +128,10 @@ Bytes BackupCrypto::decryptBackupPayload(ByteView key, ByteView ciphertext, std:
   return plaintext;
 }
 
-std::int64_t BackupCrypto::decryptFile(const std::filesystem::path& source, const std::filesystem::path& destination,
-                                       ByteView key, std::optional<std::int64_t> expectedSize,
-                                       const CancellationCheck& isCancelled, FileAccess access) {
+BackupCrypto::DecryptedFile BackupCrypto::decryptFile(const std::filesystem::path& source,
+                                                      const std::filesystem::path& destination, ByteView key,
+                                                      std::optional<std::int64_t> expectedSize,
+                                                      const CancellationCheck& isCancelled, FileAccess access) {
   FileDescriptor input = FileDescriptor::openForReading(source);
   FileDescriptor output = FileDescriptor::create(destination, access);
   output.requireLength(leastPlaintextSize(input.size(), expectedSize));
@@ -138,6 +139,7 @@ std::int64_t BackupCrypto::decryptFile(const std::filesystem::path& source, cons
   CappedWriter writer(output, expectedSize);
   Bytes chunk(chunkSize);
   Bytes heldBack;  // the last block so far, already decrypted: it may be padding
+  std::int64_t decrypted = 0;
   for (bool isLast = false; !isLast;) {
     throwIfCancelled(isCancelled);
     const std::size_t count = input.read(chunk);
@@ -145,14 +147,18 @@ std::int64_t BackupCrypto::decryptFile(const std::filesystem::path& source, cons
     const std::span<std::uint8_t> blocks = std::span(chunk).first(count / blockSize * blockSize);
     if (blocks.empty()) break;
     decryptor.decrypt(blocks, blocks);
+    decrypted += signedSize(blocks.size());
     writer.write(heldBack);
     writer.write(blocks.first(blocks.size() - blockSize));
     heldBack.assign(blocks.end() - blockSize, blocks.end());
   }
-  const std::size_t kept = expectedSize ? heldBack.size() : pkcs7UnpaddedSize(heldBack).value_or(heldBack.size());
+  const std::optional<std::size_t> unpadded = pkcs7UnpaddedSize(heldBack);
+  const std::size_t kept = expectedSize ? heldBack.size() : unpadded.value_or(heldBack.size());
   writer.write(ByteView(heldBack).first(kept));
   output.close();
-  return writer.written();
+  const std::int64_t written = writer.written();
+  const bool isAsPadded = unpadded && written == decrypted - signedSize(heldBack.size() - *unpadded);
+  return {.byteCount = written, .isBorneOut = isAsPadded || (expectedSize == decrypted && written == decrypted)};
 }
 
 std::optional<std::int64_t> BackupCrypto::paddedFileSize(const std::filesystem::path& source, ByteView key) {

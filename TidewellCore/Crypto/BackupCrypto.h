@@ -49,13 +49,20 @@ SecretBytes aesUnwrap(ByteView kek, ByteView wrapped);
 // A whole payload in memory, cut to `expectedSize` or else to its padding.
 Bytes decryptBackupPayload(ByteView key, ByteView ciphertext, std::optional<std::int64_t> expectedSize);
 
-// Decrypts a file into a new file, in slices, and returns the bytes written.
+struct DecryptedFile {
+  std::int64_t byteCount = 0;  // written
+  // The padding says the same of the plaintext's length, or there is none and the plaintext fills all blocks. Where it
+  // does not, the key may be another, or the end lost.
+  bool isBorneOut = false;
+};
+
+// Decrypts a file into a new file, in slices.
 // Cut to `expectedSize` or else to its padding. Fails at once with EFBIG when the
 // file system takes no file of that size. On failure, and on
 // TidewellError::cancelled, the part written is left for the caller to remove.
-std::int64_t decryptFile(const std::filesystem::path& source, const std::filesystem::path& destination, ByteView key,
-                         std::optional<std::int64_t> expectedSize, const CancellationCheck& isCancelled = {},
-                         FileAccess access = FileAccess::byUmask);
+DecryptedFile decryptFile(const std::filesystem::path& source, const std::filesystem::path& destination, ByteView key,
+                          std::optional<std::int64_t> expectedSize, const CancellationCheck& isCancelled = {},
+                          FileAccess access = FileAccess::byUmask);
 
 // What the last block of an encrypted file says of its plaintext's length;
 // absent when the file is not whole blocks or its padding is invalid.

@@ -26,9 +26,9 @@ CopyBatches::~CopyBatches() {
   if (flushing_.valid()) flushing_.wait();
 }
 
-void CopyBatches::add(const ExportPlanner::PlannedCopy& copy, PartialFile partial) {
-  gathered_.push_back({.copy = &copy, .partial = std::move(partial)});
-  bytes_ = saturatingAdd(bytes_, copy.sourceSize);
+void CopyBatches::add(Waiting copy) {
+  bytes_ = saturatingAdd(bytes_, copy.copy->sourceSize);
+  gathered_.push_back(std::move(copy));
 }
 
 bool CopyBatches::isFull() const { return gathered_.size() >= mostFiles || bytes_ >= mostBytes; }
@@ -102,9 +102,11 @@ std::vector<SettledCopy> CopyBatches::awaitFlush() {
 }
 
 SettledCopy CopyBatches::moved(Waiting& waiting, std::exception_ptr failure) const {
-  const SettledCopy settled =
+  SettledCopy settled =
       failure ? SettledCopy{.copy = waiting.copy, .place = waiting.copy->dest, .failure = std::move(failure)}
               : CopyPlace::give(*waiting.copy, contentRoot_, waiting.partial.path());
-  if (!settled.failure && !settled.wasThere) waiting.partial.release();
+  if (settled.failure || settled.wasThere) return settled;
+  waiting.partial.release();
+  settled.isDoubtful = waiting.isDoubtful;
   return settled;
 }

@@ -26,8 +26,12 @@ class CopyBatches {
   CopyBatches(const CopyBatches&) = delete;
   CopyBatches& operator=(const CopyBatches&) = delete;
 
-  // `copy` must stay where it is until it is settled.
-  void add(const ExportPlanner::PlannedCopy& copy, PartialFile partial);
+  struct Waiting {
+    const ExportPlanner::PlannedCopy* copy = nullptr;  // stays where it is until it is settled
+    PartialFile partial;
+    bool isDoubtful = false;  // its end is not as that of a whole file
+  };
+  void add(Waiting copy);
   // Whether what was gathered is a batch: a flush takes long, and what waits for it is lost when the program is killed.
   bool isFull() const;
 
@@ -43,10 +47,6 @@ class CopyBatches {
   std::vector<SettledCopy> settleInHaste();
 
  private:
-  struct Waiting {
-    const ExportPlanner::PlannedCopy* copy = nullptr;
-    PartialFile partial;
-  };
   struct Flushed {
     std::exception_ptr ofVolume;              // null unless the volume's flush failed
     std::vector<std::exception_ptr> ofFiles;  // one for each file; null for one that is on the disk

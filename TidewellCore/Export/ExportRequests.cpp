@@ -1,10 +1,9 @@
 #include "TidewellCore/Export/ExportRequests.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <unordered_set>
 
+#include "TidewellCore/Export/NamedWarning.h"
 #include "TidewellCore/FileNaming.h"
 #include "TidewellCore/Platform/PathText.h"
 
@@ -56,12 +55,10 @@ std::optional<std::string> ExportRequests::warningOfShortFiles(const std::vector
   for (const ManifestFile& picture : pictures) {
     if (isShort(opened.provenSize(picture), picture)) names.emplace_back(PathText::lastComponent(picture.relativePath));
   }
-  if (names.empty()) return std::nullopt;
-  const std::string others = names.size() == 1 ? " is" : fmt::format(" and {} more are", names.size() - 1);
-  return fmt::format(
-      "“{}”{} shorter in the backup than the iPhone recorded, and may have lost the end. Such files are exported as "
-      "they are. Copy the backup again from where it came, or make a new one with the iPhone.",
-      names.front(), others);
+  return NamedWarning::of(
+      names,
+      "shorter in the backup than the iPhone recorded, and may have lost the end. Such files are exported as they are. "
+      "Copy the backup again from where it came, or make a new one with the iPhone.");
 }
 
 std::vector<ExportPlanner::Request> ExportRequests::lost(

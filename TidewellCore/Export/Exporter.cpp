@@ -26,6 +26,7 @@
 #include "TidewellCore/Export/LibraryFolders.h"
 #include "TidewellCore/Export/MediaCopying.h"
 #include "TidewellCore/Export/MovedFiles.h"
+#include "TidewellCore/Export/NamedWarning.h"
 #include "TidewellCore/Export/PictureExport.h"
 #include "TidewellCore/Export/ProgressReporter.h"
 #include "TidewellCore/FileNaming.h"
@@ -150,6 +151,7 @@ class Writing {
         plan_, source_, {.index = index_, .lock = target_.lock(), .disk = target_.disk(), .failures = failures_},
         control_.isCancelled, progress);
     count(media);
+    warnOfDoubtful(media);
     settle(media);
     remember();
     if (job_.options.exportTranscripts) {
@@ -207,6 +209,22 @@ class Writing {
       if (result.outcome == MediaResult::Outcome::copied) ++summary_.copiedCount;
       summary_.totalBytesCopied = saturatingAdd(summary_.totalBytesCopied, result.copiedBytes);
     }
+  }
+
+  // Their lengths are right, so nothing else tells them from whole files.
+  void warnOfDoubtful(const std::vector<MediaResult>& media) {
+    std::vector<std::string> names;
+    for (const MediaResult& result : media) {
+      if (result.isDoubtful) names.push_back(result.place.name);
+    }
+    const auto warning = NamedWarning::of(
+        names,
+        "damaged in the backup, or locked with another key than the backup says. Such files are exported as they are. "
+        "Copy the backup again from where it came, or make a new one with the iPhone.");
+    if (!warning) return;
+    summary_.warnings.push_back(*warning);
+    summary_.mayBeIncomplete = true;
+    if (control_.warned) control_.warned(*warning);
   }
 
   // Tells the ledger which files the export has.

@@ -54,11 +54,10 @@ std::optional<SettledCopy> MediaCopier::carryOut(const PlannedCopy& copy, const 
   PartialFile partial(copy.dest.in(index_.destination));
   const StoredFile stored{
       .location = PathText::path(copy.source), .encryptionKey = copy.encryptionKey, .size = copy.sourceSize};
-  if (opened_.writePlaintext(stored, partial.path(), isCancelled_) != copy.sourceSize) {
-    throw CopyError(FailureReason::cutShort);
-  }
+  const auto [byteCount, isDoubtful] = opened_.writePlaintext(stored, partial.path(), isCancelled_);
+  if (byteCount != copy.sourceSize) throw CopyError(FailureReason::cutShort);
   setDate(partial.path(), copy);
-  batches_.add(copy, std::move(partial));
+  batches_.add({.copy = &copy, .partial = std::move(partial), .isDoubtful = isDoubtful});
   return std::nullopt;
 }
 

@@ -3,5 +3,8 @@
 MediaResult MediaResult::of(const SettledCopy& settled) {
   if (settled.failure) return {.place = settled.place};
   if (settled.wasThere) return {.place = settled.place, .outcome = Outcome::wasThere};
-  return {.place = settled.place, .outcome = Outcome::copied, .copiedBytes = settled.copy->sourceSize};
+  return {.place = settled.place,
+          .outcome = Outcome::copied,
+          .copiedBytes = settled.copy->sourceSize,
+          .isDoubtful = settled.isDoubtful};
 }

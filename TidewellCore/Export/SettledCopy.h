@@ -9,5 +9,6 @@ struct SettledCopy {
   const ExportPlanner::PlannedCopy* copy = nullptr;
   ExportPlace place;  // that it was really given, or was about to be given when it failed
   std::exception_ptr failure;
-  bool wasThere = false;  // nothing was copied: what stands there already is as good
+  bool isDoubtful = false;  // it was copied, and its end is not as that of a whole file
+  bool wasThere = false;    // nothing was copied: what stands there already is as good
 };
