@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <random>
+#include <string>
 
 namespace {
 
@@ -103,6 +105,29 @@ TEST(DateText, ShortensDateAndTimeAsTheLocaleDoes) {
   EXPECT_EQ(shortened("America/Sao_Paulo", "pt_BR"), "5 de mar. de 2023, 11:22");
   EXPECT_EQ(shortened("Asia/Kathmandu", "de_DE"), "05.03.2023, 20:07");
   EXPECT_EQ(shortened("Asia/Tokyo", "ja_JP"), "2023/03/05 23:22");
+}
+
+// A zone in a pattern keeps what is remembered of days and times out of it.
+TEST(DateText, RememberedDaysAndTimesReadAsThoseOfEachDateAlone) {
+  std::mt19937_64 random(1);
+  for (const char* pattern : {"yyyy-MM-dd_HHmmss", "dd/MM/yyyy HH:mm:ss", "h:mm:ss a 'on' EEEE, d MMMM y G",
+                              "HH 'h' mm", "EEE d", "yyyy HH MM", "k:mm B, D", "''yyyy'y' 'at ''' HH"}) {
+    for (const char* zone : {"UTC", "America/Sao_Paulo", "Europe/Lisbon", "Asia/Kathmandu", "Africa/Monrovia",
+                             "Australia/Lord_Howe", "Pacific/Apia", "Asia/Gaza"}) {
+      for (const char* locale : {"en_US", "pt_BR", "ar_EG", "th_TH", "he_IL", "ja_JP", "zh_TW", "hi_IN"}) {
+        const DateFormatter fast(pattern, {zone}, {locale});
+        const DateFormatter plain(std::string(pattern) + "'|'X", {zone}, {locale});
+        for (int i = 0; i < 200; ++i) {
+          const bool isAnywhere = i % 4 == 0;  // in the history of zones and calendars
+          const double seconds = static_cast<double>(random() % 3'000'000'000) * (isAnywhere ? 30 : 1) -
+                                 (isAnywhere ? 70'000'000'000. : 1'000'000'000.);
+          const std::string expected = plain.string(dateFromUnixTime(seconds));
+          ASSERT_EQ(fast.string(dateFromUnixTime(seconds)), expected.substr(0, expected.rfind('|')))
+              << pattern << " " << zone << " " << locale << " " << seconds;
+        }
+      }
+    }
+  }
 }
 
 TEST(DateText, FractionsOfASecondAreCutOff) {

@@ -4,7 +4,6 @@
 #include <unicode/gregocal.h>
 #include <unicode/localebuilder.h>
 #include <unicode/locid.h>
-#include <unicode/smpdtfmt.h>
 #include <unicode/timezone.h>
 #include <unicode/unistr.h>
 
@@ -62,8 +61,6 @@ icu::Locale ofPeople(const icu::Locale& locale) {
   return U_FAILURE(status) ? icu::Locale::getUS() : plain;
 }
 
-icu::Locale icuLocale(const Locale& locale) { return icu::Locale::createCanonical(locale.identifier.c_str()); }
-
 std::optional<int> number(std::string_view digits) {
   int value = 0;
   const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
@@ -78,6 +75,8 @@ Date dateFromUnixTime(double seconds) { return Date(std::chrono::duration<double
 Date dateFromAppleTime(double seconds) { return dateFromUnixTime(seconds + appleReferenceDateUnixOffset); }
 
 double unixTime(Date date) { return date.time_since_epoch().count(); }
+
+double wholeSecondsShown(Date date) { return std::floor(std::clamp(unixTime(date), earliestShown, latestShown)); }
 
 TimeZone TimeZone::current() {
   const std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::detectHostTimeZone());
@@ -108,53 +107,6 @@ std::optional<Locale> Locale::named(std::string_view identifier) {
 
 std::string Locale::languageCode() const { return icu::Locale::createCanonical(identifier.c_str()).getLanguage(); }
 
-struct DateFormatter::Format {
-  std::unique_ptr<icu::DateFormat> icu;
-
-  Format(icu::DateFormat* owned, const TimeZone& timeZone) : icu(owned) {
-    if (!icu) throw std::runtime_error(u_errorName(U_MISSING_RESOURCE_ERROR));
-    icu->adoptTimeZone(icu::TimeZone::createTimeZone(icu::UnicodeString::fromUTF8(timeZone.identifier)));
-  }
-};
-
-DateFormatter::DateFormatter(std::unique_ptr<Format> format) : format_(std::move(format)) {}
-
-DateFormatter::DateFormatter(std::string_view pattern, const TimeZone& timeZone, const Locale& locale) {
-  UErrorCode status = U_ZERO_ERROR;
-  format_ = std::make_unique<Format>(
-      new icu::SimpleDateFormat(icu::UnicodeString::fromUTF8(std::string(pattern)), icuLocale(locale), status),
-      timeZone);
-  if (U_FAILURE(status)) throw std::runtime_error(u_errorName(status));
-}
-
-DateFormatter DateFormatter::fullDate(const TimeZone& timeZone, const Locale& locale) {
-  icu::DateFormat* format = icu::DateFormat::createDateInstance(icu::DateFormat::kFull, icuLocale(locale));
-  return DateFormatter(std::make_unique<Format>(format, timeZone));
-}
-
-DateFormatter DateFormatter::mediumTime(const TimeZone& timeZone, const Locale& locale) {
-  icu::DateFormat* format = icu::DateFormat::createTimeInstance(icu::DateFormat::kMedium, icuLocale(locale));
-  return DateFormatter(std::make_unique<Format>(format, timeZone));
-}
-
-DateFormatter DateFormatter::abbreviatedDateAndShortTime(const TimeZone& timeZone, const Locale& locale) {
-  icu::DateFormat* format =
-      icu::DateFormat::createDateTimeInstance(icu::DateFormat::kMedium, icu::DateFormat::kShort, icuLocale(locale));
-  return DateFormatter(std::make_unique<Format>(format, timeZone));
-}
-
-DateFormatter::~DateFormatter() = default;
-DateFormatter::DateFormatter(DateFormatter&&) noexcept = default;
-DateFormatter& DateFormatter::operator=(DateFormatter&&) noexcept = default;
-
-std::string DateFormatter::string(Date date) const {
-  const double seconds = std::floor(std::clamp(unixTime(date), earliestShown, latestShown));
-  icu::UnicodeString text;
-  std::string result;
-  format_->icu->format(seconds * U_MILLIS_PER_SECOND, text).toUTF8String(result);
-  return result;
-}
-
 std::string dateRulesVersion() {
   UVersionInfo version;
   u_getVersion(version);
@@ -166,8 +118,7 @@ std::string dateRulesVersion() {
 }
 
 std::string iso8601(Date date) {
-  const double seconds = std::floor(std::clamp(unixTime(date), earliestShown, latestShown));
-  const std::chrono::sys_seconds instant{std::chrono::seconds(static_cast<std::int64_t>(seconds))};
+  const std::chrono::sys_seconds instant{std::chrono::seconds(static_cast<std::int64_t>(wholeSecondsShown(date)))};
   const auto midnight = std::chrono::floor<std::chrono::days>(instant);
   const std::chrono::year_month_day day{midnight};
   const std::chrono::hh_mm_ss time{instant - midnight};

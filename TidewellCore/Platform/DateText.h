@@ -15,6 +15,9 @@ inline constexpr double appleReferenceDateUnixOffset = 978307200;
 Date dateFromUnixTime(double seconds);
 Date dateFromAppleTime(double seconds);
 double unixTime(Date date);
+// The second as which a date is shown, in Unix time: the one that it is in, and for dates beyond the years ±9999 the
+// last one within.
+double wholeSecondsShown(Date date);
 
 // A day of the Gregorian calendar, in no time zone.
 using Day = std::chrono::year_month_day;
