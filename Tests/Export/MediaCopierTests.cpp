@@ -71,7 +71,7 @@ struct MediaCopierTest : testing::Test {
   MediaResult carryOut(const PlannedCopy& copy, const CancellationCheck& isCancelled = {}) const {
     const OpenedBackup opened = OpenedBackup::open(folder / "device", std::nullopt);
     const FlushPoint disk(root);
-    MediaCopier copier(opened, index, disk, isCancelled);
+    MediaCopier copier({&copy, 1}, opened, index, disk, isCancelled);
     const SettledCopy one = settled(copier, copy);
     if (one.failure) std::rethrow_exception(one.failure);
     return MediaResult::of(one);
@@ -81,7 +81,7 @@ struct MediaCopierTest : testing::Test {
   MediaResult failed(const PlannedCopy& copy) const {
     const OpenedBackup opened = OpenedBackup::open(folder / "device", std::nullopt);
     const FlushPoint disk(root);
-    MediaCopier copier(opened, index, disk, {});
+    MediaCopier copier({&copy, 1}, opened, index, disk, {});
     const SettledCopy one = settled(copier, copy);
     EXPECT_TRUE(one.failure);
     return MediaResult::of(one);
@@ -91,7 +91,7 @@ struct MediaCopierTest : testing::Test {
   std::optional<FailureReason> reasonOf(const PlannedCopy& copy) const {
     const OpenedBackup opened = OpenedBackup::open(folder / "device", std::nullopt);
     const FlushPoint disk(root);
-    MediaCopier copier(opened, index, disk, {});
+    MediaCopier copier({&copy, 1}, opened, index, disk, {});
     try {
       const SettledCopy one = settled(copier, copy);
       if (one.failure) std::rethrow_exception(one.failure);
@@ -243,7 +243,7 @@ TEST_F(MediaCopierTest, TellsThatAFileIsTooLargeForTheDrive) {
 TEST_F(MediaCopierTest, DoesNotClassifyEverything) {
   const OpenedBackup opened = OpenedBackup::open(folder / "device", std::nullopt);
   const FlushPoint disk(root);
-  const MediaCopier copier(opened, index, disk, {});
+  const MediaCopier copier({}, opened, index, disk, {});
   EXPECT_EQ(copier.reasonOf(std::bad_alloc(), copyTo("a.jpg")), FailureReason::other);
   EXPECT_EQ(copier.reasonOf(TidewellError::ioFailure("Could not decrypt a backup file."), copyTo("a.jpg")),
             FailureReason::undecryptable);

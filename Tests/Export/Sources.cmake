@@ -5,6 +5,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/ArchiveReading.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ArchiveTextTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/BackupVerificationTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/CopyAheadTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/EarlyEndTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/EveryKindExportTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportPlanTests.cpp

@@ -26,7 +26,7 @@ CopyBatches::~CopyBatches() {
   if (flushing_.valid()) flushing_.wait();
 }
 
-void CopyBatches::add(Waiting copy) {
+void CopyBatches::add(WrittenCopy copy) {
   bytes_ = saturatingAdd(bytes_, copy.copy->sourceSize);
   gathered_.push_back(std::move(copy));
 }
@@ -46,7 +46,7 @@ std::vector<SettledCopy> CopyBatches::turnOver() {
     return settled;
   }
   std::vector<fs::path> partials;
-  for (const Waiting& waiting : onTheirWay_) partials.push_back(waiting.partial.path());
+  for (const WrittenCopy& waiting : onTheirWay_) partials.push_back(waiting.partial.path());
   // Deferred where the system gives no thread: flushed when it is waited for, by a copy that no failed start took.
   const auto work = [this, partials] { return flush(partials); };
   flushing_ = std::async(std::launch::async | std::launch::deferred, work);
@@ -63,7 +63,7 @@ std::vector<SettledCopy> CopyBatches::settleInHaste() {
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(1);
   isInHaste_ = true;
   std::vector<SettledCopy> settled = awaitFlush();
-  for (Waiting& waiting : gathered_) {
+  for (WrittenCopy& waiting : gathered_) {
     if (lost_ || std::chrono::steady_clock::now() >= end) break;
     if (waiting.copy->sourceSize > largestInHaste) continue;
     settled.push_back(moved(waiting, failureOf([&] { Files::flush(waiting.partial.path()); })));
@@ -101,7 +101,7 @@ std::vector<SettledCopy> CopyBatches::awaitFlush() {
   return settled;
 }
 
-SettledCopy CopyBatches::moved(Waiting& waiting, std::exception_ptr failure) const {
+SettledCopy CopyBatches::moved(WrittenCopy& waiting, std::exception_ptr failure) const {
   SettledCopy settled =
       failure ? SettledCopy{.copy = waiting.copy, .place = waiting.copy->dest, .failure = std::move(failure)}
               : CopyPlace::give(*waiting.copy, contentRoot_, waiting.partial.path());

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "TidewellCore/Export/SettledCopy.h"
+#include "TidewellCore/Export/WrittenCopy.h"
 #include "TidewellCore/Platform/Cancellation.h"
 #include "TidewellCore/Platform/FlushPoint.h"
 #include "TidewellCore/Platform/PartialFile.h"
@@ -26,12 +27,7 @@ class CopyBatches {
   CopyBatches(const CopyBatches&) = delete;
   CopyBatches& operator=(const CopyBatches&) = delete;
 
-  struct Waiting {
-    const ExportPlanner::PlannedCopy* copy = nullptr;  // stays where it is until it is settled
-    PartialFile partial;
-    bool isDoubtful = false;  // its end is not as that of a whole file
-  };
-  void add(Waiting copy);
+  void add(WrittenCopy copy);
   // Whether what was gathered is a batch: a flush takes long, and what waits for it is lost when the program is killed.
   bool isFull() const;
 
@@ -55,16 +51,16 @@ class CopyBatches {
   Flushed flush(const std::vector<std::filesystem::path>& partials) const;
   std::vector<SettledCopy> awaitFlush();
   // Into its place, unless it has failed before.
-  SettledCopy moved(Waiting& waiting, std::exception_ptr failure) const;
+  SettledCopy moved(WrittenCopy& waiting, std::exception_ptr failure) const;
 
   std::filesystem::path contentRoot_;
   const FlushPoint& disk_;
   CancellationCheck isCancelled_;
-  std::vector<Waiting> gathered_;
+  std::vector<WrittenCopy> gathered_;
   std::int64_t bytes_ = 0;  // of those
   // Of the flush before: it may have been told of what was gathered meanwhile, and nobody is told twice.
   std::exception_ptr lost_;
-  std::vector<Waiting> onTheirWay_;
+  std::vector<WrittenCopy> onTheirWay_;
   std::future<Flushed> flushing_;
   std::atomic<bool> isInHaste_ = false;
 };

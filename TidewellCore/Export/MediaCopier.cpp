@@ -20,12 +20,13 @@ void setDate(const fs::path& file, const PlannedCopy& copy) {
 
 }  // namespace
 
-MediaCopier::MediaCopier(const OpenedBackup& opened, const DestinationIndex& index, const FlushPoint& disk,
-                         CancellationCheck isCancelled)
+MediaCopier::MediaCopier(std::span<const PlannedCopy> copies, const OpenedBackup& opened, const DestinationIndex& index,
+                         const FlushPoint& disk, CancellationCheck isCancelled)
     : opened_(opened),
       index_(index),
       batches_(index.destination, disk, isCancelled),
-      isCancelled_(std::move(isCancelled)) {}
+      isCancelled_(std::move(isCancelled)),
+      ahead_(copies, [this](const auto& copy, const auto& isUnwanted) { return write(copy, isUnwanted); }) {}
 
 std::optional<SettledCopy> MediaCopier::carryOut(const PlannedCopy& copy) try {
   return std::visit([&](const auto& fate) { return carryOut(copy, fate); }, copy.fate);
@@ -50,15 +51,19 @@ FailureReason MediaCopier::reasonOf(const std::exception& error, const PlannedCo
 }
 
 std::optional<SettledCopy> MediaCopier::carryOut(const PlannedCopy& copy, const ExportPlanner::Restored&) {
+  batches_.add(ahead_.take(copy, isCancelled_));
+  return std::nullopt;
+}
+
+WrittenCopy MediaCopier::write(const PlannedCopy& copy, const CancellationCheck& isUnwanted) const {
   makeFolder(copy.dest);
   PartialFile partial(copy.dest.in(index_.destination));
   const StoredFile stored{
       .location = PathText::path(copy.source), .encryptionKey = copy.encryptionKey, .size = copy.sourceSize};
-  const auto [byteCount, isDoubtful] = opened_.writePlaintext(stored, partial.path(), isCancelled_);
+  const auto [byteCount, isDoubtful] = opened_.writePlaintext(stored, partial.path(), isUnwanted);
   if (byteCount != copy.sourceSize) throw CopyError(FailureReason::cutShort);
   setDate(partial.path(), copy);
-  batches_.add({.copy = &copy, .partial = std::move(partial), .isDoubtful = isDoubtful});
-  return std::nullopt;
+  return {.copy = &copy, .partial = std::move(partial), .isDoubtful = isDoubtful};
 }
 
 std::optional<SettledCopy> MediaCopier::carryOut(const PlannedCopy& copy, const ExportPlanner::Moved& fate) const {
@@ -82,5 +87,6 @@ std::optional<SettledCopy> MediaCopier::carryOut(const PlannedCopy& copy, const 
 void MediaCopier::makeFolder(const ExportPlace& place) const {
   // What stands there is not known, so nothing can be put beside it.
   if (index_.unreadableFolders.contains(place.folder)) throw CopyError(FailureReason::unwritable);
+  const std::lock_guard lock(foldersBeingMade_);
   MakeRoom::forFolder(place.in(index_.destination).parent_path());
 }

@@ -31,7 +31,7 @@ class Copying {
         source_(source),
         target_(target),
         isCancelled_(isCancelled),
-        copier_(source.opened, target.index, target.disk, isCancelled) {
+        copier_(plan.copies, source.opened, target.index, target.disk, isCancelled) {
     results_.reserve(plan.copies.size());
   }
 
