@@ -6,98 +6,111 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <cstdlib>
-#include <ctime>
-
-#include "Tests/Support/SeededRandom.h"
-#include "TidewellCore/Platform/FileDescriptor.h"
+#include <exception>
+#include <vector>
 
 namespace {
 
-double processorSeconds() {
-  timespec spent{};
-  ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &spent);
-  return static_cast<double>(spent.tv_sec) + static_cast<double>(spent.tv_nsec) / 1e9;
+using Measure::Cost;
+using Measure::Judged;
+using Measure::Pair;
+
+constexpr const char* rowFormat = "{:<46}  {:<34}  {:>7}  {:>9}  {:>7}  {:>9}  {:>7}  {:<9}  {}\n";
+
+double secondsOf(const timeval& time) {
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
 }
 
-constexpr std::size_t rounds = 7;
-
-// What each round of one work took.
-struct Rounds {
-  std::array<double, rounds> seconds{};
-  std::array<double, rounds> processorSeconds{};
-
-  void measure(std::size_t round, const std::function<void()>& work) {
-    const auto start = std::chrono::steady_clock::now();
-    const double spent = ::processorSeconds();
+[[noreturn]] void runInChild(const Measure::Work& work) {
+  try {
     work();
-    seconds[round] = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    processorSeconds[round] = ::processorSeconds() - spent;
+    std::fflush(nullptr);
+    ::_exit(0);
+  } catch (const std::exception& error) {
+    fmt::print(stderr, "{}\n", error.what());
+    ::_exit(1);
   }
-
-  Measure::Cost median() {
-    std::ranges::sort(seconds);
-    std::ranges::sort(processorSeconds);
-    return {.seconds = seconds[rounds / 2], .processorSeconds = processorSeconds[rounds / 2]};
-  }
-};
-
-std::int64_t peakOfThisProcess() {
-  rusage usage{};
-  ::getrusage(RUSAGE_SELF, &usage);
-  return std::int64_t{usage.ru_maxrss} * 1024;
 }
+
+template <typename Member>
+Member median(std::vector<Cost> costs, Member Cost::*member) {
+  std::ranges::sort(costs, {}, member);
+  return costs[costs.size() / 2].*member;
+}
+
+Cost medians(const std::vector<Cost>& costs) {
+  return {.seconds = median(costs, &Cost::seconds),
+          .processorSeconds = median(costs, &Cost::processorSeconds),
+          .peakBytes = median(costs, &Cost::peakBytes)};
+}
+
+// What an earlier work left to be written to the disk is no burden of the next.
+Cost prepared(const Pair& pair, const Measure::Work& work) {
+  Measure::of(pair.prepare);
+  ::sync();
+  return Measure::of(work);
+}
+
+std::string megabytes(std::int64_t bytes) { return fmt::format("{} MB", bytes / 1'000'000); }
+
+std::string ratioOf(double ours, double other) { return fmt::format("{:.2f} x", ours / std::max(other, 1e-4)); }
 
 }  // namespace
 
-Measure::Comparison Measure::compare(const std::function<void()>& ours, const std::function<void()>& reference,
-                                     const std::function<void()>& prepare) {
-  Rounds oursRounds;
-  Rounds referenceRounds;
-  for (std::size_t round = 0; round < rounds; ++round) {
-    prepare();
-    oursRounds.measure(round, ours);
-    prepare();
-    referenceRounds.measure(round, reference);
+Cost Measure::of(const Work& work) {
+  std::fflush(nullptr);  // what waits there would be printed by the child, too
+  const auto start = std::chrono::steady_clock::now();
+  const pid_t child = ::fork();
+  if (child == 0) runInChild(work);
+  int status = 0;
+  rusage used{};
+  if (child < 0 || ::wait4(child, &status, 0, &used) != child || status != 0) {
+    fmt::print(stderr, "A work that was to be measured failed.\n");
+    std::exit(1);
   }
-  return {.ours = oursRounds.median(), .reference = referenceRounds.median()};
+  return {.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(),
+          .processorSeconds = secondsOf(used.ru_utime) + secondsOf(used.ru_stime),
+          .peakBytes = std::int64_t{used.ru_maxrss} * 1024};
 }
 
-std::int64_t Measure::peakMemory(const std::function<void()>& work) {
-  std::array<int, 2> ends{};
-  if (::pipe(ends.data()) != 0) std::abort();
-  const pid_t child = ::fork();
-  if (child == 0) {
-    const std::int64_t before = peakOfThisProcess();
-    work();
-    const std::int64_t taken = peakOfThisProcess() - before;
-    const bool isTold = ::write(ends[1], &taken, sizeof taken) == sizeof taken;
-    ::_exit(isTold ? 0 : 1);
+void Measure::printHead() { fmt::print(rowFormat, "", "beside", "s", "", "CPU s", "", "peak", "to reach", ""); }
+
+bool Measure::compare(const Pair& pair, int rounds) {
+  std::vector<Cost> ours;
+  std::vector<Cost> others;
+  for (int round = 0; round <= rounds; ++round) {
+    const Cost own = prepared(pair, pair.ours);
+    const Cost other = prepared(pair, pair.other);
+    if (round == 0) continue;  // it warmed the caches
+    ours.push_back(own);
+    others.push_back(other);
   }
-  std::int64_t taken = 0;
-  if (::read(ends[0], &taken, sizeof taken) != sizeof taken) std::abort();
-  ::waitpid(child, nullptr, 0);
-  return taken;
+  const Cost own = medians(ours);
+  const Cost other = medians(others);
+  const bool isOfTime = pair.judged == Judged::time;
+  const double ratio = isOfTime ? own.seconds / other.seconds : own.processorSeconds / other.processorSeconds;
+  const bool isReached = ratio <= pair.limit && own.peakBytes <= pair.mostBytes.value_or(own.peakBytes);
+  std::string limit = fmt::format("{} {:.2f} x", isOfTime ? "s" : "CPU", pair.limit);
+  if (pair.mostBytes) limit += ", " + megabytes(*pair.mostBytes);
+  fmt::print(rowFormat, pair.what, pair.reference, fmt::format("{:.3f}", own.seconds),
+             ratioOf(own.seconds, other.seconds), fmt::format("{:.3f}", own.processorSeconds),
+             ratioOf(own.processorSeconds, other.processorSeconds), megabytes(own.peakBytes), limit,
+             isReached ? "" : "NOT REACHED");
+  return isReached;
+}
+
+bool Measure::compareMemory(const std::string& what, const Work& work, std::int64_t mostBytes) {
+  const Cost cost = of(work);
+  const bool isReached = cost.peakBytes <= mostBytes;
+  fmt::print(rowFormat, what, "", fmt::format("{:.3f}", cost.seconds), "", fmt::format("{:.3f}", cost.processorSeconds),
+             "", megabytes(cost.peakBytes), megabytes(mostBytes), isReached ? "" : "NOT REACHED");
+  return isReached;
 }
 
 void Measure::shell(const std::string& command) {
   if (std::system(command.c_str()) == 0) return;
   fmt::print(stderr, "This command failed: {}\n", command);
   std::exit(1);
-}
-
-void Measure::makeRandomFile(const std::filesystem::path& file, std::size_t megabytes) {
-  Fixture::SeededRandom random(1);
-  const Fixture::Bytes megabyte = random.bytes(1 << 20);
-  FileDescriptor target = FileDescriptor::create(file);
-  for (std::size_t i = 0; i < megabytes; ++i) target.write(megabyte);
-}
-
-void Measure::report(const std::string& what, const std::string& reference, const Comparison& comparison) {
-  const auto& [ours, other] = comparison;
-  fmt::print("{:<34} {:.2f} times {} ({:.3f} s to {:.3f} s), of processor time {:.2f} ({:.3f} s to {:.3f} s)\n", what,
-             ours.seconds / other.seconds, reference, ours.seconds, other.seconds,
-             ours.processorSeconds / other.processorSeconds, ours.processorSeconds, other.processorSeconds);
 }

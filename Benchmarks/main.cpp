@@ -1,30 +1,63 @@
+#include <CLI/CLI.hpp>
 #include <array>
-#include <string_view>
+#include <cstdio>
+#include <string>
+#include <vector>
 
-#include "Benchmarks/Measure.h"
+#include "Benchmarks/Measures.h"
 #include "Tests/Support/TemporaryDirectory.h"
 
 namespace {
 
-struct Benchmark {
-  std::string_view name;
-  void (*run)(const std::filesystem::path& folder) = nullptr;
-};
+constexpr std::array<MeasureGroup, 8> groups{{{"messages", measureMessages},
+                                              {"memory", measureMemory},
+                                              {"small", measureSmallFiles},
+                                              {"files", measureFiles},
+                                              {"encrypted", measureEncryptedFiles},
+                                              {"unlocking", measureUnlocking},
+                                              {"index", measureIndex},
+                                              {"growth", measureGrowth}}};
 
-// Memory that this process freed would be used again unseen, so what is measured for it comes first.
-constexpr std::array<Benchmark, 4> benchmarks{{{"export", measureExport},
-                                               {"messages", measureMessages},
-                                               {"copying", measureCopying},
-                                               {"decryption", measureDecryption}}};
+void addSizes(CLI::App& app, Sizes& sizes) {
+  app.add_option("--messages", sizes.messages, "Messages that are read and exported")->capture_default_str();
+  app.add_option("--chats", sizes.chats, "Chats that they are of")->capture_default_str();
+  app.add_option("--memory-chats", sizes.memoryChats, "Chats where memory is measured")->capture_default_str();
+  app.add_option("--memory-media", sizes.memoryMedia, "Media where memory is measured")->capture_default_str();
+  app.add_option("--small-files", sizes.smallFiles, "Files of 4 KB")->capture_default_str();
+  app.add_option("--files", sizes.files, "Larger files")->capture_default_str();
+  app.add_option("--megabytes", sizes.megabytes, "What they take together")->capture_default_str();
+  app.add_option("--unlock-rounds", sizes.unlockRounds, "Rounds of PBKDF2")->capture_default_str();
+  app.add_option("--index-rows", sizes.indexRows, "Rows of an encrypted index")->capture_default_str();
+  app.add_option("--scanned-media", sizes.scannedMedia, "Media of an encrypted scan")->capture_default_str();
+  app.add_option("--grown-chats", sizes.grownChats, "Chats beside a quarter of them")->capture_default_str();
+  app.add_option("--grown-media", sizes.grownMedia, "Media beside a quarter of them")->capture_default_str();
+}
+
+bool run(const MeasureGroup& group, Workshop workshop) {
+  const Fixture::TemporaryDirectory folder;
+  workshop.folder = folder.path();
+  return group.run(workshop);
+}
 
 }  // namespace
 
-// Runs all benchmarks, or those that are named.
+// Ends with 1 when a limit is missed.
 int main(int count, char** arguments) {
-  const Fixture::TemporaryDirectory folder;
-  for (const Benchmark& benchmark : benchmarks) {
-    bool isWanted = count < 2;
-    for (int i = 1; i < count; ++i) isWanted = isWanted || benchmark.name == arguments[i];
-    if (isWanted) benchmark.run(folder.path());
+  CLI::App app("Measures speed and memory beside tools that everybody has.");
+  Workshop workshop;
+  std::vector<std::string> names;
+  app.add_option("--rounds", workshop.rounds, "How often each is measured")->capture_default_str();
+  addSizes(app, workshop.sizes);
+  std::vector<std::string> known;
+  for (const MeasureGroup& group : groups) known.emplace_back(group.name);
+  app.add_option("groups", names, "Which are measured; all unless named")->check(CLI::IsMember(known));
+  CLI11_PARSE(app, count, arguments);
+
+  Measure::printHead();
+  bool isReached = true;
+  for (const MeasureGroup& group : groups) {
+    const bool isWanted = names.empty() || std::ranges::find(names, group.name) != names.end();
+    if (isWanted) isReached = run(group, workshop) && isReached;
   }
+  return isReached ? 0 : 1;
 }
