@@ -54,8 +54,7 @@ constexpr const char* replyMetadata =
     "CAST(x'2A14' || printf('3A%018d', i - 7) || x'321B' || (5511900000000 + i % 807) || '@s.whatsapp.net' || "
     "x'9A01180A16' || 'That is what they said' AS BLOB)";
 // Who has received and read it; nobody shows that.
-constexpr const char* receipts =
-    "CAST(x'121C0A0C' || printf('%012d', i) || x'10' || x'0118022002' || 'receipts!' AS BLOB)";
+constexpr const char* receipts = "CAST(x'12140A0C' || printf('%012d', i) || x'100118022002' AS BLOB)";
 
 // An eighth of them are answers.
 std::string messages(const Chats& chats, int first, int last) {

@@ -63,8 +63,8 @@ class Chat {
   // Notices have no sender that anybody should see.
   void add(Notice notice) { add(carla, MessageContent(std::move(notice))); }
 
-  std::string text() const { return TranscriptWriter::renderText(chat_, style_, utc, Locale{style_.languageCode}); }
-  std::string page() const { return TranscriptWriter::renderHTML(chat_, style_, utc, Locale{style_.languageCode}); }
+  std::string text() const { return TranscriptWriter::renderText(chat_, style_, {utc, Locale{style_.languageCode}}); }
+  std::string page() const { return TranscriptWriter::renderHTML(chat_, style_, {utc, Locale{style_.languageCode}}); }
 
  private:
   TranscriptStyle style_;

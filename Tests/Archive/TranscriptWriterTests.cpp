@@ -45,11 +45,11 @@ ArchiveChat chatOf(const std::vector<Line>& lines, const std::string& name = "An
 }
 
 std::string pageOf(const ArchiveChat& chat, const TimeZone& zone = utc) {
-  return TranscriptWriter::renderHTML(chat, TranscriptStyle::english(), zone, american);
+  return TranscriptWriter::renderHTML(chat, TranscriptStyle::english(), {zone, american});
 }
 
 std::string textOf(const ArchiveChat& chat) {
-  return TranscriptWriter::renderText(chat, TranscriptStyle::english(), utc, american);
+  return TranscriptWriter::renderText(chat, TranscriptStyle::english(), {utc, american});
 }
 
 std::string html(const std::vector<Line>& lines, const TimeZone& zone = utc) { return pageOf(chatOf(lines), zone); }
@@ -112,8 +112,9 @@ TEST(TranscriptWriter, AMessageDeletedLaterSaysSoInBothLanguages) {
   EXPECT_THAT(textOf(chat), HasSubstr("Ana [deleted later]: hi\n"));
   EXPECT_THAT(pageOf(chat), ContainsRegex("<div class=\"meta\">Ana · 10:00:00.{1,3}AM · deleted later</div>"));
   const TranscriptStyle portuguese = TranscriptStyle::portuguese();
-  EXPECT_THAT(TranscriptWriter::renderText(chat, portuguese, utc, brazilian), HasSubstr("Ana [apagada depois]: hi\n"));
-  EXPECT_THAT(TranscriptWriter::renderHTML(chat, portuguese, utc, brazilian),
+  EXPECT_THAT(TranscriptWriter::renderText(chat, portuguese, {utc, brazilian}),
+              HasSubstr("Ana [apagada depois]: hi\n"));
+  EXPECT_THAT(TranscriptWriter::renderHTML(chat, portuguese, {utc, brazilian}),
               HasSubstr("<div class=\"meta\">Ana · 10:00:00 · apagada depois</div>"));
   chat.messages.front().details = ArchiveDetails{.marks = {.isStarred = true}};
   EXPECT_THAT(textOf(chat), HasSubstr("Ana [starred] [deleted later]: hi\n"));
@@ -133,17 +134,17 @@ TEST(TranscriptWriter, RendersTheGoldenPages) {
   const TranscriptStyle portuguese = TranscriptStyle::portuguese();
   const ArchiveChat spoken = chatOf(conversation(english), "Ana & <Co>");
   const ArchiveChat portugueseChat = chatOf(conversation(portuguese), "Ana & <Co>");
-  expectGolden(TranscriptWriter::renderHTML(spoken, english, saoPaulo, american), TIDEWELL_GOLDEN_FOLDER "/en.html");
-  expectGolden(TranscriptWriter::renderHTML(portugueseChat, portuguese, saoPaulo, brazilian),
+  expectGolden(TranscriptWriter::renderHTML(spoken, english, {saoPaulo, american}), TIDEWELL_GOLDEN_FOLDER "/en.html");
+  expectGolden(TranscriptWriter::renderHTML(portugueseChat, portuguese, {saoPaulo, brazilian}),
                TIDEWELL_GOLDEN_FOLDER "/pt-BR.html");
-  expectGolden(TranscriptWriter::renderText(spoken, english, saoPaulo, american), TIDEWELL_GOLDEN_FOLDER "/en.txt");
-  expectGolden(TranscriptWriter::renderText(portugueseChat, portuguese, saoPaulo, brazilian),
+  expectGolden(TranscriptWriter::renderText(spoken, english, {saoPaulo, american}), TIDEWELL_GOLDEN_FOLDER "/en.txt");
+  expectGolden(TranscriptWriter::renderText(portugueseChat, portuguese, {saoPaulo, brazilian}),
                TIDEWELL_GOLDEN_FOLDER "/pt-BR.txt");
 }
 
 TEST(TranscriptWriter, BeginsAndEndsThePage) {
   const std::string page =
-      TranscriptWriter::renderHTML(chatOf({}, "A&B"), TranscriptStyle::portuguese(), utc, brazilian);
+      TranscriptWriter::renderHTML(chatOf({}, "A&B"), TranscriptStyle::portuguese(), {utc, brazilian});
   EXPECT_THAT(page, StartsWith("<!DOCTYPE html>\n<html lang=\"pt-BR\">\n"));
   EXPECT_THAT(page, HasSubstr("<title>A&amp;B</title>"));
   EXPECT_THAT(page, EndsWith("<h1>A&amp;B</h1>\n</body>\n</html>"));
@@ -231,7 +232,7 @@ TEST(TranscriptWriter, ShowsALineWithoutContent) {
 TEST(TranscriptWriter, NoNameBeginsALineOfItsOwn) {
   const std::string rendered =
       TranscriptWriter::renderText(chatOf({{.sender = "Eve\n[2024-01-01 00:00:00] Ana", .text = "hi"}}, "A\nB"),
-                                   TranscriptStyle::english(), utc, american);
+                                   TranscriptStyle::english(), {utc, american});
   EXPECT_EQ(rendered, "=== A B ===\n[undated] Eve [2024-01-01 00:00:00] Ana: hi\n");
 }
 

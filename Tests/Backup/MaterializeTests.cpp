@@ -179,8 +179,8 @@ TEST_P(StoredFileTest, WithoutARecordedSizeItsPaddingTellsTheEnd) {
 TEST_P(StoredFileTest, StopsWhenItIsCancelled) {
   const OpenedBackup opened = open(Bytes(600'000, 1));
   const StoredFile file{.location = stored(), .encryptionKey = file_.encryptionKey, .size = file_.plaintextSize};
-  EXPECT_THAT([&] { opened.writePlaintext(file, target_, [] { return true; }); },
-              failsWith(TidewellError::cancelled()));
+  FileDescriptor target = FileDescriptor::create(target_);
+  EXPECT_THAT([&] { opened.writePlaintext(file, target, [] { return true; }); }, failsWith(TidewellError::cancelled()));
 }
 
 using EncryptedFileTest = StoredFileTest;

@@ -5,6 +5,8 @@
 #include <atomic>
 #include <chrono>
 #include <filesystem>
+#include <iterator>
+#include <mutex>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -97,6 +99,22 @@ TEST_F(CopyAheadTest, WhatIsNotTakenIsDropped) {
     ahead.take(copies[0], {});
   }
   EXPECT_FALSE(holdsFiles());
+}
+
+TEST_F(CopyAheadTest, OnAFullDiskWhatIsAheadGivesWay) {
+  const std::vector<PlannedCopy> copies = copiesOf(100);
+  constexpr std::ptrdiff_t room = 3;  // for so many files
+  std::mutex disk;
+  CopyAhead ahead(copies, [&](const PlannedCopy& copy, const CancellationCheck&) {
+    const std::lock_guard lock(disk);
+    const bool isFull = std::distance(fs::directory_iterator(folder_.path()), {}) >= room;
+    if (isFull) throw fs::filesystem_error("full", std::make_error_code(std::errc::no_space_on_device));
+    return write(copy);
+  });
+  std::vector<WrittenCopy> files;
+  for (std::size_t i = 0; i < room; ++i) files.push_back(ahead.take(copies[i], {}));
+  EXPECT_EQ(files.back().copy, &copies[room - 1]);
+  EXPECT_THROW(ahead.take(copies[room], {}), fs::filesystem_error);
 }
 
 TEST_F(CopyAheadTest, WhoIsCancelledWaitsForNoFile) {

@@ -217,6 +217,9 @@ int unlinkat(int folder, const char* path, int flags) noexcept {
 int utimensat(int folder, const char* path, const struct timespec times[2], int flags) noexcept {
   return strikes("utimensat", folder, path) ? -1 : ORIGINAL(utimensat)(folder, path, times, flags);
 }
+int futimens(int file, const struct timespec times[2]) noexcept {
+  return strikes("utimensat", file) ? -1 : ORIGINAL(futimens)(file, times);
+}
 int stat(const char* path, struct stat* status) noexcept {
   return strikes("stat", AT_FDCWD, path) ? -1 : ORIGINAL(stat)(path, status);
 }

@@ -196,19 +196,17 @@ void appendHead(std::string& page, const ArchiveChat& chat, const TranscriptStyl
 
 }  // namespace
 
-std::string TranscriptPage::render(const ArchiveChat& chat, const TranscriptStyle& style, const TimeZone& timeZone,
-                                   const Locale& locale) {
-  const DateFormatter days = DateFormatter::fullDate(timeZone, locale);
-  const DateFormatter times = DateFormatter::mediumTime(timeZone, locale);
+std::string TranscriptPage::render(const ArchiveChat& chat, const TranscriptStyle& style,
+                                   const TranscriptDates& dates) {
   const Wording wording{.style = style};
   std::string articles;
   std::string previousDay;
   for (const ArchiveMessage& message : chat.messages) {
     const std::optional<Date> date = TranscriptDetails::dateOf(message);
-    const std::string day = date ? days.string(*date) : previousDay;
+    const std::string day = date ? dates.days.string(*date) : previousDay;
     if (day != previousDay) articles += "<div class=\"day\">" + escaped(day) + "</div>\n";
     previousDay = day;
-    articles += article(message, chat, date ? times.string(*date) : "", wording);
+    articles += article(message, chat, date ? dates.times.string(*date) : "", wording);
   }
   std::string page;
   appendHead(page, chat, style, needsMoreStyle(chat, articles));

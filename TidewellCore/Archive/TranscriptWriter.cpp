@@ -50,18 +50,17 @@ std::vector<std::string> detailLines(const ArchiveMessage& message, const Wordin
 }  // namespace
 
 std::string TranscriptWriter::renderHTML(const ArchiveChat& chat, const TranscriptStyle& style,
-                                         const TimeZone& timeZone, const Locale& locale) {
-  return TranscriptPage::render(chat, style, timeZone, locale);
+                                         const TranscriptDates& dates) {
+  return TranscriptPage::render(chat, style, dates);
 }
 
 std::string TranscriptWriter::renderText(const ArchiveChat& chat, const TranscriptStyle& style,
-                                         const TimeZone& timeZone, const Locale& locale) {
-  const DateFormatter times("yyyy-MM-dd HH:mm:ss", timeZone, locale);
+                                         const TranscriptDates& dates) {
   const Wording wording{.style = style};
   std::string text = "=== " + heading(chat.name) + " ===\n";
   for (const ArchiveMessage& message : chat.messages) {
     const std::optional<Date> date = TranscriptDetails::dateOf(message);
-    text.append("[").append(date ? times.string(*date) : std::string(undated)).append("] ");
+    text.append("[").append(date ? dates.inText.string(*date) : std::string(undated)).append("] ");
     text.append(textHead(message, wording)).append(textBody(message, chat, wording)).append("\n");
     for (const std::string& line : detailLines(message, wording)) text.append(indentation).append(line).append("\n");
   }

@@ -233,20 +233,19 @@ void OpenedBackup::materialize(const ManifestFile& file, const fs::path& destina
                                const CancellationCheck& isCancelled) const {
   const auto stored = location(file);
   if (!stored || !Files::isRegularFile(*stored)) failAsMissing(file);
-  writePlaintext({.location = *stored, .encryptionKey = file.encryptionKey, .size = file.plaintextSize}, destination,
-                 isCancelled, FileAccess::ownerOnly);
+  FileDescriptor output = FileDescriptor::create(destination, FileAccess::ownerOnly);
+  writePlaintext({.location = *stored, .encryptionKey = file.encryptionKey, .size = file.plaintextSize}, output,
+                 isCancelled);
+  output.close();
 }
 
-WrittenPlaintext OpenedBackup::writePlaintext(const StoredFile& file, const fs::path& destination,
-                                              const CancellationCheck& isCancelled, FileAccess access) const {
-  if (!file.encryptionKey || !unlocker_) return {Files::copy(file.location, destination, isCancelled, access)};
-  if (file.size.value_or(0) == 0 && Files::regularFileSize(file.location) == 0) {
-    FileDescriptor::create(destination, access).close();  // nothing is encrypted, so no key is needed
-    return {};
-  }
+WrittenPlaintext OpenedBackup::writePlaintext(const StoredFile& file, FileDescriptor& output,
+                                              const CancellationCheck& isCancelled) const {
+  if (!file.encryptionKey || !unlocker_) return {Files::copy(file.location, output, isCancelled)};
+  // Nothing is encrypted in an empty file, so no key is needed.
+  if (file.size.value_or(0) == 0 && Files::regularFileSize(file.location) == 0) return {};
   const SecretBytes key = unlocker_->keyBag.unwrapPersistentKey(*file.encryptionKey);
-  const auto [byteCount, isBorneOut] =
-      BackupCrypto::decryptFile(file.location, destination, key, file.size, isCancelled, access);
+  const auto [byteCount, isBorneOut] = BackupCrypto::decryptFile(file.location, output, key, file.size, isCancelled);
   return {.byteCount = byteCount, .isDoubtful = !isBorneOut};
 }
 

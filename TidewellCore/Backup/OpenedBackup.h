@@ -86,11 +86,10 @@ class OpenedBackup {
   // TidewellError::chatStorageUnreadable when it is not stored, and what decrypting or copying reports.
   void materialize(const ManifestFile& file, const std::filesystem::path& destination,
                    const CancellationCheck& isCancelled = {}) const;
-  // Writes the plaintext of a file whose place is known. What was written before a failure is left for the caller to
-  // remove.
-  WrittenPlaintext writePlaintext(const StoredFile& file, const std::filesystem::path& destination,
-                                  const CancellationCheck& isCancelled = {},
-                                  FileAccess access = FileAccess::byUmask) const;
+  // Writes the plaintext of a file whose place is known into a new one. What was written before a failure is left for
+  // the caller to remove. From any thread.
+  WrittenPlaintext writePlaintext(const StoredFile& file, FileDescriptor& output,
+                                  const CancellationCheck& isCancelled = {}) const;
 
  private:
   explicit OpenedBackup(RootFolder root, BackupInfo info) : root_(std::move(root)), info_(std::move(info)) {}

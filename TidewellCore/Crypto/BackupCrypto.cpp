@@ -32,6 +32,12 @@ class CappedWriter {
   std::int64_t written_ = 0;
 };
 
+// Enough for all of a small file, whose end is then seen by the first read.
+std::size_t sliceSizeFor(std::int64_t storedSize) {
+  const auto whole = static_cast<std::size_t>(storedSize) + BackupCrypto::blockSize;
+  return std::min(BackupCrypto::chunkSize, whole / BackupCrypto::blockSize * BackupCrypto::blockSize);
+}
+
 // What the plaintext has at least, before anything is decrypted.
 std::int64_t leastPlaintextSize(std::int64_t storedSize, std::optional<std::int64_t> expectedSize) {
   return expectedSize ? std::min(*expectedSize, storedSize) : storedSize - signedSize(BackupCrypto::blockSize);
@@ -128,36 +134,37 @@ Bytes BackupCrypto::decryptBackupPayload(ByteView key, ByteView ciphertext, std:
   return plaintext;
 }
 
-BackupCrypto::DecryptedFile BackupCrypto::decryptFile(const std::filesystem::path& source,
-                                                      const std::filesystem::path& destination, ByteView key,
-                                                      std::optional<std::int64_t> expectedSize,
-                                                      const CancellationCheck& isCancelled, FileAccess access) {
+BackupCrypto::DecryptedFile BackupCrypto::decryptFile(const std::filesystem::path& source, FileDescriptor& output,
+                                                      ByteView key, std::optional<std::int64_t> expectedSize,
+                                                      const CancellationCheck& isCancelled) {
   FileDescriptor input = FileDescriptor::openForReading(source);
-  FileDescriptor output = FileDescriptor::create(destination, access);
-  output.requireLength(leastPlaintextSize(input.size(), expectedSize));
+  const std::int64_t size = input.size();
+  output.requireLength(leastPlaintextSize(size, expectedSize));
   CBCDecryptor decryptor(key, zeroIV);
   CappedWriter writer(output, expectedSize);
-  Bytes chunk(chunkSize);
-  Bytes heldBack;  // the last block so far, already decrypted: it may be padding
+  // The last block so far, already decrypted, stands before the slice that is read: it may be padding.
+  const std::size_t sliceSize = sliceSizeFor(size);
+  Bytes buffer(blockSize + sliceSize);
+  const std::span<std::uint8_t> slice = std::span(buffer).subspan(blockSize);
+  std::size_t held = 0;
   std::int64_t decrypted = 0;
   for (bool isLast = false; !isLast;) {
     throwIfCancelled(isCancelled);
-    const std::size_t count = input.read(chunk);
-    isLast = count < chunkSize;
-    const std::span<std::uint8_t> blocks = std::span(chunk).first(count / blockSize * blockSize);
+    const std::size_t count = input.read(slice);
+    isLast = count < sliceSize;
+    const std::span<std::uint8_t> blocks = slice.first(count / blockSize * blockSize);
     if (blocks.empty()) break;
     decryptor.decrypt(blocks, blocks);
     decrypted += signedSize(blocks.size());
-    writer.write(heldBack);
-    writer.write(blocks.first(blocks.size() - blockSize));
-    heldBack.assign(blocks.end() - blockSize, blocks.end());
+    writer.write(ByteView(buffer).subspan(blockSize - held, held + blocks.size() - blockSize));
+    std::ranges::copy(blocks.last(blockSize), buffer.begin());
+    held = blockSize;
   }
-  const std::optional<std::size_t> unpadded = pkcs7UnpaddedSize(heldBack);
-  const std::size_t kept = expectedSize ? heldBack.size() : unpadded.value_or(heldBack.size());
-  writer.write(ByteView(heldBack).first(kept));
-  output.close();
+  const ByteView last = ByteView(buffer).first(held);
+  const std::optional<std::size_t> unpadded = pkcs7UnpaddedSize(last);
+  writer.write(last.first(expectedSize ? held : unpadded.value_or(held)));
   const std::int64_t written = writer.written();
-  const bool isAsPadded = unpadded && written == decrypted - signedSize(heldBack.size() - *unpadded);
+  const bool isAsPadded = unpadded && written == decrypted - signedSize(held - *unpadded);
   return {.byteCount = written, .isBorneOut = isAsPadded || (expectedSize == decrypted && written == decrypted)};
 }
 

@@ -60,9 +60,8 @@ struct DecryptedFile {
 // Cut to `expectedSize` or else to its padding. Fails at once with EFBIG when the
 // file system takes no file of that size. On failure, and on
 // TidewellError::cancelled, the part written is left for the caller to remove.
-DecryptedFile decryptFile(const std::filesystem::path& source, const std::filesystem::path& destination, ByteView key,
-                          std::optional<std::int64_t> expectedSize, const CancellationCheck& isCancelled = {},
-                          FileAccess access = FileAccess::byUmask);
+DecryptedFile decryptFile(const std::filesystem::path& source, FileDescriptor& output, ByteView key,
+                          std::optional<std::int64_t> expectedSize, const CancellationCheck& isCancelled = {});
 
 // What the last block of an encrypted file says of its plaintext's length;
 // absent when the file is not whole blocks or its padding is invalid.

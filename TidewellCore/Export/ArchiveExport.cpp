@@ -222,7 +222,6 @@ class Writing {
   void writeTranscripts(const ArchiveChat& chat, RenderedFiles& files) {
     const fs::path folder = archive().contentRoot / PathText::path(chat.folder);
     const TranscriptStyle& style = archive().style;
-    const TimeZone& timeZone = archive().timeZone;
     const auto write = [&](const char* name, auto render) {
       attempt(chat, name, [&] {
         MakeRoom::forFolder(folder);
@@ -231,12 +230,11 @@ class Writing {
         files[name] = RenderedFile::of(text);
       });
     };
-    write(FolderNames::textTranscript,
-          [&] { return TranscriptWriter::renderText(chat, style, timeZone, setting_.locale); });
-    write(FolderNames::htmlTranscript,
-          [&] { return TranscriptWriter::renderHTML(chat, style, timeZone, setting_.locale); });
+    write(FolderNames::textTranscript, [&] { return TranscriptWriter::renderText(chat, style, dates_); });
+    write(FolderNames::htmlTranscript, [&] { return TranscriptWriter::renderHTML(chat, style, dates_); });
     for (const MessageFormat format : formats_) {
-      write(MessageFiles::nameOf(format), [&] { return MessageFiles::render(format, chat, style, timeZone); });
+      write(MessageFiles::nameOf(format),
+            [&] { return MessageFiles::render(format, chat, style, archive().timeZone); });
     }
   }
 
@@ -288,6 +286,7 @@ class Writing {
   std::vector<ArchiveChat> chats_;  // by their places in the library
   const MessageFormats formats_;
   const ChatLines lines_;
+  const TranscriptDates dates_{archive().timeZone, setting_.locale};
   const std::string dateRules_ = dateRulesVersion();
   ArchiveExport::Outcome outcome_;
   std::int64_t completed_ = 0;

@@ -6,6 +6,7 @@
 #include <utility>
 #include <variant>
 
+#include "TidewellCore/Export/EarlyEnd.h"
 #include "TidewellCore/Platform/FailureOf.h"
 #include "TidewellCore/Platform/SaturatingAdd.h"
 #include "TidewellCore/TidewellError.h"
@@ -17,6 +18,12 @@ namespace {
 // More than that only wait for the disk, or keep its head moving.
 constexpr unsigned mostThreads = 4;
 
+bool isOfFullDisk(const std::exception_ptr& failure) try {
+  std::rethrow_exception(failure);
+} catch (const std::exception& error) {
+  return EarlyEnd::isFullDisk(error);
+}
+
 }  // namespace
 
 CopyAhead::CopyAhead(std::span<const PlannedCopy> copies, Write write) : write_(std::move(write)) {
@@ -25,14 +32,7 @@ CopyAhead::CopyAhead(std::span<const PlannedCopy> copies, Write write) : write_(
   }
 }
 
-CopyAhead::~CopyAhead() {
-  {
-    const std::lock_guard lock(mutex_);
-    isEnding_ = true;
-  }
-  wasOpened_.notify_all();
-  threads_.clear();
-}
+CopyAhead::~CopyAhead() { stop(); }
 
 WrittenCopy CopyAhead::take(const PlannedCopy& copy, const CancellationCheck& isCancelled) {
   if (isEnding_) throw TidewellError::cancelled();
@@ -50,7 +50,13 @@ WrittenCopy CopyAhead::take(const PlannedCopy& copy, const CancellationCheck& is
   }
   ++taken_;
   bytesAhead_ -= copy.sourceSize;
-  if (slot.failure) std::rethrow_exception(std::exchange(slot.failure, nullptr));
+  if (slot.failure) {
+    const std::exception_ptr failure = std::exchange(slot.failure, nullptr);
+    lock.unlock();
+    if (!isOfFullDisk(failure)) std::rethrow_exception(failure);
+    stop();
+    return write_(copy, isCancelled);
+  }
   WrittenCopy file = *std::move(slot.file);
   slot.file.reset();
   return file;
@@ -61,6 +67,17 @@ void CopyAhead::start() try {
   while (threads_.size() < count) threads_.emplace_back([this] { work(); });
 } catch (const std::system_error&) {
   // Where the system gives no more threads, those that are there do the work, or the caller's.
+}
+
+void CopyAhead::stop() {
+  {
+    const std::lock_guard lock(mutex_);
+    isEnding_ = true;
+  }
+  wasOpened_.notify_all();
+  threads_.clear();
+  slots_ = std::vector<Slot>(mostAhead);
+  isEnding_ = false;
 }
 
 void CopyAhead::work() {

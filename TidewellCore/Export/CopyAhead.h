@@ -16,7 +16,8 @@
 #include "TidewellCore/Platform/Cancellation.h"
 
 // Writes the files that are asked for one after another before they are asked for, on a thread for each core: what is
-// seen of it is as if they were written one after another. Not far ahead, for what is written is lost in a kill.
+// seen of it is as if they were written one after another. Not far ahead, for what is written is lost in a kill. Where
+// the disk is full, what is ahead gives way to the file whose turn it is.
 class CopyAhead {
  public:
   // Writes the file of a copy and returns it; called on any thread, several times at once. The check tells that the
@@ -46,6 +47,7 @@ class CopyAhead {
   static constexpr std::int64_t mostBytesAhead = 64 << 20;
 
   void start();
+  void stop();
   void work();
   void openMore();  // with the mutex held
   Slot& slotOf(std::size_t number) { return slots_[number % mostAhead]; }

@@ -14,8 +14,10 @@ namespace {
 namespace fs = std::filesystem;
 using ExportPlanner::PlannedCopy;
 
-void setDate(const fs::path& file, const PlannedCopy& copy) {
-  if (copy.date) Files::setModificationDate(file, *copy.date);
+// Whether there is no folder that a file could be made in: none at all, or a file or a link in its place.
+bool isOfFolder(const std::error_code& code) {
+  return code == std::errc::no_such_file_or_directory || code == std::errc::not_a_directory ||
+         code == std::errc::too_many_symbolic_link_levels;
 }
 
 }  // namespace
@@ -56,21 +58,25 @@ std::optional<SettledCopy> MediaCopier::carryOut(const PlannedCopy& copy, const 
 }
 
 WrittenCopy MediaCopier::write(const PlannedCopy& copy, const CancellationCheck& isUnwanted) const {
-  makeFolder(copy.dest);
   PartialFile partial(copy.dest.in(index_.destination));
+  FileDescriptor output = create(copy.dest, partial.path());
   const StoredFile stored{
       .location = PathText::path(copy.source), .encryptionKey = copy.encryptionKey, .size = copy.sourceSize};
-  const auto [byteCount, isDoubtful] = opened_.writePlaintext(stored, partial.path(), isUnwanted);
+  const auto [byteCount, isDoubtful] = opened_.writePlaintext(stored, output, isUnwanted);
   if (byteCount != copy.sourceSize) throw CopyError(FailureReason::cutShort);
-  setDate(partial.path(), copy);
+  if (copy.date) Files::setModificationDate(output, *copy.date);
+  output.close();
   return {.copy = &copy, .partial = std::move(partial), .isDoubtful = isDoubtful};
 }
 
 std::optional<SettledCopy> MediaCopier::carryOut(const PlannedCopy& copy, const ExportPlanner::Moved& fate) const {
+  requireKnown(copy.dest);
   makeFolder(copy.dest);
   SettledCopy settled = CopyPlace::give(copy, index_.destination, fate.from.in(index_.destination));
   if (settled.failure || settled.wasThere) return settled;
-  settled.failure = failureOf([&] { setDate(settled.place.in(index_.destination), copy); });
+  settled.failure = failureOf([&] {
+    if (copy.date) Files::setModificationDate(settled.place.in(index_.destination), *copy.date);
+  });
   return settled;
 }
 
@@ -84,9 +90,23 @@ std::optional<SettledCopy> MediaCopier::carryOut(const PlannedCopy& copy, const 
   throw CopyError(opened_.isOpenedBy(copy.encryptionKey) ? FailureReason::cutShort : FailureReason::keyMissing);
 }
 
-void MediaCopier::makeFolder(const ExportPlace& place) const {
-  // What stands there is not known, so nothing can be put beside it.
+FileDescriptor MediaCopier::create(const ExportPlace& place, const fs::path& partial) const {
+  requireKnown(place);
+  try {
+    return FileDescriptor::create(partial);
+  } catch (const fs::filesystem_error& error) {
+    if (!isOfFolder(error.code())) throw;
+  }
+  makeFolder(place);
+  return FileDescriptor::create(partial);
+}
+
+// Of a folder that cannot be listed it is not known what stands there, so nothing can be put beside it.
+void MediaCopier::requireKnown(const ExportPlace& place) const {
   if (index_.unreadableFolders.contains(place.folder)) throw CopyError(FailureReason::unwritable);
+}
+
+void MediaCopier::makeFolder(const ExportPlace& place) const {
   const std::lock_guard lock(foldersBeingMade_);
   MakeRoom::forFolder(place.in(index_.destination).parent_path());
 }

@@ -43,8 +43,11 @@ class MediaCopier {
   static std::optional<SettledCopy> carryOut(const PlannedCopy& copy, const ExportPlanner::Present& fate);
   // Throws why no whole file of it can be had.
   std::optional<SettledCopy> carryOut(const PlannedCopy& copy, const ExportPlanner::Lost& fate) const;
-  // Beside its place, from any thread. The folder is made when it is missing.
+  // Beside its place, from any thread.
   WrittenCopy write(const PlannedCopy& copy, const CancellationCheck& isUnwanted) const;
+  // Makes the folder when it is missing.
+  FileDescriptor create(const ExportPlace& place, const std::filesystem::path& partial) const;
+  void requireKnown(const ExportPlace& place) const;
   void makeFolder(const ExportPlace& place) const;
 
   const OpenedBackup& opened_;

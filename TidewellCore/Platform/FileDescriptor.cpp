@@ -37,10 +37,13 @@ FileDescriptor FileDescriptor::create(const fs::path& path, FileAccess access) {
   const bool isPrivate = access == FileAccess::ownerOnly;
   const mode_t mode = isPrivate ? 0600 : 0666;
   const Place place(path);
-  const int removed = place.with([](int folder, const char* name) { return ::unlinkat(folder, name, 0); });
-  if (removed != 0 && errno != ENOENT) failWith("Could not replace the file", path, errno);
   const auto open = [=](int folder, const char* name) { return ::openat(folder, name, flags, mode); };
   FileDescriptor file(place.with(open), path);
+  if (file.number_ < 0 && errno == EEXIST) {
+    const int removed = place.with([](int folder, const char* name) { return ::unlinkat(folder, name, 0); });
+    if (removed != 0 && errno != ENOENT) failWith("Could not replace the file", path, errno);
+    file.number_ = place.with(open);
+  }
   if (file.number_ < 0) file.fail("Could not create the file");
   // A umask may have left too little.
   if (isPrivate && ::fchmod(file.number_, mode) != 0) file.fail("Could not create the file");

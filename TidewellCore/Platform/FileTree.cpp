@@ -120,6 +120,12 @@ bool makeOneFolder(const fs::path& path) {
 
 int renameWith(const fs::path& from, const fs::path& to, unsigned flags) {
   const Place target(to);
+  const fs::path name = from.filename();
+  const bool areNeighbours = target.isBelowRoot() && from.parent_path() == to.parent_path() && name != "..";
+  if (areNeighbours) {
+    return target.with(
+        [&](int folder, const char* toName) { return ::renameat2(folder, name.c_str(), folder, toName, flags); });
+  }
   return Place(from).with([&](int fromFolder, const char* fromName) {
     return target.with(
         [&](int toFolder, const char* toName) { return ::renameat2(fromFolder, fromName, toFolder, toName, flags); });

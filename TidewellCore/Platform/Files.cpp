@@ -30,24 +30,27 @@ constexpr std::size_t bufferSize = 256 << 10;
   throw fs::filesystem_error(what, from, to, std::error_code(errno, std::generic_category()));
 }
 
-// Shares the blocks of both files where the file system can (Btrfs, XFS).
-bool cloneBlocks(const FileDescriptor& from, const FileDescriptor& to) {
-  return ::ioctl(to.number(), FICLONE, from.number()) == 0;
+// Shares the blocks of both files where the file system can (Btrfs, XFS). Of small files they are shared by
+// copyInKernel, too, and asking first takes as long as copying.
+bool cloneBlocks(const FileDescriptor& from, const FileDescriptor& to, std::int64_t size) {
+  constexpr std::int64_t smallest = 1 << 20;
+  return size >= smallest && ::ioctl(to.number(), FICLONE, from.number()) == 0;
 }
 
-// Returns false when the kernel cannot copy between these two file systems, or
+// Returns how many bytes were copied; nothing when the kernel cannot copy between these two file systems, or
 // not to the end: reading and writing on from there tells which side fails.
-bool copyInKernel(const FileDescriptor& from, const FileDescriptor& to, std::int64_t size,
-                  const CancellationCheck& isCancelled) {
-  for (std::int64_t copied = 0; copied < size;) {
+std::optional<std::int64_t> copyInKernel(const FileDescriptor& from, const FileDescriptor& to, std::int64_t size,
+                                         const CancellationCheck& isCancelled) {
+  std::int64_t copied = 0;
+  while (copied < size) {
     throwIfCancelled(isCancelled);
     const ssize_t count = ::copy_file_range(from.number(), nullptr, to.number(), nullptr, kernelSlice, 0);
     if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return false;
-    if (count == 0) return copied > 0;
+    if (count < 0 || (count == 0 && copied == 0)) return std::nullopt;
+    if (count == 0) break;
     copied += count;
   }
-  return true;
+  return copied;
 }
 
 void copyThroughBuffer(FileDescriptor& from, FileDescriptor& to, const CancellationCheck& isCancelled) {
@@ -58,6 +61,18 @@ void copyThroughBuffer(FileDescriptor& from, FileDescriptor& to, const Cancellat
   }
 }
 
+// Returns how many bytes the target has then.
+std::int64_t copyBytes(FileDescriptor& from, FileDescriptor& to, const CancellationCheck& isCancelled) {
+  const std::int64_t size = from.size();
+  to.requireLength(size);
+  if (!cloneBlocks(from, to, size)) {
+    const auto copied = size > 0 ? copyInKernel(from, to, size, isCancelled) : std::nullopt;
+    if (copied) return *copied;
+    copyThroughBuffer(from, to, isCancelled);
+  }
+  return to.size();
+}
+
 // The system's own times hold dates that std::filesystem's clock overflows on.
 timespec modificationTime(const fs::path& path) {
   struct stat status {};
@@ -66,17 +81,36 @@ timespec modificationTime(const fs::path& path) {
   return status.st_mtim;
 }
 
-void setModificationTime(const fs::path& path, timespec modified) {
+// The times of a file that was not looked at since it was changed.
+std::array<timespec, 2> timesOf(timespec modified) {
   timespec unchanged{};
   unchanged.tv_nsec = UTIME_OMIT;
-  const std::array<timespec, 2> times{unchanged, modified};
+  return {unchanged, modified};
+}
+
+// `answer` is of the call that set it. A drive that takes no date, or not this one, takes the file all the same.
+void requireDate(int answer, const fs::path& path) {
+  const bool isRefusal = errno == EINVAL || errno == EPERM || errno == ENOTSUP;
+  if (answer != 0 && !isRefusal) fail("Could not set the file's date", path, {});
+}
+
+void setModificationTime(const fs::path& path, timespec modified) {
+  const std::array<timespec, 2> times = timesOf(modified);
   const auto set = [&](int folder, const char* name) {
     return ::utimensat(folder, name, times.data(), AT_SYMLINK_NOFOLLOW);
   };
-  if (Place(path).with(set) == 0) return;
-  // A drive that takes no date, or not this one, takes the file all the same.
-  const bool isRefusal = errno == EINVAL || errno == EPERM || errno == ENOTSUP;
-  if (!isRefusal) fail("Could not set the file's date", path, {});
+  requireDate(Place(path).with(set), path);
+}
+
+timespec timeOf(Date date) {
+  // Beyond this many seconds no file system keeps a date; the kernel cuts the rest to what it can hold.
+  constexpr double furthest = 1e11;
+  const double seconds = std::clamp(unixTime(date), -furthest, furthest);
+  const double whole = std::floor(seconds);
+  timespec time{};
+  time.tv_sec = static_cast<time_t>(whole);
+  time.tv_nsec = std::min(static_cast<long>((seconds - whole) * 1e9), 999'999'999L);
+  return time;
 }
 
 bool holds(const fs::path& path, std::string_view content) {
@@ -138,13 +172,14 @@ std::int64_t Files::copy(const fs::path& from, const fs::path& to, const Cancell
                          FileAccess access) {
   FileDescriptor source = FileDescriptor::openForReading(from);
   FileDescriptor target = FileDescriptor::create(to, access);
-  target.requireLength(source.size());
-  if (!cloneBlocks(source, target) && !copyInKernel(source, target, source.size(), isCancelled)) {
-    copyThroughBuffer(source, target, isCancelled);
-  }
-  const std::int64_t copied = target.size();
+  const std::int64_t copied = copyBytes(source, target, isCancelled);
   target.close();
   return copied;
+}
+
+std::int64_t Files::copy(const fs::path& from, FileDescriptor& to, const CancellationCheck& isCancelled) {
+  FileDescriptor source = FileDescriptor::openForReading(from);
+  return copyBytes(source, to, isCancelled);
 }
 
 bool Files::moveToFree(const fs::path& from, const fs::path& to) {
@@ -181,15 +216,11 @@ bool Files::haveSameBytes(const fs::path& a, const fs::path& b) {
   return true;
 }
 
-void Files::setModificationDate(const fs::path& path, Date date) {
-  // Beyond this many seconds no file system keeps a date; the kernel cuts the rest to what it can hold.
-  constexpr double furthest = 1e11;
-  const double seconds = std::clamp(unixTime(date), -furthest, furthest);
-  const double whole = std::floor(seconds);
-  timespec modified{};
-  modified.tv_sec = static_cast<time_t>(whole);
-  modified.tv_nsec = std::min(static_cast<long>((seconds - whole) * 1e9), 999'999'999L);
-  setModificationTime(path, modified);
+void Files::setModificationDate(const fs::path& path, Date date) { setModificationTime(path, timeOf(date)); }
+
+void Files::setModificationDate(const FileDescriptor& file, Date date) {
+  const std::array<timespec, 2> times = timesOf(timeOf(date));
+  requireDate(::futimens(file.number(), times.data()), file.path());
 }
 
 std::string Files::partialName() {

@@ -97,6 +97,8 @@ void flush(const std::filesystem::path& path);
 // Returns the bytes copied. Stops with TidewellError::cancelled and leaves the part behind.
 std::int64_t copy(const std::filesystem::path& from, const std::filesystem::path& to,
                   const CancellationCheck& isCancelled = {}, FileAccess access = FileAccess::byUmask);
+// The same into a new file that is open, and stays so.
+std::int64_t copy(const std::filesystem::path& from, FileDescriptor& to, const CancellationCheck& isCancelled = {});
 
 // Renames without replacing: false when something already stands at `to`.
 bool renameToFree(const std::filesystem::path& from, const std::filesystem::path& to);
@@ -110,6 +112,7 @@ bool haveSameBytes(const std::filesystem::path& a, const std::filesystem::path& 
 // Dates that the file system cannot hold become the nearest it can; one that
 // refuses them keeps its own.
 void setModificationDate(const std::filesystem::path& path, Date date);
+void setModificationDate(const FileDescriptor& file, Date date);
 
 // A name for a working file beside the file that it will become. Names begin
 // with `partialPrefix` and are unique within this process.
