@@ -1,10 +1,12 @@
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <string>
 #include <vector>
 
 #include "Benchmarks/Measures.h"
+#include "Benchmarks/PhoneData.h"
 #include "Tests/Support/TemporaryDirectory.h"
 
 namespace {
@@ -51,8 +53,15 @@ int main(int count, char** arguments) {
   std::vector<std::string> known;
   for (const MeasureGroup& group : groups) known.emplace_back(group.name);
   app.add_option("groups", names, "Which are measured; all unless named")->check(CLI::IsMember(known));
+  std::string small;
+  app.add_option("--small-backup", small, "Only write the small backup that scripts/count-instructions exports");
   CLI11_PARSE(app, count, arguments);
 
+  if (!small.empty()) {
+    PhoneData::writeBackup({.chats = {.messages = 5'000, .chats = 40, .messagesToAMedium = 10}, .bytesOfAMedium = 4096},
+                           small);
+    return 0;
+  }
   Measure::printHead();
   bool isReached = true;
   for (const MeasureGroup& group : groups) {

@@ -2,8 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <limits>
-
 #include "TidewellCore/Crypto/BackupCrypto.h"
 #include "TidewellCore/Platform/FileDescriptor.h"
 #include "TidewellCore/Platform/Files.h"
@@ -42,11 +40,15 @@ void unlock(BackupKeyBag& keyBag, std::string_view password, const RunControl& c
   if (keys.used != nullptr) *keys.used = std::move(key);
 }
 
-void writeFile(const fs::path& path, ByteView content) {
-  Files::makeFolder(path.parent_path());
-  FileDescriptor file = FileDescriptor::create(path, FileAccess::ownerOnly);
-  file.write(content);
-  file.close();
+// The first two blocks, as far as there are so many. Throws when the file is not whole blocks, or empty.
+Bytes decryptedHeader(const fs::path& encrypted, ByteView key) {
+  FileDescriptor file = FileDescriptor::openForReading(encrypted);
+  if (file.size() % std::int64_t{BackupCrypto::blockSize} != 0) {
+    throw TidewellError::ioFailure("Could not decrypt a backup file.");
+  }
+  Bytes header(2 * BackupCrypto::blockSize);
+  header.resize(file.read(header));
+  return BackupCrypto::cbcDecryptRaw(key, BackupCrypto::zeroIV, header);
 }
 
 }  // namespace
@@ -71,19 +73,21 @@ void BackupUnlocker::decryptManifestDatabase(const fs::path& encrypted, const fs
                                              BackupUnlockReport& report) const {
   if (!manifestKey) throw TidewellError::manifestDecryptFailed("ManifestKey is missing after the key bag unlocked.");
   if (!Files::isRegularFile(encrypted)) throw TidewellError::missingManifestDB();
-  const Bytes ciphertext = Files::read(encrypted, std::numeric_limits<std::int64_t>::max());
-  report.manifestCipherByteCount = static_cast<std::int64_t>(ciphertext.size());
-  const SecretBytes padded = BackupCrypto::aesCBC(*manifestKey, BackupCrypto::zeroIV, ciphertext, {});
-  const ByteView plaintext = ByteView(padded).first(BackupCrypto::pkcs7UnpaddedSize(padded).value_or(padded.size()));
-  report.manifestDecryptedByteCount = static_cast<std::int64_t>(plaintext.size());
-  report.sqliteHeaderOK = textOf(plaintext).starts_with(SQLiteHeader::magic);
+  const std::int64_t size = Files::regularFileSize(encrypted).value_or(0);
+  report.manifestCipherByteCount = size;
+  report.manifestDecryptedByteCount = BackupCrypto::paddedFileSize(encrypted, *manifestKey).value_or(size);
+  const Bytes header = decryptedHeader(encrypted, *manifestKey);
+  report.sqliteHeaderOK = textOf(header).starts_with(SQLiteHeader::magic);
   if (!report.sqliteHeaderOK) {
     throw TidewellError::manifestDecryptFailed(
         fmt::format("Decrypted {} bytes from {}-byte Manifest.db, but the file does not start with a SQLite header.",
-                    plaintext.size(), ciphertext.size()));
+                    report.manifestDecryptedByteCount, size));
   }
-  writeFile(copy, plaintext);
-  report.sqliteJournal = sqliteJournalName(plaintext);
+  Files::makeFolder(copy.parent_path());
+  FileDescriptor output = FileDescriptor::create(copy, FileAccess::ownerOnly);
+  BackupCrypto::decryptFile(encrypted, output, *manifestKey, {});
+  output.close();
+  report.sqliteJournal = sqliteJournalName(header);
 }
 
 std::string BackupUnlocker::sqliteJournalName(ByteView header) {

@@ -22,7 +22,7 @@ struct BackupUnlocker {
                                BackupUnlockReport& report, const RunControl& control = {}, const KeyReuse& keys = {});
 
   // Writes the plaintext of Manifest.db to `copy`, making its folder when it is
-  // missing. The file is decrypted in memory in one piece.
+  // missing; nothing is written of what is no database.
   // Throws TidewellError::manifestDecryptFailed and TidewellError::missingManifestDB.
   void decryptManifestDatabase(const std::filesystem::path& encrypted, const std::filesystem::path& copy,
                                BackupUnlockReport& report) const;

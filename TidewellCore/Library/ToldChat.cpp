@@ -103,9 +103,10 @@ class Digest {
     add(std::int64_t{value.has_value()});
     if (value) add(*value);
   }
+  // Many of them are kept, so none with the memory of what it was made from.
   Bytes finish() {
     fold();
-    return std::move(bytes_);
+    return {bytes_.begin(), bytes_.end()};
   }
 
  private:
