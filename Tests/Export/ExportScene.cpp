@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "TidewellCore/Destination/OwnFiles.h"
 #include "TidewellCore/Library/LibraryFile.h"
 
 namespace ExportTest {
@@ -45,7 +46,8 @@ std::map<std::string, std::string> filesBelow(const fs::path& root) {
   std::map<std::string, std::string> files;
   for (const auto& entry : fs::recursive_directory_iterator(root)) {
     if (entry.symlink_status().type() != fs::file_type::regular) continue;
-    if (entry.path().filename() == LibraryFile::fileName) continue;
+    const fs::path name = entry.path().filename();
+    if (name == LibraryFile::fileName || name == OwnFiles::receipt) continue;  // they tell of times
     files.emplace(entry.path().lexically_relative(root).generic_string(), textOf(entry.path()));
   }
   return files;
@@ -58,6 +60,11 @@ std::vector<std::string> foldersBelow(const fs::path& root) {
   }
   std::ranges::sort(folders);
   return folders;
+}
+
+void forgetReceipt(const fs::path& destination) {
+  std::error_code isNone;
+  fs::remove(destination / "messages" / OwnFiles::receipt, isNone);
 }
 
 bool holdsPartials(const fs::path& root) {
@@ -120,6 +127,7 @@ ExportSummary Scene::runPart(const Selection& selection, const ExportOptions& op
   const Exporter exporter{.timeZone = TimeZone{"UTC"}, .locale = Locale{"en_US"}};
   ExportJob job{.backup = backup, .destination = destination, .options = options, .selection = selection};
   if (contents.encryption) job.password = contents.encryption->keyBag.password;
+  forgetReceipt(destination);
   return exporter.exportBackup(job, control);
 }
 

@@ -34,6 +34,7 @@ class RenderingTest : public testing::Test {
   RenderingTest() { run(); }
 
   ExportSummary run(const Exporter& exporter = {}) {
+    ExportTest::forgetReceipt(scene.destination);
     return exporter.exportBackup({.backup = scene.backup, .destination = scene.destination});
   }
   // The phone of a later day, with what `contents` holds now.

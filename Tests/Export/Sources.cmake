@@ -11,6 +11,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/ExportPlanTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportPlannerTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportPreferencesTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ExportReceiptTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportScene.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportTimingTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExporterDamageTests.cpp

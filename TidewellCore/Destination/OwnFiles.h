@@ -11,8 +11,10 @@
 // names as they are spelt on disk.
 namespace OwnFiles {
 
+// In the content root: what an export left behind that changed something.
+inline constexpr const char* receipt = ".tidewell-receipt.json";
 // In the content root: what exports remember for those that follow.
-inline constexpr std::array memories{FolderManifest::fileName, NamingMemory::fileName, LibraryFile::fileName};
+inline constexpr std::array memories{FolderManifest::fileName, NamingMemory::fileName, LibraryFile::fileName, receipt};
 // In the content root: what a clean-up has begun and not finished.
 inline constexpr const char* cleanUpJournal = ".tidewell-dedupe.json";
 

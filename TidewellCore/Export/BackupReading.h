@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string_view>
 
@@ -21,5 +22,10 @@ namespace BackupReading {
 // Opens and reads a backup for an export, or for what an export is compared with; tells its phases. Throws what
 // OpenedBackup and BackupSource do, and TidewellError::chatStorageUnreadable for one without WhatsApp's data.
 BackupSource read(const BackupToRead& backup, ProgressReporter& progress, const RunControl& control);
+
+// The two halves of it. `look` is shown the index before the databases are read.
+OpenedBackup open(const BackupToRead& backup, ProgressReporter& progress, const RunControl& control);
+BackupSource read(OpenedBackup opened, ProgressReporter& progress, const RunControl& control,
+                  const std::function<void(const ManifestStore&)>& look);
 
 }  // namespace BackupReading

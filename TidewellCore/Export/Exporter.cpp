@@ -19,6 +19,7 @@
 #include "TidewellCore/Export/BackupReading.h"
 #include "TidewellCore/Export/EarlyEnd.h"
 #include "TidewellCore/Export/ExportPlan.h"
+#include "TidewellCore/Export/ExportReceipt.h"
 #include "TidewellCore/Export/ExportRequests.h"
 #include "TidewellCore/Export/ExportTarget.h"
 #include "TidewellCore/Export/FailureLog.h"
@@ -381,14 +382,23 @@ ExportSummary Exporter::exportBackup(const ExportJob& wish, const RunControl& co
 
 ExportSummary Exporter::runExport(const ExportJob& job, const RunControl& control) const {
   ProgressReporter progress(control.progress);
-  BackupSource source = BackupReading::read({.backup = job.backup,
+  ExportReceipt receipt(*this, job, control.isCancelled);
+  OpenedBackup opened = BackupReading::open({.backup = job.backup,
                                              .password = job.password,
                                              .passwordKey = job.passwordKey,
                                              .unlockReport = job.unlockReport},
                                             progress, control);
+  if (auto nothingNew = receipt.summaryOfNothingNew()) {
+    progress.begin(Phase::finished);
+    return *std::move(nothingNew);
+  }
+  BackupSource source = BackupReading::read(std::move(opened), progress, control,
+                                            [&](const ManifestStore& manifest) { receipt.noteDatabases(manifest); });
   // One that was taken away would only lack the names of its contacts.
   EarlyEnd::requireBackup({.backup = &job.backup, .destination = &job.destination});
-  ExportSummary summary = Writing(*this, job, source, control).run(progress);
+  Writing writing(*this, job, source, control);
+  ExportSummary summary = writing.run(progress);
+  receipt.write(summary, control.isCancelled);
   progress.begin(Phase::finished);
   return summary;
 }
