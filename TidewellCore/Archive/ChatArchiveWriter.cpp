@@ -43,7 +43,8 @@ bool isOurs(const fs::path& page) {
 
 }  // namespace
 
-ChatArchiveWriter::ChatArchiveWriter(Setting setting) : setting_(std::move(setting)), blocks_(dataFolder()) {
+ChatArchiveWriter::ChatArchiveWriter(Setting setting)
+    : setting_(std::move(setting)), blocks_(dataFolder(), setting_.writeFile) {
   MakeRoom::forFolder(setting_.contentRoot / FolderNames::viewer);
   MakeRoom::forFolder(dataFolder());
 }
@@ -72,7 +73,7 @@ RenderedFile ChatArchiveWriter::writeMessages(const ArchiveChat& chat) {
     blocks_.add(std::move(json));
   }
   script += ArchiveScripts::chatClosing;
-  Files::writeWhenDifferent(dataFolder() / ArchiveScripts::chatFileName(chat.id), script);
+  setting_.writeFile(dataFolder() / ArchiveScripts::chatFileName(chat.id), script);
   return RenderedFile::of(script);
 }
 

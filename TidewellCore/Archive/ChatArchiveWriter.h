@@ -11,6 +11,8 @@
 #include "TidewellCore/Archive/ArchiveChatSummary.h"
 #include "TidewellCore/Archive/MessageBlocks.h"
 #include "TidewellCore/Platform/DateText.h"
+#include "TidewellCore/Platform/FileBatch.h"
+#include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/Json.h"
 #include "TidewellCore/TranscriptStyle.h"
 
@@ -26,6 +28,8 @@ class ChatArchiveWriter {
     std::filesystem::path contentRoot;  // gets the rest: the destination, or a folder in it
     TranscriptStyle style;
     TimeZone timeZone;  // of the times that the page shows
+    // Writes chats and blocks; what it keeps back has to be in place before the page is finished.
+    FileWriter writeFile = Files::writeWhenDifferent;
   };
 
   explicit ChatArchiveWriter(Setting setting);

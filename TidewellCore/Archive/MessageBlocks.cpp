@@ -63,7 +63,7 @@ void MessageBlocks::write() {
   if (lines_.empty()) return;
   const std::string content = ArchiveScripts::block(lines_);
   const std::string name = fileName(content);
-  Files::writeWhenDifferent(folder_ / PathText::path(name), content);
+  writeFile_(folder_ / PathText::path(name), content);
   RenderedBlock block{.file = name, .size = static_cast<std::int64_t>(content.size())};
   for (const auto& [chatID, firstMessage, count] : parts_) block.parts.push_back({chatID, firstMessage, count});
   keep(block);

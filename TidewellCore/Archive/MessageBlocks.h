@@ -9,6 +9,7 @@
 
 #include "TidewellCore/Archive/ArchiveBlock.h"
 #include "TidewellCore/Library/Renderings.h"
+#include "TidewellCore/Platform/FileBatch.h"
 #include "TidewellCore/Platform/Json.h"
 
 // All messages of an archive once more, as lines (MessageLine) in files of about
@@ -22,7 +23,8 @@
 class MessageBlocks {
  public:
   // `folder` is that of the archive's data files, and exists when `add` is called.
-  explicit MessageBlocks(std::filesystem::path folder) : folder_(std::move(folder)) {}
+  MessageBlocks(std::filesystem::path folder, FileWriter writeFile)
+      : folder_(std::move(folder)), writeFile_(std::move(writeFile)) {}
 
   // The messages added from now on are those of this chat, in order.
   void beginChat(const std::string& id);
@@ -48,6 +50,7 @@ class MessageBlocks {
   void write();
 
   std::filesystem::path folder_;
+  FileWriter writeFile_;
   std::string lines_;
   std::vector<ArchiveBlock::Part> parts_;  // of the block that is being filled
   std::string chatID_;

@@ -1,6 +1,8 @@
 #include "TidewellCore/Export/ArchiveExport.h"
 
 #include <algorithm>
+#include <map>
+#include <set>
 
 #include "TidewellCore/Archive/ArchiveScripts.h"
 #include "TidewellCore/Archive/ChatLines.h"
@@ -68,13 +70,16 @@ class Writing {
         known_(Renderings::load(source.library.database())),
         chats_(shownChats(source, setting.archive.contentRoot)),
         formats_(wantedFormats()),
-        lines_(source.library, setting.archive.style) {}
+        lines_(source.library, setting.archive.style),
+        files_(setting.disk) {}
 
   ArchiveExport::Outcome run() {
     for (const ArchiveChat& chat : chats_) {
       if (chat.avatarRelativePath) outcome_.pages.pictures.emplace(chat.id, *chat.avatarRelativePath);
     }
-    ChatArchiveWriter archive(setting_.archive);
+    ChatArchiveWriter::Setting setting = setting_.archive;
+    setting.writeFile = [this](const fs::path& path, std::string_view content) { writeFile(path, content); };
+    ChatArchiveWriter archive(std::move(setting));
     const RenderingPlan pages = plan();
     doubtOtherManners(pages);
     for (const RenderingPlan::Shelf& shelf : pages.shelves) {
@@ -84,11 +89,22 @@ class Writing {
         keep(archive, shelf);
       }
     }
+    settle();
     outcome_.page = archive.finish();
     return std::move(outcome_);
   }
 
  private:
+  // Whose file it is, and what it is called when it fails: blocks and data are the archive's page.
+  struct Page {
+    std::size_t chat = 0;
+    std::int64_t shelf = 0;
+    std::string name;
+  };
+  static Page pageOf(const RenderingPlan::Chat& chat, const char* name) {
+    return {.chat = chat.number, .shelf = chat.rendering.shelf, .name = name};
+  }
+
   const ChatArchiveWriter::Setting& archive() const { return setting_.archive; }
   const KeptChat& kept(std::size_t number) const { return source_.library.chats()[number]; }
 
@@ -191,9 +207,30 @@ class Writing {
       shown.messages = lines_.messages(kept(chat.number));
       isWhole &= chat.isStale ? make(pages, chat) : makeLines(pages, chat);
       shown.messages = {};
+      if (files_.isFull()) settle();
     }
     std::vector<RenderedBlock> blocks = pages.blocks().endShelf();
+    isWhole &= !brokenShelves_.contains(shelf.number);
     if (isWhole) outcome_.pages.renderings.shelves.emplace(shelf.number, std::move(blocks));
+  }
+
+  // To come into its place together with others.
+  void writeFile(const fs::path& path, std::string_view content) {
+    files_.write(path, content);
+    pages_.insert_or_assign(path, beingWritten_);
+  }
+
+  // Brings the files that were written into their places. A chat that lacks one of them is as good as not made.
+  void settle() {
+    for (const auto& [path, reason] : files_.settle()) {
+      const Page page = pages_.at(path);
+      attempt(page, [&] { std::rethrow_exception(reason); });
+      if (page.name != FolderNames::archivePage) --outcome_.transcriptCount;
+      outcome_.pages.renderings.chats.erase(kept(page.chat).id);
+      outcome_.pages.renderings.shelves.erase(page.shelf);
+      brokenShelves_.insert(page.shelf);
+    }
+    pages_.clear();
   }
 
   // Makes all pages of a chat. Tells whether all could be written.
@@ -206,27 +243,28 @@ class Writing {
     rendering.lastTimestamp = summary.lastTimestamp;
     rendering.absent = absentMedia(shown);
     rendering.folder = shown.folder;
-    if (!shown.folder.empty()) writeTranscripts(shown, rendering.files);
-    attempt(shown, FolderNames::archivePage, [&] { rendering.files[summary.dataFile] = pages.writeMessages(shown); });
+    if (!shown.folder.empty()) writeTranscripts(chat, rendering.files);
+    attempt(pageOf(chat, FolderNames::archivePage),
+            [&] { rendering.files[summary.dataFile] = pages.writeMessages(shown); });
     return enter(pages, chat, std::move(rendering));
   }
 
   bool makeLines(ChatArchiveWriter& pages, const RenderingPlan::Chat& chat) {
-    const bool isDone =
-        attempt(chats_[chat.number], FolderNames::archivePage, [&] { pages.writeLines(chats_[chat.number]); });
+    const bool isDone = attempt(pageOf(chat, FolderNames::archivePage), [&] { pages.writeLines(chats_[chat.number]); });
     enter(pages, chat, chat.rendering);
     return isDone;
   }
 
   // What cannot be written of a chat is recorded.
-  void writeTranscripts(const ArchiveChat& chat, RenderedFiles& files) {
+  void writeTranscripts(const RenderingPlan::Chat& planned, RenderedFiles& files) {
+    const ArchiveChat& chat = chats_[planned.number];
     const fs::path folder = archive().contentRoot / PathText::path(chat.folder);
     const TranscriptStyle& style = archive().style;
     const auto write = [&](const char* name, auto render) {
-      attempt(chat, name, [&] {
+      attempt(pageOf(planned, name), [&] {
         MakeRoom::forFolder(folder);
         const std::string text = render();
-        Files::writeWhenDifferent(folder / name, text);
+        writeFile(folder / name, text);
         files[name] = RenderedFile::of(text);
       });
     };
@@ -239,12 +277,14 @@ class Writing {
   }
 
   template <typename Work>
-  bool attempt(const ArchiveChat& chat, const char* name, Work work) {
+  bool attempt(const Page& page, Work work) {
     try {
+      beingWritten_ = page;
       work();
       return true;
     } catch (const std::exception& error) {
-      failures_.add(error, {.name = name, .chat = chat.name, .reason = CopyFailures::reasonOf(error, {})});
+      failures_.add(error,
+                    {.name = page.name, .chat = chats_[page.chat].name, .reason = CopyFailures::reasonOf(error, {})});
       return false;
     }
   }
@@ -290,6 +330,10 @@ class Writing {
   const std::string dateRules_ = dateRulesVersion();
   ArchiveExport::Outcome outcome_;
   std::int64_t completed_ = 0;
+  FileBatch files_;
+  Page beingWritten_;
+  std::map<fs::path, Page> pages_;  // of the files that wait
+  std::set<std::int64_t> brokenShelves_;
 };
 
 }  // namespace

@@ -330,6 +330,7 @@ class Writing {
                                           .contentRoot = target_.contentRoot(),
                                           .style = exporter_.transcriptStyle,
                                           .timeZone = exporter_.timeZone},
+                              .disk = target_.disk(),
                               .locale = exporter_.locale,
                               .kinds = job_.options.includedKinds,
                               .formats = job_.options.formats},

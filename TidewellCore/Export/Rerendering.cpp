@@ -67,6 +67,7 @@ class Run {
                                              .contentRoot = target_.contentRoot(),
                                              .style = TranscriptStyle::matching(locale),
                                              .timeZone = timeZone},
+                                 .disk = target_.disk(),
                                  .locale = locale,
                                  .kinds = {},
                                  .formats = job_.formats,

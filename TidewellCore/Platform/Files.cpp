@@ -113,16 +113,6 @@ timespec timeOf(Date date) {
   return time;
 }
 
-bool holds(const fs::path& path, std::string_view content) {
-  const auto length = static_cast<std::int64_t>(content.size());
-  if (Files::regularFileSize(path) != length) return false;
-  try {
-    return textOf(Files::read(path, length)) == content;
-  } catch (const fs::filesystem_error&) {
-    return false;
-  }
-}
-
 }  // namespace
 
 Bytes Files::read(const fs::path& path, std::int64_t limit) {
@@ -140,6 +130,16 @@ Bytes Files::read(const fs::path& path, std::int64_t limit) {
 std::optional<Bytes> Files::readIfThere(const fs::path& path, std::int64_t limit) {
   if (kindOf(path) != Kind::file || regularFileSize(path).value_or(0) > limit) return std::nullopt;
   return read(path, limit);
+}
+
+bool Files::holds(const fs::path& path, std::string_view content) {
+  const auto length = static_cast<std::int64_t>(content.size());
+  if (regularFileSize(path) != length) return false;
+  try {
+    return textOf(read(path, length)) == content;
+  } catch (const fs::filesystem_error&) {
+    return false;
+  }
 }
 
 void Files::writeAtomically(const fs::path& path, std::string_view content) {

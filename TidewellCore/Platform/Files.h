@@ -83,6 +83,9 @@ Bytes read(const std::filesystem::path& path, std::int64_t limit);
 // The same; absent when no regular file stands there, or one longer than `limit` bytes.
 std::optional<Bytes> readIfThere(const std::filesystem::path& path, std::int64_t limit);
 
+// Whether a regular file has that content; one that cannot be read has not.
+bool holds(const std::filesystem::path& path, std::string_view content);
+
 // Replaces a file as one step: readers see the old content or the new, never a part.
 void writeAtomically(const std::filesystem::path& path, std::string_view content);
 // The same, but a regular file that holds that content already keeps its date:
