@@ -14,6 +14,9 @@ namespace {
 namespace fs = std::filesystem;
 using ExportPlanner::PlannedCopy;
 
+// Of two such at once a disk that turns would read and write a slice each, and move its head in between.
+constexpr std::int64_t largeFile = 4 << 20;
+
 // Whether there is no folder that a file could be made in: none at all, or a file or a link in its place.
 bool isOfFolder(const std::error_code& code) {
   return code == std::errc::no_such_file_or_directory || code == std::errc::not_a_directory ||
@@ -58,6 +61,8 @@ std::optional<SettledCopy> MediaCopier::carryOut(const PlannedCopy& copy, const 
 }
 
 WrittenCopy MediaCopier::write(const PlannedCopy& copy, const CancellationCheck& isUnwanted) const {
+  std::unique_lock oneAtATime(largeFileBeingWritten_, std::defer_lock);
+  if (copy.sourceSize >= largeFile) oneAtATime.lock();
   PartialFile partial(copy.dest.in(index_.destination));
   FileDescriptor output = create(copy.dest, partial.path());
   const StoredFile stored{

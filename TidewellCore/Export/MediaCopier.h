@@ -55,5 +55,6 @@ class MediaCopier {
   CopyBatches batches_;
   CancellationCheck isCancelled_;
   mutable std::mutex foldersBeingMade_;  // what one thread made is not to be moved away by another
-  CopyAhead ahead_;                      // last, so that its threads end before what they use
+  mutable std::mutex largeFileBeingWritten_;
+  CopyAhead ahead_;  // last, so that its threads end before what they use
 };
