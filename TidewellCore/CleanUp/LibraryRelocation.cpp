@@ -28,9 +28,8 @@ void relocate(const SQLiteDB& library, const NewPlace& newPlace) {
 }
 
 std::string warningOf(const char* state) {
-  return fmt::format(
-      "This export’s library, “{}”, {} and was left as it is, so it does not know where the files are now.",
-      LibraryFile::fileName, state);
+  return fmt::format("This export’s library {} and was left as it is, so it does not know where the files are now.",
+                     state);
 }
 
 }  // namespace

@@ -214,8 +214,6 @@ std::string LibraryFile::adviceForDamaged() {
 std::string LibraryFile::setAside(const fs::path& contentRoot) {
   MakeRoom::at(contentRoot / fileName);
   MakeRoom::at(contentRoot / journalName);
-  return fmt::format(
-      "This export’s library, “{}”, was damaged and has been set aside. It was made anew from the archive’s pages and "
-      "this backup; what only the library knew may be missing.",
-      fileName);
+  return "This export’s library was damaged and has been set aside. It was made anew from the archive’s pages and this "
+         "backup; what only the library knew may be missing.";
 }
