@@ -26,6 +26,7 @@ struct MessageRecord {
   double sort = -std::numeric_limits<double>::infinity();  // the phone's order of messages of one date
   std::optional<std::string_view> text;
   bool isFromMe = false;
+  bool hasDetails = false;  // ChatStorageSnapshot::details has more of it, which says so
   std::optional<std::string_view> fromJID;
   std::optional<std::string_view> pushName;  // as it is stored, plausible or not
   std::optional<std::int64_t> groupMemberPK;

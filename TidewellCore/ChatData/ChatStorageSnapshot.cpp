@@ -69,6 +69,7 @@ ChatStorageSnapshot::ChatStorageSnapshot(ChatTables tables) : tables_(std::move(
   const Places places = arrange();
   attachMedia(keys, places);
   std::ranges::stable_sort(tables_.details, {}, &std::pair<std::int64_t, MessageDetails>::first);
+  markDetailed(keys, places);
   unifyPeople(keys, places);
   fileOriginals(keys, places);
 }
@@ -116,6 +117,14 @@ ChatStorageSnapshot::Places ChatStorageSnapshot::arrange() {
     if (!std::ranges::is_sorted(ofChat, {}, rankOfRow)) std::ranges::sort(ofChat, {}, rankOfRow);
   }
   return bringInto(order, rows);
+}
+
+void ChatStorageSnapshot::markDetailed(const Keys& keys, const Places& places) {
+  for (const auto& [pk, details] : tables_.details) {
+    for (auto found = std::ranges::lower_bound(keys, pk); found != keys.end() && *found == pk; ++found) {
+      tables_.messages[places[static_cast<std::size_t>(found - keys.begin())]].hasDetails = true;
+    }
+  }
 }
 
 // A file that another item names already is the later item's.
@@ -179,6 +188,7 @@ void ChatStorageSnapshot::fileOriginals(const Keys& keys, const Places& places) 
 }
 
 const MessageDetails* ChatStorageSnapshot::details(const MessageRecord& message) const {
+  if (!message.hasDetails) return nullptr;  // few have any, and looking for them takes as long as reading the message
   const auto found =
       std::ranges::lower_bound(tables_.details, message.pk, {}, &std::pair<std::int64_t, MessageDetails>::first);
   return found != tables_.details.end() && found->first == message.pk ? &found->second : nullptr;

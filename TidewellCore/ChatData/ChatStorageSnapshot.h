@@ -112,6 +112,7 @@ class ChatStorageSnapshot {
   ChatsOfRecords listChats();
   Places arrange();
   void attachMedia(const Keys& keys, const Places& places);
+  void markDetailed(const Keys& keys, const Places& places);
   void fileMembers();
   void unifyPeople(const Keys& keys, const Places& places);
   void fileOriginals(const Keys& keys, const Places& places);
