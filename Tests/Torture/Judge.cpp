@@ -48,6 +48,7 @@ class Transcripts {
 }  // namespace
 
 void Judge::begin(const Phone& phone) {
+  isBrokenOff_ = true;
   for (const Medium& medium : phone.media()) media_.insert(medium.sha1);
   for (const Medium& picture : phone.pictures()) media_.insert(picture.sha1);
   const std::vector<SeenFile> files = Destination::look(destination_);
@@ -83,13 +84,14 @@ void Judge::judgeFiles() const {
   }
 }
 
-void Judge::judgeRun(const Finished& finished, const Phone& phone) const {
+void Judge::judgeRun(const Finished& finished, const Phone& phone) {
   if (finished.exitCode != done && finished.exitCode != failed && finished.exitCode != incomplete) {
     throw Difference("exit code " + std::to_string(finished.exitCode) + ": " + finished.errors);
   }
   const Json::Object summary = parsed(finished);
   if (finished.output.find(".tidewell-") != std::string::npos) throw Difference("a hidden name: " + finished.output);
   if (finished.exitCode == failed && !summary.contains("error")) throw Difference("no error: " + finished.output);
+  isBrokenOff_ = finished.exitCode == failed;
   if (finished.exitCode == done) requireWhole(phone);
   if (finished.exitCode == incomplete) judgeFailures(summary, phone);
 }

@@ -29,14 +29,18 @@ class Judge {
   // After any step, however it ended.
   void judgeFiles() const;
   // After a run that ended by itself: what its exit code and its words promise.
-  void judgeRun(const Finished& finished, const Phone& phone) const;
+  void judgeRun(const Finished& finished, const Phone& phone);
   void requireWhole(const Phone& phone) const;
 
   // What was done on purpose.
   void addForeign(const std::string& sha1) { foreign_.insert(sha1); }
   void addEmptied(const std::string& path) { emptied_.insert(path); }
-  // A folder of the content root has another name: files that are found there stay there.
-  void addRenamed(const std::string& from, const std::string& to) { otherNames_.emplace(from, to); }
+  // A folder of the content root has another name: files that are found there stay there. What a run copied that was
+  // broken off nobody knows of yet, so that it may come once more.
+  void addRenamed(const std::string& from, const std::string& to) {
+    if (isBrokenOff_) return addCopied(from, to);
+    otherNames_.emplace(from, to);
+  }
   // The same of a copy, where they are found once the first is gone.
   void addCopied(const std::string& from, const std::string& to) {
     otherNames_.emplace(from, to);
@@ -62,6 +66,7 @@ class Judge {
   std::set<std::string> pages_;    // SHA-1 of all pages and transcripts that stood there when a step began
   std::set<std::string> emptied_;  // paths
   std::multimap<std::string, std::string> otherNames_;  // of folders
+  bool isBrokenOff_ = false;                            // the last run did not come to its end
   std::set<std::string> copied_;                        // folders
   std::string uncertain_;
   bool mayRepeat_ = false;

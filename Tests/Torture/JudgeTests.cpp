@@ -95,6 +95,17 @@ TEST_F(JudgeTest, LooksForMediaWhereTheirFolderWent) {
   EXPECT_NO_THROW(judge.requireWhole(phone));
 }
 
+TEST_F(JudgeTest, TakesASecondCopyOfWhatABrokenOffRunLeftInARenamedFolder) {
+  const fs::path file = medium();
+  const fs::path folder = file.parent_path();
+  const fs::path moved = folder.parent_path() / "Moved";
+  judge.begin(phone);
+  judge.addRenamed(folder.filename().string(), "Moved");
+  fs::create_directory(moved);
+  fs::copy_file(file, moved / file.filename());
+  EXPECT_NO_THROW(judge.requireWhole(phone));
+}
+
 TEST_F(JudgeTest, FindsATextThatIsMissing) {
   for (const auto& file : look(destination)) {
     if (file.path.ends_with("_transcript.txt")) fs::resize_file(destination / file.path, 0);
