@@ -12,6 +12,7 @@
 #include <thread>
 
 #include "Tests/Support/Failures.h"
+#include "Tests/Support/RefusedCall.h"
 #include "Tests/Support/TemporaryDirectory.h"
 #include "TidewellCore/TidewellError.h"
 
@@ -90,6 +91,27 @@ TEST_F(CopyAheadTest, IsNotFarAhead) {
       ASSERT_LE(begun - taken, most);
     }
   }
+}
+
+// A limit on threads that is reached for a moment, in a process of its own.
+TEST_F(CopyAheadTest, WithoutThreadsTheCallerWritesAllOfThem) {
+  const std::vector<PlannedCopy> copies = copiesOf(20);
+  const auto takeAll = [&] {
+    CopyAhead ahead(copies, [this](const PlannedCopy& copy, const CancellationCheck&) { return write(copy); });
+    Fixture::refuseCallOnce(SYS_clone3, EAGAIN);
+    for (const PlannedCopy& copy : copies) {
+      if (ahead.take(copy, {}).copy != &copy) ::_exit(1);
+    }
+    ::_exit(0);
+  };
+  EXPECT_EXIT(takeAll(), testing::ExitedWithCode(0), "");
+}
+
+TEST_F(CopyAheadTest, ACopyThatIsNotTheNextOneIsRefused) {
+  const std::vector<PlannedCopy> copies = copiesOf(3);
+  CopyAhead ahead(copies, [this](const PlannedCopy& copy, const CancellationCheck&) { return write(copy); });
+  ahead.take(copies[0], {});
+  EXPECT_THROW(ahead.take(copies[2], {}), std::logic_error);
 }
 
 TEST_F(CopyAheadTest, WhatIsNotTakenIsDropped) {

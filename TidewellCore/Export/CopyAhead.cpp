@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <stdexcept>
 #include <system_error>
 #include <utility>
 #include <variant>
@@ -36,9 +37,10 @@ CopyAhead::~CopyAhead() { stop(); }
 
 WrittenCopy CopyAhead::take(const PlannedCopy& copy, const CancellationCheck& isCancelled) {
   if (isEnding_) throw TidewellError::cancelled();
-  if (taken_ == 0) start();
+  if (!std::exchange(hasStarted_, true)) start();
   if (threads_.empty()) return write_(copy, isCancelled);
   std::unique_lock lock(mutex_);
+  if (copies_.at(taken_) != &copy) throw std::logic_error("a copy was taken out of its turn");
   openMore();
   Slot& slot = slotOf(taken_);
   constexpr auto patience = std::chrono::milliseconds(50);

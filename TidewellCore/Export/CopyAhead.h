@@ -55,6 +55,7 @@ class CopyAhead {
   std::vector<const ExportPlanner::PlannedCopy*> copies_;  // in the order in which they are taken
   const Write write_;
   std::atomic<bool> isEnding_ = false;
+  bool hasStarted_ = false;  // or tried to; where that failed once, all is written by the caller
 
   std::mutex mutex_;  // of all below
   std::condition_variable wasOpened_;
