@@ -9,6 +9,7 @@
 
 #include <array>
 #include <cstddef>
+#include <future>
 #include <stdexcept>
 #include <thread>
 
@@ -42,20 +43,24 @@ inline void refuseCallOnce(unsigned number, int error) {
       sock_filter BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_USER_NOTIF),
       sock_filter BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
   };
+  // Before the filter, which starting a thread may not pass.
+  std::promise<int> listening;
+  std::thread([listener = listening.get_future(), error]() mutable {
+    const int calls = listener.get();
+    for (bool isFirst = true;; isFirst = false) {
+      seccomp_notif call{};
+      if (::ioctl(calls, SECCOMP_IOCTL_NOTIF_RECV, &call) != 0) return;
+      seccomp_notif_resp answer{.id = call.id, .error = isFirst ? -error : 0};
+      if (!isFirst) answer.flags = SECCOMP_USER_NOTIF_FLAG_CONTINUE;
+      ::ioctl(calls, SECCOMP_IOCTL_NOTIF_SEND, &answer);
+    }
+  }).detach();
   const sock_fprog program{.len = filter.size(), .filter = filter.data()};
   ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
   const auto listener =
       static_cast<int>(::syscall(SYS_seccomp, SECCOMP_SET_MODE_FILTER, SECCOMP_FILTER_FLAG_NEW_LISTENER, &program));
   if (listener < 0) throw std::runtime_error("The system lets nobody answer calls.");
-  std::thread([listener, error] {
-    for (bool isFirst = true;; isFirst = false) {
-      seccomp_notif call{};
-      if (::ioctl(listener, SECCOMP_IOCTL_NOTIF_RECV, &call) != 0) return;
-      seccomp_notif_resp answer{.id = call.id, .error = isFirst ? -error : 0};
-      if (!isFirst) answer.flags = SECCOMP_USER_NOTIF_FLAG_CONTINUE;
-      ::ioctl(listener, SECCOMP_IOCTL_NOTIF_SEND, &answer);
-    }
-  }).detach();
+  listening.set_value(listener);
 }
 
 }  // namespace Fixture
