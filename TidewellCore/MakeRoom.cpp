@@ -1,5 +1,6 @@
 #include "TidewellCore/MakeRoom.h"
 
+#include "TidewellCore/FileNaming.h"
 #include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/PathText.h"
 #include "TidewellCore/UsedNames.h"
@@ -14,6 +15,11 @@ void MakeRoom::at(const fs::path& path) {
   used.uniquifyUntil(name, [&](const std::string& free) {
     return Files::renameToFree(path, path.parent_path() / PathText::path(free));
   });
+}
+
+bool MakeRoom::wasMadeAt(const fs::path& path) {
+  const std::string first = FileNaming::variant(PathText::text(path.filename()), 2);
+  return Files::kindOf(path.parent_path() / PathText::path(first)) != Files::Kind::nothing;
 }
 
 void MakeRoom::forFolder(const fs::path& path) {

@@ -10,6 +10,8 @@ namespace MakeRoom {
 
 // Renames what stands at `path`; nothing need stand there.
 void at(const std::filesystem::path& path);
+// Whether the first of those names is taken.
+bool wasMadeAt(const std::filesystem::path& path);
 // Makes a folder, and those above it, where they are missing. A link in its
 // place, below a RootFolder, makes room, and so does anything else that is no folder.
 void forFolder(const std::filesystem::path& path);

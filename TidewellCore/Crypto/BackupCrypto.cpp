@@ -43,6 +43,29 @@ std::int64_t leastPlaintextSize(std::int64_t storedSize, std::optional<std::int6
   return expectedSize ? std::min(*expectedSize, storedSize) : storedSize - signedSize(BackupCrypto::blockSize);
 }
 
+struct Tail {
+  std::int64_t fileSize = 0;
+  Bytes plaintext;  // of the last blocks, with their padding; empty where the file is not whole blocks
+};
+
+// The last `count` blocks of a file, or all where it has no more.
+Tail lastBlocks(const std::filesystem::path& source, ByteView key, std::int64_t count) {
+  FileDescriptor input = FileDescriptor::openForReading(source);
+  const std::int64_t size = input.size();
+  const std::int64_t blocks = std::min(size / signedSize(BackupCrypto::blockSize), count);
+  if (blocks == 0 || size % signedSize(BackupCrypto::blockSize) != 0) return {.fileSize = size};
+  const std::size_t length = static_cast<std::size_t>(blocks) * BackupCrypto::blockSize;
+  // A block is decrypted with the ciphertext block before it; the first with the zero IV.
+  Bytes tail(BackupCrypto::blockSize + length);
+  const bool isAll = size == signedSize(length);
+  const std::span<std::uint8_t> read = std::span(tail).subspan(isAll ? BackupCrypto::blockSize : 0);
+  input.seek(size - signedSize(read.size()));
+  if (input.read(read) != read.size()) return {.fileSize = size};
+  const ByteView all(tail);
+  return {.fileSize = size,
+          .plaintext = BackupCrypto::cbcDecryptRaw(key, all.first(BackupCrypto::blockSize), all.last(length))};
+}
+
 }  // namespace
 
 SecretBytes BackupCrypto::pbkdf2(ByteView password, ByteView salt, std::uint32_t iterations, std::size_t keyLength,
@@ -169,18 +192,21 @@ BackupCrypto::DecryptedFile BackupCrypto::decryptFile(const std::filesystem::pat
 }
 
 std::optional<std::int64_t> BackupCrypto::paddedFileSize(const std::filesystem::path& source, ByteView key) {
-  FileDescriptor input = FileDescriptor::openForReading(source);
-  const std::int64_t size = input.size();
-  if (size < signedSize(blockSize) || size % signedSize(blockSize) != 0) return std::nullopt;
-  // A block is decrypted with the ciphertext block before it; the first with the zero IV.
-  Bytes tail(2 * blockSize);
-  const bool isSingleBlock = size == signedSize(blockSize);
-  const std::span<std::uint8_t> read = std::span(tail).subspan(isSingleBlock ? blockSize : 0);
-  input.seek(size - signedSize(read.size()));
-  if (input.read(read) != read.size()) return std::nullopt;
-  const ByteView all(tail);
-  const Bytes block = cbcDecryptRaw(key, all.first(blockSize), all.last(blockSize));
-  const auto unpadded = pkcs7UnpaddedSize(block);
+  const Tail tail = lastBlocks(source, key, 1);
+  const auto unpadded = pkcs7UnpaddedSize(tail.plaintext);
   if (!unpadded) return std::nullopt;
-  return size - signedSize(blockSize - *unpadded);
+  return tail.fileSize - signedSize(tail.plaintext.size() - *unpadded);
+}
+
+std::optional<Bytes> BackupCrypto::wholeEnd(const std::filesystem::path& source, ByteView key,
+                                            std::int64_t expectedSize) {
+  Tail tail = lastBlocks(source, key, 2);
+  const auto unpadded = pkcs7UnpaddedSize(tail.plaintext);
+  const bool isAsPadded = unpadded && expectedSize == tail.fileSize - signedSize(tail.plaintext.size() - *unpadded);
+  if (isAsPadded) {
+    tail.plaintext.resize(*unpadded);
+  } else if (expectedSize != tail.fileSize || tail.plaintext.empty()) {
+    return std::nullopt;
+  }
+  return std::move(tail.plaintext);
 }

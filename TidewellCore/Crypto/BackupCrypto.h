@@ -67,4 +67,8 @@ DecryptedFile decryptFile(const std::filesystem::path& source, FileDescriptor& o
 // absent when the file is not whole blocks or its padding is invalid.
 std::optional<std::int64_t> paddedFileSize(const std::filesystem::path& source, ByteView key);
 
+// The last bytes of the plaintext, those of the last two blocks; absent where decryptFile would find its length not
+// borne out.
+std::optional<Bytes> wholeEnd(const std::filesystem::path& source, ByteView key, std::int64_t expectedSize);
+
 }  // namespace BackupCrypto

@@ -51,6 +51,13 @@ Bytes decryptedHeader(const fs::path& encrypted, ByteView key) {
   return BackupCrypto::cbcDecryptRaw(key, BackupCrypto::zeroIV, header);
 }
 
+// An index need not be padded. Padding after whole pages takes a block of its own, so that with a damaged one they are
+// whole no more.
+bool isWholePages(std::int64_t byteCount, const fs::path& database) {
+  const auto header = SQLiteHeader::read(database);
+  return header && byteCount % header->pageSize == 0;
+}
+
 }  // namespace
 
 BackupUnlocker BackupUnlocker::unlock(const fs::path& backup, std::string_view password, BackupUnlockReport& report,
@@ -69,7 +76,7 @@ BackupUnlocker BackupUnlocker::unlock(const fs::path& backup, std::string_view p
   return unlocker;
 }
 
-void BackupUnlocker::decryptManifestDatabase(const fs::path& encrypted, const fs::path& copy,
+bool BackupUnlocker::decryptManifestDatabase(const fs::path& encrypted, const fs::path& copy,
                                              BackupUnlockReport& report) const {
   if (!manifestKey) throw TidewellError::manifestDecryptFailed("ManifestKey is missing after the key bag unlocked.");
   if (!Files::isRegularFile(encrypted)) throw TidewellError::missingManifestDB();
@@ -85,9 +92,10 @@ void BackupUnlocker::decryptManifestDatabase(const fs::path& encrypted, const fs
   }
   Files::makeFolder(copy.parent_path());
   FileDescriptor output = FileDescriptor::create(copy, FileAccess::ownerOnly);
-  BackupCrypto::decryptFile(encrypted, output, *manifestKey, {});
+  const auto [byteCount, isBorneOut] = BackupCrypto::decryptFile(encrypted, output, *manifestKey, {});
   output.close();
   report.sqliteJournal = sqliteJournalName(header);
+  return isBorneOut || isWholePages(byteCount, copy);
 }
 
 std::string BackupUnlocker::sqliteJournalName(ByteView header) {

@@ -65,7 +65,7 @@ class Run {
     lookAtChats();
     lookAtBlocks();
     if (!library_.chats().empty()) lookAtList();  // an export of the media alone has no pages
-    if (knowsNothing()) find(Kind::unfinished, LibraryFile::fileName, "This export was not finished. Export again.");
+    if (library_.knowsNothing()) find(Kind::unfinished, LibraryFile::fileName, "This export was not finished. Export again.");
     if (backup_ != nullptr) lookAtBackup();
     progress_.begin(ExportProgress::Phase::finished);
     return std::move(summary_);
@@ -175,9 +175,6 @@ class Run {
       for (const std::size_t place : chats) KeptChats::forgetDigest(library_.database(), library_.chats()[place].id);
     });
   }
-
-  // As it is where an export ended before it told its library anything.
-  bool knowsNothing() const { return library_.isNew() && library_.chats().empty() && library_.media().media().empty(); }
 
   void lookAtChats() {
     const std::map<std::int64_t, std::int64_t> counts = messageCounts();

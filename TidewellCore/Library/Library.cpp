@@ -5,17 +5,28 @@
 
 #include "TidewellCore/Library/LibraryCheck.h"
 
-Library Library::open(const std::filesystem::path& contentRoot) {
-  std::string warning;
+namespace {
+
+constexpr const char* wasSetAside =
+    "This export’s library was damaged and has been set aside. It was made anew from the archive’s pages and this "
+    "backup; what only the library knew may be missing.";
+
+LibraryFile soundFile(const std::filesystem::path& contentRoot) {
   try {
     LibraryFile file = LibraryFile::open(contentRoot);
     LibraryCheck::requireMessagesOfPages(file.database());
-    return Library(std::move(file));
+    return file;
   } catch (const SQLiteDamage&) {
-    warning = LibraryFile::setAside(contentRoot);
+    LibraryFile::setAside(contentRoot);
   }
-  Library library(LibraryFile::open(contentRoot));
-  library.warnings_.push_back(std::move(warning));
+  return LibraryFile::open(contentRoot);
+}
+
+}  // namespace
+
+Library Library::open(const std::filesystem::path& contentRoot) {
+  Library library(soundFile(contentRoot));
+  if (library.knowsNothing() && LibraryFile::wasSetAside(contentRoot)) library.warnings_.emplace_back(wasSetAside);
   return library;
 }
 

@@ -22,7 +22,9 @@ class Library {
 
   // No backup was taken in yet, be it that an export was interrupted before.
   bool isNew() const { return isNew_; }
-  // Of what was set aside: sentences for people, in English.
+  // Nothing at all was, as it is where an export ended before it told its library anything.
+  bool knowsNothing() const { return isNew_ && chats_.empty() && media_.media().empty(); }
+  // Of what was set aside, until an export has told the one that was made instead: sentences for people, in English.
   const std::vector<std::string>& warnings() const { return warnings_; }
   const SQLiteDB& database() const { return file_.database(); }
   KeptPeople& people() { return people_; }

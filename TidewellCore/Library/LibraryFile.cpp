@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -19,9 +20,11 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::int64_t applicationID = 0x54574C42;  // "TWLB"; in the header of the file (sqlite.org/fileformat2)
-constexpr std::int64_t schemaVersion = 2;
+constexpr std::int64_t schemaVersion = 3;
 
 using Statements = std::vector<std::string_view>;
+
+// Versions 1 and 2 are brought up to this one. What follows is in the words that SQLite keeps when it adds columns.
 
 // The tables that stand as version 1 made them.
 constexpr std::array ofAllVersions{
@@ -37,28 +40,30 @@ constexpr std::array ofAllVersions{
     "CREATE TABLE person (jid TEXT PRIMARY KEY NOT NULL, name TEXT, owner INTEGER NOT NULL) WITHOUT ROWID",
 };
 
-// Those that version 1 had otherwise.
-constexpr std::array ofVersion1{
+// Those that this version has otherwise, as version 1 had them.
+constexpr std::array onlyOfVersion1{
     "CREATE TABLE medium (id INTEGER PRIMARY KEY, path TEXT NOT NULL, folder TEXT, name TEXT, size INTEGER,"
     " date REAL, kind TEXT NOT NULL, chat TEXT NOT NULL, there INTEGER NOT NULL)",
     "CREATE TABLE message (chat INTEGER NOT NULL, key INTEGER NOT NULL, time REAL, place INTEGER NOT NULL,"
     " from_me INTEGER NOT NULL, last_told REAL, deleted_later INTEGER NOT NULL, sender INTEGER, stanza TEXT,"
     " text TEXT, medium INTEGER, facts TEXT, page TEXT, PRIMARY KEY (chat, key)) WITHOUT ROWID",
 };
-// The same as this version makes them, in the words that SQLite keeps when it adds columns.
-constexpr std::array changedSince{
+constexpr std::array onlyOfVersion2{
     "CREATE TABLE medium (id INTEGER PRIMARY KEY, path TEXT NOT NULL, folder TEXT, name TEXT, size INTEGER,"
     " date REAL, kind TEXT NOT NULL, chat TEXT NOT NULL, there INTEGER NOT NULL, digest TEXT, sent_digest TEXT)",
+};
+constexpr std::array sinceVersion3{
+    "CREATE TABLE medium (id INTEGER PRIMARY KEY, path TEXT NOT NULL, folder TEXT, name TEXT, size INTEGER,"
+    " date REAL, kind TEXT NOT NULL, chat TEXT NOT NULL, there INTEGER NOT NULL, digest TEXT, sent_digest TEXT,"
+    " doubtful INTEGER)",
+};
+constexpr std::array sinceVersion2{
     "CREATE TABLE message (chat INTEGER NOT NULL, key INTEGER NOT NULL, time REAL, place INTEGER NOT NULL,"
     " from_me INTEGER NOT NULL, last_told REAL, deleted_later INTEGER NOT NULL, sender INTEGER, stanza TEXT,"
     " text TEXT, medium INTEGER, facts TEXT, page TEXT, said_at REAL, PRIMARY KEY (chat, key)) WITHOUT ROWID",
 };
-constexpr std::array changesSince{
-    "ALTER TABLE medium ADD COLUMN digest TEXT",
-    "ALTER TABLE medium ADD COLUMN sent_digest TEXT",
-    "ALTER TABLE message ADD COLUMN said_at REAL",
-};
-constexpr std::array addedSince{
+// Those that version 1 lacked.
+constexpr std::array addedByVersion2{
     "CREATE TABLE title (chat INTEGER NOT NULL, name TEXT NOT NULL, PRIMARY KEY (chat, name)) WITHOUT ROWID",
     "CREATE TABLE member (chat INTEGER NOT NULL, jid TEXT NOT NULL, last_told REAL, PRIMARY KEY (chat, jid))"
     " WITHOUT ROWID",
@@ -70,16 +75,36 @@ constexpr std::array addedSince{
     " parts TEXT NOT NULL, PRIMARY KEY (shelf, place)) WITHOUT ROWID",
 };
 
+constexpr std::array changesOfVersion2{
+    "ALTER TABLE medium ADD COLUMN digest TEXT",
+    "ALTER TABLE medium ADD COLUMN sent_digest TEXT",
+    "ALTER TABLE message ADD COLUMN said_at REAL",
+};
+constexpr std::array changesOfVersion3{
+    "ALTER TABLE medium ADD COLUMN doubtful INTEGER",
+};
+
+void append(Statements& statements, std::span<const char* const> more) {
+  statements.insert(statements.end(), more.begin(), more.end());
+}
+
 Statements tablesOf(std::int64_t version) {
   Statements tables(ofAllVersions.begin(), ofAllVersions.end());
-  const auto add = [&](const auto& statements) { tables.insert(tables.end(), statements.begin(), statements.end()); };
-  if (version == 1) {
-    add(ofVersion1);
-  } else {
-    add(changedSince);
-    add(addedSince);
-  }
+  if (version == 1) append(tables, onlyOfVersion1);
+  if (version == 2) append(tables, onlyOfVersion2);
+  if (version >= 3) append(tables, sinceVersion3);
+  if (version >= 2) append(tables, sinceVersion2);
+  if (version >= 2) append(tables, addedByVersion2);
   return tables;
+}
+
+// What makes one of an earlier version this version's.
+Statements changesSince(std::int64_t version) {
+  Statements changes;
+  if (version < 2) append(changes, changesOfVersion2);
+  if (version < 2) append(changes, addedByVersion2);
+  if (version < 3) append(changes, changesOfVersion3);
+  return changes;
 }
 
 std::int64_t numberOf(const SQLiteDB& database, const std::string& pragma) {
@@ -161,10 +186,10 @@ bool isUndone(const fs::path& file) {
 }
 
 void bringUpToDate(const SQLiteDB& database) {
-  if (versionOf(database) == schemaVersion) return;
+  const std::int64_t version = versionOf(database);
+  if (version == schemaVersion) return;
   SQLiteTransaction transaction(database);
-  for (const char* change : changesSince) execute(database, change);
-  for (const char* table : addedSince) execute(database, table);
+  for (const std::string_view change : changesSince(version)) execute(database, change);
   execute(database, fmt::format("PRAGMA user_version = {}", schemaVersion));
   transaction.commit();
 }
@@ -211,9 +236,9 @@ std::string LibraryFile::adviceForDamaged() {
       fileName);
 }
 
-std::string LibraryFile::setAside(const fs::path& contentRoot) {
+void LibraryFile::setAside(const fs::path& contentRoot) {
   MakeRoom::at(contentRoot / fileName);
   MakeRoom::at(contentRoot / journalName);
-  return "This export’s library was damaged and has been set aside. It was made anew from the archive’s pages and this "
-         "backup; what only the library knew may be missing.";
 }
+
+bool LibraryFile::wasSetAside(const fs::path& contentRoot) { return MakeRoom::wasMadeAt(contentRoot / fileName); }

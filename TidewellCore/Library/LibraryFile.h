@@ -30,8 +30,10 @@ class LibraryFile {
   static SQLiteDB look(const std::filesystem::path& contentRoot);
   // What to do about one that will not do: a sentence for people, in English.
   static std::string adviceForDamaged();
-  // Gives one that will not do another name, with its journal. Returns a sentence for people, in English.
-  static std::string setAside(const std::filesystem::path& contentRoot);
+  // Gives one that will not do another name, with its journal.
+  static void setAside(const std::filesystem::path& contentRoot);
+  // Whether one was set aside, be it by a run that was broken off then.
+  static bool wasSetAside(const std::filesystem::path& contentRoot);
 
   const SQLiteDB& database() const { return database_; }
 

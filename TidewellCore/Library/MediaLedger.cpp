@@ -22,6 +22,7 @@ KeptMedium mediumOf(const SQLiteRowView& row) {
   medium.isThere = medium.place && row.integer(8) == 1;
   medium.digest = row.text(9).value_or("");
   medium.sentDigest = row.text(10).value_or("");
+  medium.isDoubtful = row.integer(11) == 1;
   return medium;
 }
 
@@ -29,7 +30,8 @@ KeptMedium mediumOf(const SQLiteRowView& row) {
 
 MediaLedger::MediaLedger(const SQLiteDB& database) {
   database.forEachRow(
-      "SELECT id, path, folder, name, size, date, kind, chat, there, digest, sent_digest FROM medium ORDER BY id",
+      "SELECT id, path, folder, name, size, date, kind, chat, there, digest, sent_digest, doubtful FROM medium"
+      " ORDER BY id",
       [this](const SQLiteRowView& row) {
         // Numbers are given without gaps; one that stands elsewhere is somebody's change of the file.
         if (row.integer(0) != static_cast<std::int64_t>(media_.size())) {
@@ -124,6 +126,7 @@ void MediaLedger::settle(KeptMedium medium, bool isCopied) {
   entry.isThere = medium.isThere;
   entry.digest = std::move(medium.digest);
   entry.sentDigest = std::move(medium.sentDigest);
+  entry.isDoubtful = medium.isDoubtful;
   isElsewhere ? displace(number) : touch(number);
 }
 
@@ -160,8 +163,8 @@ bool MediaLedger::save(const SQLiteDB& database) {
   bool isNews = false;
   const SQLiteStatement write(
       database,
-      "INSERT OR REPLACE INTO medium (id, path, folder, name, size, date, kind, chat, there, digest, sent_digest)"
-      " VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
+      "INSERT OR REPLACE INTO medium (id, path, folder, name, size, date, kind, chat, there, digest, sent_digest,"
+      " doubtful) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
   for (std::size_t number = 0; number < media_.size(); ++number) {
     if (!isUnsaved_[number]) continue;
     const KeptMedium& medium = media_[number];
@@ -171,7 +174,7 @@ bool MediaLedger::save(const SQLiteDB& database) {
                place ? Value(std::string_view(place->name)) : Value(SQLiteNull{}), medium.size,
                medium.date ? Value(unixTime(*medium.date)) : Value(SQLiteNull{}), medium.kind.rawValue(),
                std::string_view(medium.chatJID), std::int64_t{medium.isThere}, valueOf(medium.digest),
-               valueOf(medium.sentDigest)});
+               valueOf(medium.sentDigest), medium.isDoubtful ? Value(std::int64_t{1}) : Value(SQLiteNull{})});
     isUnsaved_[number] = false;
     isNews = true;
   }
