@@ -155,15 +155,30 @@ TEST_P(SentDigestTest, ALibraryOfAnEarlierVersionLearnsIt) {
   EXPECT_THAT(findings(), IsEmpty());
   {
     const SQLiteDB library((scene.content / LibraryFile::fileName).string(), SQLiteDB::OpenMode::kept);
-    for (const char* sql : {"ALTER TABLE medium DROP COLUMN sent_digest", "ALTER TABLE medium DROP COLUMN digest",
-                            "ALTER TABLE message DROP COLUMN said_at", "DROP TABLE title", "DROP TABLE member",
-                            "DROP TABLE rendering", "DROP TABLE block", "PRAGMA user_version = 1"}) {
+    for (const char* sql :
+         {"ALTER TABLE medium DROP COLUMN doubtful", "ALTER TABLE medium DROP COLUMN sent_digest",
+          "ALTER TABLE medium DROP COLUMN digest", "ALTER TABLE message DROP COLUMN said_at", "DROP TABLE title",
+          "DROP TABLE member", "DROP TABLE rendering", "DROP TABLE block", "PRAGMA user_version = 1"}) {
       library.query(sql, {}, [](const SQLiteRow&) {});
     }
   }
   EXPECT_NO_THROW(LibraryFile::look(scene.content)) << "it can be read as it is";
   scene.run(ExportOptions::defaultOptions());
   EXPECT_EQ(keptPhoto().sentDigest, digestOf(whole));
+  EXPECT_FALSE(fs::exists(scene.content / ".tidewell-archive-2.sqlite")) << "it was not set aside";
+  EXPECT_THAT(findings(), IsEmpty());
+}
+
+TEST_P(SentDigestTest, ALibraryOfTheVersionBeforeIsBroughtUpToDate) {
+  exportWith(digestOf(whole));
+  {
+    const SQLiteDB library((scene.content / LibraryFile::fileName).string(), SQLiteDB::OpenMode::kept);
+    for (const char* sql : {"ALTER TABLE medium DROP COLUMN doubtful", "PRAGMA user_version = 2"}) {
+      library.query(sql, {}, [](const SQLiteRow&) {});
+    }
+  }
+  EXPECT_NO_THROW(LibraryFile::look(scene.content)) << "it can be read as it is";
+  EXPECT_EQ(scene.run(ExportOptions::defaultOptions()).copiedCount, 0);
   EXPECT_FALSE(fs::exists(scene.content / ".tidewell-archive-2.sqlite")) << "it was not set aside";
   EXPECT_THAT(findings(), IsEmpty());
 }

@@ -182,6 +182,9 @@ ProfilePictures::Outcome ProfilePictures::attachAndCopy(std::vector<ArchiveChat>
     bool isCopied = false;
     try {
       isCopied = best && copyTo(contentRoot, *best, source.opened, chat);
+      if (best && source.opened.isDoubtful(best->candidate.file)) {
+        outcome.doubtful.emplace_back(PathText::lastComponent(best->candidate.file.relativePath));
+      }
     } catch (const std::exception& error) {
       tellOfLoss(error, chat, best->candidate.file, source.opened, lost);
     }

@@ -82,6 +82,8 @@ std::optional<Selection> select(const ArchiveChat& chat, const ChatStorageSnapsh
 struct Outcome {
   std::int64_t copied = 0;
   std::int64_t skipped = 0;  // chats without a picture that can be read, and pictures that are there already
+  // The names in the backup of pictures that are taken as they are, and whose ends are not as those of whole files.
+  std::vector<std::string> doubtful;
 
   bool operator==(const Outcome&) const = default;
 };

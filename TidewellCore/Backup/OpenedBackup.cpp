@@ -99,15 +99,16 @@ OpenedBackup OpenedBackup::open(const fs::path& backup, std::optional<std::strin
 void OpenedBackup::decryptManifest(const RunControl& control, BackupUnlockReport& report) {
   throwIfCancelled(control.isCancelled);
   workingFolder_.emplace(TemporaryFolder::manifestPrefix);
-  unlocker_->decryptManifestDatabase(url() / indexName, manifestDatabaseURL(), report);
+  const bool isBorneOut = unlocker_->decryptManifestDatabase(url() / indexName, manifestDatabaseURL(), report);
   unlocker_->manifestKey.reset();
   throwIfCancelled(control.isCancelled);
   const SQLiteDB converted(PathText::text(manifestDatabaseURL()), SQLiteDB::OpenMode::writableCopy,
                            "convert decrypted Manifest.db");
   report.openedAsWritableCopy = true;
-  if (hasJournal(url() / indexName)) {
-    warnings_ = DatabaseCheck::warnings(BackupDatabase::index, {DatabaseFault::journalMissing});
-  }
+  DatabaseFaults faults;
+  if (!isBorneOut) faults.insert(DatabaseFault::damaged);
+  if (hasJournal(url() / indexName)) faults.insert(DatabaseFault::journalMissing);
+  warnings_ = DatabaseCheck::warnings(BackupDatabase::index, faults);
 }
 
 // The third companion, -shm, is only an index of the -wal, which SQLite makes anew.
@@ -229,14 +230,30 @@ Bytes OpenedBackup::firstBytes(const ManifestFile& file, std::size_t count) cons
   return bytes;
 }
 
-void OpenedBackup::materialize(const ManifestFile& file, const fs::path& destination,
-                               const CancellationCheck& isCancelled) const {
+std::optional<Bytes> OpenedBackup::wholeEnd(const StoredFile& file) const {
+  if (!file.encryptionKey || !unlocker_) {
+    return Files::lastBytes(file.location, BackupCrypto::blockSize);
+  }
+  if (file.size.value_or(0) == 0 && Files::regularFileSize(file.location) == 0) return Bytes();
+  const SecretBytes key = unlocker_->keyBag.unwrapPersistentKey(*file.encryptionKey);
+  return BackupCrypto::wholeEnd(file.location, key, file.size.value_or(0));
+}
+
+bool OpenedBackup::isDoubtful(const ManifestFile& file) const {
+  const auto stored = location(file);
+  const auto key = keyOf(file);
+  return stored && key && !wholeEnd({.location = *stored, .encryptionKey = key, .size = provenSize(file)});
+}
+
+WrittenPlaintext OpenedBackup::materialize(const ManifestFile& file, const fs::path& destination,
+                                           const CancellationCheck& isCancelled) const {
   const auto stored = location(file);
   if (!stored || !Files::isRegularFile(*stored)) failAsMissing(file);
   FileDescriptor output = FileDescriptor::create(destination, FileAccess::ownerOnly);
-  writePlaintext({.location = *stored, .encryptionKey = file.encryptionKey, .size = file.plaintextSize}, output,
-                 isCancelled);
+  const WrittenPlaintext written = writePlaintext(
+      {.location = *stored, .encryptionKey = file.encryptionKey, .size = file.plaintextSize}, output, isCancelled);
   output.close();
+  return written;
 }
 
 WrittenPlaintext OpenedBackup::writePlaintext(const StoredFile& file, FileDescriptor& output,
@@ -249,25 +266,22 @@ WrittenPlaintext OpenedBackup::writePlaintext(const StoredFile& file, FileDescri
   return {.byteCount = byteCount, .isDoubtful = !isBorneOut};
 }
 
-void TemporaryBackupDatabase::copyDatabaseFile(const fs::path& backup, const ManifestFile& file,
-                                               const fs::path& destination, const OpenedBackup* opened,
-                                               const CancellationCheck& isCancelled) {
+WrittenPlaintext TemporaryBackupDatabase::copyDatabaseFile(const fs::path& backup, const ManifestFile& file,
+                                                           const fs::path& destination, const OpenedBackup* opened,
+                                                           const CancellationCheck& isCancelled) {
   const auto stored = storedFileLocation(backup, file.fileID);
   if (!stored || !Files::isRegularFile(*stored)) failAsMissing(file);
-  if (opened == nullptr) {
-    Files::copy(*stored, destination, isCancelled, FileAccess::ownerOnly);
-    return;
-  }
+  if (opened == nullptr) return {Files::copy(*stored, destination, isCancelled, FileAccess::ownerOnly)};
   const auto key = opened->keyOf(file);
   const bool isLocked = !opened->isOpenedBy(key);
   if (isLocked && !key->empty()) failAsLocked(file);
   ManifestFile uncut = file;
   uncut.plaintextSize = opened->provenSize(file);
-  opened->materialize(uncut, destination, isCancelled);
+  const WrittenPlaintext written = opened->materialize(uncut, destination, isCancelled);
   const auto header = SQLiteHeader::read(destination);
   if (isLocked && !header) failAsLocked(file);
   const bool isWhole = !header || Files::regularFileSize(destination) >= header->databaseSize;
-  if (isWhole || !uncut.plaintextSize) return;
+  if (isWhole || !uncut.plaintextSize) return written;
   uncut.plaintextSize.reset();
-  opened->materialize(uncut, destination, isCancelled);
+  return opened->materialize(uncut, destination, isCancelled);
 }

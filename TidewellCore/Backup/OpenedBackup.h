@@ -82,10 +82,16 @@ class OpenedBackup {
   // shorter. Throws what reading and decrypting report.
   Bytes firstBytes(const ManifestFile& file, std::size_t count) const;
 
+  // The last bytes of a file's plaintext, of which there are some where there are any at all; absent where they are not
+  // as those of a whole file, as WrittenPlaintext tells. Throws what reading reports.
+  std::optional<Bytes> wholeEnd(const StoredFile& file) const;
+  // The same as a question. Throws what reading reports.
+  bool isDoubtful(const ManifestFile& file) const;
+
   // Writes a working copy of a file, for this user alone; one without a key is copied as it is. Throws
   // TidewellError::chatStorageUnreadable when it is not stored, and what decrypting or copying reports.
-  void materialize(const ManifestFile& file, const std::filesystem::path& destination,
-                   const CancellationCheck& isCancelled = {}) const;
+  WrittenPlaintext materialize(const ManifestFile& file, const std::filesystem::path& destination,
+                               const CancellationCheck& isCancelled = {}) const;
   // Writes the plaintext of a file whose place is known into a new one. What was written before a failure is left for
   // the caller to remove. From any thread.
   WrittenPlaintext writePlaintext(const StoredFile& file, FileDescriptor& output,
@@ -117,8 +123,8 @@ namespace TemporaryBackupDatabase {
 // that would cut it short is not believed. Without an opened backup the stored
 // file is copied as it is. Throws TidewellError::chatStorageUnreadable also for
 // a database that no key opens.
-void copyDatabaseFile(const std::filesystem::path& backup, const ManifestFile& file,
-                      const std::filesystem::path& destination, const OpenedBackup* opened,
-                      const CancellationCheck& isCancelled = {});
+WrittenPlaintext copyDatabaseFile(const std::filesystem::path& backup, const ManifestFile& file,
+                                  const std::filesystem::path& destination, const OpenedBackup* opened,
+                                  const CancellationCheck& isCancelled = {});
 
 }  // namespace TemporaryBackupDatabase

@@ -51,13 +51,6 @@ Bytes decryptedHeader(const fs::path& encrypted, ByteView key) {
   return BackupCrypto::cbcDecryptRaw(key, BackupCrypto::zeroIV, header);
 }
 
-// An index need not be padded. Padding after whole pages takes a block of its own, so that with a damaged one they are
-// whole no more.
-bool isWholePages(std::int64_t byteCount, const fs::path& database) {
-  const auto header = SQLiteHeader::read(database);
-  return header && byteCount % header->pageSize == 0;
-}
-
 }  // namespace
 
 BackupUnlocker BackupUnlocker::unlock(const fs::path& backup, std::string_view password, BackupUnlockReport& report,
@@ -95,7 +88,9 @@ bool BackupUnlocker::decryptManifestDatabase(const fs::path& encrypted, const fs
   const auto [byteCount, isBorneOut] = BackupCrypto::decryptFile(encrypted, output, *manifestKey, {});
   output.close();
   report.sqliteJournal = sqliteJournalName(header);
-  return isBorneOut || isWholePages(byteCount, copy);
+  // One need not be padded. Padding after whole pages takes a block of its own, so that with a damaged one they are
+  // whole no more.
+  return isBorneOut || byteCount % SQLiteHeader::smallestPage == 0;
 }
 
 std::string BackupUnlocker::sqliteJournalName(ByteView header) {

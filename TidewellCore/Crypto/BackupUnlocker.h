@@ -22,9 +22,9 @@ struct BackupUnlocker {
                                BackupUnlockReport& report, const RunControl& control = {}, const KeyReuse& keys = {});
 
   // Writes the plaintext of Manifest.db to `copy`, making its folder when it is
-  // missing; nothing is written of what is no database.
+  // missing; nothing is written of what is no database. False when its end is not as that of a whole one.
   // Throws TidewellError::manifestDecryptFailed and TidewellError::missingManifestDB.
-  void decryptManifestDatabase(const std::filesystem::path& encrypted, const std::filesystem::path& copy,
+  bool decryptManifestDatabase(const std::filesystem::path& encrypted, const std::filesystem::path& copy,
                                BackupUnlockReport& report) const;
 
   // The journal kind that a database's header names: "delete", "wal", "other(N)" or "unknown".

@@ -105,8 +105,8 @@ SettledCopy CopyBatches::moved(WrittenCopy& waiting, std::exception_ptr failure)
   SettledCopy settled =
       failure ? SettledCopy{.copy = waiting.copy, .place = waiting.copy->dest, .failure = std::move(failure)}
               : CopyPlace::give(*waiting.copy, contentRoot_, waiting.partial.path());
+  settled.isDoubtful = waiting.isDoubtful;
   if (settled.failure || settled.wasThere) return settled;
   waiting.partial.release();
-  settled.isDoubtful = waiting.isDoubtful;
   return settled;
 }

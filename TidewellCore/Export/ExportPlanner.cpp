@@ -66,6 +66,7 @@ class Planner {
     PlannedCopy copy = copyOf(request);
     copy.desiredName = inForm(desired);
     copy.fate = std::move(fate);
+    if (copy.standsThere()) copy.soundness = ExportPlanner::Soundness::unknown;
     copy.dest = {.folder = folder, .name = present ? std::move(*present) : state.used.uniquify(copy.desiredName)};
     return copy;
   }
@@ -77,6 +78,7 @@ class Planner {
     copy.sourceSize = known.size;
     copy.dest = known.place;
     copy.fate = ExportPlanner::Present();
+    if (known.isDoubtful) copy.soundness = ExportPlanner::Soundness::doubtful;
     const std::string& folder = ground_.folders.at(copy.chatJID);
     if (!planned_.insert(known.place).second) return copy;
     if (folder == known.place.folder || !isFormer(known.place.folder, copy.chatJID)) return copy;

@@ -58,6 +58,13 @@ struct Lost {
 };
 using Fate = std::variant<Restored, Moved, Present, Lost>;
 
+// What is known of a file that an earlier export copied.
+enum class Soundness {
+  known,    // its end was as that of a whole file
+  unknown,  // as after an export that was broken off
+  doubtful  // its end was not
+};
+
 // What becomes of a request.
 struct PlannedCopy {
   std::string source;  // as in the request
@@ -70,8 +77,11 @@ struct PlannedCopy {
   std::int64_t sourceSize = 0;
   std::optional<Bytes> encryptionKey;
   Fate fate;
+  Soundness soundness = Soundness::known;  // of what is there already
 
   bool alreadyPresent() const { return std::holds_alternative<Present>(fate); }
+  // In its place or in another, by an earlier export.
+  bool standsThere() const { return alreadyPresent() || std::holds_alternative<Moved>(fate); }
 
   bool operator==(const PlannedCopy&) const = default;
 };

@@ -152,12 +152,13 @@ class Writing {
         plan_, source_, {.index = index_, .lock = target_.lock(), .disk = target_.disk(), .failures = failures_},
         control_.isCancelled, progress);
     count(media);
-    warnOfDoubtful(media);
+    warnOfDoubtful(doubtfulOf(media));
     settle(media);
     remember();
     if (job_.options.exportTranscripts) {
       takeIn();
-      const PictureExport::Pictures pictures = copyPictures(progress);
+      const auto [pictures, doubtfulPictures] = copyPictures(progress);
+      warnOfDoubtful(doubtfulPictures);
       source_.forget();  // pages are made from the library alone
       const LibraryUpdate::Pages pages = writeArchive(pictures, progress);
       remember();
@@ -212,12 +213,16 @@ class Writing {
     }
   }
 
-  // Their lengths are right, so nothing else tells them from whole files.
-  void warnOfDoubtful(const std::vector<MediaResult>& media) {
+  static std::vector<std::string> doubtfulOf(const std::vector<MediaResult>& media) {
     std::vector<std::string> names;
     for (const MediaResult& result : media) {
       if (result.isDoubtful) names.push_back(result.place.name);
     }
+    return names;
+  }
+
+  // Their lengths are right, so nothing else tells them from whole files.
+  void warnOfDoubtful(const std::vector<std::string>& names) {
     const auto warning = NamedWarning::of(
         names,
         "damaged in the backup, or locked with another key than the backup says. Such files are exported as they are. "
@@ -234,8 +239,9 @@ class Writing {
     for (std::size_t number = 0; number < results.size(); ++number) {
       const MediaResult& result = results[number];
       if (!result.hasFailed()) {
-        ledger.settle(mediumOf(plan_.copies[number], result.place, sizeOf(number, result)),
-                      result.outcome == MediaResult::Outcome::copied);
+        KeptMedium medium = mediumOf(plan_.copies[number], result.place, sizeOf(number, result));
+        medium.isDoubtful = result.isDoubtful;
+        ledger.settle(std::move(medium), result.outcome == MediaResult::Outcome::copied);
       }
     }
     for (const ExportPlanner::PlannedCopy& copy : plan_.earlier) {
@@ -271,6 +277,7 @@ class Writing {
             .kind = copy.kind,
             .chatJID = copy.chatJID.text(),
             .isThere = true,
+            .isDoubtful = copy.soundness == ExportPlanner::Soundness::doubtful,
             .sentDigest = std::string(source_.snapshot.sentDigest(copy.relativePath))};
   }
 
@@ -316,7 +323,7 @@ class Writing {
     if (control_.warned) control_.warned(warning);
   }
 
-  PictureExport::Pictures copyPictures(ProgressReporter& progress) {
+  PictureExport::Outcome copyPictures(ProgressReporter& progress) {
     progress.begin(Phase::writingTranscripts, std::ssize(library_.chats()));
     return PictureExport::copy(source_, library_, {target_.destination(), target_.contentRoot()}, failures_,
                                control_.isCancelled);

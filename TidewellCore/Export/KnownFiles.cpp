@@ -8,7 +8,8 @@ std::optional<KnownMedium> KnownFiles::take(std::string_view path, std::optional
   const DestinationIndex::FileEntry* file = fileOf(*medium);
   if (file == nullptr || !takers_.insert(medium->path).second) return std::nullopt;
   files_.insert(file);
-  return KnownMedium{.place = index_.placeOf(medium->place->folder, *file), .size = medium->size};
+  return KnownMedium{
+      .place = index_.placeOf(medium->place->folder, *file), .size = medium->size, .isDoubtful = medium->isDoubtful};
 }
 
 const DestinationIndex::FileEntry* KnownFiles::fileOf(const KeptMedium& medium) const {

@@ -10,7 +10,8 @@
 // A file that an export made of a medium.
 struct KnownMedium {
   ExportPlace place;
-  std::int64_t size = 0;  // bytes
+  std::int64_t size = 0;    // bytes
+  bool isDoubtful = false;  // it may be damaged, as its end in the backup was
 
   bool operator==(const KnownMedium&) const = default;
 };

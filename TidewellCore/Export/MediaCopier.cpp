@@ -23,6 +23,12 @@ bool isOfFolder(const std::error_code& code) {
          code == std::errc::too_many_symbolic_link_levels;
 }
 
+StoredFile storedFileOf(const PlannedCopy& copy) {
+  return {.location = PathText::path(copy.source), .encryptionKey = copy.encryptionKey, .size = copy.sourceSize};
+}
+
+bool hasEnd(const fs::path& file, const Bytes& end) { return Files::lastBytes(file, std::ssize(end)) == end; }
+
 }  // namespace
 
 MediaCopier::MediaCopier(std::span<const PlannedCopy> copies, const OpenedBackup& opened, const DestinationIndex& index,
@@ -34,7 +40,9 @@ MediaCopier::MediaCopier(std::span<const PlannedCopy> copies, const OpenedBackup
       ahead_(copies, [this](const auto& copy, const auto& isUnwanted) { return write(copy, isUnwanted); }) {}
 
 std::optional<SettledCopy> MediaCopier::carryOut(const PlannedCopy& copy) try {
-  return std::visit([&](const auto& fate) { return carryOut(copy, fate); }, copy.fate);
+  auto settled = std::visit([&](const auto& fate) { return carryOut(copy, fate); }, copy.fate);
+  if (!settled || settled->failure || copy.soundness == ExportPlanner::Soundness::known) return settled;
+  return lookAtEnd(std::move(*settled));
 } catch (...) {
   return SettledCopy{.copy = &copy, .place = copy.dest, .failure = std::current_exception()};
 }
@@ -65,9 +73,7 @@ WrittenCopy MediaCopier::write(const PlannedCopy& copy, const CancellationCheck&
   if (copy.sourceSize >= largeFile) oneAtATime.lock();
   PartialFile partial(copy.dest.in(index_.destination));
   FileDescriptor output = create(copy.dest, partial.path());
-  const StoredFile stored{
-      .location = PathText::path(copy.source), .encryptionKey = copy.encryptionKey, .size = copy.sourceSize};
-  const auto [byteCount, isDoubtful] = opened_.writePlaintext(stored, output, isUnwanted);
+  const auto [byteCount, isDoubtful] = opened_.writePlaintext(storedFileOf(copy), output, isUnwanted);
   if (byteCount != copy.sourceSize) throw CopyError(FailureReason::cutShort);
   if (copy.date) Files::setModificationDate(output, *copy.date);
   output.close();
@@ -87,6 +93,18 @@ std::optional<SettledCopy> MediaCopier::carryOut(const PlannedCopy& copy, const 
 
 std::optional<SettledCopy> MediaCopier::carryOut(const PlannedCopy& copy, const ExportPlanner::Present&) {
   return SettledCopy{.copy = &copy, .place = copy.dest, .wasThere = true};
+}
+
+std::optional<SettledCopy> MediaCopier::lookAtEnd(SettledCopy settled) {
+  const PlannedCopy& copy = *settled.copy;
+  settled.isDoubtful = copy.soundness == ExportPlanner::Soundness::doubtful;
+  if (!settled.isDoubtful && !copy.encryptionKey) return settled;  // nothing tells of its end
+  std::optional<Bytes> end;
+  if (failureOf([&] { end = opened_.wholeEnd(storedFileOf(copy)); })) return settled;  // as after the phone lost it
+  settled.isDoubtful = !end;
+  if (!end || hasEnd(settled.place.in(index_.destination), *end)) return settled;
+  batches_.add(write(copy, isCancelled_));
+  return std::nullopt;
 }
 
 std::optional<SettledCopy> MediaCopier::carryOut(const PlannedCopy& copy, const ExportPlanner::Lost&) const {

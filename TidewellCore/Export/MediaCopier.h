@@ -41,6 +41,9 @@ class MediaCopier {
   std::optional<SettledCopy> carryOut(const PlannedCopy& copy, const ExportPlanner::Restored& fate);
   std::optional<SettledCopy> carryOut(const PlannedCopy& copy, const ExportPlanner::Moved& fate) const;
   static std::optional<SettledCopy> carryOut(const PlannedCopy& copy, const ExportPlanner::Present& fate);
+  // Looks at the end of a file that stood there and of which it is not known whether it is whole. One that is whole in
+  // the backup alone is copied again, beside it.
+  std::optional<SettledCopy> lookAtEnd(SettledCopy settled);
   // Throws why no whole file of it can be had.
   std::optional<SettledCopy> carryOut(const PlannedCopy& copy, const ExportPlanner::Lost& fate) const;
   // Beside its place, from any thread.

@@ -2,7 +2,9 @@
 
 MediaResult MediaResult::of(const SettledCopy& settled) {
   if (settled.failure) return {.place = settled.place};
-  if (settled.wasThere) return {.place = settled.place, .outcome = Outcome::wasThere};
+  if (settled.wasThere) {
+    return {.place = settled.place, .outcome = Outcome::wasThere, .isDoubtful = settled.isDoubtful};
+  }
   return {.place = settled.place,
           .outcome = Outcome::copied,
           .copiedBytes = settled.copy->sourceSize,

@@ -11,7 +11,7 @@ struct MediaResult {
   ExportPlace place;  // where its file stands; of one that failed, where it was to
   Outcome outcome = Outcome::failed;
   std::int64_t copiedBytes = 0;
-  bool isDoubtful = false;  // copied, and its end is not as that of a whole file
+  bool isDoubtful = false;  // its end in the backup is not as that of a whole file
 
   bool hasFailed() const { return outcome == Outcome::failed; }
 

@@ -19,8 +19,8 @@ bool hasNewerPicture(const KeptChat& chat, const std::filesystem::path& contentR
 
 }  // namespace
 
-PictureExport::Pictures PictureExport::copy(const BackupSource& backup, const Library& library, const Place& place,
-                                            FailureLog& failures, const CancellationCheck& isCancelled) {
+PictureExport::Outcome PictureExport::copy(const BackupSource& backup, const Library& library, const Place& place,
+                                           FailureLog& failures, const CancellationCheck& isCancelled) {
   std::vector<ArchiveChat> chats;
   for (const KeptChat& chat : library.chats()) {
     if (hasNewerPicture(chat, place.contentRoot, dateOf(backup))) continue;
@@ -30,12 +30,12 @@ PictureExport::Pictures PictureExport::copy(const BackupSource& backup, const Li
     failures.add(error,
                  {.name = loss.name, .chat = loss.chat.name, .reason = CopyFailures::reasonOf(error, loss.source)});
   };
-  ProfilePictures::attachAndCopy(chats, backup, place.contentRoot, lost, isCancelled);
+  auto copied = ProfilePictures::attachAndCopy(chats, backup, place.contentRoot, lost, isCancelled);
   // An archive without pictures would look whole.
   EarlyEnd::requireBackup({.backup = &backup.opened.url(), .destination = &place.destination});
-  Pictures pictures;
+  Outcome outcome{.doubtful = std::move(copied.doubtful)};
   for (const ArchiveChat& chat : chats) {
-    if (chat.avatarRelativePath) pictures.emplace(chat.id, *chat.avatarRelativePath);
+    if (chat.avatarRelativePath) outcome.pictures.emplace(chat.id, *chat.avatarRelativePath);
   }
-  return pictures;
+  return outcome;
 }

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "TidewellCore/ChatData/BackupSource.h"
 #include "TidewellCore/Export/FailureLog.h"
@@ -15,6 +16,11 @@ namespace PictureExport {
 // page ID.
 using Pictures = std::map<std::string, std::string>;
 
+struct Outcome {
+  Pictures pictures;
+  std::vector<std::string> doubtful;  // as in ProfilePictures::Outcome
+};
+
 struct Place {
   const std::filesystem::path& destination;
   const std::filesystem::path& contentRoot;
@@ -22,7 +28,7 @@ struct Place {
 
 // A picture that a newer backup brought stays. What cannot be read or written is recorded in `failures`. Throws
 // TidewellError::cancelled, and TidewellError::ioFailure for a backup that was taken away.
-Pictures copy(const BackupSource& backup, const Library& library, const Place& place, FailureLog& failures,
-              const CancellationCheck& isCancelled);
+Outcome copy(const BackupSource& backup, const Library& library, const Place& place, FailureLog& failures,
+             const CancellationCheck& isCancelled);
 
 }  // namespace PictureExport

@@ -37,6 +37,9 @@ constexpr std::int64_t largestList = 1 << 30;  // bytes
 
 constexpr const char* advice = "Export again: what the backup still has is brought back.";
 constexpr const char* adviceToReplace = "Delete it, or move it out of the export, and export again.";
+constexpr const char* mayBeDamaged =
+    "may be damaged: the backup’s own file was when it was copied. Copy the backup again from where it came, or make a "
+    "new one with the iPhone, and export again.";
 constexpr const char* adviceForLibrary =
     "Move the file “{}” out of the export and export again: it is made anew from the pages and the backup.";
 
@@ -65,7 +68,8 @@ class Run {
     lookAtChats();
     lookAtBlocks();
     if (!library_.chats().empty()) lookAtList();  // an export of the media alone has no pages
-    if (library_.knowsNothing()) find(Kind::unfinished, LibraryFile::fileName, "This export was not finished. Export again.");
+    if (library_.knowsNothing())
+      find(Kind::unfinished, LibraryFile::fileName, "This export was not finished. Export again.");
     if (backup_ != nullptr) lookAtBackup();
     progress_.begin(ExportProgress::Phase::finished);
     return std::move(summary_);
@@ -129,6 +133,7 @@ class Run {
   void lookAtMedium(std::int64_t number, const KeptMedium& medium, const std::string& place) {
     const fs::path file = contentRoot_ / PathText::path(place);
     if (!stands(file, place, medium.size)) return;
+    if (medium.isDoubtful) find(Kind::notArchived, place, fmt::format("“{}” {}", place, mayBeDamaged));
     std::string digest = FileDigest::of(file, control_.isCancelled);
     const bool isAsSent = digest == medium.sentDigest;
     if (!medium.digest.empty() && medium.digest != digest && !isAsSent) return changed(place);

@@ -11,21 +11,21 @@ constexpr const char* wasSetAside =
     "This export’s library was damaged and has been set aside. It was made anew from the archive’s pages and this "
     "backup; what only the library knew may be missing.";
 
-LibraryFile soundFile(const std::filesystem::path& contentRoot) {
+Library soundLibrary(const std::filesystem::path& contentRoot) {
   try {
     LibraryFile file = LibraryFile::open(contentRoot);
     LibraryCheck::requireMessagesOfPages(file.database());
-    return file;
+    return Library(std::move(file));
   } catch (const SQLiteDamage&) {
     LibraryFile::setAside(contentRoot);
   }
-  return LibraryFile::open(contentRoot);
+  return Library(LibraryFile::open(contentRoot));
 }
 
 }  // namespace
 
 Library Library::open(const std::filesystem::path& contentRoot) {
-  Library library(soundFile(contentRoot));
+  Library library = soundLibrary(contentRoot);
   if (library.knowsNothing() && LibraryFile::wasSetAside(contentRoot)) library.warnings_.emplace_back(wasSetAside);
   return library;
 }

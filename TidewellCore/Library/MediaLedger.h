@@ -22,11 +22,11 @@ struct KeptMedium {
   std::int64_t size = 0;             // bytes of the file at its place
   std::optional<Date> date;          // of its message
   MediaKind kind = MediaKind::documents;
-  std::string chatJID;     // that it was filed under
-  bool isThere = false;    // it stood at its place when the last export ended
+  std::string chatJID;      // that it was filed under
+  bool isThere = false;     // it stood at its place when the last export ended
   bool isDoubtful = false;  // it came from a file whose end was not as that of a whole one
-  std::string digest;      // SHA-256 of the file at its place, in Base64; empty as long as nobody asked
-  std::string sentDigest;  // the same as WhatsApp has it, of the file or of what was sent; empty where it is not known
+  std::string digest;       // SHA-256 of the file at its place, in Base64; empty as long as nobody asked
+  std::string sentDigest;   // the same as WhatsApp has it, of the file or of what was sent; empty where it is not known
 
   bool operator==(const KeptMedium&) const = default;
 };

@@ -201,6 +201,15 @@ bool Files::moveToFree(const fs::path& from, const fs::path& to) {
   return isMoved;
 }
 
+Bytes Files::lastBytes(const fs::path& path, std::int64_t count) {
+  FileDescriptor file = FileDescriptor::openForReading(path);
+  const std::int64_t size = file.size();
+  Bytes bytes(static_cast<std::size_t>(std::min(size, count)));
+  file.seek(size - static_cast<std::int64_t>(bytes.size()));
+  bytes.resize(file.read(bytes));
+  return bytes;
+}
+
 bool Files::haveSameBytes(const fs::path& a, const fs::path& b) {
   FileDescriptor first = FileDescriptor::openForReading(a);
   FileDescriptor second = FileDescriptor::openForReading(b);

@@ -110,6 +110,8 @@ bool renameToFree(const std::filesystem::path& from, const std::filesystem::path
 // copied, compared by size and then removed. False when `to` is taken.
 bool moveToFree(const std::filesystem::path& from, const std::filesystem::path& to);
 
+// The last bytes of a file, at most `count`.
+Bytes lastBytes(const std::filesystem::path& path, std::int64_t count);
 bool haveSameBytes(const std::filesystem::path& a, const std::filesystem::path& b);
 
 // Dates that the file system cannot hold become the nearest it can; one that

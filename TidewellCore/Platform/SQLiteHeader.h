@@ -18,6 +18,8 @@ struct SQLiteHeader {
 
   // What every database begins with.
   static constexpr std::string_view magic{"SQLite format 3\0", 16};
+  // In bytes; every page size is a power of two.
+  static constexpr std::int64_t smallestPage = 512;
   // The write version: 1 for a rollback journal, 2 for a write-ahead log.
   static constexpr std::size_t writeVersionOffset = 18;
   // The read version, of the same values, is what SQLite goes by.
