@@ -235,4 +235,32 @@ TEST_F(FileDecryptionTest, AFileCutShortTellsNoLength) {
   }
 }
 
+TEST_F(FileDecryptionTest, TheEndOfAWholeFileIsThatOfItsLastTwoBlocks) {
+  for (const std::size_t size : {std::size_t{0}, std::size_t{1}, std::size_t{15}, std::size_t{16}, std::size_t{31},
+                                 std::size_t{32}, std::size_t{100}}) {
+    const Bytes plain = random(size);
+    storeEncrypted(plain);
+    const auto end = BackupCrypto::wholeEnd(source_, key_, static_cast<std::int64_t>(size));
+    ASSERT_TRUE(end) << size;
+    EXPECT_GE(end->size(), std::min<std::size_t>(size, 16)) << "there is something to compare";
+    EXPECT_TRUE(std::equal(end->rbegin(), end->rend(), plain.rbegin())) << size;
+  }
+  storeEncrypted(Bytes(64, 0x41), Padding::none);
+  EXPECT_EQ(BackupCrypto::wholeEnd(source_, key_, 64), Bytes(32, 0x41)) << "without padding, but all of it";
+}
+
+TEST_F(FileDecryptionTest, AnEndThatIsNoWholeFilesIsNone) {
+  storeEncrypted(random(100));
+  EXPECT_EQ(BackupCrypto::wholeEnd(source_, key_, 99), std::nullopt) << "its padding says otherwise";
+  EXPECT_EQ(BackupCrypto::wholeEnd(source_, Bytes(32), 100), std::nullopt) << "another key's";
+  Bytes stored = Fixture::readFile(source_);
+  stored.back() ^= 1;
+  store(stored);
+  EXPECT_EQ(BackupCrypto::wholeEnd(source_, key_, 100), std::nullopt) << "damaged";
+  for (const std::size_t size : {std::size_t{0}, std::size_t{17}}) {
+    store(Bytes(size));
+    EXPECT_EQ(BackupCrypto::wholeEnd(source_, key_, 1), std::nullopt) << size << " bytes are no whole blocks";
+  }
+}
+
 }  // namespace
