@@ -18,7 +18,10 @@ BackupSource BackupSource::load(OpenedBackup opened, const CancellationCheck& is
   if (require) require(manifest);
   SnapshotLoader::Loaded chats = SnapshotLoader::load(opened, manifest, isCancelled);
   std::vector<std::string> warnings = opened.warnings();
-  std::ranges::copy(manifest.warnings, std::back_inserter(warnings));
+  // What the end of the index tells, its pages may tell as well.
+  std::ranges::copy_if(manifest.warnings, std::back_inserter(warnings), [&](const std::string& warning) {
+    return std::ranges::find(warnings, warning) == warnings.end();
+  });
   std::ranges::move(chats.warnings, std::back_inserter(warnings));
   return {.opened = std::move(opened),
           .manifest = std::move(manifest),
