@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <map>
 #include <set>
 #include <span>
 
@@ -26,6 +25,7 @@
 #include "TidewellCore/Export/FormerFolders.h"
 #include "TidewellCore/Export/LibraryFolders.h"
 #include "TidewellCore/Export/MediaCopying.h"
+#include "TidewellCore/Export/MediaSettlement.h"
 #include "TidewellCore/Export/MovedFiles.h"
 #include "TidewellCore/Export/NamedWarning.h"
 #include "TidewellCore/Export/PictureExport.h"
@@ -153,7 +153,7 @@ class Writing {
         control_.isCancelled, progress);
     count(media);
     warnOfDoubtful(doubtfulOf(media));
-    settle(media);
+    MediaSettlement::settle(library_.media(), {.plan = plan_, .index = index_, .snapshot = source_.snapshot}, media);
     remember();
     if (job_.options.exportTranscripts) {
       takeIn();
@@ -227,67 +227,7 @@ class Writing {
         names,
         "damaged in the backup, or locked with another key than the backup says. Such files are exported as they are. "
         "Copy the backup again from where it came, or make a new one with the iPhone.");
-    if (!warning) return;
-    summary_.warnings.push_back(*warning);
-    summary_.mayBeIncomplete = true;
-    if (control_.warned) control_.warned(*warning);
-  }
-
-  // Tells the ledger which files the export has.
-  void settle(const std::vector<MediaResult>& results) {
-    MediaLedger& ledger = library_.media();
-    for (std::size_t number = 0; number < results.size(); ++number) {
-      const MediaResult& result = results[number];
-      if (!result.hasFailed()) {
-        KeptMedium medium = mediumOf(plan_.copies[number], result.place, sizeOf(number, result));
-        medium.isDoubtful = result.isDoubtful;
-        ledger.settle(std::move(medium), result.outcome == MediaResult::Outcome::copied);
-      }
-    }
-    for (const ExportPlanner::PlannedCopy& copy : plan_.earlier) {
-      ledger.settle(mediumOf(copy, copy.dest, copy.sourceSize));
-    }
-    ledger.review([this](const ExportPlace& place, std::int64_t size) {
-      const DestinationIndex::FileEntry* file = index_.file(place.folder, place.name);
-      return file != nullptr && file->size == size;
-    });
-    followMoves(results);
-  }
-
-  // A file that was moved may be known to be other media too.
-  void followMoves(const std::vector<MediaResult>& results) {
-    std::map<ExportPlace, ExportPlace> moved;
-    for (std::size_t number = 0; number < results.size(); ++number) {
-      const auto* fate = std::get_if<ExportPlanner::Moved>(&plan_.copies[number].fate);
-      if (fate != nullptr && !results[number].hasFailed()) moved.emplace(fate->from, results[number].place);
-    }
-    if (moved.empty()) return;
-    library_.media().relocate([&](const ExportPlace& former) -> std::optional<ExportPlace> {
-      const auto place = index_.place(former.folder, former.name);
-      const auto found = place ? moved.find(*place) : moved.end();
-      return found == moved.end() ? std::nullopt : std::optional(found->second);
-    });
-  }
-
-  KeptMedium mediumOf(const ExportPlanner::PlannedCopy& copy, const ExportPlace& place, std::int64_t size) const {
-    return {.path = copy.relativePath,
-            .place = place,
-            .size = size,
-            .date = copy.date,
-            .kind = copy.kind,
-            .chatJID = copy.chatJID.text(),
-            .isThere = true,
-            .isDoubtful = copy.soundness == ExportPlanner::Soundness::doubtful,
-            .sentDigest = std::string(source_.snapshot.sentDigest(copy.relativePath))};
-  }
-
-  // Of the file that stands at the place now, in bytes.
-  std::int64_t sizeOf(std::size_t number, const MediaResult& result) const {
-    if (result.outcome == MediaResult::Outcome::copied) return result.copiedBytes;
-    const auto* moved = std::get_if<ExportPlanner::Moved>(&plan_.copies[number].fate);
-    const ExportPlace& before = moved == nullptr ? result.place : moved->from;
-    const DestinationIndex::FileEntry* file = index_.file(before.folder, before.name);
-    return file == nullptr ? plan_.copies[number].sourceSize : file->size;
+    if (warning) warnOfLoss(*warning);
   }
 
   void takeIn() {

@@ -68,8 +68,9 @@ class Run {
     lookAtChats();
     lookAtBlocks();
     if (!library_.chats().empty()) lookAtList();  // an export of the media alone has no pages
-    if (library_.knowsNothing())
+    if (library_.knowsNothing()) {
       find(Kind::unfinished, LibraryFile::fileName, "This export was not finished. Export again.");
+    }
     if (backup_ != nullptr) lookAtBackup();
     progress_.begin(ExportProgress::Phase::finished);
     return std::move(summary_);
