@@ -224,7 +224,7 @@ class Writing {
   void settle() {
     for (const auto& [path, reason] : files_.settle()) {
       const Page page = pages_.at(path);
-      attempt(page, [&] { std::rethrow_exception(reason); });
+      attempt(page, [&failure = reason] { std::rethrow_exception(failure); });
       if (page.name != FolderNames::archivePage) --outcome_.transcriptCount;
       outcome_.pages.renderings.chats.erase(kept(page.chat).id);
       outcome_.pages.renderings.shelves.erase(page.shelf);
