@@ -125,6 +125,30 @@ TEST_P(LeftoverTest, AMovedFileIsNeverDecrypted) {
   EXPECT_EQ(ExportTest::textOf(moved), "the same size") << "it is the earlier export's file that moved";
 }
 
+TEST(ExporterFolders, ADamagedFileThatMovesIsTold) {
+  Scene scene(backupWithLID(true, false));
+  const auto damage = [&scene] {
+    const auto& app = scene.contents.whatsApp;
+    const std::string path = "Message/" + app.mediaFiles.back().localPath;
+    const fs::path stored = Fixture::storedPath(scene.backup, Fixture::fileIDOf(app.domain, path));
+    Fixture::Bytes bytes = Fixture::readFile(stored);
+    bytes.back() ^= 0x40;
+    Fixture::writeFile(stored, bytes);
+  };
+  const auto isTold = testing::ElementsAre(testing::HasSubstr("fa6.jpg” is damaged in the backup"));
+  damage();
+  EXPECT_THAT(scene.run().warnings, isTold);
+  scene.contents = backupWithLID(true, true);
+  scene.write();
+  damage();
+  EXPECT_THAT(scene.run().warnings, isTold);
+  EXPECT_FALSE(fs::exists(scene.content / "Ana (new number)"));
+  scene.write();
+  const ExportSummary mended = scene.run();
+  EXPECT_EQ(mended.copiedCount, 1);
+  EXPECT_THAT(mended.warnings, testing::IsEmpty());
+}
+
 TEST_P(LeftoverTest, TheUsersFilesStayInTheFormerFolder) {
   Fixture::writeFile(former / "notes.txt", "notes");
   Fixture::writeFile(former / "_transcript.txt", "ours");

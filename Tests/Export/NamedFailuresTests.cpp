@@ -6,8 +6,6 @@
 
 #include "Tests/Export/ExportScene.h"
 #include "Tests/Support/TemporaryDirectory.h"
-#include "TidewellCore/Export/Verification.h"
-#include "TidewellCore/TidewellError.h"
 
 // What is not in the export although it was asked for has a name, a chat and a reason; the rest goes on.
 namespace {
@@ -28,17 +26,6 @@ struct NamedFailuresTest : testing::TestWithParam<bool> {
                                              .content = Fixture::bytesOf("\xFF\xD8\xFF" + std::string(60, '.')),
                                              .storage = std::move(storage)});
     scene.write();
-  }
-
-  fs::path storedMedium() const {
-    const Fixture::WhatsAppContents& app = scene.contents.whatsApp;
-    return Fixture::storedPath(scene.backup, Fixture::fileIDOf(app.domain, "Message/" + app.mediaFiles[0].localPath));
-  }
-
-  static void damageEnd(const fs::path& stored) {
-    Fixture::Bytes bytes = Fixture::readFile(stored);
-    bytes.back() ^= 0x40;
-    Fixture::writeFile(stored, bytes);
   }
 };
 INSTANTIATE_TEST_SUITE_P(Backups, NamedFailuresTest, testing::Bool(), ExportTest::encryptionName);
@@ -105,71 +92,6 @@ TEST_P(NamedFailuresTest, AProfilePictureWhoseKeyIsLostIsNamed) {
         scene.run(everything).failures,
         ElementsAre(CopyFailure{.name = "5511900001111-1.jpg", .chat = "Ana", .reason = FailureReason::keyMissing}));
   }
-}
-
-// A failing disk leaves zeroes; their length is right.
-TEST_P(NamedFailuresTest, AFileWhoseEndDoesNotDecryptIsCopiedAndTold) {
-  if (!GetParam()) GTEST_SKIP() << "A plain backup has nothing to tell it by.";
-  const fs::path stored = storedMedium();
-  Fixture::writeFile(stored, Fixture::Bytes(fs::file_size(stored)));
-  const ExportSummary summary = scene.run(everything);
-  EXPECT_EQ(summary.copiedCount, 5);
-  EXPECT_THAT(summary.warnings, ElementsAre(testing::HasSubstr("aa1.jpg” is damaged in the backup, or locked with")));
-  EXPECT_TRUE(summary.mayBeIncomplete);
-}
-
-// Only its last block, so that everything else of it can be read.
-TEST_P(NamedFailuresTest, AFileWhoseEndDoesNotDecryptIsToldUntilTheBackupHasItWhole) {
-  if (!GetParam()) GTEST_SKIP() << "A plain backup has nothing to tell it by.";
-  const fs::path stored = storedMedium();
-  const Fixture::Bytes whole = Fixture::readFile(stored);
-  damageEnd(stored);
-  const auto isTold = testing::Contains(testing::HasSubstr("aa1.jpg” is damaged in the backup"));
-  const auto stopsEarly = [&] { return fs::exists(scene.content / "Ana"); };
-  try {
-    scene.run(everything, {.isCancelled = stopsEarly});
-  } catch (const TidewellError&) {
-  }
-  EXPECT_TRUE(fs::exists(scene.content / "Ana"));
-  for (int times = 0; times < 2; ++times) EXPECT_THAT(scene.run(everything).warnings, isTold) << times;
-  EXPECT_THAT(Verification::run({.destination = scene.destination}).findings,
-              ElementsAre(testing::Field(&VerifySummary::Finding::message, testing::HasSubstr("may be damaged"))));
-  const std::size_t before = ExportTest::filesBelow(scene.content / "Ana").size();
-
-  Fixture::writeFile(stored, whole);
-  const ExportSummary mended = scene.run(everything);
-  EXPECT_EQ(mended.copiedCount, 1);
-  EXPECT_THAT(mended.warnings, IsEmpty());
-  EXPECT_EQ(ExportTest::filesBelow(scene.content / "Ana").size(), before + 1) << "beside the damaged one";
-  EXPECT_EQ(scene.run(everything).copiedCount, 0);
-  EXPECT_THAT(Verification::run({.destination = scene.destination}).findings, IsEmpty());
-}
-
-TEST_P(NamedFailuresTest, AProfilePictureWhoseEndDoesNotDecryptIsToldEachTime) {
-  if (!GetParam()) GTEST_SKIP() << "A plain backup has nothing to tell it by.";
-  addPicture({});
-  damageEnd(Fixture::storedPath(
-      scene.backup, Fixture::fileIDOf(scene.contents.whatsApp.domain, "Media/Profile/5511900001111-1.jpg")));
-  for (int times = 0; times < 2; ++times) {
-    const ExportSummary summary = scene.run(everything);
-    EXPECT_THAT(summary.warnings, ElementsAre(testing::StartsWith("“5511900001111-1.jpg” is damaged in the backup")));
-    EXPECT_TRUE(summary.mayBeIncomplete);
-  }
-}
-
-// SQLite sees nothing amiss in a page whose last bytes are other ones.
-TEST_P(NamedFailuresTest, ADatabaseWhoseEndDoesNotDecryptIsTold) {
-  if (!GetParam()) GTEST_SKIP() << "A plain backup has nothing to tell it by.";
-  damageEnd(Fixture::storedPath(scene.backup, Fixture::fileIDOf(scene.contents.whatsApp.domain, "ChatStorage.sqlite")));
-  EXPECT_THAT(scene.run(everything).warnings,
-              ElementsAre(testing::HasSubstr("Some messages may be missing: WhatsApp’s chat database is damaged.")));
-}
-
-TEST_P(NamedFailuresTest, AnIndexWhoseEndDoesNotDecryptIsTold) {
-  if (!GetParam()) GTEST_SKIP() << "A plain backup has nothing to tell it by.";
-  damageEnd(scene.backup / "Manifest.db");
-  EXPECT_THAT(scene.run(everything).warnings,
-              ElementsAre(testing::HasSubstr("Some files may be missing: the backup’s file index is damaged.")));
 }
 
 TEST_P(NamedFailuresTest, AProfilePictureThatCannotBeWrittenIsNamed) {

@@ -14,6 +14,7 @@ target_sources(TidewellCoreTests PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/ExportReceiptTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportScene.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExportTimingTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/DamagedEndsTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExporterDamageTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExporterDestinationTests.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ExporterDriveTests.cpp

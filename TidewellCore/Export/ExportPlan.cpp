@@ -189,7 +189,8 @@ void addCopiesOfLostFiles(ExportPlan& plan, const ExportPlanner::Task& lost, con
                             .chatJID = request.chatJID,
                             .kind = request.kind,
                             .sourceSize = copy->size,
-                            .fate = ExportPlanner::Present()});
+                            .fate = ExportPlanner::Present(),
+                            .soundness = copy->isDoubtful ? ExportPlanner::Soundness::doubtful : ExportPlanner::Soundness::known});
   }
 }
 

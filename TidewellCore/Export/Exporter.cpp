@@ -153,7 +153,7 @@ class Writing {
         control_.isCancelled, progress);
     count(media);
     warnOfDoubtful(doubtfulOf(media));
-    MediaSettlement::settle(library_.media(), {.plan = plan_, .index = index_, .snapshot = source_.snapshot}, media);
+    MediaSettlement::settle(library_.media(), {.plan = plan_, .index = index_, .source = source_}, media);
     remember();
     if (job_.options.exportTranscripts) {
       takeIn();

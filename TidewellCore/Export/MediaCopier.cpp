@@ -1,6 +1,7 @@
 #include "TidewellCore/Export/MediaCopier.h"
 
 #include "TidewellCore/Export/CopyPlace.h"
+#include "TidewellCore/Export/CopySource.h"
 #include "TidewellCore/MakeRoom.h"
 #include "TidewellCore/Platform/FailureOf.h"
 #include "TidewellCore/Platform/FileDescriptor.h"
@@ -22,12 +23,6 @@ bool isOfFolder(const std::error_code& code) {
   return code == std::errc::no_such_file_or_directory || code == std::errc::not_a_directory ||
          code == std::errc::too_many_symbolic_link_levels;
 }
-
-StoredFile storedFileOf(const PlannedCopy& copy) {
-  return {.location = PathText::path(copy.source), .encryptionKey = copy.encryptionKey, .size = copy.sourceSize};
-}
-
-bool hasEnd(const fs::path& file, const Bytes& end) { return Files::lastBytes(file, std::ssize(end)) == end; }
 
 }  // namespace
 
@@ -73,7 +68,7 @@ WrittenCopy MediaCopier::write(const PlannedCopy& copy, const CancellationCheck&
   if (copy.sourceSize >= largeFile) oneAtATime.lock();
   PartialFile partial(copy.dest.in(index_.destination));
   FileDescriptor output = create(copy.dest, partial.path());
-  const auto [byteCount, isDoubtful] = opened_.writePlaintext(storedFileOf(copy), output, isUnwanted);
+  const auto [byteCount, isDoubtful] = opened_.writePlaintext(CopySource::storedFile(copy), output, isUnwanted);
   if (byteCount != copy.sourceSize) throw CopyError(FailureReason::cutShort);
   if (copy.date) Files::setModificationDate(output, *copy.date);
   output.close();
@@ -97,12 +92,12 @@ std::optional<SettledCopy> MediaCopier::carryOut(const PlannedCopy& copy, const 
 
 std::optional<SettledCopy> MediaCopier::lookAtEnd(SettledCopy settled) {
   const PlannedCopy& copy = *settled.copy;
-  settled.isDoubtful = copy.soundness == ExportPlanner::Soundness::doubtful;
-  if (!settled.isDoubtful && !copy.encryptionKey) return settled;  // nothing tells of its end
-  std::optional<Bytes> end;
-  if (failureOf([&] { end = opened_.wholeEnd(storedFileOf(copy)); })) return settled;  // as after the phone lost it
-  settled.isDoubtful = !end;
-  if (!end || hasEnd(settled.place.in(index_.destination), *end)) return settled;
+  const CopySource::Likeness likeness =
+      CopySource::compareEnds(copy, settled.place.in(index_.destination), opened_);
+  const bool isAsBefore = likeness == CopySource::Likeness::untold;
+  settled.isDoubtful = isAsBefore ? copy.soundness == ExportPlanner::Soundness::doubtful
+                                  : likeness == CopySource::Likeness::notWhole;
+  if (likeness != CopySource::Likeness::other) return settled;
   batches_.add(write(copy, isCancelled_));
   return std::nullopt;
 }

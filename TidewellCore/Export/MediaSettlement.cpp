@@ -6,12 +6,16 @@
 #include <utility>
 #include <variant>
 
+#include "TidewellCore/Export/CopySource.h"
+#include "TidewellCore/Platform/FailureOf.h"
+
 namespace {
 
 using ExportPlanner::PlannedCopy;
 using MediaSettlement::Ground;
 
-KeptMedium mediumOf(const PlannedCopy& copy, const ExportPlace& place, std::int64_t size, const Ground& ground) {
+KeptMedium mediumOf(const PlannedCopy& copy, const ExportPlace& place, std::int64_t size, bool isDoubtful,
+                     const Ground& ground) {
   return {.path = copy.relativePath,
           .place = place,
           .size = size,
@@ -19,8 +23,8 @@ KeptMedium mediumOf(const PlannedCopy& copy, const ExportPlace& place, std::int6
           .kind = copy.kind,
           .chatJID = copy.chatJID.text(),
           .isThere = true,
-          .isDoubtful = copy.soundness == ExportPlanner::Soundness::doubtful,
-          .sentDigest = std::string(ground.snapshot.sentDigest(copy.relativePath))};
+          .isDoubtful = isDoubtful,
+          .sentDigest = std::string(ground.source.snapshot.sentDigest(copy.relativePath))};
 }
 
 // Of the file that stands at the place now, in bytes.
@@ -30,6 +34,17 @@ std::int64_t sizeOf(const PlannedCopy& copy, const MediaResult& result, const De
   const ExportPlace& before = moved == nullptr ? result.place : moved->from;
   const DestinationIndex::FileEntry* file = index.file(before.folder, before.name);
   return file == nullptr ? copy.sourceSize : file->size;
+}
+
+// Of a file that this export left as it was.
+bool isDoubtful(const PlannedCopy& copy, const Ground& ground) {
+  if (copy.soundness == ExportPlanner::Soundness::known) return false;
+  auto likeness = CopySource::Likeness::other;  // a file that cannot be read cannot be vouched for
+  failureOf([&] {
+    likeness = CopySource::compareEnds(copy, copy.dest.in(ground.index.destination), ground.source.opened);
+  });
+  if (likeness == CopySource::Likeness::untold) return copy.soundness == ExportPlanner::Soundness::doubtful;
+  return likeness != CopySource::Likeness::same;
 }
 
 // A file that was moved may be known to be other media too.
@@ -54,12 +69,11 @@ void MediaSettlement::settle(MediaLedger& ledger, const Ground& ground, const st
     const MediaResult& result = results[number];
     if (result.hasFailed()) continue;
     const PlannedCopy& copy = ground.plan.copies[number];
-    KeptMedium medium = mediumOf(copy, result.place, sizeOf(copy, result, ground.index), ground);
-    medium.isDoubtful = result.isDoubtful;
-    ledger.settle(std::move(medium), result.outcome == MediaResult::Outcome::copied);
+    ledger.settle(mediumOf(copy, result.place, sizeOf(copy, result, ground.index), result.isDoubtful, ground),
+                  result.outcome == MediaResult::Outcome::copied);
   }
   for (const PlannedCopy& copy : ground.plan.earlier) {
-    ledger.settle(mediumOf(copy, copy.dest, copy.sourceSize, ground));
+    ledger.settle(mediumOf(copy, copy.dest, copy.sourceSize, isDoubtful(copy, ground), ground));
   }
   ledger.review([&](const ExportPlace& place, std::int64_t size) {
     const DestinationIndex::FileEntry* file = ground.index.file(place.folder, place.name);
