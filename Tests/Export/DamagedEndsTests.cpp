@@ -162,12 +162,15 @@ TEST_F(DamagedEndsTest, ASoundCopyOfAnExportThatWasBrokenOffIsKnownWhereItsKindI
 TEST_F(DamagedEndsTest, ADoubtfulCopyIsDoubtedAfterABackupThatLacksItsMedium) {
   damageEnd(storedMedium());
   scene.run(everything);
-  scene.contents.whatsApp.mediaFiles[0].storage.missing = true;
+  const Fixture::BackupContents whole = scene.contents;
+  Fixture::WhatsAppContents& app = scene.contents.whatsApp;
+  app.mediaItems = {{.message = 1, .localPath = app.mediaFiles[0].localPath}};
+  app.mediaFiles.erase(app.mediaFiles.begin());
   scene.write();
   scene.run(everything);
   EXPECT_THAT(Verification::run({.destination = scene.destination}).findings,
               ElementsAre(testing::Field(&VerifySummary::Finding::message, testing::HasSubstr("may be damaged"))));
-  scene.contents.whatsApp.mediaFiles[0].storage.missing = false;
+  scene.contents = whole;
   scene.write();
   expectCopiedAgain();
 }

@@ -183,14 +183,15 @@ void addCopiesOfLostFiles(ExportPlan& plan, const ExportPlanner::Task& lost, con
     if (!copy && ground.knownFiles.hasTaken(request.relativePath)) continue;
     if (!copy) copy = takeByName(search->second, lost.names[i], ground.index, taken);
     if (!copy) continue;
-    plan.earlier.push_back({.dest = copy->place,
-                            .date = request.date,
-                            .relativePath = request.relativePath,
-                            .chatJID = request.chatJID,
-                            .kind = request.kind,
-                            .sourceSize = copy->size,
-                            .fate = ExportPlanner::Present(),
-                            .soundness = copy->isDoubtful ? ExportPlanner::Soundness::doubtful : ExportPlanner::Soundness::known});
+    plan.earlier.push_back(
+        {.dest = copy->place,
+         .date = request.date,
+         .relativePath = request.relativePath,
+         .chatJID = request.chatJID,
+         .kind = request.kind,
+         .sourceSize = copy->size,
+         .fate = ExportPlanner::Present(),
+         .soundness = copy->isDoubtful ? ExportPlanner::Soundness::doubtful : ExportPlanner::Soundness::known});
   }
 }
 

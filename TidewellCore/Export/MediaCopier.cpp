@@ -92,11 +92,10 @@ std::optional<SettledCopy> MediaCopier::carryOut(const PlannedCopy& copy, const 
 
 std::optional<SettledCopy> MediaCopier::lookAtEnd(SettledCopy settled) {
   const PlannedCopy& copy = *settled.copy;
-  const CopySource::Likeness likeness =
-      CopySource::compareEnds(copy, settled.place.in(index_.destination), opened_);
+  const CopySource::Likeness likeness = CopySource::compareEnds(copy, settled.place.in(index_.destination), opened_);
   const bool isAsBefore = likeness == CopySource::Likeness::untold;
-  settled.isDoubtful = isAsBefore ? copy.soundness == ExportPlanner::Soundness::doubtful
-                                  : likeness == CopySource::Likeness::notWhole;
+  settled.isDoubtful =
+      isAsBefore ? copy.soundness == ExportPlanner::Soundness::doubtful : likeness == CopySource::Likeness::notWhole;
   if (likeness != CopySource::Likeness::other) return settled;
   batches_.add(write(copy, isCancelled_));
   return std::nullopt;

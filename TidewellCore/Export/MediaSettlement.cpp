@@ -15,7 +15,7 @@ using ExportPlanner::PlannedCopy;
 using MediaSettlement::Ground;
 
 KeptMedium mediumOf(const PlannedCopy& copy, const ExportPlace& place, std::int64_t size, bool isDoubtful,
-                     const Ground& ground) {
+                    const Ground& ground) {
   return {.path = copy.relativePath,
           .place = place,
           .size = size,
@@ -40,9 +40,8 @@ std::int64_t sizeOf(const PlannedCopy& copy, const MediaResult& result, const De
 bool isDoubtful(const PlannedCopy& copy, const Ground& ground) {
   if (copy.soundness == ExportPlanner::Soundness::known) return false;
   auto likeness = CopySource::Likeness::other;  // a file that cannot be read cannot be vouched for
-  failureOf([&] {
-    likeness = CopySource::compareEnds(copy, copy.dest.in(ground.index.destination), ground.source.opened);
-  });
+  failureOf(
+      [&] { likeness = CopySource::compareEnds(copy, copy.dest.in(ground.index.destination), ground.source.opened); });
   if (likeness == CopySource::Likeness::untold) return copy.soundness == ExportPlanner::Soundness::doubtful;
   return likeness != CopySource::Likeness::same;
 }
