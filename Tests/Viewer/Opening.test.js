@@ -58,7 +58,7 @@ test('Going Back while a chat loads leaves the list, not the chat', async () => 
 });
 
 test('A data file that is missing says that the chat could not be loaded, and may be tried again', async () => {
-  const page = await open(people, { expect: gone });
+  const page = await open(people, { archive: { blockSize: 0 }, expect: gone });
   page.archive.removeFile('messages/_viewer/data/chat-Ben.js');
   await openChat(page, 'Ben');
   await page.getByText(english.couldNotOpen).waitFor();
@@ -80,7 +80,7 @@ test('A data file without messages counts as an empty list', async () => {
 });
 
 test('A data file that is cut says that the chat could not be loaded', async () => {
-  const page = await open(people, { expect: /^error: (SyntaxError.*)?$/ });
+  const page = await open(people, { archive: { blockSize: 0 }, expect: /^error: (SyntaxError.*)?$/ });
   page.archive.write('messages/_viewer/data/chat-Ana.js', 'window.__CHAT_PAYLOAD = {"messages":[{"id":');
   await openChat(page, 'Ana');
   await page.getByText(english.couldNotOpen).waitFor();

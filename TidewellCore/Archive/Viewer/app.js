@@ -163,4 +163,20 @@ function isNarrow() {
   return window.matchMedia("(max-width: 760px)").matches;
 }
 
-new App();
+// The first file without which nothing can be shown, null when they are all there and whole.
+function brokenFile() {
+  if (!Array.isArray(window.CHATS) || !isRecord(window.ARCHIVE)) return "data/chats.js";
+  const ofStyle = getComputedStyle(document.documentElement);
+  return ofStyle.getPropertyValue("--whole") === "" ? "app.css" : null;
+}
+
+// Until here the page says what to do where it cannot be put together.
+function start() {
+  const broken = brokenFile();
+  if (broken) return window.blame(BASE + "_viewer/" + broken);
+  show(false, byId("trouble"));
+  show(true, byId("app"));
+  new App();
+}
+
+start();

@@ -163,10 +163,25 @@ const messagesOf = new Map();
 async function openMessages(chat) {
   const known = messagesOf.get(chat.id);
   if (known) return known;
-  const opened =
-    (chat.count > LARGE_CHAT && (await openBlocks(chat))) || new LoadedMessages(await loadChat(chat.id));
+  const opened = chat.count > LARGE_CHAT ? await openLarge(chat) : await openSmall(chat);
   if (!messagesOf.has(chat.id)) messagesOf.set(chat.id, opened);
   return messagesOf.get(chat.id);
+}
+
+async function openLarge(chat) {
+  return (await openBlocks(chat)) || new LoadedMessages(await loadChat(chat.id));
+}
+
+// The blocks stand in for a chat file that is missing or damaged, when they have all of it.
+async function openSmall(chat) {
+  try {
+    return new LoadedMessages(await loadChat(chat.id));
+  } catch (error) {
+    const opened = await openBlocks(chat);
+    if (!opened) throw error;
+    await opened.ready;
+    return opened;
+  }
 }
 
 // Null when the chat file is all there is to read.

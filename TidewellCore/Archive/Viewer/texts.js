@@ -19,7 +19,7 @@ function asMessage(value) {
 const ARCHIVE = isRecord(window.ARCHIVE) ? window.ARCHIVE : {};
 const CHATS = (Array.isArray(window.CHATS) ? window.CHATS : [])
   .filter((chat) => isRecord(chat) && typeof chat.id === "string")
-  .map((chat) => withTexts(chat, "name", "preview", "avatar"));
+  .map((chat) => withTexts(chat, "name", "preview", "avatar", "folder"));
 const STRINGS = isRecord(ARCHIVE.strings) ? ARCHIVE.strings : {};
 
 // Ends with "/" unless it is empty; every path in the data is relative to it.

@@ -107,15 +107,25 @@ class Thread {
   fail() {
     clearTimeout(this.slow);
     this.view.setAttribute("aria-busy", "false");
-    this.say(text("couldNotOpen"), text("couldNotLoad") + ": " + (this.chat.name || this.chat.id));
+    const { chat, pendingTarget } = this;
     this.chat = null;
+    const words = [
+      element("strong", {}, text("couldNotOpen")),
+      element("span", {}, text("couldNotLoad") + ": " + (chat.name || chat.id)),
+    ];
+    this.say(...words, ...(chat.unknown ? [] : this.waysOut(chat, pendingTarget)));
   }
 
-  say(words, more = "") {
-    this.note.replaceChildren(
-      ...(more ? [element("strong", {}, words), element("span", {}, more)] : [words]),
-    );
-    show(words !== "", this.note);
+  waysOut(chat, target) {
+    const again = element("button.try-again", { type: "button" }, text("tryAgain"));
+    again.addEventListener("click", () => this.open(chat, target));
+    const transcript = { href: addressOf((chat.folder || "") + "/_transcript.html") };
+    return [again, chat.folder ? element("a", transcript, text("openTranscript")) : null];
+  }
+
+  say(...words) {
+    this.note.replaceChildren(...words.filter(Boolean));
+    show(this.note.hasChildNodes(), this.note);
   }
 
   // Finding an older message takes longer; only the last one asked for is shown.
