@@ -11,15 +11,30 @@ class App {
     this.route = null;
     this.filter = "";
     this.field = byId("search");
-    this.lightbox = new Lightbox();
-    this.thread = new Thread({ showPicture: (...picture) => this.lightbox.open(...picture) });
+    this.address = new Address();
+    this.lightbox = new Lightbox({ dismissed: () => this.leavePicture() });
+    this.thread = new Thread({
+      showPicture: (...picture) => this.showPicture(...picture),
+      rested: (place) => this.address.keep({ place }),
+    });
     this.tools = new ThreadTools(this.thread);
     this.chats = new ChatList({ open: (chat) => this.go({ chat: chat.id, message: null }, { again: true }) });
     this.found = new SearchView({
-      open: (chat, message) => this.go({ chat: chat.id, message }, { again: true }),
+      open: (chat, message, { replace } = {}) => this.go({ chat: chat.id, message }, { replace, again: true }),
+      leave: () => this.go({ mode: "chats" }),
     });
     this.wire();
-    this.follow(readRoute());
+    this.arrive();
+  }
+
+  // A reload finds the place in the chat that was left.
+  arrive() {
+    const route = readRoute();
+    const { place, picture } = this.address.state;
+    const returning = Boolean(place && route.chat && place.chat === route.chat);
+    if (returning) this.thread.bookmarks.set(place.chat, place.bookmark);
+    if (picture) history.back();
+    this.follow(route, { returning });
   }
 
   wire() {
@@ -32,31 +47,48 @@ class App {
     byId("clear-search").addEventListener("click", () => this.clearField());
     byId("back").addEventListener("click", () => this.leaveThread());
     document.addEventListener("keydown", (event) => this.keyed(event));
-    window.addEventListener("popstate", () => this.follow(readRoute()));
-    window.addEventListener("hashchange", () => this.follow(readRoute()));
+    window.addEventListener("popstate", () => this.returned());
+    window.addEventListener("hashchange", () => this.returned());
   }
 
   // Changes the route; a step worth going Back from gets its own place in the history.
   // `again` shows a chat's message once more that is already open.
   go(change, { replace = false, again = false } = {}) {
     const route = { ...this.route, ...change };
-    const address = writeRoute(route);
-    if (address !== writeRoute(this.route)) {
-      const state = { fromList: !this.route.chat };
-      if (replace) history.replaceState(history.state, "", address);
-      else history.pushState(state, "", address);
+    if (writeRoute(route) !== writeRoute(this.route)) {
+      if (replace) this.address.replace(route);
+      else this.address.push(route, { fromList: !this.route.chat });
     }
     this.follow(route, { chosen: true, again });
   }
 
-  follow(route, { chosen = false, again = false } = {}) {
+  // By Back, Forward, or an address that was typed.
+  returned() {
+    this.address.drop();
+    if (!this.address.state.picture) this.lightbox.close();
+    this.follow(readRoute());
+  }
+
+  // Back closes the picture.
+  showPicture(...picture) {
+    this.lightbox.open(...picture);
+    this.address.push(this.route, { ...this.address.state, picture: true });
+  }
+
+  leavePicture() {
+    if (this.address.state.picture) history.back();
+  }
+
+  follow(route, { chosen = false, again = false, returning = false } = {}) {
     const before = this.route;
     if (!chosen && before && writeRoute(before) === writeRoute(route)) return;
     this.route = route;
     this.lightbox.close();
     this.showMode(route, !before || !chosen);
     const moved = !before || before.chat !== route.chat || before.message !== route.message;
-    if (moved || again) this.showChat(route);
+    this.found.follow(route);
+    this.thread.markFound(route.mode === "messages" ? this.found.query : "");
+    if (moved || again) this.showChat(returning ? { ...route, message: null } : route);
     if (before && before.chat && !route.chat) this.focusList();
     else if ((moved || again) && chosen && isNarrow() && route.chat)
       byId("messages").focus({ preventScroll: true });
@@ -126,7 +158,7 @@ class App {
   // button never build up a history of their own.
   leaveThread() {
     if (!this.route.chat) return;
-    if (history.state && history.state.fromList) history.back();
+    if (this.address.state.fromList) history.back();
     else this.go({ chat: null, message: null });
   }
 
@@ -139,15 +171,24 @@ class App {
     if (event.defaultPrevented || event.isComposing) return;
     const command = event.ctrlKey || event.metaKey;
     if (event.key === "Escape") this.escape(event);
+    else if (event.key === "F3" && !command) this.findNext(event);
     else if (command && !event.shiftKey && !event.altKey && event.key.toLowerCase() === "f")
       this.findHere(event);
   }
 
   escape(event) {
-    if (this.lightbox.isOpen) this.lightbox.close();
+    if (this.lightbox.isOpen) this.lightbox.dismiss();
+    else if (event.target === this.field && this.field.value) this.clearField();
     else if (this.route.chat) this.leaveThread();
     else return;
     event.preventDefault();
+  }
+
+  findNext(event) {
+    const finder = [this.tools, this.found].find((one) => one.hits.length > 0);
+    if (!finder || this.lightbox.isOpen) return;
+    event.preventDefault();
+    finder.step(event.shiftKey ? -1 : 1);
   }
 
   // The browser's own search sees only what exists in the page; pressed again inside

@@ -1,12 +1,14 @@
 // One picture over everything, with the chat's other pictures on either side.
 class Lightbox {
-  constructor() {
+  // `dismissed` is told when the reader closes it.
+  constructor({ dismissed }) {
+    this.dismissed = dismissed;
     this.box = byId("lightbox");
     this.picture = byId("lightbox-img");
     this.note = byId("lightbox-note");
     this.previous = byId("lightbox-previous");
     this.next = byId("lightbox-next");
-    byId("lightbox-close").addEventListener("click", () => this.close());
+    byId("lightbox-close").addEventListener("click", () => this.dismiss());
     this.previous.addEventListener("click", () => this.step(-1));
     this.next.addEventListener("click", () => this.step(1));
     this.picture.addEventListener("load", () => this.box.classList.add("loaded"));
@@ -27,6 +29,11 @@ class Lightbox {
     byId("app").inert = true;
     this.showAt(index);
     byId("lightbox-close").focus();
+  }
+
+  dismiss() {
+    this.close();
+    this.dismissed();
   }
 
   close() {
@@ -107,7 +114,7 @@ class Lightbox {
   }
 
   clicked(event) {
-    if (event.target === this.box || event.target.classList.contains("lightbox-stage")) this.close();
+    if (event.target === this.box || event.target.classList.contains("lightbox-stage")) this.dismiss();
   }
 
   keyed(event) {
@@ -139,7 +146,7 @@ class Lightbox {
       const down = event.clientY - start.clientY;
       start = null;
       if (Math.abs(across) > 48 && Math.abs(across) > Math.abs(down)) this.step(across < 0 ? 1 : -1);
-      else if (Math.abs(down) > 96) this.close();
+      else if (Math.abs(down) > 96) this.dismiss();
     });
   }
 }

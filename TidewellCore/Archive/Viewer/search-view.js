@@ -4,19 +4,55 @@ const SEARCH_MINIMUM = 2;
 const TYPING_PAUSE = 120;
 
 class SearchView {
-  constructor({ open }) {
+  // `open(chat, message)` shows a hit; with {replace} it is a step from the one that is shown. `leave` ends the search.
+  constructor({ open, leave }) {
+    this.open = open;
     this.host = byId("search-results");
     this.status = byId("search-status");
     this.hits = [];
     this.typed = null;
     this.query = "";
+    this.wanted = null;
+    this.current = null;
     this.list = new Listbox(this.host, {
       row: (index) => hitRow(this.hits[index], this.query),
       height: 84,
-      picked: (index) => open(this.hits[index].chat, messageOfHit(this.hits[index]).id),
+      picked: (index) => open(this.hits[index].chat, idOfHit(this.hits[index])),
     });
+    this.list.chosen = (index) => this.hits[index] === this.current;
     this.list.steerFrom(byId("search"));
+    byId("previous-hit").addEventListener("click", () => this.step(-1));
+    byId("next-hit").addEventListener("click", () => this.step(1));
+    byId("leave-search").addEventListener("click", leave);
     this.look("");
+  }
+
+  // The hit that the route shows is marked in the list.
+  follow({ mode, chat, message }) {
+    this.wanted = mode === "messages" && chat && message ? { chat, message } : null;
+    if (!this.current || !this.isWanted(this.current)) this.current = this.hits.find((hit) => this.isWanted(hit)) || null;
+    this.list.remark();
+    this.tellPosition();
+  }
+
+  isWanted(hit) {
+    return this.wanted !== null && hit.chat.id === this.wanted.chat && idOfHit(hit) === this.wanted.message;
+  }
+
+  // One hit further down the list, or up with -1, round at the ends.
+  step(by) {
+    const count = this.hits.length;
+    if (count === 0) return;
+    const at = this.current ? (this.hits.indexOf(this.current) + by + count) % count : 0;
+    this.list.activate(at);
+    this.open(this.hits[at].chat, idOfHit(this.hits[at]), { replace: this.current !== null });
+  }
+
+  tellPosition() {
+    show(this.current !== null, byId("found-bar"));
+    if (!this.current) return;
+    const n = this.hits.indexOf(this.current) + 1;
+    byId("found-status").textContent = text("resultPosition", { n, total: this.hits.length });
   }
 
   // Searches for what is typed; `atOnce` when it comes from an address.
@@ -45,7 +81,9 @@ class SearchView {
 
   empty() {
     this.hits = [];
+    this.current = null;
     this.list.fill(0);
+    this.tellPosition();
   }
 
   begin() {
@@ -60,9 +98,11 @@ class SearchView {
   add(batch) {
     const before = this.hits;
     this.hits = mergeByTime(before, batch.sort(newestFirst));
+    this.current ||= batch.find((hit) => this.isWanted(hit)) || null;
     const after = this.hits;
     this.list.grow(after.length, (index) => Math.max(0, after.indexOf(before[index])));
     this.status.textContent = text("searching") + " " + text("resultCount", { n: after.length });
+    this.tellPosition();
   }
 
   end(failed) {

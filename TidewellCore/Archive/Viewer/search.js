@@ -114,6 +114,10 @@ class Search {
   }
 }
 
+function idOfHit(hit) {
+  return hit.message ? hit.message.id : idOfLine(hit.line);
+}
+
 function messageOfHit(hit) {
   return hit.message || messageOfLine(hit.line);
 }

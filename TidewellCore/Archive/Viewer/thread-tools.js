@@ -2,6 +2,7 @@
 class ThreadTools {
   constructor(thread) {
     this.thread = thread;
+    this.hits = [];
     this.field = byId("thread-query");
     this.date = byId("thread-date-field");
     this.tools = [
@@ -26,7 +27,8 @@ class ThreadTools {
       if (event.key !== "Escape") return;
       event.stopPropagation();
       event.preventDefault();
-      this.close(tool);
+      if (tool.field === this.field && this.field.value) this.forget();
+      else this.close(tool);
     });
   }
 

@@ -1,14 +1,17 @@
 // The open chat: its head, and its messages, of which only those in view exist.
 class Thread {
-  constructor({ showPicture }) {
+  // `rested` is told the place, {chat, bookmark}, that a reader has come to.
+  constructor({ showPicture, rested }) {
     this.view = byId("messages");
     this.note = byId("thread-note");
     this.chat = null;
     this.messages = null;
     this.query = "";
+    this.foundQuery = "";
     this.target = null;
     this.waitingMedia = [];
     this.folds = null;
+    this.whenRested = rested;
     this.bookmarks = new Map();
     this.whenFilled = () => {};
     this.scroller = new Scroller(this.view, {
@@ -24,7 +27,8 @@ class Thread {
   }
 
   context(far) {
-    const { chat, messages, folds, query, target } = this;
+    const { chat, messages, folds, target } = this;
+    const query = this.query || this.foundQuery;
     return { chat, messages, folds, query, target, later: far ? this.waitingMedia : null };
   }
 
@@ -90,7 +94,7 @@ class Thread {
     this.say(messages.count === 0 ? text("noMessages") : "");
     const left = this.bookmarks.get(this.chat.id);
     this.scroller.reset(messages.count, { atEnd: true });
-    if (left && !this.pendingTarget) this.scroller.restore(left);
+    if (left && left.index < messages.count && !this.pendingTarget) this.scroller.restore(left);
     this.rested();
     this.whenFilled();
   }
@@ -152,6 +156,13 @@ class Thread {
     this.scroller.refresh();
   }
 
+  // What the search over all chats looks for, marked where the chat's own search marks nothing.
+  markFound(foldedQuery) {
+    if (this.foundQuery === foldedQuery) return;
+    this.foundQuery = foldedQuery;
+    this.scroller.refresh();
+  }
+
   toNewest() {
     this.scroller.scrollTo(this.messages.count - 1, "end");
     this.rested();
@@ -183,6 +194,7 @@ class Thread {
     playersRest(this.view);
     this.showNewest();
     byId("floating-day").classList.remove("shown");
+    if (this.messages) this.whenRested({ chat: this.chat.id, bookmark: this.place() });
   }
 
   showNewest() {
