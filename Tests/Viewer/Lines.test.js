@@ -49,7 +49,7 @@ async function findsItsWay(chat, options) {
 
   await page.goto(page.archive.url + '#mode=messages&q=message%20599');
   await eventually(() => page.locator('#search-results').getAttribute('aria-busy'), 'false');
-  await eventually(() => page.locator('#search-status').textContent(), 'Results: 11');
+  await eventually(() => page.locator('#search-status').textContent(), 'Results: 16');
   assert.match((await texts(page, '.hit .snippet'))[0], /^message 5999 /);
   assert.match((await texts(page, '.hit time, .hit .chat-top'))[0], /6\/5\/24/);
   await page.goto(page.archive.url + '#mode=messages&q=message%20');

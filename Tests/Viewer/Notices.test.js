@@ -95,7 +95,7 @@ test('The search within the chat opens them and marks the words', async () => {
   const page = await open([{ name: 'Club', group: true, messages: [...row(6), message('x', { ts: someTime + 9 * day })] }]);
   await openChat(page, 'Club');
   await page.getByRole('button', { name: 'Search in this chat' }).click();
-  await page.locator('#thread-query').fill('member 2');
+  await page.locator('#thread-query').fill('"member 2"');
   await eventually(() => texts(page, '.pill mark'), ['Member 2']);
 });
 

@@ -111,9 +111,9 @@ test('The address opens a chat, and a message in its chat', async () => {
 });
 
 test('An address of a search runs it', async () => {
-  const page = await open(people, { hash: '#mode=messages&q=Ben+7' });
+  const page = await open(people, { hash: '#mode=messages&q=%22Ben+7%22' });
   await eventually(() => page.locator('#search-status').textContent(), 'Results: 1');
-  assert.equal(await page.locator('#search').inputValue(), 'Ben 7');
+  assert.equal(await page.locator('#search').inputValue(), '"Ben 7"');
 });
 
 test('An address of a chat that is not there says so', async () => {

@@ -2,11 +2,11 @@ import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { readSource } from './Support/page.js';
 
-const { snippetOf, findMatches, fold } = new Function(
-  `${readSource('fold.js')} return { snippetOf, findMatches, fold };`,
+const { snippetOf, findMatches, fold, parseQuery } = new Function(
+  `${readSource('fold.js')} ${readSource('query.js')} return { snippetOf, findMatches, fold, parseQuery };`,
 )();
 const snippet = (string, query) =>
-  snippetOf(string, fold(query))
+  snippetOf(string, parseQuery(query))
     .map((piece) => piece.string)
     .join('');
 

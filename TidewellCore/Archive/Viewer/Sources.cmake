@@ -5,6 +5,7 @@ set(VIEWER_SCRIPTS
   fold.js
   dom.js
   line.js
+  query.js
   loader.js
   messages.js
   heights.js
@@ -13,6 +14,7 @@ set(VIEWER_SCRIPTS
   chat-list.js
   search.js
   search-view.js
+  search-panel.js
   links.js
   wording.js
   media.js

@@ -23,6 +23,7 @@ class App {
       open: (chat, message, { replace } = {}) => this.go({ chat: chat.id, message }, { replace, again: true }),
       leave: () => this.go({ mode: "chats" }),
     });
+    this.panel = new SearchPanel({ changed: (typed) => this.ask(typed) });
     this.wire();
     this.arrive();
   }
@@ -87,7 +88,7 @@ class App {
     this.showMode(route, !before || !chosen);
     const moved = !before || before.chat !== route.chat || before.message !== route.message;
     this.found.follow(route);
-    this.thread.markFound(route.mode === "messages" ? this.found.query : "");
+    this.thread.markFound(route.mode === "messages" ? this.found.marked : null);
     if (moved || again) this.showChat(returning ? { ...route, message: null } : route);
     if (before && before.chat && !route.chat) this.focusList();
     else if ((moved || again) && chosen && isNarrow() && route.chat)
@@ -110,7 +111,9 @@ class App {
     const value = messages ? query : this.filter;
     if (this.field.value.trim() !== value.trim()) this.field.value = value;
     show(this.field.value !== "", byId("clear-search"));
-    if (messages) this.found.look(query, { atOnce: arrived });
+    if (!messages) return;
+    this.found.look(query, { atOnce: arrived });
+    this.panel.follow(query, this.found.query);
   }
 
   showChat({ chat: id, message }) {
@@ -146,6 +149,11 @@ class App {
       this.filter = value;
       this.chats.narrow(value);
     }
+  }
+
+  ask(typed) {
+    this.field.value = typed;
+    this.typed();
   }
 
   clearField() {

@@ -4,7 +4,6 @@ class ChatList {
     this.shown = CHATS;
     this.filter = "";
     this.openId = null;
-    this.names = null;
     this.host = byId("chat-list");
     this.note = byId("chat-list-note");
     this.list = new Listbox(this.host, {
@@ -18,11 +17,11 @@ class ChatList {
   }
 
   narrow(filter) {
-    const wanted = foldQuery(filter);
+    const wanted = fold(filter.trim());
     if (wanted === this.filter) return;
     this.filter = wanted;
-    this.names ||= CHATS.map((chat) => fold(chat.name || ""));
-    this.shown = wanted === "" ? CHATS : CHATS.filter((_, index) => this.names[index].includes(wanted));
+    const words = wanted.split(/\s+/);
+    this.shown = wanted === "" ? CHATS : CHATS.filter((chat) => isChatNamed(chat, words) || isChatNamed(chat, [wanted]));
     this.fill();
     if (wanted === "") this.reveal();
   }

@@ -28,11 +28,6 @@ function foldWhole(string) {
     .replaceAll("ς", "σ");
 }
 
-// What a search looks for: trimmed, folded, inner white space as typed.
-function foldQuery(query) {
-  return fold(query.trim());
-}
-
 // For each unit of the folded text, the start of the character of `string` that it came
 // from; one more entry, the length of `string`, ends the list.
 function foldWithOrigins(string) {
@@ -82,35 +77,6 @@ function joinTouching(ranges) {
     else joined.push(range);
   }
   return joined;
-}
-
-const SNIPPET_WHOLE = 140;
-const SNIPPET_BEFORE = 36;
-const SNIPPET_AFTER = 48;
-
-// The neighbourhood of the first match as pieces {string, match}, "…" where it was cut.
-function snippetOf(string, foldedQuery) {
-  const [first] = findMatches(string, foldedQuery, 1);
-  if (!first) return [{ string: string.slice(0, wholeCharacter(string, SNIPPET_WHOLE)), match: false }];
-  const start = wholeCharacter(string, Math.max(0, first[0] - SNIPPET_BEFORE));
-  const end = wholeCharacter(string, Math.min(string.length, first[1] + SNIPPET_AFTER));
-  const pieces = split(string.slice(start, end), foldedQuery);
-  if (start > 0) pieces.unshift({ string: "…", match: false });
-  if (end < string.length) pieces.push({ string: "…", match: false });
-  return pieces;
-}
-
-// `string` cut into pieces {string, match}.
-function split(string, foldedQuery) {
-  const pieces = [];
-  let at = 0;
-  for (const [start, end] of findMatches(string, foldedQuery)) {
-    if (start > at) pieces.push({ string: string.slice(at, start), match: false });
-    pieces.push({ string: string.slice(start, end), match: true });
-    at = end;
-  }
-  if (at < string.length) pieces.push({ string: string.slice(at), match: false });
-  return pieces;
 }
 
 // Steps back from the middle of a surrogate pair.

@@ -102,6 +102,17 @@ function dateFieldValue(seconds) {
   return new Date(dayNumber(seconds) * DAY_SECONDS * 1000).toISOString().slice(0, 10);
 }
 
+// The first second of a day, found between the zones that are furthest ahead and behind.
+function startOfDay(day) {
+  let [early, late] = [(day - 1) * DAY_SECONDS, (day + 1) * DAY_SECONDS];
+  while (late - early > 1) {
+    const middle = Math.floor((early + late) / 2);
+    if (dayNumber(middle) < day) early = middle;
+    else late = middle;
+  }
+  return late;
+}
+
 function dayNumberOfField(value) {
   const milliseconds = Date.parse(value + "T00:00:00Z");
   return Number.isNaN(milliseconds) ? null : Math.round(milliseconds / 1000 / DAY_SECONDS);

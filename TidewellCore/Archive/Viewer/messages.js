@@ -1,5 +1,5 @@
 // A chat's messages, in time order, wherever they come from. Both kinds answer
-//   count, at(index) -> message or null while its data is under way, textAt(index),
+//   count, at(index) -> message or null while its data is under way, matches(index, query),
 //   isPicture(index), isNotice(index), indexOfId(id) -> promise of an index or -1, and `ready`, a promise
 //   kept when all of them are there.
 
@@ -32,8 +32,8 @@ class LoadedMessages {
     return index >= 0 && index < this.count && isNotice(this.messages[index]);
   }
 
-  textAt(index) {
-    return withNames(this.messages[index]);
+  matches(index, query) {
+    return query.takes(this.messages[index]);
   }
 }
 
@@ -137,9 +137,9 @@ class BlockMessages {
     return mayBeNotice(line) && isNotice(messageOfLine(line));
   }
 
-  textAt(index) {
+  matches(index, query) {
     const line = this.lineAt(index);
-    return line === null ? "" : wordsOfLine(line);
+    return line !== null && query.takesLine(line);
   }
 }
 

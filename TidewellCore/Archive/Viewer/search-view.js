@@ -1,6 +1,5 @@
 // The results of a search over all messages, newest first, growing while it runs.
 
-const SEARCH_MINIMUM = 2;
 const TYPING_PAUSE = 120;
 
 class SearchView {
@@ -11,7 +10,7 @@ class SearchView {
     this.status = byId("search-status");
     this.hits = [];
     this.typed = null;
-    this.query = "";
+    this.query = parseQuery("");
     this.wanted = null;
     this.current = null;
     this.list = new Listbox(this.host, {
@@ -57,19 +56,24 @@ class SearchView {
 
   // Searches for what is typed; `atOnce` when it comes from an address.
   look(typed, { atOnce = false } = {}) {
-    const query = typed.trim().toLowerCase();
-    if (query === this.typed) return;
-    this.typed = query;
+    const query = parseQuery(typed);
+    if (typed.trim() === this.typed) return;
+    this.typed = typed.trim();
     this.stop();
-    this.query = foldQuery(query);
+    const source = this.isWhole && query.narrows(this.query) ? this.hits : null;
+    this.query = query;
     this.empty();
-    if (query === "") this.status.textContent = text("searchHint");
-    else if ([...query].length < SEARCH_MINIMUM) this.status.textContent = text("searchMinChars");
-    else if (this.query === "") this.status.textContent = text("noMessagesFound");
+    if (query.isEmpty) this.status.textContent = text(this.typed === "" ? "searchHint" : "noMessagesFound");
+    else if (query.isTooShort) this.status.textContent = text("searchMinChars");
     else {
       this.status.textContent = text("searching");
-      this.waiting = setTimeout(() => this.begin(), atOnce ? 0 : TYPING_PAUSE);
+      this.waiting = setTimeout(() => this.begin(source), atOnce ? 0 : TYPING_PAUSE);
     }
+  }
+
+  // What a message is to be marked with; null where the words say too little.
+  get marked() {
+    return this.query.isTooShort ? null : this.query;
   }
 
   stop() {
@@ -81,18 +85,21 @@ class SearchView {
 
   empty() {
     this.hits = [];
+    this.isWhole = false;
     this.current = null;
     this.list.fill(0);
     this.tellPosition();
   }
 
-  begin() {
+  // Among the hits of a search that is narrowed, where there is one.
+  begin(source) {
     this.host.setAttribute("aria-busy", "true");
     this.search = new Search(this.query, {
       found: (batch) => this.add(batch),
       finished: (failed) => this.end(failed),
     });
-    this.search.run();
+    if (source) this.search.runHits(source);
+    else this.search.run();
   }
 
   add(batch) {
@@ -108,10 +115,22 @@ class SearchView {
   end(failed) {
     this.search = null;
     this.host.setAttribute("aria-busy", "false");
+    this.isWhole = !failed;
     const count = this.hits.length ? text("resultCount", { n: this.hits.length }) : text("noMessagesFound");
     if (!failed) this.status.textContent = count;
     else this.status.textContent = text("searchFailed") + (this.hits.length ? " " + count : "");
   }
+}
+
+// A message's words; the name of its file where that was found, or what it is where there are no words.
+function shownWords(message, query) {
+  const words = message.text ? withNames(message) : "";
+  const { media } = message;
+  const name = (media && media.name) || "";
+  if (name && rangesOf(words, query).length === 0 && rangesOf(name, query).length > 0) {
+    return words ? words + " · " + name : name;
+  }
+  return words || (media ? text(kindOf(media).label) : "");
 }
 
 function newestFirst(one, other) {
@@ -145,8 +164,8 @@ function hitRow(hit, query) {
       element(
         "span.hit-words",
         {},
-        sender ? element("bdi.hit-sender", {}, sender + ": ") : null,
-        element("bdi.snippet", {}, ...marked(snippetOf(withNames(message), query))),
+        sender ? element("bdi.hit-sender", {}, ...marked(split(sender, query)), ": ") : null,
+        element("bdi.snippet", {}, ...marked(snippetOf(shownWords(message, query), query))),
       ),
     ),
   );

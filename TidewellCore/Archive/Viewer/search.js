@@ -1,4 +1,4 @@
-// Search over the text of all messages, as it is read. Blocks (or, without them, chat files) are gone
+// Search over all messages, as they are read. Blocks (or, without them, chat files) are gone
 // through one after another; hits {chat, index, ts, message or line} are handed on in
 // batches as they are found.
 
@@ -9,8 +9,8 @@ const NEXT_BATCH = 220;
 
 class Search {
   // `found(hits)` gets every new batch, `finished(failed)` the end.
-  constructor(foldedQuery, { found, finished }) {
-    this.query = foldedQuery;
+  constructor(query, { found, finished }) {
+    this.query = query;
     this.found = found;
     this.finished = finished;
     this.batch = [];
@@ -25,10 +25,23 @@ class Search {
   async run() {
     this.handedOn = performance.now() - NEXT_BATCH + FIRST_BATCH;
     if (BLOCKS) await this.runBlocks();
-    else await this.runChats(CHATS.filter((chat) => chat.count > 0));
+    else await this.runChats(CHATS.filter((chat) => chat.count > 0 && this.query.takesChat(chat)));
     if (this.stopped) return;
     this.handOn();
     this.finished(this.failed);
+  }
+
+  // The same among hits that are known.
+  async runHits(hits) {
+    this.handedOn = performance.now() - NEXT_BATCH + FIRST_BATCH;
+    for (let at = 0; at < hits.length && !this.stopped; at++) {
+      const { line, message } = hits[at];
+      if (message ? this.query.takes(message) : this.query.takesLine(line)) this.batch.push(hits[at]);
+      if (at % 2000 === 1999) await this.pause();
+    }
+    if (this.stopped) return;
+    this.handOn();
+    this.finished(false);
   }
 
   // The next file is under way while the one before it is gone through.
@@ -60,7 +73,7 @@ class Search {
     await this.runEach([...BLOCKS.keys()], load, (lines, number) => this.goThroughBlock(lines, number));
     if (missing.size === 0 || this.stopped) return;
     await this.runChats(
-      CHATS.filter((chat) => missing.has(chat.id)),
+      CHATS.filter((chat) => missing.has(chat.id) && this.query.takesChat(chat)),
       (chat, index) => missing.get(chat.id).some(([first, end]) => index >= first && index < end),
     );
   }
@@ -74,9 +87,9 @@ class Search {
     let line = 0;
     for (const [id, first, count] of BLOCKS[number].chats) {
       const chat = chatById(id);
-      const end = chat ? Math.min(line + count, lines.length) : 0;
+      const end = chat && this.query.takesChat(chat) ? Math.min(line + count, lines.length) : 0;
       for (let at = line; at < end; at++) {
-        if (fold(wordsOfLine(lines[at])).includes(this.query)) {
+        if (this.query.takesLine(lines[at])) {
           this.batch.push({ chat, index: first + at - line, ts: timeOfLine(lines[at]), line: lines[at] });
         }
       }
@@ -88,7 +101,7 @@ class Search {
   async goThroughChat(messages, chat, wanted) {
     for (let index = 0; index < messages.length && !this.stopped; index++) {
       const message = messages[index];
-      if (message.text && fold(withNames(message)).includes(this.query) && wanted(chat, index)) {
+      if (this.query.takes(message) && wanted(chat, index)) {
         this.batch.push({ chat, index, ts: hasTime(message.ts) ? message.ts : -Infinity, message });
       }
       if (index % 2000 === 1999) await this.pause();

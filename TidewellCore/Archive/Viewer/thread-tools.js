@@ -63,39 +63,43 @@ class ThreadTools {
 
   // Newest first, in slices; the first match is shown as soon as it is found.
   async look() {
-    const query = foldQuery(this.field.value);
+    const query = parseQuery(this.field.value);
     const hits = [];
     this.hits = hits;
     this.current = -1;
     const { messages } = this.thread;
-    const tooShort = [...query].length < SEARCH_MINIMUM;
-    this.thread.mark(tooShort ? "" : query);
-    this.tell(query && tooShort ? text("searchMinChars") : "");
-    if (tooShort || !messages) return;
+    const { isTooShort } = query;
+    this.thread.mark(isTooShort ? null : query);
+    this.tell(query.isEmpty ? "" : text(isTooShort ? "searchMinChars" : "searching"));
+    if (isTooShort || !messages) return;
     await messages.ready.catch(() => {});
     let paused = performance.now();
     for (let index = messages.count - 1; index >= 0; index--) {
       if (this.hits !== hits) return;
-      if (fold(messages.textAt(index)).includes(query)) {
+      if (messages.matches(index, query)) {
         hits.push(index);
-        if (hits.length === 1) this.step(1);
+        if (hits.length === 1) this.showHit(0);
       }
       if (index % 500 === 0 && performance.now() - paused > SEARCH_SLICE) {
         await nextTurn();
         paused = performance.now();
       }
     }
-    if (this.hits === hits) this.tellPosition();
+    if (this.hits === hits) this.tellPosition(); // not before all are counted
   }
 
   // One match further: 1 to an older one, -1 to a newer one, round at the ends.
   step(by) {
     const count = this.hits.length;
     if (count === 0) return;
-    this.current = (this.current + by + count) % count;
-    const index = this.hits[this.current];
-    this.thread.goToIndex(index, this.thread.messages.at(index)?.id);
+    this.showHit((this.current + by + count) % count);
     this.tellPosition();
+  }
+
+  showHit(number) {
+    this.current = number;
+    const index = this.hits[number];
+    this.thread.goToIndex(index, this.thread.messages.at(index)?.id);
   }
 
   tellPosition() {

@@ -6,8 +6,8 @@ class Thread {
     this.note = byId("thread-note");
     this.chat = null;
     this.messages = null;
-    this.query = "";
-    this.foundQuery = "";
+    this.query = null;
+    this.foundQuery = null;
     this.target = null;
     this.waitingMedia = [];
     this.folds = null;
@@ -72,7 +72,7 @@ class Thread {
     if (this.messages) this.messages.whenArrived = () => {};
     this.chat = null;
     this.messages = null;
-    this.query = "";
+    this.query = null;
     this.target = null;
     this.pendingTarget = null;
     this.waitingMedia = [];
@@ -150,16 +150,16 @@ class Thread {
     this.rested();
   }
 
-  mark(foldedQuery) {
-    if (this.query === foldedQuery) return;
-    this.query = foldedQuery;
+  mark(query) {
+    if (this.query?.key === query?.key) return;
+    this.query = query;
     this.scroller.refresh();
   }
 
   // What the search over all chats looks for, marked where the chat's own search marks nothing.
-  markFound(foldedQuery) {
-    if (this.foundQuery === foldedQuery) return;
-    this.foundQuery = foldedQuery;
+  markFound(query) {
+    if (this.foundQuery?.key === query?.key) return;
+    this.foundQuery = query;
     this.scroller.refresh();
   }
 

@@ -22,11 +22,11 @@ const OF_A_WORD = /[\p{L}\p{N}]/u;
 const MENTION = /(?<![0-9A-Za-z_])@(\d{5,20})(?![0-9A-Za-z_])/g;
 
 // `mentions` are names by the digits that stand for them.
-function richText(string, foldedQuery, mentions = {}) {
+function richText(string, query, mentions = {}) {
   const mono = string.includes("`") ? monoIn(string) : [];
-  const people = mentionsIn(string, mentions, foldedQuery);
+  const people = mentionsIn(string, mentions, query);
   const atoms = [...linksIn(string, mono), ...people].sort(byStart);
-  const matches = foldedQuery ? findMatches(string, foldedQuery) : [];
+  const matches = rangesOf(string, query);
   if (!MAY_BE_MARKED.test(string)) return new Wording(string, null, atoms, matches).between(0, string.length);
   const styles = new Uint8Array(string.length);
   for (const range of mono) styleMono(string, styles, range);
@@ -67,13 +67,13 @@ function linksIn(string, mono) {
 }
 
 // Mentions {start, end, name, isMatch}.
-function mentionsIn(string, mentions, foldedQuery) {
+function mentionsIn(string, mentions, query) {
   if (!isRecord(mentions) || !string.includes("@")) return [];
   return [...string.matchAll(MENTION)]
     .filter(([, digits]) => Object.hasOwn(mentions, digits) && isText(mentions[digits]))
     .map(({ 0: whole, 1: digits, index }) => {
       const name = "@" + shownFact(mentions[digits]);
-      const isMatch = Boolean(foldedQuery) && fold(name).includes(foldedQuery);
+      const isMatch = rangesOf(name, query).length > 0;
       return { start: index, end: index + whole.length, name, isMatch };
     });
 }
