@@ -157,4 +157,19 @@ TEST_P(ExportReceiptTest, AReceiptThatIsNoneIsPassedOver) {
   }
 }
 
+// As a sync program leaves it, or somebody who tidies up: without the receipt it would look like a first library.
+TEST_P(ExportReceiptTest, ALibraryThatIsGoneOrEmptiedIsToldOnce) {
+  for (const bool isEmptied : {false, true}) {
+    fs::remove_all(scene.destination);
+    run();
+    const fs::path library = scene.content / LibraryFile::fileName;
+    isEmptied ? fs::resize_file(library, 0) : void(fs::remove(library));
+    const ExportSummary summary = run();
+    EXPECT_THAT(summary.warnings, testing::ElementsAre(testing::HasSubstr("library was missing")));
+    EXPECT_TRUE(summary.mayBeIncomplete);
+    EXPECT_EQ(summary.copiedCount, 0);
+    EXPECT_THAT(run().warnings, testing::IsEmpty());
+  }
+}
+
 }  // namespace

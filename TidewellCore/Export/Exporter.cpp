@@ -13,6 +13,7 @@
 #include "TidewellCore/Destination/ExportDestination.h"
 #include "TidewellCore/Destination/FolderManifest.h"
 #include "TidewellCore/Destination/NamingMemory.h"
+#include "TidewellCore/Destination/OwnFiles.h"
 #include "TidewellCore/Export/ArchiveExport.h"
 #include "TidewellCore/Export/BackupMedia.h"
 #include "TidewellCore/Export/BackupReading.h"
@@ -33,6 +34,7 @@
 #include "TidewellCore/FileNaming.h"
 #include "TidewellCore/Library/ArchiveOwner.h"
 #include "TidewellCore/Library/LibraryUpdate.h"
+#include "TidewellCore/Platform/Files.h"
 #include "TidewellCore/Platform/SaturatingAdd.h"
 #include "TidewellCore/Platform/TemporaryFolder.h"
 #include "TidewellCore/TidewellError.h"
@@ -187,10 +189,21 @@ class Writing {
     return library;
   }
 
+  // An export that ended with a library left its receipt beside it.
+  bool isLibraryGone() const {
+    const bool hadOne = Files::kindOf(target_.contentRoot() / OwnFiles::receipt) == Files::Kind::file;
+    return hadOne && library_.knowsNothing() && library_.warnings().empty();
+  }
+
   void warn() {
     summary_.warnings = source_.warnings;
     std::ranges::copy(plan_.warnings, std::back_inserter(summary_.warnings));
     std::ranges::copy(library_.warnings(), std::back_inserter(summary_.warnings));
+    if (isLibraryGone()) {
+      summary_.warnings.emplace_back(
+          "This export’s library was missing. It was made anew from the archive’s pages and this backup; what only the "
+          "library knew may be missing.");
+    }
     summary_.mayBeIncomplete = !summary_.warnings.empty();
     std::ranges::copy(naming_.warnings, std::back_inserter(summary_.warnings));
     if (control_.warned) std::ranges::for_each(summary_.warnings, control_.warned);
