@@ -1,6 +1,6 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
-import { message, mine, png, someTime } from './Support/index.js';
+import { many, message, mine, png, portuguese, someTime } from './Support/index.js';
 import { eventually, narrow, open, openChat, texts } from './Support/viewer.js';
 
 const people = [
@@ -141,4 +141,41 @@ test('On a narrow screen the thread lies over the list, and Back returns to it',
   await page.keyboard.press('Escape');
   await page.locator('#sidebar').waitFor();
   assert.equal(await page.evaluate(() => location.hash), '');
+});
+
+test('Two chats of one name are told apart by their numbers, in results too', async () => {
+  const twins = ['5511900001111', '5511900002222'].map((number) => ({
+    id: number,
+    name: 'Ana',
+    jid: `${number}@s.whatsapp.net`,
+    messages: [message('hello')],
+  }));
+  const page = await open([...twins, { name: 'Ben', jid: '5511900003333@s.whatsapp.net', messages: [] }]);
+  const numbers = ['+5511900001111', '+5511900002222'];
+  assert.deepEqual(await texts(page, '.chat-number'), numbers);
+  await page.locator('#mode-messages').click();
+  await page.locator('#search').fill('hello');
+  await eventually(() => texts(page, '.hit .chat-number'), numbers);
+});
+
+test('The head tells a person’s number, unless it is the name, and counts in the right form', async () => {
+  const page = await open([
+    { name: 'Ana', jid: '5511900001111@s.whatsapp.net', messages: [message('one')] },
+    { name: '+55 11 90000-2222', jid: '5511900002222@s.whatsapp.net', messages: many(2) },
+    { name: 'Club', jid: '5511900001111-1500000000@g.us', group: true, messages: [message('one')] },
+  ]);
+  for (const [name, head] of [
+    ['Ana', '+5511900001111 · 1 message'],
+    ['+55 11 90000-2222', '2 messages'],
+    ['Club', 'Group · 1 message'],
+  ]) {
+    await openChat(page, name);
+    await eventually(() => page.locator('#thread-sub').textContent(), head);
+  }
+});
+
+test('In Portuguese one message is one', async () => {
+  const page = await open([{ name: 'Ana', messages: [message('um')] }], { archive: { strings: portuguese } });
+  await openChat(page, 'Ana');
+  assert.equal(await page.locator('#thread-sub').textContent(), '1 mensagem');
 });

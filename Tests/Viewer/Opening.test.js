@@ -171,7 +171,7 @@ test('An archive in Portuguese speaks it throughout, with the 24-hour clock', as
   const page = await open(chats, { archive: { strings: portuguese } });
   assert.equal(await page.locator('html').getAttribute('lang'), 'pt-BR');
   await openChat(page, 'Clube');
-  assert.equal(await page.locator('#thread-sub').textContent(), 'Grupo · 1 mensagens');
+  assert.equal(await page.locator('#thread-sub').textContent(), 'Grupo · 1 mensagem');
   assert.deepEqual(await texts(page, '.message time'), ['15:00']);
   assert.deepEqual(await texts(page, '.day'), ['Sábado, 1 de junho de 2024']);
   assert.equal(await page.locator('#search').getAttribute('placeholder'), portuguese.filterChats);

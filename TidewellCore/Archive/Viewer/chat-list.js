@@ -46,6 +46,11 @@ class ChatList {
   }
 }
 
+// Two chats of one name are told apart by their numbers.
+const chatsOfName = new Map();
+for (const { name } of CHATS) chatsOfName.set(name, (chatsOfName.get(name) || 0) + 1);
+const sharesName = (chat) => chatsOfName.get(chat.name) > 1;
+
 function chatRow(chat) {
   return element(
     "div.chat",
@@ -59,6 +64,7 @@ function chatRow(chat) {
         {},
         chat.group ? chatMark("group") : null,
         element("span.chat-name", { dir: "auto" }, chat.name || ""),
+        sharesName(chat) ? element("span.chat-number", { dir: "ltr" }, numberOf(chat)) : null,
         chat.gone === true ? chatMark("gone") : null,
         listDate(chat.lastTs),
       ),

@@ -20,6 +20,7 @@ const TIME_ZONE = (() => {
 
 const dateFormat = (options) => new Intl.DateTimeFormat(LANGUAGE, { timeZone: TIME_ZONE, ...options });
 
+const PLURALS = new Intl.PluralRules(LANGUAGE);
 const NUMBER = new Intl.NumberFormat(LANGUAGE);
 const HOUR_12 = !LANGUAGE.toLowerCase().startsWith("pt");
 const TIME = dateFormat({ hour: "numeric", minute: "2-digit", hour12: HOUR_12 });
@@ -46,6 +47,17 @@ const dateOf = (seconds) => new Date(seconds * 1000);
 
 function formatNumber(value) {
   return typeof value === "number" ? NUMBER.format(value) : String(value);
+}
+
+// A text with a number in it, in the form that the number asks for.
+function countText(one, many, n) {
+  return text(PLURALS.select(n) === "one" ? one : many, { n });
+}
+
+// "" for a group, for what is no telephone number, and where it is the chat's name.
+function numberOf(chat) {
+  const digits = /^(\d{5,15})@s\.whatsapp\.net$/.exec(chat.jid || "");
+  return digits && (chat.name || "").replace(/\D/g, "") !== digits[1] ? "+" + digits[1] : "";
 }
 
 function formatTime(seconds) {

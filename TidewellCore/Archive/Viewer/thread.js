@@ -56,9 +56,7 @@ class Thread {
     this.chat = chat;
     byId("thread-avatar").replaceChildren(avatarOf(chat));
     byId("thread-title").textContent = chat.name || "";
-    byId("thread-sub").textContent = chat.unknown
-      ? ""
-      : text(chat.group ? "groupCount" : "messageCount", { n: chat.count });
+    byId("thread-sub").textContent = chat.unknown ? "" : aboutChat(chat);
     show(chat.gone === true, byId("thread-gone"));
     this.view.setAttribute("aria-label", chat.name || text("messages"));
     this.view.setAttribute("aria-busy", "true");
@@ -235,4 +233,10 @@ class Thread {
     else if (button.matches(".quote")) this.goTo(button.dataset.to);
     else if (button.matches(".fold")) this.toggle(this.folds.runAt(button.closest(".item").index));
   }
+}
+
+// How much there is of it, and of a person the number, where that is not the name already.
+function aboutChat(chat) {
+  if (chat.group) return countText("groupCountOne", "groupCount", chat.count);
+  return [numberOf(chat), countText("messageCountOne", "messageCount", chat.count)].filter(Boolean).join(" · ");
 }
