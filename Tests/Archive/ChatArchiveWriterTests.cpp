@@ -45,7 +45,8 @@ struct ChatArchiveWriterTest : testing::Test {
     return ChatArchiveWriter::write({.destination = folder.path(),
                                      .contentRoot = content,
                                      .style = style,
-                                     .timeZone = {.identifier = "Asia/Tokyo"}},
+                                     .timeZone = {.identifier = "Asia/Tokyo"},
+                                     .locale = {.identifier = "pt_JP"}},
                                     chats);
   }
   std::string data(const std::string& name) const { return textOf(content / "_viewer/data" / name); }
@@ -143,6 +144,7 @@ TEST_F(ChatArchiveWriterTest, DescribesTheArchiveInItsLanguage) {
   const auto& members = *json.as<Json::Object>();
   EXPECT_EQ(*members.at("title").as<std::string>(), "Arquivo de Conversas");
   EXPECT_EQ(*members.at("timeZone").as<std::string>(), "Asia/Tokyo");
+  EXPECT_EQ(*members.at("region").as<std::string>(), "JP");
   const auto& strings = *members.at("strings").as<Json::Object>();
   EXPECT_EQ(strings.size(), ExportTexts::section("pt-BR", "page").size());
   EXPECT_EQ(*strings.at("searchMinChars").as<std::string>(), "Digite pelo menos dois caracteres.");
@@ -314,7 +316,7 @@ TEST_F(ChatArchiveWriterTest, BlocksThatNoListNamesGoAtTheEnd) {
   const std::vector<std::string> old = blockNames();
   {
     ChatArchiveWriter interrupted(
-        {.destination = folder.path(), .contentRoot = content, .style = english, .timeZone = {}});
+        {.destination = folder.path(), .contentRoot = content, .style = english, .timeZone = {}, .locale = {}});
     interrupted.add(chat("1", {{.id = "1", .sender = "Ana", .text = "new"}}));
   }
   EXPECT_EQ(blockNames(), old) << "what the list names stays until the new list is written";

@@ -7,6 +7,7 @@
 #include "Tests/Support/BackupBuilder.h"
 #include "Tests/Support/UnfinishedTransaction.h"
 #include "TidewellCore/Destination/DestinationLock.h"
+#include "TidewellCore/Destination/OwnFiles.h"
 #include "TidewellCore/Library/ArchiveOwner.h"
 #include "TidewellCore/Library/LibraryFile.h"
 
@@ -124,7 +125,7 @@ TEST_F(ForeignArchive, ABusyFolderIsTheFirstThingToldOf) {
 
 TEST_F(ForeignArchive, WithoutALibraryNothingIsKnown) {
   ASSERT_EQ(exportOf("anas").exitCode, 0);
-  fs::remove(saved / "messages" / LibraryFile::fileName);
+  for (const char* memory : {LibraryFile::fileName, OwnFiles::receipt}) fs::remove(saved / "messages" / memory);
   EXPECT_EQ(exportOf("beas").exitCode, 0);
 }
 

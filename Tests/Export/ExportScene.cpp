@@ -67,6 +67,11 @@ void forgetReceipt(const fs::path& destination) {
   fs::remove(destination / "messages" / OwnFiles::receipt, isNone);
 }
 
+void forgetLibrary(const fs::path& destination) {
+  forgetReceipt(destination);
+  fs::remove(destination / "messages" / LibraryFile::fileName);
+}
+
 bool holdsPartials(const fs::path& root) {
   const fs::recursive_directory_iterator entries(root);
   return std::any_of(begin(entries), end(entries), [](const fs::directory_entry& entry) {

@@ -47,6 +47,8 @@ std::map<std::string, std::string> filesBelow(const std::filesystem::path& root)
 std::vector<std::string> foldersBelow(const std::filesystem::path& root);
 // So that the next export does all its work, even where there is nothing to do.
 void forgetReceipt(const std::filesystem::path& destination);
+// As if the export was one of a version without a library.
+void forgetLibrary(const std::filesystem::path& destination);
 bool holdsPartials(const std::filesystem::path& root);
 std::string textOf(const std::filesystem::path& file);
 // Seconds since 1970; whole seconds are cut off.

@@ -11,7 +11,6 @@
 #include "Tests/Support/SmallVolume.h"
 #include "Tests/Support/TemporaryDirectory.h"
 #include "TidewellCore/Export/EarlyEnd.h"
-#include "TidewellCore/Library/LibraryFile.h"
 #include "TidewellCore/TidewellError.h"
 
 // Destinations that are in use, unfit or full, and exports that end early.
@@ -215,7 +214,7 @@ TEST(ExporterDestination, WithAFlatOlderExportIsContinuedInTheContentRoot) {
   for (const char* name : {"Ana", "Bea", "Us", "_viewer", ".tidewell-manifest.json", ".tidewell-names.json"}) {
     fs::rename(scene.content / name, scene.destination / name);
   }
-  fs::remove(scene.content / LibraryFile::fileName);
+  ExportTest::forgetLibrary(scene.destination);
   fs::remove(scene.content);
   EXPECT_EQ(scene.run().skippedExistingCount, 5);
   EXPECT_EQ(filesBelow(scene.destination).size(), 8U);

@@ -7,7 +7,6 @@
 #include "Tests/Export/ExportScene.h"
 #include "Tests/Support/TemporaryDirectory.h"
 #include "TidewellCore/Destination/FolderManifest.h"
-#include "TidewellCore/Library/LibraryFile.h"
 #include "TidewellCore/TidewellError.h"
 
 // Which folder a chat has, from one export to the next.
@@ -201,7 +200,7 @@ TEST_P(FormerFolderTest, WhatThePhoneLostMovesWithItsChat) {
 
 // Without a library there is only its name to tell, and that another file may have had.
 TEST_P(FormerFolderTest, WhatThePhoneLostStaysLinkedThereWhereNoLibraryKnowsIt) {
-  fs::remove(scene.content / LibraryFile::fileName);
+  ExportTest::forgetLibrary(scene.destination);
   scene.contents.whatsApp.mediaFiles.back().storage.missing = true;
   scene.write();
   scene.run(everything);

@@ -3,7 +3,6 @@
 
 #include "Tests/Export/ExportScene.h"
 #include "TidewellCore/Destination/NamingMemory.h"
-#include "TidewellCore/Library/LibraryFile.h"
 
 // Exports into one destination from several time zones and in several languages.
 namespace {
@@ -83,7 +82,7 @@ TEST(ExporterNaming, WithoutAMemoryTheRunsOwnZoneNames) {
   fs::remove(scene.content / ".tidewell-names.json");
   EXPECT_EQ(run(scene, cairo).copiedCount, 0) << "the library knows what is there";
   fs::remove(scene.content / ".tidewell-names.json");
-  fs::remove(scene.content / LibraryFile::fileName);
+  ExportTest::forgetLibrary(scene.destination);
   EXPECT_EQ(run(scene, tokyo).copiedCount, 4) << "all but the one without a date";
   EXPECT_EQ(NamingMemory::load(scene.content), (MediaNaming{.timeZone = tokyo.timeZone, .locale = tokyo.locale}));
 }
@@ -104,7 +103,7 @@ TEST(ExporterNaming, TheMemoryMovesWithAFlatOlderExport) {
   for (const char* name : {"Ana", "Bea", "Us", "_viewer", ".tidewell-manifest.json", ".tidewell-names.json"}) {
     fs::rename(scene.content / name, scene.destination / name);
   }
-  fs::remove(scene.content / LibraryFile::fileName);
+  ExportTest::forgetLibrary(scene.destination);
   fs::remove(scene.content);
   EXPECT_EQ(run(scene, tokyo, ExportTest::mediaAlone()).copiedCount, 0);
   EXPECT_FALSE(fs::exists(scene.destination / ".tidewell-names.json"));

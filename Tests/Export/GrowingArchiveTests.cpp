@@ -14,7 +14,6 @@
 #include "TidewellCore/Destination/FolderManifest.h"
 #include "TidewellCore/Export/Verification.h"
 #include "TidewellCore/FolderNames.h"
-#include "TidewellCore/Library/LibraryFile.h"
 
 namespace {
 
@@ -198,7 +197,7 @@ TEST_F(GrowingArchiveTest, HasEverythingOnceAfterAnExportWithoutALibrary) {
   do {
     fs::remove_all(scene.destination);
     exportBackup(order[0]);
-    fs::remove(scene.content / LibraryFile::fileName);
+    ExportTest::forgetLibrary(scene.destination);
     exportBackup(order[1]);
     exportBackup(order[2]);
     expectEverything(testing::PrintToString(order), testing::StartsWith("hello"));

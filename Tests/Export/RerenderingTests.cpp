@@ -250,7 +250,7 @@ TEST_F(RerenderingTest, WaitsForNoOtherRun) {
 }
 
 TEST_F(RerenderingTest, SaysWhatToDoWithoutALibrary) {
-  fs::remove(scene.content / LibraryFile::fileName);
+  ExportTest::forgetLibrary(scene.destination);
   const auto before = tree();
   EXPECT_THAT([&] { render(); }, failsAs("holds no library"));
   EXPECT_EQ(tree(), before);

@@ -212,3 +212,27 @@ test('The script leaves nothing of its own in the page’s globals', async () =>
   });
   assert.deepEqual(own, ['ARCHIVE', 'ARCHIVE_BASE', 'CHATS', '__CHAT_PAYLOAD']);
 });
+
+for (const [region, strings, date, time] of [
+  [undefined, {}, '5/31/24', '2:05 PM'],
+  ['US', {}, '5/31/24', '2:05 PM'],
+  ['GB', {}, '31/05/2024', '14:05'],
+  ['DE', {}, '31/05/2024', '14:05'],
+  ['419', portuguese, '31/05/2024', '14:05'],
+  ['BR', portuguese, '31/05/2024', '14:05'],
+  ['<b>', {}, '5/31/24', '2:05 PM'],
+]) {
+  test(`Dates are written as in the export’s region: ${strings.language ?? 'en'}, ${region}`, async () => {
+    const ts = Date.UTC(2024, 4, 31, 14, 5) / 1000;
+    const page = await open([{ name: 'Ana', messages: [message('hi', { ts })] }], { archive: { region, strings } });
+    assert.deepEqual(await texts(page, '.chat time'), [date]);
+    await openChat(page, 'Ana');
+    const shown = (await page.locator('.message time').textContent()).replace(/\s/, ' ');
+    assert.equal(shown, time);
+  });
+}
+
+test('The first page says whose times they are', async () => {
+  const page = await open(people, { archive: { timeZone: 'America/Sao_Paulo' } });
+  await page.getByText('Dates and times are those of America/Sao Paulo.').waitFor();
+});

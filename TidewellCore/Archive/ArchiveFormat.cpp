@@ -109,11 +109,13 @@ Json::Object ArchiveFormat::json(const ArchiveBlock& block) {
 Json::Object ArchiveFormat::json(const Description& archive) {
   Json::Array blocks;
   for (const ArchiveBlock& block : archive.blocks) blocks.emplace_back(json(block));
-  return {{"blocks", std::move(blocks)},
-          {"format", static_cast<std::int64_t>(MessageLine::Form::columns)},
-          {"strings", Json::Object(archive.strings.begin(), archive.strings.end())},
-          {"timeZone", archive.timeZone},
-          {"title", archive.title}};
+  Json::Object json{{"blocks", std::move(blocks)},
+                    {"format", static_cast<std::int64_t>(MessageLine::Form::columns)},
+                    {"strings", Json::Object(archive.strings.begin(), archive.strings.end())},
+                    {"timeZone", archive.timeZone},
+                    {"title", archive.title}};
+  if (!archive.region.empty()) json.emplace("region", archive.region);
+  return json;
 }
 
 ArchiveMessage ArchiveFormat::message(const Json::Object& json) {

@@ -21,6 +21,7 @@ struct Description {
   std::string title;
   std::map<std::string, std::string, std::less<>> strings;  // the page's texts by name
   std::string timeZone;
+  std::string region;  // ISO 3166 or UN M.49; "" when there is none
   std::vector<ArchiveBlock> blocks;
 
   bool operator==(const Description&) const = default;

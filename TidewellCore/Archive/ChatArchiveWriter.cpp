@@ -101,6 +101,7 @@ void ChatArchiveWriter::writeChatList() {
   const ArchiveFormat::Description archive{.title = strings.title,
                                            .strings = ExportTexts::section(strings.language, "page"),
                                            .timeZone = setting_.timeZone.identifier,
+                                           .region = setting_.locale.region(),
                                            .blocks = blocks_.finish()};
   MakeRoom::write(dataFolder() / FolderNames::archiveChats,
                   ArchiveScripts::list(archive, sortedByActivity(chats_, setting_.style)));

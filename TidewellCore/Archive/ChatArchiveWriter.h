@@ -28,6 +28,7 @@ class ChatArchiveWriter {
     std::filesystem::path contentRoot;  // gets the rest: the destination, or a folder in it
     TranscriptStyle style;
     TimeZone timeZone;  // of the times that the page shows
+    Locale locale;      // of the dates in transcripts; its region says how the page writes them
     // Writes chats and blocks; what it keeps back has to be in place before the page is finished.
     FileWriter writeFile = Files::writeWhenDifferent;
   };

@@ -161,7 +161,7 @@ class Writing {
     for (const std::string_view part :
          {Edition::digest(), std::string_view(dateRules_), std::string_view(style.languageCode),
           std::string_view(style.youLabel), std::string_view(style.unknownSenderLabel),
-          std::string_view(archive().timeZone.identifier), std::string_view(setting_.locale.identifier),
+          std::string_view(archive().timeZone.identifier), std::string_view(archive().locale.identifier),
           std::string_view(chat.folder)}) {
       parts.emplace_back(part);
     }
@@ -326,7 +326,7 @@ class Writing {
   std::vector<ArchiveChat> chats_;  // by their places in the library
   const MessageFormats formats_;
   const ChatLines lines_;
-  const TranscriptDates dates_{archive().timeZone, setting_.locale};
+  const TranscriptDates dates_{archive().timeZone, archive().locale};
   const std::string dateRules_ = dateRulesVersion();
   ArchiveExport::Outcome outcome_;
   std::int64_t completed_ = 0;

@@ -21,7 +21,6 @@ struct Source {
 struct Setting {
   ChatArchiveWriter::Setting archive;
   const FlushPoint& disk;         // of the destination
-  Locale locale;                  // of the dates in transcripts
   const MediaKinds& kinds;        // that the export was asked for
   const MessageFormats& formats;  // that are asked for; those that stand are kept as well
   bool isAllStale = false;        // every page is made, and written where the file has other bytes

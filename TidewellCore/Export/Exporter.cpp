@@ -289,9 +289,9 @@ class Writing {
                              {.archive = {.destination = target_.destination(),
                                           .contentRoot = target_.contentRoot(),
                                           .style = exporter_.transcriptStyle,
-                                          .timeZone = exporter_.timeZone},
+                                          .timeZone = exporter_.timeZone,
+                                          .locale = exporter_.locale},
                               .disk = target_.disk(),
-                              .locale = exporter_.locale,
                               .kinds = job_.options.includedKinds,
                               .formats = job_.options.formats},
                              failures_, control_.isCancelled, progress);

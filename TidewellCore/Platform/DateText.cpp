@@ -107,6 +107,8 @@ std::optional<Locale> Locale::named(std::string_view identifier) {
 
 std::string Locale::languageCode() const { return icu::Locale::createCanonical(identifier.c_str()).getLanguage(); }
 
+std::string Locale::region() const { return icu::Locale::createCanonical(identifier.c_str()).getCountry(); }
+
 std::string dateRulesVersion() {
   UVersionInfo version;
   u_getVersion(version);

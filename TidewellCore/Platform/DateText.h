@@ -45,6 +45,8 @@ struct Locale {
   static std::optional<Locale> named(std::string_view identifier);
   // The language alone, in lower case ("pt").
   std::string languageCode() const;
+  // The region alone, in upper case ("BR"), or a number ("419"); "" where there is none.
+  std::string region() const;
 
   bool operator==(const Locale&) const = default;
 };

@@ -95,11 +95,11 @@ function blocksOf(chats, size, lineOf) {
   return blocks;
 }
 
-// Options: `strings`, `timeZone`, `title`; `blockSize` (lines; 0 for no blocks at all) and
+// Options: `strings`, `timeZone`, `region`, `title`; `blockSize` (lines; 0 for no blocks at all) and
 // `format`, by which their lines are written (null for none); `files` {path relative to the messages folder: bytes}.
 export function makeArchive(
   chats,
-  { strings = {}, timeZone = 'UTC', title, blockSize = 1000, format = 2, files = {} } = {},
+  { strings = {}, timeZone = 'UTC', region, title, blockSize = 1000, format = 2, files = {} } = {},
 ) {
   const folder = path.join(mkdtempSync(path.join(tmpdir(), 'tidewell-viewer-')), 'My chats #1 (100% kept)');
   const content = path.join(folder, 'messages');
@@ -110,7 +110,7 @@ export function makeArchive(
   const data = (name, ...assignments) => write(`messages/_viewer/data/${name}`, assignments.join(''));
 
   const listed = chats.map((chat) => ({ id: chat.name, messages: [], ...chat }));
-  const archive = { format: format ?? undefined, strings, timeZone, title: title ?? strings.title ?? english.title };
+  const archive = { format: format ?? undefined, strings, timeZone, region, title: title ?? strings.title ?? english.title };
   if (blockSize) {
     const hasMessages = listed.some((chat) => chat.messages.length);
     const blocks = hasMessages ? blocksOf(listed, blockSize, lineForms.get(format)) : [];

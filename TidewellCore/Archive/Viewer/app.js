@@ -25,7 +25,14 @@ class App {
     });
     this.panel = new SearchPanel({ changed: (typed) => this.ask(typed) });
     this.wire();
+    this.tellZone();
     this.arrive();
+  }
+
+  tellZone() {
+    if (!TIME_ZONE) return;
+    byId("zone").textContent = text("timesIn", { zone: TIME_ZONE.replaceAll("_", " ") });
+    show(true, byId("zone"));
   }
 
   // A reload finds the place in the chat that was left.

@@ -18,13 +18,17 @@ const TIME_ZONE = (() => {
   }
 })();
 
-const dateFormat = (options) => new Intl.DateTimeFormat(LANGUAGE, { timeZone: TIME_ZONE, ...options });
+// The page's words with the habits of the region that the export was made in: English in Germany has 24 hours.
+const REGION = /^([A-Z]{2}|\d{3})$/.test(ARCHIVE.region) ? ARCHIVE.region : "";
+const DATE_LOCALE = REGION ? new Intl.Locale(LANGUAGE, { region: REGION }).toString() : LANGUAGE;
+const dateFormat = (options) => new Intl.DateTimeFormat(DATE_LOCALE, { timeZone: TIME_ZONE, ...options });
 
 const PLURALS = new Intl.PluralRules(LANGUAGE);
 const NUMBER = new Intl.NumberFormat(LANGUAGE);
-const HOUR_12 = !LANGUAGE.toLowerCase().startsWith("pt");
+// Archives without a region have the habits of their language.
+const HOUR_12 = REGION ? undefined : !LANGUAGE.toLowerCase().startsWith("pt");
 const TIME = dateFormat({ hour: "numeric", minute: "2-digit", hour12: HOUR_12 });
-const SHORT_DATE = dateFormat({ year: "2-digit", month: "numeric", day: "numeric" });
+const SHORT_DATE = dateFormat(REGION ? { dateStyle: "short" } : { year: "2-digit", month: "numeric", day: "numeric" });
 const WEEKDAY = dateFormat({ weekday: "long" });
 const LONG_DATE = dateFormat({ weekday: "long", year: "numeric", month: "long", day: "numeric" });
 const FULL_DATE = dateFormat({ dateStyle: "full", timeStyle: "short", hour12: HOUR_12 });
