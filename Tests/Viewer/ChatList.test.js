@@ -151,7 +151,7 @@ test('Two chats of one name are told apart by their numbers, in results too', as
     messages: [message('hello')],
   }));
   const page = await open([...twins, { name: 'Ben', jid: '5511900003333@s.whatsapp.net', messages: [] }]);
-  const numbers = ['+5511900001111', '+5511900002222'];
+  const numbers = ['+5511900001111 · ', '+5511900002222 · '];
   assert.deepEqual(await texts(page, '.chat-number'), numbers);
   await page.locator('#mode-messages').click();
   await page.locator('#search').fill('hello');

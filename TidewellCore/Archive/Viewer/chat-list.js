@@ -49,7 +49,11 @@ class ChatList {
 // Two chats of one name are told apart by their numbers.
 const chatsOfName = new Map();
 for (const { name } of CHATS) chatsOfName.set(name, (chatsOfName.get(name) || 0) + 1);
-const sharesName = (chat) => chatsOfName.get(chat.name) > 1;
+
+function tellingNumber(chat) {
+  const number = chatsOfName.get(chat.name) > 1 ? numberOf(chat) : "";
+  return number && element("bdi.chat-number", { dir: "ltr" }, number + " · ");
+}
 
 function chatRow(chat) {
   return element(
@@ -64,11 +68,10 @@ function chatRow(chat) {
         {},
         chat.group ? chatMark("group") : null,
         element("span.chat-name", { dir: "auto" }, chat.name || ""),
-        sharesName(chat) ? element("span.chat-number", { dir: "ltr" }, numberOf(chat)) : null,
         chat.gone === true ? chatMark("gone") : null,
         listDate(chat.lastTs),
       ),
-      element("span.chat-preview", { dir: "auto" }, chat.preview || "\u00a0"),
+      element("span.chat-preview", { dir: "auto" }, tellingNumber(chat), chat.preview || "\u00a0"),
     ),
   );
 }

@@ -160,10 +160,11 @@ function hitRow(hit, query) {
     element(
       "span.chat-lines",
       {},
-      element("span.chat-top", {}, element("span.chat-name", { dir: "auto" }, hit.chat.name || ""), sharesName(hit.chat) ? element("span.chat-number", { dir: "ltr" }, numberOf(hit.chat)) : null, listDate(message.ts)),
+      element("span.chat-top", {}, element("span.chat-name", { dir: "auto" }, hit.chat.name || ""), listDate(message.ts)),
       element(
         "span.hit-words",
         {},
+        tellingNumber(hit.chat),
         sender ? element("bdi.hit-sender", {}, ...marked(split(sender, query)), ": ") : null,
         element("bdi.snippet", {}, ...marked(snippetOf(shownWords(message, query), query))),
       ),
